@@ -1,0 +1,70 @@
+#pragma once
+
+#include "DecodingError.h"
+#include "FileCursor.h"
+#include "LimitRecords.h"
+#include "ProviderID.h"
+#include "TokenCounts.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string_view>
+
+/// The JSON forms of the records. Keys are the field names in declaration order; an absent optional leaves its
+/// key out, and reads from an absent or null key. All else is required: a missing key, a null, a wrong type
+/// or an unknown case is a DecodingError, never a partial record.
+namespace tokwatch {
+
+using Json = nlohmann::ordered_json;
+
+/// How a document writes dates. A reader must use its writer's.
+enum class DateCoding {
+    secondsSince2001, ///< a number of seconds since 2001-01-01T00:00:00Z: the store's rows
+    iso8601,          ///< text in UTC with whole seconds: the snapshot and what the commands print
+};
+
+/// Parses a document; a syntax error is a DecodingError.
+Json parseJson(std::string_view text);
+
+/// One line of text. Text that is not UTF-8 (file names may hold any bytes) keeps its valid part, with
+/// U+FFFD for the rest.
+std::string jsonText(const Json& json);
+
+Json encode(Date date, DateCoding dates);
+Json encode(ProviderID provider);
+Json encode(const TokenCounts& tokens);
+Json encode(const FileCursor& cursor);
+Json encode(const LimitSource& source, DateCoding dates);
+Json encode(const LimitWindow& window, DateCoding dates);
+Json encode(const Credits& credits);
+Json encode(ProviderStatus status);
+Json encode(const ProviderLimits& limits, DateCoding dates);
+
+Date decodeDate(const Json& json, DateCoding dates);
+ProviderID decodeProviderID(const Json& json);
+TokenCounts decodeTokenCounts(const Json& json);
+FileCursor decodeFileCursor(const Json& json);
+LimitSource decodeLimitSource(const Json& json, DateCoding dates);
+LimitWindow decodeLimitWindow(const Json& json, DateCoding dates);
+Credits decodeCredits(const Json& json);
+ProviderStatus decodeProviderStatus(const Json& json);
+ProviderLimits decodeProviderLimits(const Json& json, DateCoding dates);
+
+/// The building stones of the above, for the other records of the system.
+namespace coding {
+
+const Json& object(const Json& json);
+const Json& array(const Json& json);
+/// The value of a required key.
+const Json& required(const Json& object, const char* key);
+/// The value of an optional key; null when it is absent or null.
+const Json* optional(const Json& object, const char* key);
+std::string string(const Json& json);
+double number(const Json& json);
+std::int64_t integer(const Json& json);
+bool boolean(const Json& json);
+/// The one key of an enumeration's object, and the object's value.
+std::pair<std::string, Json> singleCase(const Json& json);
+
+} // namespace coding
+} // namespace tokwatch

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Date.h"
+#include "ProviderID.h"
+#include "TokenCounts.h"
+
+#include <optional>
+#include <string>
+
+namespace tokwatch {
+
+/// One countable request, as read from an assistant's log.
+struct UsageEvent {
+    ProviderID provider = ProviderID::claude;
+    std::string model;     ///< as the log names it; the price table matches on it
+    std::string sessionID; ///< the tool's conversation; empty when the log names none
+    std::string dedupKey;  ///< a second sighting of the same key is not counted
+    Date timestamp;
+    TokenCounts tokens;
+    std::optional<double> reportedCostUSD; ///< US dollars, where the log itself states a cost
+
+    friend bool operator==(const UsageEvent&, const UsageEvent&) = default;
+};
+
+} // namespace tokwatch

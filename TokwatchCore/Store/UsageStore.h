@@ -1,0 +1,97 @@
+#pragma once
+
+#include "Calendar.h"
+#include "FileCursor.h"
+#include "LimitRecords.h"
+#include "UsageEvent.h"
+#include "UsageSummary.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace tokwatch {
+
+namespace sqlite {
+class Connection;
+}
+
+/// A failure of the database: SQLite's result code and its message at that moment.
+class UsageStoreError : public std::runtime_error {
+  public:
+    UsageStoreError(int code, const std::string& message);
+    int code;
+    std::string message;
+    friend bool operator==(const UsageStoreError& a, const UsageStoreError& b) {
+        return a.code == b.code && a.message == b.message;
+    }
+};
+
+/// The one persistent store: sums per provider, model and day, sessions, the keys of every event already
+/// counted, read positions of log files, and the last known limits.
+///
+/// Callable from any thread; operations run one at a time. Every operation throws UsageStoreError when SQLite
+/// fails, and what writes more than one row is atomic. The schema's version is 1; later versions are used as
+/// they are.
+class UsageStore {
+  public:
+    static constexpr std::int32_t schemaVersion = 1;
+
+    /// Opens and, when new, creates the database. A path whose last component is ":memory:" opens one that
+    /// lives in memory only. The file and its directory are created private to the user.
+    explicit UsageStore(const std::filesystem::path& path);
+    ~UsageStore();
+    UsageStore(const UsageStore&) = delete;
+    UsageStore& operator=(const UsageStore&) = delete;
+
+    /// Adds the events whose keys are new, and returns how many were. One transaction: all or none.
+    std::int64_t ingest(std::span<const UsageEvent> events, const Calendar& calendar);
+
+    /// The stored cursor of a path; DecodingError when the row does not decode.
+    std::optional<FileCursor> cursor(const std::string& path);
+
+    /// All stored cursors as their undecoded JSON, by path: for a pass that visits every file, one statement
+    /// instead of one a file.
+    std::unordered_map<std::string, std::string> cursorTexts();
+
+    void save(const FileCursor& cursor);
+    /// Several cursors in one transaction.
+    void save(std::span<const FileCursor> cursors);
+
+    /// Forgets the read positions of one provider's files, so that the next pass reads them from the start;
+    /// what was counted stays counted once.
+    void resetCursors(ProviderID provider);
+
+    std::optional<ProviderLimits> limits(ProviderID provider);
+    void setLimits(const ProviderLimits& limits, ProviderID provider);
+
+    /// Deletes all days before the day of `before`.
+    void prune(Date before, const Calendar& calendar);
+
+    UsageSummary summary(std::int64_t days, Date now, const Calendar& calendar, const PriceTable& prices);
+
+    /// "ok", or what SQLite's own check of the file found. Reads the whole file.
+    std::string integrity();
+
+    /// Names of models with rows that have no reported cost, for diagnostics.
+    std::vector<std::string> models();
+
+  private:
+    void migrate();
+
+    std::mutex queue; ///< entered for the whole of every operation
+    std::unique_ptr<sqlite::Connection> db;
+};
+
+/// Decodes a cursor row. The row's path, not the one inside the JSON, is the cursor's: JSON cannot hold every
+/// file name.
+FileCursor decodeCursorRow(const std::string& path, const std::string& json);
+
+} // namespace tokwatch

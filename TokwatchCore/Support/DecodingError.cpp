@@ -1,0 +1,7 @@
+#include "DecodingError.h"
+
+namespace tokwatch {
+
+DecodingError::DecodingError(const std::string& message) : std::runtime_error(message) {}
+
+} // namespace tokwatch
