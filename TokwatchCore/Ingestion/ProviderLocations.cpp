@@ -1,0 +1,52 @@
+#include "ProviderLocations.h"
+
+#include <system_error>
+
+namespace tokwatch {
+namespace {
+
+bool exists(const std::filesystem::path& path) {
+    // A path that cannot be looked at counts as absent.
+    std::error_code ignored;
+    return std::filesystem::exists(path, ignored);
+}
+
+} // namespace
+
+std::filesystem::path ProviderLocations::claudeProjects() const {
+    return home / ".claude/projects";
+}
+
+std::array<std::filesystem::path, 2> ProviderLocations::codexRoots() const {
+    return {home / ".codex/sessions", home / ".codex/archived_sessions"};
+}
+
+std::filesystem::path ProviderLocations::grokSessions() const {
+    return home / ".grok/sessions";
+}
+
+std::filesystem::path ProviderLocations::codexHome() const {
+    return home / ".codex";
+}
+
+std::filesystem::path ProviderLocations::codexAuthFile() const {
+    return home / ".codex/auth.json";
+}
+
+std::filesystem::path ProviderLocations::cursorStateDB() const {
+    const std::filesystem::path linux = home / ".config/Cursor/User/globalStorage/state.vscdb";
+    return exists(linux) ? linux
+                         : home / "Library/Application Support/Cursor/User/globalStorage/state.vscdb";
+}
+
+bool ProviderLocations::isPresent(ProviderID provider) const {
+    switch (provider) {
+    case ProviderID::claude: return exists(claudeProjects());
+    case ProviderID::codex: return exists(codexRoots()[0]) || exists(codexAuthFile());
+    case ProviderID::grok: return exists(grokSessions());
+    case ProviderID::cursor: return exists(cursorStateDB());
+    }
+    return false;
+}
+
+} // namespace tokwatch

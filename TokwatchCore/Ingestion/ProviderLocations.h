@@ -1,0 +1,27 @@
+#pragma once
+
+#include "ProviderID.h"
+
+#include <array>
+#include <filesystem>
+
+namespace tokwatch {
+
+/// Where each assistant keeps its files, under one home directory.
+struct ProviderLocations {
+    std::filesystem::path home;
+
+    std::filesystem::path claudeProjects() const;
+    /// Running sessions, then archived ones.
+    std::array<std::filesystem::path, 2> codexRoots() const;
+    std::filesystem::path grokSessions() const;
+    std::filesystem::path codexHome() const;
+    std::filesystem::path codexAuthFile() const;
+    /// The state database of Cursor: the place of its macOS edition, or of its Linux one where that exists.
+    std::filesystem::path cursorStateDB() const;
+
+    /// Whether the assistant left traces here. Asks only whether paths exist, not what they hold.
+    bool isPresent(ProviderID provider) const;
+};
+
+} // namespace tokwatch
