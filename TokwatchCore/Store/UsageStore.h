@@ -4,6 +4,7 @@
 #include "FileCursor.h"
 #include "LimitRecords.h"
 #include "UsageEvent.h"
+#include "UsageStoreError.h"
 #include "UsageSummary.h"
 
 #include <cstdint>
@@ -12,7 +13,6 @@
 #include <mutex>
 #include <optional>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -22,17 +22,6 @@ namespace tokwatch {
 namespace sqlite {
 class Connection;
 }
-
-/// A failure of the database: SQLite's result code and its message at that moment.
-class UsageStoreError : public std::runtime_error {
-  public:
-    UsageStoreError(int code, const std::string& message);
-    int code;
-    std::string message;
-    friend bool operator==(const UsageStoreError& a, const UsageStoreError& b) {
-        return a.code == b.code && a.message == b.message;
-    }
-};
 
 /// The one persistent store: sums per provider, model and day, sessions, the keys of every event already
 /// counted, read positions of log files, and the last known limits.
@@ -77,10 +66,13 @@ class UsageStore {
 
     UsageSummary summary(std::int64_t days, Date now, const Calendar& calendar, const PriceTable& prices);
 
+    /// Gives the database's caches back to the system; for the end of a long pass.
+    void releaseMemory();
+
     /// "ok", or what SQLite's own check of the file found. Reads the whole file.
     std::string integrity();
 
-    /// Names of models with rows that have no reported cost, for diagnostics.
+    /// The names of all models with stored usage, in text order, for diagnostics.
     std::vector<std::string> models();
 
   private:

@@ -1,0 +1,138 @@
+#include "EventBatch.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace tokwatch {
+namespace {
+
+constexpr const char* insertKey = "INSERT OR IGNORE INTO seen(key, day) VALUES(?1, ?2)";
+
+constexpr const char* selectRow =
+    "SELECT uncached, cache_read, w5m, w1h, output, reasoning FROM daily WHERE provider = ?1 AND model = ?2 AND day = ?3";
+
+constexpr const char* upsertDaily =
+    "INSERT INTO daily(provider, model, day, uncached, cache_read, w5m, w1h, output, reasoning, reported_usd)\n"
+    "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)\n"
+    "ON CONFLICT(provider, model, day) DO UPDATE SET\n"
+    "  uncached = uncached + excluded.uncached,\n"
+    "  cache_read = cache_read + excluded.cache_read,\n"
+    "  w5m = w5m + excluded.w5m,\n"
+    "  w1h = w1h + excluded.w1h,\n"
+    "  output = output + excluded.output,\n"
+    "  reasoning = reasoning + excluded.reasoning,\n"
+    "  reported_usd = CASE WHEN excluded.reported_usd IS NULL THEN reported_usd\n"
+    "                      WHEN reported_usd IS NULL THEN excluded.reported_usd\n"
+    "                      ELSE reported_usd + excluded.reported_usd END";
+
+constexpr const char* upsertSession = "INSERT INTO sessions(provider, session_id, day) VALUES(?1, ?2, ?3)\n"
+                                      "ON CONFLICT(provider, session_id) DO UPDATE SET day = MIN(day, excluded.day)";
+
+} // namespace
+
+EventBatch::EventBatch(sqlite::Connection& connection, const Calendar& c) : db(connection), calendar(c) {}
+
+std::int64_t EventBatch::add(std::span<const UsageEvent> events) {
+    const std::vector<bool> isNew = insertKeys(events);
+    std::int64_t count = 0;
+    for (std::size_t i = 0; i < events.size(); ++i) {
+        if (!isNew[i]) continue;
+        const UsageEvent& event = events[i];
+        const std::string& day = dayOf(event.timestamp);
+        addToRow(event, day);
+        const auto [session, inserted] = sessions.try_emplace({event.provider, event.sessionID}, day);
+        if (!inserted) session->second = std::min<std::string_view>(session->second, day);
+        ++count;
+    }
+    writeRows();
+    writeSessions();
+    return count;
+}
+
+std::vector<bool> EventBatch::insertKeys(std::span<const UsageEvent> events) {
+    std::vector<std::size_t> order(events.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    // Stable: of equal keys the event that came first is the one that is new.
+    std::stable_sort(order.begin(), order.end(), [events](std::size_t a, std::size_t b) {
+        return events[a].dedupKey < events[b].dedupKey;
+    });
+    std::vector<bool> isNew(events.size());
+    sqlite::Statement& insert = db.statement(insertKey);
+    for (const std::size_t i : order) {
+        insert.bind(1, events[i].dedupKey).bind(2, dayOf(events[i].timestamp));
+        isNew[i] = insert.run() > 0;
+    }
+    return isNew;
+}
+
+const std::string& EventBatch::dayOf(Date date) {
+    auto next = days.upper_bound(date);
+    if (next != days.begin()) {
+        const Calendar::Day& day = std::prev(next)->second;
+        if (date < day.end) return day.key;
+    }
+    Calendar::Day day = calendar.dayHolding(date);
+    if (day.start <= date && date < day.end) return days.emplace(day.start, std::move(day)).first->second.key;
+    // Near a midnight that came twice: the span does not cover the date, but the key is right.
+    return oddDays.try_emplace(day.key, day.key).first->second;
+}
+
+void EventBatch::addToRow(const UsageEvent& event, const std::string& day) {
+    const RowKey key{event.provider, event.model, day};
+    const auto [found, inserted] = rows.try_emplace(key);
+    RowSums& row = found->second;
+    if (inserted) row.stored = storedCounts(key);
+    row.stored += event.tokens;
+    if (event.reportedCostUSD) {
+        // A sum of doubles depends on its order, so these are never added up beforehand.
+        upsertRow(key, event.tokens, event.reportedCostUSD);
+    } else {
+        row.added += event.tokens;
+        row.hasAdded = true;
+    }
+}
+
+TokenCounts EventBatch::storedCounts(const RowKey& key) {
+    const std::string provider(rawValue(key.provider));
+    const std::string model(key.model);
+    const std::string day(key.day);
+    sqlite::Use select(db.statement(selectRow));
+    select->bind(1, provider).bind(2, model).bind(3, day);
+    if (!select->step()) return {};
+    return {select->integer(0), select->integer(1), select->integer(2),
+            select->integer(3), select->integer(4), select->integer(5)};
+}
+
+void EventBatch::upsertRow(const RowKey& key, const TokenCounts& tokens, std::optional<double> reportedCostUSD) {
+    const std::string provider(rawValue(key.provider));
+    const std::string model(key.model);
+    const std::string day(key.day);
+    sqlite::Statement& upsert = db.statement(upsertDaily);
+    upsert.bind(1, provider).bind(2, model).bind(3, day);
+    upsert.bind(4, tokens.uncachedInput).bind(5, tokens.cacheRead).bind(6, tokens.cacheWrite5m);
+    upsert.bind(7, tokens.cacheWrite1h).bind(8, tokens.output).bind(9, tokens.reasoning);
+    if (reportedCostUSD) {
+        upsert.bind(10, *reportedCostUSD);
+    } else {
+        upsert.bindNull(10);
+    }
+    upsert.run();
+}
+
+void EventBatch::writeRows() {
+    for (const auto& [key, sums] : rows) {
+        if (sums.hasAdded) upsertRow(key, sums.added, std::nullopt);
+    }
+}
+
+void EventBatch::writeSessions() {
+    sqlite::Statement& upsert = db.statement(upsertSession);
+    for (const auto& [key, earliest] : sessions) {
+        const std::string provider(rawValue(key.provider));
+        const std::string session(key.session);
+        const std::string day(earliest);
+        upsert.bind(1, provider).bind(2, session).bind(3, day).run();
+    }
+}
+
+} // namespace tokwatch

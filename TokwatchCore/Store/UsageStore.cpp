@@ -1,0 +1,223 @@
+#include "UsageStore.h"
+
+#include "EventBatch.h"
+#include "RecordCoding.h"
+#include "SQLite.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <system_error>
+
+namespace tokwatch {
+namespace {
+
+constexpr const char* schema = "CREATE TABLE IF NOT EXISTS seen(key TEXT PRIMARY KEY, day TEXT NOT NULL);\n"
+                               "CREATE INDEX IF NOT EXISTS seen_day ON seen(day);\n"
+                               "CREATE TABLE IF NOT EXISTS daily(\n"
+                               "  provider TEXT NOT NULL, model TEXT NOT NULL, day TEXT NOT NULL,\n"
+                               "  uncached INTEGER NOT NULL DEFAULT 0, cache_read INTEGER NOT NULL DEFAULT 0,\n"
+                               "  w5m INTEGER NOT NULL DEFAULT 0, w1h INTEGER NOT NULL DEFAULT 0,\n"
+                               "  output INTEGER NOT NULL DEFAULT 0, reasoning INTEGER NOT NULL DEFAULT 0,\n"
+                               "  reported_usd REAL,\n"
+                               "  PRIMARY KEY(provider, model, day));\n"
+                               "CREATE INDEX IF NOT EXISTS daily_day ON daily(day);\n"
+                               "CREATE TABLE IF NOT EXISTS sessions(\n"
+                               "  provider TEXT NOT NULL, session_id TEXT NOT NULL, day TEXT NOT NULL,\n"
+                               "  PRIMARY KEY(provider, session_id));\n"
+                               "CREATE INDEX IF NOT EXISTS sessions_day ON sessions(day);\n"
+                               "CREATE TABLE IF NOT EXISTS cursors(path TEXT PRIMARY KEY, json TEXT NOT NULL);\n"
+                               "CREATE TABLE IF NOT EXISTS limits(provider TEXT PRIMARY KEY, json TEXT NOT NULL);";
+
+constexpr const char* saveCursor = "INSERT OR REPLACE INTO cursors(path, json) VALUES(?1, ?2)";
+
+constexpr const char* selectDaily =
+    "SELECT provider, model, day, uncached, cache_read, w5m, w1h, output, reasoning, reported_usd\n"
+    "FROM daily WHERE day >= ?1 AND day <= ?2";
+
+constexpr const char* selectSessions =
+    "SELECT provider, day, COUNT(*) FROM sessions WHERE day >= ?1 AND day <= ?2 GROUP BY provider, day";
+
+/// Makes the directory 0700 and the file 0600 where they do not exist; SQLite's side files take after the
+/// file. What fails here fails again, with a message, when SQLite opens the file.
+void createPrivately(const std::filesystem::path& file) {
+    const std::filesystem::path directory = file.parent_path();
+    std::error_code ignored;
+    if (!directory.empty() && std::filesystem::create_directories(directory, ignored)) {
+        std::filesystem::permissions(directory, std::filesystem::perms::owner_all, ignored);
+    }
+    const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (descriptor >= 0) ::close(descriptor);
+}
+
+void write(sqlite::Connection& db, const FileCursor& cursor) {
+    const std::string json = jsonText(encode(cursor));
+    db.statement(saveCursor).bind(1, cursor.path).bind(2, json).run();
+}
+
+} // namespace
+
+FileCursor decodeCursorRow(const std::string& path, const std::string& json) {
+    FileCursor cursor = decodeFileCursor(parseJson(json));
+    cursor.path = path;
+    return cursor;
+}
+
+UsageStore::UsageStore(const std::filesystem::path& path) {
+    const bool inMemory = path.filename() == ":memory:";
+    if (!inMemory) createPrivately(path);
+    db = std::make_unique<sqlite::Connection>(inMemory ? ":memory:" : path.string());
+    migrate();
+}
+
+UsageStore::~UsageStore() = default;
+
+void UsageStore::migrate() {
+    db->execute("PRAGMA journal_mode=WAL");
+    // In write-ahead mode a commit survives a crash of the program without a sync, and a power cut with one
+    // at each checkpoint. What a power cut could undo is read again from the logs, since keys, sums and
+    // cursors go back together.
+    db->execute("PRAGMA synchronous=NORMAL");
+    // The first pass over years of logs inserts keys all over their index: 24 MB of pages hold it, and fewer
+    // checkpoints write each page less often.
+    db->execute("PRAGMA cache_size=-24576");
+    db->execute("PRAGMA wal_autocheckpoint=4096");
+    std::int64_t version = 0;
+    {
+        sqlite::Use query(db->statement("PRAGMA user_version"));
+        if (query->step()) version = query->integer(0);
+    }
+    if (version >= 1) return;
+    sqlite::Transaction transaction(*db);
+    db->execute(schema);
+    db->execute(("PRAGMA user_version = " + std::to_string(schemaVersion)).c_str());
+    transaction.commit();
+}
+
+std::int64_t UsageStore::ingest(std::span<const UsageEvent> events, const Calendar& calendar) {
+    const std::lock_guard lock(queue);
+    sqlite::Transaction transaction(*db);
+    const std::int64_t count = EventBatch(*db, calendar).add(events);
+    transaction.commit();
+    return count;
+}
+
+std::optional<FileCursor> UsageStore::cursor(const std::string& path) {
+    const std::lock_guard lock(queue);
+    sqlite::Use query(db->statement("SELECT json FROM cursors WHERE path = ?1"));
+    query->bind(1, path);
+    if (!query->step()) return std::nullopt;
+    return decodeCursorRow(path, query->text(0));
+}
+
+std::unordered_map<std::string, std::string> UsageStore::cursorTexts() {
+    const std::lock_guard lock(queue);
+    std::unordered_map<std::string, std::string> texts;
+    sqlite::Use query(db->statement("SELECT path, json FROM cursors"));
+    while (query->step()) texts.emplace(query->text(0), query->text(1));
+    return texts;
+}
+
+void UsageStore::save(const FileCursor& cursor) {
+    const std::lock_guard lock(queue);
+    write(*db, cursor);
+}
+
+void UsageStore::save(std::span<const FileCursor> cursors) {
+    const std::lock_guard lock(queue);
+    sqlite::Transaction transaction(*db);
+    for (const FileCursor& cursor : cursors) write(*db, cursor);
+    transaction.commit();
+}
+
+void UsageStore::resetCursors(ProviderID provider) {
+    const std::unordered_map<std::string, std::string> texts = cursorTexts();
+    const std::lock_guard lock(queue);
+    sqlite::Transaction transaction(*db);
+    for (const auto& [path, json] : texts) {
+        try {
+            const FileCursor cursor = decodeCursorRow(path, json);
+            const auto entry = cursor.context.find("provider");
+            if (entry == cursor.context.end() || entry->second != rawValue(provider)) continue;
+        } catch (const DecodingError&) {
+            continue; // Whose it was cannot be told; it stays.
+        }
+        db->statement("DELETE FROM cursors WHERE path = ?1").bind(1, path).run();
+    }
+    transaction.commit();
+}
+
+std::optional<ProviderLimits> UsageStore::limits(ProviderID provider) {
+    const std::lock_guard lock(queue);
+    const std::string id(rawValue(provider));
+    sqlite::Use query(db->statement("SELECT json FROM limits WHERE provider = ?1"));
+    query->bind(1, id);
+    if (!query->step()) return std::nullopt;
+    return decodeProviderLimits(parseJson(query->text(0)), DateCoding::secondsSince2001);
+}
+
+void UsageStore::setLimits(const ProviderLimits& limits, ProviderID provider) {
+    const std::lock_guard lock(queue);
+    const std::string id(rawValue(provider));
+    const std::string json = jsonText(encode(limits, DateCoding::secondsSince2001));
+    db->statement("INSERT OR REPLACE INTO limits(provider, json) VALUES(?1, ?2)").bind(1, id).bind(2, json).run();
+}
+
+void UsageStore::prune(Date before, const Calendar& calendar) {
+    const std::lock_guard lock(queue);
+    const std::string day = calendar.dayKey(before);
+    sqlite::Transaction transaction(*db);
+    for (const char* deletion : {"DELETE FROM daily WHERE day < ?1", "DELETE FROM sessions WHERE day < ?1",
+                                 "DELETE FROM seen WHERE day < ?1"})
+        db->statement(deletion).bind(1, day).run();
+    transaction.commit();
+}
+
+UsageSummary UsageStore::summary(std::int64_t days, Date now, const Calendar& calendar, const PriceTable& prices) {
+    const SummaryWindow window(days, now, calendar);
+    std::vector<DailyRow> rows;
+    std::vector<SessionCount> sessions;
+    {
+        const std::lock_guard lock(queue);
+        sqlite::Use daily(db->statement(selectDaily));
+        daily->bind(1, window.firstKey()).bind(2, window.todayKey);
+        while (daily->step()) {
+            // A provider that a later version of the program knows is not ours to show.
+            const std::optional<ProviderID> provider = providerFromRawValue(daily->text(0));
+            if (!provider) continue;
+            const TokenCounts tokens{daily->integer(3), daily->integer(4), daily->integer(5),
+                                     daily->integer(6), daily->integer(7), daily->integer(8)};
+            rows.push_back({*provider, daily->text(1), daily->text(2), tokens,
+                            daily->isNull(9) ? std::nullopt : std::optional(daily->real(9))});
+        }
+        sqlite::Use counts(db->statement(selectSessions));
+        counts->bind(1, window.firstKey()).bind(2, window.todayKey);
+        while (counts->step()) {
+            const std::optional<ProviderID> provider = providerFromRawValue(counts->text(0));
+            if (provider) sessions.push_back({*provider, counts->text(1), counts->integer(2)});
+        }
+    }
+    return summarize(days, window, rows, sessions, prices);
+}
+
+void UsageStore::releaseMemory() {
+    const std::lock_guard lock(queue);
+    db->releaseMemory();
+}
+
+std::string UsageStore::integrity() {
+    const std::lock_guard lock(queue);
+    sqlite::Use check(db->statement("PRAGMA integrity_check(1)"));
+    return check->step() ? check->text(0) : std::string("no answer");
+}
+
+std::vector<std::string> UsageStore::models() {
+    const std::lock_guard lock(queue);
+    std::vector<std::string> names;
+    sqlite::Use query(db->statement("SELECT DISTINCT model FROM daily ORDER BY model"));
+    while (query->step()) names.push_back(query->text(0));
+    return names;
+}
+
+} // namespace tokwatch
