@@ -5,7 +5,7 @@
 namespace tokwatch {
 namespace {
 
-bool exists(const std::filesystem::path& path) {
+bool isThere(const std::filesystem::path& path) {
     // A path that cannot be looked at counts as absent.
     std::error_code ignored;
     return std::filesystem::exists(path, ignored);
@@ -34,17 +34,22 @@ std::filesystem::path ProviderLocations::codexAuthFile() const {
 }
 
 std::filesystem::path ProviderLocations::cursorStateDB() const {
-    const std::filesystem::path linux = home / ".config/Cursor/User/globalStorage/state.vscdb";
-    return exists(linux) ? linux
-                         : home / "Library/Application Support/Cursor/User/globalStorage/state.vscdb";
+    const std::filesystem::path onLinux = home / ".config/Cursor/User/globalStorage/state.vscdb";
+    return isThere(onLinux)
+               ? onLinux
+               : home / "Library/Application Support/Cursor/User/globalStorage/state.vscdb";
 }
 
 bool ProviderLocations::isPresent(ProviderID provider) const {
     switch (provider) {
-    case ProviderID::claude: return exists(claudeProjects());
-    case ProviderID::codex: return exists(codexRoots()[0]) || exists(codexAuthFile());
-    case ProviderID::grok: return exists(grokSessions());
-    case ProviderID::cursor: return exists(cursorStateDB());
+    case ProviderID::claude:
+        return isThere(claudeProjects());
+    case ProviderID::codex:
+        return isThere(codexRoots()[0]) || isThere(codexAuthFile());
+    case ProviderID::grok:
+        return isThere(grokSessions());
+    case ProviderID::cursor:
+        return isThere(cursorStateDB());
     }
     return false;
 }

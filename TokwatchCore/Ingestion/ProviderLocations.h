@@ -17,7 +17,8 @@ struct ProviderLocations {
     std::filesystem::path grokSessions() const;
     std::filesystem::path codexHome() const;
     std::filesystem::path codexAuthFile() const;
-    /// The state database of Cursor: the place of its macOS edition, or of its Linux one where that exists.
+    /// The state database of Cursor: the place of its macOS edition, or of its Linux one where that
+    /// exists.
     std::filesystem::path cursorStateDB() const;
 
     /// Whether the assistant left traces here. Asks only whether paths exist, not what they hold.

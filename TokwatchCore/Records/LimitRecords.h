@@ -71,9 +71,9 @@ enum class ProviderStatus {
     unavailable,  ///< there is no login to use, or live limits are off
 };
 
-inline constexpr std::array allProviderStatuses{ProviderStatus::ok,          ProviderStatus::signInNeeded,
-                                                ProviderStatus::unreachable, ProviderStatus::rateLimited,
-                                                ProviderStatus::accessDenied, ProviderStatus::unavailable};
+inline constexpr std::array allProviderStatuses{
+    ProviderStatus::ok,          ProviderStatus::signInNeeded, ProviderStatus::unreachable,
+    ProviderStatus::rateLimited, ProviderStatus::accessDenied, ProviderStatus::unavailable};
 
 /// "signInNeeded": the case's name, as encoded.
 std::string_view rawValue(ProviderStatus status);
@@ -86,7 +86,8 @@ struct ProviderLimits {
     ProviderStatus status = ProviderStatus::unavailable;
     Date fetchedAt; ///< when this record was made
 
-    /// A copy whose live and local windows are stale as of `fetchedAt`; windows already stale keep their date.
+    /// A copy whose live and local windows are stale as of `fetchedAt`; windows already stale keep
+    /// their date.
     ProviderLimits markedStale() const;
 
     friend bool operator==(const ProviderLimits&, const ProviderLimits&) = default;

@@ -53,7 +53,8 @@ const Json& array(const Json& json) {
 
 const Json& required(const Json& json, const char* key) {
     const auto found = object(json).find(key);
-    if (found == json.end()) throw DecodingError(std::string("No value for the key \"") + key + "\".");
+    if (found == json.end())
+        throw DecodingError(std::string("No value for the key \"") + key + "\".");
     return *found;
 }
 
@@ -117,7 +118,8 @@ Json encode(Date date, DateCoding dates) {
 }
 
 Date decodeDate(const Json& json, DateCoding dates) {
-    if (dates == DateCoding::secondsSince2001) return dateFromUnixSeconds(coding::number(json) + referenceEpoch);
+    if (dates == DateCoding::secondsSince2001)
+        return dateFromUnixSeconds(coding::number(json) + referenceEpoch);
     const std::optional<Date> date = parseISO8601(coding::string(json));
     if (!date) throw DecodingError("Expected an ISO 8601 date.");
     return *date;
@@ -145,7 +147,9 @@ Json encode(const TokenCounts& tokens) {
 }
 
 TokenCounts decodeTokenCounts(const Json& json) {
-    const auto field = [&json](const char* key) { return coding::integer(coding::required(json, key)); };
+    const auto field = [&json](const char* key) {
+        return coding::integer(coding::required(json, key));
+    };
     TokenCounts tokens;
     tokens.uncachedInput = field("uncachedInput");
     tokens.cacheRead = field("cacheRead");
@@ -162,7 +166,8 @@ Json encode(const FileCursor& cursor) {
     json["inode"] = cursor.inode;
     json["offset"] = cursor.offset;
     json["context"] = emptyObject();
-    for (const auto& [key, value] : cursor.context) json["context"][key] = value;
+    for (const auto& [key, value] : cursor.context)
+        json["context"][key] = value;
     return json;
 }
 
@@ -181,7 +186,9 @@ FileCursor decodeFileCursor(const Json& json) {
 Json encode(const LimitSource& source, DateCoding dates) {
     struct Encoder {
         DateCoding dates;
-        Json operator()(const LimitSource::Live&) const { return singleCaseObject("live", emptyObject()); }
+        Json operator()(const LimitSource::Live&) const {
+            return singleCaseObject("live", emptyObject());
+        }
         Json operator()(const LimitSource::Local& local) const {
             return singleCaseObject("local", datePayload(local.asOf, dates));
         }
@@ -196,8 +203,10 @@ LimitSource decodeLimitSource(const Json& json, DateCoding dates) {
     const auto [name, payload] = coding::singleCase(json);
     coding::object(payload);
     if (name == "live") return LimitSource::live();
-    if (name == "local") return LimitSource::local(decodeDate(coding::required(payload, "asOf"), dates));
-    if (name == "stale") return LimitSource::stale(decodeDate(coding::required(payload, "asOf"), dates));
+    if (name == "local")
+        return LimitSource::local(decodeDate(coding::required(payload, "asOf"), dates));
+    if (name == "stale")
+        return LimitSource::stale(decodeDate(coding::required(payload, "asOf"), dates));
     throw DecodingError("Unknown limit source \"" + name + "\".");
 }
 
@@ -218,7 +227,8 @@ LimitWindow decodeLimitWindow(const Json& json, DateCoding dates) {
     window.label = coding::string(coding::required(json, "label"));
     window.usedFraction = coding::number(coding::required(json, "usedFraction"));
     window.duration = optionalNumber(json, "duration");
-    if (const Json* resetsAt = coding::optional(json, "resetsAt")) window.resetsAt = decodeDate(*resetsAt, dates);
+    if (const Json* resetsAt = coding::optional(json, "resetsAt"))
+        window.resetsAt = decodeDate(*resetsAt, dates);
     window.source = decodeLimitSource(coding::required(json, "source"), dates);
     return window;
 }
@@ -260,7 +270,8 @@ Json encode(const ProviderLimits& limits, DateCoding dates) {
     Json json = emptyObject();
     if (limits.plan) json["plan"] = *limits.plan;
     json["windows"] = Json::array();
-    for (const LimitWindow& window : limits.windows) json["windows"].push_back(encode(window, dates));
+    for (const LimitWindow& window : limits.windows)
+        json["windows"].push_back(encode(window, dates));
     if (limits.credits) json["credits"] = encode(*limits.credits);
     json["status"] = encode(limits.status);
     json["fetchedAt"] = encode(limits.fetchedAt, dates);
@@ -272,7 +283,8 @@ ProviderLimits decodeProviderLimits(const Json& json, DateCoding dates) {
     if (const Json* plan = coding::optional(json, "plan")) limits.plan = coding::string(*plan);
     for (const Json& window : coding::array(coding::required(json, "windows")))
         limits.windows.push_back(decodeLimitWindow(window, dates));
-    if (const Json* credits = coding::optional(json, "credits")) limits.credits = decodeCredits(*credits);
+    if (const Json* credits = coding::optional(json, "credits"))
+        limits.credits = decodeCredits(*credits);
     limits.status = decodeProviderStatus(coding::required(json, "status"));
     limits.fetchedAt = decodeDate(coding::required(json, "fetchedAt"), dates);
     return limits;

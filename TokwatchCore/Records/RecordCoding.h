@@ -10,9 +10,9 @@
 
 #include <string_view>
 
-/// The JSON forms of the records. Keys are the field names in declaration order; an absent optional leaves its
-/// key out, and reads from an absent or null key. All else is required: a missing key, a null, a wrong type
-/// or an unknown case is a DecodingError, never a partial record.
+/// The JSON forms of the records. Keys are the field names in declaration order; an absent optional
+/// leaves its key out, and reads from an absent or null key. All else is required: a missing key, a
+/// null, a wrong type or an unknown case is a DecodingError, never a partial record.
 namespace tokwatch {
 
 using Json = nlohmann::ordered_json;
@@ -26,8 +26,8 @@ enum class DateCoding {
 /// Parses a document; a syntax error is a DecodingError.
 Json parseJson(std::string_view text);
 
-/// One line of text. Text that is not UTF-8 (file names may hold any bytes) keeps its valid part, with
-/// U+FFFD for the rest.
+/// One line of text. Text that is not UTF-8 (file names may hold any bytes) keeps its valid part,
+/// with U+FFFD for the rest.
 std::string jsonText(const Json& json);
 
 Json encode(Date date, DateCoding dates);

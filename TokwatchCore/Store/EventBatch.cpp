@@ -25,12 +25,14 @@ constexpr const char* upsertDaily =
     "                      WHEN reported_usd IS NULL THEN excluded.reported_usd\n"
     "                      ELSE reported_usd + excluded.reported_usd END";
 
-constexpr const char* upsertSession = "INSERT INTO sessions(provider, session_id, day) VALUES(?1, ?2, ?3)\n"
-                                      "ON CONFLICT(provider, session_id) DO UPDATE SET day = MIN(day, excluded.day)";
+constexpr const char* upsertSession =
+    "INSERT INTO sessions(provider, session_id, day) VALUES(?1, ?2, ?3)\n"
+    "ON CONFLICT(provider, session_id) DO UPDATE SET day = MIN(day, excluded.day)";
 
 } // namespace
 
-EventBatch::EventBatch(sqlite::Connection& connection, const Calendar& c) : db(connection), calendar(c) {}
+EventBatch::EventBatch(sqlite::Connection& connection, const Calendar& c)
+    : db(connection), calendar(c) {}
 
 std::int64_t EventBatch::add(std::span<const UsageEvent> events) {
     const std::vector<bool> isNew = insertKeys(events);
@@ -40,7 +42,8 @@ std::int64_t EventBatch::add(std::span<const UsageEvent> events) {
         const UsageEvent& event = events[i];
         const std::string& day = dayOf(event.timestamp);
         addToRow(event, day);
-        const auto [session, inserted] = sessions.try_emplace({event.provider, event.sessionID}, day);
+        const auto [session, inserted] =
+            sessions.try_emplace({event.provider, event.sessionID}, day);
         if (!inserted) session->second = std::min<std::string_view>(session->second, day);
         ++count;
     }
@@ -72,7 +75,8 @@ const std::string& EventBatch::dayOf(Date date) {
         if (date < day.end) return day.key;
     }
     Calendar::Day day = calendar.dayHolding(date);
-    if (day.start <= date && date < day.end) return days.emplace(day.start, std::move(day)).first->second.key;
+    if (day.start <= date && date < day.end)
+        return days.emplace(day.start, std::move(day)).first->second.key;
     // Near a midnight that came twice: the span does not cover the date, but the key is right.
     return oddDays.try_emplace(day.key, day.key).first->second;
 }
@@ -103,7 +107,8 @@ TokenCounts EventBatch::storedCounts(const RowKey& key) {
             select->integer(3), select->integer(4), select->integer(5)};
 }
 
-void EventBatch::upsertRow(const RowKey& key, const TokenCounts& tokens, std::optional<double> reportedCostUSD) {
+void EventBatch::upsertRow(const RowKey& key, const TokenCounts& tokens,
+                           std::optional<double> reportedCostUSD) {
     const std::string provider(rawValue(key.provider));
     const std::string model(key.model);
     const std::string day(key.day);

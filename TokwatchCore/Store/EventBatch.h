@@ -16,9 +16,9 @@ namespace tokwatch {
 
 /// Adds one batch of events to the database, inside a transaction of the caller's.
 ///
-/// The stored result is that of one upsert an event, in order. To get there faster, keys go in sorted (each
-/// page of their index is then touched once a batch instead of once an event), and sums are added up in
-/// memory and written once for each provider, model and day.
+/// The stored result is that of one upsert an event, in order. To get there faster, keys go in
+/// sorted (each page of their index is then touched once a batch instead of once an event), and
+/// sums are added up in memory and written once for each provider, model and day.
 class EventBatch {
   public:
     EventBatch(sqlite::Connection& db, const Calendar& calendar);
@@ -48,7 +48,8 @@ class EventBatch {
     std::vector<bool> insertKeys(std::span<const UsageEvent> events);
     void addToRow(const UsageEvent& event, const std::string& day);
     TokenCounts storedCounts(const RowKey& key);
-    void upsertRow(const RowKey& key, const TokenCounts& tokens, std::optional<double> reportedCostUSD);
+    void upsertRow(const RowKey& key, const TokenCounts& tokens,
+                   std::optional<double> reportedCostUSD);
     void writeRows();
     void writeSessions();
 

@@ -36,22 +36,23 @@ struct CostBreakdown {
 };
 
 struct PricedCost {
-    std::optional<double> usd;              ///< absent when there is neither a price nor a reported cost
+    std::optional<double> usd; ///< absent when there is neither a price nor a reported cost
     std::optional<CostBreakdown> breakdown; ///< absent exactly when `usd` is
     bool approximate = false;               ///< not a list price times a count
-    double cacheSavingsUSD = 0;             ///< what cache reads saved against the input price; may be negative
+    double cacheSavingsUSD = 0; ///< what cache reads saved against the input price; may be negative
 
     friend bool operator==(const PricedCost&, const PricedCost&) = default;
 };
 
-/// Model names to prices. Names match exactly, or after cutting a release date "-YYYYMMDD" off their end.
+/// Model names to prices. Names match exactly, or after cutting a release date "-YYYYMMDD" off
+/// their end.
 class PriceTable {
   public:
     PriceTable() = default;
     explicit PriceTable(std::map<std::string, ModelPrice, std::less<>> models);
 
-    /// The table that comes with the program; empty when its resource is missing or does not decode, so that
-    /// only costs that the tools report themselves are known.
+    /// The table that comes with the program; empty when its resource is missing or does not
+    /// decode, so that only costs that the tools report themselves are known.
     static PriceTable bundled();
 
     /// From the resource's text; DecodingError when it is not of its shape.
@@ -60,7 +61,8 @@ class PriceTable {
     const ModelPrice* price(std::string_view model) const;
 
     /// The cost of `tokens`. The reported cost counts only where the table has no price.
-    PricedCost cost(std::string_view model, const TokenCounts& tokens, std::optional<double> reportedUSD) const;
+    PricedCost cost(std::string_view model, const TokenCounts& tokens,
+                    std::optional<double> reportedUSD) const;
 
     const std::map<std::string, ModelPrice, std::less<>>& models() const { return table; }
 

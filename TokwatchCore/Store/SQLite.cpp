@@ -7,7 +7,8 @@
 namespace tokwatch::sqlite {
 namespace {
 
-/// How long a writer of another process of ours may hold the lock before we give up, in milliseconds.
+/// How long a writer of another process of ours may hold the lock before we give up, in
+/// milliseconds.
 constexpr int busyTimeout = 5000;
 
 std::string messageOf(sqlite3* connection, const char* withoutHandle) {
@@ -22,7 +23,8 @@ void Statement::Finalizer::operator()(sqlite3_stmt* statement) const {
 
 Statement::Statement(sqlite3* c, const char* sql) : connection(c) {
     sqlite3_stmt* prepared = nullptr;
-    const int code = sqlite3_prepare_v3(connection, sql, -1, SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+    const int code =
+        sqlite3_prepare_v3(connection, sql, -1, SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
     handle.reset(prepared);
     if (code != SQLITE_OK || !handle) fail(code);
 }
@@ -147,7 +149,8 @@ Transaction::~Transaction() {
     try {
         db.execute("ROLLBACK");
     } catch (const UsageStoreError&) {
-        // SQLite may have rolled back by itself (disk full); the first error is the one that counts.
+        // SQLite may have rolled back by itself (disk full); the first error is the one that
+        // counts.
     }
 }
 

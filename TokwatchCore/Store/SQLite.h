@@ -9,8 +9,8 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-/// As much of SQLite's C interface as the store needs, with ownership and errors: every failure is a
-/// UsageStoreError with the call's result code and the connection's message.
+/// As much of SQLite's C interface as the store needs, with ownership and errors: every failure is
+/// a UsageStoreError with the call's result code and the connection's message.
 namespace tokwatch::sqlite {
 
 /// A prepared statement. Parameters are numbered from 1, columns from 0.

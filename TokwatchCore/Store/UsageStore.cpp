@@ -13,22 +13,23 @@
 namespace tokwatch {
 namespace {
 
-constexpr const char* schema = "CREATE TABLE IF NOT EXISTS seen(key TEXT PRIMARY KEY, day TEXT NOT NULL);\n"
-                               "CREATE INDEX IF NOT EXISTS seen_day ON seen(day);\n"
-                               "CREATE TABLE IF NOT EXISTS daily(\n"
-                               "  provider TEXT NOT NULL, model TEXT NOT NULL, day TEXT NOT NULL,\n"
-                               "  uncached INTEGER NOT NULL DEFAULT 0, cache_read INTEGER NOT NULL DEFAULT 0,\n"
-                               "  w5m INTEGER NOT NULL DEFAULT 0, w1h INTEGER NOT NULL DEFAULT 0,\n"
-                               "  output INTEGER NOT NULL DEFAULT 0, reasoning INTEGER NOT NULL DEFAULT 0,\n"
-                               "  reported_usd REAL,\n"
-                               "  PRIMARY KEY(provider, model, day));\n"
-                               "CREATE INDEX IF NOT EXISTS daily_day ON daily(day);\n"
-                               "CREATE TABLE IF NOT EXISTS sessions(\n"
-                               "  provider TEXT NOT NULL, session_id TEXT NOT NULL, day TEXT NOT NULL,\n"
-                               "  PRIMARY KEY(provider, session_id));\n"
-                               "CREATE INDEX IF NOT EXISTS sessions_day ON sessions(day);\n"
-                               "CREATE TABLE IF NOT EXISTS cursors(path TEXT PRIMARY KEY, json TEXT NOT NULL);\n"
-                               "CREATE TABLE IF NOT EXISTS limits(provider TEXT PRIMARY KEY, json TEXT NOT NULL);";
+constexpr const char* schema =
+    "CREATE TABLE IF NOT EXISTS seen(key TEXT PRIMARY KEY, day TEXT NOT NULL);\n"
+    "CREATE INDEX IF NOT EXISTS seen_day ON seen(day);\n"
+    "CREATE TABLE IF NOT EXISTS daily(\n"
+    "  provider TEXT NOT NULL, model TEXT NOT NULL, day TEXT NOT NULL,\n"
+    "  uncached INTEGER NOT NULL DEFAULT 0, cache_read INTEGER NOT NULL DEFAULT 0,\n"
+    "  w5m INTEGER NOT NULL DEFAULT 0, w1h INTEGER NOT NULL DEFAULT 0,\n"
+    "  output INTEGER NOT NULL DEFAULT 0, reasoning INTEGER NOT NULL DEFAULT 0,\n"
+    "  reported_usd REAL,\n"
+    "  PRIMARY KEY(provider, model, day));\n"
+    "CREATE INDEX IF NOT EXISTS daily_day ON daily(day);\n"
+    "CREATE TABLE IF NOT EXISTS sessions(\n"
+    "  provider TEXT NOT NULL, session_id TEXT NOT NULL, day TEXT NOT NULL,\n"
+    "  PRIMARY KEY(provider, session_id));\n"
+    "CREATE INDEX IF NOT EXISTS sessions_day ON sessions(day);\n"
+    "CREATE TABLE IF NOT EXISTS cursors(path TEXT PRIMARY KEY, json TEXT NOT NULL);\n"
+    "CREATE TABLE IF NOT EXISTS limits(provider TEXT PRIMARY KEY, json TEXT NOT NULL);";
 
 constexpr const char* saveCursor = "INSERT OR REPLACE INTO cursors(path, json) VALUES(?1, ?2)";
 
@@ -39,8 +40,8 @@ constexpr const char* selectDaily =
 constexpr const char* selectSessions =
     "SELECT provider, day, COUNT(*) FROM sessions WHERE day >= ?1 AND day <= ?2 GROUP BY provider, day";
 
-/// Makes the directory 0700 and the file 0600 where they do not exist; SQLite's side files take after the
-/// file. What fails here fails again, with a message, when SQLite opens the file.
+/// Makes the directory 0700 and the file 0600 where they do not exist; SQLite's side files take
+/// after the file. What fails here fails again, with a message, when SQLite opens the file.
 void createPrivately(const std::filesystem::path& file) {
     const std::filesystem::path directory = file.parent_path();
     std::error_code ignored;
@@ -75,12 +76,12 @@ UsageStore::~UsageStore() = default;
 
 void UsageStore::migrate() {
     db->execute("PRAGMA journal_mode=WAL");
-    // In write-ahead mode a commit survives a crash of the program without a sync, and a power cut with one
-    // at each checkpoint. What a power cut could undo is read again from the logs, since keys, sums and
-    // cursors go back together.
+    // In write-ahead mode a commit survives a crash of the program without a sync, and a power cut
+    // with one at each checkpoint. What a power cut could undo is read again from the logs, since
+    // keys, sums and cursors go back together.
     db->execute("PRAGMA synchronous=NORMAL");
-    // The first pass over years of logs inserts keys all over their index: 24 MB of pages hold it, and fewer
-    // checkpoints write each page less often.
+    // The first pass over years of logs inserts keys all over their index: 24 MB of pages hold it,
+    // and fewer checkpoints write each page less often.
     db->execute("PRAGMA cache_size=-24576");
     db->execute("PRAGMA wal_autocheckpoint=4096");
     std::int64_t version = 0;
@@ -115,7 +116,8 @@ std::unordered_map<std::string, std::string> UsageStore::cursorTexts() {
     const std::lock_guard lock(queue);
     std::unordered_map<std::string, std::string> texts;
     sqlite::Use query(db->statement("SELECT path, json FROM cursors"));
-    while (query->step()) texts.emplace(query->text(0), query->text(1));
+    while (query->step())
+        texts.emplace(query->text(0), query->text(1));
     return texts;
 }
 
@@ -127,7 +129,8 @@ void UsageStore::save(const FileCursor& cursor) {
 void UsageStore::save(std::span<const FileCursor> cursors) {
     const std::lock_guard lock(queue);
     sqlite::Transaction transaction(*db);
-    for (const FileCursor& cursor : cursors) write(*db, cursor);
+    for (const FileCursor& cursor : cursors)
+        write(*db, cursor);
     transaction.commit();
 }
 
@@ -161,20 +164,25 @@ void UsageStore::setLimits(const ProviderLimits& limits, ProviderID provider) {
     const std::lock_guard lock(queue);
     const std::string id(rawValue(provider));
     const std::string json = jsonText(encode(limits, DateCoding::secondsSince2001));
-    db->statement("INSERT OR REPLACE INTO limits(provider, json) VALUES(?1, ?2)").bind(1, id).bind(2, json).run();
+    db->statement("INSERT OR REPLACE INTO limits(provider, json) VALUES(?1, ?2)")
+        .bind(1, id)
+        .bind(2, json)
+        .run();
 }
 
 void UsageStore::prune(Date before, const Calendar& calendar) {
     const std::lock_guard lock(queue);
     const std::string day = calendar.dayKey(before);
     sqlite::Transaction transaction(*db);
-    for (const char* deletion : {"DELETE FROM daily WHERE day < ?1", "DELETE FROM sessions WHERE day < ?1",
-                                 "DELETE FROM seen WHERE day < ?1"})
+    for (const char* deletion :
+         {"DELETE FROM daily WHERE day < ?1", "DELETE FROM sessions WHERE day < ?1",
+          "DELETE FROM seen WHERE day < ?1"})
         db->statement(deletion).bind(1, day).run();
     transaction.commit();
 }
 
-UsageSummary UsageStore::summary(std::int64_t days, Date now, const Calendar& calendar, const PriceTable& prices) {
+UsageSummary UsageStore::summary(std::int64_t days, Date now, const Calendar& calendar,
+                                 const PriceTable& prices) {
     const SummaryWindow window(days, now, calendar);
     std::vector<DailyRow> rows;
     std::vector<SessionCount> sessions;
@@ -216,7 +224,8 @@ std::vector<std::string> UsageStore::models() {
     const std::lock_guard lock(queue);
     std::vector<std::string> names;
     sqlite::Use query(db->statement("SELECT DISTINCT model FROM daily ORDER BY model"));
-    while (query->step()) names.push_back(query->text(0));
+    while (query->step())
+        names.push_back(query->text(0));
     return names;
 }
 

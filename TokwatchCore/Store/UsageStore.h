@@ -23,18 +23,18 @@ namespace sqlite {
 class Connection;
 }
 
-/// The one persistent store: sums per provider, model and day, sessions, the keys of every event already
-/// counted, read positions of log files, and the last known limits.
+/// The one persistent store: sums per provider, model and day, sessions, the keys of every event
+/// already counted, read positions of log files, and the last known limits.
 ///
-/// Callable from any thread; operations run one at a time. Every operation throws UsageStoreError when SQLite
-/// fails, and what writes more than one row is atomic. The schema's version is 1; later versions are used as
-/// they are.
+/// Callable from any thread; operations run one at a time. Every operation throws UsageStoreError
+/// when SQLite fails, and what writes more than one row is atomic. The schema's version is 1; later
+/// versions are used as they are.
 class UsageStore {
   public:
     static constexpr std::int32_t schemaVersion = 1;
 
-    /// Opens and, when new, creates the database. A path whose last component is ":memory:" opens one that
-    /// lives in memory only. The file and its directory are created private to the user.
+    /// Opens and, when new, creates the database. A path whose last component is ":memory:" opens
+    /// one that lives in memory only. The file and its directory are created private to the user.
     explicit UsageStore(const std::filesystem::path& path);
     ~UsageStore();
     UsageStore(const UsageStore&) = delete;
@@ -46,16 +46,16 @@ class UsageStore {
     /// The stored cursor of a path; DecodingError when the row does not decode.
     std::optional<FileCursor> cursor(const std::string& path);
 
-    /// All stored cursors as their undecoded JSON, by path: for a pass that visits every file, one statement
-    /// instead of one a file.
+    /// All stored cursors as their undecoded JSON, by path: for a pass that visits every file, one
+    /// statement instead of one a file.
     std::unordered_map<std::string, std::string> cursorTexts();
 
     void save(const FileCursor& cursor);
     /// Several cursors in one transaction.
     void save(std::span<const FileCursor> cursors);
 
-    /// Forgets the read positions of one provider's files, so that the next pass reads them from the start;
-    /// what was counted stays counted once.
+    /// Forgets the read positions of one provider's files, so that the next pass reads them from
+    /// the start; what was counted stays counted once.
     void resetCursors(ProviderID provider);
 
     std::optional<ProviderLimits> limits(ProviderID provider);
@@ -64,7 +64,8 @@ class UsageStore {
     /// Deletes all days before the day of `before`.
     void prune(Date before, const Calendar& calendar);
 
-    UsageSummary summary(std::int64_t days, Date now, const Calendar& calendar, const PriceTable& prices);
+    UsageSummary summary(std::int64_t days, Date now, const Calendar& calendar,
+                         const PriceTable& prices);
 
     /// Gives the database's caches back to the system; for the end of a long pass.
     void releaseMemory();
@@ -82,8 +83,8 @@ class UsageStore {
     std::unique_ptr<sqlite::Connection> db;
 };
 
-/// Decodes a cursor row. The row's path, not the one inside the JSON, is the cursor's: JSON cannot hold every
-/// file name.
+/// Decodes a cursor row. The row's path, not the one inside the JSON, is the cursor's: JSON cannot
+/// hold every file name.
 FileCursor decodeCursorRow(const std::string& path, const std::string& json);
 
 } // namespace tokwatch

@@ -9,7 +9,8 @@ namespace tokwatch {
 class UsageStoreError : public std::runtime_error {
   public:
     UsageStoreError(int resultCode, const std::string& text)
-        : std::runtime_error(text + " (" + std::to_string(resultCode) + ")"), code(resultCode), message(text) {}
+        : std::runtime_error(text + " (" + std::to_string(resultCode) + ")"), code(resultCode),
+          message(text) {}
 
     int code;
     std::string message;

@@ -15,7 +15,8 @@
 namespace tokwatch {
 
 /// Local usage over the last N calendar days: the one aggregate that every display draws from.
-/// A single number of tokens is always `TokenCounts::total()`, processed tokens. Money is US dollars.
+/// A single number of tokens is always `TokenCounts::total()`, processed tokens. Money is US
+/// dollars.
 struct UsageSummary {
     struct Tool {
         ProviderID provider = ProviderID::claude;
@@ -96,8 +97,9 @@ struct SummaryWindow {
 };
 
 /// Computes the summary of the window from its stored rows. A sum beyond 64 bits stops the program.
-UsageSummary summarize(std::int64_t days, const SummaryWindow& window, const std::vector<DailyRow>& rows,
-                       const std::vector<SessionCount>& sessions, const PriceTable& prices);
+UsageSummary summarize(std::int64_t days, const SummaryWindow& window,
+                       const std::vector<DailyRow>& rows, const std::vector<SessionCount>& sessions,
+                       const PriceTable& prices);
 
 Json encode(const CostBreakdown& cost);
 Json encode(const UsageSummary& summary, DateCoding dates);

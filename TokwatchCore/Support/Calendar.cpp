@@ -25,8 +25,8 @@ Date fromAbsoluteTime(absl::Time time) {
     return dateFromUnixSeconds(absl::ToDoubleSeconds(time - absl::UnixEpoch()));
 }
 
-/// The first moment of a civil day. Where the clock jumps over midnight the day begins at the jump; where
-/// midnight comes twice the first one counts.
+/// The first moment of a civil day. Where the clock jumps over midnight the day begins at the jump;
+/// where midnight comes twice the first one counts.
 Date firstMoment(absl::CivilDay day, absl::TimeZone zone) {
     const absl::TimeZone::TimeInfo info = zone.At(absl::CivilSecond(day));
     return fromAbsoluteTime(info.kind == absl::TimeZone::TimeInfo::SKIPPED ? info.trans : info.pre);
@@ -34,8 +34,8 @@ Date firstMoment(absl::CivilDay day, absl::TimeZone zone) {
 
 std::string keyOf(absl::CivilDay day) {
     char text[32];
-    const int length = std::snprintf(text, sizeof text, "%04d-%02d-%02d", static_cast<int>(day.year()),
-                                     day.month(), day.day());
+    const int length = std::snprintf(text, sizeof text, "%04d-%02d-%02d",
+                                     static_cast<int>(day.year()), day.month(), day.day());
     return std::string(text, static_cast<std::size_t>(length));
 }
 
@@ -77,8 +77,8 @@ Date Calendar::startOfDay(Date date) const {
 Date Calendar::addingDays(Date date, int days) const {
     const absl::CivilSecond civil = absl::ToCivilSecond(absoluteTime(date), zone->timeZone);
     const absl::CivilDay target = absl::CivilDay(civil) + days;
-    const absl::CivilSecond moved(target.year(), target.month(), target.day(), civil.hour(), civil.minute(),
-                                  civil.second());
+    const absl::CivilSecond moved(target.year(), target.month(), target.day(), civil.hour(),
+                                  civil.minute(), civil.second());
     const absl::TimeZone::TimeInfo info = zone->timeZone.At(moved);
     return fromAbsoluteTime(info.kind == absl::TimeZone::TimeInfo::SKIPPED ? info.trans : info.pre);
 }
@@ -89,7 +89,8 @@ std::vector<Date> Calendar::daysEnding(Date now, int count) const {
     for (int offset = 1 - count; offset <= 0; ++offset) {
         // A zone that crossed the date line has a calendar day that never was; it is left out.
         const Date start = firstMoment(today + offset, zone->timeZone);
-        if (absl::ToCivilDay(absoluteTime(start), zone->timeZone) == today + offset) days.push_back(start);
+        if (absl::ToCivilDay(absoluteTime(start), zone->timeZone) == today + offset)
+            days.push_back(start);
     }
     return days;
 }
@@ -112,13 +113,14 @@ std::string Calendar::zoneName() const {
 
 Calendar::Day Calendar::dayHolding(Date date) const {
     const absl::CivilDay day = absl::ToCivilDay(absoluteTime(date), zone->timeZone);
-    // Around a midnight that comes twice, only what lies after the second one and before the next first one
-    // is sure to be this day.
+    // Around a midnight that comes twice, only what lies after the second one and before the next
+    // first one is sure to be this day.
     const absl::TimeZone::TimeInfo start = zone->timeZone.At(absl::CivilSecond(day));
     const absl::TimeZone::TimeInfo end = zone->timeZone.At(absl::CivilSecond(day + 1));
     const bool skipped = start.kind == absl::TimeZone::TimeInfo::SKIPPED;
     return {fromAbsoluteTime(skipped ? start.trans : start.post),
-            fromAbsoluteTime(end.kind == absl::TimeZone::TimeInfo::SKIPPED ? end.trans : end.pre), keyOf(day)};
+            fromAbsoluteTime(end.kind == absl::TimeZone::TimeInfo::SKIPPED ? end.trans : end.pre),
+            keyOf(day)};
 }
 
 } // namespace tokwatch

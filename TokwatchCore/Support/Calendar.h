@@ -9,10 +9,12 @@
 
 namespace tokwatch {
 
-/// The user's calendar: Gregorian days in one time zone. A cheap value to copy; callable from any thread.
+/// The user's calendar: Gregorian days in one time zone. A cheap value to copy; callable from any
+/// thread.
 class Calendar {
   public:
-    /// The zone that the TZ variable or the system names; UTC, with a line in the log, when it is unknown.
+    /// The zone that the TZ variable or the system names; UTC, with a line in the log, when it is
+    /// unknown.
     static Calendar current();
     static Calendar utc();
     /// By tz database name ("Europe/Berlin"); absent when the database has no such zone.
@@ -21,8 +23,8 @@ class Calendar {
     /// "2026-01-31": compares as text in time order.
     std::string dayKey(Date date) const;
 
-    /// The first moment of the day that holds `date`: midnight, or where a clock change skips midnight the
-    /// moment of that change.
+    /// The first moment of the day that holds `date`: midnight, or where a clock change skips
+    /// midnight the moment of that change.
     Date startOfDay(Date date) const;
 
     /// `days` calendar days later (earlier when negative), at the same time of day where it exists.
@@ -45,9 +47,10 @@ class Calendar {
     /// The zone's name, for diagnostics.
     std::string zoneName() const;
 
-    /// The key of the day that holds `date`, and a span [start, end) around it that lies in that day: lets a
-    /// reader of many events ask the zone once a day instead of once an event. The span is the whole day but
-    /// where a clock change makes a midnight come twice; it may even be empty there.
+    /// The key of the day that holds `date`, and a span [start, end) around it that lies in that
+    /// day: lets a reader of many events ask the zone once a day instead of once an event. The span
+    /// is the whole day but where a clock change makes a midnight come twice; it may even be empty
+    /// there.
     struct Day {
         Date start;
         Date end;

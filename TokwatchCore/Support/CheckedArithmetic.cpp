@@ -12,7 +12,8 @@ std::int64_t checkedAdd(std::int64_t a, std::int64_t b) {
 
 std::int64_t checkedSubtract(std::int64_t a, std::int64_t b) {
     std::int64_t result = 0;
-    if (__builtin_sub_overflow(a, b, &result)) fatal("a difference of token counts exceeds 64 bits");
+    if (__builtin_sub_overflow(a, b, &result))
+        fatal("a difference of token counts exceeds 64 bits");
     return result;
 }
 

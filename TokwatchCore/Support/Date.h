@@ -8,7 +8,8 @@ namespace tokwatch {
 /// A length of time in seconds with a fraction.
 using Seconds = std::chrono::duration<double>;
 
-/// A moment: seconds since 1970-01-01T00:00:00Z with a fraction, in double precision (about 0.2 µs today).
+/// A moment: seconds since 1970-01-01T00:00:00Z with a fraction, in double precision (about 0.2 µs
+/// today).
 using Date = std::chrono::time_point<std::chrono::system_clock, Seconds>;
 
 /// Where a component takes the present time from. Only `main` hands out the real one.

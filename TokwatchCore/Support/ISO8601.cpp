@@ -77,12 +77,11 @@ std::optional<Date> parseISO8601(std::string_view text) {
     int second = 0;
     int offset = 0;
     double fraction = 0;
-    const bool wellFormed = scan.digits(4, year) && scan.literal('-') && scan.digits(2, month) &&
-                            scan.literal('-') && scan.digits(2, day) && scan.literal('T') &&
-                            scan.digits(2, hour) && scan.literal(':') && scan.digits(2, minute) &&
-                            scan.literal(':') && scan.digits(2, second) &&
-                            (!scan.literal('.') || scan.fraction(fraction)) && scan.zone(offset) &&
-                            scan.atEnd();
+    const bool wellFormed =
+        scan.digits(4, year) && scan.literal('-') && scan.digits(2, month) && scan.literal('-') &&
+        scan.digits(2, day) && scan.literal('T') && scan.digits(2, hour) && scan.literal(':') &&
+        scan.digits(2, minute) && scan.literal(':') && scan.digits(2, second) &&
+        (!scan.literal('.') || scan.fraction(fraction)) && scan.zone(offset) && scan.atEnd();
     const std::chrono::year_month_day date{std::chrono::year{year},
                                            std::chrono::month{static_cast<unsigned>(month)},
                                            std::chrono::day{static_cast<unsigned>(day)}};
@@ -99,11 +98,11 @@ std::string formatISO8601(Date date) {
     const std::chrono::year_month_day ymd{day};
     const std::chrono::hh_mm_ss time{whole - day};
     char text[64];
-    const int length = std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02dZ",
-                                     static_cast<int>(ymd.year()), static_cast<unsigned>(ymd.month()),
-                                     static_cast<unsigned>(ymd.day()), static_cast<int>(time.hours().count()),
-                                     static_cast<int>(time.minutes().count()),
-                                     static_cast<int>(time.seconds().count()));
+    const int length = std::snprintf(
+        text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(ymd.year()),
+        static_cast<unsigned>(ymd.month()), static_cast<unsigned>(ymd.day()),
+        static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+        static_cast<int>(time.seconds().count()));
     return std::string(text, static_cast<std::size_t>(length));
 }
 

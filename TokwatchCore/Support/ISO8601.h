@@ -8,9 +8,9 @@
 
 namespace tokwatch {
 
-/// Parses an internet date-time: "YYYY-MM-DDTHH:MM:SS", an optional fraction of 1 to 9 digits, then "Z" or
-/// an offset "±HH:MM" ("±HHMM" too). No other text around it. Absent when the text is not one.
-/// Called for every countable log line, hence no locale, no allocation.
+/// Parses an internet date-time: "YYYY-MM-DDTHH:MM:SS", an optional fraction of 1 to 9 digits, then
+/// "Z" or an offset "±HH:MM" ("±HHMM" too). No other text around it. Absent when the text is not
+/// one. Called for every countable log line, hence no locale, no allocation.
 std::optional<Date> parseISO8601(std::string_view text);
 
 /// "2026-01-31T23:59:59Z": whole seconds in UTC, rounded down.

@@ -1,5 +1,6 @@
 #include "SystemLog.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -20,6 +21,9 @@ void writeLine(const std::string& line) {
 void systemLog(std::string_view message) {
     std::string line = "Tokwatch: ";
     line += message;
+    // File names may hold line feeds and escape sequences; a log line holds neither.
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }, '?');
     const std::lock_guard lock(sinkMutex);
     if (captureSink) {
         captureSink(line);

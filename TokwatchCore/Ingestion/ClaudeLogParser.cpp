@@ -1,0 +1,120 @@
+#include "ClaudeLogParser.h"
+
+#include "ISO8601.h"
+#include "JSONLine.h"
+#include "LeadingType.h"
+
+namespace tokwatch {
+namespace {
+
+struct Usage {
+    TokenCounts tokens;
+    std::int64_t flatCacheWrite = 0; ///< what older versions wrote, without the lifetimes
+    bool hasCacheCreation = false;
+};
+
+struct Line {
+    std::optional<std::string_view> type;
+    std::optional<std::string_view> requestID;
+    std::optional<std::string_view> timestamp;
+    std::optional<std::string_view> session;
+    std::optional<std::string_view> messageID;
+    std::optional<std::string_view> model;
+    bool hasMessage = false;
+    bool hasUsage = false;
+    Usage usage;
+};
+
+bool readUsage(JSONValue value, bool& isUsage, Usage& usage) {
+    usage = {};
+    return readObject(value, isUsage, [&usage](std::string_view key, JSONValue field) {
+        TokenCounts& tokens = usage.tokens;
+        if (key == "input_tokens") return readInteger(field, tokens.uncachedInput);
+        if (key == "cache_read_input_tokens") return readInteger(field, tokens.cacheRead);
+        if (key == "cache_creation_input_tokens") return readInteger(field, usage.flatCacheWrite);
+        if (key == "output_tokens") return readInteger(field, tokens.output);
+        bool isObject = false;
+        if (key == "cache_creation") {
+            const bool valid =
+                readObject(field, isObject, [&tokens](std::string_view lifetime, JSONValue count) {
+                    if (lifetime == "ephemeral_5m_input_tokens")
+                        return readInteger(count, tokens.cacheWrite5m);
+                    if (lifetime == "ephemeral_1h_input_tokens")
+                        return readInteger(count, tokens.cacheWrite1h);
+                    return skip(count);
+                });
+            usage.hasCacheCreation = isObject;
+            return valid;
+        }
+        if (key == "output_tokens_details") {
+            return readObject(field, isObject, [&tokens](std::string_view detail, JSONValue count) {
+                return detail == "thinking_tokens" ? readInteger(count, tokens.reasoning)
+                                                   : skip(count);
+            });
+        }
+        return skip(field);
+    });
+}
+
+bool readMessage(JSONValue value, Line& line) {
+    return readObject(value, line.hasMessage, [&line](std::string_view key, JSONValue field) {
+        if (key == "id") return readString(field, line.messageID);
+        if (key == "model") return readString(field, line.model);
+        if (key == "usage") return readUsage(field, line.hasUsage, line.usage);
+        return skip(field);
+    });
+}
+
+bool readLine(JSONReader& reader, std::string_view text, Line& line) {
+    return reader.readObject(text, [&line](std::string_view key, JSONValue field) {
+        if (key == "type" && !line.type) return readString(field, line.type);
+        if (key == "requestId") return readString(field, line.requestID);
+        if (key == "timestamp") return readString(field, line.timestamp);
+        if (key == "sessionId") return readString(field, line.session);
+        if (key == "message") return readMessage(field, line);
+        return skip(field);
+    });
+}
+
+TokenCounts countsOf(const Usage& usage) {
+    TokenCounts tokens = usage.tokens;
+    // The flat number repeats the sum of the lifetimes where those are given.
+    if (!usage.hasCacheCreation) tokens.cacheWrite5m = usage.flatCacheWrite;
+    return tokens;
+}
+
+bool mayBeResponse(std::string_view line) {
+    const LeadingType leading = leadingType(line);
+    if (leading.kind == LeadingType::Kind::notAnObject) return false;
+    if (leading.kind == LeadingType::Kind::found && leading.type != "assistant") return false;
+    return mayNameKey(line, "\"usage\"");
+}
+
+} // namespace
+
+ClaudeLogParser::ClaudeLogParser() : reader(std::make_unique<JSONReader>()) {}
+
+ClaudeLogParser::~ClaudeLogParser() = default;
+
+std::optional<UsageEvent> ClaudeLogParser::parse(std::string_view text) {
+    if (!mayBeResponse(text)) return std::nullopt;
+    Line line;
+    if (!readLine(*reader, text, line) || line.type != "assistant" || !line.hasMessage ||
+        !line.hasUsage)
+        return std::nullopt;
+    const std::optional<std::string_view> identity =
+        line.messageID ? line.messageID : line.requestID;
+    if (!identity || !line.timestamp || line.model == "<synthetic>") return std::nullopt;
+    const std::optional<Date> timestamp = parseISO8601(*line.timestamp);
+    const TokenCounts tokens = countsOf(line.usage);
+    if (!timestamp || tokens.total() <= 0) return std::nullopt;
+    return UsageEvent{ProviderID::claude,
+                      std::string(line.model.value_or("unknown")),
+                      std::string(line.session.value_or("")),
+                      std::string(*identity),
+                      *timestamp,
+                      tokens,
+                      std::nullopt};
+}
+
+} // namespace tokwatch

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "UsageEvent.h"
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace tokwatch {
+
+class JSONReader;
+
+/// Turns lines of Claude Code's session logs into events. Lines do not depend on each other; the
+/// parser only keeps memory to parse in, so one belongs to one thread at a time.
+class ClaudeLogParser {
+  public:
+    ClaudeLogParser();
+    ~ClaudeLogParser();
+
+    /// The event of an assistant's response with tokens to count; none for every other line,
+    /// malformed ones included. Its key is the response's own id, so that the several lines of one
+    /// response count once.
+    std::optional<UsageEvent> parse(std::string_view line);
+
+  private:
+    std::unique_ptr<JSONReader> reader;
+};
+
+} // namespace tokwatch

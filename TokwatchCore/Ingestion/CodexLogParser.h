@@ -1,0 +1,39 @@
+#pragma once
+
+#include "LimitRecords.h"
+#include "UsageEvent.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace tokwatch {
+
+class JSONReader;
+
+/// What one Codex line tells: tokens used, or the account's limits as Codex last saw them.
+using CodexLine = std::variant<UsageEvent, ProviderLimits>;
+
+/// Turns lines of Codex's session logs into events and limits. A log names its session ("session")
+/// and model
+/// ("model") once, in lines before those that need them; both are kept in `context`, which the
+/// file's cursor carries from one pass to the next. One parser belongs to one thread at a time.
+class CodexLogParser {
+  public:
+    std::map<std::string, std::string> context;
+
+    CodexLogParser();
+    ~CodexLogParser();
+
+    /// Nothing for lines that only change the context, and for every other line, malformed ones
+    /// included.
+    std::optional<CodexLine> parse(std::string_view line);
+
+  private:
+    std::unique_ptr<JSONReader> reader;
+};
+
+} // namespace tokwatch

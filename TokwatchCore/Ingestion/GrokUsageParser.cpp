@@ -1,0 +1,134 @@
+#include "GrokUsageParser.h"
+
+#include "CheckedArithmetic.h"
+#include "ISO8601.h"
+#include "JSONLine.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tokwatch {
+namespace {
+
+/// US dollars in one unit of "costUsdTicks".
+constexpr double usdPerTick = 1e-10;
+
+struct ModelUsage {
+    std::string model;
+    std::int64_t input = 0; ///< cached reads included
+    std::int64_t cachedRead = 0;
+    std::int64_t cacheCreation = 0;
+    std::int64_t output = 0;
+    std::int64_t reasoning = 0;
+    std::optional<double> costTicks;
+};
+
+struct Turn {
+    std::optional<std::int64_t> number;
+    std::optional<Date> endedAt;
+    std::vector<ModelUsage> usage;
+};
+
+struct Session {
+    std::optional<std::string> id;
+    bool hasTurns = false;
+    std::vector<Turn> turns;
+};
+
+bool readModelUsage(std::string_view model, JSONValue value, std::vector<ModelUsage>& all) {
+    ModelUsage usage;
+    usage.model = model;
+    bool isObject = false;
+    const bool valid = readObject(value, isObject, [&usage](std::string_view key, JSONValue field) {
+        if (key == "inputTokens") return readInteger(field, usage.input);
+        if (key == "cachedReadTokens") return readInteger(field, usage.cachedRead);
+        if (key == "cacheCreationTokens") return readInteger(field, usage.cacheCreation);
+        if (key == "outputTokens") return readInteger(field, usage.output);
+        if (key == "reasoningTokens") return readInteger(field, usage.reasoning);
+        if (key == "costUsdTicks") return readDouble(field, usage.costTicks);
+        return skip(field);
+    });
+    if (valid && isObject) all.push_back(std::move(usage));
+    return valid;
+}
+
+/// A turn's number is an integer, also when written as 12.0.
+std::optional<std::int64_t> wholeNumber(std::optional<double> number) {
+    if (!number || std::trunc(*number) != *number || std::abs(*number) >= 9223372036854775808.0)
+        return std::nullopt;
+    return static_cast<std::int64_t>(*number);
+}
+
+bool readTurn(JSONValue value, std::vector<Turn>& turns) {
+    Turn turn;
+    bool isObject = false;
+    const bool valid = readObject(value, isObject, [&turn](std::string_view key, JSONValue field) {
+        if (key == "turnNumber") {
+            std::optional<double> number;
+            const bool ok = readDouble(field, number);
+            turn.number = wholeNumber(number);
+            return ok;
+        }
+        if (key == "endedAt") {
+            std::optional<std::string_view> text;
+            const bool ok = readString(field, text);
+            turn.endedAt = text ? parseISO8601(*text) : std::nullopt;
+            return ok;
+        }
+        bool isUsage = false;
+        if (key != "modelUsage") return skip(field);
+        return readObject(field, isUsage, [&turn](std::string_view model, JSONValue usage) {
+            return readModelUsage(model, usage, turn.usage);
+        });
+    });
+    if (valid && isObject) turns.push_back(std::move(turn));
+    return valid;
+}
+
+bool readSession(std::string_view document, Session& session) {
+    JSONReader reader;
+    return reader.readObject(document, [&session](std::string_view key, JSONValue field) {
+        if (key == "sessionId") {
+            std::optional<std::string_view> text;
+            const bool ok = readString(field, text);
+            if (text) session.id = *text;
+            return ok;
+        }
+        if (key != "turns") return skip(field);
+        return readArray(field, session.hasTurns,
+                         [&session](JSONValue turn) { return readTurn(turn, session.turns); });
+    });
+}
+
+UsageEvent eventOf(const std::string& session, const Turn& turn, const ModelUsage& usage) {
+    UsageEvent event;
+    event.provider = ProviderID::grok;
+    event.model = usage.model;
+    event.sessionID = session;
+    event.dedupKey = session + "#" + std::to_string(*turn.number) + "#" + usage.model;
+    event.timestamp = *turn.endedAt;
+    event.tokens.uncachedInput =
+        std::max<std::int64_t>(checkedSubtract(usage.input, usage.cachedRead), 0);
+    event.tokens.cacheRead = usage.cachedRead;
+    event.tokens.cacheWrite5m = usage.cacheCreation;
+    event.tokens.output = usage.output;
+    event.tokens.reasoning = usage.reasoning;
+    if (usage.costTicks) event.reportedCostUSD = *usage.costTicks * usdPerTick;
+    return event;
+}
+
+} // namespace
+
+std::vector<UsageEvent> GrokUsageParser::parse(std::string_view document) {
+    Session session;
+    if (!readSession(document, session) || !session.id || !session.hasTurns) return {};
+    std::vector<UsageEvent> events;
+    for (const Turn& turn : session.turns) {
+        if (!turn.number || !turn.endedAt) continue;
+        for (const ModelUsage& usage : turn.usage)
+            events.push_back(eventOf(*session.id, turn, usage));
+    }
+    return events;
+}
+
+} // namespace tokwatch

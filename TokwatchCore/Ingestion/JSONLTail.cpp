@@ -1,0 +1,94 @@
+#include "JSONLTail.h"
+
+#include "FileAccess.h"
+#include "SystemLog.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace tokwatch {
+namespace {
+
+/// Whether the stored cursor still speaks of this very file.
+bool isCurrent(const FileCursor& stored, const FileAttributes& now) {
+    return stored.inode == now.inode && now.size >= stored.offset;
+}
+
+/// Points the result to where reading goes on: at the stored cursor, or at the start of a file that
+/// is new, was replaced or shrank.
+void start(JSONLTail::Result& result, const std::filesystem::path& file,
+           const std::optional<FileCursor>& stored, const FileAttributes& now) {
+    result.reset = stored && !isCurrent(*stored, now);
+    result.cursor = stored && !result.reset ? *stored : FileCursor{file.string(), now.inode, 0, {}};
+}
+
+void split(std::string_view consumed, std::vector<std::string_view>& lines) {
+    while (!consumed.empty()) {
+        const std::size_t end = consumed.find('\n');
+        std::string_view line = consumed.substr(0, end);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        lines.push_back(line);
+        consumed.remove_prefix(end + 1);
+    }
+}
+
+/// Reads whole lines from `offset` into the buffer, doubling the window while a single line exceeds
+/// it. The number of bytes up to and including the last line feed; 0 when there is no complete
+/// line.
+std::size_t readLines(const InputFile& input, std::int64_t offset, std::int64_t maxBytes,
+                      TailBuffer& buffer) {
+    std::int64_t window = std::max<std::int64_t>(maxBytes, 1);
+    std::size_t filled = 0;
+    while (true) {
+        // No more room than the file needs: most logs are far smaller than a window.
+        const std::int64_t unread = std::max<std::int64_t>(input.attributes().size - offset, 0);
+        const auto wanted = static_cast<std::size_t>(std::min(window, unread));
+        buffer.grow(wanted, filled);
+        const std::size_t scanned = filled;
+        filled += input.read(buffer.data() + filled, wanted - filled,
+                             offset + static_cast<std::int64_t>(filled));
+        const void* last =
+            filled > scanned ? memrchr(buffer.data() + scanned, '\n', filled - scanned) : nullptr;
+        if (last != nullptr)
+            return static_cast<std::size_t>(static_cast<const char*>(last) - buffer.data()) + 1;
+        if (static_cast<std::int64_t>(filled) < window) return 0;
+        if (__builtin_mul_overflow(window, 2, &window))
+            fatal("a line of a log exceeds 64 bits of length");
+    }
+}
+
+} // namespace
+
+void TailBuffer::grow(std::size_t wanted, std::size_t used) {
+    if (wanted <= size) return;
+    auto larger = std::make_unique_for_overwrite<char[]>(wanted);
+    if (used > 0) std::memcpy(larger.get(), bytes.get(), used);
+    bytes = std::move(larger);
+    size = wanted;
+}
+
+void TailBuffer::shrink(std::size_t most) {
+    if (size <= most) return;
+    bytes.reset();
+    size = 0;
+}
+
+JSONLTail::Result JSONLTail::read(const std::filesystem::path& file,
+                                  const std::optional<FileCursor>& stored, std::int64_t maxBytes,
+                                  TailBuffer& buffer) {
+    const FileAttributes listed = fileAttributes(file);
+    Result result;
+    start(result, file, stored, listed);
+    if (listed.size <= result.cursor.offset) return result;
+
+    const InputFile input(file);
+    // The open file's attributes count: it may have been replaced since it was looked at.
+    start(result, file, stored, input.attributes());
+    const std::size_t consumed = readLines(input, result.cursor.offset, maxBytes, buffer);
+    split({buffer.data(), consumed}, result.lines);
+    result.bytesRead = static_cast<std::int64_t>(consumed);
+    result.cursor.offset += result.bytesRead;
+    return result;
+}
+
+} // namespace tokwatch

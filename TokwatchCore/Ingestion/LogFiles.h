@@ -1,0 +1,26 @@
+#pragma once
+
+#include "FileAccess.h"
+#include "ProviderID.h"
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tokwatch {
+
+struct LogFile {
+    std::string path; ///< any bytes but NUL
+    FileAttributes attributes;
+};
+
+/// Whether a file of this name holds the provider's usage.
+bool isLogName(ProviderID provider, std::string_view fileName);
+
+/// The provider's log files under one root, recursively, in the order of their paths' bytes. Hidden
+/// entries and symbolic links below the root are passed over, and so is what cannot be listed; a
+/// root that does not exist or is no directory has no files.
+std::vector<LogFile> findLogFiles(ProviderID provider, const std::filesystem::path& root);
+
+} // namespace tokwatch
