@@ -8,12 +8,15 @@
 
 #include <QFuture>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace tokwatch {
 
@@ -31,32 +34,63 @@ struct IndexOutcome {
     friend bool operator==(const IndexOutcome&, const IndexOutcome&) = default;
 };
 
-/// Brings the store up to date with the assistants' logs. Callable from any thread; passes run one at a time
-/// on a thread of the service's own, in the order in which they were asked for.
+/// What a pass went through, for people who asked for it.
+struct IndexStatistics {
+    struct Provider {
+        ProviderID provider = ProviderID::claude;
+        std::int64_t files = 0; ///< found, unchanged ones included
+        std::int64_t newEvents = 0;
+        std::int64_t bytesRead = 0;
+    };
+    std::vector<Provider> providers;
+    std::int64_t unreadableFiles = 0; ///< each has its line in the log
+    std::int64_t unstoredFiles = 0;   ///< the store failed; they are read again by the next pass
+};
+
+/// Brings the store up to date with the assistants' logs. Callable from any thread; passes run one
+/// at a time on a thread of the service's own, in the order in which they were asked for.
 class IndexerService {
   public:
-    /// Hands a batch to the store and returns how many of its events were new; throws UsageStoreError.
+    /// Hands a batch to the store and returns how many of its events were new; throws
+    /// UsageStoreError.
     using IngestEvents = std::function<std::int64_t(std::span<const UsageEvent>, const Calendar&)>;
+    /// Cursor keeps no logs; what this returns is counted at the end of each pass.
+    using CursorUsage = std::function<std::vector<UsageEvent>()>;
     /// Called on the service's thread.
     using ProgressHandler = std::function<void(const IndexingProgress&)>;
 
-    IndexerService(std::shared_ptr<UsageStore> store, const ProviderLocations& locations, Calendar calendar);
-    IndexerService(std::shared_ptr<UsageStore> store, const ProviderLocations& locations, Calendar calendar,
-                   IngestEvents ingestEvents);
-    /// Waits for the running pass to stop at its next file; what it had read stays stored.
+    /// Batches go to the store's own `ingest` when no other function is given.
+    IndexerService(std::shared_ptr<UsageStore> store, ProviderLocations locations,
+                   Calendar calendar, IngestEvents ingestEvents = {}, CursorUsage cursorUsage = {});
+    /// Lets the running pass end after its present slice; what it stored stays, and the rest is
+    /// read the next time.
     ~IndexerService();
+    IndexerService(const IndexerService&) = delete;
+    IndexerService& operator=(const IndexerService&) = delete;
 
-    /// One pass over all files. While a pass runs, a further call waits and then makes a pass of its own.
-    /// Failures of single files are logged and do not fail the pass.
+    /// One pass over all files. While a pass runs, a further call waits and then makes a pass of
+    /// its own. Failures of single files are logged and do not fail the pass; UsageStoreError comes
+    /// out of the future when the store's cursors cannot be read.
     QFuture<IndexOutcome> index(ProgressHandler progress = {});
 
     /// Whose log a changed path is; none for anything else.
     std::optional<ProviderID> providerForChangedPath(std::string_view path) const;
 
+    /// Of the last pass that ended.
+    IndexStatistics statistics() const;
+
   private:
     class Executor;
-    std::unique_ptr<Executor> executor;
+    IndexOutcome pass(const ProgressHandler& progress, const std::atomic<bool>& stop);
+
+    std::shared_ptr<UsageStore> store;
     ProviderLocations locations;
+    Calendar calendar;
+    IngestEvents ingestEvents;
+    CursorUsage cursorUsage;
+    mutable std::mutex mutex; ///< over `last`
+    IndexStatistics last;
+    std::unique_ptr<Executor> executor; ///< last: its thread uses all of the above
 };
 
 } // namespace tokwatch

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "Calendar.h"
+#include "IndexerService.h"
+#include "ProviderLocations.h"
+#include "SliceReader.h"
+#include "UsageStore.h"
+
+#include <atomic>
+#include <cstdint>
+#include <set>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace tokwatch {
+
+/// One pass over all log files. Large amounts are read and parsed on a thread that runs ahead,
+/// while this thread writes what it read in file order; the result does not depend on timing.
+///
+/// Slices are stored in groups: the events of a group in one transaction, then its cursors in
+/// another. A pass that dies in between finds its events already seen the next time.
+class IndexPass {
+  public:
+    struct Environment {
+        UsageStore& store;
+        const ProviderLocations& locations;
+        const Calendar& calendar;
+        const IndexerService::IngestEvents& ingestEvents;
+        const IndexerService::CursorUsage& cursorUsage; ///< may be empty
+        const IndexerService::ProgressHandler& progress;
+        const std::atomic<bool>& stop; ///< ends the pass after the present slice
+    };
+
+    explicit IndexPass(Environment environment);
+
+    /// Throws UsageStoreError when the cursors cannot be read; failures of single files are logged.
+    IndexOutcome run();
+
+    const IndexStatistics& statistics() const { return counted; }
+
+  private:
+    /// A slice whose events wait in `events` for the group's transaction.
+    struct StoredSlice {
+        std::size_t file = 0;
+        std::size_t first = 0; ///< of its events
+        std::size_t count = 0;
+        FileCursor cursor;
+        bool cursorMoved = false;
+    };
+
+    std::vector<PendingFile> findPending(ProviderID provider);
+    std::vector<std::filesystem::path> roots(ProviderID provider) const;
+    std::optional<FileCursor> storedCursor(const std::string& path) const;
+    void indexProvider(ProviderID provider);
+    void readInline();
+    void readAhead();
+    void take(Slice slice);
+    void noteCodexLimits(std::optional<ProviderLimits> limits);
+    void flush();
+    void addEvents(std::span<const UsageEvent> batch);
+    void storeCodexLimits();
+    void storeOneByOne();
+    void recordCursorUsage();
+    static void fail(const PendingFile& pending, const std::string& reason);
+    void report();
+
+    Environment env;
+    std::unordered_map<std::string, std::string> cursorTexts;
+    std::vector<PendingFile> files; ///< of the present provider
+    std::set<std::size_t> unstored; ///< files of which a slice could not be stored
+    std::vector<StoredSlice> group;
+    std::vector<UsageEvent> events;
+    std::optional<ProviderLimits> codexLimits; ///< the newest of this pass
+    bool codexLimitsPending = false;           ///< not stored yet
+    IndexingProgress progress;
+    IndexOutcome outcome;
+    IndexStatistics counted;
+    IndexStatistics::Provider* current = nullptr;
+};
+
+} // namespace tokwatch

@@ -1,0 +1,151 @@
+#include "IndexerService.h"
+
+#include "IndexPass.h"
+
+#include <QPromise>
+
+#include <malloc.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <filesystem>
+#include <thread>
+#include <utility>
+
+namespace tokwatch {
+namespace {
+
+/// After a pass of this many bytes the allocator is asked to give back what it kept.
+constexpr std::int64_t longPassBytes = 16 * 1024 * 1024;
+
+bool isBelow(std::string_view path, const std::filesystem::path& root) {
+    const std::string& prefix = root.native();
+    return path.size() > prefix.size() && path.starts_with(prefix) && path[prefix.size()] == '/';
+}
+
+/// Whether a path lies under a root, as the root is named or, where the name is a link, as it really is: that is
+/// how the watcher reports it.
+bool isBelowRoot(std::string_view path, const std::filesystem::path& root) {
+    if (isBelow(path, root)) return true;
+    std::error_code unresolved;
+    const std::filesystem::path resolved = std::filesystem::canonical(root, unresolved);
+    return !unresolved && isBelow(path, resolved);
+}
+
+} // namespace
+
+/// The service's thread and the passes that wait for it, in arrival order. The thread starts with
+/// the first.
+class IndexerService::Executor {
+  public:
+    explicit Executor(IndexerService& service) : owner(service) {}
+
+    ~Executor() {
+        {
+            const std::lock_guard lock(mutex);
+            stop = true;
+        }
+        changed.notify_all();
+        if (thread.joinable()) thread.join();
+    }
+
+    QFuture<IndexOutcome> submit(ProgressHandler progress) {
+        Request request{{}, std::move(progress)};
+        QFuture<IndexOutcome> future = request.promise.future();
+        request.promise.start();
+        {
+            const std::lock_guard lock(mutex);
+            waiting.push_back(std::move(request));
+            if (!thread.joinable()) thread = std::thread([this] { work(); });
+        }
+        changed.notify_all();
+        return future;
+    }
+
+  private:
+    struct Request {
+        QPromise<IndexOutcome> promise;
+        ProgressHandler progress;
+    };
+
+    std::optional<Request> nextRequest() {
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [this] { return stop || !waiting.empty(); });
+        if (stop) return std::nullopt; // Promises that are never kept cancel their futures.
+        Request request = std::move(waiting.front());
+        waiting.pop_front();
+        return request;
+    }
+
+    void work() {
+        pthread_setname_np(pthread_self(), "indexer");
+        while (std::optional<Request> request = nextRequest()) {
+            try {
+                request->promise.addResult(owner.pass(request->progress, stop));
+            } catch (...) {
+                request->promise.setException(std::current_exception());
+            }
+            request->promise.finish();
+        }
+    }
+
+    IndexerService& owner;
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<Request> waiting;
+    std::atomic<bool> stop = false;
+    std::thread thread;
+};
+
+IndexerService::IndexerService(std::shared_ptr<UsageStore> usageStore, ProviderLocations places,
+                               Calendar days, IngestEvents ingest, CursorUsage usage)
+    : store(std::move(usageStore)), locations(std::move(places)), calendar(std::move(days)),
+      ingestEvents(std::move(ingest)), cursorUsage(std::move(usage)),
+      executor(std::make_unique<Executor>(*this)) {
+    if (!ingestEvents) {
+        ingestEvents = [this](std::span<const UsageEvent> events, const Calendar& in) {
+            return store->ingest(events, in);
+        };
+    }
+}
+
+IndexerService::~IndexerService() = default;
+
+QFuture<IndexOutcome> IndexerService::index(ProgressHandler progress) {
+    return executor->submit(std::move(progress));
+}
+
+IndexOutcome IndexerService::pass(const ProgressHandler& progress, const std::atomic<bool>& stop) {
+    IndexPass pass({*store, locations, calendar, ingestEvents, cursorUsage, progress, stop});
+    const IndexOutcome outcome = pass.run();
+    std::int64_t bytes = 0;
+    for (const IndexStatistics::Provider& provider : pass.statistics().providers)
+        bytes += provider.bytesRead;
+    if (bytes >= longPassBytes) {
+        store->releaseMemory();
+        malloc_trim(0);
+    }
+    const std::lock_guard lock(mutex);
+    last = pass.statistics();
+    return outcome;
+}
+
+IndexStatistics IndexerService::statistics() const {
+    const std::lock_guard lock(mutex);
+    return last;
+}
+
+std::optional<ProviderID> IndexerService::providerForChangedPath(std::string_view path) const {
+    const std::string_view name = path.substr(path.rfind('/') + 1);
+    if (isLogName(ProviderID::claude, name) && isBelowRoot(path, locations.claudeProjects()))
+        return ProviderID::claude;
+    for (const std::filesystem::path& root : locations.codexRoots()) {
+        if (isLogName(ProviderID::codex, name) && isBelowRoot(path, root)) return ProviderID::codex;
+    }
+    if (isLogName(ProviderID::grok, name) && isBelowRoot(path, locations.grokSessions()))
+        return ProviderID::grok;
+    return std::nullopt;
+}
+
+} // namespace tokwatch
