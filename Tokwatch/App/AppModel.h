@@ -1,0 +1,130 @@
+#pragma once
+
+#include "AppServices.h"
+#include "CoalescedTask.h"
+#include "LimitRecords.h"
+#include "UsageSummary.h"
+
+#include <QCoroTask>
+#include <QFuture>
+#include <QObject>
+#include <QProperty>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <vector>
+
+namespace tokwatch {
+
+/// The state that every surface is drawn from, and the one who decides when logs are read, limits
+/// fetched, summaries computed and the snapshot written.
+///
+/// Main thread only. Reading an observable inside a binding or a tracked computation observes it;
+/// the bindables are for notifiers. Equal values are not assigned, so nobody is woken for nothing.
+class AppModel : public QObject {
+  public:
+    /// The days of the published summary.
+    static constexpr std::int64_t readingDays = 30;
+    /// Older days are deleted.
+    static constexpr int keptDays = 90;
+
+    explicit AppModel(AppServices services);
+    ~AppModel() override;
+
+    /// Begins all background activity; called once.
+    void start();
+
+    /// Usage over the last `readingDays` days.
+    const UsageSummary& summary() const { return summaryState.value(); }
+    const std::map<ProviderID, ProviderLimits>& limits() const { return limitsState.value(); }
+    /// The enabled providers with local data, in the user's order.
+    const std::vector<ProviderID>& present() const { return presentState.value(); }
+    /// The running index pass; none when idle.
+    const std::optional<IndexingProgress>& indexing() const { return indexingState.value(); }
+    /// When the last summary was published.
+    const std::optional<Date>& lastUpdated() const { return lastUpdatedState.value(); }
+    /// Providers whose logs are being read again from the start.
+    const std::set<ProviderID>& rereading() const { return rereadingState.value(); }
+    /// At least one refresh that somebody asked for is under way.
+    bool isRefreshing() const { return isRefreshingState.value(); }
+
+    QBindable<UsageSummary> bindableSummary() const { return &summaryState; }
+    QBindable<std::map<ProviderID, ProviderLimits>> bindableLimits() const { return &limitsState; }
+    QBindable<std::vector<ProviderID>> bindablePresent() const { return &presentState; }
+    QBindable<std::optional<IndexingProgress>> bindableIndexing() const { return &indexingState; }
+    QBindable<std::optional<Date>> bindableLastUpdated() const { return &lastUpdatedState; }
+    QBindable<std::set<ProviderID>> bindableRereading() const { return &rereadingState; }
+    QBindable<bool> bindableIsRefreshing() const { return &isRefreshingState; }
+
+    /// Computes and publishes a new summary in the background. Any number of requests during one
+    /// computation lead to one more.
+    void publish();
+    /// Reads the logs and fetches the limits now; for the user and for other programs.
+    void refresh();
+    /// A provider's new limits, from the limits service.
+    void apply(const ProviderLimits& limits, ProviderID provider);
+    /// Forgets how far the provider's logs were read and reads them again.
+    void reread(ProviderID provider);
+    void updatePresent();
+    /// Brings the limits of the providers that the popover shows up to date, where that is due.
+    void popoverOpened();
+
+    /// A summary of other than the usual days, computed in the background.
+    QFuture<UsageSummary> summaryOf(std::int64_t days) const;
+
+    /// Something asked the application to show itself.
+    std::function<void()> onOpenRequest;
+
+    Preferences& preferences() const { return services.preferences; }
+    const ProviderLocations& locations() const { return services.locations; }
+    const Calendar& calendar() const { return services.calendar; }
+    Date now() const { return services.now(); }
+
+  private:
+    class ProgressRelay;
+
+    QCoro::Task<> publishWhileWanted();
+    QCoro::Task<> firstPass();
+    QCoro::Task<> runRefresh();
+    QCoro::Task<> runReread(ProviderID provider);
+    QCoro::Task<> passWhileWanted();
+    /// One index pass and what follows from its outcome.
+    QCoro::Task<> pass();
+
+    void adopt(const UsageSummary& summary);
+    void writeSnapshot();
+    void setIndexing(const std::optional<IndexingProgress>& progress);
+    void complete(const IndexOutcome& outcome);
+    void readCodexLimits();
+    void pruneDaily();
+    void beginRefresh();
+    void endRefresh();
+    void requestPass();
+    void startWatching();
+    void pathsChanged(const std::vector<std::string>& paths);
+    std::vector<std::filesystem::path> existingRoots() const;
+    void observePreferences();
+
+    AppServices services;
+    QProperty<UsageSummary> summaryState;
+    QProperty<std::map<ProviderID, ProviderLimits>> limitsState;
+    QProperty<std::vector<ProviderID>> presentState;
+    QProperty<std::optional<IndexingProgress>> indexingState;
+    QProperty<std::optional<Date>> lastUpdatedState;
+    QProperty<std::set<ProviderID>> rereadingState;
+    QProperty<bool> isRefreshingState{false};
+
+    CoalescedTask publishing;
+    CoalescedTask passing;
+    std::int64_t refreshesInFlight = 0;
+    std::vector<std::filesystem::path> watchedRoots;
+    std::unique_ptr<FileWatch> watcher;
+    std::unique_ptr<ScheduledCall> periodicPass;
+    std::vector<QPropertyNotifier> preferenceNotifiers;
+};
+
+} // namespace tokwatch

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Calendar.h"
+#include "Date.h"
+#include "IndexerService.h"
+#include "PriceTable.h"
+#include "ProviderLocations.h"
+#include "Scheduler.h"
+#include "SnapshotStore.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class QSettings;
+
+namespace tokwatch {
+
+class LimitsService;
+class Preferences;
+class SystemNotifications;
+class UsageStore;
+
+/// A running watch over directories, which ends with it.
+class FileWatch {
+  public:
+    virtual ~FileWatch() = default;
+};
+
+/// Watches existing directories with all that is below them. The callback gets changed paths, or a
+/// watched directory's own path when everything below it may have changed; it comes on any thread.
+using WatchFiles = std::function<std::unique_ptr<FileWatch>(
+    std::vector<std::filesystem::path> roots,
+    std::function<void(std::vector<std::string>)> onChange)>;
+
+/// Runs work on a thread other than the main one, later.
+using RunInBackground = std::function<void(std::function<void()> work)>;
+
+/// What the model works with. References outlive the model.
+struct AppServices {
+    Preferences& preferences;
+    QSettings& defaults; ///< holds "lastPruneAt"
+    std::shared_ptr<UsageStore> store;
+    std::shared_ptr<const PriceTable> prices;
+    ProviderLocations locations;
+    SnapshotStore snapshots;
+    LimitsService& limitsService;
+    /// The indexer's operations.
+    std::function<QFuture<IndexOutcome>(IndexerService::ProgressHandler)> index;
+    std::function<std::optional<ProviderID>(std::string_view path)> providerForChangedPath;
+    WatchFiles watchFiles;
+    SystemNotifications& notifications;
+    Scheduler& scheduler;
+    RunInBackground runInBackground;
+    Calendar calendar;
+    Clock now;
+};
+
+} // namespace tokwatch
