@@ -22,15 +22,41 @@ constexpr std::int64_t readAheadBytes = 2 * 1024 * 1024;
 /// How far the reader may run ahead, in events and slices.
 constexpr std::size_t readAheadWeight = 16'384;
 
+/// Whether the file goes on where its cursor stands, instead of being another one.
+bool continues(const PendingFile& pending) {
+    return pending.cursor && pending.cursor->inode == pending.file.attributes.inode &&
+           pending.cursor->offset <= pending.file.attributes.size;
+}
+
+bool isChanged(const PendingFile& pending) {
+    if (pending.provider == ProviderID::grok)
+        return isChangedDocument(pending.file, pending.cursor);
+    return !continues(pending) || pending.cursor->offset != pending.file.attributes.size;
+}
+
+/// Of a changed file: a document is read whole, a log from its cursor.
+std::int64_t unreadBytes(const PendingFile& pending) {
+    const bool appended = pending.provider != ProviderID::grok && continues(pending);
+    return pending.file.attributes.size - (appended ? pending.cursor->offset : 0);
+}
+
 } // namespace
 
 IndexPass::IndexPass(Environment environment) : env(environment) {}
 
 IndexOutcome IndexPass::run() {
     cursorTexts = env.store.cursorTexts();
-    for (const ProviderID provider : {ProviderID::claude, ProviderID::codex, ProviderID::grok}) {
-        if (!env.stop) indexProvider(provider);
+    for (const ProviderID provider : {ProviderID::claude, ProviderID::codex, ProviderID::grok})
+        findPending(provider);
+    std::int64_t unread = 0;
+    for (const Part& part : parts)
+        unread += part.progress.bytesTotal;
+    if (unread < readAheadBytes) {
+        readInline();
+    } else {
+        readAhead();
     }
+    flush();
     recordCursorUsage();
     return outcome;
 }
@@ -55,49 +81,24 @@ std::optional<FileCursor> IndexPass::storedCursor(const std::string& path) const
     return decodeCursorRow(path, found->second);
 }
 
-std::vector<PendingFile> IndexPass::findPending(ProviderID provider) {
-    std::vector<PendingFile> pending;
+void IndexPass::findPending(ProviderID provider) {
+    Part& part = parts.emplace_back(Part{{provider, 0, 0}, {provider, 0, 0, 0}});
     for (const std::filesystem::path& root : roots(provider)) {
         for (LogFile& file : findLogFiles(provider, root)) {
-            ++current->files;
+            ++part.statistics.files;
             PendingFile candidate{provider, std::move(file), std::nullopt};
-            const FileAttributes& now = candidate.file.attributes;
             try {
                 candidate.cursor = storedCursor(candidate.file.path);
             } catch (const DecodingError& error) {
-                ++counted.unreadableFiles;
+                ++unreadableFiles;
                 fail(candidate, error.what());
                 continue;
             }
-            const std::optional<FileCursor>& cursor = candidate.cursor;
-            const bool changed =
-                provider == ProviderID::grok
-                    ? isChangedDocument(candidate.file, cursor)
-                    : !cursor || cursor->inode != now.inode || cursor->offset != now.size;
-            if (!changed) continue;
-            const bool continues = provider != ProviderID::grok && cursor &&
-                                   cursor->inode == now.inode && cursor->offset <= now.size;
-            progress.bytesTotal += continues ? now.size - cursor->offset : now.size;
-            pending.push_back(std::move(candidate));
+            if (!isChanged(candidate)) continue;
+            part.progress.bytesTotal += unreadBytes(candidate);
+            files.push_back(std::move(candidate));
         }
     }
-    return pending;
-}
-
-void IndexPass::indexProvider(ProviderID provider) {
-    current = &counted.providers.emplace_back();
-    current->provider = provider;
-    progress = {provider, 0, 0};
-    unstored.clear();
-    files = findPending(provider);
-    if (files.empty()) return;
-    report();
-    if (progress.bytesTotal < readAheadBytes) {
-        readInline();
-    } else {
-        readAhead();
-    }
-    flush();
 }
 
 void IndexPass::readInline() {
@@ -135,11 +136,18 @@ void IndexPass::readAhead() {
 }
 
 void IndexPass::take(Slice slice) {
-    progress.bytesRead += slice.bytes;
-    current->bytesRead += slice.bytes;
+    const PendingFile& pending = files[slice.file];
+    Part& part = partOf(pending.provider);
+    if (present != &part) {
+        // What is shown while a long pass runs goes provider by provider.
+        flush();
+        present = &part;
+    }
+    part.progress.bytesRead += slice.bytes;
+    part.statistics.bytesRead += slice.bytes;
     if (!slice.failure.empty()) {
-        ++counted.unreadableFiles;
-        fail(files[slice.file], slice.failure);
+        ++unreadableFiles;
+        fail(pending, slice.failure);
     } else if (!unstored.contains(slice.file)) {
         group.push_back({slice.file, events.size(), slice.events.size(), std::move(slice.cursor),
                          slice.cursorMoved});
@@ -148,7 +156,22 @@ void IndexPass::take(Slice slice) {
     }
     if (events.size() >= groupEventLimit || group.size() >= groupSliceLimit) flush();
     // A value for each slice: the receiver decides how often to show one.
-    report();
+    if (env.progress) env.progress(part.progress);
+}
+
+IndexPass::Part& IndexPass::partOf(ProviderID provider) {
+    return *std::find_if(parts.begin(), parts.end(), [provider](const Part& part) {
+        return part.progress.provider == provider;
+    });
+}
+
+IndexStatistics IndexPass::statistics() const {
+    IndexStatistics all;
+    for (const Part& part : parts)
+        all.providers.push_back(part.statistics);
+    all.unreadableFiles = unreadableFiles;
+    all.unstoredFiles = static_cast<std::int64_t>(unstored.size());
+    return all;
 }
 
 void IndexPass::noteCodexLimits(std::optional<ProviderLimits> limits) {
@@ -181,7 +204,7 @@ void IndexPass::flush() {
 void IndexPass::addEvents(std::span<const UsageEvent> batch) {
     const std::int64_t added = env.ingestEvents(batch, env.calendar);
     outcome.newEvents += added;
-    current->newEvents += added;
+    present->statistics.newEvents += added;
 }
 
 void IndexPass::storeCodexLimits() {
@@ -200,7 +223,6 @@ void IndexPass::storeOneByOne() {
             if (slice.cursorMoved) env.store.save(slice.cursor);
         } catch (const UsageStoreError& error) {
             unstored.insert(slice.file);
-            ++counted.unstoredFiles;
             fail(files[slice.file], error.what());
         }
     }
@@ -219,10 +241,6 @@ void IndexPass::recordCursorUsage() {
 void IndexPass::fail(const PendingFile& pending, const std::string& reason) {
     systemLog("indexing " + std::filesystem::path(pending.file.path).filename().string() +
               " failed: " + reason);
-}
-
-void IndexPass::report() {
-    if (env.progress) env.progress(progress);
 }
 
 } // namespace tokwatch

@@ -38,7 +38,7 @@ class IndexPass {
     /// Throws UsageStoreError when the cursors cannot be read; failures of single files are logged.
     IndexOutcome run();
 
-    const IndexStatistics& statistics() const { return counted; }
+    IndexStatistics statistics() const;
 
   private:
     /// A slice whose events wait in `events` for the group's transaction.
@@ -50,10 +50,16 @@ class IndexPass {
         bool cursorMoved = false;
     };
 
-    std::vector<PendingFile> findPending(ProviderID provider);
+    /// What concerns one provider.
+    struct Part {
+        IndexingProgress progress;
+        IndexStatistics::Provider statistics;
+    };
+
+    void findPending(ProviderID provider);
+    Part& partOf(ProviderID provider);
     std::vector<std::filesystem::path> roots(ProviderID provider) const;
     std::optional<FileCursor> storedCursor(const std::string& path) const;
-    void indexProvider(ProviderID provider);
     void readInline();
     void readAhead();
     void take(Slice slice);
@@ -64,20 +70,19 @@ class IndexPass {
     void storeOneByOne();
     void recordCursorUsage();
     static void fail(const PendingFile& pending, const std::string& reason);
-    void report();
 
     Environment env;
     std::unordered_map<std::string, std::string> cursorTexts;
-    std::vector<PendingFile> files; ///< of the present provider
+    std::vector<Part> parts;
+    std::vector<PendingFile> files; ///< changed ones, provider by provider
     std::set<std::size_t> unstored; ///< files of which a slice could not be stored
     std::vector<StoredSlice> group;
     std::vector<UsageEvent> events;
     std::optional<ProviderLimits> codexLimits; ///< the newest of this pass
     bool codexLimitsPending = false;           ///< not stored yet
-    IndexingProgress progress;
+    Part* present = nullptr;                   ///< whose slices are being taken
+    std::int64_t unreadableFiles = 0;
     IndexOutcome outcome;
-    IndexStatistics counted;
-    IndexStatistics::Provider* current = nullptr;
 };
 
 } // namespace tokwatch

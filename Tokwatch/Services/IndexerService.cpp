@@ -24,8 +24,8 @@ bool isBelow(std::string_view path, const std::filesystem::path& root) {
     return path.size() > prefix.size() && path.starts_with(prefix) && path[prefix.size()] == '/';
 }
 
-/// Whether a path lies under a root, as the root is named or, where the name is a link, as it really is: that is
-/// how the watcher reports it.
+/// Whether a path lies under a root, as the root is named or, where the name is a link, as it
+/// really is: that is how the watcher reports it.
 bool isBelowRoot(std::string_view path, const std::filesystem::path& root) {
     if (isBelow(path, root)) return true;
     std::error_code unresolved;
