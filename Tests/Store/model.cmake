@@ -1,0 +1,3 @@
+tokwatch_test(SnapshotTests
+  SOURCES SnapshotTests.cpp
+  LINK TokwatchStore)
