@@ -23,11 +23,17 @@ function(tokwatch_library name)
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE TokwatchBuildFlags ${ARG_PRIVATE})
 endfunction()
 
+# All that is also run under the thread sanitizer: the tests with the label "concurrent".
+add_custom_target(ConcurrencyTests)
+
 # tokwatch_test(NAME SOURCES … LINK … [LABELS …]): one test program, its cases known to ctest one by one.
 function(tokwatch_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE TokwatchBuildFlags TestSupport ${ARG_LINK} GTest::gmock GTest::gtest_main)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  if("concurrent" IN_LIST ARG_LABELS)
+    add_dependencies(ConcurrencyTests ${name})
+  endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 300)
 endfunction()

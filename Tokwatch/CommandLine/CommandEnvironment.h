@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Calendar.h"
+#include "Date.h"
+#include "PriceTable.h"
+#include "ProviderLocations.h"
+#include "Terminal.h"
+#include "UsageStore.h"
+#include "UserPaths.h"
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace tokwatch {
+
+/// How a process of ours ends.
+enum ExitStatus { exitOk = 0, exitFailure = 1, exitUsage = 2 };
+
+/// What keeps a command from doing its work; `what()` is the one line that the user gets.
+class CommandError : public std::runtime_error {
+  public:
+    explicit CommandError(const std::string& message) : std::runtime_error(message) {}
+};
+
+/// The world that a one-shot command runs in. The process's own, but for what options replaced.
+struct CommandEnvironment {
+    UserPaths paths;
+    Calendar calendar;
+    Clock now;
+    Terminal& terminal;
+    bool json = false;
+
+    ProviderLocations locations() const { return {paths.home}; }
+
+    /// The store in the data directory. A one-shot command has no use for a temporary one: what it
+    /// counted would be lost at its exit, so a store that cannot be opened is a CommandError.
+    std::shared_ptr<UsageStore> openStore() const;
+
+    /// CommandError when the home directory does not exist or is no directory.
+    void requireHome() const;
+};
+
+} // namespace tokwatch

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "CommandEnvironment.h"
+#include "IndexerService.h"
+
+namespace tokwatch {
+
+/// One pass as a command makes it: with a progress bar, waiting for its end. CommandError when the
+/// store fails.
+struct IndexReport {
+    IndexOutcome outcome;
+    IndexStatistics statistics;
+    double seconds = 0;
+    std::int64_t bytesRead() const;
+};
+IndexReport runIndexPass(const CommandEnvironment& environment,
+                         const std::shared_ptr<UsageStore>& store);
+
+void printIndexReport(const CommandEnvironment& environment, const IndexReport& report);
+
+/// `tokwatch index`
+int runIndex(const CommandEnvironment& environment);
+
+} // namespace tokwatch

@@ -1,0 +1,108 @@
+#include "Terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace tokwatch {
+namespace {
+
+constexpr int defaultColumns = 80;
+
+const char* codeOf(Tone tone) {
+    switch (tone) {
+    case Tone::plain:
+        return "";
+    case Tone::dim:
+        return "\033[2m";
+    case Tone::bold:
+        return "\033[1m";
+    case Tone::red:
+        return "\033[31m";
+    case Tone::yellow:
+        return "\033[33m";
+    case Tone::green:
+        return "\033[32m";
+    case Tone::blue:
+        return "\033[34m";
+    case Tone::magenta:
+        return "\033[35m";
+    case Tone::cyan:
+        return "\033[36m";
+    }
+    return "";
+}
+
+const char* variable(const char* name) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
+    return std::getenv(name);
+}
+
+bool isSet(const char* name) {
+    const char* value = variable(name);
+    return value != nullptr && *value != '\0';
+}
+
+int columnsOf(std::FILE* stream) {
+    winsize size{};
+    if (ioctl(fileno(stream), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return defaultColumns;
+    return size.ws_col;
+}
+
+} // namespace
+
+Terminal Terminal::standard() {
+    const bool terminal = isatty(STDOUT_FILENO) != 0;
+    const char* kind = variable("TERM");
+    const bool dumb = kind != nullptr && std::strcmp(kind, "dumb") == 0;
+    return {stdout, stderr, isatty(STDERR_FILENO) != 0 && !dumb,
+            terminal && !dumb && !isSet("NO_COLOR"), terminal ? columnsOf(stdout) : defaultColumns};
+}
+
+Terminal::Terminal(std::FILE* o, std::FILE* e, bool isTerminal, bool hasColour, int columns)
+    : out(o), err(e), interactive(isTerminal), colour(hasColour), width(columns) {}
+
+void Terminal::write(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), out);
+}
+
+void Terminal::line(std::string_view text) {
+    write(text);
+    write("\n");
+}
+
+void Terminal::error(std::string_view message) {
+    clearTransient();
+    std::string text = "tokwatch: " + std::string(message);
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    text += '\n';
+    std::fwrite(text.data(), 1, text.size(), err);
+}
+
+void Terminal::transient(std::string_view text) {
+    if (!interactive) return;
+    const std::string whole = "\r\033[K" + std::string(text);
+    std::fwrite(whole.data(), 1, whole.size(), err);
+    std::fflush(err);
+    transientShown = true;
+}
+
+void Terminal::clearTransient() {
+    if (!transientShown) return;
+    std::fputs("\r\033[K", err);
+    transientShown = false;
+}
+
+std::string Terminal::paint(Tone tone, std::string_view text) const {
+    if (!colour || tone == Tone::plain) return std::string(text);
+    return codeOf(tone) + std::string(text) + "\033[0m";
+}
+
+bool Terminal::flush() {
+    return std::fflush(out) == 0 && std::ferror(out) == 0;
+}
+
+} // namespace tokwatch

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace tokwatch {
+
+/// Colours of the terminal's own palette, so that they suit its background.
+enum class Tone { plain, dim, bold, red, yellow, green, blue, magenta, cyan };
+
+/// Where a command writes. Colour and progress are for terminals only: what goes into a pipe or a
+/// file is plain.
+class Terminal {
+  public:
+    /// The process's standard output and error. NO_COLOR, when set to anything, turns colour off;
+    /// TERM=dumb too.
+    static Terminal standard();
+
+    Terminal(std::FILE* out, std::FILE* err, bool interactive, bool colour, int columns);
+
+    void write(std::string_view text);
+    void line(std::string_view text = {});
+    /// "tokwatch: " + message on standard error.
+    void error(std::string_view message);
+    /// A line on standard error that the next one replaces; only on terminals.
+    void transient(std::string_view text);
+    void clearTransient();
+
+    /// The text in a tone, where there is colour.
+    std::string paint(Tone tone, std::string_view text) const;
+
+    bool isInteractive() const { return interactive; }
+    int columns() const { return width; }
+    /// False when what was written did not arrive: a full disk, a closed pipe.
+    bool flush();
+
+  private:
+    std::FILE* out;
+    std::FILE* err;
+    bool interactive;
+    bool colour;
+    int width;
+    bool transientShown = false;
+};
+
+} // namespace tokwatch

@@ -1,0 +1,1 @@
+tokwatch_library(TokwatchPaths SOURCES UserPaths.cpp)
