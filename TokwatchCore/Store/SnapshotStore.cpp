@@ -70,12 +70,6 @@ SnapshotStore::NoContainer::NoContainer() : std::runtime_error("noContainer") {}
 SnapshotStore::SnapshotStore(std::optional<std::filesystem::path> sharedDirectory)
     : directory(std::move(sharedDirectory)) {}
 
-std::optional<std::filesystem::path>
-SnapshotStore::container(const std::optional<std::filesystem::path>& dataHome) {
-    if (!dataHome) return std::nullopt;
-    return *dataHome / appGroup;
-}
-
 void SnapshotStore::write(const Snapshot& snapshot) const {
     if (!directory) throw NoContainer();
     const std::string text = jsonText(encode(snapshot, DateCoding::iso8601));

@@ -12,7 +12,7 @@ namespace tokwatch {
 /// shares with its widgets. Callable from any thread; writers take turns by replacing the file.
 class SnapshotStore {
   public:
-    /// The shared directory's name under the data home.
+    /// The shared directory's name; it stands in the data home.
     static constexpr const char* appGroup = "Q7K2M9X4PL.app.tokwatch";
 
     /// There is no shared directory, hence no widget either.
@@ -23,10 +23,6 @@ class SnapshotStore {
 
     /// Without a directory `write` throws NoContainer, and `read` finds nothing.
     explicit SnapshotStore(std::optional<std::filesystem::path> directory);
-
-    /// The shared directory under a data home; none without a data home.
-    static std::optional<std::filesystem::path>
-    container(const std::optional<std::filesystem::path>& dataHome);
 
     /// Replaces the file as a whole, so that no reader meets half of it. The file is private to the
     /// user, and so is the directory where it has to be made. Failures of the file system are

@@ -1,0 +1,65 @@
+#include "LogFiles.h"
+#include "TemporaryDirectory.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+namespace tokwatch {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::TemporaryDirectory;
+
+std::vector<std::string> namesUnder(const std::filesystem::path& root,
+                                    ProviderID provider = ProviderID::claude) {
+    std::vector<std::string> names;
+    for (const LogFile& file : findLogFiles(provider, root))
+        names.push_back(file.path.substr(root.string().size() + 1));
+    return names;
+}
+
+TEST(LogFiles, AreRegularVisibleFilesOfTheRightNameInPathOrder) {
+    const TemporaryDirectory home;
+    for (const char* name :
+         {"root/b/2.jsonl", "root/b/1.jsonl", "root/a.jsonl", "root/B.jsonl", "root/b-1.jsonl",
+          "root/.hidden.jsonl", "root/.hidden/x.jsonl", "root/notes.txt", "root/c.jsonl.bak",
+          "root/.jsonl", "root/x.JSONL", "root/deep/er/st.jsonl"})
+        home.write(name, "x\n");
+    std::filesystem::create_directory(home / "root/directory.jsonl");
+    std::filesystem::create_symlink(home / "root/a.jsonl", home / "root/link.jsonl");
+    std::filesystem::create_directory_symlink(home / "root/b", home / "root/linked");
+    EXPECT_THAT(namesUnder(home / "root"),
+                ElementsAre("B.jsonl", "a.jsonl", "b-1.jsonl", "b/1.jsonl", "b/2.jsonl",
+                            "deep/er/st.jsonl"));
+    EXPECT_EQ(findLogFiles(ProviderID::claude, home / "root")[0].attributes.size, 2);
+}
+
+TEST(LogFiles, OfGrokAreItsUsageDocuments) {
+    const TemporaryDirectory home;
+    for (const char* name : {"s/1/usage.json", "s/2/usage.json", "s/2/Usage.json",
+                             "s/2/usage.jsonl", "s/usage.json.tmp"})
+        home.write(name, "{}");
+    EXPECT_THAT(namesUnder(home / "s", ProviderID::grok),
+                ElementsAre("1/usage.json", "2/usage.json"));
+    EXPECT_THAT(namesUnder(home / "s", ProviderID::cursor), IsEmpty());
+}
+
+TEST(LogFiles, AreFoundUnderALinkedRootAndWithAnyName) {
+    const TemporaryDirectory home;
+    home.write("real/new\nline.jsonl", "");
+    home.write("real/\xff\xfe.jsonl", "");
+    std::filesystem::create_directory_symlink(home / "real", home / "root");
+    EXPECT_THAT(namesUnder(home / "root"), ElementsAre("new\nline.jsonl", "\xff\xfe.jsonl"));
+}
+
+TEST(LogFiles, AreNoneWithoutADirectory) {
+    const TemporaryDirectory home;
+    home.write("file.jsonl", "");
+    EXPECT_THAT(namesUnder(home / "absent"), IsEmpty());
+    EXPECT_THAT(namesUnder(home / "file.jsonl"), IsEmpty());
+}
+
+} // namespace
+} // namespace tokwatch

@@ -1,0 +1,77 @@
+#include "Calendar.h"
+#include "ISO8601.h"
+
+#include <gtest/gtest.h>
+
+namespace tokwatch {
+namespace {
+
+Date at(const char* text) {
+    return parseISO8601(text).value();
+}
+
+TEST(Calendar, PutsMomentsOnTheDayOfTheirZone) {
+    struct Case {
+        const char* zone;
+        const char* moment;
+        const char* day;
+    };
+    for (const Case& c : {
+             Case{"UTC", "2026-01-31T23:59:59.999Z", "2026-01-31"},
+             {"Europe/Berlin", "2026-01-31T22:59:59Z", "2026-01-31"},
+             {"Europe/Berlin", "2026-01-31T23:00:00Z", "2026-02-01"},
+             {"America/Los_Angeles", "2026-03-08T07:59:59Z", "2026-03-07"},
+             {"America/Los_Angeles", "2026-03-09T06:59:59Z", "2026-03-08"}, // 23 hours long
+             {"America/Los_Angeles", "2026-11-02T07:59:59Z", "2026-11-01"}, // 25 hours long
+             {"Pacific/Apia", "2011-12-31T09:59:59Z", "2011-12-29"}, // the day after never was
+             {"America/Sao_Paulo", "2018-11-04T02:59:59Z", "2018-11-03"},
+             {"America/Sao_Paulo", "2018-11-04T03:00:00Z", "2018-11-04"},
+         }) {
+        const Calendar calendar = Calendar::named(c.zone).value();
+        EXPECT_EQ(calendar.dayKey(at(c.moment)), c.day) << c.zone << " " << c.moment;
+        EXPECT_EQ(calendar.dayHolding(at(c.moment)).key, c.day) << c.zone << " " << c.moment;
+    }
+}
+
+TEST(Calendar, BeginsADayWithoutMidnightAtTheClockChange) {
+    const Calendar calendar = Calendar::named("America/Sao_Paulo").value();
+    EXPECT_EQ(calendar.startOfDay(at("2018-11-04T15:00:00Z")), at("2018-11-04T03:00:00Z"));
+    EXPECT_EQ(calendar.dayKey(calendar.startOfDay(at("2018-11-04T15:00:00Z"))), "2018-11-04");
+}
+
+TEST(Calendar, CountsDaysNotHours) {
+    const Calendar berlin = Calendar::named("Europe/Berlin").value();
+    EXPECT_EQ(berlin.addingDays(at("2026-03-28T12:00:00Z"), 1), at("2026-03-29T11:00:00Z"));
+    EXPECT_EQ(berlin.addingDays(at("2026-03-30T11:00:00Z"), -90), at("2025-12-30T12:00:00Z"));
+    for (const char* zone : {"UTC", "Europe/Berlin", "America/Sao_Paulo", "Australia/Lord_Howe"}) {
+        const Calendar calendar = Calendar::named(zone).value();
+        const std::vector<Date> days = calendar.daysEnding(at("2018-11-20T12:00:00Z"), 30);
+        ASSERT_EQ(days.size(), 30U) << zone;
+        for (std::size_t i = 1; i < days.size(); ++i)
+            EXPECT_LT(calendar.dayKey(days[i - 1]), calendar.dayKey(days[i])) << zone;
+    }
+    // A day that the zone skipped when it crossed the date line is left out.
+    EXPECT_EQ(Calendar::named("Pacific/Apia")->daysEnding(at("2012-01-05T00:00:00Z"), 10).size(),
+              9U);
+}
+
+TEST(Calendar, ClaimsNoMomentOfAnotherDayAroundAMidnightThatCameTwice) {
+    // Clocks went back from 00:01 to 23:01, so the first minute of the day came an hour before the
+    // day went on.
+    const Calendar calendar = Calendar::named("America/St_Johns").value();
+    const Date change = at("2008-11-02T02:31:00Z");
+    const Calendar::Day day = calendar.dayHolding(change + Seconds{4 * 3600});
+    for (int minute = -120; minute < 120; ++minute) {
+        const Date moment = change + Seconds{minute * 60.0};
+        if (day.start <= moment && moment < day.end) {
+            EXPECT_EQ(calendar.dayKey(moment), day.key) << minute;
+        }
+    }
+}
+
+TEST(Calendar, DoesNotKnowInventedZones) {
+    EXPECT_FALSE(Calendar::named("Mars/Olympus_Mons").has_value());
+}
+
+} // namespace
+} // namespace tokwatch

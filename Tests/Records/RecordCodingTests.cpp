@@ -1,0 +1,138 @@
+#include "RecordCoding.h"
+
+#include <gtest/gtest.h>
+
+namespace tokwatch {
+namespace {
+
+constexpr DateCoding stored = DateCoding::secondsSince2001;
+constexpr double epoch2001 = 978307200;
+
+Date after2001(double seconds) {
+    return dateFromUnixSeconds(epoch2001 + seconds);
+}
+
+template<typename Decode>
+std::string failureOf(const char* text, Decode decode) {
+    try {
+        decode(parseJson(text));
+    } catch (const DecodingError& error) {
+        return error.what();
+    }
+    return "decoded";
+}
+
+ProviderLimits fullLimits() {
+    ProviderLimits limits;
+    limits.plan = "Max 5x";
+    limits.windows = {
+        {"session", "Session", 0.25, 18000.0, after2001(100.5), LimitSource::live()},
+        {"weekly", "Weekly", 1, std::nullopt, std::nullopt, LimitSource::local(after2001(7))}};
+    limits.credits = Credits{"Extra usage", std::nullopt, 12.34, 50.0, false};
+    limits.status = ProviderStatus::rateLimited;
+    limits.fetchedAt = after2001(806457600.123456);
+    return limits;
+}
+
+TEST(RecordCoding, WritesKeysInOrderAndLeavesAbsentOnesOut) {
+    EXPECT_EQ(
+        jsonText(encode(TokenCounts{1, 2, 3, 4, 5, 6})),
+        R"({"uncachedInput":1,"cacheRead":2,"cacheWrite5m":3,"cacheWrite1h":4,"output":5,"reasoning":6})");
+    EXPECT_EQ(jsonText(encode(LimitWindow{"session", "Session", 0.5, {}, {}, LimitSource::live()},
+                              stored)),
+              R"({"id":"session","label":"Session","usedFraction":0.5,"source":{"live":{}}})");
+    EXPECT_EQ(jsonText(encode(LimitSource::stale(after2001(5)), stored)),
+              R"({"stale":{"asOf":5.0}})");
+    EXPECT_EQ(jsonText(encode(LimitSource::local(after2001(5)), DateCoding::iso8601)),
+              R"({"local":{"asOf":"2001-01-01T00:00:05Z"}})");
+    EXPECT_EQ(jsonText(encode(ProviderStatus::signInNeeded)), R"({"signInNeeded":{}})");
+    EXPECT_EQ(jsonText(encode(FileCursor{"/a", 7, 9, {{"model", "m"}, {"provider", "codex"}}})),
+              R"({"path":"/a","inode":7,"offset":9,"context":{"model":"m","provider":"codex"}})");
+}
+
+TEST(RecordCoding, ReadsBackWhatItWrote) {
+    const ProviderLimits limits = fullLimits();
+    EXPECT_EQ(decodeProviderLimits(parseJson(jsonText(encode(limits, stored))), stored), limits);
+    ProviderLimits bare;
+    bare.fetchedAt = after2001(0);
+    EXPECT_EQ(decodeProviderLimits(encode(bare, stored), stored), bare);
+    const FileCursor cursor{
+        "/with \"quotes\"\nand lines", ~std::uint64_t{0}, 1LL << 40, {{"a", ""}}};
+    EXPECT_EQ(decodeFileCursor(parseJson(jsonText(encode(cursor)))), cursor);
+    for (const ProviderStatus status : allProviderStatuses)
+        EXPECT_EQ(decodeProviderStatus(encode(status)), status);
+}
+
+TEST(RecordCoding, TakesNullForAnAbsentOptional) {
+    const LimitWindow window = decodeLimitWindow(
+        parseJson(
+            R"({"id":"a","label":"A","usedFraction":1,"duration":null,"resetsAt":null,"source":{"live":{}},"x":1})"),
+        stored);
+    EXPECT_EQ(window, (LimitWindow{"a", "A", 1, {}, {}, LimitSource::live()}));
+}
+
+TEST(RecordCoding, NamesTheDateSettings) {
+    EXPECT_EQ(decodeLimitSource(parseJson(R"({"local":{"asOf":0}})"), stored),
+              LimitSource::local(after2001(0)));
+    EXPECT_EQ(decodeDate(parseJson("\"2001-01-01T00:00:01Z\""), DateCoding::iso8601), after2001(1));
+    EXPECT_EQ(failureOf("5", [](const Json& json) { decodeDate(json, DateCoding::iso8601); }),
+              "Expected a string.");
+}
+
+TEST(RecordCoding, RefusesEnumerationsWithoutExactlyOneKey) {
+    const auto source = [](const Json& json) { decodeLimitSource(json, stored); };
+    const auto status = [](const Json& json) { decodeProviderStatus(json); };
+    const std::string expected = "Invalid number of keys found, expected one.";
+    EXPECT_EQ(failureOf("{}", source), expected);
+    EXPECT_EQ(failureOf(R"({"live":{},"stale":{"asOf":0}})", source), expected);
+    EXPECT_EQ(failureOf("{}", status), expected);
+    EXPECT_EQ(failureOf(R"({"ok":{},"unavailable":{}})", status), expected);
+    EXPECT_NE(failureOf(R"({"alive":{}})", source), "decoded");
+    EXPECT_NE(failureOf(R"({"OK":{}})", status), "decoded");
+    EXPECT_NE(failureOf(R"("ok")", status), "decoded");
+    EXPECT_NE(failureOf(R"({"local":{}})", source), "decoded");
+}
+
+TEST(RecordCoding, RefusesMissingKeysNullsAndWrongTypes) {
+    const auto tokens = [](const Json& json) { decodeTokenCounts(json); };
+    const auto cursor = [](const Json& json) { decodeFileCursor(json); };
+    const auto limits = [](const Json& json) { decodeProviderLimits(json, stored); };
+    EXPECT_NE(
+        failureOf(
+            R"({"uncachedInput":1,"cacheRead":2,"cacheWrite5m":3,"cacheWrite1h":4,"output":5})",
+            tokens)
+            .find("reasoning"),
+        std::string::npos);
+    for (const char* value : {"null", "\"5\"", "1.5", "true", "9223372036854775808", "[]"}) {
+        const std::string text =
+            R"({"uncachedInput":1,"cacheRead":2,"cacheWrite5m":3,"cacheWrite1h":4,"output":5,)"
+            R"("reasoning":)" +
+            std::string(value) + "}";
+        EXPECT_NE(failureOf(text.c_str(), tokens), "decoded") << value;
+    }
+    for (const char* text : {R"({"path":"/a","inode":-1,"offset":0,"context":{}})",
+                             R"({"path":"/a","inode":1,"offset":0})",
+                             R"({"path":"/a","inode":1,"offset":0,"context":{"a":1}})", "[]", "7"})
+        EXPECT_NE(failureOf(text, cursor), "decoded") << text;
+    for (const char* text :
+         {R"({"windows":null,"status":{"ok":{}},"fetchedAt":0})",
+          R"({"windows":[],"status":null,"fetchedAt":0})", R"({"windows":[],"status":{"ok":{}}})",
+          R"({"windows":[],"plan":5,"status":{"ok":{}},"fetchedAt":0})"})
+        EXPECT_NE(failureOf(text, limits), "decoded") << text;
+    EXPECT_THROW(parseJson("{"), DecodingError);
+}
+
+TEST(ProviderLimits, MarksLiveAndLocalWindowsStale) {
+    ProviderLimits limits = fullLimits();
+    limits.windows.push_back({"old", "Old", 0, {}, {}, LimitSource::stale(after2001(3))});
+    const ProviderLimits stale = limits.markedStale();
+    EXPECT_EQ(stale.windows[0].source, LimitSource::stale(limits.fetchedAt));
+    EXPECT_EQ(stale.windows[1].source, LimitSource::stale(limits.fetchedAt));
+    EXPECT_EQ(stale.windows[2].source, LimitSource::stale(after2001(3)));
+    limits.windows[0].source = stale.windows[0].source;
+    limits.windows[1].source = stale.windows[1].source;
+    EXPECT_EQ(stale, limits);
+}
+
+} // namespace
+} // namespace tokwatch

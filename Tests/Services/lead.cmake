@@ -1,0 +1,4 @@
+tokwatch_test(IndexerTests
+  SOURCES IndexerServiceTests.cpp
+  LINK TokwatchIndexer
+  LABELS concurrent)

@@ -1,0 +1,4 @@
+tokwatch_test(UsageStoreTests
+  SOURCES UsageStoreTests.cpp UsageStoreFailureTests.cpp
+  LINK TokwatchStore SQLite::SQLite3
+  LABELS concurrent)

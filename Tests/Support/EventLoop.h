@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QCoreApplication>
+
+namespace tokwatch::testing {
+
+/// The application object that events are posted to; one for the whole test program.
+inline void needEventLoop() {
+    static int argc = 1;
+    static char name[] = "test";
+    static char* argv[] = {name, nullptr};
+    static QCoreApplication application(argc, argv);
+}
+
+/// Delivers all events that wait, and those that they bring about.
+inline void settle() {
+    // A continuation takes a few turns: the future's event, the coroutine's, what it posts.
+    for (int turn = 0; turn < 8; ++turn) {
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+} // namespace tokwatch::testing

@@ -1,0 +1,40 @@
+#include "DayFormat.h"
+
+#include <array>
+#include <string_view>
+
+namespace tokwatch {
+namespace {
+
+constexpr std::array<std::string_view, 7> weekdays{"Monday", "Tuesday",  "Wednesday", "Thursday",
+                                                   "Friday", "Saturday", "Sunday"};
+constexpr std::array<std::string_view, 12> months{"January",   "February", "March",    "April",
+                                                  "May",       "June",     "July",     "August",
+                                                  "September", "October",  "November", "December"};
+
+std::string_view weekday(const Calendar::Fields& fields) {
+    return weekdays[static_cast<std::size_t>(fields.weekday)];
+}
+
+std::string_view month(const Calendar::Fields& fields) {
+    return months[static_cast<std::size_t>(fields.month - 1)];
+}
+
+} // namespace
+
+std::string DayFormat::weekdayAndDay(Date date, const Calendar& calendar) {
+    return std::string(weekday(calendar.fields(date)).substr(0, 3)) + ", " + day(date, calendar);
+}
+
+std::string DayFormat::day(Date date, const Calendar& calendar) {
+    const Calendar::Fields fields = calendar.fields(date);
+    return std::string(month(fields).substr(0, 3)) + " " + std::to_string(fields.day);
+}
+
+std::string DayFormat::spoken(Date date, const Calendar& calendar) {
+    const Calendar::Fields fields = calendar.fields(date);
+    return std::string(weekday(fields)) + ", " + std::string(month(fields)) + " " +
+           std::to_string(fields.day) + ", " + std::to_string(fields.year);
+}
+
+} // namespace tokwatch

@@ -1,0 +1,142 @@
+#include "SummaryDisplay.h"
+
+#include "CheckedArithmetic.h"
+#include "DayFormat.h"
+#include "MeterFormat.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tokwatch {
+namespace {
+
+std::string costText(std::optional<double> usd, bool approximate) {
+    return (usd && approximate ? "~" : "") + MeterFormat::money(usd);
+}
+
+void addIfAny(std::vector<SummaryDisplay::Segment>& segments, const char* label,
+              std::int64_t tokens) {
+    if (tokens > 0)
+        segments.push_back({label, static_cast<double>(tokens), MeterFormat::tokens(tokens)});
+}
+
+void addIfAny(std::vector<SummaryDisplay::Segment>& segments, const char* label, double usd) {
+    if (usd > 0) segments.push_back({label, usd, MeterFormat::money(usd)});
+}
+
+SummaryDisplay::BreakdownRow rowOf(const UsageSummary::ModelRow& model, int rank,
+                                   SummaryUnit unit) {
+    const double share =
+        std::min(1.0, unit == SummaryUnit::cost ? model.costShare : model.tokenShare);
+    return {std::string(rawValue(model.provider)) + "/" + model.model,
+            rank,
+            model.provider,
+            model.model,
+            costText(model.costUSD, model.approximate),
+            MeterFormat::share(share),
+            MeterFormat::tokens(model.tokens.total()),
+            share};
+}
+
+SummaryDisplay::BreakdownRow rowOf(const UsageSummary::DayRow& day, int rank,
+                                   const UsageSummary& summary, SummaryUnit unit,
+                                   const Calendar& calendar) {
+    const double part = unit == SummaryUnit::cost ? day.costUSD : static_cast<double>(day.tokens);
+    const double whole = unit == SummaryUnit::cost ? summary.totalCostUSD
+                                                   : static_cast<double>(summary.tokens.total());
+    const double share = whole > 0 ? std::min(1.0, part / whole) : 0;
+    return {"day/" + calendar.dayKey(day.day),
+            rank,
+            std::nullopt,
+            DayFormat::weekdayAndDay(day.day, calendar),
+            MeterFormat::money(day.costUSD),
+            MeterFormat::share(share),
+            MeterFormat::tokens(day.tokens),
+            share};
+}
+
+} // namespace
+
+std::vector<SummaryDisplay::Segment> SummaryDisplay::segments(const UsageSummary& summary,
+                                                              SummaryUnit unit) {
+    std::vector<Segment> segments;
+    if (unit == SummaryUnit::tokens) {
+        addIfAny(segments, "Input", summary.tokens.uncachedInput);
+        addIfAny(segments, "Cache read", summary.tokens.cacheRead);
+        addIfAny(segments, "Cache write", summary.tokens.cacheWrite());
+        addIfAny(segments, "Output", summary.tokens.output);
+    } else {
+        addIfAny(segments, "Input", summary.costByType.input);
+        addIfAny(segments, "Cache read", summary.costByType.cacheRead);
+        addIfAny(segments, "Cache write", summary.costByType.cacheWrite);
+        addIfAny(segments, "Output", summary.costByType.output);
+        addIfAny(segments, "Other", summary.costByType.other);
+    }
+    return segments;
+}
+
+std::vector<SummaryDisplay::Stat> SummaryDisplay::tokenStatistics(const UsageSummary& summary) {
+    const TokenCounts& tokens = summary.tokens;
+    return {
+        {"Processed tokens", MeterFormat::tokens(tokens.total())},
+        {"Cached input", MeterFormat::tokens(checkedAdd(tokens.cacheRead, tokens.cacheWrite()))},
+        {"Uncached input", MeterFormat::tokens(tokens.uncachedInput)},
+        {"Output", MeterFormat::tokens(tokens.output)},
+        {"Cache savings", MeterFormat::money(summary.cacheSavingsUSD)}};
+}
+
+std::vector<SummaryDisplay::ToolLine> SummaryDisplay::toolLines(const UsageSummary& summary,
+                                                                SummaryUnit unit) {
+    std::vector<ToolLine> lines;
+    for (const UsageSummary::Tool& tool : summary.tools) {
+        const bool cost = unit == SummaryUnit::cost;
+        lines.push_back(
+            {tool.provider,
+             std::to_string(tool.sessions) + (tool.sessions == 1 ? " session" : " sessions"),
+             cost ? MeterFormat::money(tool.costUSD) : MeterFormat::tokens(tool.tokens),
+             cost ? MeterFormat::share(tool.costShare) + " of cost"
+                  : MeterFormat::share(tool.tokenShare) + " of tokens"});
+    }
+    return lines;
+}
+
+std::vector<SummaryDisplay::BreakdownRow> SummaryDisplay::breakdown(const UsageSummary& summary,
+                                                                    BreakdownMode mode,
+                                                                    SummaryUnit unit,
+                                                                    const Calendar& calendar) {
+    std::vector<BreakdownRow> rows;
+    int rank = 0;
+    switch (mode) {
+    case BreakdownMode::model:
+        for (const UsageSummary::ModelRow& model : summary.models)
+            rows.push_back(rowOf(model, ++rank, unit));
+        break;
+    case BreakdownMode::day:
+        for (const UsageSummary::DayRow& day : summary.perDay)
+            rows.push_back(rowOf(day, ++rank, summary, unit, calendar));
+        break;
+    }
+    return rows;
+}
+
+std::string SummaryDisplay::compactCost(double usd) {
+    if (usd < 10 && std::trunc(usd) != usd) return MeterFormat::money(std::round(usd * 100) / 100);
+    return MeterFormat::wholeMoney(usd);
+}
+
+std::string SummaryDisplay::compactTokens(std::int64_t tokens) {
+    std::string text = MeterFormat::tokens(tokens);
+    const char unit = text.back();
+    if (text.find('.') == std::string::npos || unit < 'A') return text;
+    text.pop_back();
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.ends_with('.')) text.pop_back();
+    return text + unit;
+}
+
+std::string SummaryDisplay::headline(const UsageSummary& summary, SummaryUnit unit) {
+    return unit == SummaryUnit::cost ? compactCost(summary.totalCostUSD)
+                                     : compactTokens(summary.tokens.total());
+}
+
+} // namespace tokwatch

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Calendar.h"
+#include "PreferenceTypes.h"
+#include "UsageSummary.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tokwatch {
+
+/// What the breakdown table has a row for.
+enum class BreakdownMode { model, day };
+
+/// A usage summary as texts and amounts, ready to be laid out. Every surface that shows a summary
+/// draws from here.
+struct SummaryDisplay {
+    /// One part of the stacked bar.
+    struct Segment {
+        std::string label;
+        double amount = 0;
+        std::string text;
+        friend bool operator==(const Segment&, const Segment&) = default;
+    };
+    struct Stat {
+        std::string label;
+        std::string value;
+        friend bool operator==(const Stat&, const Stat&) = default;
+    };
+    struct ToolLine {
+        ProviderID provider = ProviderID::claude;
+        std::string sessions; ///< "12 sessions"
+        std::string value;
+        std::string detail; ///< "12.5% of cost"
+        friend bool operator==(const ToolLine&, const ToolLine&) = default;
+    };
+    struct BreakdownRow {
+        std::string id;
+        int rank = 0; ///< from 1
+        std::optional<ProviderID> provider;
+        std::string title;
+        std::string cost; ///< "~" in front of an approximate one, "—" for an unknown one
+        std::string share;
+        std::string tokens;
+        double shareFraction = 0; ///< for the row's bar, 0…1
+        friend bool operator==(const BreakdownRow&, const BreakdownRow&) = default;
+    };
+
+    /// The bar's parts above zero, in their fixed order.
+    static std::vector<Segment> segments(const UsageSummary& summary, SummaryUnit unit);
+    /// Always the same five.
+    static std::vector<Stat> tokenStatistics(const UsageSummary& summary);
+    static std::vector<ToolLine> toolLines(const UsageSummary& summary, SummaryUnit unit);
+    static std::vector<BreakdownRow> breakdown(const UsageSummary& summary, BreakdownMode mode,
+                                               SummaryUnit unit, const Calendar& calendar);
+
+    /// The headline: "$12", "$9.50", "1.5K".
+    static std::string compactCost(double usd);
+    static std::string compactTokens(std::int64_t tokens);
+    static std::string headline(const UsageSummary& summary, SummaryUnit unit);
+};
+
+} // namespace tokwatch

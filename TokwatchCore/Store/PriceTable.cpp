@@ -1,0 +1,109 @@
+#include "PriceTable.h"
+
+#include "RecordCoding.h"
+#include "ResourceBundle.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+namespace tokwatch {
+namespace {
+
+constexpr double million = 1'000'000;
+
+/// "-YYYYMMDD" at the end of a name.
+constexpr std::size_t dateSuffixLength = 9;
+
+bool hasDateSuffix(std::string_view model) {
+    if (model.size() < dateSuffixLength) return false;
+    const std::string_view suffix = model.substr(model.size() - dateSuffixLength);
+    return suffix.front() == '-' && std::all_of(suffix.begin() + 1, suffix.end(),
+                                                [](char c) { return c >= '0' && c <= '9'; });
+}
+
+double costOf(double usdPerMillion, std::int64_t tokens) {
+    return usdPerMillion * static_cast<double>(tokens) / million;
+}
+
+ModelPrice decodePrice(const Json& json) {
+    const auto number = [&json](const char* key) {
+        return coding::number(coding::required(json, key));
+    };
+    ModelPrice price;
+    price.input = number("input");
+    price.output = number("output");
+    price.cacheRead = number("cacheRead");
+    price.cacheWrite5m = number("cacheWrite5m");
+    price.cacheWrite1h = number("cacheWrite1h");
+    if (const Json* proxy = coding::optional(json, "proxyFor"))
+        price.proxyFor = coding::string(*proxy);
+    price.source = coding::string(coding::required(json, "source"));
+    price.asOf = coding::string(coding::required(json, "asOf"));
+    return price;
+}
+
+} // namespace
+
+CostBreakdown& CostBreakdown::operator+=(const CostBreakdown& added) {
+    input += added.input;
+    cacheRead += added.cacheRead;
+    cacheWrite += added.cacheWrite;
+    output += added.output;
+    other += added.other;
+    return *this;
+}
+
+PriceTable::PriceTable(std::map<std::string, ModelPrice, std::less<>> models)
+    : table(std::move(models)) {}
+
+PriceTable PriceTable::bundled() {
+    std::ifstream file(coreResourceBundle() / "prices.json", std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    try {
+        return decode(text);
+    } catch (const DecodingError&) {
+        // Costs are a convenience: without prices the tools' own reports still count.
+        return {};
+    }
+}
+
+PriceTable PriceTable::decode(std::string_view text) {
+    const Json document = parseJson(text);
+    std::map<std::string, ModelPrice, std::less<>> models;
+    for (const auto& [name, price] : coding::object(coding::required(document, "models")).items())
+        models.emplace(name, decodePrice(price));
+    return PriceTable(std::move(models));
+}
+
+const ModelPrice* PriceTable::price(std::string_view model) const {
+    auto found = table.find(model);
+    if (found == table.end() && hasDateSuffix(model))
+        found = table.find(model.substr(0, model.size() - dateSuffixLength));
+    return found == table.end() ? nullptr : &found->second;
+}
+
+PricedCost PriceTable::cost(std::string_view model, const TokenCounts& tokens,
+                            std::optional<double> reportedUSD) const {
+    const ModelPrice* listed = price(model);
+    if (listed == nullptr) {
+        if (!reportedUSD) return {};
+        CostBreakdown breakdown;
+        breakdown.other = *reportedUSD;
+        return {*reportedUSD, breakdown, true, 0};
+    }
+    CostBreakdown breakdown;
+    breakdown.input = costOf(listed->input, tokens.uncachedInput);
+    breakdown.cacheRead = costOf(listed->cacheRead, tokens.cacheRead);
+    breakdown.cacheWrite = (listed->cacheWrite5m * static_cast<double>(tokens.cacheWrite5m) +
+                            listed->cacheWrite1h * static_cast<double>(tokens.cacheWrite1h)) /
+                           million;
+    breakdown.output = costOf(listed->output, tokens.output);
+    const double usd =
+        breakdown.output + breakdown.input + breakdown.cacheRead + breakdown.cacheWrite;
+    return {usd, breakdown, listed->proxyFor.has_value(),
+            costOf(listed->input - listed->cacheRead, tokens.cacheRead)};
+}
+
+} // namespace tokwatch
