@@ -23,7 +23,7 @@ TEST(Calendar, PutsMomentsOnTheDayOfTheirZone) {
              {"America/Los_Angeles", "2026-03-08T07:59:59Z", "2026-03-07"},
              {"America/Los_Angeles", "2026-03-09T06:59:59Z", "2026-03-08"}, // 23 hours long
              {"America/Los_Angeles", "2026-11-02T07:59:59Z", "2026-11-01"}, // 25 hours long
-             {"Pacific/Apia", "2011-12-31T09:59:59Z", "2011-12-29"}, // the day after never was
+             {"Pacific/Apia", "2011-12-30T09:59:59Z", "2011-12-29"}, // the day after never was
              {"America/Sao_Paulo", "2018-11-04T02:59:59Z", "2018-11-03"},
              {"America/Sao_Paulo", "2018-11-04T03:00:00Z", "2018-11-04"},
          }) {

@@ -1,0 +1,152 @@
+#include "DoctorCommand.h"
+
+#include "ByteFormat.h"
+#include "Doctor.h"
+#include "LogFiles.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <system_error>
+
+namespace tokwatch {
+namespace {
+
+bool isReadable(const std::string& path) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) return false;
+    ::close(descriptor);
+    return true;
+}
+
+class Examination {
+  public:
+    explicit Examination(const CommandEnvironment& e) : environment(e), places(e.locations()) {}
+
+    std::vector<Finding> run() {
+        examineRoot(ProviderID::claude, places.claudeProjects());
+        for (const std::filesystem::path& root : places.codexRoots())
+            examineRoot(ProviderID::codex, root);
+        examineRoot(ProviderID::grok, places.grokSessions());
+        examineCursor();
+        examineLogins();
+        examineStore();
+        examinePrices();
+        add("Time zone", Health::good, "Days are counted in " + environment.calendar.zoneName());
+        return std::move(findings);
+    }
+
+  private:
+    void add(std::string topic, Health health, std::string text) {
+        findings.push_back({std::move(topic), health, std::move(text)});
+    }
+
+    void examineRoot(ProviderID provider, const std::filesystem::path& root) {
+        const std::string topic(displayName(provider));
+        std::error_code problem;
+        const std::filesystem::file_status status = std::filesystem::status(root, problem);
+        if (status.type() == std::filesystem::file_type::not_found) {
+            add(topic, Health::note, root.string() + " does not exist");
+            return;
+        }
+        if (!std::filesystem::is_directory(status)) {
+            add(topic, Health::bad,
+                root.string() + (problem ? ": " + problem.message() : " is not a directory"));
+            return;
+        }
+        const std::vector<LogFile> files = findLogFiles(provider, root);
+        std::int64_t bytes = 0;
+        std::int64_t unreadable = 0;
+        for (const LogFile& file : files) {
+            bytes += file.attributes.size;
+            if (!isReadable(file.path)) ++unreadable;
+        }
+        add(topic, Health::good,
+            root.string() + ": " + std::to_string(files.size()) +
+                (files.size() == 1 ? " file, " : " files, ") + formatBytes(bytes));
+        if (unreadable > 0)
+            add(topic, Health::bad, std::to_string(unreadable) + " of them cannot be read");
+    }
+
+    void examineCursor() {
+        const bool present = places.isPresent(ProviderID::cursor);
+        add("Cursor", Health::note,
+            present ? places.cursorStateDB().string() + " exists (detection only)"
+                    : "not installed here");
+    }
+
+    void examineLogins() {
+        examineLogin("Claude login", environment.paths.home / ".claude/.credentials.json");
+        examineLogin("Codex login", places.codexAuthFile());
+    }
+
+    /// Only whether it is there and readable; what is in it is nobody's business here.
+    void examineLogin(const std::string& topic, const std::filesystem::path& file) {
+        std::error_code ignored;
+        if (!std::filesystem::exists(file, ignored)) {
+            add(topic, Health::note, "no " + file.string());
+        } else if (!isReadable(file.string())) {
+            add(topic, Health::bad, file.string() + " cannot be read");
+        } else {
+            add(topic, Health::good, file.string() + " is there");
+        }
+    }
+
+    void examineStore() {
+        try {
+            const std::shared_ptr<UsageStore> store = environment.openStore();
+            const std::string integrity = store->integrity();
+            const std::string file = environment.paths.database()->string();
+            add("Store", integrity == "ok" ? Health::good : Health::bad,
+                file + (integrity == "ok"
+                            ? " is sound, " + std::to_string(store->cursorTexts().size()) +
+                                  " files known"
+                            : ": " + integrity));
+            models = store->models();
+        } catch (const std::exception& error) {
+            add("Store", Health::bad, error.what());
+        }
+    }
+
+    void examinePrices() {
+        const PriceTable prices = PriceTable::bundled();
+        if (prices.models().empty()) {
+            add("Prices", Health::bad,
+                "the price table that comes with the program is missing or damaged");
+            return;
+        }
+        std::string newest;
+        for (const auto& [name, price] : prices.models())
+            newest = std::max(newest, price.asOf);
+        add("Prices", Health::good,
+            std::to_string(prices.models().size()) + " models, as of " + newest);
+        for (const std::string& model : models) {
+            if (prices.price(model) == nullptr)
+                add("Prices", Health::note, "no published price for " + model);
+        }
+    }
+
+    const CommandEnvironment& environment;
+    ProviderLocations places;
+    std::vector<std::string> models;
+    std::vector<Finding> findings;
+};
+
+} // namespace
+
+int runDoctor(const CommandEnvironment& environment) {
+    environment.requireHome();
+    const std::vector<Finding> findings = Examination(environment).run();
+    if (environment.json) {
+        environment.terminal.line(jsonText(encode(findings)));
+    } else {
+        printFindings(environment.terminal, findings);
+    }
+    const bool broken = std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
+        return finding.health == Health::bad;
+    });
+    return broken ? exitFailure : exitOk;
+}
+
+} // namespace tokwatch

@@ -1,0 +1,174 @@
+#include "SummaryCommand.h"
+
+#include "DayFormat.h"
+#include "IndexCommand.h"
+#include "MeterFormat.h"
+#include "SummaryDisplay.h"
+#include "SummaryTexts.h"
+#include "Table.h"
+
+#include <algorithm>
+
+namespace tokwatch {
+namespace {
+
+constexpr std::size_t barColumns = 16;
+/// A model name longer than this would push the numbers out of sight.
+constexpr std::size_t longestName = 40;
+
+Tone toneOf(std::optional<ProviderID> provider) {
+    if (!provider) return Tone::cyan;
+    switch (*provider) {
+    case ProviderID::claude:
+        return Tone::yellow;
+    case ProviderID::codex:
+        return Tone::green;
+    case ProviderID::grok:
+        return Tone::blue;
+    case ProviderID::cursor:
+        return Tone::magenta;
+    }
+    return Tone::plain;
+}
+
+/// Bars compare rows with each other, so the largest row fills its bar.
+double largestShare(const std::vector<SummaryDisplay::BreakdownRow>& rows) {
+    double largest = 0;
+    for (const SummaryDisplay::BreakdownRow& row : rows)
+        largest = std::max(largest, row.shareFraction);
+    return largest;
+}
+
+std::string relativeBar(double share, double largest) {
+    return bar(largest > 0 ? share / largest : 0, barColumns);
+}
+
+class SummaryPrinter {
+  public:
+    SummaryPrinter(const CommandEnvironment& e, const UsageSummary& s, SummaryUnit u)
+        : environment(e), terminal(e.terminal), summary(s), unit(u) {}
+
+    void print(std::optional<SummaryTable> only) {
+        if (summary.tools.empty()) {
+            printEmpty();
+            return;
+        }
+        printHeadline();
+        if (!only || *only == SummaryTable::tool) printTools();
+        if (!only || *only == SummaryTable::model) printBreakdown(BreakdownMode::model, "Model");
+        if (!only || *only == SummaryTable::day) printBreakdown(BreakdownMode::day, "Day");
+        if (summary.hasUnknownPrices) {
+            terminal.line();
+            terminal.line(terminal.paint(Tone::dim, SummaryTexts::excludesUnknownPrices));
+        }
+    }
+
+  private:
+    void printEmpty() {
+        terminal.line(SummaryTexts::noUsage(summary.days));
+        terminal.line();
+        terminal.line("Looked in:");
+        const ProviderLocations places = environment.locations();
+        Table table({{"Tool"}, {"Path"}, {""}});
+        const auto add = [&table](ProviderID provider, const std::filesystem::path& path) {
+            std::error_code ignored;
+            const bool found = std::filesystem::exists(path, ignored);
+            table.add({{std::string(displayName(provider))},
+                       {fitted(path.string(), 200)},
+                       {found ? "nothing in these days" : "not found", Tone::dim}});
+        };
+        add(ProviderID::claude, places.claudeProjects());
+        for (const std::filesystem::path& root : places.codexRoots())
+            add(ProviderID::codex, root);
+        add(ProviderID::grok, places.grokSessions());
+        table.print(terminal);
+    }
+
+    void printHeadline() {
+        const std::string days =
+            summary.days == 1 ? "Today" : "Last " + std::to_string(summary.days) + " days";
+        const std::string cost =
+            MeterFormat::money(summary.totalCostUSD) + std::string(SummaryTexts::estimateSuffix);
+        const std::string tokens = MeterFormat::tokens(summary.tokens.total()) + " tokens";
+        const bool costFirst = unit == SummaryUnit::cost;
+        terminal.line(terminal.paint(Tone::bold, days + "  " + (costFirst ? cost : tokens)));
+        terminal.line(terminal.paint(
+            Tone::dim, (costFirst ? tokens : cost) + " · " + std::to_string(summary.sessions) +
+                           (summary.sessions == 1 ? " session" : " sessions") +
+                           " · cache savings " + MeterFormat::money(summary.cacheSavingsUSD)));
+    }
+
+    void printTools() {
+        Table table({{"Tool"},
+                     {"Sessions", Table::Align::right},
+                     {"Tokens", Table::Align::right},
+                     {"Cost", Table::Align::right},
+                     {"Share", Table::Align::right},
+                     {""}});
+        const auto share = [this](const UsageSummary::Tool& tool) {
+            return unit == SummaryUnit::cost ? tool.costShare : tool.tokenShare;
+        };
+        double largest = 0;
+        for (const UsageSummary::Tool& tool : summary.tools)
+            largest = std::max(largest, share(tool));
+        for (const UsageSummary::Tool& tool : summary.tools) {
+            table.add({{std::string(displayName(tool.provider)), Tone::bold},
+                       {std::to_string(tool.sessions)},
+                       {MeterFormat::tokens(tool.tokens)},
+                       {(tool.approximate ? "~" : "") + MeterFormat::money(tool.costUSD)},
+                       {MeterFormat::share(share(tool))},
+                       {relativeBar(share(tool), largest), toneOf(tool.provider)}});
+        }
+        terminal.line();
+        table.print(terminal);
+    }
+
+    void printBreakdown(BreakdownMode mode, const char* title) {
+        const std::vector<SummaryDisplay::BreakdownRow> rows =
+            SummaryDisplay::breakdown(summary, mode, unit, environment.calendar);
+        if (rows.empty()) return;
+        Table table({{title},
+                     {"Tokens", Table::Align::right},
+                     {"Cost", Table::Align::right},
+                     {"Share", Table::Align::right},
+                     {""}});
+        const double largest = largestShare(rows);
+        for (const SummaryDisplay::BreakdownRow& row : rows) {
+            table.add({{fitted(row.title, longestName), Tone::bold},
+                       {row.tokens},
+                       {row.cost},
+                       {row.share},
+                       {relativeBar(row.shareFraction, largest), toneOf(row.provider)}});
+        }
+        terminal.line();
+        table.print(terminal);
+    }
+
+    const CommandEnvironment& environment;
+    Terminal& terminal;
+    const UsageSummary& summary;
+    SummaryUnit unit;
+};
+
+} // namespace
+
+int runSummary(const CommandEnvironment& environment, const SummaryOptions& options) {
+    environment.requireHome();
+    const std::shared_ptr<UsageStore> store = environment.openStore();
+    if (!options.skipIndex) runIndexPass(environment, store);
+    UsageSummary summary;
+    try {
+        summary = store->summary(options.days, environment.now(), environment.calendar,
+                                 PriceTable::bundled());
+    } catch (const UsageStoreError& error) {
+        throw CommandError(std::string("reading the usage store failed: ") + error.what());
+    }
+    if (environment.json) {
+        environment.terminal.line(jsonText(encode(summary, DateCoding::iso8601)));
+    } else {
+        SummaryPrinter(environment, summary, options.unit).print(options.by);
+    }
+    return exitOk;
+}
+
+} // namespace tokwatch
