@@ -1,5 +1,5 @@
 if(TARGET TokwatchLimitsService)
-tokwatch_test(LimitsServiceTests
-  SOURCES RefreshPolicyTests.cpp
-  LINK TokwatchLimitsService Qt6::Core)
+  tokwatch_test(LimitsServiceTests
+    SOURCES LimitsServiceTests.cpp RefreshPolicyTests.cpp
+    LINK TokwatchLimitsService TokwatchPreferences TokwatchStore)
 endif()

@@ -106,7 +106,7 @@ TEST(Snapshot, ListsAProviderForItsLimitsOrAnyUsageAlone) {
 
 TEST(SnapshotStore, ReadsBackTheLastSnapshotWritten) {
     const testing::TemporaryDirectory data;
-    const SnapshotStore store(SnapshotStore::container(data.path()));
+    const SnapshotStore store(data / SnapshotStore::appGroup);
     EXPECT_FALSE(store.read());
     store.write(Snapshot{});
     store.write(example());
@@ -143,7 +143,7 @@ TEST(SnapshotStore, FindsNothingInDamagedOrForeignFiles) {
 }
 
 TEST(SnapshotStore, HasNoPlaceWithoutADataHome) {
-    const SnapshotStore store(SnapshotStore::container(std::nullopt));
+    const SnapshotStore store(std::nullopt);
     EXPECT_FALSE(store.read());
     EXPECT_THROW(store.write(Snapshot{}), SnapshotStore::NoContainer);
 }

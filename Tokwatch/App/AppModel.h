@@ -87,23 +87,29 @@ class AppModel : public QObject {
   private:
     class ProgressRelay;
 
+    // The model may be gone whenever one of these resumes.
     QCoro::Task<> publishWhileWanted();
-    QCoro::Task<> firstPass();
+    QCoro::Task<> passWhileWanted();
+    QCoro::Task<> runFirstPass();
     QCoro::Task<> runRefresh();
     QCoro::Task<> runReread(ProviderID provider);
-    QCoro::Task<> passWhileWanted();
     /// One index pass and what follows from its outcome.
     QCoro::Task<> pass();
+    QCoro::Task<> pruneDaily();
 
-    void adopt(const UsageSummary& summary);
-    void writeSnapshot();
+    template<typename Work>
+    auto inBackground(Work work) const;
+    QFuture<std::optional<UsageSummary>> computeSummary(std::int64_t days) const;
+    QFuture<void> writeSnapshot() const;
     void setIndexing(const std::optional<IndexingProgress>& progress);
-    void complete(const IndexOutcome& outcome);
     void readCodexLimits();
-    void pruneDaily();
+    void setRereading(ProviderID provider, bool isRereading);
     void beginRefresh();
     void endRefresh();
     void requestPass();
+    /// Makes up for what neither events nor timers tell: a lost event, an assistant installed
+    /// since, a sleep.
+    void lookAround();
     void startWatching();
     void pathsChanged(const std::vector<std::string>& paths);
     std::vector<std::filesystem::path> existingRoots() const;
@@ -119,11 +125,13 @@ class AppModel : public QObject {
     QProperty<bool> isRefreshingState{false};
 
     CoalescedTask publishing;
-    CoalescedTask passing;
+    CoalescedTask passing; ///< for changed files; passes that somebody asked for run besides
+    bool isPruning = false;
+    bool hasStartedLimits = false;
     std::int64_t refreshesInFlight = 0;
     std::vector<std::filesystem::path> watchedRoots;
     std::unique_ptr<FileWatch> watcher;
-    std::unique_ptr<ScheduledCall> periodicPass;
+    std::unique_ptr<ScheduledCall> periodicLook;
     std::vector<QPropertyNotifier> preferenceNotifiers;
 };
 

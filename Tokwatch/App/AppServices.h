@@ -30,7 +30,7 @@ class FileWatch {
 };
 
 /// Watches existing directories with all that is below them. The callback gets changed paths, or a
-/// watched directory's own path when everything below it may have changed; it comes on any thread.
+/// directory's own path when everything below it may have changed; it comes on any thread.
 using WatchFiles = std::function<std::unique_ptr<FileWatch>(
     std::vector<std::filesystem::path> roots,
     std::function<void(std::vector<std::string>)> onChange)>;

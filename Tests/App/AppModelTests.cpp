@@ -1,0 +1,347 @@
+#include "AppModel.h"
+
+#include "CapturedLog.h"
+#include "ModelWorld.h"
+#include "SQLite.h"
+
+#include <gmock/gmock.h>
+
+namespace tokwatch {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using testing::someLimits;
+
+constexpr double day = 86'400;
+
+class AppModelTest : public ::testing::Test, protected testing::ModelWorld {
+  protected:
+    AppModelTest() {
+        home.write(".claude/projects/p/a.jsonl", "");
+        makeModel();
+    }
+    ~AppModelTest() override {
+        model.reset();
+        testing::settle();
+    }
+
+    /// Past the first pass and the one that follows the start of the watch, with nothing to do.
+    void startUp() {
+        model->start();
+        settle();
+        finishAllPasses();
+        publishes = 0;
+    }
+    void change(const std::vector<std::string>& paths) {
+        watch.onChange(paths);
+        settle();
+    }
+    testing::FakeLimitsProvider& claude() { return *sources[ProviderID::claude]; }
+};
+
+TEST_F(AppModelTest, ShowsWhatIsStoredBeforeItReadsAnything) {
+    model->start();
+    EXPECT_THAT(model->present(), ElementsAre(ProviderID::claude));
+    settle();
+    EXPECT_EQ(publishes, 1);
+    EXPECT_EQ(model->summary().days, 30);
+    EXPECT_GE(*model->lastUpdated(), time.now());
+    EXPECT_TRUE(SnapshotStore(data.path()).read());
+    EXPECT_EQ(indexer.passes, 1);
+    EXPECT_EQ(claude().attempts.size(), 1U);
+}
+
+TEST_F(AppModelTest, WatchesTheRootsThatExistAfterTheFirstPass) {
+    model->start();
+    settle();
+    EXPECT_EQ(watch.started, 0);
+    finishPass();
+    EXPECT_EQ(watch.started, 1);
+    EXPECT_THAT(watch.roots, ElementsAre(home / ".claude/projects"));
+    EXPECT_EQ(indexer.waiting(), 1U); // for what was written before the watch began
+}
+
+TEST_F(AppModelTest, PicksUpAnAssistantInstalledLater) {
+    startUp();
+    home.write(".codex/sessions/2026/x.jsonl", "");
+    advance(300);
+    finishAllPasses();
+    EXPECT_THAT(watch.roots, ElementsAre(home / ".claude/projects", home / ".codex/sessions"));
+    EXPECT_EQ(watch.started - watch.ended, 1);
+    EXPECT_THAT(model->present(), ElementsAre(ProviderID::claude, ProviderID::codex));
+    EXPECT_EQ(sources[ProviderID::codex]->attempts.size(), 1U);
+}
+
+TEST_F(AppModelTest, ComputesOnceMoreHoweverOftenItIsAskedMeanwhile) {
+    startUp();
+    holdBackground = true;
+    model->publish();
+    model->publish();
+    model->publish();
+    model->publish();
+    settle();
+    EXPECT_EQ(publishes, 0);
+    holdBackground = false;
+    settle();
+    EXPECT_EQ(publishes, 2);
+    model->publish();
+    settle();
+    EXPECT_EQ(publishes, 3);
+}
+
+TEST_F(AppModelTest, PublishesLimitsOnlyWhenTheyDiffer) {
+    startUp();
+    const ProviderLimits limits = someLimits(time.now());
+    model->apply(limits, ProviderID::claude);
+    settle();
+    EXPECT_EQ(publishes, 1);
+    model->apply(limits, ProviderID::claude);
+    settle();
+    EXPECT_EQ(publishes, 1);
+    EXPECT_EQ(SnapshotStore(data.path()).read()->providers.at(0).plan, "Max");
+}
+
+TEST_F(AppModelTest, HandsTheLimitsServicesResultsOn) {
+    startUp();
+    claude().answer(someLimits(time.now()));
+    settle();
+    EXPECT_EQ(model->limits().at(ProviderID::claude), someLimits(time.now()));
+    EXPECT_EQ(publishes, 1);
+}
+
+TEST_F(AppModelTest, RefreshesUntilTheLastOfOverlappingRefreshesEnds) {
+    startUp();
+    claude().answer(ProviderStatus::ok);
+    notifications.refresh();
+    EXPECT_TRUE(model->isRefreshing());
+    model->refresh();
+    settle();
+    finishPass();
+    EXPECT_TRUE(model->isRefreshing());
+    finishPass();
+    EXPECT_FALSE(model->isRefreshing());
+}
+
+TEST_F(AppModelTest, RefreshesTheLimitsToo) {
+    startUp();
+    claude().answer(ProviderStatus::unreachable);
+    advance(31);
+    model->refresh();
+    settle();
+    finishPass();
+    EXPECT_EQ(claude().attempts.size(), 2U); // a user's retry, long before the timer's
+    EXPECT_TRUE(model->isRefreshing());
+    claude().answer(ProviderStatus::ok);
+    settle();
+    EXPECT_FALSE(model->isRefreshing());
+}
+
+TEST_F(AppModelTest, TakesCodexLimitsFromItsLogs) {
+    startUp();
+    const ProviderLimits local = someLimits(time.now(), 0.25);
+    store->setLimits(local, ProviderID::codex);
+    change({"/x/a.jsonl"});
+    finishPass();
+    EXPECT_FALSE(model->limits().contains(ProviderID::codex));
+    change({"/x/a.jsonl"});
+    finishPass({1, true});
+    EXPECT_EQ(model->limits().at(ProviderID::codex), local);
+}
+
+TEST_F(AppModelTest, MakesAPassOnlyForChangesOfLogs) {
+    startUp();
+    const int before = indexer.passes;
+    change({"/x/notes.txt", "/x/todo.json"});
+    EXPECT_EQ(indexer.passes, before);
+    change({"/x/notes.txt", "/x/a.jsonl"});
+    EXPECT_EQ(indexer.passes, before + 1);
+    finishPass();
+    change({home / ".claude/projects"}); // anything below may have changed
+    EXPECT_EQ(indexer.passes, before + 2);
+}
+
+TEST_F(AppModelTest, MakesOneFurtherPassForABurstOfChanges) {
+    startUp();
+    const int before = indexer.passes;
+    for (int i = 0; i < 10; ++i)
+        change({"/x/a.jsonl"});
+    EXPECT_EQ(indexer.passes, before + 1);
+    finishAllPasses();
+    EXPECT_EQ(indexer.passes, before + 2);
+}
+
+TEST_F(AppModelTest, LooksAroundEveryFiveMinutesAndAfterSleep) {
+    startUp();
+    const int before = indexer.passes;
+    advance(299);
+    EXPECT_EQ(indexer.passes, before);
+    advance(1);
+    EXPECT_EQ(indexer.passes, before + 1);
+    finishPass();
+    notifications.resume();
+    EXPECT_EQ(indexer.passes, before + 2);
+}
+
+TEST_F(AppModelTest, ShowsProgressAndPublishesProviderByProvider) {
+    startUp();
+    model->refresh();
+    const auto report = [this](ProviderID provider, std::int64_t bytes) {
+        indexer.report({provider, bytes, 100});
+        settle();
+    };
+    report(ProviderID::claude, 10);
+    EXPECT_EQ(model->indexing(), (IndexingProgress{ProviderID::claude, 10, 100}));
+    EXPECT_EQ(publishes, 1);
+    report(ProviderID::claude, 20);
+    EXPECT_EQ(model->indexing()->bytesRead, 20);
+    EXPECT_EQ(publishes, 1);
+    report(ProviderID::codex, 5);
+    EXPECT_EQ(publishes, 2);
+    indexer.report({ProviderID::codex, 50, 100});
+    finishPass(); // the last report arrives with the end of its pass
+    EXPECT_FALSE(model->indexing());
+}
+
+TEST_F(AppModelTest, RereadsAProviderOnceAtATime) {
+    startUp();
+    FileCursor cursor;
+    cursor.path = "/x/a.jsonl";
+    cursor.context["provider"] = "claude";
+    store->save(cursor);
+    model->reread(ProviderID::claude);
+    model->reread(ProviderID::claude);
+    EXPECT_THAT(model->rereading(), ElementsAre(ProviderID::claude));
+    settle();
+    EXPECT_FALSE(store->cursor("/x/a.jsonl"));
+    EXPECT_EQ(indexer.waiting(), 1U);
+    EXPECT_THAT(model->rereading(), ElementsAre(ProviderID::claude));
+    finishPass();
+    EXPECT_THAT(model->rereading(), IsEmpty());
+}
+
+TEST_F(AppModelTest, GivesARereadUpWhenTheStoreFails) {
+    startUp();
+    FileCursor cursor;
+    cursor.path = "/x/a.jsonl";
+    cursor.context["provider"] = "claude";
+    store->save(cursor);
+    sqlite::Connection((data / "usage.sqlite").string())
+        .execute("CREATE TRIGGER no_delete BEFORE DELETE ON cursors "
+                 "BEGIN SELECT RAISE(ABORT, 'no'); END");
+    const testing::CapturedLog log;
+    model->reread(ProviderID::claude);
+    settle();
+    EXPECT_EQ(indexer.waiting(), 0U);
+    EXPECT_THAT(model->rereading(), IsEmpty());
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("Tokwatch: resetting claude cursors failed: ")));
+}
+
+/// Usage on the day that many days before the present one.
+UsageEvent eventBefore(Date now, int days, const std::string& key) {
+    UsageEvent event;
+    event.model = "m";
+    event.dedupKey = key;
+    event.timestamp = now - Seconds{days * day};
+    event.tokens.output = 1;
+    return event;
+}
+
+TEST_F(AppModelTest, PrunesOnceADayAndKeepsNinetyDays) {
+    const std::vector events{eventBefore(time.now(), 91, "old"),
+                             eventBefore(time.now(), 90, "kept")};
+    store->ingest(events, Calendar::utc());
+    const auto days = [this] {
+        const QFuture<UsageSummary> summary = model->summaryOf(120);
+        settle();
+        return summary.result().perDay.size();
+    };
+    startUp();
+    EXPECT_EQ(days(), 1U);
+    store->ingest(std::vector{eventBefore(time.now(), 95, "later")}, Calendar::utc());
+    const auto passAfter = [this](double seconds) {
+        time.jump(Seconds{seconds});
+        change({"/x/a.jsonl"});
+        finishAllPasses();
+    };
+    passAfter(day - 3600);
+    EXPECT_EQ(days(), 2U);
+    passAfter(3600);
+    EXPECT_LT(days(), 2U);
+}
+
+TEST_F(AppModelTest, TriesToPruneAgainWhenItFailed) {
+    store->ingest(std::vector{eventBefore(time.now(), 100, "old")}, Calendar::utc());
+    sqlite::Connection other((data / "usage.sqlite").string());
+    other.execute("CREATE TRIGGER no_delete BEFORE DELETE ON daily "
+                  "BEGIN SELECT RAISE(ABORT, 'no'); END");
+    const testing::CapturedLog log;
+    startUp();
+    EXPECT_THAT(log.lines(), ::testing::Each(HasSubstr("Tokwatch: prune failed: ")));
+    EXPECT_FALSE(settings.contains("lastPruneAt"));
+    other.execute("DROP TRIGGER no_delete");
+    change({"/x/a.jsonl"});
+    finishPass();
+    EXPECT_GE(settings.value("lastPruneAt").toDouble(), unixSeconds(time.now()));
+}
+
+TEST_F(AppModelTest, FollowsThePreferences) {
+    home.write(".codex/sessions/x.jsonl", "");
+    startUp();
+    claude().answer(ProviderStatus::ok);
+    settle();
+    preferences->providerOrder =
+        std::vector{ProviderID::codex, ProviderID::claude, ProviderID::grok, ProviderID::cursor};
+    EXPECT_THAT(model->present(), ElementsAre(ProviderID::codex, ProviderID::claude));
+    preferences->disabledProviders = std::set{ProviderID::codex};
+    EXPECT_THAT(model->present(), ElementsAre(ProviderID::claude));
+    preferences->claudeLiveLimits = false;
+    settle();
+    EXPECT_EQ(model->limits().at(ProviderID::claude).status, ProviderStatus::unavailable);
+}
+
+TEST_F(AppModelTest, RefreshesForThePopoverOnlyWhatIsDue) {
+    startUp();
+    claude().answer(ProviderStatus::ok);
+    settle();
+    advance(200);
+    model->popoverOpened();
+    EXPECT_EQ(claude().attempts.size(), 1U);
+}
+
+TEST_F(AppModelTest, LogsAFailedPassAndGoesOn) {
+    startUp();
+    change({"/x/a.jsonl"});
+    const testing::CapturedLog log;
+    indexer.fail("the cursors cannot be read");
+    settle();
+    EXPECT_THAT(log.lines(), ElementsAre("Tokwatch: indexing failed: the cursors cannot be read"));
+    change({"/x/a.jsonl"});
+    EXPECT_EQ(indexer.waiting(), 1U);
+}
+
+TEST_F(AppModelTest, MayEndWhileEverythingIsUnderWay) {
+    startUp();
+    claude().answer(ProviderStatus::unreachable);
+    settle();
+    advance(40);
+    holdBackground = true;
+    model->refresh();
+    model->reread(ProviderID::claude);
+    indexer.report({ProviderID::claude, 1, 2});
+    change({"/x/a.jsonl"});
+    const auto onChange = watch.onChange;
+    model.reset();
+    onChange({"/x/a.jsonl"});
+    notifications.refresh();
+    claude().answer(someLimits(time.now()));
+    holdBackground = false;
+    while (indexer.waiting() > 0)
+        finishPass();
+    settle();
+    EXPECT_EQ(watch.ended, watch.started);
+}
+
+} // namespace
+} // namespace tokwatch

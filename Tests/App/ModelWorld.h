@@ -1,0 +1,168 @@
+#pragma once
+
+#include "AppModel.h"
+#include "EventLoop.h"
+#include "FakeLimitsProvider.h"
+#include "LimitsService.h"
+#include "ManualScheduler.h"
+#include "Preferences.h"
+#include "SystemNotifications.h"
+#include "TemporaryDirectory.h"
+#include "UsageStore.h"
+
+#include <QPromise>
+#include <QSettings>
+
+#include <deque>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace tokwatch::testing {
+
+/// Passes that stay under way until the test ends them, one at a time as the real indexer's.
+class FakeIndexer {
+  public:
+    int passes = 0; ///< asked for
+
+    std::size_t waiting() const { return requests.size(); }
+
+    QFuture<IndexOutcome> index(IndexerService::ProgressHandler progress) {
+        ++passes;
+        Request& request = requests.emplace_back();
+        request.progress = std::move(progress);
+        request.promise.start();
+        return request.promise.future();
+    }
+    void report(const IndexingProgress& progress) { requests.front().progress(progress); }
+    void finish(const IndexOutcome& outcome = {}) {
+        Request request = std::move(requests.front());
+        requests.pop_front();
+        request.promise.addResult(outcome);
+        request.promise.finish();
+    }
+    void fail(const std::string& reason) {
+        Request request = std::move(requests.front());
+        requests.pop_front();
+        request.promise.setException(std::make_exception_ptr(std::runtime_error(reason)));
+        request.promise.finish();
+    }
+
+  private:
+    struct Request {
+        QPromise<IndexOutcome> promise;
+        IndexerService::ProgressHandler progress;
+    };
+    std::deque<Request> requests;
+};
+
+class FakeNotifications final : public SystemNotifications {
+  public:
+    std::function<void()> refresh;
+    std::function<void()> resume;
+    void onRefreshRequest(std::function<void()> call) override { refresh = std::move(call); }
+    void onResume(std::function<void()> call) override { resume = std::move(call); }
+};
+
+/// The watch that the model holds at the moment.
+struct FakeWatch {
+    std::vector<std::filesystem::path> roots;
+    std::function<void(std::vector<std::string>)> onChange;
+    int started = 0;
+    int ended = 0;
+
+    std::unique_ptr<FileWatch> start(std::vector<std::filesystem::path> newRoots,
+                                     std::function<void(std::vector<std::string>)> call) {
+        roots = std::move(newRoots);
+        onChange = std::move(call);
+        ++started;
+        struct Handle final : FileWatch {
+            explicit Handle(FakeWatch& owner) : watch(owner) {}
+            ~Handle() override { ++watch.ended; }
+            FakeWatch& watch;
+        };
+        return std::make_unique<Handle>(*this);
+    }
+};
+
+/// A model over a home of its own in which nothing happens unless the test makes it happen.
+class ModelWorld {
+  public:
+    ModelWorld() {
+        for (const ProviderID id : allProviders) {
+            sources[id] = std::make_shared<FakeLimitsProvider>(id);
+            providers[id] = sources[id];
+        }
+        limitsService.emplace(providers, store, *preferences, time.clock(), time);
+    }
+
+    void makeModel() {
+        model.emplace(AppServices{
+            *preferences, settings, store, std::make_shared<PriceTable>(),
+            ProviderLocations{home.path()}, SnapshotStore(data.path()), *limitsService,
+            [this](IndexerService::ProgressHandler progress) {
+                return indexer.index(std::move(progress));
+            },
+            [](std::string_view path) {
+                return path.ends_with(".jsonl") ? std::optional(ProviderID::claude) : std::nullopt;
+            },
+            [this](auto roots, auto onChange) {
+                return watch.start(std::move(roots), std::move(onChange));
+            },
+            notifications, time,
+            [this](std::function<void()> work) { background.push_back(std::move(work)); },
+            Calendar::utc(),
+            // Never the same moment twice, so that each publish shows.
+            [this] { return time.now() + Seconds{1e-6 * ++clockReads}; }});
+        updates = model->bindableLastUpdated().addNotifier([this] { ++publishes; });
+    }
+
+    /// Delivers events and does the background work, unless that is held back.
+    void settle() {
+        testing::settle();
+        while (!holdBackground && !background.empty()) {
+            const std::function<void()> work = std::move(background.front());
+            background.pop_front();
+            work();
+            testing::settle();
+        }
+    }
+    void advance(double seconds) {
+        time.advance(Seconds{seconds}, [this] { settle(); });
+    }
+    void finishPass(const IndexOutcome& outcome = {}) {
+        indexer.finish(outcome);
+        settle();
+    }
+    void finishAllPasses() {
+        while (indexer.waiting() > 0)
+            finishPass();
+    }
+
+    struct Loop {
+        Loop() { needEventLoop(); }
+    } loop;
+    TemporaryDirectory home;
+    TemporaryDirectory data;
+    ManualScheduler time;
+    QSettings settings{QString::fromStdString((data / "settings.conf").string()),
+                       QSettings::IniFormat};
+    std::optional<Preferences> preferences{std::in_place, settings};
+    std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(data / "usage.sqlite");
+    std::map<ProviderID, std::shared_ptr<FakeLimitsProvider>> sources;
+    LimitsService::Providers providers;
+    std::optional<LimitsService> limitsService;
+    FakeIndexer indexer;
+    FakeNotifications notifications;
+    FakeWatch watch;
+    std::deque<std::function<void()>> background;
+    bool holdBackground = false;
+    int clockReads = 0;
+    int publishes = 0; ///< publish passes that ended
+    std::optional<AppModel> model;
+    QPropertyNotifier updates;
+};
+
+} // namespace tokwatch::testing

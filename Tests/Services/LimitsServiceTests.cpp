@@ -1,0 +1,261 @@
+#include "LimitsService.h"
+
+#include "EventLoop.h"
+#include "FakeLimitsProvider.h"
+#include "ManualScheduler.h"
+#include "Preferences.h"
+#include "TemporaryDirectory.h"
+#include "UsageStore.h"
+
+#include <QSettings>
+
+#include <gmock/gmock.h>
+
+namespace tokwatch {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::settle;
+using ::testing::SizeIs;
+using testing::someLimits;
+
+class LimitsServiceTest : public ::testing::Test {
+  protected:
+    LimitsServiceTest() {
+        service.onUpdate = [this](ProviderID id, const ProviderLimits& limits) {
+            EXPECT_EQ(id, ProviderID::claude);
+            updates.push_back(limits);
+        };
+    }
+
+    void refresh(bool force = false) {
+        service.refresh(ProviderID::claude, force);
+        settle();
+    }
+    void answer(const auto& result) {
+        claude->answer(result);
+        settle();
+    }
+    void pass(double seconds) { time.advance(Seconds{seconds}, settle); }
+    /// A fetch that ends at once in this way.
+    void fetch(ProviderStatus status) {
+        refresh(true);
+        answer(status);
+    }
+    int attempts() const { return static_cast<int>(claude->attempts.size()); }
+
+    struct Loop {
+        Loop() { testing::needEventLoop(); }
+    } loop;
+    testing::TemporaryDirectory directory;
+    testing::ManualScheduler time;
+    QSettings settings{QString::fromStdString((directory / "settings.conf").string()),
+                       QSettings::IniFormat};
+    Preferences preferences{settings};
+    std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(":memory:");
+    std::shared_ptr<testing::FakeLimitsProvider> claude =
+        std::make_shared<testing::FakeLimitsProvider>(ProviderID::claude);
+    LimitsService service{{{ProviderID::claude, claude}}, store, preferences, time.clock(), time};
+    std::vector<ProviderLimits> updates;
+};
+
+TEST_F(LimitsServiceTest, FetchesEvery300SecondsWhileAllIsWell) {
+    refresh();
+    for (int round = 1; round <= 3; ++round) {
+        answer(someLimits(time.now()));
+        pass(299.9);
+        EXPECT_EQ(attempts(), round);
+        pass(0.1);
+        EXPECT_EQ(attempts(), round + 1);
+    }
+    EXPECT_EQ(store->limits(ProviderID::claude), updates.back());
+}
+
+TEST_F(LimitsServiceTest, BacksOffFromAServiceThatFailsUntilItAnswers) {
+    refresh();
+    for (const double delay : {600, 1200, 1800, 1800}) {
+        answer(ProviderStatus::unreachable);
+        const int before = attempts();
+        pass(delay - 1);
+        EXPECT_EQ(attempts(), before) << delay;
+        pass(1);
+        EXPECT_EQ(attempts(), before + 1) << delay;
+    }
+    answer(someLimits(time.now()));
+    pass(300);
+    EXPECT_EQ(attempts(), 6);
+}
+
+TEST_F(LimitsServiceTest, HonoursAUsersRetryAfterThirtySeconds) {
+    fetch(ProviderStatus::rateLimited);
+    pass(20);
+    refresh(true);
+    EXPECT_EQ(attempts(), 1);
+    pass(11);
+    refresh(true);
+    EXPECT_EQ(attempts(), 2);
+}
+
+TEST_F(LimitsServiceTest, KeepsTheSpacingAfterASuccessEvenForTheUser) {
+    refresh(true);
+    answer(someLimits(time.now()));
+    pass(299);
+    refresh(true);
+    EXPECT_EQ(attempts(), 1);
+    pass(1);
+    EXPECT_EQ(attempts(), 2);
+}
+
+TEST_F(LimitsServiceTest, SpacesByTheLastStatus) {
+    struct Case {
+        ProviderStatus status;
+        bool force;
+        double spacing;
+    };
+    for (const Case& c : {Case{ProviderStatus::signInNeeded, false, 300},
+                          {ProviderStatus::signInNeeded, true, 30},
+                          {ProviderStatus::unavailable, false, 300},
+                          {ProviderStatus::accessDenied, true, 30},
+                          {ProviderStatus::accessDenied, false, 300},
+                          {ProviderStatus::rateLimited, false, 600}}) {
+        SCOPED_TRACE(rawValue(c.status));
+        pass(4000);
+        while (claude->underWay() > 0)
+            answer(someLimits(time.now()));
+        service.cancel(ProviderID::claude);
+        pass(4000);
+        fetch(c.status);
+        service.cancel(ProviderID::claude);
+        const int before = attempts();
+        pass(c.spacing - 0.5);
+        refresh(c.force);
+        service.cancel(ProviderID::claude);
+        EXPECT_EQ(attempts(), before);
+        pass(0.5);
+        refresh(c.force);
+        EXPECT_EQ(attempts(), before + 1);
+    }
+}
+
+TEST_F(LimitsServiceTest, HasOneFetchUnderWayAtATime) {
+    refresh();
+    pass(10'000);
+    refresh(true);
+    EXPECT_EQ(claude->mostUnderWay, 1);
+}
+
+TEST_F(LimitsServiceTest, LeavesARefusedLoginAloneUntilAsked) {
+    fetch(ProviderStatus::accessDenied);
+    pass(100'000);
+    service.refreshIfDue(std::array{ProviderID::claude});
+    settle();
+    EXPECT_EQ(attempts(), 1);
+    refresh(true);
+    EXPECT_EQ(attempts(), 2);
+}
+
+TEST_F(LimitsServiceTest, ShowsWhatIsStoredAsStaleWhenAFetchFails) {
+    const ProviderLimits good = someLimits(time.now());
+    refresh();
+    answer(good);
+    pass(300);
+    answer(ProviderStatus::rateLimited);
+    ProviderLimits expected = good.markedStale();
+    expected.status = ProviderStatus::rateLimited;
+    EXPECT_EQ(updates.back(), expected);
+    EXPECT_EQ(store->limits(ProviderID::claude), expected);
+    pass(600);
+    answer(ProviderStatus::unreachable);
+    expected.status = ProviderStatus::unreachable;
+    EXPECT_EQ(updates.back(), expected); // as stale as before, not as of the first failure
+}
+
+TEST_F(LimitsServiceTest, ShowsTheFailureItselfWhenNothingIsStored) {
+    fetch(ProviderStatus::signInNeeded);
+    ASSERT_THAT(updates, SizeIs(1));
+    EXPECT_EQ(updates[0].status, ProviderStatus::signInNeeded);
+    EXPECT_THAT(updates[0].windows, IsEmpty());
+}
+
+TEST_F(LimitsServiceTest, ShowsWhatIsStoredAtOnceAtTheStart) {
+    const ProviderLimits known = someLimits(time.now() - Seconds{1000});
+    store->setLimits(known, ProviderID::claude);
+    service.start(std::array{ProviderID::claude, ProviderID::cursor});
+    settle();
+    EXPECT_THAT(updates, ElementsAre(known.markedStale()));
+    EXPECT_EQ(attempts(), 1);
+}
+
+TEST_F(LimitsServiceTest, NeverTouchesClaudeWhileItsLiveLimitsAreOff) {
+    const ProviderLimits known = someLimits(time.now());
+    store->setLimits(known, ProviderID::claude);
+    preferences.claudeLiveLimits = false;
+    service.start(std::array{ProviderID::claude});
+    refresh(true);
+    pass(100'000);
+    EXPECT_EQ(attempts(), 0);
+    ProviderLimits expected = known.markedStale();
+    expected.status = ProviderStatus::unavailable;
+    EXPECT_EQ(updates.back(), expected); // the plan and the windows stay to be seen
+    EXPECT_EQ(store->limits(ProviderID::claude), expected);
+}
+
+TEST_F(LimitsServiceTest, TakesClaudeBackWhenItsLiveLimitsComeOn) {
+    refresh();
+    answer(someLimits(time.now()));
+    preferences.claudeLiveLimits = false;
+    service.reconsider();
+    EXPECT_EQ(updates.back().status, ProviderStatus::unavailable);
+    pass(1000);
+    EXPECT_EQ(attempts(), 1);
+    preferences.claudeLiveLimits = true;
+    service.reconsider();
+    settle();
+    EXPECT_EQ(attempts(), 2);
+}
+
+TEST_F(LimitsServiceTest, DropsTheResultOfAProviderThatWasDisabledMeanwhile) {
+    refresh();
+    preferences.disabledProviders = std::set{ProviderID::claude};
+    service.reconsider();
+    answer(someLimits(time.now()));
+    EXPECT_THAT(updates, IsEmpty());
+    EXPECT_FALSE(store->limits(ProviderID::claude));
+    pass(10'000);
+    EXPECT_EQ(attempts(), 1);
+}
+
+TEST_F(LimitsServiceTest, FetchesAgainAfterTheClockWasSetBack) {
+    refresh();
+    answer(someLimits(time.now()));
+    time.jump(Seconds{-86'400});
+    pass(300);
+    EXPECT_EQ(attempts(), 2);
+    answer(ProviderStatus::unreachable);
+    time.jump(Seconds{-86'400 * 365.0});
+    pass(600);
+    EXPECT_EQ(attempts(), 3);
+}
+
+TEST(LimitsService, MayEndBeforeItsFetches) {
+    testing::needEventLoop();
+    const testing::TemporaryDirectory directory;
+    testing::ManualScheduler time;
+    QSettings settings(QString::fromStdString((directory / "settings.conf").string()),
+                       QSettings::IniFormat);
+    Preferences preferences(settings);
+    const auto claude = std::make_shared<testing::FakeLimitsProvider>(ProviderID::claude);
+    {
+        LimitsService service({{ProviderID::claude, claude}},
+                              std::make_shared<UsageStore>(":memory:"), preferences, time.clock(),
+                              time);
+        service.refresh(ProviderID::claude, false);
+    }
+    claude->answer(ProviderStatus::ok);
+    settle();
+    EXPECT_EQ(time.pending(), 0);
+}
+
+} // namespace
+} // namespace tokwatch

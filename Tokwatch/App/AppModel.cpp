@@ -1,0 +1,393 @@
+#include "AppModel.h"
+
+#include "LimitsService.h"
+#include "Preferences.h"
+#include "SystemLog.h"
+#include "SystemNotifications.h"
+#include "UsageStore.h"
+
+#include <QCoreApplication>
+#include <QCoroFuture>
+#include <QPointer>
+#include <QPromise>
+#include <QSettings>
+
+#include <algorithm>
+#include <exception>
+#include <mutex>
+#include <system_error>
+#include <type_traits>
+
+namespace tokwatch {
+namespace {
+
+constexpr Seconds watchInterval{300};
+constexpr double pruneInterval = 86'400; ///< seconds
+constexpr const char* lastPruneKey = "lastPruneAt";
+
+/// Runs the call from the main thread's event loop. Callable from any thread.
+void onMainThread(std::function<void()> call) {
+    QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(call), Qt::QueuedConnection);
+}
+
+std::string what(const std::exception& error) {
+    return error.what();
+}
+
+} // namespace
+
+/// Brings the indexer's progress to the main thread: the latest value at a time, however fast they
+/// come, and none after the end of its pass.
+class AppModel::ProgressRelay : public std::enable_shared_from_this<ProgressRelay> {
+  public:
+    explicit ProgressRelay(AppModel* owner) : model(owner) {}
+
+    /// On the indexer's thread.
+    void post(const IndexingProgress& progress) {
+        const std::lock_guard lock(mutex);
+        const bool underWay = latest.has_value();
+        latest = progress;
+        if (!underWay) onMainThread([self = shared_from_this()] { self->deliver(); });
+    }
+
+    void end() { ended = true; }
+
+  private:
+    void deliver() {
+        std::unique_lock lock(mutex);
+        const std::optional<IndexingProgress> progress = std::exchange(latest, std::nullopt);
+        lock.unlock();
+        if (model && !ended) model->setIndexing(progress);
+    }
+
+    const QPointer<AppModel> model; ///< looked at on the main thread only
+    bool ended = false;             ///< likewise
+    std::mutex mutex;
+    std::optional<IndexingProgress> latest; ///< on its way to the main thread
+};
+
+AppModel::AppModel(AppServices parts) : services(std::move(parts)) {}
+
+AppModel::~AppModel() = default;
+
+void AppModel::start() {
+    const QPointer<AppModel> self(this);
+    updatePresent();
+    publish();
+    services.limitsService.onUpdate = [self](ProviderID provider, const ProviderLimits& limits) {
+        if (self) self->apply(limits, provider);
+    };
+    hasStartedLimits = true;
+    services.limitsService.start(present());
+    observePreferences();
+    services.notifications.onRefreshRequest([self] {
+        if (self) self->refresh();
+    });
+    services.notifications.onResume([self] {
+        if (self) self->lookAround();
+    });
+    runFirstPass();
+    periodicLook = services.scheduler.every(watchInterval, [this] { lookAround(); });
+}
+
+// Publishing
+
+void AppModel::publish() {
+    if (publishing.request()) publishWhileWanted();
+}
+
+QCoro::Task<> AppModel::publishWhileWanted() {
+    const QPointer<AppModel> self(this);
+    do {
+        const QFuture<std::optional<UsageSummary>> computing = computeSummary(readingDays);
+        const std::optional<UsageSummary> computed = co_await computing;
+        if (!self) co_return;
+        if (computed) summaryState.setValue(*computed);
+        lastUpdatedState.setValue(services.now());
+        const QFuture<void> writing = writeSnapshot();
+        co_await writing;
+        if (!self) co_return;
+    } while (publishing.finish());
+}
+
+template<typename Work>
+auto AppModel::inBackground(Work work) const {
+    using Result = std::invoke_result_t<Work>;
+    auto promise = std::make_shared<QPromise<Result>>();
+    promise->start();
+    services.runInBackground([promise, work = std::move(work)] {
+        if constexpr (std::is_void_v<Result>)
+            work();
+        else
+            promise->addResult(work());
+        promise->finish();
+    });
+    return promise->future();
+}
+
+QFuture<std::optional<UsageSummary>> AppModel::computeSummary(std::int64_t days) const {
+    return inBackground([days, store = services.store, prices = services.prices,
+                         calendar = services.calendar,
+                         now = services.now()]() -> std::optional<UsageSummary> {
+        try {
+            return store->summary(days, now, calendar, *prices);
+        } catch (const std::exception& error) {
+            systemLog("computing the summary failed: " + what(error));
+            return std::nullopt;
+        }
+    });
+}
+
+QFuture<UsageSummary> AppModel::summaryOf(std::int64_t days) const {
+    return computeSummary(days).then([](const std::optional<UsageSummary>& summary) {
+        return summary.value_or(UsageSummary());
+    });
+}
+
+QFuture<void> AppModel::writeSnapshot() const {
+    return inBackground(
+        [store = services.snapshots,
+         snapshot = Snapshot::make(summary(), limits(), services.preferences.enabledProviders(),
+                                   services.now(), services.calendar)] {
+            try {
+                store.write(snapshot);
+            } catch (const SnapshotStore::NoContainer&) {
+                // Without a shared directory there is no widget to write for.
+            } catch (const std::exception& error) {
+                systemLog("writing the widget snapshot failed: " + what(error));
+            }
+        });
+}
+
+// Limits
+
+void AppModel::apply(const ProviderLimits& newLimits, ProviderID provider) {
+    std::map<ProviderID, ProviderLimits> all = limits();
+    const auto known = all.find(provider);
+    if (known != all.end() && known->second == newLimits) return;
+    all.insert_or_assign(provider, newLimits);
+    limitsState.setValue(std::move(all));
+    publish();
+}
+
+void AppModel::readCodexLimits() {
+    try {
+        const std::optional<ProviderLimits> stored = services.store->limits(ProviderID::codex);
+        if (!stored) return;
+        std::map<ProviderID, ProviderLimits> all = limits();
+        all.insert_or_assign(ProviderID::codex, *stored);
+        limitsState.setValue(std::move(all));
+    } catch (const std::exception&) {
+        // The last known limits stay; the next pass or fetch brings newer ones.
+    }
+}
+
+void AppModel::popoverOpened() {
+    services.limitsService.refreshIfDue(present());
+}
+
+void AppModel::updatePresent() {
+    std::vector<ProviderID> found = services.preferences.enabledProviders();
+    std::erase_if(found, [this](ProviderID id) { return !services.locations.isPresent(id); });
+    const std::vector<ProviderID> before = present();
+    presentState.setValue(found);
+    if (!hasStartedLimits) return;
+    std::erase_if(found, [&before](ProviderID id) { return std::ranges::count(before, id) > 0; });
+    services.limitsService.start(found);
+}
+
+void AppModel::observePreferences() {
+    const auto providersChanged = [this] {
+        services.limitsService.reconsider();
+        updatePresent();
+        publish(); // the snapshot lists the providers in the user's order
+    };
+    Preferences& preferences = services.preferences;
+    preferenceNotifiers.push_back(preferences.providerOrder.addNotifier(providersChanged));
+    preferenceNotifiers.push_back(preferences.disabledProviders.addNotifier(providersChanged));
+    preferenceNotifiers.push_back(
+        preferences.claudeLiveLimits.addNotifier([this] { services.limitsService.reconsider(); }));
+}
+
+// Index passes
+
+QCoro::Task<> AppModel::pass() {
+    const QPointer<AppModel> self(this);
+    const auto relay = std::make_shared<ProgressRelay>(this);
+    const QFuture<IndexOutcome> indexing =
+        services.index([relay](const IndexingProgress& progress) { relay->post(progress); });
+    IndexOutcome outcome;
+    try {
+        const QFuture<void> ended(indexing);
+        co_await ended;
+        if (indexing.resultCount() == 0) co_return; // the indexer went away
+        outcome = indexing.result();
+    } catch (const std::exception& error) {
+        systemLog("indexing failed: " + what(error));
+    }
+    relay->end();
+    if (!self) co_return;
+    if (outcome.codexLimitsUpdated) readCodexLimits();
+    updatePresent();
+    co_await pruneDaily();
+    if (!self) co_return;
+    indexingState.setValue(std::nullopt);
+    publish();
+}
+
+void AppModel::setIndexing(const std::optional<IndexingProgress>& progress) {
+    const std::optional<IndexingProgress>& shown = indexing();
+    const bool sameProvider =
+        progress && shown ? progress->provider == shown->provider : !progress && !shown;
+    indexingState.setValue(progress);
+    if (!sameProvider) publish();
+}
+
+QCoro::Task<> AppModel::pruneDaily() {
+    const QPointer<AppModel> self(this);
+    const Date now = services.now();
+    const QVariant last = services.defaults.value(lastPruneKey);
+    // A moment a day or more ahead was noted by a clock that has been set back since.
+    if (isPruning ||
+        (last.isValid() && std::abs(unixSeconds(now) - last.toDouble()) < pruneInterval))
+        co_return;
+    isPruning = true;
+    const Date before = services.calendar.addingDays(now, -keptDays);
+    const QFuture<bool> pruning =
+        inBackground([before, store = services.store, calendar = services.calendar] {
+            try {
+                store->prune(before, calendar);
+                return true;
+            } catch (const std::exception& error) {
+                systemLog("prune failed: " + what(error));
+                return false;
+            }
+        });
+    const bool pruned = co_await pruning;
+    if (!self) co_return;
+    isPruning = false;
+    if (pruned) services.defaults.setValue(lastPruneKey, unixSeconds(now));
+}
+
+void AppModel::refresh() {
+    runRefresh();
+}
+
+QCoro::Task<> AppModel::runRefresh() {
+    const QPointer<AppModel> self(this);
+    beginRefresh();
+    updatePresent();
+    std::vector<QCoro::Task<>> fetches;
+    for (const ProviderID provider : present())
+        fetches.push_back(services.limitsService.refresh(provider, true));
+    co_await pass();
+    for (QCoro::Task<>& fetch : fetches)
+        co_await fetch;
+    if (self) endRefresh();
+}
+
+void AppModel::beginRefresh() {
+    ++refreshesInFlight;
+    isRefreshingState.setValue(true);
+}
+
+void AppModel::endRefresh() {
+    if (--refreshesInFlight < 0) fatal("more refreshes ended than began");
+    if (refreshesInFlight == 0) isRefreshingState.setValue(false);
+}
+
+void AppModel::reread(ProviderID provider) {
+    if (!rereading().contains(provider)) runReread(provider);
+}
+
+QCoro::Task<> AppModel::runReread(ProviderID provider) {
+    const QPointer<AppModel> self(this);
+    setRereading(provider, true);
+    const QFuture<bool> resetting = inBackground([provider, store = services.store] {
+        try {
+            store->resetCursors(provider);
+            return true;
+        } catch (const std::exception& error) {
+            systemLog("resetting " + std::string(rawValue(provider)) +
+                      " cursors failed: " + what(error));
+            return false;
+        }
+    });
+    const bool isReset = co_await resetting;
+    if (!self) co_return;
+    if (isReset) co_await pass();
+    if (self) setRereading(provider, false);
+}
+
+void AppModel::setRereading(ProviderID provider, bool isRereading) {
+    std::set<ProviderID> all = rereading();
+    if (isRereading)
+        all.insert(provider);
+    else
+        all.erase(provider);
+    rereadingState.setValue(std::move(all));
+}
+
+// Watching
+
+QCoro::Task<> AppModel::runFirstPass() {
+    const QPointer<AppModel> self(this);
+    co_await pass();
+    if (!self) co_return;
+    startWatching();
+    requestPass(); // for what was written after its file had been read and before the watch began
+}
+
+void AppModel::requestPass() {
+    if (passing.request()) passWhileWanted();
+}
+
+QCoro::Task<> AppModel::passWhileWanted() {
+    const QPointer<AppModel> self(this);
+    do {
+        co_await pass();
+        if (!self) co_return;
+    } while (passing.finish());
+}
+
+void AppModel::lookAround() {
+    if (watcher) startWatching();
+    requestPass();
+    services.limitsService.refreshIfDue(present());
+}
+
+void AppModel::startWatching() {
+    std::vector<std::filesystem::path> roots = existingRoots();
+    if (watcher && roots == watchedRoots) return;
+    const QPointer<AppModel> self(this);
+    // The new watch begins before the old one ends, so that no change falls between them.
+    watcher = services.watchFiles(roots, [self](std::vector<std::string> paths) {
+        onMainThread([self, paths = std::move(paths)] {
+            if (self) self->pathsChanged(paths);
+        });
+    });
+    watchedRoots = std::move(roots);
+}
+
+std::vector<std::filesystem::path> AppModel::existingRoots() const {
+    const ProviderLocations& locations = services.locations;
+    std::vector<std::filesystem::path> roots{locations.claudeProjects()};
+    std::ranges::copy(locations.codexRoots(), std::back_inserter(roots));
+    roots.push_back(locations.grokSessions());
+    std::erase_if(roots, [](const std::filesystem::path& root) {
+        std::error_code ignored;
+        return !std::filesystem::is_directory(root, ignored);
+    });
+    return roots;
+}
+
+void AppModel::pathsChanged(const std::vector<std::string>& paths) {
+    const auto concernsLogs = [this](const std::string& path) {
+        std::error_code ignored;
+        return services.providerForChangedPath(path).has_value() ||
+               std::filesystem::is_directory(path, ignored);
+    };
+    if (std::ranges::any_of(paths, concernsLogs)) requestPass();
+}
+
+} // namespace tokwatch
