@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Date.h"
+#include "LimitRecords.h"
+#include "ProviderID.h"
+
+#include <QCoroTask>
+
+namespace tokwatch {
+
+/// A source of one provider's limits. Used on the main thread; fetches may overlap, and one that is
+/// under way may outlive its provider.
+class LimitsProvider {
+  public:
+    virtual ~LimitsProvider() = default;
+
+    virtual ProviderID id() const = 0;
+
+    /// The limits as of now, `fetchedAt` being `now`. Never throws: a failure is the result's
+    /// status, normally without windows.
+    virtual QCoro::Task<ProviderLimits> fetch(Date now) = 0;
+};
+
+} // namespace tokwatch

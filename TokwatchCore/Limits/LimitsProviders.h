@@ -1,0 +1,23 @@
+#pragma once
+
+#include "CredentialSource.h"
+#include "HTTPClient.h"
+#include "LimitsProvider.h"
+#include "ProviderID.h"
+
+#include <filesystem>
+#include <map>
+#include <memory>
+
+namespace tokwatch {
+
+class UsageStore;
+
+/// The limits source of every provider, over the given seams. `codexHome` is the directory that
+/// holds Codex's "auth.json". (Shared, since a fetch under way may outlive its service.)
+std::map<ProviderID, std::shared_ptr<LimitsProvider>>
+makeLimitsProviders(std::shared_ptr<UsageStore> store,
+                    std::shared_ptr<CredentialSource> credentials, std::shared_ptr<HTTPClient> http,
+                    const std::filesystem::path& codexHome);
+
+} // namespace tokwatch
