@@ -1,0 +1,83 @@
+#pragma once
+
+#include "Date.h"
+#include "Setting.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QFileSystemWatcher;
+class QSettings;
+
+namespace tokwatch {
+
+/// The user's settings, kept in a settings file under their own names. Main thread only.
+///
+/// No setting can fail to load: what is missing or malformed reads as its default. The file is
+/// written from the event loop after an assignment, or at the latest when the QSettings end.
+class Preferences {
+  public:
+    /// The lowest warning level and critical level, and the least that lies between the two:
+    /// critical always stays below warning.
+    static constexpr double lowestWarning = 0.1;
+    static constexpr double lowestCritical = 0.05;
+    static constexpr double thresholdGap = 0.05;
+
+    /// The settings outlive the preferences.
+    explicit Preferences(QSettings& settings);
+    ~Preferences();
+    Preferences(const Preferences&) = delete;
+    Preferences& operator=(const Preferences&) = delete;
+
+    Setting<bool> showDockIcon;
+    Setting<bool> hasCompletedOnboarding;
+    Setting<MenuBarStyle> menuBarStyle;
+    /// Whose number the title shows, if enabled.
+    Setting<ProviderID> pinnedProvider;
+    Setting<bool> showResetTime;
+    /// From a provider's raw value to the id of the window that stands for it in the title; a
+    /// provider without an entry is shown by the window that is closest to running out.
+    Setting<WindowChoices> menuBarWindows;
+    /// Fractions of a limit left at which it turns yellow and red.
+    Setting<double> warningThreshold;
+    Setting<double> criticalThreshold;
+    Setting<bool> tintEnabled;
+    /// Always all providers, each once.
+    Setting<ProviderList> providerOrder;
+    Setting<ProviderSet> disabledProviders;
+    /// Allows fetching Claude's limits with its login.
+    Setting<bool> claudeLiveLimits;
+    Setting<SummaryUnit> summaryUnit;
+    Setting<PopoverTab> popoverTab;
+
+    /// `providerOrder` less `disabledProviders`.
+    std::vector<ProviderID> enabledProviders() const;
+
+    /// When old days were last deleted; not a setting, but kept with them.
+    std::optional<Date> lastPruneAt() const;
+    void setLastPruneAt(Date date);
+
+    /// Follows changes that other processes make to the file, for as long as this lives. Needs an
+    /// event loop.
+    void followFile();
+    /// Reads the file again and notifies of what changed.
+    void reload();
+    /// Writes the file now; false when that failed.
+    bool save();
+
+  private:
+    void watchFile();
+
+    QSettings& settings;
+    QPropertyNotifier warningChanged;
+    std::unique_ptr<QFileSystemWatcher> watcher;
+};
+
+/// The settings file of the user, $XDG_CONFIG_HOME/Tokwatch/Tokwatch.conf.
+std::unique_ptr<QSettings> userSettings();
+/// The settings file at the path, in a directory that is made when it is missing.
+std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file);
+
+} // namespace tokwatch

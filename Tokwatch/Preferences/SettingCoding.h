@@ -1,0 +1,85 @@
+#pragma once
+
+#include "PreferenceTypes.h"
+#include "ProviderID.h"
+
+#include <array>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class QSettings;
+
+namespace tokwatch {
+
+/// The names under which the cases of `Case` are stored, in declaration order.
+template<typename Case>
+inline constexpr std::array<std::string_view, 0> caseNames{};
+template<>
+inline constexpr std::array<std::string_view, 2> caseNames<MenuBarStyle>{"icon", "provider"};
+template<>
+inline constexpr std::array<std::string_view, 2> caseNames<SummaryUnit>{"cost", "tokens"};
+template<>
+inline constexpr std::array<std::string_view, 3> caseNames<PopoverTab>{"usage", "stats", "models"};
+template<>
+inline constexpr std::array caseNames<ProviderID>{
+    rawValue(ProviderID::claude), rawValue(ProviderID::codex), rawValue(ProviderID::grok),
+    rawValue(ProviderID::cursor)};
+
+template<typename Case>
+constexpr std::string_view caseName(Case value) {
+    return caseNames<Case>[static_cast<std::size_t>(value)];
+}
+
+/// The case with exactly this name (case-sensitive), or none.
+template<typename Case>
+constexpr std::optional<Case> caseNamed(std::string_view name) {
+    for (std::size_t index = 0; index < caseNames<Case>.size(); ++index)
+        if (caseNames<Case>[index] == name) return static_cast<Case>(index);
+    return std::nullopt;
+}
+
+/// "true" or "false", also "1", "0", "yes", "no", in any case.
+std::optional<bool> boolFromText(std::string_view text);
+
+using ProviderList = std::vector<ProviderID>;
+using ProviderSet = std::set<ProviderID>;
+using WindowChoices = std::map<std::string, std::string>;
+
+/// Text under the key; none when it is missing or not one text.
+std::optional<std::string> storedText(const QSettings& settings, const char* key);
+void storeText(QSettings& settings, const char* key, std::string_view text);
+
+// How each type of setting stands in the settings file. Loading leaves `value` alone when the key
+// is missing or holds something else.
+
+template<typename Case>
+concept NamedCase = caseNames<Case>
+.size() > 0;
+
+void loadSetting(const QSettings& settings, const char* key, bool& value);
+void loadSetting(const QSettings& settings, const char* key, double& value);
+/// Unknown names and repetitions are dropped.
+void loadSetting(const QSettings& settings, const char* key, ProviderList& value);
+void loadSetting(const QSettings& settings, const char* key, ProviderSet& value);
+/// A group with one entry for each pair.
+void loadSetting(QSettings& settings, const char* key, WindowChoices& value);
+template<NamedCase Case>
+void loadSetting(const QSettings& settings, const char* key, Case& value) {
+    if (const auto text = storedText(settings, key)) value = caseNamed<Case>(*text).value_or(value);
+}
+
+void storeSetting(QSettings& settings, const char* key, bool value);
+void storeSetting(QSettings& settings, const char* key, double value);
+void storeSetting(QSettings& settings, const char* key, const ProviderList& value);
+void storeSetting(QSettings& settings, const char* key, const ProviderSet& value);
+void storeSetting(QSettings& settings, const char* key, const WindowChoices& value);
+template<NamedCase Case>
+void storeSetting(QSettings& settings, const char* key, Case value) {
+    storeText(settings, key, caseName(value));
+}
+
+} // namespace tokwatch
