@@ -4,11 +4,17 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <functional>
+#include <limits>
+
 namespace tokwatch {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::ExitedWithCode;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 const Date now = *parseISO8601("2026-11-24T15:00:00Z");
 
@@ -100,23 +106,59 @@ TEST(UsageSummary, OfNothingIsEmpty) {
               0);
 }
 
-TEST(UsageSummary, CoversExactlyItsDays) {
+TEST(SummaryWindow, HoldsExactlyTheDaysUpToToday) {
     struct Case {
         const char* zone;
-        const char* moment;
-        const char* first;
-        const char* last;
+        const char* now;
+        std::int64_t days;
+        const char* firstKey;
+        const char* todayKey;
+        const char* todayStart;
+        std::size_t count;
     };
-    for (const Case& c :
-         {Case{"UTC", "2026-11-24T15:00:00Z", "2026-10-26", "2026-11-24"},
-          {"Europe/Berlin", "2026-04-10T22:30:00Z", "2026-03-13", "2026-04-11"},
-          {"America/Sao_Paulo", "2018-11-05T01:00:00Z", "2018-10-06", "2018-11-04"},
-          {"America/New_York", "2026-11-02T04:30:00Z", "2026-10-03", "2026-11-01"}}) {
-        const SummaryWindow window(30, *parseISO8601(c.moment), Calendar::named(c.zone).value());
-        EXPECT_EQ(window.days.size(), 30U) << c.zone;
-        EXPECT_EQ(window.firstKey(), c.first) << c.zone;
-        EXPECT_EQ(window.todayKey, c.last) << c.zone;
-        EXPECT_EQ(window.keys.back(), c.last) << c.zone;
+    const std::vector<Case> cases{
+        {"UTC", "2026-03-10T12:00:00Z", 1, "2026-03-10", "2026-03-10", "2026-03-10T00:00:00Z", 1},
+        {"UTC", "2026-03-10T00:00:00Z", 0, "2026-03-10", "2026-03-10", "2026-03-10T00:00:00Z", 1},
+        {"UTC", "2026-03-10T23:59:59Z", -7, "2026-03-10", "2026-03-10", "2026-03-10T00:00:00Z", 1},
+        {"UTC", "2024-03-01T12:00:00Z", 2, "2024-02-29", "2024-03-01", "2024-03-01T00:00:00Z", 2},
+        {"UTC", "2026-03-10T12:00:00Z", 90, "2025-12-11", "2026-03-10", "2026-03-10T00:00:00Z", 90},
+        // The same moment is another day elsewhere.
+        {"Asia/Tokyo", "2026-03-10T15:00:00Z", 2, "2026-03-10", "2026-03-11",
+         "2026-03-10T15:00:00Z", 2},
+        {"America/Los_Angeles", "2026-03-11T06:59:59Z", 2, "2026-03-09", "2026-03-10",
+         "2026-03-10T07:00:00Z", 2},
+        // A day of 23 hours in the window, and one of 25.
+        {"Europe/Berlin", "2026-03-30T21:30:00Z", 30, "2026-03-01", "2026-03-30",
+         "2026-03-29T22:00:00Z", 30},
+        {"Europe/Berlin", "2026-10-26T23:30:00Z", 30, "2026-09-28", "2026-10-27",
+         "2026-10-26T23:00:00Z", 30},
+        // Clocks go from 0:00 to 1:00: the day has no midnight and begins at one.
+        {"Africa/Cairo", "2026-04-24T12:00:00Z", 30, "2026-03-26", "2026-04-24",
+         "2026-04-23T22:00:00Z", 30},
+        {"Africa/Cairo", "2026-04-30T22:30:00Z", 30, "2026-04-02", "2026-05-01",
+         "2026-04-30T21:00:00Z", 30},
+        {"America/Sao_Paulo", "2018-11-05T01:00:00Z", 30, "2018-10-06", "2018-11-04",
+         "2018-11-04T03:00:00Z", 30},
+        // The island skipped 30 December 2011: that day never was.
+        {"Pacific/Apia", "2011-12-31T12:00:00Z", 4, "2011-12-29", "2012-01-01",
+         "2011-12-31T10:00:00Z", 3},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(std::string(each.zone) + " " + each.now + " " + std::to_string(each.days));
+        const Calendar calendar = Calendar::named(each.zone).value();
+        const SummaryWindow window(each.days, *parseISO8601(each.now), calendar);
+        EXPECT_THAT(window.days, SizeIs(each.count));
+        EXPECT_EQ(window.firstKey(), each.firstKey);
+        EXPECT_EQ(window.todayKey, each.todayKey);
+        EXPECT_EQ(formatISO8601(window.today), each.todayStart);
+        ASSERT_THAT(window.keys, SizeIs(window.days.size()));
+        EXPECT_EQ(window.days.back(), window.today);
+        EXPECT_EQ(window.keys.back(), window.todayKey);
+        EXPECT_TRUE(std::ranges::is_sorted(window.keys, std::ranges::less_equal()));
+        for (std::size_t i = 0; i < window.days.size(); ++i) {
+            EXPECT_EQ(calendar.dayKey(window.days[i]), window.keys[i]);
+            EXPECT_EQ(calendar.startOfDay(window.days[i]), window.days[i]);
+        }
     }
 }
 
@@ -136,22 +178,37 @@ TEST(UsageSummary, OfAStoreLeavesOutWhatLiesOutsideTheWindow) {
     EXPECT_EQ(summary.sessions, 1) << "a session belongs to its first day alone";
 }
 
-TEST(UsageSummary, ReadsBackWhatItWrote) {
-    const UsageSummary summary = summarizeDays(
-        3,
-        {row(ProviderID::codex, "a", "2026-11-24", 3), row(ProviderID::grok, "x", "2026-11-23", 4)},
-        {{ProviderID::codex, "2026-11-24", 2}});
-    const Json json = encode(summary, DateCoding::iso8601);
-    EXPECT_EQ(decodeUsageSummary(parseJson(jsonText(json)), DateCoding::iso8601), summary);
-    EXPECT_EQ(json["windowEnd"], "2026-11-24T00:00:00Z");
-    EXPECT_FALSE(json["models"][1].contains("costUSD"));
-    for (const auto& [key, value] : json.items()) {
-        Json without = json;
-        without.erase(key);
-        EXPECT_THROW(decodeUsageSummary(without, DateCoding::iso8601), DecodingError) << key;
-        without[key] = nullptr;
-        EXPECT_THROW(decodeUsageSummary(without, DateCoding::iso8601), DecodingError) << key;
-    }
+TEST(UsageSummary, OrdersEqualToolsAsDeclared) {
+    const UsageSummary summary = summarizeDays(1, {row(ProviderID::cursor, "a", "2026-11-24", 1),
+                                                   row(ProviderID::grok, "a", "2026-11-24", 2),
+                                                   row(ProviderID::codex, "a", "2026-11-24", 1),
+                                                   row(ProviderID::claude, "a", "2026-11-24", 1)});
+    std::vector<ProviderID> tools;
+    for (const UsageSummary::Tool& tool : summary.tools)
+        tools.push_back(tool.provider);
+    EXPECT_THAT(tools, ElementsAre(ProviderID::grok, ProviderID::claude, ProviderID::codex,
+                                   ProviderID::cursor));
+}
+
+TEST(UsageSummary, StaysApproximateOnceAnyRowIs) {
+    const UsageSummary summary =
+        summarizeDays(2, {row(ProviderID::grok, "x", "2026-11-23", 1, 0.25),
+                          row(ProviderID::grok, "x", "2026-11-24", 1),
+                          row(ProviderID::grok, "a", "2026-11-24", 1),
+                          row(ProviderID::claude, "a", "2026-11-24", 1)});
+    for (const UsageSummary::Tool& tool : summary.tools)
+        EXPECT_EQ(tool.approximate, tool.provider == ProviderID::grok) << rawValue(tool.provider);
+    for (const UsageSummary::ModelRow& model : summary.models)
+        EXPECT_EQ(model.approximate, model.model == "x") << model.model;
+    EXPECT_EQ(summary.models.back().costUSD, 0.25); // the day without a report adds tokens only
+    EXPECT_TRUE(summary.hasUnknownPrices);
+}
+
+TEST(UsageSummary, StopsTheProgramWhenASumDoesNotFit) {
+    DailyRow most = row(ProviderID::claude, "a", "2026-11-24", 0);
+    most.tokens.cacheRead = std::numeric_limits<std::int64_t>::max();
+    EXPECT_EXIT(summarizeDays(1, {most, row(ProviderID::codex, "a", "2026-11-24", 1)}),
+                ExitedWithCode(1), "fatal");
 }
 
 } // namespace
