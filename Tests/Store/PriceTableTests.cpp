@@ -1,5 +1,6 @@
-#include "DecodingError.h"
 #include "PriceTable.h"
+
+#include "DecodingError.h"
 
 #include <gtest/gtest.h>
 
@@ -48,14 +49,28 @@ TEST(PriceTable, FallsBackToWhatTheToolReported) {
     EXPECT_EQ(empty.cost("m", {1, 2, 3, 4, 5, 6}, {}), PricedCost{});
 }
 
-TEST(PriceTable, RefusesADocumentOfAnotherShape) {
-    for (
-        const char* document :
-        {"", "[]", "{}", R"({"models":[]})",
-         R"({"models":{"m":{"input":1,"output":1,"cacheRead":1,"cacheWrite5m":1,)"
-         R"("cacheWrite1h":1,"source":"s"}}})",
-         R"({"models":{"m":{"input":"1","output":1,"cacheRead":1,"cacheWrite5m":1,"cacheWrite1h":1,"source":"s","asOf":"d"}}})"})
-        EXPECT_THROW(PriceTable::decode(document), DecodingError) << document;
+TEST(PriceTable, DecodesWholeEntriesOnly) {
+    const std::string entry =
+        R"("input":1,"output":2,"cacheRead":0.5,"cacheWrite5m":3,"cacheWrite1h":4,)"
+        R"("source":"s","asOf":"d")";
+    const auto document = [](const std::string& fields) {
+        return R"({"models":{"m":{)" + fields + R"(}},"more":[]})";
+    };
+    EXPECT_EQ(PriceTable::decode(document(entry)).models().at("m"),
+              (ModelPrice{1, 2, 0.5, 3, 4, {}, "s", "d"}));
+    EXPECT_EQ(PriceTable::decode(document(entry + R"(,"proxyFor":"o")")).price("m")->proxyFor, "o");
+    for (const std::string key :
+         {"input", "output", "cacheRead", "cacheWrite5m", "cacheWrite1h", "source", "asOf"}) {
+        const std::size_t at = entry.find('"' + key + '"');
+        std::string without = entry;
+        without.insert(at + 1, "_");
+        EXPECT_THROW(PriceTable::decode(document(without)), DecodingError) << key;
+        std::string wrong = entry;
+        wrong.insert(at + key.size() + 3, "[],\"_\":");
+        EXPECT_THROW(PriceTable::decode(document(wrong)), DecodingError) << key;
+    }
+    for (const char* other : {"", "[]", "{}", R"({"models":[]})", R"({"models":{"m":1}})"})
+        EXPECT_THROW(PriceTable::decode(other), DecodingError) << other;
 }
 
 TEST(BundledPrices, ArePositiveAndSaid) {
@@ -68,21 +83,50 @@ TEST(BundledPrices, ArePositiveAndSaid) {
         }
         EXPECT_LE(p.cacheRead, p.input) << name;
         EXPECT_GE(p.output, p.input) << name;
+        EXPECT_LE(p.input, p.cacheWrite5m) << name;
         EXPECT_LE(p.cacheWrite5m, p.cacheWrite1h) << name;
+        EXPECT_LE(p.cacheWrite1h, 2 * p.input) << name;
         EXPECT_FALSE(p.source.empty()) << name;
         EXPECT_EQ(p.asOf.size(), 10U) << name;
-        EXPECT_TRUE(!p.proxyFor || table.price(*p.proxyFor) != nullptr) << name;
+    }
+}
+
+TEST(BundledPrices, AreBorrowedOnlyFromModelsThatDoNotBorrow) {
+    const PriceTable table = PriceTable::bundled();
+    for (const auto& [name, p] : table.models()) {
+        if (!p.proxyFor) continue;
+        const auto lender = table.models().find(*p.proxyFor);
+        ASSERT_NE(lender, table.models().end()) << name;
+        EXPECT_FALSE(lender->second.proxyFor) << name;
     }
 }
 
 TEST(BundledPrices, KnowTheNamesThatToolsWrite) {
     const PriceTable table = PriceTable::bundled();
-    for (const char* name :
-         {"claude-opus-4-1-20250805", "claude-opus-4-20250514", "claude-sonnet-4-20250514",
-          "claude-sonnet-4-5-20250929", "claude-haiku-4-5-20251001", "claude-3-5-haiku-20241022",
-          "claude-3-7-sonnet-20250219", "claude-opus-4-5-20251101", "claude-opus-5-5", "gpt-5",
-          "gpt-5-codex", "gpt-5.1-codex", "gpt-5.1-codex-max", "gpt-5.2-codex", "codex-mini-latest",
-          "grok-code-fast-1", "grok-4", "grok-4-fast-reasoning"})
+    for (const char* name : {"claude-opus-4-1-20250805",
+                             "claude-opus-4-20250514",
+                             "claude-sonnet-4-20250514",
+                             "claude-sonnet-4-5-20250929",
+                             "claude-haiku-4-5-20251001",
+                             "claude-3-5-haiku-20241022",
+                             "claude-3-7-sonnet-20250219",
+                             "claude-opus-4-5-20251101",
+                             "claude-opus-5-5",
+                             "gpt-5",
+                             "gpt-5-codex",
+                             "gpt-5.1-codex",
+                             "gpt-5.1-codex-max",
+                             "gpt-5.2-codex",
+                             "codex-mini-latest",
+                             "gpt-5.3-codex",
+                             "gpt-4.1-2025-04-14",
+                             "o3",
+                             "codex-auto-review",
+                             "grok-code-fast-1",
+                             "grok-4",
+                             "grok-4-0709",
+                             "grok-4-fast-reasoning",
+                             "grok-build-0.1"})
         EXPECT_NE(table.price(name), nullptr) << name;
     for (const char* name : {"unknown", "<synthetic>", "claude-preview-next", "gpt-oss-120b"})
         EXPECT_EQ(table.price(name), nullptr) << name;

@@ -17,17 +17,20 @@ std::filesystem::path programDirectory() {
     return std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
 }
 
-/// The directory of whatever this code was linked into: the program, or a shared library of it.
+/// The directory of the shared library that this code was linked into. For the program itself the
+/// loader knows only the name it was called by, which may be relative to anything: none then.
 std::filesystem::path libraryDirectory() {
     Dl_info info{};
     static const int marker = 0;
     if (dladdr(&marker, &info) == 0 || info.dli_fname == nullptr) return {};
-    return std::filesystem::path(info.dli_fname).parent_path();
+    const std::filesystem::path library(info.dli_fname);
+    return library.is_absolute() ? library.parent_path() : std::filesystem::path();
 }
 
 std::filesystem::path find() {
     for (const std::filesystem::path& base : std::array{programDirectory() / "../share/tokwatch",
                                                         libraryDirectory(), programDirectory()}) {
+        if (base.empty()) continue;
         std::error_code ignored;
         std::filesystem::path bundle = base / bundleName;
         if (std::filesystem::is_directory(bundle, ignored)) return bundle;
