@@ -85,9 +85,8 @@ TokenCounts countsOf(const Usage& usage) {
 
 bool mayBeResponse(std::string_view line) {
     const LeadingType leading = leadingType(line);
-    if (leading.kind == LeadingType::Kind::notAnObject) return false;
-    if (leading.kind == LeadingType::Kind::found && leading.type != "assistant") return false;
-    return mayNameKey(line, "\"usage\"");
+    return leading.kind == LeadingType::Kind::unknown ||
+           (leading.kind == LeadingType::Kind::found && leading.type == "assistant");
 }
 
 } // namespace

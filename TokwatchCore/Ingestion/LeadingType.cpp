@@ -1,7 +1,5 @@
 #include "LeadingType.h"
 
-#include <cstring>
-
 namespace tokwatch {
 namespace {
 
@@ -63,13 +61,6 @@ LeadingType leadingType(std::string_view line) {
         if (!isString && !reader.scalar()) return {};
         if (!reader.literal(',')) return {};
     }
-}
-
-bool mayNameKey(std::string_view line, std::string_view quotedKey) {
-    if (memmem(line.data(), line.size(), quotedKey.data(), quotedKey.size()) != nullptr)
-        return true;
-    constexpr std::string_view asciiEscape = "\\u00";
-    return memmem(line.data(), line.size(), asciiEscape.data(), asciiEscape.size()) != nullptr;
 }
 
 } // namespace tokwatch

@@ -22,8 +22,4 @@ struct LeadingType {
 /// parsers.
 LeadingType leadingType(std::string_view line);
 
-/// Whether a line may have `quotedKey` (with its quotes) as a key: it stands there, or the line has
-/// escapes of ASCII characters that could spell it. False never misses a key.
-bool mayNameKey(std::string_view line, std::string_view quotedKey);
-
 } // namespace tokwatch
