@@ -3,9 +3,10 @@
 #include <csignal>
 
 int main(int argc, char** argv) {
-    // A reader that closes the pipe early is not an error of ours to die from; the write's own
-    // result tells.
+    // A reader that closes its pipe and a file that may grow no further are failures of a write,
+    // which is where they are dealt with.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     tokwatch::Terminal terminal = tokwatch::Terminal::standard();
     return tokwatch::runCommandLine(argc, argv, terminal);
 }

@@ -1,0 +1,235 @@
+#include "LogLines.h"
+#include "ProgramRunner.h"
+#include "RecordCoding.h"
+#include "TemporaryDirectory.h"
+#include "UsageSummary.h"
+
+#include <gmock/gmock.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace tokwatch {
+namespace {
+
+using testing::ClaudeResponse;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using testing::ProgramResult;
+using ::testing::StartsWith;
+using testing::TemporaryDirectory;
+
+class CommandTest : public ::testing::Test {
+  protected:
+    ProgramResult tokwatch(std::vector<std::string> arguments,
+                           const std::vector<std::string>& environment = {}) const {
+        arguments.insert(arguments.begin(), TOKWATCH_PROGRAM);
+        return testing::runProgram(arguments, environment);
+    }
+    /// With the test's own home and data directory.
+    ProgramResult here(std::vector<std::string> arguments) const {
+        for (const std::string& option : {std::string("--home"), (world / "home").string(),
+                                          std::string("--data-dir"), (world / "data").string()})
+            arguments.push_back(option);
+        return tokwatch(arguments);
+    }
+    Json json(std::vector<std::string> arguments) const {
+        arguments.emplace_back("--json");
+        const ProgramResult result = here(std::move(arguments));
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_THAT(result.err, IsEmpty());
+        return parseJson(result.out);
+    }
+    void writeToday(const std::string& name, const std::string& id) const {
+        ClaudeResponse response{id};
+        response.timestamp = formattedNow();
+        world.write("home/.claude/projects/p/" + name, response.line());
+    }
+    static std::string formattedNow() {
+        return encode(systemNow(), DateCoding::iso8601).get<std::string>();
+    }
+    std::filesystem::path database() const { return world / "data/Tokwatch/usage.sqlite"; }
+
+    TemporaryDirectory world;
+};
+
+bool isOneLine(const std::string& text) {
+    return text.starts_with("tokwatch: ") && std::count(text.begin(), text.end(), '\n') == 1 &&
+           text.ends_with('\n');
+}
+
+TEST_F(CommandTest, RefusesWhatItDoesNotUnderstand) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"frobnicate"},
+                                                      {"summary", "--frobnicate"},
+                                                      {"summary", "--days", "many"},
+                                                      {"summary", "--days", "3.5"},
+                                                      {"summary", "--days", ""},
+                                                      {"summary", "--unit", "euros"},
+                                                      {"summary", "--by", "hour"},
+                                                      {"reread"},
+                                                      {"reread", "Claude"},
+                                                      {"reread", "claude", "codex"},
+                                                      {"index", "--home"},
+                                                      {"index", "extra"}}) {
+        const ProgramResult result = tokwatch(arguments);
+        EXPECT_EQ(result.status, 2) << ::testing::PrintToString(arguments);
+        EXPECT_THAT(result.out, IsEmpty());
+        EXPECT_TRUE(isOneLine(result.err)) << result.err;
+    }
+}
+
+TEST_F(CommandTest, SaysWhatIsMissing) {
+    world.write("file", "");
+    std::filesystem::create_directory(world / "home");
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"summary", "--home", (world / "nowhere").string()},
+          {"index", "--home", (world / "file").string()},
+          {"index", "--home", (world / "home").string(), "--data-dir", (world / "file").string()},
+          {"summary", "--home", (world / "home").string(), "--data-dir", "/proc/self/none"}}) {
+        const ProgramResult result = tokwatch(arguments, {"HOME=" + (world / "home").string()});
+        EXPECT_EQ(result.status, 1) << ::testing::PrintToString(arguments);
+        EXPECT_THAT(result.out, IsEmpty());
+        EXPECT_TRUE(isOneLine(result.err)) << result.err;
+    }
+}
+
+TEST_F(CommandTest, HelpsAndNamesItsVersion) {
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--help"}, {"summary", "--help"}, {"--version"}}) {
+        const ProgramResult result = tokwatch(arguments);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_THAT(result.err, IsEmpty());
+        EXPECT_THAT(result.out,
+                    HasSubstr(arguments[0] == "--version" ? "tokwatch 1" : "--home DIR"));
+    }
+}
+
+TEST_F(CommandTest, KeepsTheUsersOwnPlacesByDefault) {
+    std::filesystem::create_directories(world / "home");
+    EXPECT_EQ(tokwatch({"index"}, {"HOME=" + (world / "home").string()}).status, 0);
+    EXPECT_TRUE(std::filesystem::exists(world / "home/.local/share/Tokwatch/usage.sqlite"));
+    EXPECT_EQ(tokwatch({"index"}, {"HOME=" + (world / "home").string(),
+                                   "XDG_DATA_HOME=" + (world / "xdg").string()})
+                  .status,
+              0);
+    EXPECT_TRUE(std::filesystem::exists(world / "xdg/Tokwatch/usage.sqlite"));
+}
+
+TEST_F(CommandTest, IndexesOnce) {
+    writeToday("a.jsonl", "msg_1");
+    const Json first = json({"index"});
+    EXPECT_EQ(first["newEvents"], 1);
+    EXPECT_EQ(first["codexLimitsUpdated"], false);
+    EXPECT_GT(first["bytesRead"], 100);
+    EXPECT_TRUE(first["seconds"].is_number());
+    const Json second = json({"index"});
+    EXPECT_EQ(second["newEvents"], 0);
+    EXPECT_EQ(second["bytesRead"], 0);
+    const Json again = json({"reread", "claude"});
+    EXPECT_EQ(again["newEvents"], 0);
+    EXPECT_EQ(again["bytesRead"], first["bytesRead"]);
+    EXPECT_THAT(here({"index"}).out, HasSubstr("0 new events, 0 B read in "));
+}
+
+TEST_F(CommandTest, SummarisesADemoHome) {
+    ASSERT_EQ(
+        testing::runProgram({"python3", TOKWATCH_DEMO_HOME, (world / "home").string()}).status, 0);
+    const UsageSummary summary = decodeUsageSummary(json({"summary"}), DateCoding::iso8601);
+    EXPECT_EQ(summary.days, 30);
+    EXPECT_EQ(summary.tools.size(), 3U);
+    EXPECT_EQ(summary.daily.size(), 90U);
+    EXPECT_GT(summary.totalCostUSD, 10);
+    EXPECT_TRUE(summary.hasUnknownPrices);
+    EXPECT_EQ(
+        decodeUsageSummary(json({"summary", "--no-index", "--days", "0"}), DateCoding::iso8601)
+            .days,
+        1);
+
+    const std::string text = here({"summary"}).out;
+    for (const char* part : {"Last 30 days", " · API estimate", "Claude", "claude-opus-5-5", "~$",
+                             "—", "█", "Excludes models without a published price"})
+        EXPECT_THAT(text, HasSubstr(part));
+    EXPECT_EQ(text.find('\033'), std::string::npos) << "no colour outside a terminal";
+    const std::string tools = here({"summary", "--by", "tool", "--unit", "tokens"}).out;
+    EXPECT_EQ(tools.find("claude-opus"), std::string::npos);
+    EXPECT_LT(tools.find("tokens"), tools.find("API estimate"));
+}
+
+TEST_F(CommandTest, NamesWhereItLookedWhenThereIsNothing) {
+    std::filesystem::create_directories(world / "home/.claude/projects");
+    const ProgramResult result = here({"summary", "--days", "7"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.out, StartsWith("No usage in the last 7 days\n"));
+    for (const char* path :
+         {".claude/projects          nothing in these days", ".codex/sessions           not found",
+          ".codex/archived_sessions", ".grok/sessions"})
+        EXPECT_THAT(result.out, HasSubstr(path));
+}
+
+TEST_F(CommandTest, SaysWhenTheStoreIsBrokenAndKeepsIt) {
+    writeToday("a.jsonl", "msg_1");
+    const std::string garbage(10'000, 'x');
+    world.write("data/Tokwatch/usage.sqlite", garbage);
+    for (const char* command : {"index", "summary", "doctor"}) {
+        const ProgramResult result = here({command});
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_THAT(result.out + result.err, HasSubstr("file is not a database")) << command;
+    }
+    EXPECT_EQ(world.read("data/Tokwatch/usage.sqlite"), garbage);
+}
+
+TEST_F(CommandTest, LosesNothingWhenTheDiskIsFull) {
+    for (int i = 0; i < 40; ++i) {
+        std::string lines;
+        for (int j = 0; j < 200; ++j) {
+            ClaudeResponse response{"msg_" + std::to_string(i) + "_" + std::to_string(j)};
+            response.timestamp = formattedNow();
+            lines += response.line();
+        }
+        world.write("home/.claude/projects/p/" + std::to_string(i) + ".jsonl", lines);
+        if (i == 0) {
+            EXPECT_EQ(json({"index"})["newEvents"], 200);
+        }
+    }
+    const ProgramResult full =
+        testing::runProgram({"prlimit", "--fsize=150000", TOKWATCH_PROGRAM, "index", "--home",
+                             (world / "home").string(), "--data-dir", (world / "data").string()});
+    EXPECT_EQ(full.status, 1);
+    EXPECT_THAT(full.err, HasSubstr("could not be stored; the next run reads it again"));
+    EXPECT_THAT(full.err, HasSubstr("Tokwatch: indexing 9.jsonl failed: "));
+    // Room again: what was stored is still there, and the rest follows.
+    json({"index"});
+    EXPECT_EQ(decodeUsageSummary(json({"summary"}), DateCoding::iso8601).tokens.output,
+              40 * 200 * 5);
+}
+
+TEST_F(CommandTest, ReadsOnWhereAKilledPassStopped) {
+    ASSERT_EQ(
+        testing::runProgram({"python3", TOKWATCH_DEMO_HOME, (world / "home").string()}).status, 0);
+    const UsageSummary whole = decodeUsageSummary(json({"summary"}), DateCoding::iso8601);
+    std::filesystem::remove_all(world / "data");
+    // Kills at different moments of a pass; whichever it hits, the sums must not tell.
+    for (const char* after : {"0.001", "0.003", "0.005", "0.008", "0.012", "0.02", "0.03"}) {
+        testing::runProgram({"timeout", "-s", "KILL", after, TOKWATCH_PROGRAM, "index", "--home",
+                             (world / "home").string(), "--data-dir", (world / "data").string()});
+    }
+    EXPECT_EQ(decodeUsageSummary(json({"summary"}), DateCoding::iso8601), whole);
+}
+
+TEST_F(CommandTest, ExaminesTheInstallation) {
+    writeToday("a.jsonl", "msg_1");
+    world.write("home/.codex/auth.json", R"({"tokens":{"access_token":"SECRET"}})");
+    std::filesystem::create_directories(world / "home/.grok");
+    world.write("home/.grok/sessions", "a file, not a directory");
+    const ProgramResult result = here({"doctor"});
+    EXPECT_EQ(result.status, 1) << "something is broken here";
+    for (const char* part :
+         {".claude/projects: 1 file", ".codex/sessions does not exist", "is not a directory",
+          "auth.json is there", "is sound", "as of 20", "Days are counted in UTC"})
+        EXPECT_THAT(result.out, HasSubstr(part));
+    EXPECT_EQ(result.out.find("SECRET"), std::string::npos);
+}
+
+} // namespace
+} // namespace tokwatch
