@@ -1,0 +1,103 @@
+#include "DBusMenu.h"
+
+#include "DBusMenuAdaptor.h"
+
+#include <algorithm>
+
+namespace kivo {
+namespace {
+
+constexpr int rootId = 0;
+
+/// Hosts read a single underscore as the mark of a mnemonic.
+QString escapedLabel(QString label) {
+    return label.replace(QLatin1Char('_'), QLatin1String("__"));
+}
+
+MenuShortcut shortcut(const QKeySequence& keys) {
+    const QKeyCombination combination = keys[0];
+    const Qt::KeyboardModifiers modifiers = combination.keyboardModifiers();
+    QStringList names;
+    if (modifiers.testFlag(Qt::ControlModifier)) names << QStringLiteral("Control");
+    if (modifiers.testFlag(Qt::AltModifier)) names << QStringLiteral("Alt");
+    if (modifiers.testFlag(Qt::ShiftModifier)) names << QStringLiteral("Shift");
+    if (modifiers.testFlag(Qt::MetaModifier)) names << QStringLiteral("Super");
+    // Hosts know keys by their X names.
+    names << (combination.key() == Qt::Key_Comma
+                  ? QStringLiteral("comma")
+                  : QKeySequence(combination.key()).toString(QKeySequence::PortableText).toLower());
+    return {names};
+}
+
+QVariantMap entryProperties(const MenuEntry& entry) {
+    if (entry.isSeparator()) return {{QStringLiteral("type"), QStringLiteral("separator")}};
+    QVariantMap result{{QStringLiteral("label"), escapedLabel(entry.label)},
+                       {QStringLiteral("enabled"), true},
+                       {QStringLiteral("visible"), true}};
+    if (!entry.shortcut.isEmpty())
+        result.insert(QStringLiteral("shortcut"), QVariant::fromValue(shortcut(entry.shortcut)));
+    return result;
+}
+
+} // namespace
+
+DBusMenu::DBusMenu(QDBusConnection connection, QString ownPath, Builder builder, QObject* parent)
+    : QObject(parent), bus(std::move(connection)), path(std::move(ownPath)),
+      build(std::move(builder)), entries(build()) {
+    registerMenuTypes();
+    adaptor = new DBusMenuAdaptor(&exported, *this);
+    if (bus.isConnected()) bus.registerObject(path, &exported);
+}
+
+DBusMenu::~DBusMenu() {
+    if (bus.isConnected()) bus.unregisterObject(path);
+}
+
+bool DBusMenu::rebuild() {
+    std::vector<MenuEntry> fresh = build();
+    const bool same =
+        std::ranges::equal(fresh, entries, [](const MenuEntry& left, const MenuEntry& right) {
+            return left.label == right.label && left.shortcut == right.shortcut;
+        });
+    entries = std::move(fresh);
+    if (same) return false;
+    ++revision;
+    emit adaptor->LayoutUpdated(revision, rootId);
+    return true;
+}
+
+const MenuEntry* DBusMenu::entry(int itemId) const {
+    const bool known = itemId >= 1 && static_cast<std::size_t>(itemId) <= entries.size();
+    return known ? &entries[static_cast<std::size_t>(itemId) - 1] : nullptr;
+}
+
+QVariantMap DBusMenu::properties(int itemId, const QStringList& names) const {
+    QVariantMap all;
+    if (itemId == rootId)
+        all.insert(QStringLiteral("children-display"), QStringLiteral("submenu"));
+    else if (const MenuEntry* known = entry(itemId))
+        all = entryProperties(*known);
+    if (names.isEmpty()) return all;
+    QVariantMap wanted;
+    for (const QString& name : names)
+        if (const auto found = all.constFind(name); found != all.cend())
+            wanted.insert(name, *found);
+    return wanted;
+}
+
+MenuLayoutItem DBusMenu::layout(int itemId, int depth, const QStringList& names) const {
+    MenuLayoutItem result{itemId, properties(itemId, names), {}};
+    if (itemId != rootId || depth == 0) return result;
+    for (int child = 1; child <= static_cast<int>(entries.size()); ++child)
+        result.children.append({child, properties(child, names), {}});
+    return result;
+}
+
+void DBusMenu::click(int itemId) {
+    const MenuEntry* clicked = entry(itemId);
+    if (!clicked || !clicked->run) return;
+    QMetaObject::invokeMethod(
+        this, [run = clicked->run] { run(); }, Qt::QueuedConnection);
+}
+
+} // namespace kivo

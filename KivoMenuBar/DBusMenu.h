@@ -1,0 +1,57 @@
+#pragma once
+
+#include "DBusMenuTypes.h"
+
+#include <QDBusConnection>
+#include <QKeySequence>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <vector>
+
+namespace kivo {
+
+/// A line of a context menu; a separator when it has no label.
+struct MenuEntry {
+    QString label;
+    QKeySequence shortcut;
+    std::function<void()> run;
+
+    bool isSeparator() const { return label.isEmpty(); }
+    static MenuEntry separator() { return {}; }
+};
+
+/// A flat context menu that the status area's host draws (com.canonical.dbusmenu). It is built anew
+/// whenever the host is about to show it. Main thread only.
+class DBusMenu : public QObject {
+    Q_OBJECT
+  public:
+    using Builder = std::function<std::vector<MenuEntry>()>;
+
+    /// Exports the menu at `path` for as long as it lives. The entries' calls come from the event
+    /// loop, after the host has its reply, so that they may end the program.
+    DBusMenu(QDBusConnection bus, QString path, Builder build, QObject* parent = nullptr);
+    ~DBusMenu() override;
+
+    /// Builds again, and tells the host when something that it shows differs. True in that case.
+    bool rebuild();
+
+  private:
+    friend class DBusMenuAdaptor;
+
+    const MenuEntry* entry(int itemId) const;
+    QVariantMap properties(int itemId, const QStringList& names) const;
+    MenuLayoutItem layout(int itemId, int depth, const QStringList& names) const;
+    void click(int itemId);
+
+    QDBusConnection bus;
+    QString path;
+    Builder build;
+    std::vector<MenuEntry> entries; ///< the item with number n, counted from 1, is at n - 1
+    uint revision = 1;
+    QObject exported;
+    class DBusMenuAdaptor* adaptor = nullptr;
+};
+
+} // namespace kivo

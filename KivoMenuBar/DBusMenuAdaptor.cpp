@@ -1,0 +1,76 @@
+#include "DBusMenuAdaptor.h"
+
+#include "DBusMenu.h"
+
+#include <QGuiApplication>
+
+namespace kivo {
+namespace {
+
+constexpr int root = 0;
+
+} // namespace
+
+DBusMenuAdaptor::DBusMenuAdaptor(QObject* exported, DBusMenu& owner)
+    : QDBusAbstractAdaptor(exported), menu(owner) {}
+
+QString DBusMenuAdaptor::textDirection() const {
+    return QGuiApplication::isRightToLeft() ? QStringLiteral("rtl") : QStringLiteral("ltr");
+}
+
+uint DBusMenuAdaptor::GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
+                                MenuLayoutItem& layout) {
+    layout = menu.layout(parentId, recursionDepth, propertyNames);
+    return menu.revision;
+}
+
+MenuItemPropertiesList DBusMenuAdaptor::GetGroupProperties(const QList<int>& ids,
+                                                           const QStringList& propertyNames) {
+    MenuItemPropertiesList result;
+    // No ids mean all items.
+    QList<int> wanted = ids;
+    if (wanted.isEmpty()) {
+        for (int id = root; id <= static_cast<int>(menu.entries.size()); ++id)
+            wanted.append(id);
+    }
+    for (const int id : wanted)
+        if (id == root || menu.entry(id)) result.append({id, menu.properties(id, propertyNames)});
+    return result;
+}
+
+QDBusVariant DBusMenuAdaptor::GetProperty(int id, const QString& name) {
+    const QVariant value = menu.properties(id, {name}).value(name);
+    return QDBusVariant(value.isValid() ? value : QString());
+}
+
+void DBusMenuAdaptor::Event(int id, const QString& eventId, const QDBusVariant&, uint) {
+    if (eventId == QLatin1String("clicked")) menu.click(id);
+}
+
+QList<int> DBusMenuAdaptor::EventGroup(const MenuEvents& events) {
+    QList<int> unknown;
+    for (const MenuEvent& event : events) {
+        if (event.id != root && !menu.entry(event.id))
+            unknown.append(event.id);
+        else
+            Event(event.id, event.type, event.data, event.timestamp);
+    }
+    return unknown;
+}
+
+bool DBusMenuAdaptor::AboutToShow(int id) {
+    return id == root && menu.rebuild();
+}
+
+QList<int> DBusMenuAdaptor::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
+    QList<int> updated;
+    for (const int id : ids) {
+        if (id != root && !menu.entry(id))
+            idErrors.append(id);
+        else if (AboutToShow(id))
+            updated.append(id);
+    }
+    return updated;
+}
+
+} // namespace kivo

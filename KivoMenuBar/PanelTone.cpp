@@ -1,0 +1,79 @@
+#include "PanelTone.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+
+namespace kivo {
+namespace {
+
+constexpr auto settingsService = "org.xfce.Xfconf";
+constexpr auto settingsPath = "/org/xfce/Xfconf";
+constexpr auto panelChannel = "xfce4-panel";
+constexpr auto darkMode = "/panels/dark-mode";
+constexpr auto desktopChannel = "xsettings";
+constexpr auto themeName = "/Net/ThemeName";
+
+} // namespace
+
+PanelTone::PanelTone(QDBusConnection connection, const StatusAreaHost& areaHost, QObject* parent)
+    : QObject(parent), bus(std::move(connection)), host(areaHost) {
+    connect(&host, &StatusAreaHost::changed, this, &PanelTone::hostChanged);
+    hostChanged();
+}
+
+void PanelTone::setDesktopDark(bool isDark) {
+    desktopDark = isDark;
+    update();
+}
+
+void PanelTone::hostChanged() {
+    if (host.area().isXfce && !followsSettings) {
+        followsSettings =
+            bus.connect(settingsService, settingsPath, settingsService, "PropertyChanged", this,
+                        SLOT(settingChanged(QString, QString, QDBusVariant)));
+        readSetting(panelChannel, darkMode);
+        readSetting(desktopChannel, themeName);
+    }
+    update();
+}
+
+void PanelTone::readSetting(const char* channel, const char* property) {
+    QDBusMessage call = QDBusMessage::createMethodCall(settingsService, settingsPath,
+                                                       settingsService, "GetProperty");
+    call << QString::fromLatin1(channel) << QString::fromLatin1(property);
+    auto* pending = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    connect(pending, &QDBusPendingCallWatcher::finished, this, [=, this] {
+        pending->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *pending;
+        // A property that was never set is an error: the next source decides.
+        if (reply.isValid())
+            settingChanged(QString::fromLatin1(channel), QString::fromLatin1(property),
+                           reply.value());
+    });
+}
+
+void PanelTone::settingChanged(const QString& channel, const QString& property,
+                               const QDBusVariant& value) {
+    if (channel == QLatin1String(panelChannel) && property == QLatin1String(darkMode))
+        panelDark = value.variant().toBool();
+    else if (channel == QLatin1String(desktopChannel) && property == QLatin1String(themeName))
+        gtkThemeDark =
+            value.variant().toString().contains(QLatin1String("dark"), Qt::CaseInsensitive);
+    else
+        return;
+    update();
+}
+
+void PanelTone::update() {
+    bool next = desktopDark;
+    if (host.area().alwaysDark)
+        next = true;
+    else if (host.area().isXfce)
+        next = panelDark.value_or(false) || gtkThemeDark.value_or(desktopDark);
+    if (next == dark) return;
+    dark = next;
+    emit changed();
+}
+
+} // namespace kivo

@@ -1,0 +1,111 @@
+#include "StatusAreaHost.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
+#include <QDBusVariant>
+#include <QFile>
+
+#include <algorithm>
+#include <array>
+
+namespace kivo {
+namespace {
+
+constexpr auto watcherService = "org.kde.StatusNotifierWatcher";
+constexpr auto watcherPath = "/StatusNotifierWatcher";
+constexpr auto hostPrefix = "org.kde.StatusNotifierHost-";
+
+struct KnownHost {
+    QLatin1String process; ///< the beginning of its name
+    StatusArea area;
+};
+
+constexpr std::array knownHosts{
+    KnownHost{QLatin1String("waybar"), {StatusAreaKind::wide, false, true, false}},
+    // The service behind the indicator plugins of the xfce and MATE panels. It hands on names of
+    // icons, which the panel draws in its own colour.
+    KnownHost{QLatin1String("ayatana-indicat"), {StatusAreaKind::label, true, false, true}},
+    KnownHost{QLatin1String("gnome-shell"), {StatusAreaKind::label, false, true, false}},
+    // The xfce panel runs each plugin in a process that it names after it.
+    KnownHost{QLatin1String("panel-"), {StatusAreaKind::square, false, false, true}},
+    KnownHost{QLatin1String("xfce4-panel"), {StatusAreaKind::square, false, false, true}},
+    KnownHost{QLatin1String("wrapper-2.0"), {StatusAreaKind::square, false, false, true}},
+};
+
+constexpr StatusArea unknownHost{StatusAreaKind::square, false, false, false};
+
+} // namespace
+
+StatusArea statusAreaOf(QStringView processName) {
+    const auto known = std::ranges::find_if(
+        knownHosts, [&](const KnownHost& host) { return processName.startsWith(host.process); });
+    return known == knownHosts.end() ? unknownHost : known->area;
+}
+
+QString StatusAreaHost::systemProcessName(uint pid) {
+    QFile name(QStringLiteral("/proc/%1/comm").arg(pid));
+    if (!name.open(QIODevice::ReadOnly)) return {};
+    return QString::fromUtf8(name.readAll().trimmed());
+}
+
+StatusAreaHost::StatusAreaHost(QDBusConnection connection, QObject* parent, ProcessName name)
+    : QObject(parent), bus(std::move(connection)), processName(std::move(name)) {
+    if (!bus.isConnected()) return;
+    watched = new QDBusServiceWatcher(watcherService, bus, QDBusServiceWatcher::WatchForOwnerChange,
+                                      this);
+    connect(watched, &QDBusServiceWatcher::serviceOwnerChanged, this, &StatusAreaHost::look);
+    for (const char* member : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
+        bus.connect(watcherService, watcherPath, watcherService, member, this, SLOT(look()));
+    look();
+}
+
+void StatusAreaHost::look() {
+    if (!bus.interface()->isServiceRegistered(watcherService)) return assign({});
+    // A watcher may run on its own, waiting for a host. It is not ours, so it may take its time.
+    QDBusMessage ask = QDBusMessage::createMethodCall(watcherService, watcherPath,
+                                                      "org.freedesktop.DBus.Properties", "Get");
+    ask << QString::fromLatin1(watcherService) << QStringLiteral("IsStatusNotifierHostRegistered");
+    auto* pending = new QDBusPendingCallWatcher(bus.asyncCall(ask), this);
+    connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
+        pending->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *pending;
+        // Who does not answer the question is taken for a host.
+        if (reply.isValid() && !reply.value().variant().toBool())
+            assign({});
+        else
+            conclude();
+    });
+}
+
+void StatusAreaHost::conclude() {
+    const QStringList hosts = hostServices();
+    // Hosts come and go without their watcher noticing; each one's name tells.
+    watched->setWatchedServices(QStringList{watcherService} + hosts);
+    if (hosts.isEmpty()) return assign(areaOf(watcherService));
+
+    StatusArea common = areaOf(hosts.front());
+    for (const QString& host : hosts.mid(1))
+        if (areaOf(host) != common) common = unknownHost;
+    assign(common);
+}
+
+void StatusAreaHost::assign(const StatusArea& next) {
+    if (next == current) return;
+    current = next;
+    emit changed();
+}
+
+QStringList StatusAreaHost::hostServices() const {
+    // Asks the bus itself, which answers at once.
+    return bus.interface()->registeredServiceNames().value().filter(QLatin1String(hostPrefix));
+}
+
+StatusArea StatusAreaHost::areaOf(const QString& service) const {
+    const QDBusReply<uint> pid = bus.interface()->servicePid(service);
+    return pid.isValid() ? statusAreaOf(processName(pid.value())) : StatusArea{};
+}
+
+} // namespace kivo

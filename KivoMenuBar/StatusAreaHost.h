@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+
+class QDBusServiceWatcher;
+
+namespace kivo {
+
+/// What a status area makes of an item's picture and text.
+enum class StatusAreaKind {
+    none,   ///< there is no status area
+    square, ///< squeezes every picture into a square and shows no text
+    wide,   ///< keeps a picture's proportions and shows no text
+    label,  ///< shows the item's label as live text beside the picture
+};
+
+/// What is known of a status area.
+struct StatusArea {
+    StatusAreaKind kind = StatusAreaKind::none;
+    bool namesOnly = false;  ///< takes icons by name and ignores pixels
+    bool alwaysDark = false; ///< dark unless its owner styled it otherwise, whatever the desktop is
+    bool isXfce = false;     ///< has its colours from the xfce settings
+
+    friend bool operator==(const StatusArea&, const StatusArea&) = default;
+};
+
+/// The status area of a host whose process has this name (as in /proc/PID/comm, so at most 15
+/// characters). Unknown ones count as square: a square picture is right everywhere.
+StatusArea statusAreaOf(QStringView processName);
+
+/// Follows which status area the desktop has at the moment. Where several hosts disagree the area
+/// counts as square. Main thread only.
+class StatusAreaHost : public QObject {
+    Q_OBJECT
+  public:
+    using ProcessName = std::function<QString(uint pid)>;
+
+    explicit StatusAreaHost(QDBusConnection bus, QObject* parent = nullptr,
+                            ProcessName processName = systemProcessName);
+
+    const StatusArea& area() const { return current; }
+
+    /// From /proc; empty when there is no such process.
+    static QString systemProcessName(uint pid);
+
+  signals:
+    void changed();
+
+  private slots:
+    void look();
+
+  private:
+    void conclude();
+    void assign(const StatusArea& next);
+    QStringList hostServices() const;
+    StatusArea areaOf(const QString& service) const;
+
+    QDBusConnection bus;
+    ProcessName processName;
+    QDBusServiceWatcher* watched = nullptr;
+    StatusArea current;
+};
+
+} // namespace kivo
