@@ -8,7 +8,8 @@
 namespace tokwatch::testing {
 
 TemporaryDirectory::TemporaryDirectory() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tokwatch-test-XXXXXX").string();
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "tokwatch-test-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr)
         throw std::system_error(errno, std::generic_category(), "mkdtemp");
     directory = pattern;
@@ -19,7 +20,8 @@ TemporaryDirectory::~TemporaryDirectory() {
     std::filesystem::remove_all(directory, ignored);
 }
 
-std::filesystem::path TemporaryDirectory::write(std::string_view relative, std::string_view contents) const {
+std::filesystem::path TemporaryDirectory::write(std::string_view relative,
+                                                std::string_view contents) const {
     const std::filesystem::path file = directory / relative;
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << contents;

@@ -15,7 +15,9 @@ class TemporaryDirectory {
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
     const std::filesystem::path& path() const { return directory; }
-    std::filesystem::path operator/(std::string_view relative) const { return directory / relative; }
+    std::filesystem::path operator/(std::string_view relative) const {
+        return directory / relative;
+    }
 
     /// Writes a file, making its directories; answers its path.
     std::filesystem::path write(std::string_view relative, std::string_view contents) const;
