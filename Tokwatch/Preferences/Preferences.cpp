@@ -37,12 +37,20 @@ ProviderList completed(const ProviderList& given) {
 constexpr QFileDevice::Permissions privateFile = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
 constexpr QFileDevice::Permissions privateDirectory = privateFile | QFileDevice::ExeOwner;
 
-/// Makes a missing directory readable for its owner only; one that exists is the user's business.
-void makeDirectory(const QString& path) {
-    const QDir directory(path);
-    if (directory.exists()) return;
-    QDir().mkpath(QFileInfo(path).path());
-    QDir().mkdir(path, privateDirectory);
+/// Makes the directory and an empty file where they are missing, for their owner only: QSettings
+/// keeps the permissions that it finds and would let everybody read a file that it makes. What
+/// exists is left as it is.
+void makeFile(const QString& path) {
+    const QFileInfo info(path);
+    const QFileInfo directory(info.absolutePath());
+    if (!directory.exists()) {
+        QDir().mkpath(directory.absolutePath());
+        QFile::setPermissions(directory.absoluteFilePath(), privateDirectory);
+    }
+    if (!info.exists()) {
+        QFile file(path);
+        file.open(QIODevice::NewOnly | QIODevice::WriteOnly, privateFile);
+    }
 }
 
 } // namespace
@@ -128,11 +136,11 @@ void Preferences::followFile() {
 /// Writers replace the file, which ends the watch on it; the directory's watch tells of the new
 /// one. The file's own is for those who write into it.
 void Preferences::watchFile() {
+    makeFile(settings.fileName());
     const QFileInfo file(settings.fileName());
     const QString directory = file.absolutePath();
-    makeDirectory(directory);
     if (!watcher->directories().contains(directory)) watcher->addPath(directory);
-    if (file.exists() && !watcher->files().contains(file.absoluteFilePath()))
+    if (!watcher->files().contains(file.absoluteFilePath()))
         watcher->addPath(file.absoluteFilePath());
 }
 
@@ -141,13 +149,14 @@ std::unique_ptr<QSettings> userSettings() {
         std::make_unique<QSettings>(QStringLiteral("Tokwatch"), QStringLiteral("Tokwatch"));
     // Neither the machine's nor another program's settings are ours.
     settings->setFallbacksEnabled(false);
-    makeDirectory(QFileInfo(settings->fileName()).absolutePath());
+    makeFile(settings->fileName());
     return settings;
 }
 
 std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file) {
-    makeDirectory(QFileInfo(QFile::decodeName(file.c_str())).absolutePath());
-    return std::make_unique<QSettings>(QFile::decodeName(file.c_str()), QSettings::IniFormat);
+    const QString path = QFile::decodeName(file.c_str());
+    makeFile(path);
+    return std::make_unique<QSettings>(path, QSettings::IniFormat);
 }
 
 } // namespace tokwatch

@@ -77,7 +77,7 @@ class Preferences {
 
 /// The settings file of the user, $XDG_CONFIG_HOME/Tokwatch/Tokwatch.conf.
 std::unique_ptr<QSettings> userSettings();
-/// The settings file at the path, in a directory that is made when it is missing.
+/// The settings file at the path. It and its directory are made when they are missing.
 std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file);
 
 } // namespace tokwatch
