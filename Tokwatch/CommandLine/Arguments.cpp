@@ -64,7 +64,7 @@ CLI::Option* addChoice(CLI::App& command, const std::string& name, Value& value,
         .add_option_function<std::string>(
             name, [&value, choices](const std::string& choice) { value = choices.at(choice); },
             about)
-        ->check(CLI::IsMember(names))
+        ->check(CLI::IsMember(names).description(""))
         ->type_name(CLI::detail::join(names, "|"));
 }
 
@@ -78,7 +78,7 @@ void addSummary(CLI::App& app, Invocation& invocation, SummaryOptions& options) 
         addDataCommand(app, invocation, "summary", "Show tokens and what they would have cost");
     command.add_option("--days", options.days, "How many days, today included (default: 30)")
         ->type_name("N")
-        ->check(CLI::Range(-mostDays, mostDays));
+        ->check(CLI::Range(-mostDays, mostDays).description(""));
     addChoice<SummaryUnit>(command, "--unit", options.unit,
                            {{"cost", SummaryUnit::cost}, {"tokens", SummaryUnit::tokens}},
                            "Lead with money or tokens");
