@@ -41,13 +41,12 @@ constexpr QFileDevice::Permissions privateDirectory = privateFile | QFileDevice:
 /// keeps the permissions that it finds and would let everybody read a file that it makes. What
 /// exists is left as it is.
 void makeFile(const QString& path) {
-    const QFileInfo info(path);
-    const QFileInfo directory(info.absolutePath());
-    if (!directory.exists()) {
-        QDir().mkpath(directory.absolutePath());
-        QFile::setPermissions(directory.absoluteFilePath(), privateDirectory);
+    const QString directory = QFileInfo(path).absolutePath();
+    if (!QFileInfo::exists(directory)) {
+        QDir().mkpath(directory);
+        QFile::setPermissions(directory, privateDirectory);
     }
-    if (!info.exists()) {
+    if (!QFileInfo::exists(path)) {
         QFile file(path);
         file.open(QIODevice::NewOnly | QIODevice::WriteOnly, privateFile);
     }

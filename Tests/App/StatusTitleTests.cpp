@@ -1,0 +1,144 @@
+#include "StatusTitle.h"
+
+#include "Preferences.h"
+#include "TemporaryDirectory.h"
+
+#include <QSettings>
+
+#include <gmock/gmock.h>
+
+namespace tokwatch {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using enum ProviderID;
+
+const Date now = dateFromUnixSeconds(1'773'147'600);
+
+/// A window with so much left, which resets so many seconds from now.
+LimitWindow window(const std::string& id, double left, std::optional<double> resetsIn = {}) {
+    LimitWindow made;
+    made.id = id;
+    made.label = "The " + id;
+    made.usedFraction = 1 - left;
+    if (resetsIn) made.resetsAt = now + Seconds{*resetsIn};
+    made.source = LimitSource::live();
+    return made;
+}
+
+class StatusTitleTest : public ::testing::Test {
+    testing::TemporaryDirectory directory;
+    std::unique_ptr<QSettings> settings = settingsFile(directory / "settings.conf");
+
+  protected:
+    Preferences preferences{*settings};
+    LimitsByProvider limits;
+
+    StatusTitle title() const { return statusTitle(preferences, limits, now); }
+    StatusTitle title(ProviderID provider, const std::string& id) const {
+        return statusTitle(preferences, limits, now, {provider, id, ""});
+    }
+};
+
+TEST_F(StatusTitleTest, ShowsThePinnedProvidersTightestWindow) {
+    limits[claude].windows = {window("week", 0.75, 200'000), window("session", 0.5, 11'100)};
+    limits[codex].windows = {window("week", 0.3)};
+    limits[grok]; // known, but without windows
+    EXPECT_EQ(title(), (StatusTitle{"50% · 3h 5m", claude, Severity::normal,
+                                    "Claude · The session 50% left · resets in 3h 5m\n"
+                                    "Codex · The week 30% left"}));
+    preferences.showResetTime = false;
+    EXPECT_EQ(title().text, "50%");
+    preferences.pinnedProvider = codex;
+    preferences.showResetTime = true;
+    EXPECT_EQ(title().text, "30%"); // no reset time to show
+}
+
+TEST_F(StatusTitleTest, HasNothingToShow) {
+    EXPECT_EQ(title(), (StatusTitle{std::nullopt, claude, Severity::normal, "Tokwatch"}));
+    limits[claude].windows = {window("session", 0)};
+    preferences.menuBarStyle = MenuBarStyle::icon;
+    EXPECT_EQ(title(), (StatusTitle{std::nullopt, std::nullopt, Severity::critical,
+                                    "Claude · The session 0% left"}));
+    preferences.menuBarStyle = MenuBarStyle::provider;
+    preferences.disabledProviders = ProviderSet{claude, codex, grok, cursor};
+    EXPECT_EQ(title(), (StatusTitle{std::nullopt, std::nullopt, Severity::normal, "Tokwatch"}));
+}
+
+TEST_F(StatusTitleTest, FallsBackToTheFirstEnabledProvider) {
+    limits[codex].windows = {window("week", 0.25)};
+    limits[claude].windows = {window("session", 0)};
+    preferences.providerOrder = ProviderList{claude, codex};
+    preferences.disabledProviders = ProviderSet{claude};
+    EXPECT_EQ(title(), (StatusTitle{"25%", codex, Severity::warning, "Codex · The week 25% left"}));
+}
+
+TEST_F(StatusTitleTest, ChoosesTheWindow) {
+    limits[claude].windows = {window("a", 0.5, 60), window("b", 0.25, 60), window("c", 0.25, 60),
+                              window("old", 0.1, 0)};
+    EXPECT_EQ(menuBarWindow(preferences, claude, limits[claude], now)->id, "b");
+    preferences.menuBarWindows = WindowChoices{{"claude", "a"}, {"codex", "b"}};
+    EXPECT_EQ(title().text, "50% · 1m");
+    EXPECT_EQ(title().tooltip,
+              "Claude · The b 25% left · resets in 1m"); // the tightest all the same
+    preferences.menuBarWindows = WindowChoices{{"claude", "gone"}};
+    EXPECT_EQ(title().text, "25% · 1m");
+
+    limits[claude].windows = {window("old", 0.1, 0), window("older", 0, -60)};
+    EXPECT_EQ(title(),
+              (StatusTitle{"100% · now", claude, Severity::normal, "Claude · The old 100% left"}));
+}
+
+TEST_F(StatusTitleTest, TintsByTheLeastOfAllEnabledProviders) {
+    struct Case {
+        double claudeLeft, codexLeft;
+        Severity expected;
+    };
+    for (const auto& [claudeLeft, codexLeft, expected] :
+         {Case{0.5, 0.75, Severity::normal}, Case{0.5, 0.25, Severity::warning},
+          Case{0.125, 0.5, Severity::warning}, Case{0.5, 0.0625, Severity::critical},
+          Case{0, 0, Severity::critical}}) {
+        limits[claude].windows = {window("session", claudeLeft)};
+        limits[codex].windows = {window("week", codexLeft)};
+        limits[grok].windows = {window("week", 0)};
+        preferences.disabledProviders = ProviderSet{grok};
+        EXPECT_EQ(title().severity, expected) << claudeLeft << ' ' << codexLeft;
+    }
+    preferences.warningThreshold = 0.6;
+    preferences.criticalThreshold = 0.5;
+    limits[claude].windows = {window("session", 0.5)};
+    limits[codex].windows = {window("week", 0.1), window("month", 0.9)};
+    preferences.menuBarWindows = WindowChoices{{"codex", "month"}};
+    EXPECT_EQ(title().severity, Severity::critical); // at the level; only menu-bar windows count
+    preferences.criticalThreshold = 0.4;
+    EXPECT_EQ(title().severity, Severity::warning);
+    preferences.tintEnabled = false;
+    EXPECT_EQ(title().severity, Severity::normal);
+}
+
+TEST_F(StatusTitleTest, StepsThroughTheWindowsOfEnabledProviders) {
+    limits[claude].windows = {window("session", 0.5), window("week", 0.75)};
+    limits[codex].windows = {window("session", 0.25)};
+    limits[grok].windows = {window("week", 0.5)};
+    preferences.providerOrder = ProviderList{codex, claude};
+    preferences.disabledProviders = ProviderSet{grok};
+    EXPECT_THAT(windowChoices(preferences, limits),
+                ElementsAre(WindowChoice{codex, "session", "The session"},
+                            WindowChoice{claude, "session", "The session"},
+                            WindowChoice{claude, "week", "The week"}));
+    EXPECT_THAT(windowChoices(limits, cursor), IsEmpty());
+
+    preferences.menuBarStyle = MenuBarStyle::icon;
+    const StatusTitle usual = title();
+    StatusTitle expected = usual;
+    expected.text = "75%";
+    expected.provider = claude;
+    EXPECT_EQ(title(claude, "week"), expected);
+    EXPECT_EQ(title(claude, "gone").text, "50%");
+    EXPECT_EQ(title(grok, "week"), usual);
+    EXPECT_EQ(title(cursor, "week"), usual);
+}
+
+} // namespace
+} // namespace tokwatch

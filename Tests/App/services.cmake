@@ -1,0 +1,3 @@
+tokwatch_test(TitleTests
+  SOURCES ObservingUpdaterTests.cpp StatusTitleTests.cpp
+  LINK TokwatchTitle TokwatchPreferences)
