@@ -94,6 +94,13 @@ TEST_F(CommandTest, SaysWhatIsMissing) {
     }
 }
 
+TEST_F(CommandTest, NamesTheCommandsWhereThereIsNoDisplay) {
+    const ProgramResult result = tokwatch({});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("summary"));
+    EXPECT_TRUE(isOneLine(result.err)) << result.err;
+}
+
 TEST_F(CommandTest, HelpsAndNamesItsVersion) {
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"--help"}, {"summary", "--help"}, {"--version"}}) {

@@ -1,6 +1,7 @@
 #include "Arguments.h"
 
 #include "CommandEnvironment.h"
+#include "DesktopCommand.h"
 #include "DoctorCommand.h"
 #include "IndexCommand.h"
 #include "RereadCommand.h"
@@ -25,7 +26,17 @@ struct Invocation {
     std::string home;
     std::string dataDirectory;
     bool json = false;
-    std::function<int(const CommandEnvironment&)> run;
+    /// The desktop application unless a command replaces it.
+    std::function<int(const CommandEnvironment&)> run = [this](const CommandEnvironment&) {
+        return runDesktop(pathOptions());
+    };
+
+    std::vector<std::string> pathOptions() const {
+        std::vector<std::string> options;
+        if (!home.empty()) options.insert(options.end(), {"--home", home});
+        if (!dataDirectory.empty()) options.insert(options.end(), {"--data-dir", dataDirectory});
+        return options;
+    }
 
     CommandEnvironment environment(Terminal& terminal) const {
         UserPaths paths = UserPaths::current();
@@ -123,7 +134,9 @@ std::string oneLine(const std::string& message) {
 } // namespace
 
 int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
-    CLI::App app("Rate limits and token usage of AI coding assistants", "tokwatch");
+    CLI::App app(
+        "Rate limits and token usage of AI coding assistants. Without a command: the desktop application.",
+        "tokwatch");
     app.set_version_flag("--version", "tokwatch " TOKWATCH_VERSION);
     app.require_subcommand(0, 1);
     app.get_formatter()->column_width(34);

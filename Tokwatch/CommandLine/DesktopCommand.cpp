@@ -1,0 +1,41 @@
+#include "DesktopCommand.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <system_error>
+
+namespace tokwatch {
+namespace {
+
+bool isSet(const char* name) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
+    const char* value = std::getenv(name);
+    return value != nullptr && *value != '\0';
+}
+
+} // namespace
+
+int runDesktop(const std::vector<std::string>& options) {
+    // The toolkit's own variable counts too: it may name a platform that needs no display server.
+    if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM"))
+        throw CommandError(
+            "there is no display to show windows on; without one there are the commands summary, "
+            "limits, status and doctor (see tokwatch --help)");
+    std::error_code ignored;
+    const std::filesystem::path program =
+        std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / "tokwatch-desktop";
+    std::vector<std::string> command{program.string()};
+    command.insert(command.end(), options.begin(), options.end());
+    std::vector<char*> arguments;
+    for (std::string& argument : command)
+        arguments.push_back(argument.data());
+    arguments.push_back(nullptr);
+    ::execv(program.c_str(), arguments.data());
+    throw CommandError("starting " + program.string() +
+                       " failed: " + std::generic_category().message(errno));
+}
+
+} // namespace tokwatch
