@@ -66,7 +66,8 @@ Terminal::Terminal(std::FILE* o, std::FILE* e, bool isTerminal, bool hasColour, 
     : out(o), err(e), interactive(isTerminal), colour(hasColour), width(columns) {}
 
 void Terminal::write(std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), out);
+    // An empty view may have no address, which the C library must not be given.
+    if (!text.empty()) std::fwrite(text.data(), 1, text.size(), out);
 }
 
 void Terminal::line(std::string_view text) {
