@@ -1,0 +1,28 @@
+#pragma once
+
+#include "CredentialSource.h"
+#include "HTTPClient.h"
+#include "LimitsProvider.h"
+
+#include <memory>
+
+namespace tokwatch {
+
+/// The limits of a Claude Code user: asks Claude's usage endpoint with the login that Claude Code
+/// itself stored. Results carry the plan as soon as the login is read, failures too.
+class ClaudeLimitsProvider final : public LimitsProvider {
+  public:
+    static constexpr const char* keychainService = "Claude Code-credentials";
+
+    ClaudeLimitsProvider(std::shared_ptr<CredentialSource> credentials,
+                         std::shared_ptr<HTTPClient> http);
+
+    ProviderID id() const override { return ProviderID::claude; }
+    QCoro::Task<ProviderLimits> fetch(Date now) override;
+
+  private:
+    std::shared_ptr<CredentialSource> credentials;
+    std::shared_ptr<HTTPClient> http;
+};
+
+} // namespace tokwatch

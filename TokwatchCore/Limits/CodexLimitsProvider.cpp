@@ -1,0 +1,137 @@
+#include "CodexLimitsProvider.h"
+
+#include "CodexUsageResponse.h"
+#include "DecodingError.h"
+#include "ServiceDocument.h"
+#include "UsageEndpoint.h"
+#include "UsageHosts.h"
+#include "UsageStore.h"
+
+#include <QByteArray>
+
+#include <exception>
+#include <string>
+
+namespace tokwatch {
+namespace {
+
+/// How old stored numbers may be for the endpoint not to be asked.
+constexpr Seconds freshness{600};
+
+/// Codex's login.
+struct Login {
+    std::string accessToken;
+    std::string accountID; ///< empty when there is none
+};
+
+/// {"tokens": {"access_token": "…", "account_id": "…"}}; absent when there is no usable login.
+std::optional<Login> readLogin(CredentialSource& credentials, const std::filesystem::path& file) {
+    try {
+        const document::Value root = document::parse(credentials.fileData(file));
+        const document::Value* tokens = document::object(root, "tokens");
+        if (tokens == nullptr) return std::nullopt;
+        Login login;
+        login.accessToken = document::string(*tokens, "access_token").value_or("");
+        login.accountID = document::string(*tokens, "account_id").value_or("");
+        if (login.accessToken.empty()) return std::nullopt;
+        return login;
+    } catch (const std::exception&) {
+        // Whatever it was, there is no login to use.
+        return std::nullopt;
+    }
+}
+
+std::optional<ProviderLimits> storedLimits(UsageStore& store) {
+    try {
+        return store.limits(ProviderID::codex);
+    } catch (const std::exception&) {
+        // The numbers are a convenience here; the store's other users tell of its failures.
+        return std::nullopt;
+    }
+}
+
+HTTPRequest usageRequest(const Login& login) {
+    HTTPRequest request(std::string("https://") + codexHost + "/backend-api/wham/usage");
+    request.headers.push_back(bearerHeader(login.accessToken));
+    if (!login.accountID.empty())
+        request.headers.emplace_back("ChatGPT-Account-Id", login.accountID);
+    request.headers.push_back(userAgentHeader());
+    return request;
+}
+
+QCoro::Task<ProviderLimits> fetchLive(std::shared_ptr<CredentialSource> credentials,
+                                      std::shared_ptr<HTTPClient> http,
+                                      std::filesystem::path authFile, Date now) {
+    ProviderLimits limits = limitsWithout(ProviderStatus::unavailable, now);
+    if (!http) co_return limits;
+    const std::optional<Login> login = readLogin(*credentials, authFile);
+    if (!login) co_return limits;
+    limits.status = ProviderStatus::signInNeeded;
+    const std::optional<Date> expiry = tokenExpiry(login->accessToken);
+    if (expiry && *expiry <= now) co_return limits;
+
+    const HTTPRequest request = usageRequest(*login);
+    const UsageAnswer answer = co_await askUsageEndpoint(http, request);
+    limits.status = answer.status;
+    if (answer.status != ProviderStatus::ok) co_return limits;
+    try {
+        CodexUsageResponse response = CodexUsageResponse::decode(answer.body);
+        limits.plan = std::move(response.plan);
+        limits.windows = std::move(response.windows);
+    } catch (const DecodingError&) {
+        limits.status = ProviderStatus::unreachable;
+    }
+    co_return limits;
+}
+
+ProviderLimits combine(ProviderLimits live, const std::optional<ProviderLimits>& stored) {
+    if (!stored) return live;
+    if (live.status == ProviderStatus::ok)
+        return stored->fetchedAt > live.fetchedAt ? stored->markedStale() : live;
+    if (stored->windows.empty()) return live;
+    ProviderLimits limits = stored->markedStale();
+    // Without a login the log's numbers are all there is, and nothing is wrong with them.
+    if (live.status != ProviderStatus::unavailable) limits.status = live.status;
+    return limits;
+}
+
+} // namespace
+
+CodexLimitsProvider::CodexLimitsProvider(std::shared_ptr<UsageStore> limitsStore,
+                                         std::shared_ptr<CredentialSource> source,
+                                         std::shared_ptr<HTTPClient> client,
+                                         std::filesystem::path home)
+    : store(std::move(limitsStore)), credentials(std::move(source)), http(std::move(client)),
+      codexHome(std::move(home)) {}
+
+QCoro::Task<ProviderLimits> CodexLimitsProvider::fetch(Date now) {
+    const std::optional<ProviderLimits> stored = storedLimits(*store);
+    if (stored && now - stored->fetchedAt <= freshness) co_return *stored;
+    const std::filesystem::path authFile = codexHome / "auth.json";
+    ProviderLimits live = co_await fetchLive(credentials, http, authFile, now);
+    ProviderLimits limits = combine(std::move(live), stored);
+    co_return limits;
+}
+
+std::optional<Date> tokenExpiry(std::string_view token) {
+    const std::size_t first = token.find('.');
+    if (first == std::string_view::npos) return std::nullopt;
+    const std::string_view part = token.substr(first + 1, token.find('.', first + 1) - (first + 1));
+    QByteArray payload(part.data(), std::ssize(part));
+    payload.replace('-', '+').replace('_', '/');
+    while (payload.size() % 4 != 0)
+        payload.append('=');
+    const auto decoded =
+        QByteArray::fromBase64Encoding(payload, QByteArray::AbortOnBase64DecodingErrors);
+    if (!decoded) return std::nullopt;
+    try {
+        const document::Value claims = document::parse(decoded.decoded.toStdString());
+        const std::optional<double> seconds = document::number(claims, "exp");
+        if (!seconds) return std::nullopt;
+        return dateFromUnixSeconds(*seconds);
+    } catch (const DecodingError&) {
+        return std::nullopt;
+    }
+}
+
+} // namespace tokwatch

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "CredentialSource.h"
+#include "HTTPClient.h"
+#include "LimitsProvider.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace tokwatch {
+
+class UsageStore;
+
+/// The limits of a Codex user: those in the store, which the indexer reads from Codex's logs, while
+/// they are at most ten minutes old; after that ChatGPT's usage endpoint, asked with the login in
+/// Codex's own "auth.json". Stored windows take the place of a failure, marked stale.
+class CodexLimitsProvider final : public LimitsProvider {
+  public:
+    /// Without an HTTP client there are the stored numbers only.
+    CodexLimitsProvider(std::shared_ptr<UsageStore> store,
+                        std::shared_ptr<CredentialSource> credentials,
+                        std::shared_ptr<HTTPClient> http, std::filesystem::path codexHome);
+
+    ProviderID id() const override { return ProviderID::codex; }
+    QCoro::Task<ProviderLimits> fetch(Date now) override;
+
+  private:
+    std::shared_ptr<UsageStore> store;
+    std::shared_ptr<CredentialSource> credentials;
+    std::shared_ptr<HTTPClient> http;
+    std::filesystem::path codexHome;
+};
+
+/// When a JSON Web Token expires; absent when that cannot be read from it.
+std::optional<Date> tokenExpiry(std::string_view token);
+
+} // namespace tokwatch

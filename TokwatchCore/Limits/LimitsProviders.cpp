@@ -1,0 +1,26 @@
+#include "LimitsProviders.h"
+
+#include "ClaudeLimitsProvider.h"
+#include "CodexLimitsProvider.h"
+#include "CursorProvider.h"
+#include "GrokLimitsProvider.h"
+
+namespace tokwatch {
+
+std::map<ProviderID, std::shared_ptr<LimitsProvider>>
+makeLimitsProviders(std::shared_ptr<UsageStore> store,
+                    std::shared_ptr<CredentialSource> credentials, std::shared_ptr<HTTPClient> http,
+                    const std::filesystem::path& codexHome) {
+    std::map<ProviderID, std::shared_ptr<LimitsProvider>> providers;
+    const auto add = [&providers](std::shared_ptr<LimitsProvider> provider) {
+        const ProviderID id = provider->id();
+        providers.emplace(id, std::move(provider));
+    };
+    add(std::make_shared<ClaudeLimitsProvider>(credentials, http));
+    add(std::make_shared<CodexLimitsProvider>(std::move(store), credentials, http, codexHome));
+    add(std::make_shared<GrokLimitsProvider>());
+    add(std::make_shared<CursorProvider>());
+    return providers;
+}
+
+} // namespace tokwatch

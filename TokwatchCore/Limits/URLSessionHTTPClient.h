@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Date.h"
+#include "HTTPClient.h"
+#include "UsageHosts.h"
+
+#include <QList>
+#include <QNetworkProxy>
+#include <QSslCertificate>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tokwatch {
+
+/// HTTPS with a session of its own for each exchange: no cookies, no cache, no stored credentials,
+/// and no connection that is kept. A redirect is an answer like any other and is not followed.
+/// Before anything is connected, all but https to an allowed host and the default port is refused.
+class URLSessionHTTPClient final : public HTTPClient {
+  public:
+    /// What tests change; the application uses the defaults.
+    struct Options {
+        Seconds deadline{15};                 ///< for the whole exchange, however slowly bytes drip
+        std::int64_t bodyBound = 1024 * 1024; ///< bytes; real answers have about two thousand
+        std::vector<std::string> hosts{claudeHost, codexHost};
+        std::optional<std::uint16_t> port;  ///< the default one when absent
+        std::optional<QNetworkProxy> proxy; ///< the system's when absent
+        QList<QSslCertificate> authorities; ///< the system's when empty
+    };
+
+    URLSessionHTTPClient();
+    explicit URLSessionHTTPClient(Options options);
+    /// Ends the exchanges that are under way; their senders get an HTTPError.
+    ~URLSessionHTTPClient() override;
+
+    QCoro::Task<HTTPResponse> send(HTTPRequest request) override;
+
+  private:
+    class Exchange;
+
+    Options options;
+    std::vector<std::weak_ptr<Exchange>> exchanges; ///< those under way, and some that have ended
+};
+
+} // namespace tokwatch

@@ -1,0 +1,53 @@
+#include "UsageEndpoint.h"
+
+#include "ApplicationVersion.h"
+
+#include <exception>
+
+namespace tokwatch {
+namespace {
+
+ProviderStatus statusOf(const HTTPResponse& response) {
+    if (response.status >= 200 && response.status <= 299) return ProviderStatus::ok;
+    if (response.status == 401 || response.status == 403) return ProviderStatus::signInNeeded;
+    if (response.status == 429) return ProviderStatus::rateLimited;
+    return ProviderStatus::unreachable;
+}
+
+} // namespace
+
+QCoro::Task<UsageAnswer> askUsageEndpoint(std::shared_ptr<HTTPClient> http, HTTPRequest request) {
+    try {
+        HTTPResponse response = co_await http->send(request);
+        const ProviderStatus status = statusOf(response);
+        UsageAnswer answer(status, std::move(response.body));
+        co_return answer;
+    } catch (const std::exception&) {
+        // Why there was no answer is of no use to the user beyond the status, and a line in the log
+        // at each attempt without a network would be noise.
+    }
+    UsageAnswer failure(ProviderStatus::unreachable);
+    co_return failure;
+}
+
+HTTPHeader bearerHeader(const std::string& token) {
+    return {"Authorization", "Bearer " + token};
+}
+
+HTTPHeader userAgentHeader() {
+    return {"User-Agent", "Tokwatch/" + std::string(applicationVersion())};
+}
+
+ProviderLimits limitsWithout(ProviderStatus status, Date now) {
+    ProviderLimits limits;
+    limits.status = status;
+    limits.fetchedAt = now;
+    return limits;
+}
+
+QCoro::Task<ProviderLimits> unavailableLimits(Date now) {
+    ProviderLimits limits = limitsWithout(ProviderStatus::unavailable, now);
+    co_return limits;
+}
+
+} // namespace tokwatch
