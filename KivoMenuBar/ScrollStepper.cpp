@@ -16,7 +16,7 @@ double notches(int delta) {
 
 } // namespace
 
-int ScrollStepper::steps(int delta, TimePoint now) {
+int ScrollStepper::steps(int delta, Seconds now) {
     const double motion = notches(delta);
     if (now - lastEvent > gestureGap || motion * accumulated < 0) {
         accumulated = 0;

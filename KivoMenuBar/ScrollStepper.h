@@ -8,17 +8,19 @@ namespace kivo {
 /// a pause or a change of direction begins a new one.
 class ScrollStepper {
   public:
-    using TimePoint = std::chrono::steady_clock::time_point;
-    static constexpr std::chrono::milliseconds gestureGap{300};
+    using Seconds = std::chrono::duration<double>;
+    /// A pause longer than this ends a gesture.
+    static constexpr Seconds gestureGap{0.3};
 
     /// Steps that this motion completes, with the motion's sign. `delta` is as hosts send it:
-    /// either 120 a notch, in fractions of it for fine wheels, or 1 a notch.
-    int steps(int delta, TimePoint now);
+    /// either 120 a notch, in fractions of it for fine wheels, or 1 a notch. `now` counts from any
+    /// fixed moment.
+    int steps(int delta, Seconds now);
 
   private:
     double accumulated = 0; ///< notches of this gesture
     int spent = 0;          ///< steps given out for them
-    TimePoint lastEvent{};
+    Seconds lastEvent{0};
 };
 
 } // namespace kivo

@@ -1,0 +1,162 @@
+#include "MeterStatusItem.h"
+
+#include "StatusPictures.h"
+#include "StatusTint.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <utility>
+
+namespace tokwatch {
+namespace {
+
+using kivo::StatusAreaKind;
+
+// What status areas are high, at one and at two pixels to the point.
+constexpr std::array squareSides{16, 22, 24, 32, 44, 48, 64};
+constexpr std::array wideHeights{21, 42};
+
+/// The number at the beginning of "42% · 3h 5m".
+std::optional<int> leadingPercent(const std::string& text) {
+    int percent = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, failure] = std::from_chars(text.data(), end, percent);
+    if (failure != std::errc{} || rest == end || *rest != '%') return std::nullopt;
+    return percent;
+}
+
+template<typename Draw>
+QList<QImage> pictures(const auto& sizes, Draw draw) {
+    QList<QImage> result;
+    for (const int size : sizes)
+        result.append(draw(size));
+    return result;
+}
+
+QString displayName(const StatusTitle& title) {
+    const std::string_view name =
+        title.provider ? tokwatch::displayName(*title.provider) : std::string_view("Tokwatch");
+    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+}
+
+/// As wide as the text gets while its digits count.
+QString widthGuide(QString text) {
+    for (QChar& character : text)
+        if (character.isDigit()) character = QLatin1Char('8');
+    return text;
+}
+
+} // namespace
+
+MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusItemSource& itemSource,
+                                 std::function<void(QPoint)> clicked,
+                                 kivo::DBusMenu::Builder buildMenu)
+    : source(itemSource), scheduler(surroundings.scheduler), now(std::move(surroundings.now)),
+      onClick(std::move(clicked)),
+      host(surroundings.bus, nullptr, std::move(surroundings.processName)),
+      tone(surroundings.bus, host),
+      item(surroundings.bus, QStringLiteral("TokwatchStatusItem"), QStringLiteral("Tokwatch")),
+      menu(surroundings.bus, QLatin1String(kivo::StatusNotifierItem::menuPath),
+           std::move(buildMenu)),
+      icons(std::move(surroundings.iconDirectory)) {
+    using Item = kivo::StatusNotifierItem;
+    // The item and its siblings end together, so its context covers all that the calls touch.
+    QObject::connect(&item, &Item::activated, &item, [this](QPoint position) {
+        if (onClick) onClick(position);
+    });
+    QObject::connect(&item, &Item::secondaryActivated, &item, [this] { source.refresh(); });
+    QObject::connect(&item, &Item::contextMenuRequested, &item, [this](QPoint position) {
+        if (onContextMenu) onContextMenu(position);
+    });
+    QObject::connect(&item, &Item::scrolled, &item, [this](int delta) { scroll(delta); });
+    QObject::connect(&tone, &kivo::PanelTone::changed, &item, [this] { update(); });
+    QObject::connect(&host, &kivo::StatusAreaHost::changed, &item, [this] {
+        update();
+        if (onHostChanged) onHostChanged();
+    });
+}
+
+void MeterStatusItem::apply(const StatusTitle& title) {
+    if (title == currentTitle) return;
+    currentTitle = title;
+    update();
+}
+
+void MeterStatusItem::scroll(int delta) {
+    const int steps = stepper.steps(delta, now().time_since_epoch());
+    if (steps != 0 && currentTitle) choose(steps);
+}
+
+void MeterStatusItem::choose(int steps) {
+    const std::vector<WindowChoice> choices = source.choices();
+    if (choices.empty()) return;
+    const std::optional<WindowChoice> from = choice ? choice : source.usualChoice();
+    const auto found = from ? std::ranges::find(choices, *from) : choices.end();
+    const auto count = static_cast<std::ptrdiff_t>(choices.size());
+    const std::ptrdiff_t start = found == choices.end() ? 0 : found - choices.begin();
+    const std::ptrdiff_t index = ((start + steps) % count + count) % count;
+    choice = choices[static_cast<std::size_t>(index)];
+    choiceEnd = scheduler.after(choiceTime, [this] {
+        choice.reset();
+        update();
+    });
+    update();
+}
+
+void MeterStatusItem::update() {
+    if (!currentTitle) return;
+    Face next = face();
+    if (next == drawn) return;
+    draw(next);
+    drawn = std::move(next);
+}
+
+MeterStatusItem::Face MeterStatusItem::face() const {
+    if (!choice) return {*currentTitle, {}, host.area(), tone.isDark()};
+    return {source.title(*choice), choice->label + " ", host.area(), tone.isDark()};
+}
+
+void MeterStatusItem::draw(const Face& face) {
+    const StatusTitle& title = face.title;
+    const QColor tint = statusTint(title.severity, face.onDarkPanel);
+    const QString text = title.text ? QString::fromStdString(face.prefix + *title.text) : QString();
+    const std::optional<int> percent = title.text ? leadingPercent(*title.text) : std::nullopt;
+
+    kivo::StatusIcon icon;
+    QString label;
+    if (face.area.kind == StatusAreaKind::label) {
+        icon = markIcon(face, tint);
+        label = text;
+    } else if (face.area.kind == StatusAreaKind::wide && !text.isEmpty()) {
+        icon.pictures = pictures(wideHeights, [&](int height) {
+            return titlePicture(title.provider, text, tint, height);
+        });
+    } else if (percent && face.area.kind != StatusAreaKind::wide) {
+        icon.pictures =
+            pictures(squareSides, [&](int side) { return gaugePicture(*percent, tint, side); });
+    } else {
+        icon = markIcon(face, tint);
+    }
+    icon.description = displayName(title);
+    if (label.isEmpty() && !text.isEmpty()) icon.description += QLatin1Char(' ') + text;
+
+    item.setIcon(std::move(icon));
+    item.setLabel(label, widthGuide(label));
+    item.setToolTip(QStringLiteral("Tokwatch"), QString::fromStdString(title.tooltip));
+}
+
+kivo::StatusIcon MeterStatusItem::markIcon(const Face& face, QColor tint) {
+    const StatusTitle& title = face.title;
+    kivo::StatusIcon icon;
+    if (face.area.namesOnly && icons.write()) {
+        icon.name = icons.name(title.provider, title.severity, face.onDarkPanel);
+        icon.themePath = icons.themePath();
+    } else {
+        icon.pictures = pictures(squareSides,
+                                 [&](int side) { return markPicture(title.provider, tint, side); });
+    }
+    return icon;
+}
+
+} // namespace tokwatch

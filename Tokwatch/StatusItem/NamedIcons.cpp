@@ -1,0 +1,83 @@
+#include "NamedIcons.h"
+
+#include "StatusPictures.h"
+#include "StatusTint.h"
+
+#include <QImage>
+
+#include <array>
+#include <system_error>
+#include <vector>
+
+namespace tokwatch {
+namespace {
+
+constexpr std::array sides{16, 22, 24, 32, 48};
+constexpr std::array severities{Severity::normal, Severity::warning, Severity::critical};
+
+std::string_view word(Severity severity) {
+    switch (severity) {
+    case Severity::normal:
+        return "normal";
+    case Severity::warning:
+        return "warning";
+    case Severity::critical:
+        return "critical";
+    }
+    return {};
+}
+
+std::vector<std::optional<ProviderID>> allMarks() {
+    std::vector<std::optional<ProviderID>> marks{std::nullopt};
+    marks.insert(marks.end(), allProviders.begin(), allProviders.end());
+    return marks;
+}
+
+/// Symbolic pictures are masks: their alpha alone counts. The suffix tells the panel.
+std::string_view suffix(Severity severity) {
+    return severity == Severity::normal ? ".symbolic.png" : ".png";
+}
+
+} // namespace
+
+NamedIcons::NamedIcons(std::filesystem::path ownDirectory) : directory(std::move(ownDirectory)) {}
+
+QString NamedIcons::themePath() const {
+    return QString::fromStdString(directory.string());
+}
+
+QString NamedIcons::name(std::optional<ProviderID> provider, Severity severity,
+                         bool onDarkPanel) const {
+    std::string name = "tokwatch-status-";
+    name += provider ? rawValue(*provider) : "gauge";
+    if (severity == Severity::normal)
+        name += "-symbolic";
+    else
+        name.append("-").append(word(severity)).append(onDarkPanel ? "-dark" : "-light");
+    return QString::fromStdString(name);
+}
+
+bool NamedIcons::write() {
+    if (written) return *written;
+    written = true;
+    for (const int side : sides) {
+        const std::string square = std::to_string(side);
+        const auto folder = directory / "hicolor" / (square + "x" + square) / "apps";
+        std::error_code failure;
+        std::filesystem::create_directories(folder, failure);
+        for (const auto& provider : allMarks())
+            for (const Severity severity : severities)
+                for (const bool dark : {false, true}) {
+                    const QColor colour = severity == Severity::normal ? QColor(Qt::black)
+                                                                       : statusTint(severity, dark);
+                    const std::string file = name(provider, severity, dark).toStdString() +
+                                             std::string(suffix(severity));
+                    if (!markPicture(provider, colour, side)
+                             .save(QString::fromStdString((folder / file).string()), "PNG"))
+                        written = false;
+                }
+    }
+    return *written;
+}
+
+} // namespace tokwatch

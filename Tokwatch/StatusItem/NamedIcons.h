@@ -1,0 +1,32 @@
+#pragma once
+
+#include "ProviderID.h"
+#include "StatusTitle.h"
+
+#include <QString>
+
+#include <filesystem>
+#include <optional>
+
+namespace tokwatch {
+
+/// The marks as files, for status areas that take icons by name only. The untinted ones are
+/// symbolic: the panel draws them in the colour of its own text.
+class NamedIcons {
+  public:
+    /// The directory becomes the root of an icon theme; it may be missing.
+    explicit NamedIcons(std::filesystem::path directory);
+
+    /// Writes all icons, once: panels look into a theme's directories only from time to time, and
+    /// would miss a file that comes later. False when that failed.
+    bool write();
+
+    QString name(std::optional<ProviderID> provider, Severity severity, bool onDarkPanel) const;
+    QString themePath() const;
+
+  private:
+    std::filesystem::path directory;
+    std::optional<bool> written;
+};
+
+} // namespace tokwatch

@@ -1,0 +1,168 @@
+#include "StatusPictures.h"
+
+#include "DigitStrokes.h"
+#include "ProviderMarks.h"
+
+#include <QFont>
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QPen>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <vector>
+
+namespace tokwatch {
+namespace {
+
+QImage emptyPicture(int width, int height) {
+    QImage picture(width, height, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    return picture;
+}
+
+QColor faded(QColor colour, double opacity) {
+    colour.setAlphaF(static_cast<float>(colour.alphaF() * opacity));
+    return colour;
+}
+
+void drawMark(QPainter& painter, std::optional<ProviderID> provider, QColor colour,
+              const QRectF& box) {
+    painter.save();
+    painter.translate(box.topLeft());
+    painter.scale(box.width() / markSide, box.height() / markSide);
+    painter.fillPath(mark(provider), colour);
+    painter.restore();
+}
+
+/// Whole pixels, so that stems and edges are sharp at every size.
+struct GaugeLayout {
+    int side;
+    int barHeight;
+    int digitHeight;
+    int digitGap;
+
+    explicit GaugeLayout(int pixels)
+        : side(pixels), barHeight(std::max(2, static_cast<int>(std::lround(pixels * 0.14)))),
+          digitHeight(pixels - barHeight - std::max(1, static_cast<int>(pixels * 0.09))),
+          digitGap(std::max(1, static_cast<int>(std::lround(pixels * 0.07)))) {}
+};
+
+/// "100" is the one number of three digits; its first one needs less room than the noughts.
+std::vector<int> digitWidths(qsizetype count, const GaugeLayout& layout) {
+    if (count < 3) return std::vector(count, (layout.side - layout.digitGap) / 2);
+    const int room = layout.side - 2 * layout.digitGap;
+    const int nought = static_cast<int>(room * 0.37);
+    return {room - 2 * nought, nought, nought};
+}
+
+void drawDigits(QPainter& painter, const QString& digits, QColor colour,
+                const GaugeLayout& layout) {
+    const std::vector<int> widths = digitWidths(digits.size(), layout);
+    const int total = std::accumulate(widths.begin(), widths.end(), 0) +
+                      layout.digitGap * (static_cast<int>(widths.size()) - 1);
+    const double penShare = digits.size() < 3 ? 0.125 : 0.1;
+    const int penWidth = std::max(1, static_cast<int>(std::lround(layout.side * penShare)));
+    painter.setPen(QPen(colour, penWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
+    painter.setBrush(Qt::NoBrush);
+    int left = (layout.side - total) / 2;
+    for (std::size_t index = 0; index < widths.size(); ++index) {
+        const QRectF box(left, 0, widths[index], layout.digitHeight);
+        const int digit = digits[static_cast<qsizetype>(index)].digitValue();
+        painter.drawPath(digitStrokes(digit, box, penWidth));
+        left += widths[index] + layout.digitGap;
+    }
+}
+
+void drawBar(QPainter& painter, double share, QColor colour, const GaugeLayout& layout) {
+    const QRectF bar(0, layout.side - layout.barHeight, layout.side, layout.barHeight);
+    const double radius = layout.barHeight / 2.0;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(faded(colour, 0.3));
+    painter.drawRoundedRect(bar, radius, radius);
+    if (share <= 0) return;
+    // Something left is something to see.
+    const double filled = std::max<double>(layout.barHeight, std::round(bar.width() * share));
+    painter.setBrush(colour);
+    painter.drawRoundedRect(QRectF(bar.topLeft(), QSizeF(filled, bar.height())), radius, radius);
+}
+
+/// Text whose digits all take the widest digit's room.
+class TabularText {
+  public:
+    TabularText(const QString& ownText, int pixelSize) : text(ownText) {
+        font.setPixelSize(pixelSize);
+        font.setWeight(QFont::Medium);
+        const QFontMetricsF metrics(font);
+        for (char digit = '0'; digit <= '9'; ++digit)
+            digitWidth = std::max(digitWidth, metrics.horizontalAdvance(QLatin1Char(digit)));
+        for (const QChar character : text)
+            width += advance(metrics, character);
+        ascent = metrics.capHeight();
+    }
+
+    double totalWidth() const { return width; }
+    double capHeight() const { return ascent; }
+
+    void draw(QPainter& painter, QPointF baseline, QColor colour) const {
+        painter.setFont(font);
+        painter.setPen(colour);
+        const QFontMetricsF metrics(font);
+        for (const QChar character : text) {
+            const double room = advance(metrics, character);
+            const double slack = room - metrics.horizontalAdvance(character);
+            painter.drawText(baseline + QPointF(slack / 2, 0), character);
+            baseline.rx() += room;
+        }
+    }
+
+  private:
+    double advance(const QFontMetricsF& metrics, QChar character) const {
+        return character.isDigit() ? digitWidth : metrics.horizontalAdvance(character);
+    }
+
+    QString text;
+    QFont font;
+    double digitWidth = 0;
+    double width = 0;
+    double ascent = 0;
+};
+
+} // namespace
+
+QImage markPicture(std::optional<ProviderID> provider, QColor colour, int side) {
+    QImage picture = emptyPicture(side, side);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    drawMark(painter, provider, colour, QRectF(0, 0, side, side));
+    return picture;
+}
+
+QImage gaugePicture(int percentLeft, QColor colour, int side) {
+    const int percent = std::clamp(percentLeft, 0, 100);
+    const GaugeLayout layout(side);
+    QImage picture = emptyPicture(side, side);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    drawDigits(painter, QString::number(percent), colour, layout);
+    drawBar(painter, percent / 100.0, colour, layout);
+    return picture;
+}
+
+QImage titlePicture(std::optional<ProviderID> provider, const QString& text, QColor colour,
+                    int height) {
+    const TabularText label(text, static_cast<int>(std::lround(height * 0.68)));
+    const int markSize = static_cast<int>(std::lround(height * 0.76));
+    const double gap = height * 0.24;
+    const int width = static_cast<int>(std::ceil(markSize + gap + label.totalWidth()));
+    QImage picture = emptyPicture(width, height);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    drawMark(painter, provider, colour, QRectF(0, (height - markSize) / 2.0, markSize, markSize));
+    const double baseline = std::round((height + label.capHeight()) / 2);
+    label.draw(painter, {markSize + gap, baseline}, colour);
+    return picture;
+}
+
+} // namespace tokwatch

@@ -1,0 +1,17 @@
+#include "StatusTint.h"
+
+namespace tokwatch {
+
+QColor statusTint(Severity severity, bool onDarkPanel) {
+    switch (severity) {
+    case Severity::normal:
+        return onDarkPanel ? QColor(0xf2, 0xf2, 0xf2) : QColor(0x23, 0x23, 0x23);
+    case Severity::warning:
+        return onDarkPanel ? QColor(0xff, 0xa0, 0x33) : QColor(0xa8, 0x4b, 0x00);
+    case Severity::critical:
+        return onDarkPanel ? QColor(0xff, 0x6b, 0x61) : QColor(0xc8, 0x1e, 0x1e);
+    }
+    return {};
+}
+
+} // namespace tokwatch
