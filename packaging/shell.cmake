@@ -8,3 +8,8 @@ if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
 else()
   install(FILES completions/_tokwatch DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
 endif()
+
+if(TOKWATCH_TESTS)
+  add_test(NAME ShellTests.ManualAndCompletionsKnowEveryOption
+    COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/completions/check $<TARGET_FILE:tokwatch>)
+endif()
