@@ -80,12 +80,15 @@ _tokwatch() {
         _tokwatch_values "claude codex grok cursor"
       fi ;;
     preferences)
-      case $argument in
-        "") _tokwatch_values "get set list --json --help" ;;
-        get) if [[ $previous == get ]]; then _tokwatch_values "$keys"; else _tokwatch_values "--json --help"; fi ;;
-        set) if [[ $previous == set ]]; then _tokwatch_values "$keys"; else _tokwatch_preference_values "$previous"; fi ;;
-        list) _tokwatch_values "--json --help" ;;
-      esac ;;
+      if [[ $current == -* ]]; then
+        _tokwatch_values "--json --help"
+      elif [[ -z $argument ]]; then
+        _tokwatch_values "get set list"
+      elif [[ $previous == "$argument" && $argument == @(get|set) ]]; then
+        _tokwatch_values "$keys"
+      elif [[ $argument == set ]]; then
+        _tokwatch_preference_values "$previous"
+      fi ;;
   esac
 }
 
