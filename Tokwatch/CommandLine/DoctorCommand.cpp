@@ -97,7 +97,7 @@ class Examination {
         try {
             const std::shared_ptr<UsageStore> store = environment.openStore();
             const std::string integrity = store->integrity();
-            const std::string file = environment.paths.database()->string();
+            const std::string file = environment.paths.database().value_or("").string();
             add("Store", integrity == "ok" ? Health::good : Health::bad,
                 file + (integrity == "ok"
                             ? " is sound, " + std::to_string(store->cursorTexts().size()) +
