@@ -5,15 +5,12 @@
 #include <algorithm>
 #include <map>
 #include <tuple>
+#include <utility>
 
 namespace tokwatch {
 namespace {
 
-struct ModelKey {
-    ProviderID provider;
-    std::string model;
-    friend auto operator<=>(const ModelKey&, const ModelKey&) = default;
-};
+using ModelKey = std::pair<ProviderID, std::string>;
 
 struct Sums {
     std::int64_t tokens = 0;
@@ -116,7 +113,8 @@ class Summarizer {
 
     void addModels() {
         for (const auto& [key, sums] : models) {
-            summary.models.push_back({key.provider, key.model, sums.costUSD,
+            const auto& [provider, model] = key;
+            summary.models.push_back({provider, model, sums.costUSD,
                                       share(sums.costUSD.value_or(0), summary.totalCostUSD),
                                       tokenShare(sums.tokens.total()), sums.tokens,
                                       sums.approximate});
