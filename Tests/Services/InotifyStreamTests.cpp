@@ -1,0 +1,304 @@
+#include "InotifyStream.h"
+
+#include "CapturedLog.h"
+#include "DirectoryWatcher.h"
+#include "TemporaryDirectory.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <fstream>
+#include <mutex>
+
+namespace tokwatch {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+/// What a stream has delivered, to wait for.
+class Received {
+  public:
+    void add(const std::vector<FileEvent>& batch) {
+        const std::lock_guard lock(mutex);
+        events.insert(events.end(), batch.begin(), batch.end());
+        changed.notify_all();
+    }
+    /// False after a minute, the bound for a broken test.
+    bool has(const fs::path& path, bool isRescan = false) {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, 60s, [&] { return count(path, isRescan) > 0; });
+    }
+    /// Forgets all that came.
+    void clear() {
+        const std::lock_guard lock(mutex);
+        events.clear();
+    }
+    std::ptrdiff_t count(const fs::path& path, bool isRescan = false) const {
+        return std::ranges::count(events, FileEvent{path.string(), isRescan});
+    }
+    std::vector<FileEvent> all() {
+        const std::lock_guard lock(mutex);
+        return events;
+    }
+
+  private:
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<FileEvent> events;
+};
+
+class InotifyStreamTest : public ::testing::Test {
+  protected:
+    InotifyStreamTest() {
+        fs::create_directories(root / "project");
+        write("project/before.jsonl");
+        fs::last_write_time(root / "project/before.jsonl", fs::file_time_type::clock::now() - 1h);
+    }
+
+    void start(const std::vector<fs::path>& paths, std::size_t limit = 1000) {
+        std::vector<std::string> given;
+        for (const fs::path& path : paths)
+            given.push_back(path.string());
+        stream = InotifyStream::open(
+            given, Seconds{0.001}, [this](const auto& batch) { received.add(batch); }, limit);
+    }
+    fs::path write(const std::string& relative) {
+        home.write("logs/" + relative, "line\n");
+        return root / relative;
+    }
+    void append(const std::string& relative) { home.append("logs/" + relative, "line\n"); }
+    /// Everything that happened before has been delivered.
+    void settle() {
+        const fs::path mark = write("mark-" + std::to_string(++marks));
+        EXPECT_TRUE(received.has(mark));
+    }
+
+    testing::TemporaryDirectory home;
+    const fs::path root = fs::canonical(home.path()) / "logs";
+    Received received;
+    std::unique_ptr<FileEventStream> stream;
+
+  private:
+    int marks = 0;
+};
+
+TEST_F(InotifyStreamTest, ReportsWhatHappensFromNowOn) {
+    start({root});
+    append("project/before.jsonl"); // perhaps before its directory is watched
+    EXPECT_TRUE(received.has(root / "project/before.jsonl"));
+    received.clear();
+    const fs::path created = write("project/new.jsonl");
+    EXPECT_TRUE(received.has(created));
+    fs::rename(created, root / "project/renamed.jsonl");
+    EXPECT_TRUE(received.has(root / "project/renamed.jsonl"));
+    fs::remove(root / "project/renamed.jsonl");
+    settle();
+    home.write("elsewhere/x", "");
+    settle();
+    for (const FileEvent& event : received.all()) {
+        EXPECT_THAT(event.path, ::testing::StartsWith(root.string() + '/'));
+        EXPECT_FALSE(event.isRescan);
+        EXPECT_NE(event.path, (root / "project/before.jsonl").string());
+    }
+}
+
+TEST_F(InotifyStreamTest, DoesNotReportWhatIsOlder) {
+    start({root});
+    settle();
+    EXPECT_EQ(received.all().size(), 1U);
+}
+
+TEST_F(InotifyStreamTest, FollowsNewDirectories) {
+    start({root});
+    settle();
+    // Files that are there before a watch can be.
+    const fs::path deep = write("2026/03/10/rollout.jsonl");
+    EXPECT_TRUE(received.has(deep));
+    received.clear();
+    append("2026/03/10/rollout.jsonl");
+    EXPECT_TRUE(received.has(deep));
+
+    home.write("outside/inner/moved.jsonl", "");
+    fs::rename(home / "outside", root / "project/inside");
+    EXPECT_TRUE(received.has(root / "project/inside/inner/moved.jsonl"));
+    received.clear();
+    append("project/inside/inner/moved.jsonl");
+    EXPECT_TRUE(received.has(root / "project/inside/inner/moved.jsonl"));
+}
+
+TEST_F(InotifyStreamTest, FollowsDirectoriesThatMove) {
+    write("project/inner/a.jsonl");
+    start({root});
+    settle();
+    fs::rename(root / "project", root / "renamed");
+    EXPECT_TRUE(received.has(root / "project")); // all in it is gone
+    EXPECT_TRUE(received.has(root / "renamed/inner/a.jsonl"));
+    received.clear();
+    append("renamed/inner/a.jsonl");
+    EXPECT_TRUE(received.has(root / "renamed/inner/a.jsonl"));
+
+    fs::rename(root / "renamed", home / "away");
+    EXPECT_TRUE(received.has(root / "renamed"));
+    settle();
+    received.clear();
+    home.append("away/inner/a.jsonl", "line\n");
+    settle();
+    EXPECT_EQ(received.all().size(), 1U);
+}
+
+TEST_F(InotifyStreamTest, FindsRootsThatVanishAndComeBack) {
+    const fs::path late = root.parent_path() / ".codex/sessions";
+    start({root, late});
+    settle();
+    fs::remove_all(root);
+    EXPECT_TRUE(received.has(root, true));
+    received.clear();
+    const fs::path again = write("project/again.jsonl");
+    EXPECT_TRUE(received.has(root, true));
+    settle();
+    append("project/again.jsonl");
+    EXPECT_TRUE(received.has(again));
+
+    received.clear();
+    home.write(".codex/sessions/2026/a.jsonl", "");
+    EXPECT_TRUE(received.has(late, true));
+    home.append(".codex/sessions/2026/a.jsonl", "line\n");
+    EXPECT_TRUE(received.has(late / "2026/a.jsonl"));
+
+    received.clear();
+    fs::rename(late, home / "away");
+    EXPECT_TRUE(received.has(late, true));
+    fs::rename(home / "away", late);
+    settle();
+    received.clear();
+    home.append(".codex/sessions/2026/a.jsonl", "line\n");
+    EXPECT_TRUE(received.has(late / "2026/a.jsonl"));
+}
+
+TEST_F(InotifyStreamTest, DeliversEachPathOnceABatchEvenUnderASteadyStream) {
+    Received batches;
+    std::mutex mutex;
+    std::vector<std::vector<FileEvent>> delivered;
+    stream = InotifyStream::open({root.string()}, Seconds{0.02}, [&](const auto& batch) {
+        {
+            const std::lock_guard lock(mutex);
+            delivered.push_back(batch);
+        }
+        batches.add(batch);
+    });
+    // Written without a pause until two batches have come: waiting for silence would never end.
+    const auto deliveries = [&] {
+        const std::lock_guard lock(mutex);
+        return delivered.size();
+    };
+    const auto bound = std::chrono::steady_clock::now() + 60s;
+    while (deliveries() < 2 && std::chrono::steady_clock::now() < bound) {
+        append("project/a.jsonl");
+        append("project/b.jsonl");
+    }
+    stream.reset();
+    ASSERT_GE(delivered.size(), 2U);
+    for (const auto& batch : delivered)
+        EXPECT_LE(batch.size(), 2U);
+}
+
+TEST_F(InotifyStreamTest, RescansWhenEventsWereLost) {
+    std::size_t queue = 0;
+    std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> queue;
+    ASSERT_GT(queue, 0U);
+    const testing::CapturedLog log;
+    std::mutex held;
+    stream = InotifyStream::open({root.string()}, Seconds{0.001}, [&](const auto& batch) {
+        received.add(batch);
+        const std::lock_guard wait(held);
+    });
+    settle();
+    for (int round = 0; round < 2; ++round) {
+        std::unique_lock lock(held); // the next delivery stops the stream
+        std::ofstream a(root / "project/a.jsonl");
+        std::ofstream b(root / "project/b.jsonl");
+        for (std::size_t event = 0; event < queue; ++event) {
+            a << "line" << std::flush;
+            b << "line" << std::flush;
+        }
+        const fs::path lost = write("lost-" + std::to_string(round) + "/x.jsonl");
+        lock.unlock();
+        EXPECT_TRUE(received.has(root, true));
+        received.clear();
+        append("lost-" + std::to_string(round) + "/x.jsonl");
+        EXPECT_TRUE(received.has(lost)); // its directory is watched all the same
+    }
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("Tokwatch: file events came too fast")));
+}
+
+TEST_F(InotifyStreamTest, RescansWhenThereAreTooManyDirectories) {
+    const testing::CapturedLog log;
+    write("project/inner/a.jsonl");
+    start({root}, 2);
+    EXPECT_TRUE(received.has(root, true));
+    settle(); // what is watched, is
+    received.clear();
+    write("another/x.jsonl");
+    EXPECT_TRUE(received.has(root, true));
+    // Room that becomes free is used.
+    fs::remove_all(root / "project");
+    settle();
+    fs::remove_all(root / "another");
+    settle();
+    const fs::path fresh = write("fresh/x.jsonl");
+    EXPECT_TRUE(received.has(fresh));
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("Tokwatch: there are more log folders")));
+}
+
+TEST_F(InotifyStreamTest, DrivesTheWatcherThroughALink) {
+    fs::create_directory_symlink(root, home / "link");
+    Received paths;
+    DirectoryWatcher watcher(
+        {home / "link", home / "link/project"}, Seconds{0.001},
+        [&paths](const std::vector<std::string>& changed) {
+            std::vector<FileEvent> batch;
+            for (const std::string& path : changed)
+                batch.push_back({path});
+            paths.add(batch);
+        },
+        [](const auto& watched, Seconds latency, FileEventStream::OnEvents onEvents) {
+            return InotifyStream::open(watched, latency, std::move(onEvents));
+        });
+    watcher.start();
+    const fs::path file = write("project/x.jsonl");
+    EXPECT_TRUE(paths.has(file));
+    watcher.stop();
+    write("project/y.jsonl");
+    watcher.start();
+    EXPECT_TRUE(paths.has(write("project/z.jsonl")));
+}
+
+TEST_F(InotifyStreamTest, SurvivesACrowd) {
+    start({root});
+    settle();
+    std::vector<fs::path> files;
+    for (int turn = 0; turn < 50; ++turn) {
+        const std::string name = "crowd-" + std::to_string(turn);
+        write(name + "/a/b/c.jsonl");
+        fs::rename(root / name, root / ("moved-" + name));
+        if (turn % 2 == 0)
+            fs::remove_all(root / ("moved-" + name));
+        else
+            files.push_back(root / ("moved-" + name) / "a/b/c.jsonl");
+    }
+    for (const fs::path& file : files)
+        EXPECT_TRUE(received.has(file));
+    settle();
+    received.clear();
+    for (const fs::path& file : files)
+        std::ofstream(file, std::ios::app) << "line\n";
+    for (const fs::path& file : files)
+        EXPECT_TRUE(received.has(file));
+}
+
+} // namespace
+} // namespace tokwatch

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Date.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tokwatch {
+
+struct FileEvent {
+    std::string path; ///< without symbolic links
+    /// Anything below the path may have changed: events were lost or could not be had.
+    bool isRescan = false;
+
+    friend bool operator==(const FileEvent&, const FileEvent&) = default;
+};
+
+/// A running stream of what changes in directory trees. Its end stops it, and waits for a batch
+/// that is being delivered; no batch comes afterwards.
+class FileEventStream {
+  public:
+    virtual ~FileEventStream() = default;
+
+    /// Takes the events of about one latency, each once, in the order of their first occurrence.
+    /// Runs on the stream's own thread, one batch at a time.
+    using OnEvents = std::function<void(std::vector<FileEvent> batch)>;
+};
+
+/// Starts a stream over directories, of what happens from now on. A batch is delivered `latency`
+/// after its first event, however long events keep coming. Null when there can be none.
+using OpenFileEventStream = std::function<std::unique_ptr<FileEventStream>(
+    const std::vector<std::string>& paths, Seconds latency, FileEventStream::OnEvents onEvents)>;
+
+} // namespace tokwatch
