@@ -81,6 +81,22 @@ TEST(UsageSummary, AddsUpToolsModelsAndDays) {
                             DayRow{*parseISO8601("2026-11-22T00:00:00Z"), 1, 3'000'000, 0}));
 }
 
+TEST(UsageSummary, AddsUpEveryKindOfTokenAndWhatCachesSaved) {
+    DailyRow mixed = row(ProviderID::claude, "a", "2026-11-24", 1);
+    mixed.tokens = {1'000'000, 2'000'000, 3'000'000, 4'000'000, 5'000'000, 6};
+    const UsageSummary summary = summarizeDays(2, {mixed, mixed});
+    EXPECT_EQ(summary.tokens,
+              (TokenCounts{2'000'000, 4'000'000, 6'000'000, 8'000'000, 10'000'000, 12}));
+    EXPECT_EQ(summary.models[0].tokens, summary.tokens);
+    EXPECT_EQ(summary.costByType, (CostBreakdown{2, 2, 14, 20, 0}));
+    EXPECT_EQ(summary.cacheSavingsUSD, 2);
+    EXPECT_EQ(summary.tools[0].tokens, 30'000'000);
+
+    DailyRow single = row(ProviderID::claude, "a", "2026-11-24", 0);
+    single.tokens.output = 1;
+    EXPECT_EQ(summarizeDays(1, {single}).tools[0].tokenShare, 1);
+}
+
 TEST(UsageSummary, OrdersEqualModels) {
     EXPECT_THAT(
         modelNames(summarizeDays(1, {row(ProviderID::grok, "a", "2026-11-24", 1),
