@@ -1,0 +1,198 @@
+#include "LinuxCredentialSource.h"
+
+#include "EventLoop.h"
+#include "TemporaryDirectory.h"
+#include "WaitFor.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QProcess>
+
+#include <gmock/gmock.h>
+
+#include <optional>
+
+namespace tokwatch {
+
+/// A secret as it travels.
+struct WireSecret {
+    QDBusObjectPath session;
+    QByteArray parameters;
+    QByteArray value;
+    QString type;
+};
+
+QDBusArgument& operator<<(QDBusArgument& argument, const WireSecret& secret) {
+    argument.beginStructure();
+    argument << secret.session << secret.parameters << secret.value << secret.type;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, WireSecret&) {
+    return argument;
+}
+
+namespace {
+
+using ObjectPaths = QList<QDBusObjectPath>;
+
+/// A message bus of the test's own.
+class PrivateBus {
+  public:
+    PrivateBus() {
+        daemon.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
+        daemon.waitForReadyRead();
+        address = QString::fromUtf8(daemon.readLine().trimmed());
+    }
+    ~PrivateBus() {
+        for (const QString& name : names)
+            QDBusConnection::disconnectFromBus(name);
+        daemon.kill();
+        daemon.waitForFinished();
+    }
+    QDBusConnection connect(const QString& name) {
+        names.append(name);
+        return QDBusConnection::connectToBus(address, name);
+    }
+
+  private:
+    QProcess daemon;
+    QString address;
+    QStringList names;
+};
+
+/// A Secret Service with at most one item, whose service is "Claude Code-credentials".
+class FakeSecretService final : public QDBusVirtualObject {
+  public:
+    std::optional<QByteArray> secret;
+    QString attribute = "service";
+    bool isLocked = false;
+    bool unlocksSilently = false;
+    QString refusal; ///< the error that every call gets
+    QStringList calls;
+
+    explicit FakeSecretService(QDBusConnection connection) : bus(connection) {
+        bus.registerVirtualObject("/", this, QDBusConnection::SubPath);
+        bus.registerService("org.freedesktop.secrets");
+    }
+
+    QString introspect(const QString&) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+        calls.append(message.member());
+        connection.send(refusal.isEmpty() ? reply(message)
+                                          : message.createErrorReply(refusal, "refused"));
+        return true;
+    }
+
+  private:
+    QDBusMessage reply(const QDBusMessage& message) {
+        const QString member = message.member();
+        const QDBusObjectPath session("/session");
+        const ObjectPaths none;
+        const ObjectPaths item{QDBusObjectPath("/item")};
+        if (member == "OpenSession")
+            return message.createReply(
+                {QVariant::fromValue(QDBusVariant(QString())), QVariant::fromValue(session)});
+        if (member == "SearchItems") {
+            const auto wanted = qdbus_cast<QMap<QString, QString>>(message.arguments().at(0));
+            const bool isFound = secret && wanted.value(attribute) == "Claude Code-credentials";
+            return message.createReply({QVariant::fromValue(isFound && !isLocked ? item : none),
+                                        QVariant::fromValue(isFound && isLocked ? item : none)});
+        }
+        if (member == "Unlock")
+            return message.createReply(
+                {QVariant::fromValue(unlocksSilently ? item : none),
+                 QVariant::fromValue(QDBusObjectPath(unlocksSilently ? "/" : "/prompt"))});
+        if (member == "GetSecret")
+            return message.createReply(
+                QVariant::fromValue(WireSecret{session, {}, *secret, "text/plain"}));
+        return message.createReply();
+    }
+
+    QDBusConnection bus;
+};
+
+struct LinuxCredentials : ::testing::Test {
+    testing::TemporaryDirectory home;
+    PrivateBus bus;
+
+    LinuxCredentials() {
+        testing::needEventLoop();
+        qDBusRegisterMetaType<WireSecret>();
+        qDBusRegisterMetaType<QMap<QString, QString>>();
+    }
+
+    std::string read(const std::string& service = "Claude Code-credentials") {
+        LinuxCredentialSource source(home.path(),
+                                     SecretService([this] { return bus.connect("client"); }));
+        return testing::waitFor(source.keychainSecret(service));
+    }
+    std::optional<CredentialError::Reason> failure() {
+        try {
+            read();
+            return std::nullopt;
+        } catch (const CredentialError& error) {
+            return error.reason;
+        }
+    }
+};
+
+TEST_F(LinuxCredentials, AreClaudeCodesFileFirst) {
+    FakeSecretService service(bus.connect("service"));
+    service.secret = "from the service";
+    EXPECT_EQ(read(), "from the service");
+    home.write(".claude/.credentials.json", "{}\n");
+    EXPECT_EQ(read(), "{}\n");
+    home.write(".claude/.credentials.json", "\xff");
+    EXPECT_EQ(failure(), CredentialError::malformed);
+    std::filesystem::remove(home / ".claude/.credentials.json");
+    std::filesystem::create_directory(home / ".claude/.credentials.json");
+    EXPECT_EQ(failure(), CredentialError::denied);
+}
+
+TEST_F(LinuxCredentials, AreFoundByServiceOrLabel) {
+    FakeSecretService service(bus.connect("service"));
+    service.secret = "secret";
+    service.attribute = "label";
+    EXPECT_EQ(read(), "secret");
+    EXPECT_THROW(read("another service"), CredentialError);
+    EXPECT_EQ(service.calls.count("Close"), 1) << "the session is left open";
+    service.secret = "\xff\xfe";
+    EXPECT_EQ(failure(), CredentialError::malformed);
+}
+
+TEST_F(LinuxCredentials, NeverMakeTheDesktopAsk) {
+    FakeSecretService service(bus.connect("service"));
+    service.secret = "secret";
+    service.isLocked = true;
+    EXPECT_EQ(failure(), CredentialError::denied);
+    service.unlocksSilently = true;
+    EXPECT_EQ(read(), "secret");
+    EXPECT_EQ(service.calls.count("Dismiss"), 1);
+    EXPECT_FALSE(service.calls.contains("Prompt"));
+}
+
+TEST_F(LinuxCredentials, AreNotFoundWithoutAServiceThatHasThem) {
+    EXPECT_EQ(failure(), CredentialError::notFound);
+    FakeSecretService service(bus.connect("service"));
+    EXPECT_EQ(failure(), CredentialError::notFound);
+    service.refusal = "org.freedesktop.Secret.Error.IsLocked";
+    EXPECT_EQ(failure(), CredentialError::denied);
+    service.refusal = "org.freedesktop.DBus.Error.Failed";
+    EXPECT_EQ(failure(), CredentialError::notFound);
+    LinuxCredentialSource unconnected(
+        home.path(),
+        SecretService([] { return QDBusConnection::connectToBus("unix:path=/none", "none"); }));
+    EXPECT_THROW(testing::waitFor(unconnected.keychainSecret("any")), CredentialError);
+}
+
+} // namespace
+} // namespace tokwatch
+
+Q_DECLARE_METATYPE(tokwatch::WireSecret)
