@@ -65,7 +65,7 @@ class InotifyStreamTest : public ::testing::Test {
         std::vector<std::string> given;
         for (const fs::path& path : paths)
             given.push_back(path.string());
-        stream = InotifyStream::open(
+        stream = std::make_unique<InotifyStream>(
             given, Seconds{0.001}, [this](const auto& batch) { received.add(batch); }, limit);
     }
     fs::path write(const std::string& relative) {
@@ -267,9 +267,7 @@ TEST_F(InotifyStreamTest, DrivesTheWatcherThroughALink) {
                 batch.push_back({path});
             paths.add(batch);
         },
-        [](const auto& watched, Seconds latency, FileEventStream::OnEvents onEvents) {
-            return InotifyStream::open(watched, latency, std::move(onEvents));
-        });
+        InotifyStream::open);
     watcher.start();
     const fs::path file = write("project/x.jsonl");
     EXPECT_TRUE(paths.has(file));

@@ -46,10 +46,9 @@ std::filesystem::path nearestExisting(std::filesystem::path path) {
 } // namespace
 
 std::unique_ptr<FileEventStream> InotifyStream::open(const std::vector<std::string>& paths,
-                                                     Seconds latency, OnEvents onEvents,
-                                                     std::size_t watchLimit) {
+                                                     Seconds latency, OnEvents onEvents) {
     try {
-        return std::make_unique<InotifyStream>(paths, latency, std::move(onEvents), watchLimit);
+        return std::make_unique<InotifyStream>(paths, latency, std::move(onEvents));
     } catch (const std::system_error& error) {
         systemLog("watching the logs failed: " + std::string(error.what()));
         return nullptr;

@@ -25,13 +25,12 @@ namespace tokwatch {
 class InotifyStream final : public FileEventStream {
   public:
     /// Null, with a line in the log, when the system has no inotify instance left.
-    static std::unique_ptr<FileEventStream>
-    open(const std::vector<std::string>& paths, Seconds latency, OnEvents onEvents,
-         std::size_t watchLimit = std::numeric_limits<std::size_t>::max());
+    static std::unique_ptr<FileEventStream> open(const std::vector<std::string>& paths,
+                                                 Seconds latency, OnEvents onEvents);
 
-    /// As `open`. Throws std::system_error.
+    /// As `open`, with a limit beside the system's. Throws std::system_error.
     InotifyStream(const std::vector<std::string>& paths, Seconds latency, OnEvents onEvents,
-                  std::size_t watchLimit);
+                  std::size_t watchLimit = std::numeric_limits<std::size_t>::max());
     ~InotifyStream() override;
 
   private:
