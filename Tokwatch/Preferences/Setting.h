@@ -35,8 +35,11 @@ class Setting {
 
     Setting& operator=(Value wanted) {
         if (accept) wanted = accept(std::move(wanted));
-        if (wanted == peek() && settings.contains(name)) return *this;
-        storeSetting(settings, name, wanted);
+        // What is shown may be a stored value brought into its bounds, hence the look at the
+        // file's.
+        Value stored = fallback;
+        loadSetting(settings, name, stored);
+        if (!(stored == wanted) || !settings.contains(name)) storeSetting(settings, name, wanted);
         state.setValue(std::move(wanted));
         return *this;
     }
@@ -55,8 +58,6 @@ class Setting {
         return state.addNotifier(std::move(call));
     }
     QBindable<Value> bindable() const { return &state; }
-
-    const char* key() const { return name; }
 
   private:
     QSettings& settings;
