@@ -81,6 +81,13 @@ bool concernsTransport(QNetworkReply::NetworkError error) {
            error < QNetworkReply::InternalServerError;
 }
 
+std::string reasonOf(const QNetworkReply& reply) {
+    // Qt's text for this one quotes the server, and nothing that a server says belongs in ours.
+    if (reply.error() == QNetworkReply::ProxyAuthenticationRequiredError)
+        return "the proxy asks for a login";
+    return reply.errorString().toStdString();
+}
+
 } // namespace
 
 /// One request with a manager of its own, whose thread and connection end with it.
@@ -133,7 +140,7 @@ class URLSessionHTTPClient::Exchange {
     void finish() {
         read();
         if (isOver) return;
-        if (concernsTransport(reply->error())) return fail(reply->errorString().toStdString());
+        if (concernsTransport(reply->error())) return fail(reasonOf(*reply));
         const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
         if (!status.isValid()) return fail("the answer is not HTTP");
         response.status = status.toInt();

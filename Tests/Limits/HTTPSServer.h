@@ -1,0 +1,58 @@
+#pragma once
+
+#include "TestCertificates.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QSslSocket>
+#include <QTcpServer>
+
+#include <cstdint>
+
+namespace tokwatch::testing {
+
+/// What a server does with every request.
+struct Behaviour {
+    QByteArray answer;        ///< as it goes over the wire; nothing: the connection is closed
+    std::int64_t filler = 0;  ///< bytes of body that follow
+    int bytesAtATime = 65536; ///< of the filler
+    int pause = 0;            ///< milliseconds after each of them
+    bool staysOpen = false;   ///< else the connection is closed at the end
+};
+
+/// An answer with its length.
+Behaviour answer(const QByteArray& status, const QByteArray& body = {},
+                 const QByteArray& headers = {});
+
+/// A server on 127.0.0.1 that speaks TLS at once, or, as the end of a proxy's tunnel, after a
+/// CONNECT to whatever host: it then is that host.
+class HTTPSServer : public QTcpServer {
+  public:
+    enum class Role { server, tunnel };
+
+    explicit HTTPSServer(Role role = Role::server, Identity identity = certificates().good);
+
+    Behaviour behaviour = answer("200 OK", "{}");
+    QList<QByteArray> requests; ///< their heads
+    QList<QByteArray> tunnels;  ///< the targets of CONNECT
+    int connections = 0;
+    std::int64_t fillerSent = 0; ///< bytes
+
+    /// "https://127.0.0.1:PORT/path"
+    std::string url(const std::string& path = "/") const;
+    /// Whether all connections have ended.
+    bool isIdle() const { return findChildren<QSslSocket*>().isEmpty(); }
+
+  protected:
+    void incomingConnection(qintptr descriptor) override;
+
+  private:
+    void openTunnel(QSslSocket* socket);
+    void receive(QSslSocket* socket);
+    void fill(QSslSocket* socket, std::int64_t left);
+
+    Role role;
+    Identity identity;
+};
+
+} // namespace tokwatch::testing
