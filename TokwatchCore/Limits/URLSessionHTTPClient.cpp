@@ -77,7 +77,8 @@ QNetworkRequest checkedRequest(const HTTPRequest& request,
 bool concernsTransport(QNetworkReply::NetworkError error) {
     const bool isContentError =
         error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError;
-    return error != QNetworkReply::NoError && !isContentError &&
+    const bool isBadRequest = error == QNetworkReply::ProtocolInvalidOperationError;
+    return error != QNetworkReply::NoError && !isContentError && !isBadRequest &&
            error < QNetworkReply::InternalServerError;
 }
 
