@@ -26,6 +26,20 @@ Behaviour answer(const QByteArray& status, const QByteArray& body, const QByteAr
     return behaviour;
 }
 
+Behaviour filled(const QByteArray& answer, std::int64_t filler) {
+    Behaviour behaviour;
+    behaviour.answer = answer;
+    behaviour.filler = filler;
+    return behaviour;
+}
+
+Behaviour dripping(const QByteArray& answer) {
+    Behaviour behaviour = filled(answer, endless);
+    behaviour.bytesAtATime = 1;
+    behaviour.pause = 5;
+    return behaviour;
+}
+
 HTTPSServer::HTTPSServer(Role played, Identity shown) : role(played), identity(std::move(shown)) {
     if (!listen(QHostAddress::LocalHost)) throw std::runtime_error("no port for the server");
 }

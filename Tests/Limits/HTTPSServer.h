@@ -8,6 +8,7 @@
 #include <QTcpServer>
 
 #include <cstdint>
+#include <limits>
 
 namespace tokwatch::testing {
 
@@ -23,6 +24,13 @@ struct Behaviour {
 /// An answer with its length.
 Behaviour answer(const QByteArray& status, const QByteArray& body = {},
                  const QByteArray& headers = {});
+
+constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max();
+
+/// This, followed by so many bytes as fast as they are taken.
+Behaviour filled(const QByteArray& answer, std::int64_t filler);
+/// This, followed by single bytes without end.
+Behaviour dripping(const QByteArray& answer);
 
 /// A server on 127.0.0.1 that speaks TLS at once, or, as the end of a proxy's tunnel, after a
 /// CONNECT to whatever host: it then is that host.

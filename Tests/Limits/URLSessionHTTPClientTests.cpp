@@ -2,13 +2,9 @@
 
 #include "EventLoop.h"
 #include "HTTPSServer.h"
-#include "ProcessState.h"
 #include "WaitFor.h"
 
 #include <gmock/gmock.h>
-
-#include <limits>
-#include <malloc.h>
 
 namespace tokwatch {
 namespace {
@@ -16,13 +12,14 @@ namespace {
 using testing::answer;
 using testing::Behaviour;
 using ::testing::Contains;
+using testing::endless;
+using testing::filled;
 using ::testing::HasSubstr;
 using testing::HTTPSServer;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
 constexpr Seconds soon{0.2};
-constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max();
 constexpr const char* token = "token-that-nobody-may-see";
 
 URLSessionHTTPClient::Options optionsFor(const HTTPSServer& server) {
@@ -58,13 +55,6 @@ std::string failure(const URLSessionHTTPClient::Options& options, const HTTPRequ
 
 std::string failure(const HTTPSServer& server) {
     return failure(optionsFor(server), request(server.url()));
-}
-
-Behaviour filled(const QByteArray& head, std::int64_t filler) {
-    Behaviour behaviour;
-    behaviour.answer = head;
-    behaviour.filler = filler;
-    return behaviour;
 }
 
 TEST(URLSessionHTTPClient, DeliversEveryAnswer) {
@@ -177,13 +167,8 @@ TEST(URLSessionHTTPClient, SendsNothingToAServerThatItCannotVerify) {
 TEST(URLSessionHTTPClient, EndsWhenItsTimeIsUpHoweverSlowlyBytesDrip) {
     Behaviour silent;
     silent.staysOpen = true;
-    Behaviour drippingBody = filled("HTTP/1.1 200 OK\r\n\r\n", endless);
-    Behaviour drippingHead = filled("HTTP/1.1 200 OK\r\nX-Long:", endless);
-    for (Behaviour* dripping : {&drippingBody, &drippingHead}) {
-        dripping->bytesAtATime = 1;
-        dripping->pause = 5;
-    }
-    for (const Behaviour& behaviour : {silent, drippingBody, drippingHead}) {
+    for (const Behaviour& behaviour : {silent, testing::dripping("HTTP/1.1 200 OK\r\n\r\n"),
+                                       testing::dripping("HTTP/1.1 200 OK\r\nX-Long:")}) {
         HTTPSServer server;
         server.behaviour = behaviour;
         URLSessionHTTPClient::Options options = optionsFor(server);
@@ -244,51 +229,6 @@ TEST(URLSessionHTTPClient, EndsItsExchangesWithIt) {
     client.reset();
     EXPECT_THROW(testing::waitFor(std::move(first)), HTTPError);
     EXPECT_THROW(testing::waitFor(std::move(second)), HTTPError);
-}
-
-TEST(URLSessionHTTPClient, LeavesNothingBehind) {
-    HTTPSServer server;
-    Behaviour silent;
-    silent.staysOpen = true;
-    const Behaviour behaviours[]{
-        answer("200 OK", QByteArray(3000, ' ')),
-        answer("302 Moved", "", "Location: /\r\n"),
-        answer("429 Too Many"),
-        filled("", 0),
-        filled("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n{}", 0),
-        filled("HTTP/1.1 200 OK\r\n\r\n", 100'000),
-        silent,
-    };
-    URLSessionHTTPClient::Options options = optionsFor(server);
-    options.bodyBound = 50'000;
-    options.deadline = Seconds{0.05};
-    URLSessionHTTPClient client(options);
-    const auto run = [&](int rounds) {
-        for (int round = 0; round < rounds; ++round) {
-            // One that runs into the deadline for each ten sets of the others.
-            const bool isSilent = round % 60 == 59;
-            server.behaviour = isSilent ? silent : behaviours[round % 6];
-            server.requests.clear();
-            try {
-                testing::waitFor(client.send(request(server.url())));
-            } catch (const HTTPError&) {
-                // Most of them are failures.
-            }
-        }
-        for (int turn = 0; turn < 100 && !server.isIdle(); ++turn)
-            testing::settle();
-        ::malloc_trim(0);
-    };
-    run(100); // what is set up once, and the first growth of the pools
-    const std::size_t descriptors = testing::openDescriptors();
-    const std::size_t threads = testing::runningThreads();
-    const std::size_t memory = testing::residentMemory();
-    run(1000);
-    EXPECT_EQ(testing::openDescriptors(), descriptors);
-    EXPECT_EQ(testing::runningThreads(), threads);
-#ifndef __SANITIZE_ADDRESS__ // which keeps freed memory for a while, and finds leaks itself
-    EXPECT_LT(testing::residentMemory(), memory + 2'000'000);
-#endif
 }
 
 } // namespace
