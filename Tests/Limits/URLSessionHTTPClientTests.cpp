@@ -62,8 +62,7 @@ TEST(URLSessionHTTPClient, DeliversEveryAnswer) {
          {"200 OK", "299 Fine", "400 No", "401 No", "403 No", "404 No", "418 Teapot",
           "429 Too Many", "451 No", "500 Oops", "503 Later", "529 Overloaded"}) {
         HTTPSServer server;
-        server.behaviour = answer(status, "the body",
-                                  "Retry-After: 17\r\nWWW-Authenticate: Basic realm=\"r\"\r\n");
+        server.behaviour = answer(status, "the body", "Retry-After: 17\r\n");
         SCOPED_TRACE(status);
         const HTTPResponse response = send(optionsFor(server), request(server.url()));
         EXPECT_EQ(response.status, std::stoi(status));
@@ -74,6 +73,18 @@ TEST(URLSessionHTTPClient, DeliversEveryAnswer) {
     HTTPSServer server;
     server.behaviour = answer("204 No Content");
     EXPECT_EQ(send(optionsFor(server), request(server.url())).status, 204);
+}
+
+TEST(URLSessionHTTPClient, AnswersNoChallenge) {
+    for (const char* challenge : {"Basic realm=\"r\"", "Digest realm=\"r\", nonce=\"n\"",
+                                  "Negotiate", "NTLM", "Bearer realm=\"r\""}) {
+        HTTPSServer server;
+        server.behaviour =
+            answer("401 No", "the body", QByteArray("WWW-Authenticate: ") + challenge + "\r\n");
+        const HTTPResponse response = send(optionsFor(server), request(server.url()));
+        EXPECT_EQ(response.status, 401) << challenge;
+        EXPECT_EQ(server.requests.size(), 1) << challenge;
+    }
 }
 
 TEST(URLSessionHTTPClient, NeverFollowsARedirect) {
@@ -186,7 +197,7 @@ TEST(URLSessionHTTPClient, EndsWhenItsTimeIsUpHoweverSlowlyBytesDrip) {
 }
 
 TEST(URLSessionHTTPClient, BoundsTheBody) {
-    constexpr std::int64_t bound = 1024 * 1024;
+    constexpr std::int64_t bound = 1'000'000;
     HTTPSServer server;
     server.behaviour = filled("HTTP/1.1 200 OK\r\n\r\n", bound);
     EXPECT_EQ(send(optionsFor(server), request(server.url())).body.size(), bound);

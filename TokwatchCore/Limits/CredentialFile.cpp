@@ -13,7 +13,7 @@ namespace tokwatch {
 namespace {
 
 /// Real ones have one to five thousand bytes.
-constexpr std::size_t largestFile = 1024 * 1024;
+constexpr std::size_t largestFile = 1'000'000;
 
 class Descriptor {
   public:

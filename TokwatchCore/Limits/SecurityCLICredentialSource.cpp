@@ -19,7 +19,7 @@ namespace {
 constexpr int itemNotFound = 44;
 
 /// Far beyond any password; what prints more is not the tool that we meant.
-constexpr std::size_t longestOutput = 16 * 1024 * 1024;
+constexpr std::size_t longestOutput = 16'000'000;
 
 } // namespace
 

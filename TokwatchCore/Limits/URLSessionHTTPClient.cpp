@@ -18,7 +18,7 @@ namespace tokwatch {
 namespace {
 
 /// How much may wait unread in the reply. The rest stays with the sender, held back by TCP.
-constexpr qint64 readBufferSize = 64 * 1024;
+constexpr qint64 readBufferSize = 65'536;
 
 class RefusingCookieJar final : public QNetworkCookieJar {
   public:

@@ -23,8 +23,8 @@ class URLSessionHTTPClient final : public HTTPClient {
   public:
     /// What tests change; the application uses the defaults.
     struct Options {
-        Seconds deadline{15};                 ///< for the whole exchange, however slowly bytes drip
-        std::int64_t bodyBound = 1024 * 1024; ///< bytes; real answers have about two thousand
+        Seconds deadline{15};               ///< for the whole exchange, however slowly bytes drip
+        std::int64_t bodyBound = 1'000'000; ///< bytes; real answers have about two thousand
         std::vector<std::string> hosts{claudeHost, codexHost};
         std::optional<std::uint16_t> port;  ///< the default one when absent
         std::optional<QNetworkProxy> proxy; ///< the system's when absent
