@@ -2,8 +2,6 @@
 
 #include <QCoroFuture>
 #include <QNetworkAccessManager>
-#include <QNetworkCookie>
-#include <QNetworkCookieJar>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QPromise>
@@ -20,12 +18,7 @@ namespace {
 /// How much may wait unread in the reply. The rest stays with the sender, held back by TCP.
 constexpr qint64 readBufferSize = 65'536;
 
-class RefusingCookieJar final : public QNetworkCookieJar {
-  public:
-    QList<QNetworkCookie> cookiesForUrl(const QUrl&) const override { return {}; }
-    bool setCookiesFromUrl(const QList<QNetworkCookie>&, const QUrl&) override { return false; }
-};
-
+/// Looks up the system's proxy for each request, without a change to what the application uses.
 class SystemProxyFactory final : public QNetworkProxyFactory {
   public:
     QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& query) override {
@@ -98,7 +91,6 @@ class URLSessionHTTPClient::Exchange {
         : bodyBound(options.bodyBound) {
         done.start();
         manager = std::make_unique<QNetworkAccessManager>();
-        manager->setCookieJar(new RefusingCookieJar);
         manager->setAutoDeleteReplies(false);
         if (options.proxy)
             manager->setProxy(*options.proxy);
