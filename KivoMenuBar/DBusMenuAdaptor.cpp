@@ -24,9 +24,9 @@ uint DBusMenuAdaptor::GetLayout(int parentId, int recursionDepth, const QStringL
     return menu.revision;
 }
 
-MenuItemPropertiesList DBusMenuAdaptor::GetGroupProperties(const QList<int>& ids,
-                                                           const QStringList& propertyNames) {
-    MenuItemPropertiesList result;
+QList<MenuItemProperties> DBusMenuAdaptor::GetGroupProperties(const QList<int>& ids,
+                                                              const QStringList& propertyNames) {
+    QList<MenuItemProperties> result;
     // No ids mean all items.
     QList<int> wanted = ids;
     if (wanted.isEmpty()) {
@@ -47,7 +47,7 @@ void DBusMenuAdaptor::Event(int id, const QString& eventId, const QDBusVariant&,
     if (eventId == QLatin1String("clicked")) menu.click(id);
 }
 
-QList<int> DBusMenuAdaptor::EventGroup(const MenuEvents& events) {
+QList<int> DBusMenuAdaptor::EventGroup(const QList<MenuEvent>& events) {
     QList<int> unknown;
     for (const MenuEvent& event : events) {
         if (event.id != root && !menu.entry(event.id))

@@ -8,8 +8,8 @@ namespace kivo {
 
 class DBusMenu;
 
-/// The menu as the bus sees it: names and types are the protocol's. GTK hosts send clicks through
-/// the group calls alone.
+/// The menu as the bus sees it: names and types are the protocol's, and lists are spelt out, as the
+/// bus knows types by their spelling. GTK hosts send clicks through the group calls alone.
 class DBusMenuAdaptor : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -29,17 +29,17 @@ class DBusMenuAdaptor : public QDBusAbstractAdaptor {
   public slots:
     uint GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
                    kivo::MenuLayoutItem& layout);
-    kivo::MenuItemPropertiesList GetGroupProperties(const QList<int>& ids,
-                                                    const QStringList& propertyNames);
+    QList<kivo::MenuItemProperties> GetGroupProperties(const QList<int>& ids,
+                                                       const QStringList& propertyNames);
     QDBusVariant GetProperty(int id, const QString& name);
     void Event(int id, const QString& eventId, const QDBusVariant& data, uint timestamp);
-    QList<int> EventGroup(const kivo::MenuEvents& events);
+    QList<int> EventGroup(const QList<kivo::MenuEvent>& events);
     bool AboutToShow(int id);
     QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors);
 
   signals:
-    void ItemsPropertiesUpdated(const kivo::MenuItemPropertiesList& updated,
-                                const kivo::MenuItemKeysList& removed);
+    void ItemsPropertiesUpdated(const QList<kivo::MenuItemProperties>& updated,
+                                const QList<kivo::MenuItemKeys>& removed);
     void LayoutUpdated(uint revision, int parent);
     void ItemActivationRequested(int id, uint timestamp);
     // NOLINTEND(readability-identifier-naming)

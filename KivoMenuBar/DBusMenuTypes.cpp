@@ -75,11 +75,11 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, MenuEvent& event)
 void registerMenuTypes() {
     qDBusRegisterMetaType<MenuLayoutItem>();
     qDBusRegisterMetaType<MenuItemProperties>();
-    qDBusRegisterMetaType<MenuItemPropertiesList>();
+    qDBusRegisterMetaType<QList<MenuItemProperties>>();
     qDBusRegisterMetaType<MenuItemKeys>();
-    qDBusRegisterMetaType<MenuItemKeysList>();
+    qDBusRegisterMetaType<QList<MenuItemKeys>>();
     qDBusRegisterMetaType<MenuEvent>();
-    qDBusRegisterMetaType<MenuEvents>();
+    qDBusRegisterMetaType<QList<MenuEvent>>();
     qDBusRegisterMetaType<MenuShortcut>();
 }
 

@@ -21,14 +21,12 @@ struct MenuItemProperties {
     int id = 0;
     QVariantMap properties;
 };
-using MenuItemPropertiesList = QList<MenuItemProperties>;
 
 /// Names of properties that an item no longer has, D-Bus type (ias).
 struct MenuItemKeys {
     int id = 0;
     QStringList names;
 };
-using MenuItemKeysList = QList<MenuItemKeys>;
 
 /// What happened to one item, D-Bus type (isvu): "clicked", "hovered", "opened" or "closed".
 struct MenuEvent {
@@ -37,7 +35,6 @@ struct MenuEvent {
     QDBusVariant data;
     uint timestamp = 0;
 };
-using MenuEvents = QList<MenuEvent>;
 
 /// Key combinations, each a list such as ["Control", "q"]; D-Bus type aas.
 using MenuShortcut = QList<QStringList>;

@@ -67,7 +67,7 @@ void PanelTone::settingChanged(const QString& channel, const QString& property,
 
 void PanelTone::update() {
     bool next = desktopDark;
-    if (host.area().alwaysDark)
+    if (host.area().usuallyDark)
         next = true;
     else if (host.area().isXfce)
         next = panelDark.value_or(false) || gtkThemeDark.value_or(desktopDark);

@@ -24,18 +24,19 @@ struct KnownHost {
 };
 
 constexpr std::array knownHosts{
-    KnownHost{QLatin1String("waybar"), {StatusAreaKind::wide, false, true, false}},
+    KnownHost{QLatin1String("waybar"), {.kind = StatusAreaKind::wide, .usuallyDark = true}},
     // The service behind the indicator plugins of the xfce and MATE panels. It hands on names of
-    // icons, which the panel draws in its own colour.
-    KnownHost{QLatin1String("ayatana-indicat"), {StatusAreaKind::label, true, false, true}},
-    KnownHost{QLatin1String("gnome-shell"), {StatusAreaKind::label, false, true, false}},
+    // icons, which the panel draws in the colour of its text.
+    KnownHost{QLatin1String("ayatana-indicat"),
+              {.kind = StatusAreaKind::label, .namesOnly = true, .menuOnly = true, .isXfce = true}},
+    KnownHost{QLatin1String("gnome-shell"), {.kind = StatusAreaKind::label, .usuallyDark = true}},
     // The xfce panel runs each plugin in a process that it names after it.
-    KnownHost{QLatin1String("panel-"), {StatusAreaKind::square, false, false, true}},
-    KnownHost{QLatin1String("xfce4-panel"), {StatusAreaKind::square, false, false, true}},
-    KnownHost{QLatin1String("wrapper-2.0"), {StatusAreaKind::square, false, false, true}},
+    KnownHost{QLatin1String("panel-"), {.kind = StatusAreaKind::square, .isXfce = true}},
+    KnownHost{QLatin1String("xfce4-panel"), {.kind = StatusAreaKind::square, .isXfce = true}},
+    KnownHost{QLatin1String("wrapper-2.0"), {.kind = StatusAreaKind::square, .isXfce = true}},
 };
 
-constexpr StatusArea unknownHost{StatusAreaKind::square, false, false, false};
+constexpr StatusArea unknownHost{.kind = StatusAreaKind::square};
 
 } // namespace
 

@@ -21,9 +21,11 @@ enum class StatusAreaKind {
 /// What is known of a status area.
 struct StatusArea {
     StatusAreaKind kind = StatusAreaKind::none;
-    bool namesOnly = false;  ///< takes icons by name and ignores pixels
-    bool alwaysDark = false; ///< dark unless its owner styled it otherwise, whatever the desktop is
-    bool isXfce = false;     ///< has its colours from the xfce settings
+    bool namesOnly = false; ///< takes icons by name and ignores pixels
+    bool menuOnly = false;  ///< opens the menu on a left click too, and the item hears nothing
+    bool usuallyDark =
+        false;           ///< dark unless its owner styled it otherwise, whatever the desktop is
+    bool isXfce = false; ///< has its colours from the xfce settings
 
     friend bool operator==(const StatusArea&, const StatusArea&) = default;
 };

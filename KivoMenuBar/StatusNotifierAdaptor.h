@@ -22,7 +22,7 @@ class StatusNotifierAdaptor : public QDBusAbstractAdaptor {
     Q_PROPERTY(QString IconThemePath READ iconThemePath)
     Q_PROPERTY(QString IconName READ iconName)
     Q_PROPERTY(QString IconAccessibleDesc READ iconDescription)
-    Q_PROPERTY(kivo::IconPixmaps IconPixmap READ iconPixmaps)
+    Q_PROPERTY(QList<kivo::IconPixmap> IconPixmap READ iconPixmaps)
     Q_PROPERTY(QString OverlayIconName READ none)
     Q_PROPERTY(QString AttentionIconName READ none)
     Q_PROPERTY(kivo::StatusToolTip ToolTip READ toolTip)

@@ -1,7 +1,8 @@
 #include "MeterStatusItem.h"
 
-#include "StatusPictures.h"
 #include "StatusTint.h"
+
+#include <QCursor>
 
 #include <algorithm>
 #include <array>
@@ -51,14 +52,14 @@ QString widthGuide(QString text) {
 
 MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusItemSource& itemSource,
                                  std::function<void(QPoint)> clicked,
-                                 kivo::DBusMenu::Builder buildMenu)
+                                 kivo::DBusMenu::Builder menuBuilder)
     : source(itemSource), scheduler(surroundings.scheduler), now(std::move(surroundings.now)),
-      onClick(std::move(clicked)),
+      onClick(std::move(clicked)), buildMenu(std::move(menuBuilder)),
       host(surroundings.bus, nullptr, std::move(surroundings.processName)),
       tone(surroundings.bus, host),
       item(surroundings.bus, QStringLiteral("TokwatchStatusItem"), QStringLiteral("Tokwatch")),
       menu(surroundings.bus, QLatin1String(kivo::StatusNotifierItem::menuPath),
-           std::move(buildMenu)),
+           [this] { return menuEntries(); }),
       icons(std::move(surroundings.iconDirectory)) {
     using Item = kivo::StatusNotifierItem;
     // The item and its siblings end together, so its context covers all that the calls touch.
@@ -73,8 +74,19 @@ MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusItem
     QObject::connect(&tone, &kivo::PanelTone::changed, &item, [this] { update(); });
     QObject::connect(&host, &kivo::StatusAreaHost::changed, &item, [this] {
         update();
+        menu.rebuild();
         if (onHostChanged) onHostChanged();
     });
+}
+
+std::vector<kivo::MenuEntry> MeterStatusItem::menuEntries() const {
+    std::vector<kivo::MenuEntry> entries = buildMenu();
+    // Where no click arrives, the menu is the only way in.
+    if (host.area().menuOnly)
+        entries.insert(entries.begin(), {QStringLiteral("Open Tokwatch"), {}, [this] {
+                                             if (onClick) onClick(QCursor::pos());
+                                         }});
+    return entries;
 }
 
 void MeterStatusItem::apply(const StatusTitle& title) {
@@ -119,24 +131,24 @@ MeterStatusItem::Face MeterStatusItem::face() const {
 
 void MeterStatusItem::draw(const Face& face) {
     const StatusTitle& title = face.title;
-    const QColor tint = statusTint(title.severity, face.onDarkPanel);
+    const Ink ink = statusInk(title.severity, face.onDarkPanel, face.area.usuallyDark);
     const QString text = title.text ? QString::fromStdString(face.prefix + *title.text) : QString();
     const std::optional<int> percent = title.text ? leadingPercent(*title.text) : std::nullopt;
 
     kivo::StatusIcon icon;
     QString label;
     if (face.area.kind == StatusAreaKind::label) {
-        icon = markIcon(face, tint);
+        icon = markIcon(face, ink);
         label = text;
     } else if (face.area.kind == StatusAreaKind::wide && !text.isEmpty()) {
         icon.pictures = pictures(wideHeights, [&](int height) {
-            return titlePicture(title.provider, text, tint, height);
+            return titlePicture(title.provider, text, ink, height);
         });
     } else if (percent && face.area.kind != StatusAreaKind::wide) {
         icon.pictures =
-            pictures(squareSides, [&](int side) { return gaugePicture(*percent, tint, side); });
+            pictures(squareSides, [&](int side) { return gaugePicture(*percent, ink, side); });
     } else {
-        icon = markIcon(face, tint);
+        icon = markIcon(face, ink);
     }
     icon.description = displayName(title);
     if (label.isEmpty() && !text.isEmpty()) icon.description += QLatin1Char(' ') + text;
@@ -146,15 +158,15 @@ void MeterStatusItem::draw(const Face& face) {
     item.setToolTip(QStringLiteral("Tokwatch"), QString::fromStdString(title.tooltip));
 }
 
-kivo::StatusIcon MeterStatusItem::markIcon(const Face& face, QColor tint) {
+kivo::StatusIcon MeterStatusItem::markIcon(const Face& face, const Ink& ink) {
     const StatusTitle& title = face.title;
     kivo::StatusIcon icon;
     if (face.area.namesOnly && icons.write()) {
         icon.name = icons.name(title.provider, title.severity, face.onDarkPanel);
         icon.themePath = icons.themePath();
     } else {
-        icon.pictures = pictures(squareSides,
-                                 [&](int side) { return markPicture(title.provider, tint, side); });
+        icon.pictures =
+            pictures(squareSides, [&](int side) { return markPicture(title.provider, ink, side); });
     }
     return icon;
 }

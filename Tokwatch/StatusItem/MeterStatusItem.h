@@ -9,9 +9,9 @@
 #include "StatusAreaHost.h"
 #include "StatusItemSource.h"
 #include "StatusNotifierItem.h"
+#include "StatusPictures.h"
 #include "StatusTitle.h"
 
-#include <QColor>
 #include <QDBusConnection>
 #include <QObject>
 #include <QPoint>
@@ -20,6 +20,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace tokwatch {
 
@@ -68,17 +69,19 @@ class MeterStatusItem {
         friend bool operator==(const Face&, const Face&) = default;
     };
 
+    std::vector<kivo::MenuEntry> menuEntries() const;
     void scroll(int delta);
     void choose(int steps);
     void update();
     Face face() const;
     void draw(const Face& face);
-    kivo::StatusIcon markIcon(const Face& face, QColor tint);
+    kivo::StatusIcon markIcon(const Face& face, const Ink& ink);
 
     StatusItemSource& source;
     Scheduler& scheduler;
     Clock now;
     std::function<void(QPoint)> onClick;
+    kivo::DBusMenu::Builder buildMenu;
 
     kivo::StatusAreaHost host;
     kivo::PanelTone tone;

@@ -72,7 +72,7 @@ bool NamedIcons::write() {
                                                                        : statusTint(severity, dark);
                     const std::string file = name(provider, severity, dark).toStdString() +
                                              std::string(suffix(severity));
-                    if (!markPicture(provider, colour, side)
+                    if (!markPicture(provider, {colour}, side)
                              .save(QString::fromStdString((folder / file).string()), "PNG"))
                         written = false;
                 }

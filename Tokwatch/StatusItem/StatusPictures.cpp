@@ -6,7 +6,9 @@
 #include <QFont>
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPen>
+#include <QTransform>
 
 #include <algorithm>
 #include <cmath>
@@ -27,13 +29,19 @@ QColor faded(QColor colour, double opacity) {
     return colour;
 }
 
-void drawMark(QPainter& painter, std::optional<ProviderID> provider, QColor colour,
-              const QRectF& box) {
-    painter.save();
-    painter.translate(box.topLeft());
-    painter.scale(box.width() / markSide, box.height() / markSide);
-    painter.fillPath(mark(provider), colour);
-    painter.restore();
+QPainterPath markIn(const QRectF& box, std::optional<ProviderID> provider) {
+    return QTransform()
+        .translate(box.left(), box.top())
+        .scale(box.width() / markSide, box.height() / markSide)
+        .map(mark(provider));
+}
+
+/// Fills the outlines; the halo is as wide as a thin line of text.
+void drawOutlines(QPainter& painter, const QPainterPath& outlines, const Ink& ink, double height) {
+    if (ink.halo.alpha() > 0)
+        painter.strokePath(
+            outlines, QPen(ink.halo, height * 0.12, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.fillPath(outlines, ink.colour);
 }
 
 /// Whole pixels, so that stems and edges are sharp at every size.
@@ -105,16 +113,16 @@ class TabularText {
     double totalWidth() const { return width; }
     double capHeight() const { return ascent; }
 
-    void draw(QPainter& painter, QPointF baseline, QColor colour) const {
-        painter.setFont(font);
-        painter.setPen(colour);
+    QPainterPath outlines(QPointF baseline) const {
+        QPainterPath path;
         const QFontMetricsF metrics(font);
         for (const QChar character : text) {
             const double room = advance(metrics, character);
             const double slack = room - metrics.horizontalAdvance(character);
-            painter.drawText(baseline + QPointF(slack / 2, 0), character);
+            path.addText(baseline + QPointF(slack / 2, 0), font, character);
             baseline.rx() += room;
         }
+        return path;
     }
 
   private:
@@ -131,37 +139,41 @@ class TabularText {
 
 } // namespace
 
-QImage markPicture(std::optional<ProviderID> provider, QColor colour, int side) {
+QImage markPicture(std::optional<ProviderID> provider, const Ink& ink, int side) {
     QImage picture = emptyPicture(side, side);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    drawMark(painter, provider, colour, QRectF(0, 0, side, side));
+    drawOutlines(painter, markIn(QRectF(0, 0, side, side), provider), ink, side);
     return picture;
 }
 
-QImage gaugePicture(int percentLeft, QColor colour, int side) {
+QImage gaugePicture(int percentLeft, const Ink& ink, int side) {
     const int percent = std::clamp(percentLeft, 0, 100);
     const GaugeLayout layout(side);
     QImage picture = emptyPicture(side, side);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    drawDigits(painter, QString::number(percent), colour, layout);
-    drawBar(painter, percent / 100.0, colour, layout);
+    drawDigits(painter, QString::number(percent), ink.colour, layout);
+    drawBar(painter, percent / 100.0, ink.colour, layout);
     return picture;
 }
 
-QImage titlePicture(std::optional<ProviderID> provider, const QString& text, QColor colour,
+QImage titlePicture(std::optional<ProviderID> provider, const QString& text, const Ink& ink,
                     int height) {
     const TabularText label(text, static_cast<int>(std::lround(height * 0.68)));
     const int markSize = static_cast<int>(std::lround(height * 0.76));
+    const double margin = std::ceil(height * 0.05);
     const double gap = height * 0.24;
-    const int width = static_cast<int>(std::ceil(markSize + gap + label.totalWidth()));
+    const int width =
+        static_cast<int>(std::ceil(margin + markSize + gap + label.totalWidth() + margin));
     QImage picture = emptyPicture(width, height);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    drawMark(painter, provider, colour, QRectF(0, (height - markSize) / 2.0, markSize, markSize));
+    const QRectF markBox(margin, std::floor((height - markSize) / 2.0), markSize, markSize);
     const double baseline = std::round((height + label.capHeight()) / 2);
-    label.draw(painter, {markSize + gap, baseline}, colour);
+    QPainterPath outlines = markIn(markBox, provider);
+    outlines.addPath(label.outlines({margin + markSize + gap, baseline}));
+    drawOutlines(painter, outlines, ink, height);
     return picture;
 }
 

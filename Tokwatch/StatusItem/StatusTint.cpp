@@ -14,4 +14,11 @@ QColor statusTint(Severity severity, bool onDarkPanel) {
     return {};
 }
 
+Ink statusInk(Severity severity, bool onDarkPanel, bool toneIsGuess) {
+    Ink ink{statusTint(severity, onDarkPanel)};
+    if (toneIsGuess)
+        ink.halo = onDarkPanel ? QColor(0, 0, 0, 0xb0) : QColor(0xff, 0xff, 0xff, 0xb0);
+    return ink;
+}
+
 } // namespace tokwatch
