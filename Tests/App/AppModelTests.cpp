@@ -279,11 +279,11 @@ TEST_F(AppModelTest, TriesToPruneAgainWhenItFailed) {
     const testing::CapturedLog log;
     startUp();
     EXPECT_THAT(log.lines(), ::testing::Each(HasSubstr("Tokwatch: prune failed: ")));
-    EXPECT_FALSE(settings.contains("lastPruneAt"));
+    EXPECT_FALSE(preferences->lastPruneAt());
     other.execute("DROP TRIGGER no_delete");
     change({"/x/a.jsonl"});
     finishPass();
-    EXPECT_GE(settings.value("lastPruneAt").toDouble(), unixSeconds(time.now()));
+    EXPECT_GE(preferences->lastPruneAt(), time.now());
 }
 
 TEST_F(AppModelTest, FollowsThePreferences) {

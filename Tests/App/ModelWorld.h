@@ -100,8 +100,8 @@ class ModelWorld {
 
     void makeModel() {
         model.emplace(AppServices{
-            *preferences, settings, store, std::make_shared<PriceTable>(),
-            ProviderLocations{home.path()}, SnapshotStore(data.path()), *limitsService,
+            *preferences, store, std::make_shared<PriceTable>(), ProviderLocations{home.path()},
+            SnapshotStore(snapshotDirectory), *limitsService,
             [this](IndexerService::ProgressHandler progress) {
                 return indexer.index(std::move(progress));
             },
@@ -147,9 +147,9 @@ class ModelWorld {
     TemporaryDirectory home;
     TemporaryDirectory data;
     ManualScheduler time;
-    QSettings settings{QString::fromStdString((data / "settings.conf").string()),
-                       QSettings::IniFormat};
-    std::optional<Preferences> preferences{std::in_place, settings};
+    std::unique_ptr<QSettings> settings = settingsFile(data / "settings.conf");
+    std::optional<Preferences> preferences{std::in_place, *settings};
+    std::optional<std::filesystem::path> snapshotDirectory = data.path();
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(data / "usage.sqlite");
     std::map<ProviderID, std::shared_ptr<FakeLimitsProvider>> sources;
     LimitsService::Providers providers;

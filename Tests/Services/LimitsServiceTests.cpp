@@ -50,9 +50,8 @@ class LimitsServiceTest : public ::testing::Test {
     } loop;
     testing::TemporaryDirectory directory;
     testing::ManualScheduler time;
-    QSettings settings{QString::fromStdString((directory / "settings.conf").string()),
-                       QSettings::IniFormat};
-    Preferences preferences{settings};
+    std::unique_ptr<QSettings> settings = settingsFile(directory / "settings.conf");
+    Preferences preferences{*settings};
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(":memory:");
     std::shared_ptr<testing::FakeLimitsProvider> claude =
         std::make_shared<testing::FakeLimitsProvider>(ProviderID::claude);
@@ -242,9 +241,8 @@ TEST(LimitsService, MayEndBeforeItsFetches) {
     testing::needEventLoop();
     const testing::TemporaryDirectory directory;
     testing::ManualScheduler time;
-    QSettings settings(QString::fromStdString((directory / "settings.conf").string()),
-                       QSettings::IniFormat);
-    Preferences preferences(settings);
+    const std::unique_ptr<QSettings> settings = settingsFile(directory / "settings.conf");
+    Preferences preferences(*settings);
     const auto claude = std::make_shared<testing::FakeLimitsProvider>(ProviderID::claude);
     {
         LimitsService service({{ProviderID::claude, claude}},

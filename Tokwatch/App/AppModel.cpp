@@ -10,7 +10,6 @@
 #include <QCoroFuture>
 #include <QPointer>
 #include <QPromise>
-#include <QSettings>
 
 #include <algorithm>
 #include <exception>
@@ -22,8 +21,7 @@ namespace tokwatch {
 namespace {
 
 constexpr Seconds watchInterval{300};
-constexpr double pruneInterval = 86'400; ///< seconds
-constexpr const char* lastPruneKey = "lastPruneAt";
+constexpr Seconds pruneInterval{86'400};
 
 /// Runs the call from the main thread's event loop. Callable from any thread.
 void onMainThread(std::function<void()> call) {
@@ -246,11 +244,9 @@ void AppModel::setIndexing(const std::optional<IndexingProgress>& progress) {
 QCoro::Task<> AppModel::pruneDaily() {
     const QPointer<AppModel> self(this);
     const Date now = services.now();
-    const QVariant last = services.defaults.value(lastPruneKey);
+    const std::optional<Date> last = services.preferences.lastPruneAt();
     // A moment a day or more ahead was noted by a clock that has been set back since.
-    if (isPruning ||
-        (last.isValid() && std::abs(unixSeconds(now) - last.toDouble()) < pruneInterval))
-        co_return;
+    if (isPruning || (last && std::chrono::abs(now - *last) < pruneInterval)) co_return;
     isPruning = true;
     const Date before = services.calendar.addingDays(now, -keptDays);
     const QFuture<bool> pruning =
@@ -266,7 +262,7 @@ QCoro::Task<> AppModel::pruneDaily() {
     const bool pruned = co_await pruning;
     if (!self) co_return;
     isPruning = false;
-    if (pruned) services.defaults.setValue(lastPruneKey, unixSeconds(now));
+    if (pruned) services.preferences.setLastPruneAt(now);
 }
 
 void AppModel::refresh() {

@@ -14,8 +14,6 @@
 #include <string>
 #include <vector>
 
-class QSettings;
-
 namespace tokwatch {
 
 class LimitsService;
@@ -41,7 +39,6 @@ using RunInBackground = std::function<void(std::function<void()> work)>;
 /// What the model works with. References outlive the model.
 struct AppServices {
     Preferences& preferences;
-    QSettings& defaults; ///< holds "lastPruneAt"
     std::shared_ptr<UsageStore> store;
     std::shared_ptr<const PriceTable> prices;
     ProviderLocations locations;

@@ -17,7 +17,7 @@ std::filesystem::path variable(const char* name) {
 }
 
 std::filesystem::path homeOfAccount() {
-    std::vector<char> buffer(16 * 1024);
+    std::vector<char> buffer(16'384);
     struct passwd account {};
     struct passwd* found = nullptr;
     if (getpwuid_r(getuid(), &account, buffer.data(), buffer.size(), &found) != 0 ||

@@ -18,7 +18,7 @@ constexpr std::size_t groupEventLimit = 16'384;
 /// Slices in one transaction: bounds what a killed pass has to read again.
 constexpr std::size_t groupSliceLimit = 1'024;
 /// Below this many unread bytes a second thread costs more than it brings.
-constexpr std::int64_t readAheadBytes = 2 * 1024 * 1024;
+constexpr std::int64_t readAheadBytes = 2'097'152;
 /// How far the reader may run ahead, in events and slices.
 constexpr std::size_t readAheadWeight = 16'384;
 

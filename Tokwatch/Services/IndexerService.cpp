@@ -17,7 +17,7 @@ namespace tokwatch {
 namespace {
 
 /// After a pass of this many bytes the allocator is asked to give back what it kept.
-constexpr std::int64_t longPassBytes = 16 * 1024 * 1024;
+constexpr std::int64_t longPassBytes = 16'777'216;
 
 bool isBelow(std::string_view path, const std::filesystem::path& root) {
     const std::string& prefix = root.native();

@@ -1,0 +1,258 @@
+#include "ModelWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+namespace tokwatch {
+namespace {
+
+constexpr double hour = 3600;
+constexpr double day = 24 * hour;
+
+/// The rules of spacing, told a second time and simply: what an attempt must have waited for.
+struct Expectation {
+    std::optional<double> lastAttempt; ///< on the wall clock
+    std::optional<ProviderStatus> lastStatus;
+    double delay = 300;
+    std::size_t attempts = 0;
+
+    static bool failsForNow(ProviderStatus status) {
+        return status == ProviderStatus::unreachable || status == ProviderStatus::rateLimited;
+    }
+    double spacing(bool byUser) const {
+        if (!lastStatus || *lastStatus == ProviderStatus::ok) return 300;
+        if (byUser) return 30;
+        return failsForNow(*lastStatus) ? delay : 300;
+    }
+    /// A provider that nobody wants any more when its answer comes.
+    void forget() {
+        lastAttempt.reset();
+        lastStatus.reset();
+        delay = 300;
+    }
+    void end(ProviderStatus status) {
+        lastStatus = status;
+        delay = failsForNow(status) ? std::min(2 * delay, 1800.0) : 300;
+    }
+};
+
+/// Two days of a life with everything that goes wrong in it. After every step the invariants are
+/// looked at; which steps come is the seed's doing alone.
+class Days : protected testing::ModelWorld {
+  public:
+    explicit Days(unsigned seed) : random(seed) {
+        snapshotDirectory.reset();
+        store = std::make_shared<UsageStore>(":memory:");
+        limitsService.emplace(providers, store, *preferences, time.clock(), time);
+        home.write(".claude/projects/a.jsonl", "");
+        home.write(".codex/sessions/a.jsonl", "");
+        home.write(".grok/sessions/s/usage.json", "{}");
+        makeModel();
+    }
+
+    void live() {
+        model->start();
+        check(false);
+        double lived = 0;
+        while (lived < 2 * day && !::testing::Test::HasFailure()) {
+            lived += step();
+            check(false);
+            if (chance(0.01)) {
+                quietHours();
+                lived += 2 * hour;
+            }
+        }
+        EXPECT_GT(attemptsInAll, 100U);
+    }
+
+  private:
+    bool chance(double probability) { return std::bernoulli_distribution(probability)(random); }
+    double between(double low, double high) {
+        return std::uniform_real_distribution(low, high)(random);
+    }
+    template<typename Container>
+    auto any(const Container& container) {
+        return container[std::uniform_int_distribution<std::size_t>(0,
+                                                                    container.size() - 1)(random)];
+    }
+
+    /// One thing that happens; the seconds that it took.
+    double step() {
+        switch (std::uniform_int_distribution(0, 12)(random)) {
+        case 0:
+            time.jump(Seconds{between(-3 * day, 3 * day)});
+            break;
+        case 1:
+            time.jump(Seconds{between(-400, 400)});
+            break;
+        case 2:
+            flip();
+            break;
+        case 3:
+            burst();
+            break;
+        case 4:
+            model->refresh();
+            settle();
+            check(true);
+            break;
+        case 5:
+            model->popoverOpened();
+            settle();
+            break;
+        case 6:
+            model->reread(any(allProviders));
+            settle();
+            break;
+        case 7:
+        case 8:
+            finishAllPasses();
+            break;
+        case 9:
+        case 10:
+            answerAll();
+            break;
+        default: {
+            const double seconds = chance(0.5) ? between(0, 60) : between(60, 900);
+            passTime(seconds);
+            return seconds;
+        }
+        }
+        return 0;
+    }
+
+    /// Lets time pass in the steps of the timers, so that each attempt is seen at its moment.
+    void passTime(double seconds) {
+        time.advance(Seconds{seconds}, [this] {
+            settle();
+            check(false);
+        });
+    }
+
+    void flip() {
+        switch (std::uniform_int_distribution(0, 2)(random)) {
+        case 0:
+            preferences->claudeLiveLimits = !preferences->claudeLiveLimits.value();
+            break;
+        case 1: {
+            std::set<ProviderID> disabled;
+            for (const ProviderID id : allProviders)
+                if (chance(0.2)) disabled.insert(id);
+            preferences->disabledProviders = disabled;
+            break;
+        }
+        default: {
+            std::vector<ProviderID> order(allProviders.begin(), allProviders.end());
+            std::ranges::shuffle(order, random);
+            preferences->providerOrder = order;
+        }
+        }
+        settle();
+    }
+
+    void burst() {
+        if (!watch.onChange) return;
+        finishAllPasses();
+        const int before = indexer.passes;
+        for (int i = 0; i < 20; ++i)
+            watch.onChange({"/x/a.jsonl"});
+        settle();
+        EXPECT_EQ(indexer.passes, before + 1);
+        finishAllPasses();
+        EXPECT_EQ(indexer.passes, before + 2); // the first, and one for all that came meanwhile
+
+        holdBackground = true;
+        publishes = 0;
+        for (int i = 0; i < 20; ++i)
+            model->publish();
+        settle();
+        holdBackground = false;
+        settle();
+        EXPECT_EQ(publishes, 2);
+    }
+
+    void answerAll() {
+        for (const auto& [id, source] : sources) {
+            if (source->underWay() == 0) continue;
+            const ProviderStatus status =
+                chance(0.4) ? ProviderStatus::ok : any(allProviderStatuses);
+            if (isActive(id))
+                expected[id].end(status);
+            else
+                expected[id].forget();
+            if (status == ProviderStatus::ok)
+                source->answer(testing::someLimits(time.now(), between(0, 1)));
+            else
+                source->answer(status);
+            settle();
+        }
+    }
+
+    /// Nobody does anything and every service answers: whoever may be fetched is fetched.
+    void quietHours() {
+        answerAll();
+        finishAllPasses();
+        std::map<ProviderID, std::size_t> before;
+        for (const auto& [id, source] : sources)
+            before[id] = source->attempts.size();
+        for (int i = 0; i < 4; ++i) {
+            passTime(hour / 2);
+            finishAllPasses();
+            answerAll();
+        }
+        for (const ProviderID id : model->present()) {
+            if (isActive(id) && expected[id].lastStatus != ProviderStatus::accessDenied) {
+                EXPECT_GT(sources[id]->attempts.size(), before[id]) << rawValue(id) << " froze";
+            }
+        }
+    }
+
+    bool isActive(ProviderID id) const {
+        const std::vector<ProviderID> enabled = preferences->enabledProviders();
+        return std::ranges::count(enabled, id) > 0 &&
+               (id != ProviderID::claude || preferences->claudeLiveLimits.value());
+    }
+
+    void check(bool byUser) {
+        for (const auto& [id, source] : sources) {
+            EXPECT_LE(source->mostUnderWay, 1U) << rawValue(id);
+            Expectation& expectation = expected[id];
+            for (; expectation.attempts < source->attempts.size(); ++expectation.attempts) {
+                const double moment = unixSeconds(source->attempts[expectation.attempts]);
+                EXPECT_TRUE(isActive(id)) << rawValue(id);
+                // Before the last attempt: the clock was set back, and nobody can tell how long ago
+                // that was.
+                if (expectation.lastAttempt && moment >= *expectation.lastAttempt) {
+                    EXPECT_GE(moment - *expectation.lastAttempt, expectation.spacing(byUser) - 1e-3)
+                        << rawValue(id);
+                }
+                expectation.lastAttempt = moment;
+                ++attemptsInAll;
+            }
+        }
+        const double pruned = unixSeconds(preferences->lastPruneAt().value_or(Date()));
+        if (pruned != lastPrune) {
+            EXPECT_GE(std::abs(pruned - lastPrune), day);
+        }
+        lastPrune = pruned;
+    }
+
+    std::mt19937 random;
+    std::map<ProviderID, Expectation> expected;
+    std::size_t attemptsInAll = 0;
+    double lastPrune = 0;
+};
+
+class AppModelProperty : public ::testing::TestWithParam<unsigned> {};
+
+TEST_P(AppModelProperty, KeepsItsRulesForTwoDaysWhateverHappens) {
+    Days(GetParam()).live();
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, AppModelProperty, ::testing::Range(1U, 21U));
+
+} // namespace
+} // namespace tokwatch

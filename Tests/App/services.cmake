@@ -1,3 +1,0 @@
-tokwatch_test(TitleTests
-  SOURCES ObservingUpdaterTests.cpp StatusTitleTests.cpp
-  LINK TokwatchTitle TokwatchPreferences)

@@ -1,4 +1,0 @@
-tokwatch_test(IndexerTests
-  SOURCES IndexerServiceTests.cpp
-  LINK TokwatchIndexer
-  LABELS concurrent)

@@ -1,3 +1,0 @@
-tokwatch_test(SnapshotTests
-  SOURCES SnapshotTests.cpp
-  LINK TokwatchStore)

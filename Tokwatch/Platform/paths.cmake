@@ -1,1 +1,0 @@
-tokwatch_library(TokwatchPaths SOURCES UserPaths.cpp)
