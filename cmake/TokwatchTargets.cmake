@@ -24,6 +24,27 @@ function(tokwatch_library name)
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE TokwatchBuildFlags ${ARG_PRIVATE})
 endfunction()
 
+# tokwatch_qml_module(NAME URI uri SOURCES … QML … [PUBLIC …] [PRIVATE …]): a folder with QML beside its C++ types,
+# compiled ahead.
+function(tokwatch_qml_module name)
+  cmake_parse_arguments(ARG "" "URI" "SOURCES;QML;PUBLIC;PRIVATE" ${ARGN})
+  set(CMAKE_AUTOMOC ON)
+  string(REPLACE "." "/" path ${ARG_URI})
+  qt_add_qml_module(${name} STATIC
+    OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/qml/${path}
+    URI ${ARG_URI}
+    VERSION 1.0
+    RESOURCE_PREFIX /qt/qml
+    SOURCES ${ARG_SOURCES}
+    QML_FILES ${ARG_QML})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} PUBLIC Qt6::Quick ${ARG_PUBLIC} PRIVATE TokwatchBuildFlags ${ARG_PRIVATE})
+  # What the QML compiler writes is not ours to warn about.
+  get_target_property(sources ${name} SOURCES)
+  list(FILTER sources INCLUDE REGEX "/\\.rcc/qmlcache/")
+  set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS -w)
+endfunction()
+
 # All that is also run under the thread sanitizer: the tests with the label "concurrent".
 add_custom_target(ConcurrencyTests)
 
@@ -36,5 +57,9 @@ function(tokwatch_test name)
   if("concurrent" IN_LIST ARG_LABELS)
     add_dependencies(ConcurrencyTests ${name})
   endif()
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 300)
+  set(properties TIMEOUT 300)
+  if(ARG_LABELS)
+    list(APPEND properties LABELS ${ARG_LABELS})
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()

@@ -1,0 +1,23 @@
+import QtQuick
+
+/// A surface that holds one subject, as high as its content.
+Rectangle {
+    id: card
+    default property alias content: column.data
+    property int padding: Theme.space.l
+    property alias spacing: column.spacing
+
+    implicitHeight: column.implicitHeight + 2 * padding
+    color: Theme.colors.card
+    radius: Theme.space.cardRadius
+    border.width: 1
+    border.color: Theme.colors.hairline
+
+    Column {
+        id: column
+        x: card.padding
+        y: card.padding
+        width: card.width - 2 * card.padding
+        spacing: Theme.space.m
+    }
+}

@@ -1,0 +1,78 @@
+import QtQuick
+import QtQuick.Templates as T
+
+/// A choice of several, shown as a list when asked for.
+T.ComboBox {
+    id: box
+    property string name
+
+    implicitWidth: 200
+    implicitHeight: 28
+    leftPadding: Theme.space.m
+    rightPadding: Theme.space.m
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+    Accessible.name: name
+
+    contentItem: Label {
+        text: box.displayText
+        verticalAlignment: Text.AlignVCenter
+        Accessible.ignored: true
+    }
+    indicator: Symbol {
+        x: box.mirrored ? Theme.space.s : box.width - width - Theme.space.s
+        y: (box.height - height) / 2
+        width: 14
+        height: 14
+        name: "chevron"
+        color: Theme.colors.secondaryText
+    }
+    background: Rectangle {
+        radius: Theme.space.radius
+        color: box.pressed ? Theme.colors.pressed : box.hovered ? Theme.colors.hover : Theme.colors.card
+        border.width: 1
+        border.color: Theme.colors.outline
+    }
+    FocusRing {}
+
+    delegate: T.ItemDelegate {
+        id: option
+        required property int index
+        required property string modelData
+
+        width: box.width - 2 * Theme.space.xs
+        height: 28
+        highlighted: box.highlightedIndex === index
+        Accessible.name: modelData
+        contentItem: Label {
+            leftPadding: Theme.space.s
+            text: option.modelData
+            verticalAlignment: Text.AlignVCenter
+            font.weight: box.currentIndex === option.index ? Font.DemiBold : Font.Normal
+            Accessible.ignored: true
+        }
+        background: Rectangle {
+            radius: Theme.space.radius - 2
+            color: option.highlighted ? Theme.colors.track : "transparent"
+        }
+    }
+    popup: T.Popup {
+        y: box.height + Theme.space.xs
+        width: box.width
+        height: Math.min(contentItem.implicitHeight, 240) + 2 * padding
+        padding: Theme.space.xs
+        contentItem: ListView {
+            clip: true
+            implicitHeight: contentHeight
+            model: box.popup.visible ? box.delegateModel : null
+            currentIndex: box.highlightedIndex
+            T.ScrollBar.vertical: ThinScrollBar {}
+        }
+        background: Rectangle {
+            radius: Theme.space.radius + Theme.space.xs
+            color: Theme.colors.card
+            border.width: 1
+            border.color: Theme.colors.outline
+        }
+    }
+}

@@ -1,0 +1,95 @@
+#include "DesktopAppearance.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QPalette>
+
+namespace kivo {
+namespace {
+
+constexpr auto service = "org.freedesktop.portal.Desktop";
+constexpr auto path = "/org/freedesktop/portal/desktop";
+constexpr auto interface = "org.freedesktop.portal.Settings";
+constexpr auto appearanceGroup = "org.freedesktop.appearance";
+constexpr auto interfaceGroup = "org.gnome.desktop.interface";
+
+/// The portal wraps values in one variant or, in its older method, in two.
+QVariant unwrapped(QVariant value) {
+    while (value.metaType() == QMetaType::fromType<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value;
+}
+
+} // namespace
+
+DesktopAppearance::DesktopAppearance(QDBusConnection bus, QObject* parent) : QObject(parent) {
+    followPalette();
+    qGuiApp->installEventFilter(this);
+    if (!bus.isConnected()) return;
+    bus.connect(service, path, interface, "SettingChanged", this,
+                SLOT(settingChanged(QString, QString, QDBusVariant)));
+    read(bus, appearanceGroup, "color-scheme");
+    read(bus, appearanceGroup, "contrast");
+    read(bus, interfaceGroup, "enable-animations");
+}
+
+void DesktopAppearance::read(QDBusConnection bus, const QString& group, const QString& key) {
+    QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, "Read");
+    call << group << key;
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, group, key, watcher] {
+        const QDBusPendingReply<QDBusVariant> reply = *watcher;
+        // No portal, or one without this setting: the palette decides.
+        if (reply.isValid()) setPortalSetting(group, key, reply.value().variant());
+        watcher->deleteLater();
+    });
+}
+
+void DesktopAppearance::settingChanged(const QString& group, const QString& key,
+                                       const QDBusVariant& value) {
+    setPortalSetting(group, key, value.variant());
+}
+
+void DesktopAppearance::setPortalSetting(const QString& group, const QString& key,
+                                         const QVariant& wrapped) {
+    const QVariant value = unwrapped(wrapped);
+    Appearance next = appearance;
+    if (group == appearanceGroup && key == "color-scheme") {
+        // 0 no preference, 1 dark, 2 light.
+        const uint scheme = value.toUInt();
+        portalNamesScheme = scheme == 1 || scheme == 2;
+        if (!portalNamesScheme) return followPalette();
+        next.dark = scheme == 1;
+    } else if (group == appearanceGroup && key == "contrast") {
+        next.highContrast = value.toUInt() == 1;
+    } else if (group == interfaceGroup && key == "enable-animations") {
+        next.reducedMotion = !value.toBool();
+    }
+    assign(next);
+}
+
+bool DesktopAppearance::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == qGuiApp && event->type() == QEvent::ApplicationPaletteChange &&
+        !portalNamesScheme)
+        followPalette();
+    return false;
+}
+
+void DesktopAppearance::followPalette() {
+    const QPalette palette = QGuiApplication::palette();
+    Appearance next = appearance;
+    next.dark = palette.color(QPalette::Window).lightness() <
+                palette.color(QPalette::WindowText).lightness();
+    assign(next);
+}
+
+void DesktopAppearance::assign(const Appearance& next) {
+    if (next == appearance) return;
+    appearance = next;
+    emit changed();
+}
+
+} // namespace kivo

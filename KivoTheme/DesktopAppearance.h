@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Palette.h"
+
+#include <QDBusConnection>
+#include <QDBusVariant>
+#include <QObject>
+#include <QString>
+#include <QVariant>
+
+namespace kivo {
+
+/// What the desktop asks for, followed live: from the settings portal where there is one, else from
+/// the application's palette. Main thread only.
+class DesktopAppearance : public QObject {
+    Q_OBJECT
+  public:
+    explicit DesktopAppearance(QDBusConnection bus, QObject* parent = nullptr);
+
+    const Appearance& current() const { return appearance; }
+
+    /// One setting as the portal names and encodes it; unknown ones are ignored.
+    void setPortalSetting(const QString& group, const QString& key, const QVariant& value);
+
+  signals:
+    void changed();
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private slots:
+    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+
+  private:
+    void read(QDBusConnection bus, const QString& group, const QString& key);
+    void followPalette();
+    void assign(const Appearance& next);
+
+    Appearance appearance;
+    bool portalNamesScheme = false;
+};
+
+} // namespace kivo

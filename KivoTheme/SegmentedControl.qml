@@ -1,0 +1,108 @@
+import QtQuick
+
+/// A choice of few, side by side. Arrow keys, Home and End move the choice; a click takes it.
+FocusScope {
+    id: control
+    required property var labels
+    property int currentIndex: 0
+    property bool small: false
+    property string name
+    signal chosen(int index)
+
+    readonly property real segmentWidth: (width - 2 * inset) / labels.length
+    readonly property int inset: 2
+
+    function choose(index) {
+        if (index !== currentIndex && index >= 0 && index < labels.length)
+            chosen(index)
+    }
+
+    implicitWidth: 2 * inset + labels.length * (widest.implicitWidth + 2 * Theme.space.m)
+    implicitHeight: small ? 24 : 32
+    activeFocusOnTab: true
+    Accessible.role: Accessible.PageTabList
+    Accessible.name: name
+    Keys.onPressed: event => {
+        const forward = LayoutMirroring.enabled ? Qt.Key_Left : Qt.Key_Right
+        const back = LayoutMirroring.enabled ? Qt.Key_Right : Qt.Key_Left
+        event.accepted = true
+        switch (event.key) {
+        case forward: choose(currentIndex + 1); break
+        case back: choose(currentIndex - 1); break
+        case Qt.Key_Home: choose(0); break
+        case Qt.Key_End: choose(labels.length - 1); break
+        default: event.accepted = false
+        }
+    }
+
+    // The longest text decides the width of all.
+    Label {
+        id: widest
+        visible: false
+        size: control.small ? Theme.type.caption : Theme.type.body
+        font.weight: Font.DemiBold
+        text: control.labels.reduce((a, b) => b.length > a.length ? b : a, "")
+    }
+
+    Rectangle {
+        id: bed
+        anchors.fill: parent
+        radius: Theme.space.radius + control.inset
+        color: Theme.colors.track
+    }
+    Rectangle {
+        readonly property int place: control.LayoutMirroring.enabled
+            ? control.labels.length - 1 - control.currentIndex : control.currentIndex
+        x: control.inset + place * control.segmentWidth
+        y: control.inset
+        width: control.segmentWidth
+        height: parent.height - 2 * control.inset
+        radius: Theme.space.radius
+        color: Theme.colors.raised
+        border.width: 1
+        border.color: Theme.dark ? Theme.colors.raised : Theme.colors.hairline
+        Behavior on x { NumberAnimation { duration: Theme.motion.quick; easing.type: Easing.OutCubic } }
+    }
+    Row {
+        x: control.inset
+        height: parent.height
+        Repeater {
+            model: control.labels
+            Item {
+                id: segment
+                required property int index
+                required property string modelData
+                readonly property bool isCurrent: index === control.currentIndex
+
+                width: control.segmentWidth
+                height: control.height
+                Accessible.role: Accessible.PageTab
+                Accessible.name: modelData
+                Accessible.selected: isCurrent
+                Accessible.onPressAction: control.choose(index)
+
+                Label {
+                    anchors.fill: parent
+                    horizontalAlignment: Text.AlignHCenter
+                    verticalAlignment: Text.AlignVCenter
+                    text: segment.modelData
+                    size: widest.size
+                    font.weight: segment.isCurrent ? Font.DemiBold : Font.Medium
+                    color: segment.isCurrent || hover.hovered ? Theme.colors.text : Theme.colors.secondaryText
+                    Accessible.ignored: true
+                }
+                HoverHandler { id: hover }
+                TapHandler { onTapped: control.choose(segment.index) }
+            }
+        }
+    }
+    Rectangle {
+        anchors.fill: parent
+        anchors.margins: -1
+        visible: control.activeFocus
+        color: "transparent"
+        radius: bed.radius + 1
+        border.width: 2
+        border.color: Theme.colors.focus
+    }
+}
