@@ -1,0 +1,192 @@
+"""What a test does on the desktop of script/desktop-session: look, click, and ask over the bus."""
+
+import os
+import re
+import subprocess
+import tempfile
+import time
+
+import dbus
+
+ITEM = "org.kde.StatusNotifierItem"
+WATCHER = "org.kde.StatusNotifierWatcher"
+MENU = "com.canonical.dbusmenu"
+
+PICTURES = os.environ["DESKTOP_PICTURES"]
+HOST = os.environ["DESKTOP_HOST"]
+TONE = os.environ["DESKTOP_TONE"]
+
+LEFT, MIDDLE, RIGHT, WHEEL_UP, WHEEL_DOWN = 1, 2, 3, 4, 5
+WIDTH, PANEL_HEIGHT = 1280, 32
+
+
+def run(*command):
+    return subprocess.run(command, check=True, capture_output=True).stdout
+
+
+def wait_for(what, condition, seconds=15.0):
+    """The condition's first true value; each wait is bounded, none is fixed."""
+    deadline = time.monotonic() + seconds
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > deadline:
+            raise AssertionError(f"waited {seconds:g} s in vain for {what}")
+        time.sleep(0.05)
+
+
+class Picture:
+    """A part of the screen: rows of (red, green, blue)."""
+
+    def __init__(self, x, y, width, height):
+        raw = run("import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "-depth", "8", "rgb:-")
+        assert len(raw) == width * height * 3, f"{len(raw)} bytes for {width} x {height}"
+        self.width, self.height, self.raw = width, height, raw
+
+    def pixels(self):
+        raw = self.raw
+        return zip(raw[0::3], raw[1::3], raw[2::3])
+
+    def changed_columns(self, other):
+        """The first and the last column that differ from the other picture, or none."""
+        columns = set()
+        for offset in range(0, len(self.raw), 3):
+            if self.raw[offset : offset + 3] != other.raw[offset : offset + 3]:
+                columns.add(offset // 3 % self.width)
+        return (min(columns), max(columns)) if columns else None
+
+    def count(self, predicate):
+        return sum(1 for pixel in self.pixels() if predicate(*pixel))
+
+
+def panel():
+    return Picture(0, 0, WIDTH, PANEL_HEIGHT)
+
+
+def save(name, x=0, y=0, width=WIDTH, height=720):
+    """Keeps a picture for people to look at."""
+    path = os.path.join(PICTURES, f"{HOST}-{TONE}-{name}.png")
+    run("import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "+repage", path)
+
+
+def settled_panel():
+    """The panel once two looks in a row agree: hosts draw some time after they were told."""
+    last = panel()
+    for _ in range(60):
+        time.sleep(0.15)
+        now = panel()
+        if now.raw == last.raw:
+            return now
+        last = now
+    raise AssertionError("the panel does not come to rest")
+
+
+def click(x, y, button=LEFT):
+    run("xdotool", "mousemove", str(x), str(y))
+    time.sleep(0.1)  # some hosts take a press only after they noticed the pointer
+    run("xdotool", "click", str(button))
+
+
+def key(name):
+    run("xdotool", "key", name)
+
+
+def move_away():
+    run("xdotool", "mousemove", "200", "600")
+
+
+def start_panel():
+    run(os.environ["DESKTOP_PANEL"], "start")
+
+
+def stop_panel():
+    run(os.environ["DESKTOP_PANEL"], "stop")
+
+
+class StatusItem:
+    """The one status item on the bus, as a host sees it."""
+
+    def __init__(self):
+        self.bus = dbus.SessionBus()
+        self.service = wait_for("a status item on the bus", self._find)
+
+    def _find(self):
+        names = [str(n) for n in self.bus.list_names() if str(n).startswith("org.kde.StatusNotifierItem-")]
+        return names[0] if names else None
+
+    def _properties(self, path):
+        return dbus.Interface(self.bus.get_object(self.service, path), "org.freedesktop.DBus.Properties")
+
+    def get(self, name):
+        return self._properties("/StatusNotifierItem").Get(ITEM, name)
+
+    @property
+    def label(self):
+        return str(self.get("XAyatanaLabel"))
+
+    @property
+    def tooltip(self):
+        return str(self.get("ToolTip")[3])
+
+    def picture_sizes(self):
+        return [(int(width), int(height)) for width, height, _ in self.get("IconPixmap")]
+
+    def menu(self):
+        """Labels in order, None for a separator, with their ids."""
+        interface = dbus.Interface(self.bus.get_object(self.service, str(self.get("Menu"))), MENU)
+        _, (_, _, children) = interface.GetLayout(0, -1, dbus.Array([], signature="s"))
+        return [(str(child[1]["label"]) if "label" in child[1] else None, int(child[0])) for child in children]
+
+    def is_registered(self):
+        try:
+            watcher = dbus.Interface(
+                self.bus.get_object(WATCHER, "/StatusNotifierWatcher"), "org.freedesktop.DBus.Properties"
+            )
+            items = watcher.Get(WATCHER, "RegisteredStatusNotifierItems")
+        except dbus.DBusException:
+            return False
+        unique = str(self.bus.get_name_owner(self.service))
+        return any(self.service in str(item) or unique in str(item) for item in items)
+
+
+class Program:
+    """A program under test whose output is read as it comes."""
+
+    def __init__(self, *command):
+        self.output = tempfile.NamedTemporaryFile(mode="r", suffix=".out")
+        with open(self.output.name, "w") as sink:
+            self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=sink, text=True)
+        self.lines = []
+
+    def say(self, line):
+        self.process.stdin.write(line + "\n")
+        self.process.stdin.flush()
+        self.hear("done")
+
+    def hear(self, pattern, seconds=8.0):
+        """Waits for the next line that matches the pattern; lines before it are skipped."""
+
+        def next_match():
+            self.lines += self.output.read().splitlines()
+            while self.lines:
+                line = self.lines.pop(0)
+                if re.fullmatch(pattern, line):
+                    return line
+            return None
+
+        return wait_for(f"the program to say {pattern!r}", next_match, seconds)
+
+    def silent(self, pattern):
+        """Whether no line that waits to be heard matches; takes them all."""
+        lines = self.lines + self.output.read().splitlines()
+        self.lines = []
+        return not any(re.fullmatch(pattern, line) for line in lines)
+
+    def is_running(self):
+        return self.process.poll() is None
+
+    def end(self):
+        if self.is_running():
+            self.process.terminate()
+        return self.process.wait(timeout=10)
