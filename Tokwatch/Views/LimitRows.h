@@ -1,0 +1,106 @@
+#pragma once
+
+#include "Calendar.h"
+#include "LimitRecords.h"
+#include "ProviderID.h"
+
+#include <QObject>
+#include <QString>
+#include <QVariantList>
+
+#include <map>
+#include <vector>
+
+namespace tokwatch {
+
+/// One limit window as the popover lays it out.
+struct LimitRow {
+    Q_GADGET
+    Q_PROPERTY(QString label MEMBER label)
+    Q_PROPERTY(QString leftText MEMBER leftText)
+    Q_PROPERTY(QString resetText MEMBER resetText)
+    Q_PROPERTY(QString paceSymbol MEMBER paceSymbol)
+    Q_PROPERTY(QString paceCaption MEMBER paceCaption)
+    Q_PROPERTY(QString spoken MEMBER spoken)
+    Q_PROPERTY(double leftFraction MEMBER leftFraction)
+    Q_PROPERTY(double timeLeftFraction MEMBER timeLeftFraction)
+    Q_PROPERTY(Level level MEMBER level)
+    Q_PROPERTY(bool isAhead MEMBER isAhead)
+    Q_PROPERTY(bool isStale MEMBER isStale)
+  public:
+    enum class Level { normal, warning, critical };
+    Q_ENUM(Level)
+
+    QString label;
+    QString leftText;   ///< "42%"
+    QString resetText;  ///< "Resets in 3h 5m"; empty when unknown
+    QString paceSymbol; ///< empty, with its caption, when the pace is unknown
+    QString paceCaption;
+    QString spoken; ///< all of it in one sentence
+    double leftFraction = 0;
+    double timeLeftFraction = -1; ///< negative when unknown
+    Level level = Level::normal;
+    bool isAhead = false; ///< used faster than time passes
+    bool isStale = false;
+    friend bool operator==(const LimitRow&, const LimitRow&) = default;
+};
+
+/// What can be done about a provider's status.
+class ProviderAction {
+    Q_GADGET
+  public:
+    enum Value { none, retry, allowAccess, turnOnLiveLimits };
+    Q_ENUM(Value)
+};
+
+/// One provider's card.
+struct ProviderRow {
+    Q_GADGET
+    Q_PROPERTY(QString id MEMBER id)
+    Q_PROPERTY(QString name MEMBER name)
+    Q_PROPERTY(QString plan MEMBER plan)
+    Q_PROPERTY(int series MEMBER series)
+    Q_PROPERTY(QVariantList windows MEMBER windows)
+    Q_PROPERTY(QString creditsLabel MEMBER creditsLabel)
+    Q_PROPERTY(QString creditsText MEMBER creditsText)
+    Q_PROPERTY(QString staleText MEMBER staleText)
+    Q_PROPERTY(QString notice MEMBER notice)
+    Q_PROPERTY(bool noticeIsCalm MEMBER noticeIsCalm)
+    Q_PROPERTY(QString actionText MEMBER actionText)
+    Q_PROPERTY(tokwatch::ProviderAction::Value action MEMBER action)
+  public:
+    QString id; ///< the provider's raw value
+    QString name;
+    QString plan;         ///< empty when unknown
+    int series = 0;       ///< of the theme's side-by-side colours
+    QVariantList windows; ///< of LimitRow
+    QString creditsLabel; ///< empty, with its text, without credits
+    QString creditsText;
+    QString staleText;        ///< "As of 14:02" when the numbers are not current
+    QString notice;           ///< one sentence; empty when all is well
+    bool noticeIsCalm = true; ///< nothing is wrong, and nothing is asked of the user
+    QString actionText;       ///< empty when there is nothing to be done
+    ProviderAction::Value action = ProviderAction::none;
+    friend bool operator==(const ProviderRow&, const ProviderRow&) = default;
+};
+
+/// How limits are to be judged, from the preferences.
+struct LimitJudgement {
+    double warningThreshold = 0.25; ///< fraction left
+    double criticalThreshold = 0.1;
+    bool claudeLiveLimits = true;
+};
+
+/// A provider's place among the theme's side-by-side colours, the same everywhere.
+int seriesOf(ProviderID provider);
+
+/// The cards of these providers, in their order.
+std::vector<ProviderRow> providerRows(const std::vector<ProviderID>& providers,
+                                      const std::map<ProviderID, ProviderLimits>& limits,
+                                      const LimitJudgement& judgement, Date now,
+                                      const Calendar& calendar);
+
+/// "$12.40 of $50.00 used", "$4.20 left", "Unlimited".
+QString creditsText(const Credits& credits);
+
+} // namespace tokwatch

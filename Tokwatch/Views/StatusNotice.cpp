@@ -1,0 +1,70 @@
+#include "StatusNotice.h"
+
+#include "Text.h"
+
+namespace tokwatch {
+namespace {
+
+/// What the user signs in with.
+QString toolName(ProviderID provider) {
+    return provider == ProviderID::claude ? QString("Claude Code") : text(displayName(provider));
+}
+
+StatusNotice unavailable(ProviderID provider, bool claudeLiveLimits) {
+    switch (provider) {
+    case ProviderID::claude:
+        if (!claudeLiveLimits)
+            return {"Live limits are turned off.", true, ProviderAction::turnOnLiveLimits,
+                    "Turn On"};
+        break;
+    case ProviderID::codex:
+        break;
+    case ProviderID::grok:
+        return {"Grok does not publish its limits. Its usage is counted below.",
+                true,
+                ProviderAction::none,
+                {}};
+    case ProviderID::cursor:
+        return {"Cursor shows no usage data yet, only that it is installed.",
+                true,
+                ProviderAction::none,
+                {}};
+    }
+    return {QString("No login was found. Sign in with %1, then try again.").arg(toolName(provider)),
+            true, ProviderAction::retry, "Try Again"};
+}
+
+} // namespace
+
+StatusNotice statusNotice(ProviderID provider, const ProviderLimits* limits,
+                          bool claudeLiveLimits) {
+    const bool hasLiveLimits = provider == ProviderID::claude || provider == ProviderID::codex;
+    if (limits == nullptr && hasLiveLimits && (claudeLiveLimits || provider != ProviderID::claude))
+        return {"Looking up the limits…", true, ProviderAction::none, {}};
+    const QString name = text(displayName(provider));
+    switch (limits == nullptr ? ProviderStatus::unavailable : limits->status) {
+    case ProviderStatus::ok:
+        if (limits->windows.empty() && !limits->credits)
+            return {name + " reports no limits for this plan.", true, ProviderAction::none, {}};
+        return {};
+    case ProviderStatus::signInNeeded:
+        return {QString("The login has expired. Sign in with %1, then try again.")
+                    .arg(toolName(provider)),
+                false, ProviderAction::retry, "Try Again"};
+    case ProviderStatus::unreachable:
+        return {name + " could not be reached.", false, ProviderAction::retry, "Try Again"};
+    case ProviderStatus::rateLimited:
+        return {name + " is answering less often for now. The next look-up comes by itself.",
+                true,
+                ProviderAction::none,
+                {}};
+    case ProviderStatus::accessDenied:
+        return {"Tokwatch was not allowed to read the login.", false, ProviderAction::allowAccess,
+                "Allow Access"};
+    case ProviderStatus::unavailable:
+        break;
+    }
+    return unavailable(provider, claudeLiveLimits);
+}
+
+} // namespace tokwatch

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "LimitRows.h"
+
+namespace tokwatch {
+
+/// What a provider's status means to the user, and the one thing that helps.
+struct StatusNotice {
+    QString sentence; ///< empty when there is nothing to say
+    bool isCalm = true;
+    ProviderAction::Value action = ProviderAction::none;
+    QString actionText;
+};
+
+/// `limits` is null while nothing is known yet.
+StatusNotice statusNotice(ProviderID provider, const ProviderLimits* limits, bool claudeLiveLimits);
+
+} // namespace tokwatch
