@@ -195,7 +195,7 @@ bool readKey(simdjson::ondemand::field& field, std::string_view& key) {
 bool JSONReader::parse(std::string_view text, simdjson::ondemand::document& document) {
     const std::size_t needed = text.size() + simdjson::SIMDJSON_PADDING;
     if (needed > capacity) {
-        capacity = std::max<std::size_t>(needed, 64 * 1024);
+        capacity = std::max<std::size_t>(needed, 65'536);
         padded = std::make_unique_for_overwrite<char[]>(capacity);
     }
     std::memcpy(padded.get(), text.data(), text.size());
