@@ -1,0 +1,103 @@
+#include "Application.h"
+
+#include "DirectoryWatcher.h"
+#include "InotifyStream.h"
+#include "LimitsProviders.h"
+#include "LinuxCredentialSource.h"
+#include "Preferences.h"
+#include "SystemLog.h"
+#include "URLSessionHTTPClient.h"
+#include "UsageStore.h"
+
+#include <string>
+#include <utility>
+
+namespace tokwatch {
+namespace {
+
+constexpr Seconds watchLatency{2};
+
+/// Summaries and snapshots come one by one; a second thread lets a reset of cursors pass them.
+constexpr int backgroundThreads = 2;
+
+class WatchedDirectories final : public FileWatch {
+  public:
+    WatchedDirectories(std::vector<std::filesystem::path> roots,
+                       DirectoryWatcher::OnChange onChange)
+        : watcher(std::move(roots), watchLatency, std::move(onChange), InotifyStream::open) {
+        watcher.start();
+    }
+
+  private:
+    DirectoryWatcher watcher;
+};
+
+std::unique_ptr<FileWatch> watchDirectories(std::vector<std::filesystem::path> roots,
+                                            DirectoryWatcher::OnChange onChange) {
+    return std::make_unique<WatchedDirectories>(std::move(roots), std::move(onChange));
+}
+
+} // namespace
+
+Surroundings Surroundings::real(UserPaths paths) {
+    auto credentials = std::make_shared<LinuxCredentialSource>(paths.home);
+    return {std::move(paths), Calendar::current(), systemNow, std::move(credentials),
+            std::make_shared<URLSessionHTTPClient>()};
+}
+
+std::shared_ptr<UsageStore> openStoreOrTemporary(const UserPaths& paths) {
+    const auto complain = [](const std::string& reason) {
+        systemLog("opening the usage store failed (" + reason + "); using a temporary one");
+    };
+    try {
+        if (const std::optional<std::filesystem::path> database = paths.database())
+            return std::make_shared<UsageStore>(*database);
+        complain("there is no data directory");
+    } catch (const UsageStoreError& error) {
+        complain(error.what());
+    }
+    try {
+        return std::make_shared<UsageStore>(":memory:");
+    } catch (const UsageStoreError& error) {
+        fatal(std::string("opening a temporary usage store failed: ") + error.what());
+    }
+}
+
+Application::Application(Surroundings world, Preferences& preferences,
+                         SystemNotifications& notifications)
+    : store(openStoreOrTemporary(world.paths)) {
+    background.setMaxThreadCount(backgroundThreads);
+    const ProviderLocations locations{world.paths.home};
+    indexer.emplace(store, locations, world.calendar);
+    limitsService.emplace(makeLimitsProviders(store, std::move(world.credentials),
+                                              std::move(world.http), locations.codexHome()),
+                          store, preferences, world.now, scheduler);
+    appModel.emplace(AppServices{
+        .preferences = preferences,
+        .store = store,
+        .prices = std::make_shared<PriceTable>(PriceTable::bundled()),
+        .locations = locations,
+        .snapshots = SnapshotStore(world.paths.snapshotDirectory()),
+        .limitsService = *limitsService,
+        .index =
+            [this](IndexerService::ProgressHandler progress) {
+                return indexer->index(std::move(progress));
+            },
+        .providerForChangedPath =
+            [this](std::string_view path) { return indexer->providerForChangedPath(path); },
+        .watchFiles = watchDirectories,
+        .notifications = notifications,
+        .scheduler = scheduler,
+        .runInBackground =
+            [this](std::function<void()> work) { background.start(std::move(work)); },
+        .calendar = world.calendar,
+        .now = world.now,
+    });
+}
+
+Application::~Application() {
+    appModel.reset();
+    background.waitForDone();
+}
+
+} // namespace tokwatch

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "AppModel.h"
+#include "Calendar.h"
+#include "CredentialSource.h"
+#include "Date.h"
+#include "HTTPClient.h"
+#include "LimitsService.h"
+#include "QtScheduler.h"
+#include "UserPaths.h"
+
+#include <QThreadPool>
+
+#include <memory>
+#include <optional>
+
+namespace tokwatch {
+
+class Preferences;
+class SystemNotifications;
+
+/// What the application takes from the world around it.
+struct Surroundings {
+    UserPaths paths;
+    Calendar calendar;
+    Clock now;
+    std::shared_ptr<CredentialSource> credentials;
+    std::shared_ptr<HTTPClient> http;
+
+    /// The user's own calendar, clock and logins, and the network.
+    static Surroundings real(UserPaths paths);
+};
+
+/// The usage store in the data directory. Where it cannot be opened the reason is logged, and a
+/// temporary one takes its place that is lost at the end; when not even that opens, the program
+/// stops.
+std::shared_ptr<UsageStore> openStoreOrTemporary(const UserPaths& paths);
+
+/// The application without its surfaces: the model and all that it works with, wired to the real
+/// files, timers and threads. Main thread only.
+class Application {
+  public:
+    /// References outlive the application.
+    Application(Surroundings surroundings, Preferences& preferences,
+                SystemNotifications& notifications);
+    /// Waits for what is under way in the background.
+    ~Application();
+
+    AppModel& model() { return *appModel; }
+    Scheduler& timers() { return scheduler; }
+
+  private:
+    QThreadPool background;
+    QtScheduler scheduler;
+    std::shared_ptr<UsageStore> store;
+    std::optional<IndexerService> indexer;
+    std::optional<LimitsService> limitsService;
+    std::optional<AppModel> appModel;
+};
+
+} // namespace tokwatch
