@@ -269,6 +269,10 @@ void AppModel::refresh() {
     runRefresh();
 }
 
+void AppModel::retry(ProviderID provider) {
+    services.limitsService.refresh(provider, true);
+}
+
 QCoro::Task<> AppModel::runRefresh() {
     const QPointer<AppModel> self(this);
     beginRefresh();

@@ -65,6 +65,8 @@ class AppModel : public QObject {
     void publish();
     /// Reads the logs and fetches the limits now; for the user and for other programs.
     void refresh();
+    /// Fetches one provider's limits at the user's request.
+    void retry(ProviderID provider);
     /// A provider's new limits, from the limits service.
     void apply(const ProviderLimits& limits, ProviderID provider);
     /// Forgets how far the provider's logs were read and reads them again.

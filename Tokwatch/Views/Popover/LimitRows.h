@@ -64,6 +64,7 @@ struct ProviderRow {
     Q_PROPERTY(QString creditsLabel MEMBER creditsLabel)
     Q_PROPERTY(QString creditsText MEMBER creditsText)
     Q_PROPERTY(QString staleText MEMBER staleText)
+    Q_PROPERTY(bool isAbsent MEMBER isAbsent)
     Q_PROPERTY(QString notice MEMBER notice)
     Q_PROPERTY(bool noticeIsCalm MEMBER noticeIsCalm)
     Q_PROPERTY(QString actionText MEMBER actionText)
@@ -77,6 +78,7 @@ struct ProviderRow {
     QString creditsLabel; ///< empty, with its text, without credits
     QString creditsText;
     QString staleText;        ///< "As of 14:02" when the numbers are not current
+    bool isAbsent = false;    ///< nothing of it was found on this machine
     QString notice;           ///< one sentence; empty when all is well
     bool noticeIsCalm = true; ///< nothing is wrong, and nothing is asked of the user
     QString actionText;       ///< empty when there is nothing to be done
@@ -94,8 +96,10 @@ struct LimitJudgement {
 /// A provider's place among the theme's side-by-side colours, the same everywhere.
 int seriesOf(ProviderID provider);
 
-/// The cards of these providers, in their order.
+/// The cards of these providers, in their order. Those that are not `present` on this machine say
+/// so in one line.
 std::vector<ProviderRow> providerRows(const std::vector<ProviderID>& providers,
+                                      const std::vector<ProviderID>& present,
                                       const std::map<ProviderID, ProviderLimits>& limits,
                                       const LimitJudgement& judgement, Date now,
                                       const Calendar& calendar);

@@ -69,6 +69,7 @@ QString creditsText(const Credits& credits) {
 }
 
 std::vector<ProviderRow> providerRows(const std::vector<ProviderID>& providers,
+                                      const std::vector<ProviderID>& present,
                                       const std::map<ProviderID, ProviderLimits>& limits,
                                       const LimitJudgement& judgement, Date now,
                                       const Calendar& calendar) {
@@ -79,6 +80,13 @@ std::vector<ProviderRow> providerRows(const std::vector<ProviderID>& providers,
         row.name = text(displayName(provider));
         row.series = seriesOf(provider);
         const auto found = limits.find(provider);
+        const bool hasWindows = found != limits.end() && !found->second.windows.empty();
+        if (std::ranges::count(present, provider) == 0 && !hasWindows) {
+            row.isAbsent = true;
+            row.notice = "Not found on this computer";
+            rows.push_back(std::move(row));
+            continue;
+        }
         const ProviderLimits* known = found == limits.end() ? nullptr : &found->second;
         if (known != nullptr) {
             row.plan = text(known->plan.value_or(""));

@@ -1,0 +1,21 @@
+#include "ProviderMark.h"
+
+#include "ProviderMarks.h"
+
+#include <QPainter>
+
+namespace tokwatch {
+
+void ProviderMark::setProvider(const QString& provider) {
+    if (provider == name) return;
+    name = provider;
+    update();
+    emit providerChanged();
+}
+
+void ProviderMark::draw(QPainter& painter) const {
+    static_assert(markSide == field);
+    painter.fillPath(mark(providerFromRawValue(name.toStdString())), color());
+}
+
+} // namespace tokwatch

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "GlyphItem.h"
+
+#include <QString>
+
+namespace tokwatch {
+
+/// A provider's sign by the provider's raw value, the application's for any other name:
+/// "ProviderMark" in QML.
+class ProviderMark : public kivo::GlyphItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(QString provider READ provider WRITE setProvider NOTIFY providerChanged)
+  public:
+    using GlyphItem::GlyphItem;
+
+    QString provider() const { return name; }
+    void setProvider(const QString& provider);
+
+  signals:
+    void providerChanged();
+
+  protected:
+    void draw(QPainter& painter) const override;
+
+  private:
+    QString name;
+};
+
+} // namespace tokwatch

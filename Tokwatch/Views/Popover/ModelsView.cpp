@@ -1,0 +1,7 @@
+#include "ModelsView.h"
+
+namespace tokwatch {
+
+ModelsView::ModelsView(AppModel&, const ViewClock&) {}
+
+} // namespace tokwatch

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "FooterView.h"
+#include "ModelsView.h"
+#include "PreferenceTypes.h"
+#include "StatsView.h"
+#include "UsageView.h"
+
+#include <QObject>
+#include <QProperty>
+#include <qqmlregistration.h>
+
+namespace tokwatch {
+
+class AppModel;
+class ViewClock;
+
+/// All that the popover shows and can do. References outlive it. Main thread only.
+class PopoverView : public QObject {
+    Q_OBJECT
+    QML_ANONYMOUS
+    Q_PROPERTY(int tab READ tab WRITE setTab NOTIFY tabChanged)
+    Q_PROPERTY(tokwatch::UsageView* usage READ usage CONSTANT)
+    Q_PROPERTY(tokwatch::StatsView* stats READ stats CONSTANT)
+    Q_PROPERTY(tokwatch::ModelsView* models READ models CONSTANT)
+    Q_PROPERTY(tokwatch::FooterView* footer READ footer CONSTANT)
+  public:
+    PopoverView(AppModel& model, const ViewClock& clock);
+
+    /// A PopoverTab as a number.
+    int tab() const;
+    void setTab(int tab);
+    UsageView* usage() { return &usageView; }
+    StatsView* stats() { return &statsView; }
+    ModelsView* models() { return &modelsView; }
+    FooterView* footer() { return &footerView; }
+
+    Q_INVOKABLE void refresh();
+
+  signals:
+    void tabChanged();
+    void settingsRequested();
+    void quitRequested();
+
+  private:
+    AppModel& model;
+    UsageView usageView;
+    StatsView statsView;
+    ModelsView modelsView;
+    FooterView footerView;
+    QPropertyNotifier tabNotifier;
+};
+
+} // namespace tokwatch

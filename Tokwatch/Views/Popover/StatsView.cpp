@@ -1,0 +1,7 @@
+#include "StatsView.h"
+
+namespace tokwatch {
+
+StatsView::StatsView(AppModel&, const ViewClock&) {}
+
+} // namespace tokwatch

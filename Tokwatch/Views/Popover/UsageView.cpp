@@ -1,0 +1,78 @@
+#include "UsageView.h"
+
+#include "AppModel.h"
+#include "Preferences.h"
+#include "Text.h"
+#include "ViewClock.h"
+
+namespace tokwatch {
+
+UsageView::UsageView(AppModel& appModel, const ViewClock& clock)
+    : model(appModel),
+      providersUpdater(
+          [this, &clock] {
+              const Preferences& preferences = model.preferences();
+              const LimitJudgement judgement{preferences.warningThreshold,
+                                             preferences.criticalThreshold,
+                                             preferences.claudeLiveLimits};
+              return providerRows(preferences.enabledProviders(), model.present(), model.limits(),
+                                  judgement, clock.now(), model.calendar());
+          },
+          [this](const std::vector<ProviderRow>& rows) { providerModel.assign(rows); }),
+      summaryUpdater(
+          [this] { return summaryCard(model.summary(), model.preferences().summaryUnit); },
+          [this](SummaryCard next) {
+              if (next == card) return;
+              card = std::move(next);
+              emit summaryChanged();
+          }),
+      placesUpdater([this] { return searchedPlaces(); },
+                    [this](QStringList next) {
+                        if (next == places) return;
+                        places = std::move(next);
+                        emit lookedAtChanged();
+                    }) {
+    providersUpdater.arm();
+    summaryUpdater.arm();
+    placesUpdater.arm();
+}
+
+QStringList UsageView::searchedPlaces() const {
+    if (!model.present().empty() || !model.summary().tools.empty()) return {};
+    const ProviderLocations& locations = model.locations();
+    std::vector<std::filesystem::path> paths{locations.claudeProjects()};
+    for (const std::filesystem::path& root : locations.codexRoots())
+        paths.push_back(root);
+    paths.push_back(locations.grokSessions());
+    QStringList texts;
+    const std::string home = locations.home.string() + "/";
+    for (const std::filesystem::path& path : paths) {
+        const std::string whole = path.string();
+        texts.append(whole.starts_with(home) ? "~/" + text(whole.substr(home.size()))
+                                             : text(whole));
+    }
+    return texts;
+}
+
+void UsageView::act(const QString& provider, ProviderAction::Value action) {
+    const std::optional<ProviderID> id = providerFromRawValue(provider.toStdString());
+    if (!id) return;
+    switch (action) {
+    case ProviderAction::none:
+        break;
+    case ProviderAction::retry:
+    case ProviderAction::allowAccess:
+        model.retry(*id);
+        break;
+    case ProviderAction::turnOnLiveLimits:
+        model.preferences().claudeLiveLimits = true;
+        break;
+    }
+}
+
+void UsageView::toggleUnit() {
+    Setting<SummaryUnit>& unit = model.preferences().summaryUnit;
+    unit = unit.peek() == SummaryUnit::cost ? SummaryUnit::tokens : SummaryUnit::cost;
+}
+
+} // namespace tokwatch

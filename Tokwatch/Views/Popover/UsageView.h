@@ -1,0 +1,52 @@
+#pragma once
+
+#include "LimitRows.h"
+#include "ObservingUpdater.h"
+#include "RowModel.h"
+#include "SummaryRows.h"
+
+#include <QObject>
+#include <QStringList>
+#include <qqmlregistration.h>
+
+namespace tokwatch {
+
+class AppModel;
+class ViewClock;
+
+/// The tab with what is left of each limit, and the summary. References outlive it.
+class UsageView : public QObject {
+    Q_OBJECT
+    QML_ANONYMOUS
+    Q_PROPERTY(tokwatch::RowModel* providers READ providers CONSTANT)
+    Q_PROPERTY(tokwatch::SummaryCard summary READ summary NOTIFY summaryChanged)
+    Q_PROPERTY(QStringList lookedAt READ lookedAt NOTIFY lookedAtChanged)
+  public:
+    UsageView(AppModel& model, const ViewClock& clock);
+
+    RowModel* providers() { return &providerModel; }
+    const SummaryCard& summary() const { return card; }
+    /// The places where assistants were looked for; empty unless none was found.
+    const QStringList& lookedAt() const { return places; }
+
+    Q_INVOKABLE void act(const QString& provider, tokwatch::ProviderAction::Value action);
+    /// Leads with money instead of tokens, or the other way round.
+    Q_INVOKABLE void toggleUnit();
+
+  signals:
+    void summaryChanged();
+    void lookedAtChanged();
+
+  private:
+    QStringList searchedPlaces() const;
+
+    AppModel& model;
+    RowModel providerModel;
+    SummaryCard card;
+    QStringList places;
+    ObservingUpdater<std::vector<ProviderRow>> providersUpdater;
+    ObservingUpdater<SummaryCard> summaryUpdater;
+    ObservingUpdater<QStringList> placesUpdater;
+};
+
+} // namespace tokwatch
