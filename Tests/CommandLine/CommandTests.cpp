@@ -1,63 +1,19 @@
-#include "LogLines.h"
-#include "ProgramRunner.h"
-#include "RecordCoding.h"
-#include "TemporaryDirectory.h"
+#include "CommandFixture.h"
 #include "UsageSummary.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
-#include <algorithm>
-#include <filesystem>
-
 namespace tokwatch {
 namespace {
 
 using testing::ClaudeResponse;
+using testing::CommandTest;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using testing::isOneLine;
 using testing::ProgramResult;
 using ::testing::StartsWith;
-using testing::TemporaryDirectory;
-
-class CommandTest : public ::testing::Test {
-  protected:
-    ProgramResult tokwatch(std::vector<std::string> arguments,
-                           const std::vector<std::string>& environment = {}) const {
-        arguments.insert(arguments.begin(), TOKWATCH_PROGRAM);
-        return testing::runProgram(arguments, environment);
-    }
-    /// With the test's own home and data directory.
-    ProgramResult here(std::vector<std::string> arguments) const {
-        for (const std::string& option : {std::string("--home"), (world / "home").string(),
-                                          std::string("--data-dir"), (world / "data").string()})
-            arguments.push_back(option);
-        return tokwatch(arguments);
-    }
-    Json json(std::vector<std::string> arguments) const {
-        arguments.emplace_back("--json");
-        const ProgramResult result = here(std::move(arguments));
-        EXPECT_EQ(result.status, 0) << result.err;
-        EXPECT_THAT(result.err, IsEmpty());
-        return parseJson(result.out);
-    }
-    void writeToday(const std::string& name, const std::string& id) const {
-        ClaudeResponse response{id};
-        response.timestamp = formattedNow();
-        world.write("home/.claude/projects/p/" + name, response.line());
-    }
-    static std::string formattedNow() {
-        return encode(systemNow(), DateCoding::iso8601).get<std::string>();
-    }
-    std::filesystem::path database() const { return world / "data/Tokwatch/usage.sqlite"; }
-
-    TemporaryDirectory world;
-};
-
-bool isOneLine(const std::string& text) {
-    return text.starts_with("tokwatch: ") && std::count(text.begin(), text.end(), '\n') == 1 &&
-           text.ends_with('\n');
-}
 
 TEST_F(CommandTest, RefusesWhatItDoesNotUnderstand) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"frobnicate"},
@@ -70,6 +26,12 @@ TEST_F(CommandTest, RefusesWhatItDoesNotUnderstand) {
                                                       {"reread"},
                                                       {"reread", "Claude"},
                                                       {"reread", "claude", "codex"},
+                                                      {"limits", "--provider", "gemini"},
+                                                      {"status", "--format", "xml"},
+                                                      {"status", "--format", "text", "--json"},
+                                                      {"preferences"},
+                                                      {"preferences", "get", "colour"},
+                                                      {"preferences", "set", "showDockIcon"},
                                                       {"index", "--home"},
                                                       {"index", "extra"}}) {
         const ProgramResult result = tokwatch(arguments);

@@ -4,7 +4,12 @@
 #include "DesktopCommand.h"
 #include "DoctorCommand.h"
 #include "IndexCommand.h"
+#include "LimitsCommand.h"
+#include "PreferencesCommand.h"
+#include "RefreshCommand.h"
 #include "RereadCommand.h"
+#include "SnapshotCommand.h"
+#include "StatusCommand.h"
 #include "SummaryCommand.h"
 
 #include <CLI/CLI.hpp>
@@ -106,14 +111,105 @@ void addSummary(CLI::App& app, Invocation& invocation, SummaryOptions& options) 
     });
 }
 
+std::map<std::string, ProviderID> providersByName() {
+    std::map<std::string, ProviderID> providers;
+    for (const ProviderID each : allProviders)
+        providers.emplace(rawValue(each), each);
+    return providers;
+}
+
+void addLimits(CLI::App& app, Invocation& invocation, LimitsOptions& options) {
+    CLI::App& command =
+        addDataCommand(app, invocation, "limits", "Show how much of each limit is left");
+    command.add_flag("--refresh", options.refresh,
+                     "Ask the services first, with the logins that the assistants stored");
+    std::map<std::string, std::optional<ProviderID>> providers;
+    for (const auto& [name, provider] : providersByName())
+        providers.emplace(name, provider);
+    addChoice(command, "--provider", options.provider, providers, "Show this provider only");
+    command.callback([&] {
+        invocation.run = [&options](const CommandEnvironment& environment) {
+            return runLimits(environment, options);
+        };
+    });
+}
+
+void addStatus(CLI::App& app, Invocation& invocation, StatusOptions& options) {
+    CLI::App& command =
+        addDataCommand(app, invocation, "status", "Print the title of the status area");
+    command.add_flag("--follow", options.follow,
+                     "Watch logs and limits, and print a line at each change");
+    addChoice<StatusFormat>(command, "--format", options.format,
+                            {{"text", StatusFormat::text},
+                             {"json", StatusFormat::json},
+                             {"waybar", StatusFormat::waybar}},
+                            "How it is written (default: text)")
+        ->excludes("--json");
+    command.callback([&] {
+        if (invocation.json) options.format = StatusFormat::json;
+        invocation.run = [&options](const CommandEnvironment& environment) {
+            return runStatus(environment, options);
+        };
+    });
+}
+
+void addRefresh(CLI::App& app, Invocation& invocation) {
+    app.add_subcommand("refresh", "Make the running application refresh")->callback([&invocation] {
+        invocation.run = runRefresh;
+    });
+}
+
+void addSnapshot(CLI::App& app, Invocation& invocation) {
+    addDataCommand(app, invocation, "snapshot", "Print the snapshot that widgets read, as JSON")
+        .callback([&invocation] { invocation.run = runSnapshot; });
+}
+
+/// A setting's name and what it is to be.
+struct SettingArguments {
+    std::string name;
+    std::string value;
+};
+
+void addPreferences(CLI::App& app, Invocation& invocation, SettingArguments& setting) {
+    CLI::App& command = *app.add_subcommand("preferences", "Print and change settings");
+    command.require_subcommand(1);
+    const auto addName = [&setting](CLI::App& action) {
+        const std::vector<std::string> names = settingNames();
+        action.add_option("key", setting.name, "The setting")
+            ->required()
+            ->type_name("KEY")
+            ->check(CLI::IsMember(names).description(""));
+    };
+    const auto addJSON = [&invocation](CLI::App& action) {
+        action.add_flag("--json", invocation.json, "Print JSON for programs");
+    };
+    CLI::App& list = *command.add_subcommand("list", "Print all settings");
+    addJSON(list);
+    list.callback([&invocation] { invocation.run = runPreferencesList; });
+    CLI::App& get = *command.add_subcommand("get", "Print one setting");
+    addName(get);
+    addJSON(get);
+    get.callback([&] {
+        invocation.run = [&setting](const CommandEnvironment& environment) {
+            return runPreferencesGet(environment, setting.name);
+        };
+    });
+    CLI::App& set = *command.add_subcommand("set", "Change one setting");
+    addName(set);
+    set.add_option("value", setting.value, "What it is to be")->required()->type_name("VALUE");
+    set.callback([&] {
+        invocation.run = [&setting](const CommandEnvironment& environment) {
+            return runPreferencesSet(environment, setting.name, setting.value);
+        };
+    });
+}
+
 void addReread(CLI::App& app, Invocation& invocation, ProviderID& provider) {
     CLI::App& command =
         addDataCommand(app, invocation, "reread",
                        "Forget how far a provider's logs were read, and read them again");
-    std::map<std::string, ProviderID> providers;
-    for (const ProviderID each : allProviders)
-        providers.emplace(rawValue(each), each);
-    addChoice<ProviderID>(command, "provider", provider, providers, "Whose logs")->required();
+    addChoice<ProviderID>(command, "provider", provider, providersByName(), "Whose logs")
+        ->required();
     command.callback([&] {
         invocation.run = [&provider](const CommandEnvironment& environment) {
             return runReread(environment, provider);
@@ -143,11 +239,19 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
 
     Invocation invocation;
     SummaryOptions summary;
+    LimitsOptions limits;
+    StatusOptions title;
+    SettingArguments setting;
     ProviderID rereadProvider = ProviderID::claude;
     addPaths(app, invocation);
     addIndex(app, invocation);
     addSummary(app, invocation, summary);
+    addLimits(app, invocation, limits);
+    addStatus(app, invocation, title);
+    addRefresh(app, invocation);
     addReread(app, invocation, rereadProvider);
+    addSnapshot(app, invocation);
+    addPreferences(app, invocation, setting);
     addDoctor(app, invocation);
 
     try {
@@ -160,8 +264,11 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     }
     try {
         const int status = invocation.run(invocation.environment(terminal));
-        if (!terminal.flush()) throw CommandError("writing the output failed");
-        return status;
+        const std::error_code failure = terminal.flush();
+        if (!failure) return status;
+        // That its reader has had enough is no news to a program in a pipe.
+        if (failure == std::errc::broken_pipe) return exitFailure;
+        throw CommandError("writing the output failed: " + failure.message());
     } catch (const std::exception& error) {
         terminal.error(error.what());
         return exitFailure;

@@ -60,7 +60,7 @@ void Table::print(Terminal& terminal) const {
     for (const Column& column : columns)
         widths.push_back(displayWidth(column.title));
     for (const std::vector<Cell>& row : rows) {
-        for (std::size_t i = 0; i < row.size(); ++i)
+        for (std::size_t i = 0; row.size() > 1 && i < row.size(); ++i)
             widths[i] = std::max(widths[i], displayWidth(row[i].text));
     }
     const auto printRow = [&](const std::vector<Cell>& row) {
@@ -75,7 +75,9 @@ void Table::print(Terminal& terminal) const {
     std::vector<Cell> titles;
     for (const Column& column : columns)
         titles.push_back({column.title, Tone::dim});
-    printRow(titles);
+    const bool isTitled = std::any_of(columns.begin(), columns.end(),
+                                      [](const Column& column) { return !column.title.empty(); });
+    if (isTitled) printRow(titles);
     for (const std::vector<Cell>& row : rows)
         printRow(row);
 }

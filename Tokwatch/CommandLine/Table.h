@@ -19,7 +19,8 @@ std::string fitted(std::string_view text, std::size_t most);
 /// A horizontal bar of `width` columns whose `fraction` (0…1) is filled, to an eighth of a column.
 std::string bar(double fraction, std::size_t width);
 
-/// Rows of aligned columns, two spaces apart.
+/// Rows of aligned columns, two spaces apart. A row of one cell stands across all of them. Without
+/// any title there is no row of titles.
 class Table {
   public:
     struct Cell {

@@ -1,11 +1,14 @@
 #include "Terminal.h"
 
+#include <stdio_ext.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace tokwatch {
 namespace {
@@ -67,7 +70,8 @@ Terminal::Terminal(std::FILE* o, std::FILE* e, bool isTerminal, bool hasColour, 
 
 void Terminal::write(std::string_view text) {
     // An empty view may have no address, which the C library must not be given.
-    if (!text.empty()) std::fwrite(text.data(), 1, text.size(), out);
+    if (!text.empty() && std::fwrite(text.data(), 1, text.size(), out) != text.size())
+        failure.assign(errno, std::generic_category());
 }
 
 void Terminal::line(std::string_view text) {
@@ -102,8 +106,14 @@ std::string Terminal::paint(Tone tone, std::string_view text) const {
     return codeOf(tone) + std::string(text) + "\033[0m";
 }
 
-bool Terminal::flush() {
-    return std::fflush(out) == 0 && std::ferror(out) == 0;
+std::error_code Terminal::flush() {
+    if (std::fflush(out) != 0 && !failure) failure.assign(errno, std::generic_category());
+    if (failure) {
+        // What did not arrive is not tried again.
+        __fpurge(out);
+        std::clearerr(out);
+    }
+    return std::exchange(failure, {});
 }
 
 } // namespace tokwatch

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace tokwatch {
 
@@ -32,8 +33,9 @@ class Terminal {
 
     bool isInteractive() const { return interactive; }
     int columns() const { return width; }
-    /// False when what was written did not arrive: a full disk, a closed pipe.
-    bool flush();
+    /// Sends off what was written; what kept it from arriving since the last call: a full disk, a
+    /// closed pipe.
+    std::error_code flush();
 
   private:
     std::FILE* out;
@@ -42,6 +44,7 @@ class Terminal {
     bool colour;
     int width;
     bool transientShown = false;
+    std::error_code failure;
 };
 
 } // namespace tokwatch

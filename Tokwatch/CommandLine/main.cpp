@@ -1,4 +1,5 @@
 #include "Arguments.h"
+#include "ProcessHardening.h"
 
 #include <csignal>
 
@@ -7,6 +8,7 @@ int main(int argc, char** argv) {
     // which is where they are dealt with.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    tokwatch::preventCoreDumps();
     tokwatch::Terminal terminal = tokwatch::Terminal::standard();
     return tokwatch::runCommandLine(argc, argv, terminal);
 }

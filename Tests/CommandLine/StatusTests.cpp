@@ -1,0 +1,206 @@
+#include "CommandFixture.h"
+#include "Preferences.h"
+#include "StatusLine.h"
+#include "UsageStore.h"
+
+#include <QSettings>
+
+namespace tokwatch {
+namespace {
+
+using testing::CommandTest;
+using ::testing::HasSubstr;
+using testing::isOneLine;
+using testing::ProgramResult;
+using ::testing::StartsWith;
+using testing::TemporaryDirectory;
+
+const Date now = dateFromUnixSeconds(1'800'000'000);
+
+LimitWindow window(std::string id, std::string label, double used, Seconds untilReset = Seconds(0),
+                   Date from = now) {
+    LimitWindow made{std::move(id), std::move(label), used,
+                     18'000,        std::nullopt,     LimitSource::live()};
+    if (untilReset > Seconds(0))
+        made.resetsAt = from + std::chrono::duration_cast<Date::duration>(untilReset);
+    return made;
+}
+
+ProviderLimits limits(std::vector<LimitWindow> windows, Date fetchedAt = now) {
+    ProviderLimits made;
+    made.plan = "Max";
+    made.windows = std::move(windows);
+    made.status = ProviderStatus::ok;
+    made.fetchedAt = fetchedAt;
+    return made;
+}
+
+struct StatusLineTest : ::testing::Test {
+    StatusReport report(const LimitsByProvider& known) const {
+        return statusReport(preferences, known, now);
+    }
+
+    TemporaryDirectory directory;
+    std::unique_ptr<QSettings> settings = settingsFile(directory / "Tokwatch.conf");
+    Preferences preferences{*settings};
+};
+
+TEST_F(StatusLineTest, WritesTheTitleInEachFormat) {
+    const StatusReport shown =
+        report({{ProviderID::claude, limits({window("s", "A & <b>", 0.806, Seconds(11'100))})},
+                {ProviderID::codex, limits({window("w", "Weekly", 0.5)})}});
+    EXPECT_EQ(statusLine(shown, StatusFormat::text), "19% · 3h 5m");
+    EXPECT_EQ(
+        statusLine(shown, StatusFormat::json),
+        R"({"text":"19% · 3h 5m","provider":"claude","severity":"warning",)"
+        R"("tooltip":"Claude · A & <b> 19% left · resets in 3h 5m\nCodex · Weekly 50% left"})");
+    EXPECT_EQ(statusLine(shown, StatusFormat::waybar),
+              R"({"text":"19% · 3h 5m","alt":"claude","tooltip":)"
+              R"("Claude · A &amp; &lt;b&gt; 19% left · resets in 3h 5m\nCodex · Weekly 50% left",)"
+              R"("class":"warning","percentage":19})");
+}
+
+TEST_F(StatusLineTest, HasSomethingToShowWithoutAText) {
+    EXPECT_EQ(statusLine(report({}), StatusFormat::text), "Tokwatch");
+    EXPECT_EQ(statusLine(report({}), StatusFormat::json),
+              R"({"provider":"claude","severity":"normal","tooltip":"Tokwatch"})");
+    EXPECT_EQ(statusLine(report({}), StatusFormat::waybar),
+              R"({"text":"Tokwatch","alt":"none","tooltip":"Tokwatch","class":"normal"})");
+
+    preferences.menuBarStyle = MenuBarStyle::icon;
+    const StatusReport icon =
+        report({{ProviderID::claude, limits({window("s", "S\033[31m", 0.95)})}});
+    EXPECT_EQ(statusLine(icon, StatusFormat::text), "Claude · S?[31m 5% left");
+    EXPECT_THAT(statusLine(icon, StatusFormat::waybar),
+                HasSubstr(R"("text":"Tokwatch","alt":"none")"));
+    EXPECT_THAT(statusLine(icon, StatusFormat::waybar), HasSubstr(R"("class":"critical")"));
+}
+
+/// With limits in the store, as an application has left them.
+struct LimitsCommandTest : CommandTest {
+    void store(ProviderID provider, const ProviderLimits& stored) const {
+        UsageStore(database()).setLimits(stored, provider);
+    }
+    void storeTwo() const {
+        ProviderLimits claude =
+            limits({window("session", "Session", 0.58, Seconds(9'930), systemNow()),
+                    window("weekly", "Weekly", 0.1)},
+                   systemNow());
+        claude.credits = Credits{"Extra usage", std::nullopt, 12.34, 50, false};
+        store(ProviderID::claude, claude);
+        ProviderLimits codex = limits({window("session", "Session", 1)}).markedStale();
+        codex.status = ProviderStatus::unreachable;
+        store(ProviderID::codex, codex);
+    }
+};
+
+TEST_F(LimitsCommandTest, PrintsWhatIsStored) {
+    std::filesystem::create_directories(world / "home");
+    EXPECT_THAT(here({"limits"}).out, HasSubstr("No limits are known yet"));
+    EXPECT_EQ(here({"status"}).out, "Tokwatch\n");
+    EXPECT_EQ(json({"limits"}).dump(), "{}");
+    storeTwo();
+    const std::string text = here({"limits"}).out;
+    EXPECT_THAT(text, StartsWith("Claude · Max\n  Session  42% left  ████████▍···········"
+                                 "  resets in 2h 45m  Using faster than the time elapsed\n"
+                                 "  Weekly   90% left"));
+    for (const char* part : {"Extra usage: $12.34 of $50.00 used", "Codex · Max", "0% left",
+                             "as of Jan 15, 8:00", "Codex could not be reached."})
+        EXPECT_THAT(text, HasSubstr(part));
+    EXPECT_EQ(here({"limits", "--provider", "codex"}).out.find("Claude"), std::string::npos);
+    EXPECT_EQ(here({"status"}).out, "42% · 2h 45m\n");
+
+    const Json all = json({"limits"});
+    EXPECT_EQ(all.begin().key(), "claude");
+    EXPECT_EQ(decodeProviderLimits(all["codex"], DateCoding::iso8601).status,
+              ProviderStatus::unreachable);
+    EXPECT_EQ(all["codex"]["fetchedAt"], "2027-01-15T08:00:00Z");
+    EXPECT_FALSE(json({"limits", "--provider", "codex"}).contains("claude"));
+    EXPECT_EQ(json({"status"})["severity"], "critical");
+    EXPECT_EQ(parseJson(here({"status", "--format", "waybar"}).out)["percentage"], 42);
+}
+
+TEST_F(LimitsCommandTest, FollowsTheSettings) {
+    std::filesystem::create_directories(world / "home");
+    storeTwo();
+    const auto set = [this](const std::string& key, const std::string& value) {
+        const ProgramResult result = tokwatch({"preferences", "set", key, value},
+                                              {"XDG_CONFIG_HOME=" + (world / "config").string()});
+        EXPECT_EQ(result.status, 0) << result.err;
+    };
+    set("pinnedProvider", "codex");
+    EXPECT_EQ(here({"status"}).out, "0%\n");
+    set("disabledProviders", "claude");
+    EXPECT_FALSE(json({"limits"}).contains("claude"));
+    EXPECT_TRUE(json({"limits", "--provider", "claude"}).contains("claude"));
+}
+
+TEST_F(LimitsCommandTest, RefreshesWithoutALoginOrANeed) {
+    std::filesystem::create_directories(world / "home");
+    const ProgramResult nothing = here({"limits", "--refresh"});
+    EXPECT_EQ(nothing.status, 1);
+    EXPECT_TRUE(isOneLine(nothing.err)) << nothing.err;
+    world.write("home/.claude/projects/p/a.jsonl", "");
+    const ProgramResult noLogin = here({"limits", "--refresh", "--json"});
+    EXPECT_EQ(noLogin.status, 1);
+    EXPECT_EQ(parseJson(noLogin.out)["claude"]["status"].dump(), R"({"unavailable":{}})");
+    EXPECT_EQ(json({"limits"}), parseJson(noLogin.out)) << "it was stored";
+
+    // The login has expired, so that nobody is asked; what was known stays to be seen.
+    ProviderLimits old = limits({window("session", "Session", 0.5)});
+    store(ProviderID::claude, old);
+    world.write(
+        "home/.claude/.credentials.json",
+        R"({"claudeAiOauth":{"accessToken":"t","expiresAt":1000,"subscriptionType":"pro"}})");
+    const Json merged = json({"limits", "--refresh"})["claude"];
+    old = old.markedStale();
+    old.status = ProviderStatus::signInNeeded;
+    EXPECT_EQ(decodeProviderLimits(merged, DateCoding::iso8601), old);
+
+    const ProviderLimits fresh = limits({window("session", "Session", 0.5)}, systemNow());
+    store(ProviderID::claude, fresh);
+    EXPECT_EQ(json({"limits", "--refresh"})["claude"]["status"].dump(), R"({"ok":{}})")
+        << "a result of this minute is not asked for again";
+}
+
+TEST_F(CommandTest, PrintsTheSnapshotAsItWasWritten) {
+    const ProgramResult missing = here({"snapshot"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(isOneLine(missing.err)) << missing.err;
+    const std::string text =
+        R"({"generatedAt":"2027-01-15T08:00:00Z","providers":[],"costTodayUSD":0.5,"cost30dUSD":1.0,"dailyCost30":[1.0]})"
+        "\n";
+    world.write("data/Q7K2M9X4PL.app.tokwatch/snapshot.json", text);
+    EXPECT_EQ(here({"snapshot"}).out, text);
+}
+
+TEST_F(CommandTest, GetsAndSetsPreferences) {
+    const std::vector<std::string> config{"XDG_CONFIG_HOME=" + (world / "config").string()};
+    const auto preferences = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "preferences");
+        return tokwatch(arguments, config);
+    };
+    EXPECT_EQ(preferences({"get", "warningThreshold"}).out, "0.25\n");
+    EXPECT_EQ(preferences({"set", "warningThreshold", "0.4"}).status, 0);
+    EXPECT_EQ(preferences({"set", "disabledProviders", "grok,cursor"}).status, 0);
+    EXPECT_EQ(preferences({"get", "warningThreshold"}).out, "0.4\n");
+    const ProgramResult refused = preferences({"set", "warningThreshold", "much"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_TRUE(isOneLine(refused.err)) << refused.err;
+    const Json all = parseJson(preferences({"list", "--json"}).out);
+    EXPECT_EQ(all.size(), 14U);
+    EXPECT_EQ(all["warningThreshold"], 0.4);
+    EXPECT_EQ(all["tintEnabled"], true);
+    EXPECT_EQ(all["disabledProviders"], "grok,cursor");
+    EXPECT_THAT(preferences({"list"}).out, HasSubstr("warningThreshold        0.4 "));
+
+    world.write("file", "");
+    EXPECT_EQ(tokwatch({"preferences", "set", "tintEnabled", "no"},
+                       {"XDG_CONFIG_HOME=" + (world / "file").string()})
+                  .status,
+              1)
+        << "nothing can be written there";
+}
+
+} // namespace
+} // namespace tokwatch

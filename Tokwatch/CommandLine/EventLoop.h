@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QCoreApplication>
+
+#include <array>
+
+namespace tokwatch {
+
+/// The event loop of a command that needs one: for D-Bus, the network, or to follow changes.
+class EventLoop {
+  public:
+    EventLoop() : application(argumentCount, arguments.data()) {}
+
+    int run() { return QCoreApplication::exec(); }
+
+    /// Makes `run` return, also when it has yet to begin.
+    static void end(int status) {
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(), [status] { QCoreApplication::exit(status); },
+            Qt::QueuedConnection);
+    }
+
+  private:
+    // The library keeps references to both. Its own options on the command line are not ours.
+    std::array<char, 9> name{"tokwatch"};
+    std::array<char*, 2> arguments{name.data(), nullptr};
+    int argumentCount = 1;
+    QCoreApplication application;
+};
+
+} // namespace tokwatch

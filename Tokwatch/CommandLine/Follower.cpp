@@ -1,0 +1,103 @@
+#include "Follower.h"
+
+#include "Application.h"
+#include "DesktopBus.h"
+#include "EventLoop.h"
+#include "ObservingUpdater.h"
+#include "Preferences.h"
+#include "TerminationSignals.h"
+
+#include <QProperty>
+#include <QSettings>
+#include <QSocketNotifier>
+
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+#include <system_error>
+
+namespace tokwatch {
+namespace {
+
+/// The times to the resets in the title count down in minutes.
+constexpr Seconds titlePeriod{30};
+
+/// Standard output as a stream of lines, each sent off at once.
+class LineOutput {
+  public:
+    explicit LineOutput(Terminal& t) : terminal(t) { watchReader(); }
+
+    /// The same line twice in a row is written once.
+    void show(const std::string& line) {
+        if (line == last || failed) return;
+        last = line;
+        terminal.line(line);
+        if (const std::error_code failure = terminal.flush()) fail(failure);
+    }
+
+  private:
+    /// Learns of a reader that went away though there is nothing to write: an idle follower whose
+    /// bar has ended would stay for ever.
+    void watchReader() {
+        struct stat status {};
+        if (::fstat(STDOUT_FILENO, &status) != 0 || !S_ISFIFO(status.st_mode)) return;
+        // A pipe's end for writing never becomes readable; it is activated by the error alone.
+        reader.emplace(STDOUT_FILENO, QSocketNotifier::Read);
+        QObject::connect(&*reader, &QSocketNotifier::activated, [this] {
+            reader->setEnabled(false);
+            pollfd pipe{STDOUT_FILENO, 0, 0};
+            if (::poll(&pipe, 1, 0) == 1 && (pipe.revents & POLLERR) != 0)
+                fail(std::make_error_code(std::errc::broken_pipe));
+        });
+    }
+
+    void fail(std::error_code failure) {
+        failed = true;
+        if (TerminationSignals::arrived()) return EventLoop::end(exitOk);
+        // That its reader has gone is no news to a program in a pipe.
+        if (failure != std::errc::broken_pipe)
+            terminal.error("writing the output failed: " + failure.message());
+        EventLoop::end(exitFailure);
+    }
+
+    Terminal& terminal;
+    std::string last;
+    bool failed = false;
+    std::optional<QSocketNotifier> reader;
+};
+
+} // namespace
+
+int follow(const CommandEnvironment& environment, StatusFormat format) {
+    EventLoop loop;
+    const TerminationSignals termination([] { EventLoop::end(exitOk); });
+    LineOutput output(environment.terminal);
+
+    const std::unique_ptr<QSettings> settings = userSettings();
+    Preferences preferences(*settings);
+    preferences.followFile();
+    DesktopBus bus(QDBusConnection::sessionBus(), QDBusConnection::systemBus());
+    Surroundings world = Surroundings::real(environment.paths);
+    world.calendar = environment.calendar;
+    world.now = environment.now;
+    Application application(std::move(world), preferences, bus);
+    AppModel& model = application.model();
+
+    QProperty<int> ticks{0};
+    ObservingUpdater<StatusReport> title(
+        [&] {
+            ticks.value(); // time is read, too
+            return statusReport(preferences, model.limits(), model.now());
+        },
+        [&](const StatusReport& report) { output.show(statusLine(report, format)); });
+    const auto ticking =
+        application.timers().every(titlePeriod, [&ticks] { ticks.setValue(ticks.value() + 1); });
+
+    model.start(); // shows what is stored, which makes the first line the right one
+    title.arm();
+    return loop.run();
+}
+
+} // namespace tokwatch

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "CommandEnvironment.h"
+#include "StatusLine.h"
+
+namespace tokwatch {
+
+/// Runs the application without its windows until a signal ends it (status 0) or nobody reads its
+/// output any more (status 1): it indexes, watches, fetches, publishes, and writes the title's line
+/// at once and at each change.
+int follow(const CommandEnvironment& environment, StatusFormat format);
+
+} // namespace tokwatch

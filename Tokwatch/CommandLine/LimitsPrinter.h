@@ -1,0 +1,14 @@
+#pragma once
+
+#include "CommandEnvironment.h"
+#include "StatusTitle.h"
+
+#include <vector>
+
+namespace tokwatch {
+
+/// The limits for people: a block a provider, with a bar, the reset and the pace of each window.
+void printLimits(const CommandEnvironment& environment, const Preferences& preferences,
+                 const LimitsByProvider& limits, const std::vector<ProviderID>& order);
+
+} // namespace tokwatch

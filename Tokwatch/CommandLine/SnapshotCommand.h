@@ -1,0 +1,10 @@
+#pragma once
+
+#include "CommandEnvironment.h"
+
+namespace tokwatch {
+
+/// `tokwatch snapshot`: the widgets' snapshot as the application last wrote it, as JSON.
+int runSnapshot(const CommandEnvironment& environment);
+
+} // namespace tokwatch

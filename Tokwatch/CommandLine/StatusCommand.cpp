@@ -1,0 +1,23 @@
+#include "StatusCommand.h"
+
+#include "Follower.h"
+#include "Preferences.h"
+#include "StoredLimits.h"
+
+#include <QSettings>
+
+namespace tokwatch {
+
+int runStatus(const CommandEnvironment& environment, const StatusOptions& options) {
+    environment.requireHome();
+    if (options.follow) return follow(environment, options.format);
+    const std::unique_ptr<QSettings> settings = userSettings();
+    const Preferences preferences(*settings);
+    const LimitsByProvider limits =
+        storedLimits(*environment.openStore(), preferences.enabledProviders());
+    environment.terminal.line(
+        statusLine(statusReport(preferences, limits, environment.now()), options.format));
+    return exitOk;
+}
+
+} // namespace tokwatch

@@ -1,0 +1,23 @@
+#include "StoredLimits.h"
+
+#include "CommandEnvironment.h"
+#include "DecodingError.h"
+#include "UsageStore.h"
+
+namespace tokwatch {
+
+LimitsByProvider storedLimits(UsageStore& store, std::span<const ProviderID> providers) {
+    LimitsByProvider limits;
+    for (const ProviderID provider : providers) {
+        try {
+            if (auto known = store.limits(provider)) limits.emplace(provider, std::move(*known));
+        } catch (const DecodingError&) {
+            // Another build wrote it; the next fetch replaces it.
+        } catch (const UsageStoreError& error) {
+            throw CommandError(std::string("reading the usage store failed: ") + error.what());
+        }
+    }
+    return limits;
+}
+
+} // namespace tokwatch
