@@ -195,7 +195,8 @@ TEST_F(CommandTest, ExaminesTheInstallation) {
     EXPECT_EQ(result.status, 1) << "something is broken here";
     for (const char* part :
          {".claude/projects: 1 file", ".codex/sessions does not exist", "is not a directory",
-          "auth.json is there", "is sound", "as of 20", "Days are counted in UTC"})
+          "auth.json is there", "is sound", "as of 20", "Days are counted in UTC",
+          "2 directories to watch, the system allows ", "refresh requests are not heard"})
         EXPECT_THAT(result.out, HasSubstr(part));
     EXPECT_EQ(result.out.find("SECRET"), std::string::npos);
 }

@@ -1,13 +1,18 @@
 #include "DoctorCommand.h"
 
 #include "ByteFormat.h"
+#include "DesktopExamination.h"
 #include "Doctor.h"
+#include "ISO8601.h"
 #include "LogFiles.h"
+#include "SnapshotStore.h"
+#include "WatchExamination.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <iterator>
 #include <system_error>
 
 namespace tokwatch {
@@ -33,6 +38,9 @@ class Examination {
         examineLogins();
         examineStore();
         examinePrices();
+        examineSnapshot();
+        findings.push_back(examineWatches(roots));
+        std::ranges::move(examineDesktop(), std::back_inserter(findings));
         add("Time zone", Health::good, "Days are counted in " + environment.calendar.zoneName());
         return std::move(findings);
     }
@@ -43,6 +51,7 @@ class Examination {
     }
 
     void examineRoot(ProviderID provider, const std::filesystem::path& root) {
+        roots.push_back(root);
         const std::string topic(displayName(provider));
         std::error_code problem;
         const std::filesystem::file_status status = std::filesystem::status(root, problem);
@@ -109,6 +118,14 @@ class Examination {
         }
     }
 
+    void examineSnapshot() {
+        const auto snapshot = SnapshotStore(environment.paths.snapshotDirectory()).read();
+        if (snapshot)
+            add("Snapshot", Health::good, "was written at " + formatISO8601(snapshot->generatedAt));
+        else
+            add("Snapshot", Health::note, "not written yet; the running application does that");
+    }
+
     void examinePrices() {
         const PriceTable prices = PriceTable::bundled();
         if (prices.models().empty()) {
@@ -129,6 +146,7 @@ class Examination {
 
     const CommandEnvironment& environment;
     ProviderLocations places;
+    std::vector<std::filesystem::path> roots;
     std::vector<std::string> models;
     std::vector<Finding> findings;
 };
