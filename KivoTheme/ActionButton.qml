@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Kivo.Theme
 
 /// A push button; `prominent` for the one thing that most will want.
 T.Button {

@@ -1,4 +1,5 @@
 import QtQuick
+import Kivo.Theme
 
 /// A surface that holds one subject, as high as its content.
 Rectangle {

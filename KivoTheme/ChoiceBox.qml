@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Kivo.Theme
 
 /// A choice of several, shown as a list when asked for.
 T.ComboBox {

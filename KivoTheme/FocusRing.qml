@@ -1,4 +1,5 @@
 import QtQuick
+import Kivo.Theme
 
 /// Shows which control the keyboard works on; the control is the parent.
 Rectangle {

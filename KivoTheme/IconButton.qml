@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Kivo.Theme
 
 /// A button that is one symbol; `text` is its name for screen readers and its tooltip.
 T.Button {

@@ -1,4 +1,5 @@
 import QtQuick
+import Kivo.Theme
 
 /// Text in the theme's type. Every text of the interface is one.
 Text {

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Kivo.Theme
 
 /// An action in running text.
 T.Button {

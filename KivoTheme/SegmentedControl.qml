@@ -1,4 +1,5 @@
 import QtQuick
+import Kivo.Theme
 
 /// A choice of few, side by side. Arrow keys, Home and End move the choice; a click takes it.
 FocusScope {

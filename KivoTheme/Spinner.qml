@@ -1,4 +1,5 @@
 import QtQuick
+import Kivo.Theme
 
 /// Turns while something is under way; stands still where motion is unwanted.
 Symbol {

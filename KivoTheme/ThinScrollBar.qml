@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Kivo.Theme
 
 T.ScrollBar {
     id: bar

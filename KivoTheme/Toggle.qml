@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Kivo.Theme
 
 /// A switch. `text` is its name; the row beside it shows it.
 T.Switch {

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Kivo.Theme
 
 /// A slider whose filled part has a meaning of its own, told by `fill`.
 T.Slider {

@@ -4,8 +4,10 @@
 
 namespace tokwatch::testing {
 
-/// The application object that events are posted to; one for the whole test program.
+/// The application object that events are posted to; one for the whole test program, which may have
+/// made a more capable one itself.
 inline void needEventLoop() {
+    if (QCoreApplication::instance() != nullptr) return;
     static int argc = 1;
     static char name[] = "test";
     static char* argv[] = {name, nullptr};
