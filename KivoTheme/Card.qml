@@ -6,9 +6,10 @@ Rectangle {
     id: card
     default property alias content: column.data
     property int padding: Theme.space.l
+    property int verticalPadding: padding
     property alias spacing: column.spacing
 
-    implicitHeight: column.implicitHeight + 2 * padding
+    implicitHeight: column.implicitHeight + 2 * verticalPadding
     color: Theme.colors.card
     radius: Theme.space.cardRadius
     border.width: 1
@@ -17,7 +18,7 @@ Rectangle {
     Column {
         id: column
         x: card.padding
-        y: card.padding
+        y: card.verticalPadding
         width: card.width - 2 * card.padding
         spacing: Theme.space.m
     }

@@ -6,6 +6,8 @@ import Kivo.Theme
 T.Button {
     id: button
     required property string symbol
+    /// What the button does is under way.
+    property bool spins: false
 
     implicitWidth: 28
     implicitHeight: 28
@@ -14,8 +16,9 @@ T.Button {
     Accessible.name: text
 
     contentItem: Item {
-        Symbol {
+        Spinner {
             anchors.centerIn: parent
+            running: button.spins
             name: button.symbol
             color: button.enabled ? Theme.colors.secondaryText : Theme.colors.outline
         }

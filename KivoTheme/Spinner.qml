@@ -15,4 +15,5 @@ Symbol {
         duration: 1100
         loops: Animation.Infinite
     }
+    onRunningChanged: if (!running) rotation = 0
 }

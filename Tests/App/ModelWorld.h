@@ -90,7 +90,8 @@ struct FakeWatch {
 /// A model over a home of its own in which nothing happens unless the test makes it happen.
 class ModelWorld {
   public:
-    ModelWorld() {
+    ModelWorld() : ModelWorld(dateFromUnixSeconds(1'768'000'000)) {}
+    explicit ModelWorld(Date start) : time(start) {
         for (const ProviderID id : allProviders) {
             sources[id] = std::make_shared<FakeLimitsProvider>(id);
             providers[id] = sources[id];
@@ -100,7 +101,7 @@ class ModelWorld {
 
     void makeModel() {
         model.emplace(AppServices{
-            *preferences, store, std::make_shared<PriceTable>(), ProviderLocations{home.path()},
+            *preferences, store, prices, ProviderLocations{home.path()},
             SnapshotStore(snapshotDirectory), *limitsService,
             [this](IndexerService::ProgressHandler progress) {
                 return indexer.index(std::move(progress));
@@ -151,6 +152,7 @@ class ModelWorld {
     std::optional<Preferences> preferences{std::in_place, *settings};
     std::optional<std::filesystem::path> snapshotDirectory = data.path();
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(data / "usage.sqlite");
+    std::shared_ptr<PriceTable> prices = std::make_shared<PriceTable>();
     std::map<ProviderID, std::shared_ptr<FakeLimitsProvider>> sources;
     LimitsService::Providers providers;
     std::optional<LimitsService> limitsService;

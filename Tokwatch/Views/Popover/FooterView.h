@@ -31,7 +31,8 @@ struct FooterState {
 /// The popover's lower edge. References outlive it.
 class FooterView : public QObject {
     Q_OBJECT
-    QML_ANONYMOUS
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
     Q_PROPERTY(tokwatch::FooterState state READ state NOTIFY stateChanged)
   public:
     FooterView(AppModel& model, const ViewClock& clock);

@@ -1,2 +1,103 @@
 import QtQuick
-Item {}
+import Kivo.Theme
+
+/// One limit: how much is left, where time stands, when it starts anew.
+Column {
+    id: bar
+    required property var limit
+
+    readonly property color fill: limit.isStale ? Theme.colors.muted
+                                : limit.level === 2 ? Theme.colors.critical
+                                : limit.level === 1 ? Theme.colors.warning : Theme.colors.accent
+    readonly property color figure: limit.isStale ? Theme.colors.secondaryText
+                                  : limit.level === 2 ? Theme.colors.criticalText
+                                  : limit.level === 1 ? Theme.colors.warningText : Theme.colors.text
+
+    spacing: 6
+    Accessible.role: Accessible.ProgressBar
+    Accessible.name: limit.spoken
+
+    Item {
+        width: parent.width
+        height: label.implicitHeight
+        Label {
+            id: label
+            anchors.left: parent.left
+            text: bar.limit.label
+            font.weight: Font.Medium
+            Accessible.ignored: true
+        }
+        Label {
+            anchors { right: parent.right; baseline: label.baseline }
+            text: bar.limit.leftText + " left"
+            font.weight: Font.DemiBold
+            color: bar.figure
+            Accessible.ignored: true
+        }
+    }
+
+    Item {
+        width: parent.width
+        height: 10
+        Rectangle {
+            id: track
+            y: 1
+            width: parent.width
+            height: 8
+            radius: 4
+            color: Theme.colors.track
+            clip: true
+            Rectangle {
+                anchors.left: parent.left
+                width: bar.limit.leftFraction > 0 ? Math.max(height, parent.width * bar.limit.leftFraction) : 0
+                height: parent.height
+                radius: 4
+                color: bar.fill
+            }
+        }
+        Rectangle {
+            visible: bar.limit.timeLeftFraction >= 0
+            anchors.left: parent.left
+            anchors.leftMargin: Math.round(bar.limit.timeLeftFraction * (parent.width - width))
+            y: -2
+            width: 4
+            height: 14
+            radius: 2
+            color: Theme.colors.timeMark
+            border.width: 1
+            border.color: Theme.colors.card
+        }
+    }
+
+    Item {
+        width: parent.width
+        height: reset.implicitHeight
+        visible: bar.limit.resetText !== "" || bar.limit.paceCaption !== ""
+
+        Symbol {
+            id: pace
+            anchors { left: parent.left; verticalCenter: parent.verticalCenter }
+            width: 14
+            height: 14
+            visible: bar.limit.paceSymbol !== ""
+            name: bar.limit.paceSymbol
+            color: caption.color
+        }
+        Label {
+            id: caption
+            anchors { left: pace.right; leftMargin: 5; right: reset.left; rightMargin: Theme.space.s }
+            text: bar.limit.paceCaption
+            size: Theme.type.caption
+            color: bar.limit.isAhead && !bar.limit.isStale ? Theme.colors.warningText : Theme.colors.secondaryText
+            Accessible.ignored: true
+        }
+        Label {
+            id: reset
+            anchors.right: parent.right
+            text: bar.limit.resetText
+            size: Theme.type.caption
+            color: Theme.colors.secondaryText
+            Accessible.ignored: true
+        }
+    }
+}

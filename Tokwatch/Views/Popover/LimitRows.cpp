@@ -82,7 +82,7 @@ std::vector<ProviderRow> providerRows(const std::vector<ProviderID>& providers,
         const auto found = limits.find(provider);
         const bool hasWindows = found != limits.end() && !found->second.windows.empty();
         if (std::ranges::count(present, provider) == 0 && !hasWindows) {
-            row.isAbsent = true;
+            row.isBrief = true;
             row.notice = "Not found on this computer";
             rows.push_back(std::move(row));
             continue;
@@ -101,6 +101,7 @@ std::vector<ProviderRow> providerRows(const std::vector<ProviderID>& providers,
         }
         const StatusNotice notice = statusNotice(provider, known, judgement.claudeLiveLimits);
         row.notice = notice.sentence;
+        row.isBrief = row.windows.isEmpty() && notice.isBrief;
         row.noticeIsCalm = notice.isCalm;
         row.action = notice.action;
         row.actionText = notice.actionText;

@@ -64,7 +64,7 @@ struct ProviderRow {
     Q_PROPERTY(QString creditsLabel MEMBER creditsLabel)
     Q_PROPERTY(QString creditsText MEMBER creditsText)
     Q_PROPERTY(QString staleText MEMBER staleText)
-    Q_PROPERTY(bool isAbsent MEMBER isAbsent)
+    Q_PROPERTY(bool isBrief MEMBER isBrief)
     Q_PROPERTY(QString notice MEMBER notice)
     Q_PROPERTY(bool noticeIsCalm MEMBER noticeIsCalm)
     Q_PROPERTY(QString actionText MEMBER actionText)
@@ -78,7 +78,7 @@ struct ProviderRow {
     QString creditsLabel; ///< empty, with its text, without credits
     QString creditsText;
     QString staleText;        ///< "As of 14:02" when the numbers are not current
-    bool isAbsent = false;    ///< nothing of it was found on this machine
+    bool isBrief = false;     ///< the notice says it all, in one line beside the name
     QString notice;           ///< one sentence; empty when all is well
     bool noticeIsCalm = true; ///< nothing is wrong, and nothing is asked of the user
     QString actionText;       ///< empty when there is nothing to be done
@@ -96,8 +96,8 @@ struct LimitJudgement {
 /// A provider's place among the theme's side-by-side colours, the same everywhere.
 int seriesOf(ProviderID provider);
 
-/// The cards of these providers, in their order. Those that are not `present` on this machine say
-/// so in one line.
+/// The cards of these providers, in their order. Those that are not `present` on this machine and
+/// those without limits say so in one line.
 std::vector<ProviderRow> providerRows(const std::vector<ProviderID>& providers,
                                       const std::vector<ProviderID>& present,
                                       const std::map<ProviderID, ProviderLimits>& limits,

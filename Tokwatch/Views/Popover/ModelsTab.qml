@@ -1,2 +1,2 @@
 import QtQuick
-Item {}
+Item { required property var view; property bool active; implicitHeight: 300 }

@@ -1,2 +1,62 @@
 import QtQuick
-Item {}
+import Kivo.Theme
+
+/// How current everything is, and what can be done about it.
+Item {
+    id: footer
+    required property var status
+    signal refresh
+    signal settings
+
+    height: 44
+
+    Rectangle {
+        width: parent.width
+        height: 1
+        color: Theme.colors.hairline
+    }
+    Column {
+        anchors { left: parent.left; right: buttons.left; verticalCenter: parent.verticalCenter }
+        anchors { leftMargin: Theme.space.l; rightMargin: Theme.space.m }
+        spacing: Theme.space.xs
+
+        Label {
+            width: parent.width
+            size: Theme.type.caption
+            color: Theme.colors.secondaryText
+            text: footer.status.isIndexing ? footer.status.indexing : footer.status.updated
+        }
+        Rectangle {
+            visible: footer.status.isIndexing
+            width: parent.width
+            height: 3
+            radius: 1.5
+            color: Theme.colors.track
+            Accessible.role: Accessible.ProgressBar
+            Accessible.name: footer.status.indexing
+            Rectangle {
+                width: parent.width * footer.status.indexedFraction
+                height: parent.height
+                radius: parent.radius
+                color: Theme.colors.accent
+            }
+        }
+    }
+    Row {
+        id: buttons
+        anchors { right: parent.right; rightMargin: Theme.space.m; verticalCenter: parent.verticalCenter }
+        spacing: Theme.space.xs
+
+        IconButton {
+            symbol: "refresh"
+            text: "Refresh"
+            spins: footer.status.isRefreshing
+            onClicked: footer.refresh()
+        }
+        IconButton {
+            symbol: "gear"
+            text: "Settings"
+            onClicked: footer.settings()
+        }
+    }
+}

@@ -18,8 +18,10 @@ class ViewClock;
 /// All that the popover shows and can do. References outlive it. Main thread only.
 class PopoverView : public QObject {
     Q_OBJECT
-    QML_ANONYMOUS
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
     Q_PROPERTY(int tab READ tab WRITE setTab NOTIFY tabChanged)
+    Q_PROPERTY(QString hostAdvice READ hostAdvice NOTIFY hostAdviceChanged)
     Q_PROPERTY(tokwatch::UsageView* usage READ usage CONSTANT)
     Q_PROPERTY(tokwatch::StatsView* stats READ stats CONSTANT)
     Q_PROPERTY(tokwatch::ModelsView* models READ models CONSTANT)
@@ -30,6 +32,9 @@ class PopoverView : public QObject {
     /// A PopoverTab as a number.
     int tab() const;
     void setTab(int tab);
+    /// How to get a status area; empty where there is one.
+    const QString& hostAdvice() const { return advice; }
+    void setHostAdvice(const QString& advice);
     UsageView* usage() { return &usageView; }
     StatsView* stats() { return &statsView; }
     ModelsView* models() { return &modelsView; }
@@ -39,11 +44,13 @@ class PopoverView : public QObject {
 
   signals:
     void tabChanged();
+    void hostAdviceChanged();
     void settingsRequested();
     void quitRequested();
 
   private:
     AppModel& model;
+    QString advice;
     UsageView usageView;
     StatsView statsView;
     ModelsView modelsView;

@@ -1,2 +1,116 @@
 import QtQuick
-Item {}
+import Kivo.Theme
+import Tokwatch.Common
+
+/// One provider: its limits, or why there are none and what helps.
+Card {
+    id: card
+    required property var row
+    signal acted(int action)
+
+    padding: Theme.space.l
+    verticalPadding: row.isBrief ? Theme.space.m : padding
+    spacing: Theme.space.m
+    Accessible.role: Accessible.Grouping
+    Accessible.name: row.name
+
+    Item {
+        width: parent.width
+        height: 20
+
+        ProviderMark {
+            id: mark
+            anchors.verticalCenter: parent.verticalCenter
+            anchors.left: parent.left
+            width: 18
+            height: 18
+            provider: card.row.id
+            color: Theme.colors.series[card.row.series]
+        }
+        Label {
+            id: name
+            anchors { left: mark.right; leftMargin: Theme.space.s; verticalCenter: parent.verticalCenter }
+            text: card.row.name
+            size: Theme.type.title
+            font.weight: Font.DemiBold
+        }
+        Rectangle {
+            anchors { left: name.right; leftMargin: Theme.space.s; verticalCenter: parent.verticalCenter }
+            visible: card.row.plan !== ""
+            width: plan.implicitWidth + 2 * 6
+            height: 18
+            radius: 5
+            color: Theme.colors.track
+            Label {
+                id: plan
+                anchors.centerIn: parent
+                text: card.row.plan
+                size: Theme.type.caption
+                font.weight: Font.Medium
+                color: Theme.colors.secondaryText
+            }
+        }
+        Label {
+            anchors { right: parent.right; verticalCenter: parent.verticalCenter }
+            text: card.row.isBrief ? card.row.notice : card.row.staleText
+            size: Theme.type.caption
+            color: Theme.colors.secondaryText
+        }
+    }
+
+    Repeater {
+        model: card.row.windows
+        LimitBar {
+            required property var modelData
+            width: card.width - 2 * card.padding
+            limit: modelData
+        }
+    }
+
+    Item {
+        visible: card.row.creditsText !== ""
+        width: parent.width
+        height: credits.implicitHeight
+        Label {
+            id: credits
+            anchors.left: parent.left
+            text: card.row.creditsLabel
+            font.weight: Font.Medium
+        }
+        Label {
+            anchors.right: parent.right
+            text: card.row.creditsText
+            color: Theme.colors.secondaryText
+        }
+    }
+
+    Item {
+        visible: card.row.notice !== "" && !card.row.isBrief
+        width: parent.width
+        height: Math.max(notice.height, action.visible ? action.height : 0)
+
+        Symbol {
+            id: sign
+            anchors.left: parent.left
+            y: notice.y + (notice.height / notice.lineCount - height) / 2
+            name: card.row.noticeIsCalm ? "info" : "warning"
+            color: card.row.noticeIsCalm ? Theme.colors.secondaryText : Theme.colors.warningText
+        }
+        Label {
+            id: notice
+            anchors { left: sign.right; leftMargin: Theme.space.s; right: action.visible ? action.left : parent.right }
+            anchors.rightMargin: action.visible ? Theme.space.m : 0
+            anchors.verticalCenter: lineCount === 1 ? parent.verticalCenter : undefined
+            text: card.row.notice
+            color: Theme.colors.secondaryText
+            wrapMode: Text.Wrap
+        }
+        ActionButton {
+            id: action
+            anchors { right: parent.right; verticalCenter: parent.verticalCenter }
+            visible: card.row.actionText !== ""
+            text: card.row.actionText
+            onClicked: card.acted(card.row.action)
+        }
+    }
+}

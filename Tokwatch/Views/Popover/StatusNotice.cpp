@@ -20,15 +20,9 @@ StatusNotice unavailable(ProviderID provider, bool claudeLiveLimits) {
     case ProviderID::codex:
         break;
     case ProviderID::grok:
-        return {"Grok does not publish its limits. Its usage is counted below.",
-                true,
-                ProviderAction::none,
-                {}};
+        return {"Usage only, no published limits", true, ProviderAction::none, {}, true};
     case ProviderID::cursor:
-        return {"Cursor shows no usage data yet, only that it is installed.",
-                true,
-                ProviderAction::none,
-                {}};
+        return {"Installed, no usage data yet", true, ProviderAction::none, {}, true};
     }
     return {QString("No login was found. Sign in with %1, then try again.").arg(toolName(provider)),
             true, ProviderAction::retry, "Try Again"};

@@ -10,6 +10,7 @@ struct StatusNotice {
     bool isCalm = true;
     ProviderAction::Value action = ProviderAction::none;
     QString actionText;
+    bool isBrief = false; ///< short enough to stand beside the provider's name
 };
 
 /// `limits` is null while nothing is known yet.

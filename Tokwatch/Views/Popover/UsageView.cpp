@@ -2,6 +2,7 @@
 
 #include "AppModel.h"
 #include "Preferences.h"
+#include "SummaryTexts.h"
 #include "Text.h"
 #include "ViewClock.h"
 
@@ -35,6 +36,14 @@ UsageView::UsageView(AppModel& appModel, const ViewClock& clock)
     providersUpdater.arm();
     summaryUpdater.arm();
     placesUpdater.arm();
+}
+
+QString UsageView::estimateTitle() {
+    return text(SummaryTexts::aboutEstimate);
+}
+
+QString UsageView::estimateExplanation() {
+    return text(SummaryTexts::estimateExplanation);
 }
 
 QStringList UsageView::searchedPlaces() const {

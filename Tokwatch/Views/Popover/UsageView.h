@@ -17,15 +17,20 @@ class ViewClock;
 /// The tab with what is left of each limit, and the summary. References outlive it.
 class UsageView : public QObject {
     Q_OBJECT
-    QML_ANONYMOUS
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
     Q_PROPERTY(tokwatch::RowModel* providers READ providers CONSTANT)
     Q_PROPERTY(tokwatch::SummaryCard summary READ summary NOTIFY summaryChanged)
+    Q_PROPERTY(QString estimateTitle READ estimateTitle CONSTANT)
+    Q_PROPERTY(QString estimateExplanation READ estimateExplanation CONSTANT)
     Q_PROPERTY(QStringList lookedAt READ lookedAt NOTIFY lookedAtChanged)
   public:
     UsageView(AppModel& model, const ViewClock& clock);
 
     RowModel* providers() { return &providerModel; }
     const SummaryCard& summary() const { return card; }
+    static QString estimateTitle();
+    static QString estimateExplanation();
     /// The places where assistants were looked for; empty unless none was found.
     const QStringList& lookedAt() const { return places; }
 

@@ -1,0 +1,98 @@
+#include "PopupPanel.h"
+
+#include "PanelPlacement.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScreen>
+#include <QWindow>
+
+#include <chrono>
+
+namespace kivo {
+namespace {
+
+/// A window can be grabbed for only once the server shows it. An attempt that comes too early, or
+/// while the panel still holds the pointer for the very click that opened it, is repeated.
+constexpr std::chrono::milliseconds grabDelay{60};
+
+bool isX11() {
+    return QGuiApplication::platformName() == QLatin1String("xcb");
+}
+
+} // namespace
+
+PopupPanel::PopupPanel(QWindow& panelWindow) : window(panelWindow) {
+    window.setFlags((isX11() ? Qt::Popup : Qt::Window) | Qt::FramelessWindowHint);
+    window.installEventFilter(this);
+    grabTimer.setSingleShot(true);
+    grabTimer.setInterval(grabDelay);
+    connect(&grabTimer, &QTimer::timeout, this, &PopupPanel::grab);
+}
+
+void PopupPanel::open(QPoint at, QSize size) {
+    anchor = at;
+    opened = true;
+    place(size);
+    window.show();
+    window.requestActivate();
+    if (isX11()) grabTimer.start();
+}
+
+void PopupPanel::resize(QSize size) {
+    if (opened) place(size);
+}
+
+void PopupPanel::place(QSize size) {
+    const QScreen* screen = QGuiApplication::screenAt(anchor);
+    if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+    if (screen == nullptr) return window.resize(size);
+    window.setGeometry(panelRect(size, anchor, screen->availableGeometry()));
+}
+
+void PopupPanel::grab() {
+    if (!opened) return;
+    grabbed = window.setMouseGrabEnabled(true) && window.setKeyboardGrabEnabled(true);
+    if (!grabbed) grabTimer.start();
+}
+
+void PopupPanel::release() {
+    grabTimer.stop();
+    if (!grabbed) return;
+    window.setMouseGrabEnabled(false);
+    window.setKeyboardGrabEnabled(false);
+    grabbed = false;
+}
+
+void PopupPanel::close() {
+    if (!opened) return;
+    opened = false;
+    release();
+    window.hide();
+    emit closed();
+}
+
+bool PopupPanel::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != &window || !opened) return false;
+    switch (event->type()) {
+    case QEvent::MouseButtonPress: {
+        const QPoint at = static_cast<QMouseEvent*>(event)->position().toPoint();
+        if (QRect(QPoint(), window.size()).contains(at)) return false;
+        close();
+        return true;
+    }
+    case QEvent::FocusOut:
+        // With a grab the keyboard stays here whatever the window manager does.
+        if (!grabbed && !isX11()) close();
+        return false;
+    case QEvent::Close:
+    case QEvent::Hide:
+        close();
+        return false;
+    default:
+        return false;
+    }
+}
+
+} // namespace kivo

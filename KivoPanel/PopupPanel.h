@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QObject>
+#include <QPoint>
+#include <QSize>
+#include <QTimer>
+
+class QWindow;
+
+namespace kivo {
+
+/// Makes a window behave like a menu: frameless, placed at what opened it, and closed by a press
+/// anywhere else, by Escape, and by losing the keyboard. Main thread only.
+///
+/// On X11 the pointer and the keyboard are grabbed, since the panel and the desktop take clicks
+/// without ever taking the focus. On Wayland the compositor puts the window where it likes.
+class PopupPanel : public QObject {
+    Q_OBJECT
+  public:
+    /// The window outlives the panel, and is not shown yet.
+    explicit PopupPanel(QWindow& window);
+
+    /// Shows the window at the anchor, in screen coordinates.
+    void open(QPoint anchor, QSize size);
+    /// Another size while it is open; it stays at its anchor.
+    void resize(QSize size);
+    void close();
+    bool isOpen() const { return opened; }
+
+  signals:
+    /// However it came to be closed.
+    void closed();
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void place(QSize size);
+    void grab();
+    void release();
+
+    QWindow& window;
+    QPoint anchor;
+    QTimer grabTimer;
+    bool opened = false;
+    bool grabbed = false;
+};
+
+} // namespace kivo

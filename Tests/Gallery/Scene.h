@@ -1,0 +1,35 @@
+#pragma once
+
+#include "DemoWorld.h"
+
+#include <QObject>
+#include <QSize>
+#include <QString>
+#include <QUrl>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QQuickItem;
+
+namespace tokwatch::testing {
+
+/// One picture: what it shows, of what world.
+struct Scene {
+    QString name;
+    QUrl source;
+    DemoWorld::Home home = DemoWorld::Home::demo;
+    /// Brings the world into the state that is shown.
+    std::function<void(DemoWorld&)> prepare;
+    std::function<std::unique_ptr<QObject>(DemoWorld&)> makeView;
+    /// Looked at, once it is there: hovers, scrolls.
+    std::function<void(QQuickItem& root)> touch;
+    /// The window; the height follows the content when it is 0, up to what a laptop's screen
+    /// leaves.
+    QSize size{420, 0};
+};
+
+std::vector<Scene> popoverScenes();
+
+} // namespace tokwatch::testing

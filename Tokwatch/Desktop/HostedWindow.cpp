@@ -1,0 +1,53 @@
+#include "HostedWindow.h"
+
+#include "SystemLog.h"
+
+#include <QQmlError>
+#include <QQuickView>
+#include <QVariant>
+
+namespace tokwatch {
+
+HostedWindow::HostedWindow(QmlRuntime& qml, Scheduler& timers, Content what)
+    : runtime(qml), scheduler(timers), content(std::move(what)) {}
+
+HostedWindow::~HostedWindow() {
+    release();
+}
+
+QQuickView& HostedWindow::window() {
+    releaseCall.reset();
+    if (!quickView) make();
+    return *quickView;
+}
+
+void HostedWindow::make() {
+    engine = runtime.engine();
+    viewObject = content.makeView();
+    quickView = std::make_unique<QQuickView>(engine.get(), nullptr);
+    quickView->setResizeMode(QQuickView::SizeRootObjectToView);
+    quickView->setColor(runtime.theme().colors().canvas);
+    connect(&runtime.theme(), &kivo::Theme::changed, quickView.get(),
+            [this] { quickView->setColor(runtime.theme().colors().canvas); });
+    quickView->setInitialProperties({{"view", QVariant::fromValue(viewObject.get())}});
+    quickView->setSource(content.source);
+    for (const QQmlError& error : quickView->errors())
+        systemLog("showing a window failed: " + error.toString().toStdString());
+    emit made();
+}
+
+void HostedWindow::letGo() {
+    if (quickView) releaseCall = scheduler.after(keepTime, [this] { release(); });
+}
+
+void HostedWindow::release() {
+    releaseCall.reset();
+    if (!quickView) return;
+    emit released();
+    quickView.reset();
+    viewObject.reset();
+    engine.reset();
+    runtime.trim();
+}
+
+} // namespace tokwatch

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "QmlRuntime.h"
+#include "Scheduler.h"
+
+#include <QObject>
+#include <QUrl>
+
+#include <functional>
+#include <memory>
+
+class QQuickView;
+
+namespace tokwatch {
+
+/// A window with QML inside that is made when it is first wanted, kept a while after it was closed
+/// so that it reopens at once, and then given back with all that it held. Main thread only.
+class HostedWindow : public QObject {
+    Q_OBJECT
+  public:
+    static constexpr Seconds keepTime{60};
+
+    /// What is shown: a QML file whose root has a property "view" for the view object.
+    struct Content {
+        QUrl source;
+        std::function<std::unique_ptr<QObject>()> makeView;
+    };
+
+    /// References outlive the window.
+    HostedWindow(QmlRuntime& runtime, Scheduler& scheduler, Content content);
+    ~HostedWindow() override;
+
+    /// The window, made where it is not there.
+    QQuickView& window();
+    /// The window, null where there is none.
+    QQuickView* existing() const { return quickView.get(); }
+    /// The view object; null where there is no window.
+    QObject* view() const { return viewObject.get(); }
+
+    /// The window is not shown any more.
+    void letGo();
+    /// Gives the window back now.
+    void release();
+
+  signals:
+    /// A window has been made, not shown yet.
+    void made();
+    /// The window is about to go.
+    void released();
+
+  private:
+    void make();
+
+    QmlRuntime& runtime;
+    Scheduler& scheduler;
+    Content content;
+    std::shared_ptr<QQmlEngine> engine;
+    std::unique_ptr<QObject> viewObject;
+    std::unique_ptr<QQuickView> quickView;
+    std::unique_ptr<ScheduledCall> releaseCall;
+};
+
+} // namespace tokwatch

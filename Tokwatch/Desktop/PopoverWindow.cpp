@@ -1,0 +1,95 @@
+#include "PopoverWindow.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QScreen>
+
+namespace tokwatch {
+
+PopoverWindow::PopoverWindow(HostedWindow& hostedWindow) : hosted(hostedWindow) {
+    connect(&hosted, &HostedWindow::made, this, &PopoverWindow::prepare);
+    connect(&hosted, &HostedWindow::released, this, [this] { panel.reset(); });
+}
+
+void PopoverWindow::setStyle(Style next) {
+    style = next;
+}
+
+void PopoverWindow::prepare() {
+    QQuickView& window = *hosted.existing();
+    window.setTitle(QStringLiteral("Tokwatch"));
+    preparedStyle = style;
+    if (style == Style::popup) {
+        panel = std::make_unique<kivo::PopupPanel>(window);
+        connect(panel.get(), &kivo::PopupPanel::closed, this, &PopoverWindow::wasClosed);
+    } else {
+        window.installEventFilter(this);
+    }
+    if (QQuickItem* root = window.rootObject()) {
+        connect(root, &QQuickItem::implicitHeightChanged, this, [this] {
+            if (onContentHeight) onContentHeight();
+        });
+        // Its "close" is whatever asks for it from inside.
+        connect(root, SIGNAL(closeRequested()), this, SLOT(close()));
+    }
+}
+
+bool PopoverWindow::isShown() const {
+    return hosted.existing() != nullptr && hosted.existing()->isVisible();
+}
+
+void PopoverWindow::show(QPoint anchor, int width, int height) {
+    if (hosted.existing() != nullptr && preparedStyle != style && !isShown()) hosted.release();
+    QQuickView& window = hosted.window();
+    if (panel) return panel->open(anchor, {width, height});
+    window.setMinimumSize({width, 240});
+    window.setMaximumWidth(width);
+    window.resize(width, height);
+    window.show();
+    window.raise();
+    window.requestActivate();
+}
+
+void PopoverWindow::resize(int width, int height) {
+    if (panel)
+        panel->resize({width, height});
+    else if (isShown())
+        hosted.existing()->resize(width, height);
+}
+
+void PopoverWindow::close() {
+    if (!isShown()) return;
+    if (panel) return panel->close();
+    hosted.existing()->hide();
+    wasClosed();
+}
+
+void PopoverWindow::wasClosed() {
+    hosted.letGo();
+    if (onClosed) onClosed();
+}
+
+double PopoverWindow::contentHeight() {
+    const QQuickItem* root = hosted.window().rootObject();
+    return root == nullptr ? 0 : root->implicitHeight();
+}
+
+double PopoverWindow::visibleHeight(QPoint anchor) const {
+    const QScreen* screen = QGuiApplication::screenAt(anchor);
+    if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+    constexpr double anyScreen = 768;
+    return screen == nullptr ? anyScreen : screen->availableGeometry().height();
+}
+
+bool PopoverWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Close && watched == hosted.existing()) {
+        event->ignore(); // hidden instead, so that it reopens at once
+        close();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+} // namespace tokwatch

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "HostedWindow.h"
+#include "PopoverController.h"
+#include "PopupPanel.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tokwatch {
+
+/// The popover's window: at the status item like a menu, or an ordinary window where there is no
+/// status area or the user wants a task-bar entry. Main thread only.
+class PopoverWindow : public QObject, public PopoverHost {
+    Q_OBJECT
+  public:
+    enum class Style { popup, window };
+
+    /// The hosted window outlives this.
+    explicit PopoverWindow(HostedWindow& hosted);
+
+    /// Called when the content has another natural height, and when the window was closed.
+    std::function<void()> onContentHeight;
+    std::function<void()> onClosed;
+
+    /// From the next opening on.
+    void setStyle(Style style);
+
+    bool isShown() const override;
+    void show(QPoint anchor, int width, int height) override;
+    void resize(int width, int height) override;
+    void close() override;
+    double contentHeight() override;
+    double visibleHeight(QPoint anchor) const override;
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void prepare();
+    void wasClosed();
+
+    HostedWindow& hosted;
+    Style style = Style::popup;
+    Style preparedStyle = Style::popup;
+    std::unique_ptr<kivo::PopupPanel> panel;
+};
+
+} // namespace tokwatch

@@ -1,0 +1,26 @@
+#include "QmlRuntime.h"
+
+#include <QtQml/QQmlExtensionPlugin>
+
+#include <malloc.h>
+
+Q_IMPORT_QML_PLUGIN(Kivo_ThemePlugin)
+Q_IMPORT_QML_PLUGIN(Tokwatch_CommonPlugin)
+Q_IMPORT_QML_PLUGIN(Tokwatch_PopoverPlugin)
+
+namespace tokwatch {
+
+std::shared_ptr<QQmlEngine> QmlRuntime::engine() {
+    if (std::shared_ptr<QQmlEngine> running = current.lock()) return running;
+    const auto made = std::make_shared<QQmlEngine>();
+    made->addImportPath(QStringLiteral("qrc:/qt/qml"));
+    appearance.install(*made);
+    current = made;
+    return made;
+}
+
+void QmlRuntime::trim() {
+    ::malloc_trim(0);
+}
+
+} // namespace tokwatch

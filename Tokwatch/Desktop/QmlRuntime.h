@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Theme.h"
+
+#include <QQmlEngine>
+
+#include <memory>
+
+namespace tokwatch {
+
+/// The QML engine, which is there only while a window uses it: without one the program stays
+/// small. Main thread only.
+class QmlRuntime {
+  public:
+    /// The theme outlives all engines.
+    explicit QmlRuntime(kivo::Theme& theme) : appearance(theme) {}
+
+    std::shared_ptr<QQmlEngine> engine();
+    kivo::Theme& theme() const { return appearance; }
+    /// Gives freed memory back to the system; for the moment after a window went.
+    void trim();
+
+  private:
+    kivo::Theme& appearance;
+    std::weak_ptr<QQmlEngine> current;
+};
+
+} // namespace tokwatch
