@@ -3,6 +3,7 @@
 #include "DBusMenuAdaptor.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kivo {
 namespace {
@@ -43,8 +44,9 @@ QVariantMap entryProperties(const MenuEntry& entry) {
 
 DBusMenu::DBusMenu(QDBusConnection connection, QString ownPath, Builder builder, QObject* parent)
     : QObject(parent), bus(std::move(connection)), path(std::move(ownPath)),
-      build(std::move(builder)), entries(build()) {
+      build(std::move(builder)) {
     registerMenuTypes();
+    items = numbered(build());
     adaptor = new DBusMenuAdaptor(&exported, *this);
     if (bus.isConnected()) bus.registerObject(path, &exported);
 }
@@ -53,22 +55,37 @@ DBusMenu::~DBusMenu() {
     if (bus.isConnected()) bus.unregisterObject(path);
 }
 
+std::vector<DBusMenu::Item> DBusMenu::numbered(std::vector<MenuEntry> fresh) {
+    std::vector<Item> former = std::move(items);
+    std::vector<Item> result;
+    for (MenuEntry& entry : fresh) {
+        const auto same = std::ranges::find_if(
+            former, [&](const Item& item) { return item.entry.label == entry.label; });
+        const bool isNew = same == former.end();
+        result.push_back({isNew ? ++lastId : same->id, std::move(entry)});
+        if (!isNew) former.erase(same); // separators are alike, but each is one
+    }
+    return result;
+}
+
 bool DBusMenu::rebuild() {
-    std::vector<MenuEntry> fresh = build();
-    const bool same =
-        std::ranges::equal(fresh, entries, [](const MenuEntry& left, const MenuEntry& right) {
-            return left.label == right.label && left.shortcut == right.shortcut;
-        });
-    entries = std::move(fresh);
-    if (same) return false;
+    const auto shown = [](const std::vector<Item>& list) {
+        std::vector<std::pair<int, QKeySequence>> result;
+        for (const Item& item : list)
+            result.emplace_back(item.id, item.entry.shortcut);
+        return result;
+    };
+    const auto before = shown(items);
+    items = numbered(build());
+    if (shown(items) == before) return false;
     ++revision;
     emit adaptor->LayoutUpdated(revision, rootId);
     return true;
 }
 
 const MenuEntry* DBusMenu::entry(int itemId) const {
-    const bool known = itemId >= 1 && static_cast<std::size_t>(itemId) <= entries.size();
-    return known ? &entries[static_cast<std::size_t>(itemId) - 1] : nullptr;
+    const auto found = std::ranges::find(items, itemId, &Item::id);
+    return found == items.end() ? nullptr : &found->entry;
 }
 
 QVariantMap DBusMenu::properties(int itemId, const QStringList& names) const {
@@ -88,8 +105,8 @@ QVariantMap DBusMenu::properties(int itemId, const QStringList& names) const {
 MenuLayoutItem DBusMenu::layout(int itemId, int depth, const QStringList& names) const {
     MenuLayoutItem result{itemId, properties(itemId, names), {}};
     if (itemId != rootId || depth == 0) return result;
-    for (int child = 1; child <= static_cast<int>(entries.size()); ++child)
-        result.children.append({child, properties(child, names), {}});
+    for (const Item& item : items)
+        result.children.append({item.id, properties(item.id, names), {}});
     return result;
 }
 

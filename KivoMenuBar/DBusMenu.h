@@ -23,7 +23,9 @@ struct MenuEntry {
 };
 
 /// A flat context menu that the status area's host draws (com.canonical.dbusmenu). It is built anew
-/// whenever the host is about to show it. Main thread only.
+/// whenever the host is about to show it. An entry keeps its number as long as it is there, and no
+/// number comes back: a click that a change overtook does what was clicked, or nothing. Main thread
+/// only.
 class DBusMenu : public QObject {
     Q_OBJECT
   public:
@@ -40,6 +42,12 @@ class DBusMenu : public QObject {
   private:
     friend class DBusMenuAdaptor;
 
+    struct Item {
+        int id;
+        MenuEntry entry;
+    };
+
+    std::vector<Item> numbered(std::vector<MenuEntry> fresh);
     const MenuEntry* entry(int itemId) const;
     QVariantMap properties(int itemId, const QStringList& names) const;
     MenuLayoutItem layout(int itemId, int depth, const QStringList& names) const;
@@ -48,7 +56,8 @@ class DBusMenu : public QObject {
     QDBusConnection bus;
     QString path;
     Builder build;
-    std::vector<MenuEntry> entries; ///< the item with number n, counted from 1, is at n - 1
+    std::vector<Item> items;
+    int lastId = 0; ///< the root's; entries count from 1
     uint revision = 1;
     QObject exported;
     class DBusMenuAdaptor* adaptor = nullptr;

@@ -30,8 +30,9 @@ QList<MenuItemProperties> DBusMenuAdaptor::GetGroupProperties(const QList<int>& 
     // No ids mean all items.
     QList<int> wanted = ids;
     if (wanted.isEmpty()) {
-        for (int id = root; id <= static_cast<int>(menu.entries.size()); ++id)
-            wanted.append(id);
+        wanted.append(root);
+        for (const DBusMenu::Item& item : menu.items)
+            wanted.append(item.id);
     }
     for (const int id : wanted)
         if (id == root || menu.entry(id)) result.append({id, menu.properties(id, propertyNames)});
