@@ -86,8 +86,8 @@ QPainterPath cursorMark() {
 /// A dial open at the bottom, its needle past the middle.
 QPainterPath gaugeMark() {
     const QPointF hub{12, 13.6};
-    const QPainterPath dial = stroked(arc(hub, 9.6, -28, 236), 2.8);
-    const QPainterPath needle = stroked(lines({hub, {15.7, 7.9}}), 2.6);
+    const QPainterPath dial = stroked(arc(hub, 9.5, -30, 240), 3.2);
+    const QPainterPath needle = stroked(lines({hub, {14.9, 9.3}}), 2.6);
     return dial.united(needle).united(dot(hub, 2.7));
 }
 

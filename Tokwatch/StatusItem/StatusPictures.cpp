@@ -40,7 +40,7 @@ QPainterPath markIn(const QRectF& box, std::optional<ProviderID> provider) {
 void drawOutlines(QPainter& painter, const QPainterPath& outlines, const Ink& ink, double height) {
     if (ink.halo.alpha() > 0)
         painter.strokePath(
-            outlines, QPen(ink.halo, height * 0.12, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+            outlines, QPen(ink.halo, height * 0.1, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.fillPath(outlines, ink.colour);
 }
 
@@ -160,19 +160,19 @@ QImage gaugePicture(int percentLeft, const Ink& ink, int side) {
 
 QImage titlePicture(std::optional<ProviderID> provider, const QString& text, const Ink& ink,
                     int height) {
-    const TabularText label(text, static_cast<int>(std::lround(height * 0.68)));
-    const int markSize = static_cast<int>(std::lround(height * 0.76));
-    const double margin = std::ceil(height * 0.05);
-    const double gap = height * 0.24;
-    const int width =
-        static_cast<int>(std::ceil(margin + markSize + gap + label.totalWidth() + margin));
+    // Twenty-one parts, the usual height in pixels: 2 above the mark, 17 of it, 2 below.
+    const double part = height / 21.0;
+    const TabularText label(text, static_cast<int>(std::lround(15 * part)));
+    const QRectF markBox(part, 2 * part, 17 * part, 17 * part);
+    const double textLeft = markBox.right() + 4 * part;
+    const int width = static_cast<int>(std::ceil(textLeft + label.totalWidth() + part));
+    // Capitals and digits share the mark's middle.
+    const double baseline = std::round((height + label.capHeight()) / 2);
     QImage picture = emptyPicture(width, height);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF markBox(margin, std::floor((height - markSize) / 2.0), markSize, markSize);
-    const double baseline = std::round((height + label.capHeight()) / 2);
     QPainterPath outlines = markIn(markBox, provider);
-    outlines.addPath(label.outlines({margin + markSize + gap, baseline}));
+    outlines.addPath(label.outlines({textLeft, baseline}));
     drawOutlines(painter, outlines, ink, height);
     return picture;
 }

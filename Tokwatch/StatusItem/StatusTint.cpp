@@ -7,9 +7,9 @@ QColor statusTint(Severity severity, bool onDarkPanel) {
     case Severity::normal:
         return onDarkPanel ? QColor(0xf2, 0xf2, 0xf2) : QColor(0x23, 0x23, 0x23);
     case Severity::warning:
-        return onDarkPanel ? QColor(0xff, 0xa0, 0x33) : QColor(0xa8, 0x4b, 0x00);
+        return onDarkPanel ? QColor(0xff, 0xa0, 0x33) : QColor(0xb0, 0x50, 0x00);
     case Severity::critical:
-        return onDarkPanel ? QColor(0xff, 0x6b, 0x61) : QColor(0xc8, 0x1e, 0x1e);
+        return onDarkPanel ? QColor(0xff, 0x76, 0x6c) : QColor(0xc8, 0x1e, 0x1e);
     }
     return {};
 }
@@ -17,7 +17,7 @@ QColor statusTint(Severity severity, bool onDarkPanel) {
 Ink statusInk(Severity severity, bool onDarkPanel, bool toneIsGuess) {
     Ink ink{statusTint(severity, onDarkPanel)};
     if (toneIsGuess)
-        ink.halo = onDarkPanel ? QColor(0, 0, 0, 0xb0) : QColor(0xff, 0xff, 0xff, 0xb0);
+        ink.halo = onDarkPanel ? QColor(0, 0, 0, 0xa0) : QColor(0xff, 0xff, 0xff, 0xa0);
     return ink;
 }
 
