@@ -1,5 +1,7 @@
 #include "PanelTone.h"
 
+#include "BarStyleSheet.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -13,13 +15,20 @@ constexpr auto panelChannel = "xfce4-panel";
 constexpr auto darkMode = "/panels/dark-mode";
 constexpr auto desktopChannel = "xsettings";
 constexpr auto themeName = "/Net/ThemeName";
+// Text lighter than this stands on a dark panel.
+constexpr int middleGray = 128;
 
 } // namespace
 
-PanelTone::PanelTone(QDBusConnection connection, const StatusAreaHost& areaHost, QObject* parent)
-    : QObject(parent), bus(std::move(connection)), host(areaHost) {
+PanelTone::PanelTone(QDBusConnection connection, const StatusAreaHost& areaHost, QObject* parent,
+                     TextColour colourOf)
+    : QObject(parent), bus(std::move(connection)), host(areaHost), textColour(std::move(colourOf)) {
     connect(&host, &StatusAreaHost::changed, this, &PanelTone::hostChanged);
     hostChanged();
+}
+
+std::optional<QColor> PanelTone::systemTextColour(uint process) {
+    return barTextColour(barStyleSheet(process));
 }
 
 void PanelTone::setDesktopDark(bool isDark) {
@@ -35,6 +44,10 @@ void PanelTone::hostChanged() {
         readSetting(panelChannel, darkMode);
         readSetting(desktopChannel, themeName);
     }
+    sheetDark.reset();
+    if (host.area().hasStyleSheet)
+        if (const std::optional<QColor> text = textColour(host.process()))
+            sheetDark = qGray(text->rgb()) >= middleGray;
     update();
 }
 
@@ -67,12 +80,14 @@ void PanelTone::settingChanged(const QString& channel, const QString& property,
 
 void PanelTone::update() {
     bool next = desktopDark;
+    const bool nextGuess = host.area().usuallyDark && !sheetDark;
     if (host.area().usuallyDark)
-        next = true;
+        next = sheetDark.value_or(true);
     else if (host.area().isXfce)
         next = panelDark.value_or(false) || gtkThemeDark.value_or(desktopDark);
-    if (next == dark) return;
+    if (next == dark && nextGuess == guess) return;
     dark = next;
+    guess = nextGuess;
     emit changed();
 }
 

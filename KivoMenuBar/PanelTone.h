@@ -2,11 +2,13 @@
 
 #include "StatusAreaHost.h"
 
+#include <QColor>
 #include <QDBusConnection>
 #include <QDBusVariant>
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 namespace kivo {
@@ -17,11 +19,20 @@ namespace kivo {
 class PanelTone : public QObject {
     Q_OBJECT
   public:
-    PanelTone(QDBusConnection bus, const StatusAreaHost& host, QObject* parent = nullptr);
+    /// The colour of the text in a host that has a style sheet, by the host's process.
+    using TextColour = std::function<std::optional<QColor>(uint process)>;
+
+    PanelTone(QDBusConnection bus, const StatusAreaHost& host, QObject* parent = nullptr,
+              TextColour textColour = systemTextColour);
 
     bool isDark() const { return dark; }
+    /// Whether nothing but habit speaks for the tone: what is drawn should be legible on the other.
+    bool isGuess() const { return guess; }
     /// Whether the desktop is dark as a whole: what panels follow that have no tone of their own.
     void setDesktopDark(bool isDark);
+
+    /// From the style sheet that the process uses.
+    static std::optional<QColor> systemTextColour(uint process);
 
   signals:
     void changed();
@@ -36,11 +47,14 @@ class PanelTone : public QObject {
 
     QDBusConnection bus;
     const StatusAreaHost& host;
+    TextColour textColour;
     bool followsSettings = false;
+    std::optional<bool> sheetDark;    ///< what the colour of the text in a style sheet says
     std::optional<bool> panelDark;    ///< the xfce panel's own switch
     std::optional<bool> gtkThemeDark; ///< what the name of the theme says
     bool desktopDark = false;
     bool dark = false;
+    bool guess = false;
 };
 
 } // namespace kivo

@@ -16,6 +16,8 @@ namespace {
 
 constexpr auto watcherService = "org.kde.StatusNotifierWatcher";
 constexpr auto watcherPath = "/StatusNotifierWatcher";
+constexpr auto localPath = "/org/freedesktop/DBus/Local";
+constexpr auto localInterface = "org.freedesktop.DBus.Local";
 constexpr auto hostPrefix = "org.kde.StatusNotifierHost-";
 
 struct KnownHost {
@@ -24,7 +26,8 @@ struct KnownHost {
 };
 
 constexpr std::array knownHosts{
-    KnownHost{QLatin1String("waybar"), {.kind = StatusAreaKind::wide, .usuallyDark = true}},
+    KnownHost{QLatin1String("waybar"),
+              {.kind = StatusAreaKind::wide, .usuallyDark = true, .hasStyleSheet = true}},
     // The service behind the indicator plugins of the xfce and MATE panels. It hands on names of
     // icons, which the panel draws in the colour of its text.
     KnownHost{QLatin1String("ayatana-indicat"),
@@ -60,7 +63,12 @@ StatusAreaHost::StatusAreaHost(QDBusConnection connection, QObject* parent, Proc
     connect(watched, &QDBusServiceWatcher::serviceOwnerChanged, this, &StatusAreaHost::look);
     for (const char* member : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
         bus.connect(watcherService, watcherPath, watcherService, member, this, SLOT(look()));
+    bus.connect(QString(), localPath, localInterface, "Disconnected", this, SLOT(busClosed()));
     look();
+}
+
+void StatusAreaHost::busClosed() {
+    assign({});
 }
 
 void StatusAreaHost::look() {
@@ -73,6 +81,7 @@ void StatusAreaHost::look() {
     connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
         pending->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *pending;
+        if (!bus.isConnected()) return;
         // Who does not answer the question is taken for a host.
         if (reply.isValid() && !reply.value().variant().toBool())
             assign({});
@@ -85,17 +94,21 @@ void StatusAreaHost::conclude() {
     const QStringList hosts = hostServices();
     // Hosts come and go without their watcher noticing; each one's name tells.
     watched->setWatchedServices(QStringList{watcherService} + hosts);
-    if (hosts.isEmpty()) return assign(areaOf(watcherService));
+    const uint first = processOf(hosts.isEmpty() ? watcherService : hosts.front());
+    if (first == 0) return assign({}); // it is gone already; that will be told
 
-    StatusArea common = areaOf(hosts.front());
-    for (const QString& host : hosts.mid(1))
-        if (areaOf(host) != common) common = unknownHost;
-    assign(common);
+    const StatusArea common = statusAreaOf(processName(first));
+    for (const QString& host : hosts.mid(1)) {
+        const uint other = processOf(host);
+        if (other != 0 && statusAreaOf(processName(other)) != common) return assign(unknownHost);
+    }
+    assign(common, first);
 }
 
-void StatusAreaHost::assign(const StatusArea& next) {
-    if (next == current) return;
+void StatusAreaHost::assign(const StatusArea& next, uint process) {
+    if (next == current && process == currentProcess) return;
     current = next;
+    currentProcess = process;
     emit changed();
 }
 
@@ -104,9 +117,9 @@ QStringList StatusAreaHost::hostServices() const {
     return bus.interface()->registeredServiceNames().value().filter(QLatin1String(hostPrefix));
 }
 
-StatusArea StatusAreaHost::areaOf(const QString& service) const {
-    const QDBusReply<uint> pid = bus.interface()->servicePid(service);
-    return pid.isValid() ? statusAreaOf(processName(pid.value())) : StatusArea{};
+uint StatusAreaHost::processOf(const QString& service) const {
+    const QDBusReply<uint> process = bus.interface()->servicePid(service);
+    return process.isValid() ? process.value() : 0;
 }
 
 } // namespace kivo

@@ -26,6 +26,7 @@ struct StatusArea {
     bool usuallyDark =
         false;           ///< dark unless its owner styled it otherwise, whatever the desktop is
     bool isXfce = false; ///< has its colours from the xfce settings
+    bool hasStyleSheet = false; ///< has its colours from a style sheet of its own
 
     friend bool operator==(const StatusArea&, const StatusArea&) = default;
 };
@@ -45,6 +46,8 @@ class StatusAreaHost : public QObject {
                             ProcessName processName = systemProcessName);
 
     const StatusArea& area() const { return current; }
+    /// The number of the host's process; 0 when there is none, or several.
+    uint process() const { return currentProcess; }
 
     /// From /proc; empty when there is no such process.
     static QString systemProcessName(uint pid);
@@ -54,17 +57,19 @@ class StatusAreaHost : public QObject {
 
   private slots:
     void look();
+    void busClosed();
 
   private:
     void conclude();
-    void assign(const StatusArea& next);
+    void assign(const StatusArea& next, uint process = 0);
     QStringList hostServices() const;
-    StatusArea areaOf(const QString& service) const;
+    uint processOf(const QString& service) const;
 
     QDBusConnection bus;
     ProcessName processName;
     QDBusServiceWatcher* watched = nullptr;
     StatusArea current;
+    uint currentProcess = 0;
 };
 
 } // namespace kivo

@@ -56,7 +56,7 @@ MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusItem
     : source(itemSource), scheduler(surroundings.scheduler), now(std::move(surroundings.now)),
       onClick(std::move(clicked)), buildMenu(std::move(menuBuilder)),
       host(surroundings.bus, nullptr, std::move(surroundings.processName)),
-      tone(surroundings.bus, host),
+      tone(surroundings.bus, host, nullptr, std::move(surroundings.panelTextColour)),
       item(surroundings.bus, QStringLiteral("TokwatchStatusItem"), QStringLiteral("Tokwatch")),
       menu(surroundings.bus, QLatin1String(kivo::StatusNotifierItem::menuPath),
            [this] { return menuEntries(); }),
@@ -72,11 +72,21 @@ MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusItem
     });
     QObject::connect(&item, &Item::scrolled, &item, [this](int delta) { scroll(delta); });
     QObject::connect(&tone, &kivo::PanelTone::changed, &item, [this] { update(); });
-    QObject::connect(&host, &kivo::StatusAreaHost::changed, &item, [this] {
-        update();
-        menu.rebuild();
-        if (onHostChanged) onHostChanged();
-    });
+    QObject::connect(&host, &kivo::StatusAreaHost::changed, &item, [this] { hostChanged(); });
+    const Seconds grace = surroundings.bus.isConnected() ? hostGrace : Seconds{0};
+    hostMissed = scheduler.after(grace, [this] { tellHost(); });
+}
+
+void MeterStatusItem::hostChanged() {
+    update();
+    menu.rebuild();
+    if (hasHost() || hostKnown) tellHost();
+}
+
+void MeterStatusItem::tellHost() {
+    hostKnown = true;
+    hostMissed.reset();
+    if (onHostChanged) onHostChanged();
 }
 
 std::vector<kivo::MenuEntry> MeterStatusItem::menuEntries() const {
@@ -125,13 +135,13 @@ void MeterStatusItem::update() {
 }
 
 MeterStatusItem::Face MeterStatusItem::face() const {
-    if (!choice) return {*currentTitle, {}, host.area(), tone.isDark()};
-    return {source.title(*choice), choice->label + " ", host.area(), tone.isDark()};
+    if (!choice) return {*currentTitle, {}, host.area(), tone.isDark(), tone.isGuess()};
+    return {source.title(*choice), choice->label + " ", host.area(), tone.isDark(), tone.isGuess()};
 }
 
 void MeterStatusItem::draw(const Face& face) {
     const StatusTitle& title = face.title;
-    const Ink ink = statusInk(title.severity, face.onDarkPanel, face.area.usuallyDark);
+    const Ink ink = statusInk(title.severity, face.onDarkPanel, face.toneIsGuess);
     const QString text = title.text ? QString::fromStdString(face.prefix + *title.text) : QString();
     const std::optional<int> percent = title.text ? leadingPercent(*title.text) : std::nullopt;
 

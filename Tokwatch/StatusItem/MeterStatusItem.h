@@ -31,6 +31,7 @@ struct StatusItemSurroundings {
     Clock now;
     std::filesystem::path iconDirectory; ///< of our own, for hosts that take icons by name
     kivo::StatusAreaHost::ProcessName processName = kivo::StatusAreaHost::systemProcessName;
+    kivo::PanelTone::TextColour panelTextColour = kivo::PanelTone::systemTextColour;
 };
 
 /// The meter in the desktop's status area. How it is drawn follows the host: live text beside the
@@ -40,6 +41,9 @@ class MeterStatusItem {
   public:
     /// How long a limit that was scrolled to is shown.
     static constexpr Seconds choiceTime{5};
+    /// How long after the start a status area may come up without being missed: the panel and the
+    /// programs of a session start side by side.
+    static constexpr Seconds hostGrace{3};
 
     MeterStatusItem(StatusItemSurroundings surroundings, StatusItemSource& source,
                     std::function<void(QPoint)> onClick, kivo::DBusMenu::Builder menu);
@@ -51,12 +55,19 @@ class MeterStatusItem {
     /// What the desktop's own tone is, for panels that follow it.
     void setDesktopDark(bool isDark) { tone.setDesktopDark(isDark); }
 
-    /// Whether there is a status area at present. Becomes known only some time after the start.
+    /// Whether there is a status area at present.
     bool hasHost() const { return host.area().kind != kivo::StatusAreaKind::none; }
-    /// Called when a status area appears, vanishes or gives way to another one.
+    /// Whether that is certain: true once one was found, or none within `hostGrace`, or without a
+    /// bus from the first turn of the event loop on.
+    bool isHostKnown() const { return hostKnown; }
+    /// Called when it becomes known whether there is a status area, once and never from within the
+    /// constructor; then whenever one appears, vanishes or gives way to another one.
     std::function<void()> onHostChanged;
-    /// Called on a right click at a host that does not draw menus itself.
+    /// Called on a right click at a host that does not draw menus itself; `menuEntries` are what
+    /// belongs there.
     std::function<void(QPoint)> onContextMenu;
+    /// The context menu as it should be at this moment.
+    std::vector<kivo::MenuEntry> menuEntries() const;
 
   private:
     /// All that the drawing depends on.
@@ -65,11 +76,13 @@ class MeterStatusItem {
         std::string prefix; ///< names the limit while it was chosen by scrolling
         kivo::StatusArea area;
         bool onDarkPanel = false;
+        bool toneIsGuess = false;
 
         friend bool operator==(const Face&, const Face&) = default;
     };
 
-    std::vector<kivo::MenuEntry> menuEntries() const;
+    void hostChanged();
+    void tellHost();
     void scroll(int delta);
     void choose(int steps);
     void update();
@@ -89,6 +102,8 @@ class MeterStatusItem {
     kivo::DBusMenu menu;
     NamedIcons icons;
 
+    bool hostKnown = false;
+    std::unique_ptr<ScheduledCall> hostMissed;
     std::optional<StatusTitle> currentTitle;
     std::optional<Face> drawn;
     kivo::ScrollStepper stepper;
