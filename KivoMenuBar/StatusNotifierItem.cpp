@@ -6,7 +6,6 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
-#include <QTimer>
 
 namespace kivo {
 namespace {
@@ -15,13 +14,18 @@ constexpr auto watcherService = "org.kde.StatusNotifierWatcher";
 constexpr auto watcherPath = "/StatusNotifierWatcher";
 // A host may own the watcher's name some time before its object answers.
 constexpr int offerRetries = 5;
+// The bus's word for it where it may not start the service; Qt has no number for this error.
+constexpr auto noOwner = "org.freedesktop.DBus.Error.NameHasNoOwner";
 
 } // namespace
 
 StatusNotifierItem::StatusNotifierItem(QDBusConnection connection, QString ownId, QString ownTitle,
-                                       QObject* parent, std::chrono::milliseconds retry)
-    : QObject(parent), bus(std::move(connection)), id(std::move(ownId)), title(std::move(ownTitle)),
-      retryDelay(retry) {
+                                       QObject* parent, std::chrono::milliseconds retryDelay)
+    : QObject(parent), bus(std::move(connection)), id(std::move(ownId)),
+      title(std::move(ownTitle)) {
+    retry.setSingleShot(true);
+    retry.setInterval(retryDelay);
+    retry.callOnTimeout(this, &StatusNotifierItem::offer);
     registerStatusItemTypes();
     adaptor = new StatusNotifierAdaptor(&exported, *this);
     if (!bus.isConnected()) return;
@@ -49,6 +53,8 @@ StatusNotifierItem::~StatusNotifierItem() {
 
 void StatusNotifierItem::watcherChanged(const QString& newOwner) {
     registered = false;
+    underway = nullptr; // what the former owner answers does not matter any more
+    retry.stop();
     retriesLeft = offerRetries;
     if (!newOwner.isEmpty()) offer();
 }
@@ -59,21 +65,20 @@ void StatusNotifierItem::offer() {
     call << service;
     call.setAutoStartService(false);
     auto* pending = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    underway = pending;
     connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
-        offered(*pending);
         pending->deleteLater();
+        if (underway == pending) offered(*pending);
     });
 }
 
 void StatusNotifierItem::offered(const QDBusPendingCallWatcher& call) {
     registered = !call.isError();
     // No owner: its appearance will be told.
-    if (registered || call.error().type() == QDBusError::ServiceUnknown) return;
+    if (registered || call.error().name() == QLatin1String(noOwner)) return;
     if (!bus.isConnected() || retriesLeft == 0) return;
     --retriesLeft;
-    QTimer::singleShot(retryDelay, this, [this] {
-        if (!registered) offer();
-    });
+    retry.start();
 }
 
 void StatusNotifierItem::setIcon(StatusIcon icon) {

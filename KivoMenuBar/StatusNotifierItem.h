@@ -9,9 +9,9 @@
 #include <QObject>
 #include <QPoint>
 #include <QString>
+#include <QTimer>
 
 #include <chrono>
-#include <memory>
 
 class QDBusPendingCallWatcher;
 class QDBusServiceWatcher;
@@ -80,8 +80,9 @@ class StatusNotifierItem : public QObject {
     QString id;
     QString title;
     QString service;
-    std::chrono::milliseconds retryDelay;
+    QTimer retry;
     int retriesLeft = 0;
+    const QDBusPendingCallWatcher* underway = nullptr; ///< the offer that counts
     bool registered = false;
 
     StatusIcon shownIcon;
