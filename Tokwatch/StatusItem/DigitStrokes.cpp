@@ -5,9 +5,15 @@
 namespace tokwatch {
 namespace {
 
-/// The centre lines' extent, and what the digits share.
+/// The centre lines' extent, and what the digits share. A stroke that ends at an edge, with its cap
+/// flat, goes on to where the ink of the others ends.
 struct Frame {
     QRectF box;
+    double inset; ///< from the ink's edge to the centre lines
+
+    double leftEdge() const { return left() - inset; }
+    double rightEdge() const { return right() + inset; }
+    double bottomEdge() const { return bottom() + inset; }
 
     double left() const { return box.left(); }
     double right() const { return box.right(); }
@@ -32,7 +38,7 @@ QPainterPath zero(const Frame& f) {
 QPainterPath one(const Frame& f) {
     QPainterPath path({f.x(0.14), f.y(0.2)});
     path.lineTo(f.x(0.62), f.top());
-    path.lineTo(f.x(0.62), f.bottom());
+    path.lineTo(f.x(0.62), f.bottomEdge());
     return path;
 }
 
@@ -42,7 +48,7 @@ QPainterPath two(const Frame& f) {
     path.arcMoveTo(bowl, 168);
     path.arcTo(bowl, 168, -200);
     path.lineTo(f.left(), f.bottom());
-    path.lineTo(f.right(), f.bottom());
+    path.lineTo(f.rightEdge(), f.bottom());
     return path;
 }
 
@@ -59,10 +65,10 @@ QPainterPath three(const Frame& f) {
 }
 
 QPainterPath four(const Frame& f) {
-    QPainterPath path({f.x(0.72), f.bottom()});
+    QPainterPath path({f.x(0.72), f.bottomEdge()});
     path.lineTo(f.x(0.72), f.top());
     path.lineTo(f.left(), f.y(0.7));
-    path.lineTo(f.right(), f.y(0.7));
+    path.lineTo(f.rightEdge(), f.y(0.7));
     return path;
 }
 
@@ -84,9 +90,9 @@ QPainterPath six(const Frame& f) {
 }
 
 QPainterPath seven(const Frame& f) {
-    QPainterPath path({f.left(), f.top()});
+    QPainterPath path({f.leftEdge(), f.top()});
     path.lineTo(f.right(), f.top());
-    path.lineTo(f.x(0.3), f.bottom());
+    path.lineTo(f.x(0.3), f.bottomEdge());
     return path;
 }
 
@@ -110,7 +116,7 @@ QPainterPath nine(const Frame& f) {
 
 QPainterPath digitStrokes(int digit, const QRectF& box, double penWidth) {
     const double inset = penWidth / 2;
-    const Frame frame{box.adjusted(inset, inset, -inset, -inset)};
+    const Frame frame{box.adjusted(inset, inset, -inset, -inset), inset};
     constexpr QPainterPath (*shapes[])(const Frame&){zero, one, two,   three, four,
                                                      five, six, seven, eight, nine};
     return shapes[digit](frame);

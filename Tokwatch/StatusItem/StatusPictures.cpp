@@ -102,16 +102,20 @@ class TabularText {
     TabularText(const QString& ownText, int pixelSize) : text(ownText) {
         font.setPixelSize(pixelSize);
         font.setWeight(QFont::Medium);
+        font.setHintingPreference(QFont::PreferNoHinting); // the outlines have none either
         const QFontMetricsF metrics(font);
         for (char digit = '0'; digit <= '9'; ++digit)
             digitWidth = std::max(digitWidth, metrics.horizontalAdvance(QLatin1Char(digit)));
         for (const QChar character : text)
             width += advance(metrics, character);
-        ascent = metrics.capHeight();
+        QPainterPath digit;
+        digit.addText({}, font, QStringLiteral("0"));
+        middle = digit.boundingRect().center().y();
     }
 
     double totalWidth() const { return width; }
-    double capHeight() const { return ascent; }
+    /// The middle of the digits, relative to the baseline: negative, as it is above.
+    double digitMiddle() const { return middle; }
 
     QPainterPath outlines(QPointF baseline) const {
         QPainterPath path;
@@ -134,7 +138,7 @@ class TabularText {
     QFont font;
     double digitWidth = 0;
     double width = 0;
-    double ascent = 0;
+    double middle = 0;
 };
 
 } // namespace
@@ -166,8 +170,8 @@ QImage titlePicture(std::optional<ProviderID> provider, const QString& text, con
     const QRectF markBox(part, 2 * part, 17 * part, 17 * part);
     const double textLeft = markBox.right() + 4 * part;
     const int width = static_cast<int>(std::ceil(textLeft + label.totalWidth() + part));
-    // Capitals and digits share the mark's middle.
-    const double baseline = std::round((height + label.capHeight()) / 2);
+    // The digits share the mark's middle.
+    const double baseline = std::round(height / 2.0 - label.digitMiddle());
     QImage picture = emptyPicture(width, height);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
