@@ -1,6 +1,7 @@
 #include "LinuxCredentialSource.h"
 
 #include "EventLoop.h"
+#include "PrivateBus.h"
 #include "TemporaryDirectory.h"
 #include "WaitFor.h"
 
@@ -10,7 +11,6 @@
 #include <QDBusObjectPath>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
-#include <QProcess>
 
 #include <gmock/gmock.h>
 
@@ -41,32 +41,6 @@ namespace {
 
 using ObjectPaths = QList<QDBusObjectPath>;
 
-/// A message bus of the test's own.
-class PrivateBus {
-  public:
-    PrivateBus() {
-        daemon.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
-        daemon.waitForReadyRead();
-        address = QString::fromUtf8(daemon.readLine().trimmed());
-    }
-    ~PrivateBus() {
-        for (const QString& name : names)
-            QDBusConnection::disconnectFromBus(name);
-        daemon.kill();
-        daemon.waitForFinished();
-    }
-    QDBusConnection connect(const QString& name) {
-        names.append(name);
-        return QDBusConnection::connectToBus(address, name);
-    }
-
-  private:
-    QProcess daemon;
-    QString address;
-    QStringList names;
-};
-
-/// A Secret Service with at most one item, whose service is "Claude Code-credentials".
 class FakeSecretService final : public QDBusVirtualObject {
   public:
     std::optional<QByteArray> secret;
@@ -120,7 +94,7 @@ class FakeSecretService final : public QDBusVirtualObject {
 
 struct LinuxCredentials : ::testing::Test {
     testing::TemporaryDirectory home;
-    PrivateBus bus;
+    testing::PrivateBus bus;
 
     LinuxCredentials() {
         testing::needEventLoop();

@@ -1,0 +1,65 @@
+#include "PrivateBus.h"
+
+#include <QCoreApplication>
+#include <QDBusConnectionInterface>
+#include <QDBusPendingCall>
+#include <QDeadlineTimer>
+#include <QTimer>
+
+namespace tokwatch::testing {
+
+PrivateBus::PrivateBus() {
+    daemon.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
+    daemon.waitForReadyRead();
+    address = QString::fromUtf8(daemon.readLine().trimmed());
+}
+
+PrivateBus::~PrivateBus() {
+    for (const QString& name : names)
+        QDBusConnection::disconnectFromBus(name);
+    close();
+}
+
+QDBusConnection PrivateBus::connect(const QString& name) {
+    names.append(name);
+    return QDBusConnection::connectToBus(address, name);
+}
+
+void PrivateBus::close() {
+    daemon.kill();
+    daemon.waitForFinished();
+}
+
+bool until(const std::function<bool()>& condition) {
+    QTimer wake; // the loop must turn though nothing happens
+    wake.start(10);
+    const QDeadlineTimer deadline(15'000);
+    while (!condition()) {
+        if (deadline.hasExpired()) return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return true;
+}
+
+void drain(QDBusConnection bus) {
+    answer(bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId");
+}
+
+QDBusMessage answer(QDBusConnection bus, const QDBusMessage& call) {
+    const QDBusPendingCall pending = bus.asyncCall(call);
+    until([&] { return pending.isFinished(); });
+    // What came before the answer may still be queued for this thread.
+    QCoreApplication::processEvents();
+    return pending.reply();
+}
+
+QDBusMessage answer(QDBusConnection bus, const QString& service, const QString& path,
+                    const QString& interface, const QString& member,
+                    const QVariantList& arguments) {
+    QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, member);
+    call.setArguments(arguments);
+    return answer(bus, call);
+}
+
+} // namespace tokwatch::testing

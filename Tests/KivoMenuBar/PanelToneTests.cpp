@@ -1,0 +1,171 @@
+#include "PanelTone.h"
+
+#include "BarStyleSheet.h"
+#include "EventLoop.h"
+#include "FakeStatusArea.h"
+#include "PrivateBus.h"
+#include "TemporaryDirectory.h"
+
+#include <QDBusVirtualObject>
+#include <QMap>
+
+#include <gmock/gmock.h>
+
+#include <optional>
+
+namespace kivo {
+namespace {
+
+using namespace tokwatch::testing;
+
+/// The settings of the xfce desktop.
+class FakeSettings final : public QDBusVirtualObject {
+  public:
+    explicit FakeSettings(QDBusConnection connection) : bus(std::move(connection)) {
+        bus.registerVirtualObject("/org/xfce/Xfconf", this);
+        bus.registerService("org.xfce.Xfconf");
+    }
+    ~FakeSettings() override { bus.unregisterObject("/org/xfce/Xfconf"); }
+
+    void set(const QString& channel, const QString& property, const QVariant& value) {
+        values[channel + property] = value;
+        QDBusMessage signal =
+            QDBusMessage::createSignal("/org/xfce/Xfconf", "org.xfce.Xfconf", "PropertyChanged");
+        signal << channel << property << QVariant::fromValue(QDBusVariant(value));
+        bus.send(signal);
+    }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+        const QString key =
+            message.arguments().value(0).toString() + message.arguments().value(1).toString();
+        connection.send(
+            values.contains(key)
+                ? message.createReply(QVariant::fromValue(QDBusVariant(values[key])))
+                : message.createErrorReply("org.xfce.Xfconf.Error.PropertyNotFound", "never set"));
+        return true;
+    }
+    QString introspect(const QString&) const override { return {}; }
+
+  private:
+    QDBusConnection bus;
+    QMap<QString, QVariant> values;
+};
+
+struct Panel : ::testing::Test {
+    PrivateBus bus = (needEventLoop(), PrivateBus());
+    QDBusConnection ownBus = bus.connect("own");
+    FakeStatusArea area{bus.connect("area")};
+    QString process;
+    std::optional<QColor> sheetColour;
+    StatusAreaHost host{ownBus, nullptr, [this](uint) { return process; }};
+    PanelTone tone{ownBus, host, nullptr, [this](uint) { return sheetColour; }};
+
+    void appear(const QString& name) {
+        process = name;
+        area.appear();
+        ASSERT_TRUE(until([&] { return host.area().kind != StatusAreaKind::none; }));
+    }
+    void vanish() {
+        area.vanish();
+        ASSERT_TRUE(until([&] { return host.area().kind == StatusAreaKind::none; }));
+    }
+};
+
+TEST_F(Panel, FollowsTheDesktopWhereItHasNoToneOfItsOwn) {
+    int changes = 0;
+    QObject::connect(&tone, &PanelTone::changed, [&] { ++changes; });
+    appear("plasmashell");
+    EXPECT_FALSE(tone.isDark());
+    tone.setDesktopDark(true);
+    tone.setDesktopDark(true);
+    EXPECT_TRUE(tone.isDark());
+    EXPECT_FALSE(tone.isGuess());
+    EXPECT_EQ(changes, 1);
+}
+
+TEST_F(Panel, HasTheToneOfItsStyleSheetOrIsTakenForDark) {
+    appear("waybar");
+    EXPECT_TRUE(tone.isDark());
+    EXPECT_TRUE(tone.isGuess());
+    for (const auto& [text, isDark] : {std::pair{QColor("#222"), false}, {QColor("white"), true}}) {
+        vanish();
+        sheetColour = text;
+        appear("waybar");
+        EXPECT_EQ(tone.isDark(), isDark);
+        EXPECT_FALSE(tone.isGuess());
+    }
+}
+
+TEST_F(Panel, FollowsTheSettingsOfXfceLive) {
+    FakeSettings settings(bus.connect("settings"));
+    settings.set("xsettings", "/Net/ThemeName", "Adwaita-dark");
+    appear("xfce4-panel");
+    ASSERT_TRUE(until([&] { return tone.isDark(); })) << "from the theme";
+    settings.set("xsettings", "/Net/ThemeName", "Adwaita");
+    ASSERT_TRUE(until([&] { return !tone.isDark(); }));
+    settings.set("xfce4-panel", "/panels/dark-mode", true);
+    ASSERT_TRUE(until([&] { return tone.isDark(); })) << "from the panel's own switch";
+    settings.set("xfce4-panel", "/panels/size", 30);
+    settings.set("xfce4-panel", "/panels/dark-mode", false);
+    ASSERT_TRUE(until([&] { return !tone.isDark(); }));
+    tone.setDesktopDark(true);
+    EXPECT_FALSE(tone.isDark()) << "the theme's name knows better";
+}
+
+TEST(BarStyleSheet, TellsTheColourOfText) {
+    TemporaryDirectory folder;
+    folder.write("palette.css", "@define-color text #CDD6F4; @define-color base @text;");
+    folder.write("circle.css", "@import 'circle.css'; @define-color a @b; @define-color b @a;");
+    struct Case {
+        const char* sheet;
+        const char* colour; ///< none where it is not known
+    };
+    for (const Case& c : {
+             Case{"* { font-size: 13px; }\nwindow#waybar { background-color: #000; color: #fff; }",
+                  "#ffffff"},
+             {"* { color: #222222 } window#waybar.empty { color: white }", "#222222"},
+             {"window#waybar, #clock { color: black } #tray { color: rgba(250, 251, 252, 0.8); }",
+              "#fafbfc"},
+             {"#waybar { color: red; } /* #waybar { color: blue; } */", "#ff0000"},
+             {"#waybar { color: red; } #waybar { border-color: blue; color: lime }", "#00ff00"},
+             {"@import \"palette.css\";\n#waybar { color: @base; }", "#cdd6f4"},
+             {"@import url('palette.css'); #waybar { color: alpha(@text, 0.5); }", "#cdd6f4"},
+             {"#waybar { color: #11223344; }", "#112233"},
+             {"@keyframes blink { to { color: #fff; } } window { color: #123; }", "#112233"},
+             {"#waybar { color: @theme_text_color; }", nullptr},
+             {"#waybar { background: white; }", nullptr},
+             {"@import 'circle.css'; #waybar { color: @a; }", nullptr},
+             {"#waybar { color: nonsense(1); } #tray { colour", nullptr},
+             {"", nullptr},
+         }) {
+        const std::string path = folder.write("style.css", c.sheet);
+        const std::optional<QColor> colour = barTextColour(QString::fromStdString(path));
+        EXPECT_EQ(colour ? colour->name().toStdString() : "none", c.colour ? c.colour : "none")
+            << c.sheet;
+    }
+    EXPECT_FALSE(barTextColour(QString::fromStdString(folder / "missing.css")));
+}
+
+TEST(BarStyleSheet, IsNamedOnTheCommandLineOrInTheUsersSettings) {
+    TemporaryDirectory folder;
+    const std::string sheet = folder.write("waybar/style.css", "");
+    qputenv("XDG_CONFIG_HOME", folder.path().c_str());
+    EXPECT_EQ(barStyleSheet(0).toStdString(), sheet);
+
+    const auto sheetOf = [](const QStringList& arguments) {
+        QProcess bar;
+        bar.start("sh", QStringList{"-c", "echo; read line", "bar"} + arguments);
+        bar.waitForReadyRead();
+        const QString result = barStyleSheet(static_cast<uint>(bar.processId()));
+        bar.closeWriteChannel();
+        bar.waitForFinished();
+        return result.toStdString();
+    };
+    EXPECT_EQ(sheetOf({"-c", "config", "-s", "/a.css"}), "/a.css");
+    EXPECT_EQ(sheetOf({"--style", "/b.css"}), "/b.css");
+    EXPECT_EQ(sheetOf({"--style=/c.css"}), "/c.css");
+    EXPECT_EQ(sheetOf({"--bar", "x"}), sheet);
+}
+
+} // namespace
+} // namespace kivo

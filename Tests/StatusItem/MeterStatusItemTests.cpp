@@ -1,0 +1,307 @@
+#include "MeterStatusItem.h"
+
+#include "EventLoop.h"
+#include "FakeStatusArea.h"
+#include "GuiApplication.h"
+#include "ManualScheduler.h"
+#include "PrivateBus.h"
+#include "SignalLog.h"
+#include "StatusMenu.h"
+#include "StatusTint.h"
+#include "TemporaryDirectory.h"
+
+#include <gmock/gmock.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tokwatch {
+namespace {
+
+using namespace tokwatch::testing;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
+
+constexpr auto itemInterface = "org.kde.StatusNotifierItem";
+
+StatusTitle titled(const char* text, std::optional<ProviderID> provider = ProviderID::claude,
+                   Severity severity = Severity::normal) {
+    StatusTitle title{std::nullopt, provider, severity, "Claude · Session 42% left"};
+    if (text) title.text = text;
+    return title;
+}
+
+/// Three limits; each one's title is its number.
+struct FakeSource final : StatusItemSource {
+    std::vector<WindowChoice> limits{{ProviderID::claude, "session", "Session"},
+                                     {ProviderID::claude, "weekly", "Weekly"},
+                                     {ProviderID::codex, "session", "Session"}};
+    std::optional<WindowChoice> usual = limits[0];
+    int refreshes = 0;
+
+    std::vector<WindowChoice> choices() const override { return limits; }
+    std::optional<WindowChoice> usualChoice() const override { return usual; }
+    StatusTitle title(const WindowChoice& choice) const override {
+        const auto index = std::ranges::find(limits, choice) - limits.begin();
+        return titled((std::to_string(index + 1) + "%").c_str(), choice.provider);
+    }
+    void refresh() override { ++refreshes; }
+};
+
+struct MeterItem : ::testing::Test {
+    MeterItem() { kivo::registerStatusItemTypes(); }
+
+    PrivateBus bus = (needGuiApplication(), PrivateBus());
+    QDBusConnection itemBus = bus.connect("item");
+    QDBusConnection hostBus = bus.connect("host");
+    FakeStatusArea area{hostBus};
+    TemporaryDirectory home;
+    ManualScheduler scheduler;
+    FakeSource source;
+    QString process = "plasmashell";
+    std::vector<QPoint> clicks;
+    std::vector<bool> hosts;
+    int quits = 0;
+    std::unique_ptr<MeterStatusItem> item;
+
+    void make() {
+        item = std::make_unique<MeterStatusItem>(
+            StatusItemSurroundings{itemBus, scheduler, scheduler.clock(), home / "icons",
+                                   [this](uint) { return process; },
+                                   [](uint) { return std::nullopt; }},
+            source, [this](QPoint at) { clicks.push_back(at); },
+            [this] {
+                return statusMenu({[] {}, [] {}, {}, [this] { ++quits; }});
+            });
+        item->onHostChanged = [this] { hosts.push_back(item->hasHost()); };
+    }
+    /// An item in the status area of this process, showing the title.
+    void makeIn(const QString& host, const StatusTitle& title) {
+        process = host;
+        area.appear();
+        make();
+        ASSERT_TRUE(until([&] { return item->hasHost(); }));
+        item->apply(title);
+        ASSERT_TRUE(until([&] { return !area.registered.isEmpty(); }));
+    }
+    QVariant property(const QString& name) {
+        const QDBusMessage reply =
+            answer(hostBus, area.registered.value(0), "/StatusNotifierItem",
+                   "org.freedesktop.DBus.Properties", "Get", {QString(itemInterface), name});
+        return reply.arguments().value(0).value<QDBusVariant>().variant();
+    }
+    std::string text(const QString& name) { return property(name).toString().toStdString(); }
+    kivo::IconPixmaps pixmaps() { return qdbus_cast<kivo::IconPixmaps>(property("IconPixmap")); }
+    void call(const QString& member, const QVariantList& arguments) {
+        answer(hostBus, area.registered.value(0), "/StatusNotifierItem", itemInterface, member,
+               arguments);
+    }
+    void scroll(int delta) { call("Scroll", {delta, "vertical"}); }
+};
+
+TEST_F(MeterItem, ShowsTheNumberOnceWhateverTheHost) {
+    enum Shape { gauge, wide, mark, named };
+    struct Case {
+        QString process;
+        const char* text;
+        Shape shape;
+        const char* label;
+    };
+    for (const Case& c : {Case{"plasmashell", "42% · 3h 5m", gauge, ""},
+                          {"plasmashell", nullptr, mark, ""},
+                          {"xfce4-panel", "0%", gauge, ""},
+                          {"waybar", "42% · 3h 5m", wide, ""},
+                          {"waybar", nullptr, mark, ""},
+                          {"gnome-shell", "42%", mark, "42%"},
+                          {"ayatana-indicat", "42% · 3h 5m", named, "42% · 3h 5m"},
+                          {"ayatana-indicat", nullptr, named, ""}}) {
+        SCOPED_TRACE(c.process.toStdString() + " " + (c.text ? c.text : "no text"));
+        makeIn(c.process, titled(c.text));
+        EXPECT_EQ(text("XAyatanaLabel"), c.label);
+        EXPECT_EQ(text("IconName").empty(), c.shape != named);
+        const kivo::IconPixmaps pictures = pixmaps();
+        EXPECT_EQ(pictures.isEmpty(), c.shape == named);
+        // These two are taken for dark without proof.
+        const bool isGuess = c.process == "waybar" || c.process == "gnome-shell";
+        const Ink ink = statusInk(Severity::normal, isGuess, isGuess);
+        for (const kivo::IconPixmap& picture : pictures) {
+            if (c.shape == wide) {
+                EXPECT_GT(picture.width, 2 * picture.height);
+                continue;
+            }
+            const QImage expected =
+                c.shape == gauge
+                    ? gaugePicture(QString(c.text).split('%')[0].toInt(), ink, picture.width)
+                    : markPicture(ProviderID::claude, ink, picture.width);
+            EXPECT_EQ(picture.pixels, kivo::IconPixmap::from(expected).pixels);
+        }
+        // Read out: what the label does not say is part of the picture's description.
+        const std::string shown = c.text && !*c.label ? std::string(" ") + c.text : "";
+        EXPECT_EQ(text("IconAccessibleDesc"), "Claude" + shown);
+        item.reset();
+        area.vanish();
+    }
+}
+
+TEST_F(MeterItem, RedrawsOnlyWhatChanged) {
+    makeIn("ayatana-indicat", titled("42%"));
+    SignalLog log(hostBus, itemInterface);
+    EXPECT_THAT(log.take(itemBus), IsEmpty());
+    item->apply(titled("42%"));
+    EXPECT_THAT(log.take(itemBus), IsEmpty());
+    item->apply(titled("41%"));
+    EXPECT_THAT(log.take(itemBus), ElementsAre("XAyatanaNewLabel"));
+    item->apply(titled("41%", ProviderID::claude, Severity::critical));
+    EXPECT_THAT(log.take(itemBus), ElementsAre("NewIcon"));
+    item->setDesktopDark(false);
+    EXPECT_THAT(log.take(itemBus), IsEmpty());
+    EXPECT_EQ(item->current(), titled("41%", ProviderID::claude, Severity::critical));
+}
+
+TEST_F(MeterItem, ReservesTheWidthOfItsLabel) {
+    makeIn("gnome-shell", titled("41% · 3h 15m"));
+    EXPECT_EQ(text("XAyatanaLabelGuide"), "88% · 8h 88m");
+}
+
+TEST_F(MeterItem, ShowsALimitThatWasScrolledToForFiveSeconds) {
+    makeIn("gnome-shell", titled("42%"));
+    const auto label = [&] { return text("XAyatanaLabel"); };
+    scroll(120);
+    EXPECT_EQ(label(), "Weekly 2%");
+    scheduler.advance(Seconds{4.9});
+    item->apply(titled("43%")); // must not interrupt
+    EXPECT_EQ(label(), "Weekly 2%");
+    scroll(120);
+    EXPECT_EQ(label(), "Session 3%");
+    scheduler.advance(Seconds{4.9});
+    EXPECT_EQ(label(), "Session 3%") << "each step starts the time anew";
+    scheduler.advance(Seconds{0.2});
+    EXPECT_EQ(label(), "43%") << "the title that came meanwhile";
+    scroll(-120);
+    EXPECT_EQ(label(), "Session 3%") << "from the first back to the last";
+    scheduler.advance(Seconds{5});
+    EXPECT_EQ(label(), "43%");
+
+    scroll(60);
+    EXPECT_EQ(label(), "43%") << "half a notch";
+    source.limits.clear();
+    scroll(120);
+    EXPECT_EQ(label(), "43%") << "nothing to choose";
+}
+
+TEST_F(MeterItem, PassesClicksOn) {
+    makeIn("plasmashell", titled("42%"));
+    QPoint menuAt;
+    item->onContextMenu = [&](QPoint at) { menuAt = at; };
+    call("Activate", {30, 4});
+    call("SecondaryActivate", {5, 6});
+    call("ContextMenu", {7, 8});
+    EXPECT_THAT(clicks, ElementsAre(QPoint(30, 4)));
+    EXPECT_EQ(source.refreshes, 1);
+    EXPECT_EQ(menuAt, QPoint(7, 8));
+}
+
+TEST_F(MeterItem, OffersAWayInWhereOnlyTheMenuOpens) {
+    const auto labels = [&] {
+        std::vector<std::string> result;
+        for (const kivo::MenuEntry& entry : item->menuEntries())
+            result.push_back(entry.label.toStdString());
+        return result;
+    };
+    makeIn("plasmashell", titled("42%"));
+    EXPECT_THAT(labels(), ElementsAre("Refresh", "Settings…", "", "Quit Tokwatch"));
+    area.vanish();
+    ASSERT_TRUE(until([&] { return !item->hasHost(); }));
+    process = "ayatana-indicat";
+    area.appear();
+    ASSERT_TRUE(until([&] { return item->hasHost(); }));
+    EXPECT_THAT(labels(),
+                ElementsAre("Open Tokwatch", "Refresh", "Settings…", "", "Quit Tokwatch"));
+    item->menuEntries().front().run();
+    EXPECT_EQ(clicks.size(), 1U);
+}
+
+TEST_F(MeterItem, SaysOnceWhetherThereIsAStatusArea) {
+    make();
+    drain(itemBus);
+    scheduler.advance(MeterStatusItem::hostGrace - Seconds{0.1});
+    EXPECT_FALSE(item->isHostKnown()) << "a panel may still come up";
+    EXPECT_THAT(hosts, IsEmpty());
+    scheduler.advance(Seconds{0.2});
+    EXPECT_TRUE(item->isHostKnown());
+    EXPECT_THAT(hosts, ElementsAre(false));
+
+    area.appear();
+    ASSERT_TRUE(until([&] { return hosts.size() == 2; }));
+    area.vanish();
+    ASSERT_TRUE(until([&] { return hosts.size() == 3; }));
+    EXPECT_THAT(hosts, ElementsAre(false, true, false));
+    EXPECT_EQ(scheduler.pending(), 0U);
+}
+
+TEST_F(MeterItem, KnowsAStatusAreaAsSoonAsItAnswers) {
+    area.appear();
+    make();
+    ASSERT_TRUE(until([&] { return item->isHostKnown(); }));
+    scheduler.advance(MeterStatusItem::hostGrace * 2);
+    EXPECT_THAT(hosts, ElementsAre(true));
+}
+
+TEST_F(MeterItem, ComesBackWithThePanel) {
+    makeIn("gnome-shell", titled("42%"));
+    area.vanish();
+    ASSERT_TRUE(until([&] { return !item->hasHost(); }));
+    item->apply(titled("41%"));
+    process = "plasmashell"; // another desktop's
+    area.appear();
+    ASSERT_TRUE(until([&] { return !area.registered.isEmpty() && item->hasHost(); }));
+    EXPECT_EQ(text("XAyatanaLabel"), "");
+    EXPECT_EQ(text("IconAccessibleDesc"), "Claude 41%");
+}
+
+TEST_F(MeterItem, OutlivesTheBus) {
+    makeIn("plasmashell", titled("42%"));
+    bus.close();
+    ASSERT_TRUE(until([&] { return !item->hasHost(); }));
+    item->apply(titled("1%", ProviderID::codex, Severity::critical));
+    item->setDesktopDark(true);
+    EXPECT_THAT(hosts, ElementsAre(true, false));
+}
+
+TEST(MeterItemWithoutABus, KnowsAtOnceThatThereIsNoStatusArea) {
+    needGuiApplication();
+    TemporaryDirectory home;
+    ManualScheduler scheduler;
+    FakeSource source;
+    MeterStatusItem item({QDBusConnection::connectToBus("unix:path=/none", "none"), scheduler,
+                          scheduler.clock(), home / "icons"},
+                         source, {}, [] { return std::vector<kivo::MenuEntry>{}; });
+    int calls = 0;
+    item.onHostChanged = [&] { ++calls; };
+    item.apply(titled("42%"));
+    scheduler.advance(Seconds{0});
+    EXPECT_TRUE(item.isHostKnown());
+    EXPECT_FALSE(item.hasHost());
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(StatusMenu, OffersUpdatesOnlyWhereTheyCanBeLookedFor) {
+    const auto labels = [](const StatusMenuActions& actions) {
+        std::vector<std::string> result;
+        for (const kivo::MenuEntry& entry : statusMenu(actions))
+            result.push_back(entry.label.toStdString() + " " +
+                             entry.shortcut.toString(QKeySequence::PortableText).toStdString());
+        return result;
+    };
+    EXPECT_THAT(labels({}),
+                ElementsAre("Refresh Ctrl+R", "Settings… Ctrl+,", " ", "Quit Tokwatch Ctrl+Q"));
+    EXPECT_THAT(labels({{}, {}, [] {}, {}}),
+                ElementsAre("Refresh Ctrl+R", "Settings… Ctrl+,", "Check for Updates… ", " ",
+                            "Quit Tokwatch Ctrl+Q"));
+}
+
+} // namespace
+} // namespace tokwatch
