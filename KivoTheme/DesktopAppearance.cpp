@@ -16,6 +16,11 @@ constexpr auto interface = "org.freedesktop.portal.Settings";
 constexpr auto appearanceGroup = "org.freedesktop.appearance";
 constexpr auto interfaceGroup = "org.gnome.desktop.interface";
 
+constexpr auto xfceService = "org.xfce.Xfconf";
+constexpr auto xfcePath = "/org/xfce/Xfconf";
+constexpr auto xfceChannel = "xsettings";
+constexpr auto xfceThemeName = "/Net/ThemeName";
+
 /// The portal wraps values in one variant or, in its older method, in two.
 QVariant unwrapped(QVariant value) {
     while (value.metaType() == QMetaType::fromType<QDBusVariant>())
@@ -26,7 +31,7 @@ QVariant unwrapped(QVariant value) {
 } // namespace
 
 DesktopAppearance::DesktopAppearance(QDBusConnection bus, QObject* parent) : QObject(parent) {
-    followPalette();
+    decideTone();
     qGuiApp->installEventFilter(this);
     if (!bus.isConnected()) return;
     bus.connect(service, path, interface, "SettingChanged", this,
@@ -34,6 +39,7 @@ DesktopAppearance::DesktopAppearance(QDBusConnection bus, QObject* parent) : QOb
     read(bus, appearanceGroup, "color-scheme");
     read(bus, appearanceGroup, "contrast");
     read(bus, interfaceGroup, "enable-animations");
+    readThemeName(bus);
 }
 
 void DesktopAppearance::read(QDBusConnection bus, const QString& group, const QString& key) {
@@ -48,6 +54,32 @@ void DesktopAppearance::read(QDBusConnection bus, const QString& group, const QS
     });
 }
 
+void DesktopAppearance::readThemeName(QDBusConnection bus) {
+    bus.connect(xfceService, xfcePath, xfceService, "PropertyChanged", this,
+                SLOT(xfceSettingChanged(QString, QString, QDBusVariant)));
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(xfceService, xfcePath, xfceService, "GetProperty");
+    call << QString(xfceChannel) << QString(xfceThemeName);
+    call.setAutoStartService(false); // on other desktops it may be installed and means nothing
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        const QDBusPendingReply<QDBusVariant> reply = *watcher;
+        if (reply.isValid()) setThemeName(reply.value().variant().toString());
+        watcher->deleteLater();
+    });
+}
+
+void DesktopAppearance::xfceSettingChanged(const QString& channel, const QString& property,
+                                           const QDBusVariant& value) {
+    if (channel == QLatin1String(xfceChannel) && property == QLatin1String(xfceThemeName))
+        setThemeName(value.variant().toString());
+}
+
+void DesktopAppearance::setThemeName(const QString& name) {
+    themeDark = name.contains(QLatin1String("dark"), Qt::CaseInsensitive);
+    decideTone();
+}
+
 void DesktopAppearance::settingChanged(const QString& group, const QString& key,
                                        const QDBusVariant& value) {
     setPortalSetting(group, key, value.variant());
@@ -60,9 +92,8 @@ void DesktopAppearance::setPortalSetting(const QString& group, const QString& ke
     if (group == appearanceGroup && key == "color-scheme") {
         // 0 no preference, 1 dark, 2 light.
         const uint scheme = value.toUInt();
-        portalNamesScheme = scheme == 1 || scheme == 2;
-        if (!portalNamesScheme) return followPalette();
-        next.dark = scheme == 1;
+        portalDark = scheme == 1 || scheme == 2 ? std::optional(scheme == 1) : std::nullopt;
+        return decideTone();
     } else if (group == appearanceGroup && key == "contrast") {
         next.highContrast = value.toUInt() == 1;
     } else if (group == interfaceGroup && key == "enable-animations") {
@@ -72,17 +103,16 @@ void DesktopAppearance::setPortalSetting(const QString& group, const QString& ke
 }
 
 bool DesktopAppearance::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == qGuiApp && event->type() == QEvent::ApplicationPaletteChange &&
-        !portalNamesScheme)
-        followPalette();
+    if (watched == qGuiApp && event->type() == QEvent::ApplicationPaletteChange) decideTone();
     return false;
 }
 
-void DesktopAppearance::followPalette() {
+void DesktopAppearance::decideTone() {
     const QPalette palette = QGuiApplication::palette();
+    const bool isPaletteDark = palette.color(QPalette::Window).lightness() <
+                               palette.color(QPalette::WindowText).lightness();
     Appearance next = appearance;
-    next.dark = palette.color(QPalette::Window).lightness() <
-                palette.color(QPalette::WindowText).lightness();
+    next.dark = portalDark.value_or(themeDark.value_or(isPaletteDark));
     assign(next);
 }
 

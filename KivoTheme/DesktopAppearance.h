@@ -8,10 +8,12 @@
 #include <QString>
 #include <QVariant>
 
+#include <optional>
+
 namespace kivo {
 
 /// What the desktop asks for, followed live: from the settings portal where there is one, else from
-/// the application's palette. Main thread only.
+/// the name of the xfce theme, else from the application's palette. Main thread only.
 class DesktopAppearance : public QObject {
     Q_OBJECT
   public:
@@ -21,6 +23,8 @@ class DesktopAppearance : public QObject {
 
     /// One setting as the portal names and encodes it; unknown ones are ignored.
     void setPortalSetting(const QString& group, const QString& key, const QVariant& value);
+    /// The name of the desktop's theme; dark ones say so in it.
+    void setThemeName(const QString& name);
 
   signals:
     void changed();
@@ -30,14 +34,18 @@ class DesktopAppearance : public QObject {
 
   private slots:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+    void xfceSettingChanged(const QString& channel, const QString& property,
+                            const QDBusVariant& value);
 
   private:
     void read(QDBusConnection bus, const QString& group, const QString& key);
-    void followPalette();
+    void readThemeName(QDBusConnection bus);
+    void decideTone();
     void assign(const Appearance& next);
 
     Appearance appearance;
-    bool portalNamesScheme = false;
+    std::optional<bool> portalDark; ///< none while the portal names no scheme
+    std::optional<bool> themeDark;
 };
 
 } // namespace kivo

@@ -3,6 +3,7 @@
 #include "DesktopBus.h"
 #include "PopoverView.h"
 #include "Preferences.h"
+#include "StatusAreaAdvice.h"
 #include "StatusMenu.h"
 
 #include <QCursor>
@@ -89,9 +90,20 @@ void AppDelegate::popoverOpened() {
 }
 
 void AppDelegate::updatePopoverStyle() {
-    const bool isOrdinary = preferences.showDockIcon || (statusItem && !statusItem->hasHost());
+    const bool isOrdinary = preferences.showDockIcon || isWithoutHost();
     popoverWindow->setStyle(isOrdinary ? PopoverWindow::Style::window
                                        : PopoverWindow::Style::popup);
+    if (auto* view = qobject_cast<PopoverView*>(popoverHost->view()))
+        view->setHostAdvice(hostAdvice());
+}
+
+bool AppDelegate::isWithoutHost() const {
+    return hostIsKnown && !statusItem->hasHost();
+}
+
+QString AppDelegate::hostAdvice() const {
+    return isWithoutHost() ? statusAreaAdvice(qEnvironmentVariable("XDG_CURRENT_DESKTOP"))
+                           : QString();
 }
 
 QPoint AppDelegate::lastAnchor() const {
@@ -116,8 +128,9 @@ void AppDelegate::makeStatusItem() {
     statusItem->setDesktopDark(appearance.current().dark);
     statusItem->onHostChanged = [this] { updatePopoverStyle(); };
     hostTimer = scheduler.after(hostGrace, [this] {
+        hostIsKnown = true;
         updatePopoverStyle();
-        if (!statusItem->hasHost()) popover->open(lastAnchor());
+        if (isWithoutHost()) popover->open(lastAnchor());
     });
 }
 

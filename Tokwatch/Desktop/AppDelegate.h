@@ -52,7 +52,8 @@ class AppDelegate : public QObject {
     void toggle(QPoint anchor);
     void popoverOpened();
     void updatePopoverStyle();
-    void openWithoutHost();
+    bool isWithoutHost() const;
+    QString hostAdvice() const;
     QPoint lastAnchor() const;
 
     Preferences& preferences;
@@ -76,6 +77,7 @@ class AppDelegate : public QObject {
     std::unique_ptr<ScheduledCall> hostTimer;
     QPropertyNotifier dockIconNotifier;
     std::optional<QPoint> clickedAt;
+    bool hostIsKnown = false; ///< the time that a status area is given to come has passed
     bool pendingOpen = false;
 };
 

@@ -31,8 +31,7 @@ void PopoverWindow::prepare() {
         connect(root, &QQuickItem::implicitHeightChanged, this, [this] {
             if (onContentHeight) onContentHeight();
         });
-        // Its "close" is whatever asks for it from inside.
-        connect(root, SIGNAL(closeRequested()), this, SLOT(close()));
+        connect(root, SIGNAL(closeRequested()), this, SLOT(closeRequested()));
     }
 }
 

@@ -39,6 +39,10 @@ class PopoverWindow : public QObject, public PopoverHost {
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
+  private slots:
+    /// The content wants to be closed.
+    void closeRequested() { close(); }
+
   private:
     void prepare();
     void wasClosed();

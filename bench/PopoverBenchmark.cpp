@@ -1,0 +1,139 @@
+// How long the popover takes to open and what it costs, measured in the program's own pieces on the
+// display that there is: popover-benchmark HOME DATA. Prints one JSON object. The time of an
+// opening runs from the request to the first frame that was drawn.
+
+#include "AppDelegate.h"
+#include "DesktopBus.h"
+#include "Preferences.h"
+
+#include <QDBusConnection>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QQuickView>
+#include <QQuickWindow>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <fstream>
+#include <string>
+#include <vector>
+
+using namespace tokwatch;
+
+namespace {
+
+void runFor(double seconds) {
+    QEventLoop loop;
+    QTimer::singleShot(static_cast<int>(seconds * 1000), &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+/// In MB, shared pages counted in part.
+double proportionalMemory() {
+    std::ifstream smaps("/proc/self/smaps_rollup");
+    std::string word;
+    double kilobytes = 0;
+    while (smaps >> word)
+        if (word == "Pss:") smaps >> kilobytes;
+    return kilobytes / 1000;
+}
+
+double processSeconds() {
+    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+}
+
+QQuickWindow* popover() {
+    for (QWindow* window : QGuiApplication::allWindows())
+        if (auto* quick = qobject_cast<QQuickWindow*>(window)) return quick;
+    return nullptr;
+}
+
+/// Milliseconds until the first frame.
+double openOnce(AppDelegate& delegate) {
+    QElapsedTimer timer;
+    timer.start();
+    delegate.open();
+    QQuickWindow* window = popover();
+    if (window == nullptr) return -1;
+    double elapsed = 0;
+    QEventLoop loop;
+    QObject::connect(window, &QQuickWindow::frameSwapped, &loop, [&] {
+        if (elapsed == 0) elapsed = static_cast<double>(timer.nsecsElapsed()) / 1e6;
+        loop.quit();
+    });
+    loop.exec();
+    return elapsed;
+}
+
+double median(std::vector<double> values) {
+    std::ranges::sort(values);
+    return values[values.size() / 2];
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        std::fputs("popover-benchmark HOME DATA\n", stderr);
+        return 2;
+    }
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    QGuiApplication application(argc, argv);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QTemporaryDir configuration;
+    const std::unique_ptr<QSettings> settings =
+        settingsFile(configuration.filePath("settings.conf").toStdString());
+    Preferences preferences(*settings);
+    preferences.hasCompletedOnboarding = true;
+    preferences.claudeLiveLimits = false;
+    DesktopBus bus(QDBusConnection::sessionBus(), QDBusConnection::systemBus());
+    UserPaths paths;
+    paths.home = argv[1];
+    paths.dataHome = argv[2];
+    AppDelegate delegate(Surroundings::real(paths), preferences, bus);
+    delegate.launch();
+    constexpr double settledAfter = 8;
+    runFor(settledAfter);
+    const double trayMemory = proportionalMemory();
+
+    const double cpuBefore = processSeconds();
+    constexpr double idleSeconds = 20;
+    runFor(idleSeconds);
+    const double idleShare = (processSeconds() - cpuBefore) / idleSeconds;
+
+    const double firstOpen = openOnce(delegate);
+    runFor(1);
+    const double openMemory = proportionalMemory();
+    std::vector<double> laterOpens;
+    for (int round = 0; round < 15; ++round) {
+        popover()->close();
+        runFor(0.5); // beyond the guard against reopening by the same click
+        laterOpens.push_back(openOnce(delegate));
+    }
+    std::vector<double> switches;
+    for (int round = 0; round < 30; ++round) {
+        QElapsedTimer timer;
+        timer.start();
+        preferences.popoverTab = static_cast<PopoverTab>(round % 3);
+        QEventLoop loop;
+        QObject::connect(popover(), &QQuickWindow::frameSwapped, &loop, &QEventLoop::quit);
+        loop.exec();
+        if (round >= 3) switches.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+        runFor(0.05);
+    }
+    popover()->close();
+    constexpr double releasedAfter = 90;
+    runFor(releasedAfter);
+    std::printf("{\"trayMB\": %.1f, \"openMB\": %.1f, \"closedMB\": %.1f, \"firstOpenMs\": %.1f, "
+                "\"laterOpenMs\": %.1f, \"laterOpenMaxMs\": %.1f, \"tabSwitchMs\": %.1f, "
+                "\"tabSwitchMaxMs\": %.1f, \"idleCPUPercent\": %.3f}\n",
+                trayMemory, openMemory, proportionalMemory(), firstOpen, median(laterOpens),
+                std::ranges::max(laterOpens), median(switches), std::ranges::max(switches),
+                idleShare * 100);
+    return 0;
+}
