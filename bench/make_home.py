@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """make_home.py DIR --megabytes N --files F: a home of a given size for measuring, in the proportions of real logs:
-three quarters Claude Code, one quarter Codex; about one line in five names usage, most bytes are tool output.
+three quarters Claude Code, one quarter Codex; about 160,000 lines in a gigabyte name usage, most bytes are tool output.
 A home that was made with the same numbers before is kept."""
 import argparse
 import json
@@ -48,9 +48,14 @@ def codex(rng, session, day, size):
     out, got = ['{"type":"session_meta","payload":{"id":"%s"}}' % session,
                 '{"type":"turn_context","payload":{"model":"gpt-5-codex"}}'], 0
     while got < size:
-        if rng.random() < .6:
+        kind = rng.random()
+        if kind < .6:
             line = '{"timestamp":"%s","type":"response_item","payload":{"content":"%s"}}' % (
                 stamp(rng, day), filler(rng, min(int(rng.paretovariate(1) * 300), 40000)))
+        elif kind < .8:
+            line = ('{"timestamp":"%s","type":"event_msg","payload":{"type":"token_count","rate_limits":{"primary":'
+                    '{"used_percent":%.1f,"window_minutes":300,"resets_at":1790000000}}}}') % (
+                        stamp(rng, day), rng.random() * 100)
         else:
             line = ('{"timestamp":"%s","type":"token_usage_record","payload":{"response_id":"resp_%024x","usage":'
                     '{"input_tokens":%d,"cached_input_tokens":7,"output_tokens":9}}}') % (

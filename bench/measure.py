@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """measure.py BUILD WORK [--home DIR] [--quick]: whole-process times of the commands, each beside its baseline.
 
-Every figure is the median of several runs that alternate with the baseline's, so that a machine whose speed drifts
-slows both. Prints a Markdown table. WORK holds the homes and databases; --home measures the first pass on a home of
-your own in place of the made one."""
+Runs alternate with the baseline's, so that a machine whose speed drifts slows both, and each pair waits for a moment
+in which little else runs. The ratio is the median of the pairs' ratios; beside the median time stands the least, which
+other work disturbs the least. Prints a Markdown table. WORK holds the homes and databases; --home measures the first
+pass on a home of your own in place of the made one."""
 import argparse
 import os
 import shutil
@@ -12,6 +13,7 @@ import subprocess
 import sys
 import time
 
+QUIET_PATIENCE = 20  # seconds
 HERE = os.path.dirname(os.path.abspath(__file__))
 
 
@@ -26,10 +28,44 @@ def run(command):
     return seconds, usage.ru_maxrss / 1024
 
 
+def busy_share(seconds):
+    """How much of all cores was at work during this time, 0 to 1."""
+    def times():
+        with open("/proc/stat", encoding="utf-8") as file:
+            fields = [int(field) for field in file.readline().split()[1:]]
+        return sum(fields), fields[3] + fields[4]
+
+    total, idle = times()
+    time.sleep(seconds)
+    later_total, later_idle = times()
+    return 1 - (later_idle - idle) / max(1, later_total - total)
+
+
+def wait_for_quiet():
+    """Until little else runs, for at most as long as it is worth; what is measured beside others says nothing."""
+    deadline = time.monotonic() + QUIET_PATIENCE
+    while busy_share(0.1) > 0.1:
+        if time.monotonic() > deadline:
+            return False
+    return True
+
+
+class Figures:
+    """What a series of paired runs came to, in seconds and megabytes."""
+
+    def __init__(self, pairs):
+        times, bases = [p[0] for p in pairs], [p[1] for p in pairs]
+        self.runs = len(pairs)
+        self.median, self.least = statistics.median(times), min(times)
+        self.base, self.least_base = statistics.median(bases), min(bases)
+        self.ratio = statistics.median(p[0] / p[1] for p in pairs)
+        self.memory = max(p[2] for p in pairs)
+
+
 class Bench:
     def __init__(self, build, work):
         self.tokwatch, self.scan = os.path.join(build, "bin/tokwatch"), os.path.join(build, "bin/bare-scan")
-        self.work = work
+        self.work, self.disturbed = work, 0
 
     def home(self, name, megabytes, files):
         path = os.path.join(self.work, name)
@@ -37,30 +73,31 @@ class Bench:
                         "--files", str(files)], check=True)
         return path
 
-    def paired(self, command, baseline, before=lambda: None, runs=5):
+    def paired(self, command, baseline, before=lambda: None, runs=7):
         run(baseline)
         before()
         run(command)
         pairs = []
         for _ in range(runs):
+            self.disturbed += not wait_for_quiet()
             base = run(baseline)[0]
             before()
             seconds, memory = run(command)
             pairs.append((seconds, base, memory))
-        return (statistics.median(p[0] for p in pairs), statistics.median(p[1] for p in pairs),
-                statistics.median(p[0] / p[1] for p in pairs), max(p[2] for p in pairs), runs)
+        return Figures(pairs)
 
     @staticmethod
-    def row(what, result, target):
-        seconds, base, ratio, memory, runs = result
-        print("| %s | %.1f ms | %.1f ms | %.2f | %.1f MB | %s | %d |" % (
-            what, seconds * 1e3, base * 1e3, ratio, memory, target, runs), flush=True)
+    def row(what, figures, target):
+        print("| %s | %.1f ms | %.1f ms | %.1f ms | %.1f ms | %.2f | %.2f | %.1f MB | %s | %d |" % (
+            what, figures.median * 1e3, figures.least * 1e3, figures.base * 1e3, figures.least_base * 1e3, figures.ratio,
+            figures.least / figures.least_base, figures.memory, target, figures.runs), flush=True)
 
-    def first_pass(self, name, home, target):
+    def first_pass(self, name, home, target, runs=7):
         data = os.path.join(self.work, "data-first")
-        self.row("first pass, " + name,
-                 self.paired([self.tokwatch, "index", "--home", home, "--data-dir", data], [self.scan, home],
-                             before=lambda: shutil.rmtree(data, ignore_errors=True)), target)
+        figures = self.paired([self.tokwatch, "index", "--home", home, "--data-dir", data], [self.scan, home],
+                              before=lambda: shutil.rmtree(data, ignore_errors=True), runs=runs)
+        self.row("first pass, " + name, figures, target)
+        return figures
 
     def steady(self, name, home, target):
         data = os.path.join(self.work, "data-steady-" + os.path.basename(home))
@@ -86,6 +123,7 @@ class Bench:
 
     def summary(self, target):
         home, data = os.path.join(self.work, "summary-home"), os.path.join(self.work, "summary-data")
+        shutil.rmtree(data, ignore_errors=True)
         path = os.path.join(home, ".claude/projects/p/a.jsonl")
         os.makedirs(os.path.dirname(path), exist_ok=True)
         today = time.time()
@@ -99,6 +137,10 @@ class Bench:
         self.row("summary --no-index over 90 days of 30 models",
                  self.paired([self.tokwatch, "summary", "--no-index", "--days", "90", "--home", home, "--data-dir", data],
                              ["true"], runs=21), target)
+
+    def closing(self):
+        print("\nPairs that began beside other work: %d. Load average at the end %.1f." % (
+            self.disturbed, os.getloadavg()[0]))
 
 
 def machine():
@@ -117,21 +159,27 @@ def main():
     options = parser.parse_args()
     os.environ["TZ"] = "UTC"
     bench = Bench(options.build, options.work)
-    print("Machine: %s. Page cache warm; medians of pairs; the ratio is the median of the pairs' ratios.\n" % machine())
-    print("| what | time | baseline | ratio | peak memory | target | runs |")
-    print("|---|---|---|---|---|---|---|", flush=True)
+    print("Machine: %s; load average at the start %.1f. Page cache warm.\n" % (machine(), os.getloadavg()[0]))
+    print("| what | median | least | baseline, median | baseline, least | ratio, median of pairs | ratio of the least | "
+          "peak memory | target | pairs |")
+    print("|---|---|---|---|---|---|---|---|---|---|", flush=True)
     if options.home:
-        bench.first_pass(options.home, options.home, "2.0 × bare scan, 64 MB")
+        bench.first_pass(options.home, options.home, "2.0 × baseline, 64 MB", runs=11)
+        bench.closing()
         return
-    bench.first_pass("100 MB, 200 files", bench.home("home-100", 100, 200), "2.0 × bare scan, 64 MB")
+    bound = "2.0 × baseline, 64 MB"
+    passes = {0.1: bench.first_pass("100 MB, 200 files", bench.home("home-100", 100, 200), bound, runs=15)}
     if not options.quick:
-        bench.first_pass("1 GB, 2,000 files", bench.home("home-1000", 1000, 2000), "2.0 × bare scan, 64 MB")
-        bench.first_pass("3 GB, 6,000 files", bench.home("home-3000", 3000, 6000), "2.0 × bare scan, 64 MB")
         large = bench.home("home-1000", 1000, 2000)
+        passes[1] = bench.first_pass("1 GB, 2,000 files", large, bound, runs=11)
+        passes[3] = bench.first_pass("3 GB, 6,000 files", bench.home("home-3000", 3000, 6000), bound, runs=5)
         data = bench.steady("2,000 files", large, "25 ms")
         bench.appended(large, data, "30 ms")
         bench.steady("20,000 files", bench.home("home-many", 40, 20000), "200 ms")
     bench.summary("25 ms")
+    print("\nFirst pass by size: " + ", ".join("%g GB %.2f s/GB with %.0f MB" % (size, figures.least / size, figures.memory)
+                                             for size, figures in passes.items()) + ".")
+    bench.closing()
 
 
 if __name__ == "__main__":

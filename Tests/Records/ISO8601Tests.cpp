@@ -42,6 +42,8 @@ TEST(ISO8601, RefusesEverythingElse) {
 TEST(ISO8601, WritesWholeSecondsRoundedDown) {
     EXPECT_EQ(formatISO8601(dateFromUnixSeconds(1748781296.999)), "2025-06-01T12:34:56Z");
     EXPECT_EQ(formatISO8601(dateFromUnixSeconds(-0.5)), "1969-12-31T23:59:59Z");
+    EXPECT_EQ(formatISO8601(dateFromUnixSeconds(1e300)), "9999-12-31T23:59:59Z");
+    EXPECT_EQ(formatISO8601(dateFromUnixSeconds(-1e300)), "0000-01-01T00:00:00Z");
 }
 
 } // namespace

@@ -1,10 +1,4 @@
-#include "CapturedLog.h"
-#include "ISO8601.h"
-#include "IndexerService.h"
-#include "LogLines.h"
-#include "TemporaryDirectory.h"
-
-#include <gmock/gmock.h>
+#include "IndexerServiceFixture.h"
 
 #include <atomic>
 #include <filesystem>
@@ -16,33 +10,9 @@ using testing::ClaudeResponse;
 using testing::CodexLog;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::TemporaryDirectory;
 
 const std::string claudeLog = ".claude/projects/p/a.jsonl";
 const std::string codexLog = ".codex/sessions/2026/03/10/rollout.jsonl";
-
-class IndexerServiceTest : public ::testing::Test {
-  protected:
-    IndexOutcome index(IndexerService::ProgressHandler progress = {}) {
-        return indexer().index(std::move(progress)).result();
-    }
-    IndexerService& indexer() {
-        if (!service) service = std::make_unique<IndexerService>(store, locations, utc, ingest);
-        return *service;
-    }
-    UsageSummary summary() const {
-        return store->summary(30, *parseISO8601("2026-03-20T00:00:00Z"), utc, PriceTable());
-    }
-    std::int64_t outputTokens() const { return summary().tokens.output; }
-
-    TemporaryDirectory home;
-    ProviderLocations locations{home.path()};
-    Calendar utc = Calendar::utc();
-    std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(home / "data/usage.sqlite");
-    IndexerService::IngestEvents ingest;
-    std::unique_ptr<IndexerService> service;
-    testing::CapturedLog log;
-};
 
 TEST_F(IndexerServiceTest, ReadsOnFromWhereItStopped) {
     home.write(claudeLog,
@@ -128,63 +98,6 @@ TEST_F(IndexerServiceTest, FindsTheSameWhateverThePassesAre) {
     store->resetCursors(ProviderID::claude);
     EXPECT_EQ(index().newEvents, 0);
     EXPECT_EQ(summary(), once);
-}
-
-TEST_F(IndexerServiceTest, GoesOnPastFilesThatCannotBeRead) {
-    home.write(".claude/projects/p/1.jsonl", ClaudeResponse{"msg_1"}.line());
-    home.write(".claude/projects/p/2.jsonl", ClaudeResponse{"msg_2"}.line());
-    store->save(FileCursor{"/elsewhere", 1, 1, {}});
-    // A cursor that does not decode ends the work on its file.
-    const std::filesystem::path broken = home / ".claude/projects/p/1.jsonl";
-    store->save(FileCursor{broken.string(), 1, 1, {}});
-    ingest = [this](std::span<const UsageEvent> events, const Calendar& calendar) {
-        for (const UsageEvent& event : events) {
-            if (event.dedupKey == "msg_3") throw UsageStoreError(13, "database or disk is full");
-        }
-        return store->ingest(events, calendar);
-    };
-    home.write(".claude/projects/p/3.jsonl", ClaudeResponse{"msg_3"}.line());
-    home.write(".claude/projects/p/4.jsonl", ClaudeResponse{"msg_4"}.line());
-    EXPECT_EQ(index().newEvents, 3);
-    EXPECT_THAT(log.lines(),
-                ElementsAre("Tokwatch: indexing 3.jsonl failed: database or disk is full (13)"));
-    EXPECT_EQ(indexer().statistics().unstoredFiles, 1);
-    EXPECT_FALSE(store->cursor((home / ".claude/projects/p/3.jsonl").string()).has_value());
-    service.reset();
-    ingest = {};
-    EXPECT_EQ(index().newEvents, 1) << "what could not be stored is read again";
-}
-
-TEST_F(IndexerServiceTest, NeverMovesACursorPastASliceThatIsNotStored) {
-    std::string lines;
-    const std::string noise = R"({"type":"user","content":")" + std::string(3 << 20, 'x') + "\"}\n";
-    for (int i = 0; i < 10; ++i)
-        lines += ClaudeResponse{"msg_" + std::to_string(i)}.line() + noise;
-    home.write(claudeLog, lines);
-    std::atomic<bool> failing = true;
-    ingest = [this, &failing](std::span<const UsageEvent> events, const Calendar& calendar) {
-        if (failing && events.front().dedupKey != "msg_0" && events.size() < 10)
-            throw UsageStoreError(5, "locked");
-        if (failing && events.size() == 10) throw UsageStoreError(5, "locked");
-        return store->ingest(events, calendar);
-    };
-    index();
-    failing = false;
-    index();
-    EXPECT_EQ(outputTokens(), 50);
-}
-
-TEST_F(IndexerServiceTest, LogsAFileThatVanishedBeforeItWasRead) {
-    home.write(".claude/projects/p/1.jsonl", ClaudeResponse{"msg_1"}.line());
-    home.write(".claude/projects/p/2.jsonl", ClaudeResponse{"msg_2"}.line());
-    // The first progress report comes after the listing and before the second file is read.
-    const auto vanish = [this](const IndexingProgress&) {
-        std::filesystem::remove(home / ".claude/projects/p/2.jsonl");
-    };
-    EXPECT_EQ(index(vanish).newEvents, 1);
-    EXPECT_THAT(
-        log.lines(),
-        ElementsAre("Tokwatch: indexing 2.jsonl failed: 2.jsonl: No such file or directory"));
 }
 
 TEST_F(IndexerServiceTest, RunsOnePassAtATimeInArrivalOrder) {

@@ -86,6 +86,13 @@ TEST_F(UsageStoreTest, CountsEveryKeyOnce) {
                 ElementsAre("a|2024-03-10", "b|2024-03-10", "c|2024-03-10"));
 }
 
+TEST_F(UsageStoreTest, CountsTheFirstOfTwoKeysThatAreStoredAsOne) {
+    using namespace std::string_literals;
+    // A database's text ends at a NUL, so these two keys are one there.
+    EXPECT_EQ(ingest({event("k\0b"s, "2024-03-10T12:00:00Z", 7), event("k\0a"s)}), 1);
+    EXPECT_EQ(rows("SELECT uncached FROM daily"), std::vector<std::string>{"7"});
+}
+
 TEST_F(UsageStoreTest, SumsReportedCostsOverTheEventsThatHaveOne) {
     UsageEvent reporting = event("a");
     reporting.reportedCostUSD = 0.5;

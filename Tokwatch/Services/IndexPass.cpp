@@ -194,8 +194,13 @@ void IndexPass::flush() {
         if (!events.empty()) addEvents(events);
         if (codexLimitsPending) storeCodexLimits();
         if (!cursors.empty()) env.store.save(cursors);
-    } catch (const UsageStoreError&) {
-        storeOneByOne();
+    } catch (const UsageStoreError& error) {
+        // The lock's holder is not going to be quicker for a single slice, and each try waits.
+        if (error.isLocked()) {
+            giveUpGroup(error.what());
+        } else {
+            storeOneByOne();
+        }
     }
     group.clear();
     events.clear();
@@ -222,10 +227,20 @@ void IndexPass::storeOneByOne() {
             if (codexLimitsPending) storeCodexLimits();
             if (slice.cursorMoved) env.store.save(slice.cursor);
         } catch (const UsageStoreError& error) {
-            unstored.insert(slice.file);
-            fail(files[slice.file], error.what());
+            giveUp(slice.file, error.what());
         }
     }
+}
+
+void IndexPass::giveUpGroup(const std::string& reason) {
+    for (const StoredSlice& slice : group) {
+        if (!unstored.contains(slice.file)) giveUp(slice.file, reason);
+    }
+}
+
+void IndexPass::giveUp(std::size_t file, const std::string& reason) {
+    unstored.insert(file);
+    fail(files[file], reason);
 }
 
 void IndexPass::recordCursorUsage() {

@@ -68,6 +68,8 @@ class IndexPass {
     void addEvents(std::span<const UsageEvent> batch);
     void storeCodexLimits();
     void storeOneByOne();
+    void giveUpGroup(const std::string& reason);
+    void giveUp(std::size_t file, const std::string& reason);
     void recordCursorUsage();
     static void fail(const PendingFile& pending, const std::string& reason);
 

@@ -29,13 +29,18 @@ constexpr const char* upsertSession =
     "INSERT INTO sessions(provider, session_id, day) VALUES(?1, ?2, ?3)\n"
     "ON CONFLICT(provider, session_id) DO UPDATE SET day = MIN(day, excluded.day)";
 
+/// The key as it is stored: the database's texts end at a NUL.
+std::string_view storedKey(const UsageEvent& event) {
+    return event.dedupKey.c_str();
+}
+
 /// How many bytes all keys begin with: the tools' keys share a prefix such as "msg_".
 std::size_t commonPrefix(std::span<const UsageEvent> events) {
     if (events.empty()) return 0;
-    const std::string& first = events.front().dedupKey;
+    const std::string_view first = storedKey(events.front());
     std::size_t length = first.size();
     for (const UsageEvent& event : events) {
-        const std::string_view key = event.dedupKey;
+        const std::string_view key = storedKey(event);
         length = std::min(length, key.size());
         while (length > 0 && key.compare(0, length, first, 0, length) != 0)
             --length;
@@ -63,10 +68,10 @@ std::vector<std::uint32_t> inKeyOrder(std::span<const UsageEvent> events) {
     entries.reserve(events.size());
     for (const UsageEvent& event : events)
         entries.push_back(
-            {bytesAt(event.dedupKey, prefix), static_cast<std::uint32_t>(entries.size())});
+            {bytesAt(storedKey(event), prefix), static_cast<std::uint32_t>(entries.size())});
     std::sort(entries.begin(), entries.end(), [events](const Entry& a, const Entry& b) {
         if (a.bytes != b.bytes) return a.bytes < b.bytes;
-        const int order = events[a.position].dedupKey.compare(events[b.position].dedupKey);
+        const int order = storedKey(events[a.position]).compare(storedKey(events[b.position]));
         return order != 0 ? order < 0 : a.position < b.position;
     });
     std::vector<std::uint32_t> positions;

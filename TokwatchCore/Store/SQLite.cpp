@@ -7,10 +7,6 @@
 namespace tokwatch::sqlite {
 namespace {
 
-/// How long a writer of another process of ours may hold the lock before we give up, in
-/// milliseconds.
-constexpr int busyTimeout = 5000;
-
 std::string messageOf(sqlite3* connection, const char* withoutHandle) {
     return connection != nullptr ? sqlite3_errmsg(connection) : withoutHandle;
 }
@@ -103,14 +99,14 @@ void Connection::Closer::operator()(sqlite3* connection) const {
     sqlite3_close(connection);
 }
 
-Connection::Connection(const std::string& file) {
+Connection::Connection(const std::string& file, std::chrono::milliseconds lockPatience) {
     sqlite3* opened = nullptr;
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX;
     const int code = sqlite3_open_v2(file.c_str(), &opened, flags, nullptr);
     handle.reset(opened);
     if (code != SQLITE_OK) throw UsageStoreError(code, messageOf(opened, "open failed"));
     if (!handle) throw UsageStoreError(SQLITE_OK, "open failed");
-    sqlite3_busy_timeout(handle.get(), busyTimeout);
+    sqlite3_busy_timeout(handle.get(), static_cast<int>(lockPatience.count()));
 }
 
 Connection::~Connection() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -48,8 +49,10 @@ class Statement {
 
 class Connection {
   public:
-    /// Opens read-write, creating the file where there is none. `file` may be ":memory:".
-    explicit Connection(const std::string& file);
+    /// Opens read-write, creating the file where there is none. `file` may be ":memory:". Waits
+    /// `lockPatience` for the lock of another process.
+    explicit Connection(const std::string& file,
+                        std::chrono::milliseconds lockPatience = std::chrono::seconds{5});
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;

@@ -65,10 +65,10 @@ FileCursor decodeCursorRow(const std::string& path, const std::string& json) {
     return cursor;
 }
 
-UsageStore::UsageStore(const std::filesystem::path& path) {
+UsageStore::UsageStore(const std::filesystem::path& path, std::chrono::milliseconds patience) {
     const bool inMemory = path.filename() == ":memory:";
     if (!inMemory) createPrivately(path);
-    db = std::make_unique<sqlite::Connection>(inMemory ? ":memory:" : path.string());
+    db = std::make_unique<sqlite::Connection>(inMemory ? ":memory:" : path.string(), patience);
     migrate();
 }
 

@@ -7,6 +7,7 @@
 #include "UsageStoreError.h"
 #include "UsageSummary.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -33,9 +34,14 @@ class UsageStore {
   public:
     static constexpr std::int32_t schemaVersion = 1;
 
+    /// How long a writer of another process may hold the lock before an operation gives up. Writers
+    /// of ours hold it for tenths of a second.
+    static constexpr std::chrono::milliseconds lockPatience{5000};
+
     /// Opens and, when new, creates the database. A path whose last component is ":memory:" opens
     /// one that lives in memory only. The file and its directory are created private to the user.
-    explicit UsageStore(const std::filesystem::path& path);
+    explicit UsageStore(const std::filesystem::path& path,
+                        std::chrono::milliseconds patience = lockPatience);
     ~UsageStore();
     UsageStore(const UsageStore&) = delete;
     UsageStore& operator=(const UsageStore&) = delete;

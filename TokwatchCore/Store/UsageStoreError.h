@@ -15,6 +15,9 @@ class UsageStoreError : public std::runtime_error {
     int code;
     std::string message;
 
+    /// Another process held the database's lock for longer than the store waits.
+    bool isLocked() const { return (code & 0xff) == 5; }
+
     friend bool operator==(const UsageStoreError& a, const UsageStoreError& b) {
         return a.code == b.code && a.message == b.message;
     }

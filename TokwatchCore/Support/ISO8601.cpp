@@ -1,5 +1,6 @@
 #include "ISO8601.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -93,7 +94,9 @@ std::optional<Date> parseISO8601(std::string_view text) {
 }
 
 std::string formatISO8601(Date date) {
-    const auto whole = std::chrono::floor<std::chrono::seconds>(date);
+    // What lies outside the years 0 to 9999 has no such text; a log may claim any number.
+    const double bounded = std::clamp(unixSeconds(date), -62'167'219'200.0, 253'402'300'799.0);
+    const auto whole = std::chrono::floor<std::chrono::seconds>(dateFromUnixSeconds(bounded));
     const auto day = std::chrono::floor<std::chrono::days>(whole);
     const std::chrono::year_month_day ymd{day};
     const std::chrono::hh_mm_ss time{whole - day};

@@ -13,7 +13,7 @@ namespace tokwatch {
 /// one. Called for every countable log line, hence no locale, no allocation.
 std::optional<Date> parseISO8601(std::string_view text);
 
-/// "2026-01-31T23:59:59Z": whole seconds in UTC, rounded down.
+/// "2026-01-31T23:59:59Z": whole seconds in UTC, rounded down, within the years 0 to 9999.
 std::string formatISO8601(Date date);
 
 } // namespace tokwatch

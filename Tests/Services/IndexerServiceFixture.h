@@ -1,0 +1,39 @@
+#pragma once
+
+#include "CapturedLog.h"
+#include "ISO8601.h"
+#include "IndexerService.h"
+#include "LogLines.h"
+#include "TemporaryDirectory.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+
+namespace tokwatch {
+
+/// A home and a store of its own for each test, in March 2026.
+class IndexerServiceTest : public ::testing::Test {
+  protected:
+    IndexOutcome index(IndexerService::ProgressHandler progress = {}) {
+        return indexer().index(std::move(progress)).result();
+    }
+    IndexerService& indexer() {
+        if (!service) service = std::make_unique<IndexerService>(store, locations, utc, ingest);
+        return *service;
+    }
+    UsageSummary summary() const {
+        return store->summary(30, *parseISO8601("2026-03-20T00:00:00Z"), utc, PriceTable());
+    }
+    std::int64_t outputTokens() const { return summary().tokens.output; }
+
+    testing::TemporaryDirectory home;
+    ProviderLocations locations{home.path()};
+    Calendar utc = Calendar::utc();
+    std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(home / "data/usage.sqlite");
+    IndexerService::IngestEvents ingest;
+    std::unique_ptr<IndexerService> service;
+    testing::CapturedLog log;
+};
+
+} // namespace tokwatch
