@@ -116,11 +116,34 @@ TEST(ClaudeLogParser, SkipsMalformedLines) {
         if (cut == 0) continue;
         EXPECT_FALSE(parse(good.substr(0, cut) + good).has_value()) << cut;
     }
-    for (const char* unread :
-         {"tru", "01", "1.", "-", ".5", "1e", "+1", "\"\\q\"", "\"\\u12g4\"", "[1,]", "[1 2]",
-          "{\"a\":1,}", "{\"a\" 1}", "{a:1}", "nul", "NaN", "\"\x01\"", "\"\xff\""})
+    for (const char* unread : {"tru",
+                               "01",
+                               "1.",
+                               "-",
+                               ".5",
+                               "1e",
+                               "+1",
+                               "\"\\q\"",
+                               "\"\\u12g4\"",
+                               "[1,]",
+                               "[1 2]",
+                               "{\"a\":1,}",
+                               "{\"a\" 1}",
+                               "{a:1}",
+                               "\"a\":1",
+                               "[\"a\":1]",
+                               "{\"a\":\"b\":1}",
+                               "nul",
+                               "NaN",
+                               "\"\x01\"",
+                               "\"\xff\""})
         EXPECT_FALSE(parse(usage(R"("output_tokens":1,"x":)" + std::string(unread))).has_value())
             << unread;
+    for (const char* read : {R"("id":"m":1)", R"("model":"m":"n")", R"("model":"\u006d":1)"})
+        EXPECT_FALSE(
+            parse(assistant("{" + std::string(read) + R"(,"id":"m","usage":{"output_tokens":1}})"))
+                .has_value())
+            << read;
     EXPECT_FALSE(parse(good + "}").has_value());
     EXPECT_FALSE(parse(good + "{}").has_value());
     EXPECT_TRUE(parse(" \t" + good + " \r").has_value());

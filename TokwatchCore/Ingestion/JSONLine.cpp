@@ -78,6 +78,14 @@ bool isValidScalar(std::string_view text) {
     return text == "true" || text == "false" || text == "null" || isValidNumber(text);
 }
 
+/// Checks a string and moves past it. Left where it is, the parser would take a string in front of
+/// a colon for a key, and `"a":"b":1` for a field.
+bool consumeString(JSONValue& value) {
+    const bool valid = isValidString(token(value));
+    simdjson::ondemand::raw_json_string consumed;
+    return valid && value.get_raw_json_string().get(consumed) == SUCCESS;
+}
+
 bool skipNested(JSONValue value, int depth) {
     json_type type{};
     if (depth > maximumDepth || value.type().get(type) != SUCCESS) return false;
@@ -94,7 +102,7 @@ bool skipNested(JSONValue value, int depth) {
                forEachElement(array,
                               [depth](JSONValue inner) { return skipNested(inner, depth + 1); });
     }
-    return isValidScalar(token(value));
+    return type == json_type::string ? consumeString(value) : isValidScalar(token(value));
 }
 
 /// The token when the value is a valid number; empty otherwise. `valid` tells whether it was valid
@@ -130,15 +138,14 @@ bool readString(JSONValue value, std::optional<std::string_view>& text) {
     if (value.type().get(type) != SUCCESS) return false;
     if (type != json_type::string) return skip(value);
     const std::string_view quoted = token(value);
-    if (!isValidString(quoted)) return false;
     const std::string_view inside = quoted.substr(1, quoted.size() - 2);
-    std::string_view unescaped;
-    if (inside.find('\\') == std::string_view::npos ||
-        value.get_string().get(unescaped) != SUCCESS) {
+    if (inside.find('\\') == std::string_view::npos) {
         text = inside;
-    } else {
-        text = unescaped;
+        return consumeString(value);
     }
+    if (!isValidString(quoted)) return false;
+    std::string_view unescaped;
+    text = value.get_string().get(unescaped) == SUCCESS ? unescaped : inside;
     return true;
 }
 
