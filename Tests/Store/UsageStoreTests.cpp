@@ -148,6 +148,21 @@ TEST_F(UsageStoreTest, KeepsCursorsAndLimits) {
     EXPECT_THROW(store->limits(ProviderID::codex), DecodingError);
 }
 
+TEST_F(UsageStoreTest, TellsWhereACursorRowStandsWithoutDecodingIt) {
+    for (const std::string& path :
+         {std::string("/a"), std::string(R"(/odd","inode":8,"offset":9,"context":{)"),
+          std::string("/ends with a backslash\\"), std::string("/\xff\n")}) {
+        store->save(FileCursor{path, 7, 9, {{"provider", "claude"}}});
+        const std::string row = store->cursorTexts().at(path);
+        EXPECT_TRUE(standsAt(row, 7, 9)) << row;
+        for (const auto& [inode, offset] : {std::pair{8, 9}, {7, 90}, {7, 0}, {70, 9}})
+            EXPECT_FALSE(
+                standsAt(row, static_cast<std::uint64_t>(inode), static_cast<std::int64_t>(offset)))
+                << row;
+        EXPECT_FALSE(standsAt(row.substr(0, row.size() - 1), 7, 9)) << "cut";
+    }
+}
+
 TEST_F(UsageStoreTest, ResetsTheCursorsOfOneProvider) {
     const std::vector<FileCursor> cursors{{"/a", 1, 1, {{"provider", "claude"}}},
                                           {"/b", 1, 1, {{"provider", "codex"}}},

@@ -75,6 +75,12 @@ std::vector<std::filesystem::path> IndexPass::roots(ProviderID provider) const {
     return {};
 }
 
+bool IndexPass::isKnownUnchanged(ProviderID provider, const LogFile& file) const {
+    const auto found = cursorTexts.find(file.path);
+    return provider != ProviderID::grok && found != cursorTexts.end() &&
+           standsAt(found->second, file.attributes.inode, file.attributes.size);
+}
+
 std::optional<FileCursor> IndexPass::storedCursor(const std::string& path) const {
     const auto found = cursorTexts.find(path);
     if (found == cursorTexts.end()) return std::nullopt;
@@ -86,6 +92,7 @@ void IndexPass::findPending(ProviderID provider) {
     for (const std::filesystem::path& root : roots(provider)) {
         for (LogFile& file : findLogFiles(provider, root)) {
             ++part.statistics.files;
+            if (isKnownUnchanged(provider, file)) continue;
             PendingFile candidate{provider, std::move(file), std::nullopt};
             try {
                 candidate.cursor = storedCursor(candidate.file.path);

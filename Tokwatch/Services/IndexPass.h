@@ -59,6 +59,7 @@ class IndexPass {
     void findPending(ProviderID provider);
     Part& partOf(ProviderID provider);
     std::vector<std::filesystem::path> roots(ProviderID provider) const;
+    bool isKnownUnchanged(ProviderID provider, const LogFile& file) const;
     std::optional<FileCursor> storedCursor(const std::string& path) const;
     void readInline();
     void readAhead();

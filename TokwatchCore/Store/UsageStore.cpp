@@ -59,6 +59,13 @@ void write(sqlite::Connection& db, const FileCursor& cursor) {
 
 } // namespace
 
+bool standsAt(const std::string& json, std::uint64_t inode, std::int64_t offset) {
+    // What stands in front is the path as a JSON text, in which no quote comes without a backslash.
+    const std::string place = R"(","inode":)" + std::to_string(inode) + R"(,"offset":)" +
+                              std::to_string(offset) + R"(,"context":{)";
+    return json.find(place) != std::string::npos && json.ends_with("}}");
+}
+
 FileCursor decodeCursorRow(const std::string& path, const std::string& json) {
     FileCursor cursor = decodeFileCursor(parseJson(json));
     cursor.path = path;
@@ -80,9 +87,10 @@ void UsageStore::migrate() {
     // with one at each checkpoint. What a power cut could undo is read again from the logs, since
     // keys, sums and cursors go back together.
     db->execute("PRAGMA synchronous=NORMAL");
-    // The first pass over years of logs inserts keys all over their index: 24 MB of pages hold it,
-    // and fewer checkpoints write each page less often.
-    db->execute("PRAGMA cache_size=-24576");
+    // The first pass over years of logs inserts keys all over their index, in key order within each
+    // batch, so a page is needed once a batch and 12 MB of them are as fast as 24 MB. Fewer
+    // checkpoints write each page less often.
+    db->execute("PRAGMA cache_size=-12288");
     db->execute("PRAGMA wal_autocheckpoint=4096");
     std::int64_t version = 0;
     {
