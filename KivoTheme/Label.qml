@@ -11,6 +11,8 @@ Text {
     renderType: Text.QtRendering
     textFormat: Text.PlainText
     elide: Text.ElideRight
+    // Said, it is mirrored with the layout; unsaid, English stays at the left.
+    horizontalAlignment: Text.AlignLeft
     Accessible.role: Accessible.StaticText
     Accessible.name: text
 }

@@ -1,7 +1,91 @@
 #include "ModelsView.h"
 
-namespace tokwatch {
+#include "AppModel.h"
+#include "Preferences.h"
+#include "SummaryTexts.h"
+#include "Text.h"
 
-ModelsView::ModelsView(AppModel&, const ViewClock&) {}
+#include <QClipboard>
+#include <QGuiApplication>
+
+#include <algorithm>
+
+namespace tokwatch {
+namespace {
+
+QString notesOf(const UsageSummary& summary) {
+    QStringList notes;
+    if (summary.hasUnknownPrices) notes.append(text(SummaryTexts::excludesUnknownPrices));
+    const auto isShownApproximate = [](const UsageSummary::ModelRow& row) {
+        return row.costUSD && row.approximate;
+    };
+    if (std::ranges::any_of(summary.models, isShownApproximate))
+        notes.append("~ Priced like a similar model, or as its tool reported");
+    return notes.join('\n');
+}
+
+} // namespace
+
+ModelsView::ModelsView(AppModel& appModel, const ViewClock&) : model(appModel) {}
+
+void ModelsView::setActive(bool active) {
+    if (active == isActive()) return;
+    if (active) {
+        updater.emplace([this] { return compute(); },
+                        [this](State next) { apply(std::move(next)); });
+        updater->arm();
+    } else {
+        updater.reset();
+    }
+    emit activeChanged();
+}
+
+void ModelsView::setMode(int mode) {
+    const BreakdownMode next = mode == 0 ? BreakdownMode::model : BreakdownMode::day;
+    if (next == breakdownMode.value()) return;
+    breakdownMode = next;
+    emit modeChanged();
+}
+
+ModelsView::State ModelsView::compute() const {
+    const UsageSummary& summary = model.summary();
+    State state;
+    if (summary.tools.empty()) {
+        state.emptyText = text(SummaryTexts::noUsage(AppModel::readingDays));
+        return state;
+    }
+    state.rows =
+        breakdownRows(summary, breakdownMode, model.preferences().summaryUnit, model.calendar());
+    state.notes = notesOf(summary);
+    return state;
+}
+
+void ModelsView::apply(State next) {
+    rowModel.assign(next.rows);
+    next.rows.clear();
+    const bool textsDiffer = next.emptyText != current.emptyText || next.notes != current.notes;
+    current = std::move(next);
+    if (textsDiffer) emit textsChanged();
+}
+
+QString ModelsView::asText() const {
+    return breakdownTable(model.summary(), breakdownMode.value(),
+                          model.preferences().summaryUnit.peek(), model.calendar())
+        .aligned();
+}
+
+QString ModelsView::asCSV() const {
+    return breakdownData(model.summary(), breakdownMode.value(),
+                         model.preferences().summaryUnit.peek(), model.calendar())
+        .csv();
+}
+
+void ModelsView::copyText() const {
+    QGuiApplication::clipboard()->setText(asText());
+}
+
+void ModelsView::copyCSV() const {
+    QGuiApplication::clipboard()->setText(asCSV());
+}
 
 } // namespace tokwatch

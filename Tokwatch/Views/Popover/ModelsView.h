@@ -1,19 +1,74 @@
 #pragma once
 
+#include "BreakdownRows.h"
+#include "ObservingUpdater.h"
+#include "RowModel.h"
+
 #include <QObject>
+#include <QProperty>
+#include <QString>
 #include <qqmlregistration.h>
+
+#include <optional>
 
 namespace tokwatch {
 
 class AppModel;
 class ViewClock;
 
-/// The tab with the ranked breakdown by model or by day. References outlive it.
+/// The tab with the ranked breakdown by model or by day. Follows the model only while it is active.
+/// References outlive it. Main thread only.
 class ModelsView : public QObject {
     Q_OBJECT
-    QML_ANONYMOUS
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+    Q_PROPERTY(bool active READ isActive WRITE setActive NOTIFY activeChanged)
+    Q_PROPERTY(int mode READ mode WRITE setMode NOTIFY modeChanged)
+    Q_PROPERTY(tokwatch::RowModel* rows READ rows CONSTANT)
+    Q_PROPERTY(QString emptyText READ emptyText NOTIFY textsChanged)
+    Q_PROPERTY(QString notes READ notes NOTIFY textsChanged)
   public:
     ModelsView(AppModel& model, const ViewClock& clock);
+
+    bool isActive() const { return updater.has_value(); }
+    /// Brings the rows up to date at once.
+    void setActive(bool active);
+
+    /// A BreakdownMode.
+    int mode() const { return static_cast<int>(breakdownMode.value()); }
+    void setMode(int mode);
+
+    RowModel* rows() { return &rowModel; }
+    /// Instead of rows; empty when there are some.
+    const QString& emptyText() const { return current.emptyText; }
+    /// What the numbers leave out or guess; empty when nothing.
+    const QString& notes() const { return current.notes; }
+
+    /// The whole table as it is ordered here.
+    QString asText() const;
+    QString asCSV() const;
+    Q_INVOKABLE void copyText() const;
+    Q_INVOKABLE void copyCSV() const;
+
+  signals:
+    void activeChanged();
+    void modeChanged();
+    void textsChanged();
+
+  private:
+    struct State {
+        std::vector<BreakdownRow> rows;
+        QString emptyText;
+        QString notes;
+    };
+    State compute() const;
+    void apply(State next);
+
+    AppModel& model;
+    RowModel rowModel;
+    State current;
+    QProperty<BreakdownMode> breakdownMode{BreakdownMode::model};
+    std::optional<ObservingUpdater<State>> updater;
 };
 
 } // namespace tokwatch

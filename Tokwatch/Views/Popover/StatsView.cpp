@@ -1,7 +1,84 @@
 #include "StatsView.h"
 
+#include "AppModel.h"
+#include "Preferences.h"
+#include "SummaryDisplay.h"
+#include "SummaryTexts.h"
+#include "Text.h"
+
+#include <QFuture>
+
 namespace tokwatch {
 
-StatsView::StatsView(AppModel&, const ViewClock&) {}
+StatsView::StatsView(AppModel& appModel, const ViewClock&) : model(appModel) {}
+
+StatsView::Updates::Updates(StatsView& view)
+    : state([&view] { return view.computeState(); },
+            [&view](StatsState next) {
+                if (next == view.currentState) return;
+                view.currentState = std::move(next);
+                emit view.stateChanged();
+            }),
+      calendar([&view] { return view.computeCalendar(); },
+               [&view](HeatMapDays next) {
+                   if (next == view.currentCalendar) return;
+                   view.currentCalendar = std::move(next);
+                   emit view.calendarChanged();
+               }),
+      publishing(view.model.bindableLastUpdated().addNotifier([&view] { view.readStoredDays(); })) {
+}
+
+void StatsView::setActive(bool active) {
+    if (active == isActive()) return;
+    if (active) {
+        updates.emplace(*this);
+        updates->state.arm();
+        updates->calendar.arm();
+        readStoredDays();
+    } else {
+        updates.reset();
+    }
+    emit activeChanged();
+}
+
+StatsState StatsView::computeState() const {
+    const UsageSummary& summary = model.summary();
+    const SummaryUnit unit = model.preferences().summaryUnit;
+    StatsState state;
+    if (summary.tools.empty()) {
+        state.emptyText = text(SummaryTexts::noUsage(AppModel::readingDays));
+        return state;
+    }
+    for (const SummaryDisplay::Stat& stat : SummaryDisplay::tokenStatistics(summary))
+        state.tiles.append(QVariant::fromValue(StatTile{text(stat.label), text(stat.value)}));
+    state.chart = ChartDays::of(summary, unit, model.calendar());
+    return state;
+}
+
+HeatMapDays StatsView::computeCalendar() const {
+    const SummaryUnit unit = model.preferences().summaryUnit;
+    const UsageSummary& stored = storedDays.value();
+    if (stored.days == AppModel::keptDays) return HeatMapDays::of(stored, unit, model.calendar());
+    // Not known yet: the days without their usage hold the place.
+    UsageSummary nothing;
+    nothing.days = AppModel::keptDays;
+    nothing.windowEnd = model.summary().windowEnd;
+    return HeatMapDays::of(nothing, unit, model.calendar());
+}
+
+void StatsView::readStoredDays() {
+    if (isReading) {
+        isOutdated = true;
+        return;
+    }
+    isReading = true;
+    isOutdated = false;
+    model.summaryOf(AppModel::keptDays).then(this, [this](const UsageSummary& summary) {
+        isReading = false;
+        // A summary of no days stands for one that could not be computed.
+        if (summary.days == AppModel::keptDays) storedDays.setValue(summary);
+        if (isOutdated && isActive()) readStoredDays();
+    });
+}
 
 } // namespace tokwatch

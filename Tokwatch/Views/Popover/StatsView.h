@@ -1,20 +1,88 @@
 #pragma once
 
+#include "ChartDays.h"
+#include "HeatMapDays.h"
+#include "ObservingUpdater.h"
+
 #include <QObject>
+#include <QProperty>
+#include <QVariantList>
 #include <qqmlregistration.h>
+
+#include <optional>
 
 namespace tokwatch {
 
 class AppModel;
 class ViewClock;
 
+/// One of the token statistics.
+struct StatTile {
+    Q_GADGET
+    Q_PROPERTY(QString label MEMBER label)
+    Q_PROPERTY(QString value MEMBER value)
+  public:
+    QString label;
+    QString value;
+    friend bool operator==(const StatTile&, const StatTile&) = default;
+};
+
+/// What the tab shows of the reading window.
+struct StatsState {
+    Q_GADGET
+    Q_PROPERTY(QString emptyText MEMBER emptyText)
+    Q_PROPERTY(QVariantList tiles MEMBER tiles)
+    Q_PROPERTY(tokwatch::ChartDays chart MEMBER chart)
+  public:
+    QString emptyText;  ///< instead of all else; empty when there is something to show
+    QVariantList tiles; ///< of StatTile
+    ChartDays chart;
+    friend bool operator==(const StatsState&, const StatsState&) = default;
+};
+
 /// The tab with token statistics, the chart of the reading window, and the calendar of the stored
-/// days. References outlive it.
+/// days. Follows the model only while it is active. References outlive it. Main thread only.
 class StatsView : public QObject {
     Q_OBJECT
-    QML_ANONYMOUS
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+    Q_PROPERTY(bool active READ isActive WRITE setActive NOTIFY activeChanged)
+    Q_PROPERTY(tokwatch::StatsState state READ state NOTIFY stateChanged)
+    Q_PROPERTY(tokwatch::HeatMapDays calendar READ calendar NOTIFY calendarChanged)
   public:
     StatsView(AppModel& model, const ViewClock& clock);
+
+    bool isActive() const { return updates.has_value(); }
+    /// Brings `state` up to date at once, and the calendar as soon as its summary is computed.
+    void setActive(bool active);
+
+    const StatsState& state() const { return currentState; }
+    const HeatMapDays& calendar() const { return currentCalendar; }
+
+  signals:
+    void activeChanged();
+    void stateChanged();
+    void calendarChanged();
+
+  private:
+    /// What happens while the tab is active.
+    struct Updates {
+        explicit Updates(StatsView& view);
+        ObservingUpdater<StatsState> state;
+        ObservingUpdater<HeatMapDays> calendar;
+        QPropertyNotifier publishing;
+    };
+    StatsState computeState() const;
+    HeatMapDays computeCalendar() const;
+    void readStoredDays();
+
+    AppModel& model;
+    StatsState currentState;
+    HeatMapDays currentCalendar;
+    QProperty<UsageSummary> storedDays; ///< covers no day until it was computed
+    bool isReading = false;
+    bool isOutdated = false; ///< something was published since the reading began
+    std::optional<Updates> updates;
 };
 
 } // namespace tokwatch

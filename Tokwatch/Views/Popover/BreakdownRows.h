@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Calendar.h"
+#include "PreferenceTypes.h"
+#include "SummaryDisplay.h"
+#include "TableText.h"
+#include "UsageSummary.h"
+
+#include <QObject>
+#include <QString>
+
+#include <vector>
+
+namespace tokwatch {
+
+/// One model or one day.
+struct BreakdownRow {
+    Q_GADGET
+    Q_PROPERTY(QString id MEMBER id)
+    Q_PROPERTY(QString rank MEMBER rank)
+    Q_PROPERTY(QString provider MEMBER provider)
+    Q_PROPERTY(QString title MEMBER title)
+    Q_PROPERTY(QString value MEMBER value)
+    Q_PROPERTY(QString note MEMBER note)
+    Q_PROPERTY(QString share MEMBER share)
+    Q_PROPERTY(QString spoken MEMBER spoken)
+    Q_PROPERTY(double fraction MEMBER fraction)
+    Q_PROPERTY(int series MEMBER series)
+  public:
+    QString id;
+    QString rank;     ///< "1"; empty for days, whose order is their own
+    QString provider; ///< raw value; empty for days
+    QString title;
+    QString value; ///< in the unit of summaries: "~$12.40", "—" when unknown
+    QString note;  ///< in the other unit: "1.23M tokens"
+    QString share; ///< of the unit
+    QString spoken;
+    double fraction = 0; ///< the share, 0…1
+    int series = 0;      ///< of the theme's side-by-side colours
+    friend bool operator==(const BreakdownRow&, const BreakdownRow&) = default;
+};
+
+/// Models by what they used of the unit, or days from the newest.
+std::vector<BreakdownRow> breakdownRows(const UsageSummary& summary, BreakdownMode mode,
+                                        SummaryUnit unit, const Calendar& calendar);
+
+/// The same as a table that people read, with the texts of the rows.
+TableText breakdownTable(const UsageSummary& summary, BreakdownMode mode, SummaryUnit unit,
+                         const Calendar& calendar);
+
+/// The same as a table that programs read: plain numbers, money in dollars, nothing where a price
+/// is unknown.
+TableText breakdownData(const UsageSummary& summary, BreakdownMode mode, SummaryUnit unit,
+                        const Calendar& calendar);
+
+} // namespace tokwatch

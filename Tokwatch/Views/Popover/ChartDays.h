@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Calendar.h"
+#include "ChartReadout.h"
+#include "UsageSummary.h"
+
+#include <QObject>
+#include <QString>
+#include <QVariantList>
+
+#include <vector>
+
+namespace tokwatch {
+
+/// One assistant's entry in the chart's legend.
+struct ChartSeries {
+    Q_GADGET
+    Q_PROPERTY(QString id MEMBER id)
+    Q_PROPERTY(QString name MEMBER name)
+    Q_PROPERTY(int series MEMBER series)
+  public:
+    QString id; ///< the provider's raw value
+    QString name;
+    int series = 0; ///< of the theme's side-by-side colours
+    friend bool operator==(const ChartSeries&, const ChartSeries&) = default;
+};
+
+struct ChartTick {
+    double fraction = 0; ///< of the axis's length
+    QString text;
+    friend bool operator==(const ChartTick&, const ChartTick&) = default;
+};
+
+struct ChartColumn {
+    std::vector<double>
+        parts;     ///< one for each series, from the baseline up, in fractions of the axis
+    QString label; ///< below the column; empty for most
+    ChartReadout readout;
+    friend bool operator==(const ChartColumn&, const ChartColumn&) = default;
+};
+
+/// The days of a summary as columns that are stacked of the assistants' usage. The last column is
+/// today.
+struct ChartDays {
+    Q_GADGET
+    Q_PROPERTY(QVariantList series READ seriesList)
+  public:
+    std::vector<ChartSeries> series;
+    std::vector<ChartTick> ticks;
+    std::vector<ChartColumn> columns;
+    ChartReadout whole;
+    friend bool operator==(const ChartDays&, const ChartDays&) = default;
+
+    QVariantList seriesList() const;
+
+    static ChartDays of(const UsageSummary& summary, SummaryUnit unit, const Calendar& calendar);
+};
+
+} // namespace tokwatch

@@ -1,0 +1,141 @@
+#include "ChartPlot.h"
+
+#include <QQuickWindow>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tokwatch {
+
+ChartPlot::ChartPlot(QQuickItem* parent) : QQuickPaintedItem(parent) {
+    setAcceptHoverEvents(true);
+    setAcceptedMouseButtons(Qt::LeftButton);
+}
+
+void ChartPlot::setColors(const kivo::Palette& colors) {
+    palette = colors;
+    update();
+}
+
+void ChartPlot::setType(const kivo::TypeScale& type) {
+    typeScale = type;
+    update();
+}
+
+void ChartPlot::setMirrored(bool isMirrored) {
+    if (mirrored == isMirrored) return;
+    mirrored = isMirrored;
+    update();
+    emit mirroredChanged();
+}
+
+const ChartReadout& ChartPlot::readout() const {
+    return readoutOf(current());
+}
+
+void ChartPlot::daysChanged() {
+    hovered = std::min(hovered, count() - 1);
+    reached = std::min(reached, count() - 1);
+    update();
+    emit currentChanged();
+}
+
+void ChartPlot::look(int hoveredDay, int reachedDay) {
+    const int before = current();
+    hovered = hoveredDay;
+    reached = reachedDay;
+    if (current() == before) return;
+    update();
+    emit currentChanged();
+}
+
+void ChartPlot::setVisualFocus(bool focus) {
+    if (visualFocus == focus) return;
+    visualFocus = focus;
+    emit visualFocusChanged();
+}
+
+double ChartPlot::snapped(double length) const {
+    const double scale = window() != nullptr ? window()->effectiveDevicePixelRatio() : 1;
+    return std::round(length * scale) / scale;
+}
+
+double ChartPlot::snappedDown(double length) const {
+    const double scale = window() != nullptr ? window()->effectiveDevicePixelRatio() : 1;
+    return std::floor(length * scale) / scale;
+}
+
+QRectF ChartPlot::placed(const QRectF& rect) const {
+    if (!mirrored) return rect;
+    return {width() - rect.right(), rect.y(), rect.width(), rect.height()};
+}
+
+QFont ChartPlot::font(QFont::Weight weight) const {
+    QFont font(typeScale.family);
+    font.setPixelSize(typeScale.caption);
+    font.setWeight(weight);
+    return font;
+}
+
+void ChartPlot::hoverEnterEvent(QHoverEvent* event) {
+    hoverMoveEvent(event);
+}
+
+void ChartPlot::hoverMoveEvent(QHoverEvent* event) {
+    look(dayAt(event->position()), reached);
+}
+
+void ChartPlot::hoverLeaveEvent(QHoverEvent*) {
+    look(-1, reached);
+}
+
+void ChartPlot::mousePressEvent(QMouseEvent* event) {
+    forceActiveFocus(Qt::MouseFocusReason);
+    if (const int day = dayAt(event->position()); day >= 0) look(hovered, day);
+}
+
+void ChartPlot::keyPressEvent(QKeyEvent* event) {
+    auto key = static_cast<Qt::Key>(event->key());
+    if (mirrored && key == Qt::Key_Left)
+        key = Qt::Key_Right;
+    else if (mirrored && key == Qt::Key_Right)
+        key = Qt::Key_Left;
+    int next = current();
+    switch (key) {
+    case Qt::Key_Home:
+        next = 0;
+        break;
+    case Qt::Key_End:
+        next = count() - 1;
+        break;
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        next = dayAfter(current(), key);
+        break;
+    default:
+        event->ignore();
+        return;
+    }
+    // A key that leads nowhere is left to what is around the chart, which may scroll.
+    if (next == current() && (key == Qt::Key_Up || key == Qt::Key_Down)) {
+        event->ignore();
+        return;
+    }
+    setVisualFocus(true);
+    if (next >= 0 && next < count()) look(-1, next);
+}
+
+void ChartPlot::focusInEvent(QFocusEvent* event) {
+    setVisualFocus(event->reason() != Qt::MouseFocusReason &&
+                   event->reason() != Qt::ActiveWindowFocusReason);
+    if (reached < 0) look(hovered, count() - 1);
+}
+
+void ChartPlot::focusOutEvent(QFocusEvent*) {
+    setVisualFocus(false);
+    look(hovered, -1);
+}
+
+} // namespace tokwatch
