@@ -12,6 +12,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Optional;
 using testing::someLimits;
 
 constexpr double day = 86'400;
@@ -308,6 +309,30 @@ TEST_F(AppModelTest, RefreshesForThePopoverOnlyWhatIsDue) {
     advance(200);
     model->popoverOpened();
     EXPECT_EQ(claude().attempts.size(), 1U);
+}
+
+TEST_F(AppModelTest, ReadsWhatHasChangedAndEverythingWhereThatIsUnknown) {
+    startUp();
+    EXPECT_EQ(indexer.lastScope, std::nullopt);
+    change({"/x/b.jsonl", "/x/notes.txt"});
+    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre("/x/b.jsonl")));
+    change({"/x/c.jsonl", "/x/a.jsonl"});
+    change({"/x/a.jsonl"});
+    finishPass();
+    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre("/x/a.jsonl", "/x/c.jsonl")));
+    change({"/x/a.jsonl"});
+    change({home.path().string(), "/x/a.jsonl"});
+    finishPass();
+    EXPECT_EQ(indexer.lastScope, std::nullopt) << "a whole directory may have changed";
+    change({"/x/a.jsonl"});
+    finishPass();
+    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre("/x/a.jsonl")));
+    const testing::CapturedLog log;
+    indexer.fail("the cursors cannot be read");
+    settle();
+    change({"/x/a.jsonl"});
+    EXPECT_EQ(indexer.lastScope, std::nullopt) << "what was lost is read, too";
+    finishAllPasses();
 }
 
 TEST_F(AppModelTest, LogsAFailedPassAndGoesOn) {

@@ -25,12 +25,14 @@ namespace tokwatch::testing {
 /// Passes that stay under way until the test ends them, one at a time as the real indexer's.
 class FakeIndexer {
   public:
-    int passes = 0; ///< asked for
+    int passes = 0;       ///< asked for
+    IndexScope lastScope; ///< of the last of them
 
     std::size_t waiting() const { return requests.size(); }
 
-    QFuture<IndexOutcome> index(IndexerService::ProgressHandler progress) {
+    QFuture<IndexOutcome> index(IndexerService::ProgressHandler progress, const IndexScope& scope) {
         ++passes;
+        lastScope = scope;
         Request& request = requests.emplace_back();
         request.progress = std::move(progress);
         request.promise.start();
@@ -103,8 +105,8 @@ class ModelWorld {
         model.emplace(AppServices{
             *preferences, store, prices, ProviderLocations{home.path()},
             SnapshotStore(snapshotDirectory), *limitsService,
-            [this](IndexerService::ProgressHandler progress) {
-                return indexer.index(std::move(progress));
+            [this](IndexerService::ProgressHandler progress, const IndexScope& scope) {
+                return indexer.index(std::move(progress), scope);
             },
             [](std::string_view path) {
                 return path.ends_with(".jsonl") ? std::optional(ProviderID::claude) : std::nullopt;

@@ -34,6 +34,18 @@ TEST(LogFiles, AreRegularVisibleFilesOfTheRightNameInPathOrder) {
                 ElementsAre("B.jsonl", "a.jsonl", "b-1.jsonl", "b/1.jsonl", "b/2.jsonl",
                             "deep/er/st.jsonl"));
     EXPECT_EQ(findLogFiles(ProviderID::claude, home / "root")[0].attributes.size, 2);
+
+    // One by one, whatever a watcher may report, they are the same.
+    std::vector<std::string> single;
+    using Walk = std::filesystem::recursive_directory_iterator;
+    for (const auto& entry :
+         Walk(home / "root", std::filesystem::directory_options::follow_directory_symlink)) {
+        if (const auto file = findLogFile(ProviderID::claude, home / "root", entry.path().native()))
+            single.push_back(file->path.substr((home / "root").string().size() + 1));
+    }
+    EXPECT_THAT(single, ::testing::UnorderedElementsAreArray(namesUnder(home / "root")));
+    for (const char* path : {"root/absent.jsonl", "roots/a.jsonl", "root"})
+        EXPECT_FALSE(findLogFile(ProviderID::claude, home / "root", (home / path).native()));
 }
 
 TEST(LogFiles, OfGrokAreItsUsageDocuments) {
@@ -52,6 +64,11 @@ TEST(LogFiles, AreFoundUnderALinkedRootAndWithAnyName) {
     home.write("real/\xff\xfe.jsonl", "");
     std::filesystem::create_directory_symlink(home / "real", home / "root");
     EXPECT_THAT(namesUnder(home / "root"), ElementsAre("new\nline.jsonl", "\xff\xfe.jsonl"));
+    for (const char* root : {"root", "real"}) {
+        const std::string path = (home / root / "new\nline.jsonl").string();
+        EXPECT_EQ(findLogFile(ProviderID::claude, home / "root", path).value().path,
+                  (home / "root/new\nline.jsonl").string());
+    }
 }
 
 TEST(LogFiles, AreNoneWithoutADirectory) {

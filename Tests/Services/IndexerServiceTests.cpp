@@ -26,6 +26,23 @@ TEST_F(IndexerServiceTest, ReadsOnFromWhereItStopped) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
+TEST_F(IndexerServiceTest, ReadsNoMoreThanItsScope) {
+    const std::filesystem::path named = home.write(claudeLog, ClaudeResponse{"msg_1"}.line());
+    home.write(".claude/projects/p/other.jsonl", ClaudeResponse{"msg_2"}.line());
+    home.write(codexLog, CodexLog::session("S") + CodexLog::usage("r1", 100, 7));
+    const auto pass = [this](const IndexScope& scope) {
+        return indexer().index({}, scope).result().newEvents;
+    };
+    EXPECT_EQ(pass(IndexScope{std::in_place}), 0);
+    EXPECT_EQ(pass(IndexScope{{named, "/elsewhere/x.jsonl", named}}), 1);
+    home.append(claudeLog, ClaudeResponse{"msg_3"}.line());
+    EXPECT_EQ(pass(IndexScope{{named}}), 1);
+    EXPECT_EQ(indexer().statistics().providers[0].bytesRead,
+              static_cast<std::int64_t>(ClaudeResponse{"msg_3"}.line().size()))
+        << "from where it stopped";
+    EXPECT_EQ(pass({}), 2) << "the rest is left for a pass over all files";
+}
+
 TEST_F(IndexerServiceTest, CountsTheLastLineOfAResponseInASlice) {
     ClaudeResponse growing{"msg_1"};
     std::string lines = growing.line();

@@ -209,11 +209,11 @@ void AppModel::observePreferences() {
 
 // Index passes
 
-QCoro::Task<> AppModel::pass() {
+QCoro::Task<> AppModel::pass(IndexScope scope) {
     const QPointer<AppModel> self(this);
     const auto relay = std::make_shared<ProgressRelay>(this);
     const QFuture<IndexOutcome> indexing =
-        services.index([relay](const IndexingProgress& progress) { relay->post(progress); });
+        services.index([relay](const IndexingProgress& progress) { relay->post(progress); }, scope);
     IndexOutcome outcome;
     try {
         const QFuture<void> ended(indexing);
@@ -222,6 +222,7 @@ QCoro::Task<> AppModel::pass() {
         outcome = indexing.result();
     } catch (const std::exception& error) {
         systemLog("indexing failed: " + what(error));
+        if (self) everythingMayHaveChanged = true;
     }
     relay->end();
     if (!self) co_return;
@@ -280,7 +281,8 @@ QCoro::Task<> AppModel::runRefresh() {
     std::vector<QCoro::Task<>> fetches;
     for (const ProviderID provider : present())
         fetches.push_back(services.limitsService.refresh(provider, true));
-    co_await pass();
+    const IndexScope all;
+    co_await pass(all);
     for (QCoro::Task<>& fetch : fetches)
         co_await fetch;
     if (self) endRefresh();
@@ -315,7 +317,8 @@ QCoro::Task<> AppModel::runReread(ProviderID provider) {
     });
     const bool isReset = co_await resetting;
     if (!self) co_return;
-    if (isReset) co_await pass();
+    const IndexScope all;
+    if (isReset) co_await pass(all);
     if (self) setRereading(provider, false);
 }
 
@@ -332,27 +335,40 @@ void AppModel::setRereading(ProviderID provider, bool isRereading) {
 
 QCoro::Task<> AppModel::runFirstPass() {
     const QPointer<AppModel> self(this);
-    co_await pass();
+    const IndexScope all;
+    co_await pass(all);
     if (!self) co_return;
     startWatching();
-    requestPass(); // for what was written after its file had been read and before the watch began
+    // For what was written after its file had been read and before the watch began.
+    requestPass(all);
 }
 
-void AppModel::requestPass() {
+void AppModel::requestPass(const IndexScope& scope) {
+    if (scope)
+        changedPaths.insert(scope->begin(), scope->end());
+    else
+        everythingMayHaveChanged = true;
     if (passing.request()) passWhileWanted();
+}
+
+IndexScope AppModel::takeRequestedScope() {
+    const std::set<std::string> paths = std::exchange(changedPaths, {});
+    if (std::exchange(everythingMayHaveChanged, false)) return std::nullopt;
+    return std::vector<std::string>(paths.begin(), paths.end());
 }
 
 QCoro::Task<> AppModel::passWhileWanted() {
     const QPointer<AppModel> self(this);
     do {
-        co_await pass();
+        const IndexScope scope = takeRequestedScope();
+        co_await pass(scope);
         if (!self) co_return;
     } while (passing.finish());
 }
 
 void AppModel::lookAround() {
     if (watcher) startWatching();
-    requestPass();
+    requestPass({});
     services.limitsService.refreshIfDue(present());
 }
 
@@ -382,12 +398,15 @@ std::vector<std::filesystem::path> AppModel::existingRoots() const {
 }
 
 void AppModel::pathsChanged(const std::vector<std::string>& paths) {
-    const auto concernsLogs = [this](const std::string& path) {
+    std::vector<std::string> logs;
+    for (const std::string& path : paths) {
         std::error_code ignored;
-        return services.providerForChangedPath(path).has_value() ||
-               std::filesystem::is_directory(path, ignored);
-    };
-    if (std::ranges::any_of(paths, concernsLogs)) requestPass();
+        if (services.providerForChangedPath(path))
+            logs.push_back(path);
+        else if (std::filesystem::is_directory(path, ignored))
+            return requestPass({});
+    }
+    if (!logs.empty()) requestPass(logs);
 }
 
 } // namespace tokwatch

@@ -16,6 +16,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
 namespace tokwatch {
@@ -96,7 +97,7 @@ class AppModel : public QObject {
     QCoro::Task<> runRefresh();
     QCoro::Task<> runReread(ProviderID provider);
     /// One index pass and what follows from its outcome.
-    QCoro::Task<> pass();
+    QCoro::Task<> pass(IndexScope scope);
     QCoro::Task<> pruneDaily();
 
     template<typename Work>
@@ -108,7 +109,8 @@ class AppModel : public QObject {
     void setRereading(ProviderID provider, bool isRereading);
     void beginRefresh();
     void endRefresh();
-    void requestPass();
+    void requestPass(const IndexScope& scope);
+    IndexScope takeRequestedScope();
     /// Makes up for what neither events nor timers tell: a lost event, an assistant installed
     /// since, a sleep.
     void lookAround();
@@ -128,6 +130,8 @@ class AppModel : public QObject {
 
     CoalescedTask publishing;
     CoalescedTask passing; ///< for changed files; passes that somebody asked for run besides
+    std::set<std::string> changedPaths; ///< for the next of those passes
+    bool everythingMayHaveChanged = false;
     bool isPruning = false;
     bool hasStartedLimits = false;
     std::int64_t refreshesInFlight = 0;

@@ -45,7 +45,7 @@ struct AppServices {
     SnapshotStore snapshots;
     LimitsService& limitsService;
     /// The indexer's operations.
-    std::function<QFuture<IndexOutcome>(IndexerService::ProgressHandler)> index;
+    std::function<QFuture<IndexOutcome>(IndexerService::ProgressHandler, const IndexScope&)> index;
     std::function<std::optional<ProviderID>(std::string_view path)> providerForChangedPath;
     WatchFiles watchFiles;
     SystemNotifications& notifications;

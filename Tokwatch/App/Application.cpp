@@ -80,8 +80,8 @@ Application::Application(Surroundings world, Preferences& preferences,
         .snapshots = SnapshotStore(world.paths.snapshotDirectory()),
         .limitsService = *limitsService,
         .index =
-            [this](IndexerService::ProgressHandler progress) {
-                return indexer->index(std::move(progress));
+            [this](IndexerService::ProgressHandler progress, const IndexScope& scope) {
+                return indexer->index(std::move(progress), scope);
             },
         .providerForChangedPath =
             [this](std::string_view path) { return indexer->providerForChangedPath(path); },

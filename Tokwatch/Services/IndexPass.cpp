@@ -45,7 +45,7 @@ std::int64_t unreadBytes(const PendingFile& pending) {
 IndexPass::IndexPass(Environment environment) : env(environment) {}
 
 IndexOutcome IndexPass::run() {
-    cursorTexts = env.store.cursorTexts();
+    if (!env.scope) cursorTexts = env.store.cursorTexts();
     for (const ProviderID provider : {ProviderID::claude, ProviderID::codex, ProviderID::grok})
         findPending(provider);
     std::int64_t unread = 0;
@@ -81,7 +81,23 @@ bool IndexPass::isKnownUnchanged(ProviderID provider, const LogFile& file) const
            standsAt(found->second, file.attributes.inode, file.attributes.size);
 }
 
+std::vector<LogFile> IndexPass::filesIn(ProviderID provider,
+                                        const std::filesystem::path& root) const {
+    if (!env.scope) return findLogFiles(provider, root);
+    std::vector<LogFile> found;
+    for (const std::string& path : *env.scope) {
+        if (std::optional<LogFile> file = findLogFile(provider, root, path))
+            found.push_back(std::move(*file));
+    }
+    // In the order of a pass over all files, and each once however often it was reported.
+    std::ranges::sort(found, {}, &LogFile::path);
+    const auto repeated = std::ranges::unique(found, {}, &LogFile::path);
+    found.erase(repeated.begin(), repeated.end());
+    return found;
+}
+
 std::optional<FileCursor> IndexPass::storedCursor(const std::string& path) const {
+    if (env.scope) return env.store.cursor(path);
     const auto found = cursorTexts.find(path);
     if (found == cursorTexts.end()) return std::nullopt;
     return decodeCursorRow(path, found->second);
@@ -90,7 +106,7 @@ std::optional<FileCursor> IndexPass::storedCursor(const std::string& path) const
 void IndexPass::findPending(ProviderID provider) {
     Part& part = parts.emplace_back(Part{{provider, 0, 0}, {provider, 0, 0, 0}});
     for (const std::filesystem::path& root : roots(provider)) {
-        for (LogFile& file : findLogFiles(provider, root)) {
+        for (LogFile& file : filesIn(provider, root)) {
             ++part.statistics.files;
             if (isKnownUnchanged(provider, file)) continue;
             PendingFile candidate{provider, std::move(file), std::nullopt};

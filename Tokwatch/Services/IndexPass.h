@@ -16,8 +16,9 @@
 
 namespace tokwatch {
 
-/// One pass over all log files. Large amounts are read and parsed on a thread that runs ahead,
-/// while this thread writes what it read in file order; the result does not depend on timing.
+/// One pass over the log files in its scope. Large amounts are read and parsed on a thread that
+/// runs ahead, while this thread writes what it read in file order; the result does not depend on
+/// timing.
 ///
 /// Slices are stored in groups: the events of a group in one transaction, then its cursors in
 /// another. A pass that dies in between finds its events already seen the next time.
@@ -30,6 +31,7 @@ class IndexPass {
         const IndexerService::IngestEvents& ingestEvents;
         const IndexerService::CursorUsage& cursorUsage; ///< may be empty
         const IndexerService::ProgressHandler& progress;
+        const IndexScope& scope;
         const std::atomic<bool>& stop; ///< ends the pass after the present slice
     };
 
@@ -60,6 +62,7 @@ class IndexPass {
     Part& partOf(ProviderID provider);
     std::vector<std::filesystem::path> roots(ProviderID provider) const;
     bool isKnownUnchanged(ProviderID provider, const LogFile& file) const;
+    std::vector<LogFile> filesIn(ProviderID provider, const std::filesystem::path& root) const;
     std::optional<FileCursor> storedCursor(const std::string& path) const;
     void readInline();
     void readAhead();
@@ -75,7 +78,7 @@ class IndexPass {
     static void fail(const PendingFile& pending, const std::string& reason);
 
     Environment env;
-    std::unordered_map<std::string, std::string> cursorTexts;
+    std::unordered_map<std::string, std::string> cursorTexts; ///< of a pass over all files
     std::vector<Part> parts;
     std::vector<PendingFile> files; ///< changed ones, provider by provider
     std::set<std::size_t> unstored; ///< files of which a slice could not be stored

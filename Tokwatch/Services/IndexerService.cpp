@@ -20,17 +20,7 @@ namespace {
 constexpr std::int64_t longPassBytes = 16'777'216;
 
 bool isBelow(std::string_view path, const std::filesystem::path& root) {
-    const std::string& prefix = root.native();
-    return path.size() > prefix.size() && path.starts_with(prefix) && path[prefix.size()] == '/';
-}
-
-/// Whether a path lies under a root, as the root is named or, where the name is a link, as it
-/// really is: that is how the watcher reports it.
-bool isBelowRoot(std::string_view path, const std::filesystem::path& root) {
-    if (isBelow(path, root)) return true;
-    std::error_code unresolved;
-    const std::filesystem::path resolved = std::filesystem::canonical(root, unresolved);
-    return !unresolved && isBelow(path, resolved);
+    return pathBelow(root, path).has_value();
 }
 
 } // namespace
@@ -50,8 +40,8 @@ class IndexerService::Executor {
         if (thread.joinable()) thread.join();
     }
 
-    QFuture<IndexOutcome> submit(ProgressHandler progress) {
-        Request request{{}, std::move(progress)};
+    QFuture<IndexOutcome> submit(ProgressHandler progress, IndexScope scope) {
+        Request request{{}, std::move(progress), std::move(scope)};
         QFuture<IndexOutcome> future = request.promise.future();
         request.promise.start();
         {
@@ -67,6 +57,7 @@ class IndexerService::Executor {
     struct Request {
         QPromise<IndexOutcome> promise;
         ProgressHandler progress;
+        IndexScope scope;
     };
 
     std::optional<Request> nextRequest() {
@@ -82,7 +73,7 @@ class IndexerService::Executor {
         pthread_setname_np(pthread_self(), "indexer");
         while (std::optional<Request> request = nextRequest()) {
             try {
-                request->promise.addResult(owner.pass(request->progress, stop));
+                request->promise.addResult(owner.pass(request->progress, request->scope, stop));
             } catch (...) {
                 request->promise.setException(std::current_exception());
             }
@@ -112,12 +103,13 @@ IndexerService::IndexerService(std::shared_ptr<UsageStore> usageStore, ProviderL
 
 IndexerService::~IndexerService() = default;
 
-QFuture<IndexOutcome> IndexerService::index(ProgressHandler progress) {
-    return executor->submit(std::move(progress));
+QFuture<IndexOutcome> IndexerService::index(ProgressHandler progress, const IndexScope& scope) {
+    return executor->submit(std::move(progress), scope);
 }
 
-IndexOutcome IndexerService::pass(const ProgressHandler& progress, const std::atomic<bool>& stop) {
-    IndexPass pass({*store, locations, calendar, ingestEvents, cursorUsage, progress, stop});
+IndexOutcome IndexerService::pass(const ProgressHandler& progress, const IndexScope& scope,
+                                  const std::atomic<bool>& stop) {
+    IndexPass pass({*store, locations, calendar, ingestEvents, cursorUsage, progress, scope, stop});
     const IndexOutcome outcome = pass.run();
     std::int64_t bytes = 0;
     for (const IndexStatistics::Provider& provider : pass.statistics().providers)
@@ -138,12 +130,12 @@ IndexStatistics IndexerService::statistics() const {
 
 std::optional<ProviderID> IndexerService::providerForChangedPath(std::string_view path) const {
     const std::string_view name = path.substr(path.rfind('/') + 1);
-    if (isLogName(ProviderID::claude, name) && isBelowRoot(path, locations.claudeProjects()))
+    if (isLogName(ProviderID::claude, name) && isBelow(path, locations.claudeProjects()))
         return ProviderID::claude;
     for (const std::filesystem::path& root : locations.codexRoots()) {
-        if (isLogName(ProviderID::codex, name) && isBelowRoot(path, root)) return ProviderID::codex;
+        if (isLogName(ProviderID::codex, name) && isBelow(path, root)) return ProviderID::codex;
     }
-    if (isLogName(ProviderID::grok, name) && isBelowRoot(path, locations.grokSessions()))
+    if (isLogName(ProviderID::grok, name) && isBelow(path, locations.grokSessions()))
         return ProviderID::grok;
     return std::nullopt;
 }

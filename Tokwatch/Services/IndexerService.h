@@ -15,6 +15,7 @@
 #include <mutex>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,6 +28,9 @@ struct IndexingProgress {
     std::int64_t bytesTotal = 0;
     friend bool operator==(const IndexingProgress&, const IndexingProgress&) = default;
 };
+
+/// The paths that a pass looks at; all files when absent.
+using IndexScope = std::optional<std::vector<std::string>>;
 
 struct IndexOutcome {
     std::int64_t newEvents = 0;      ///< events that the store had not seen before
@@ -68,10 +72,11 @@ class IndexerService {
     IndexerService(const IndexerService&) = delete;
     IndexerService& operator=(const IndexerService&) = delete;
 
-    /// One pass over all files. While a pass runs, a further call waits and then makes a pass of
-    /// its own. Failures of single files are logged and do not fail the pass; UsageStoreError comes
-    /// out of the future when the store's cursors cannot be read.
-    QFuture<IndexOutcome> index(ProgressHandler progress = {});
+    /// One pass over all files, or over those among the given paths, as a watcher reports them:
+    /// then it costs what has changed, not what there is. While a pass runs, a further call waits
+    /// and then makes a pass of its own. Failures of single files are logged and do not fail the
+    /// pass; UsageStoreError comes out of the future when the store's cursors cannot be read.
+    QFuture<IndexOutcome> index(ProgressHandler progress = {}, const IndexScope& scope = {});
 
     /// Whose log a changed path is; none for anything else.
     std::optional<ProviderID> providerForChangedPath(std::string_view path) const;
@@ -81,7 +86,8 @@ class IndexerService {
 
   private:
     class Executor;
-    IndexOutcome pass(const ProgressHandler& progress, const std::atomic<bool>& stop);
+    IndexOutcome pass(const ProgressHandler& progress, const IndexScope& scope,
+                      const std::atomic<bool>& stop);
 
     std::shared_ptr<UsageStore> store;
     ProviderLocations locations;

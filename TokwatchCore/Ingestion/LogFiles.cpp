@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <system_error>
 
 namespace tokwatch {
 namespace {
@@ -62,6 +63,12 @@ class Finder {
     std::vector<LogFile>& files;
 };
 
+std::optional<std::string_view> withoutPrefix(std::string_view path, std::string_view prefix) {
+    if (path.size() <= prefix.size() || !path.starts_with(prefix) || path[prefix.size()] != '/')
+        return std::nullopt;
+    return path.substr(prefix.size() + 1);
+}
+
 } // namespace
 
 bool isLogName(ProviderID provider, std::string_view fileName) {
@@ -85,6 +92,33 @@ std::vector<LogFile> findLogFiles(ProviderID provider, const std::filesystem::pa
     std::sort(files.begin(), files.end(),
               [](const LogFile& a, const LogFile& b) { return a.path < b.path; });
     return files;
+}
+
+std::optional<std::string_view> pathBelow(const std::filesystem::path& root,
+                                          std::string_view path) {
+    if (const auto below = withoutPrefix(path, root.native())) return below;
+    std::error_code unresolved;
+    const std::filesystem::path real = std::filesystem::canonical(root, unresolved);
+    return unresolved ? std::nullopt : withoutPrefix(path, real.native());
+}
+
+std::optional<LogFile> findLogFile(ProviderID provider, const std::filesystem::path& root,
+                                   std::string_view path) {
+    const std::optional<std::string_view> below = pathBelow(root, path);
+    if (!below || below->starts_with('.') || below->find("/.") != std::string_view::npos)
+        return std::nullopt;
+    const std::filesystem::path relative(*below);
+    if (!isLogName(provider, relative.filename().native())) return std::nullopt;
+    std::error_code failure;
+    const std::filesystem::path real = std::filesystem::canonical(root, failure);
+    if (failure) return std::nullopt;
+    // No link leads further below the root.
+    const std::filesystem::path directory = (real / relative).parent_path();
+    if (std::filesystem::canonical(directory, failure) != directory || failure) return std::nullopt;
+    struct stat status {};
+    if (::lstat((real / relative).c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    return LogFile{root.string() + "/" + std::string(*below), attributesOf(status)};
 }
 
 } // namespace tokwatch

@@ -4,6 +4,7 @@
 #include "ProviderID.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,5 +23,13 @@ bool isLogName(ProviderID provider, std::string_view fileName);
 /// entries and symbolic links below the root are passed over, and so is what cannot be listed; a
 /// root that does not exist or is no directory has no files.
 std::vector<LogFile> findLogFiles(ProviderID provider, const std::filesystem::path& root);
+
+/// What of a path lies below the root, as the root is named or, where that name leads through
+/// links, as it really is; none for other paths.
+std::optional<std::string_view> pathBelow(const std::filesystem::path& root, std::string_view path);
+
+/// The one file of `findLogFiles` that is at this path, in either form; its path is in the root's.
+std::optional<LogFile> findLogFile(ProviderID provider, const std::filesystem::path& root,
+                                   std::string_view path);
 
 } // namespace tokwatch
