@@ -16,6 +16,20 @@ constexpr Seconds hours(double count) {
     return Seconds{count * 3600};
 }
 
+/// The demo home, made once for all pictures.
+const std::filesystem::path& demoHome() {
+    static const TemporaryDirectory home;
+    static const std::filesystem::path files = [] {
+        std::filesystem::path path = home / "demo";
+        const std::string command = std::string(TOKWATCH_DEMO_HOME) + " --quiet --days 90 --end " +
+                                    demoDay + " " + path.string();
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing else runs.
+        if (std::system(command.c_str()) != 0) throw std::runtime_error("there is no demo home");
+        return path;
+    }();
+    return files;
+}
+
 constexpr Seconds fiveHours = hours(5);
 constexpr Seconds week = hours(7 * 24);
 
@@ -24,10 +38,7 @@ constexpr Seconds week = hours(7 * 24);
 DemoWorld::DemoWorld(Home kind) : ModelWorld(dateFromUnixSeconds(demoMoment)), clock(time.clock()) {
     *prices = PriceTable::bundled();
     if (kind == Home::demo) {
-        const std::string command = std::string(TOKWATCH_DEMO_HOME) + " --quiet --days 90 --end " +
-                                    demoDay + " " + home.path().string();
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing else runs yet.
-        if (std::system(command.c_str()) != 0) throw std::runtime_error("there is no demo home");
+        std::filesystem::copy(demoHome(), home.path(), std::filesystem::copy_options::recursive);
         IndexerService(store, ProviderLocations{home.path()}, Calendar::utc()).index().result();
     }
     preferences->hasCompletedOnboarding = true;

@@ -1,9 +1,14 @@
-// Draws pictures of the windows into a directory: Gallery DIRECTORY [NAME …]
+// Draws the windows in their states, or compares them with the pictures that are kept:
+//   Gallery DIRECTORY [NAME …]             draws into the directory
+//   Gallery --compare KEPT DIRECTORY       the differences go to the directory; fails when there
+//   are any
 
+#include "PictureComparison.h"
 #include "QmlRuntime.h"
 #include "Scene.h"
 
 #include <QCommandLineParser>
+#include <QDir>
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickView>
@@ -16,13 +21,8 @@
 namespace tokwatch::testing {
 namespace {
 
-/// Four fifths of what a small laptop's screen leaves below the panel.
-constexpr int greatestHeight = 592;
-
-struct Look {
-    QString suffix;
-    kivo::Appearance appearance;
-};
+/// Four fifths of what the screen of a laptop leaves below its panel.
+constexpr int greatestHeight = 696;
 
 QImage picture(const Scene& scene, const kivo::Appearance& appearance, bool whole) {
     DemoWorld world(scene.home);
@@ -61,21 +61,53 @@ QImage picture(const Scene& scene, const kivo::Appearance& appearance, bool whol
     return window.grabWindow();
 }
 
-int draw(const QString& directory, const QStringList& wanted, bool whole) {
+bool save(const QImage& image, const QString& file) {
+    // Without the opaque alpha channel, and packed as small as it gets: they are kept in the
+    // repository.
+    constexpr int smallest = 0;
+    if (!image.isNull() && image.convertToFormat(QImage::Format_RGB888).save(file, "PNG", smallest))
+        return true;
+    std::fprintf(stderr, "gallery: drawing %s failed\n", qPrintable(file));
+    return false;
+}
+
+/// True when the picture is as it is kept.
+bool matches(const QImage& fresh, const QString& kept, const QString& differenceFile) {
+    const PictureComparison comparison = compare(QImage(kept), fresh);
+    if (comparison.isAlike()) return true;
+    std::fprintf(stderr, "gallery: %s differs in %.2f %% of its pixels%s; see %s\n",
+                 qPrintable(kept), comparison.differing * 100,
+                 comparison.isSameSize ? "" : " and in size", qPrintable(differenceFile));
+    save(comparison.difference, differenceFile);
+    return false;
+}
+
+struct Request {
+    QString directory;
+    QString kept; ///< empty when nothing is compared
+    QStringList names;
+    bool whole = false;
+};
+
+int run(const Request& request) {
+    struct Look {
+        const char* suffix;
+        kivo::Appearance appearance;
+    };
     const Look looks[]{{"light", {}}, {"dark", {.dark = true}}};
-    std::vector<Scene> scenes = popoverScenes();
-    for (const Scene& scene : scenes) {
-        if (!wanted.isEmpty() && !wanted.contains(scene.name)) continue;
+    QDir().mkpath(request.directory);
+    bool isWell = true;
+    for (const Scene& scene : allScenes()) {
+        if (!request.names.isEmpty() && !request.names.contains(scene.name)) continue;
         for (const Look& look : looks) {
-            const QString file = directory + "/" + scene.name + "-" + look.suffix + ".png";
-            const QImage image = picture(scene, look.appearance, whole);
-            if (image.isNull() || !image.save(file)) {
-                std::fprintf(stderr, "gallery: drawing %s failed\n", qPrintable(file));
-                return 1;
-            }
+            const QString name = "/" + scene.name + "-" + look.suffix + ".png";
+            const QImage fresh = picture(scene, look.appearance, request.whole);
+            isWell &= request.kept.isEmpty()
+                          ? save(fresh, request.directory + name)
+                          : matches(fresh, request.kept + name, request.directory + name);
         }
     }
-    return 0;
+    return isWell ? 0 : 1;
 }
 
 } // namespace
@@ -88,10 +120,12 @@ int main(int argc, char** argv) {
     parser.addPositionalArgument("directory", "Where the pictures go.");
     parser.addPositionalArgument("name", "Only these.", "[name …]");
     const QCommandLineOption whole("whole", "As high as the content is.");
-    parser.addOption(whole);
+    const QCommandLineOption compare("compare", "Compare with the pictures here.", "directory");
+    parser.addOptions({whole, compare});
+    parser.addHelpOption();
     parser.process(application);
     QStringList names = parser.positionalArguments();
     if (names.isEmpty()) parser.showHelp(2);
     const QString directory = names.takeFirst();
-    return tokwatch::testing::draw(directory, names, parser.isSet(whole));
+    return tokwatch::testing::run({directory, parser.value(compare), names, parser.isSet(whole)});
 }

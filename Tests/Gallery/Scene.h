@@ -31,5 +31,7 @@ struct Scene {
 };
 
 std::vector<Scene> popoverScenes();
+/// All that a picture is kept of.
+std::vector<Scene> allScenes();
 
 } // namespace tokwatch::testing

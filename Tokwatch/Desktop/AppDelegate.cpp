@@ -125,6 +125,8 @@ void AppDelegate::makeStatusItem() {
         StatusItemSurroundings{QDBusConnection::sessionBus(), scheduler, now, iconDirectory()},
         *itemSource, [this](QPoint anchor) { toggle(anchor); },
         [actions] { return statusMenu(actions); });
+    contextMenu.emplace(runtime, scheduler, [actions] { return statusMenu(actions); });
+    statusItem->onContextMenu = [this](QPoint anchor) { contextMenu->open(anchor); };
     statusItem->setDesktopDark(appearance.current().dark);
     statusItem->onHostChanged = [this] { updatePopoverStyle(); };
     hostTimer = scheduler.after(hostGrace, [this] {

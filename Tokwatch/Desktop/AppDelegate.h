@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Application.h"
+#include "ContextMenuWindow.h"
 #include "DesktopAppearance.h"
 #include "HostedWindow.h"
 #include "MeterStatusItem.h"
@@ -70,6 +71,7 @@ class AppDelegate : public QObject {
     std::optional<HostedWindow> popoverHost;
     std::optional<PopoverWindow> popoverWindow;
     std::optional<PopoverController> popover;
+    std::optional<ContextMenuWindow> contextMenu;
     std::optional<ModelStatusItemSource> itemSource;
     std::optional<MeterStatusItem> statusItem;
     std::optional<ObservingUpdater<StatusTitle>> titleObserver;

@@ -6,6 +6,7 @@
 
 Q_IMPORT_QML_PLUGIN(Kivo_ThemePlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_CommonPlugin)
+Q_IMPORT_QML_PLUGIN(Tokwatch_MenuPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_PopoverPlugin)
 
 namespace tokwatch {
