@@ -2,6 +2,7 @@
 
 import os
 import re
+import signal
 import subprocess
 import tempfile
 import time
@@ -48,13 +49,28 @@ class Picture:
         raw = self.raw
         return zip(raw[0::3], raw[1::3], raw[2::3])
 
-    def changed_columns(self, other):
-        """The first and the last column that differ from the other picture, or none."""
+    def changed_box(self, other):
+        """Left, top, right and bottom of what differs from the other picture, or none."""
+        stride = 3 * self.width
+        rows = [y for y in range(self.height) if self._row(y) != other._row(y)]
+        if not rows:
+            return None
         columns = set()
-        for offset in range(0, len(self.raw), 3):
-            if self.raw[offset : offset + 3] != other.raw[offset : offset + 3]:
-                columns.add(offset // 3 % self.width)
-        return (min(columns), max(columns)) if columns else None
+        for y in rows:
+            mine, others = self._row(y), other._row(y)
+            columns.update(at // 3 for at in range(stride) if mine[at] != others[at])
+        return min(columns), rows[0], max(columns), rows[-1]
+
+    def columns(self, predicate):
+        """The first and the last column with a pixel of this kind, or none."""
+        found = {at % self.width for at, pixel in enumerate(self.pixels()) if predicate(*pixel)}
+        return (min(found), max(found)) if found else None
+
+    def _row(self, y):
+        return self.raw[3 * self.width * y : 3 * self.width * (y + 1)]
+
+    def __eq__(self, other):
+        return self.raw == other.raw
 
     def count(self, predicate):
         return sum(1 for pixel in self.pixels() if predicate(*pixel))
@@ -70,16 +86,15 @@ def save(name, x=0, y=0, width=WIDTH, height=720):
     run("import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "+repage", path)
 
 
+def twice_the_same(look, seconds=0.2):
+    """What two looks a little apart agree on, or none: hosts draw some time after they were told."""
+    first = look()
+    time.sleep(seconds)
+    return first if look() == first else None
+
+
 def settled_panel():
-    """The panel once two looks in a row agree: hosts draw some time after they were told."""
-    last = panel()
-    for _ in range(60):
-        time.sleep(0.15)
-        now = panel()
-        if now.raw == last.raw:
-            return now
-        last = now
-    raise AssertionError("the panel does not come to rest")
+    return wait_for("the panel to come to rest", lambda: twice_the_same(panel))
 
 
 def click(x, y, button=LEFT):
@@ -102,6 +117,16 @@ def start_panel():
 
 def stop_panel():
     run(os.environ["DESKTOP_PANEL"], "stop")
+
+
+def end_bus():
+    """Ends the session's message bus, as when the desktop breaks down."""
+    bus = dbus.SessionBus()
+    bus.set_exit_on_disconnect(False)
+    daemon = bus.get_object("org.freedesktop.DBus", "/org/freedesktop/DBus")
+    process = int(daemon.GetConnectionUnixProcessID("org.freedesktop.DBus", dbus_interface="org.freedesktop.DBus"))
+    os.kill(process, signal.SIGTERM)
+    wait_for("the bus to end", lambda: not os.path.exists(f"/proc/{process}/exe"))
 
 
 class StatusItem:

@@ -1,0 +1,198 @@
+#!/usr/bin/python3
+"""The status item in a real status area, as people see and use it. Runs inside script/desktop-session:
+
+    script/desktop-session HOST Tests/Desktop/status_item_test.py PROGRAM
+
+where PROGRAM is StatusItemDemo.
+"""
+
+import sys
+
+import desktop
+from desktop import HOST, LEFT, MIDDLE, RIGHT, TONE, WHEEL_DOWN, Picture, Program, StatusItem, wait_for
+
+PROGRAM = sys.argv[1]
+OPENS_MENU_ON_LEFT = HOST == "xfce-indicator"
+SHOWS_LABEL = HOST == "xfce-indicator"
+NUMBER = "claude 42% · 3h 5m"
+FORWARDS_SCROLL = HOST != "xfce-systray"
+# The xfce panel opens menus below itself, waybar at the pointer.
+MENU_TOP = 0 if HOST == "waybar" else desktop.PANEL_HEIGHT
+
+# Shares of red, green and blue that no text, panel or background has.
+TINTS = {
+    "orange": lambda r, g, b: r > 130 and r - g > 50 and g - b > 50,
+    "red": lambda r, g, b: r > 150 and r - g > 90 and abs(g - b) < 40,
+}
+
+
+def step(name):
+    print(f"{HOST} {TONE}: {name}", flush=True)
+
+
+def find_item(program):
+    """The first and the last column of the item, of its picture where it has a label: what turns red."""
+    program.say(f"title critical {NUMBER}")
+    wait_for("the item to appear in red", lambda: desktop.panel().count(TINTS["red"]) > 30, 30)
+    columns = desktop.settled_panel().columns(TINTS["red"])
+    program.say(f"title normal {NUMBER}")
+    wait_for("the item's usual colour", lambda: not desktop.panel().count(TINTS["red"]))
+    return columns
+
+
+def item_picture(columns):
+    return Picture(columns[0], 0, columns[1] - columns[0] + 1, desktop.PANEL_HEIGHT)
+
+
+def middle_of(columns):
+    return (columns[0] + columns[1]) // 2, desktop.PANEL_HEIGHT // 2 - 1
+
+
+def open_menu(columns, button):
+    """The menu's box: left, top, right, bottom."""
+    desktop.move_away()
+    before = Picture(0, MENU_TOP, desktop.WIDTH, 300)
+    desktop.click(*middle_of(columns), button)
+
+    def box():
+        changed = Picture(0, MENU_TOP, desktop.WIDTH, 300).changed_box(before)
+        if not changed:
+            return None
+        left, top, right, bottom = changed
+        # The pointer and what it lights up are smaller.
+        return changed if right - left > 80 and bottom - top > 60 else None
+
+    left, top, right, bottom = wait_for("the menu to open and rest", lambda: desktop.twice_the_same(box))
+    return left, top + MENU_TOP, right, bottom + MENU_TOP
+
+
+def click_entry(columns, at_bottom=False):
+    """The first or the last entry of the menu."""
+    left, top, right, bottom = open_menu(columns, LEFT if OPENS_MENU_ON_LEFT else RIGHT)
+    desktop.click((left + right) // 2, bottom - 16 if at_bottom else top + 18)
+
+
+def check_looks(program, item, columns):
+    step("shows the number once, in the panel's colours")
+    assert item.label == ("42% · 3h 5m" if SHOWS_LABEL else ""), item.label
+    widths = {width > height for width, height in item.picture_sizes()}
+    assert widths == ({True} if HOST == "waybar" else set() if SHOWS_LABEL else {False}), widths
+    picture = item_picture(columns)
+    is_ink = (lambda r, g, b: min(r, g, b) > 200) if TONE == "dark" else (lambda r, g, b: max(r, g, b) < 90)
+    assert picture.count(is_ink) > 30, f"{picture.count(is_ink)} pixels of ink"
+    for tint, present in TINTS.items():
+        assert picture.count(present) == 0, f"{tint} without a reason"
+    assert "Claude · Session 42% left" in item.tooltip and "&lt;8%&gt; &amp; more" in item.tooltip, item.tooltip
+
+    step("is tinted by severity")
+    for severity, tint in (("warning", "orange"), ("critical", "red")):
+        program.say(f"title {severity} {NUMBER}")
+        wait_for(tint, lambda: item_picture(columns).count(TINTS[tint]) > 30)
+        desktop.save(severity, x=desktop.WIDTH - 300, width=300, height=desktop.PANEL_HEIGHT)
+    program.say(f"title normal {NUMBER}")
+    wait_for("no tint", lambda: not any(item_picture(columns).count(tint) for tint in TINTS.values()))
+
+
+def check_mouse(program, item, columns):
+    x, y = middle_of(columns)
+    if not OPENS_MENU_ON_LEFT:
+        step("hears a left click")
+        desktop.click(x, y, LEFT)
+        heard = [int(word) for word in program.hear(r"click -?\d+ -?\d+").split()[1:]]
+        # waybar tells coordinates of the item's own.
+        assert HOST == "waybar" or abs(heard[0] - x) < 40 and 0 <= heard[1] < 80, heard
+    step("hears a middle click")
+    desktop.click(x, y, MIDDLE)
+    program.hear("refresh")
+
+    step("runs an entry of its menu")
+    click_entry(columns)
+    program.hear(r"click -?\d+ -?\d+" if OPENS_MENU_ON_LEFT else "menu refresh")
+
+    if not FORWARDS_SCROLL:
+        return desktop.move_away()
+    step("steps through the limits on scrolling, and returns")
+    shown = lambda: item.label or str(item.get("IconAccessibleDesc"))
+    usual = shown()
+    desktop.click(x, y, WHEEL_DOWN)
+    wait_for("another limit", lambda: "Weekly 66%" in shown() or "Session 8%" in shown())
+    wait_for("the usual one", lambda: shown() == usual)
+    desktop.move_away()
+
+
+def check_return(program):
+    step("is back after the panel was")
+    desktop.stop_panel()
+    program.hear("no host")
+    desktop.start_panel()
+    program.hear("host", 20)
+    item = StatusItem()
+    wait_for("the registration", item.is_registered)
+    find_item(program)
+
+
+def check_end():
+    step("ends by its menu")
+    program = Program(PROGRAM)
+    try:
+        program.hear("host", 20)
+        columns = find_item(program)
+        click_entry(columns, at_bottom=True)
+        program.hear("menu quit")
+        assert program.process.wait(timeout=10) == 0
+    finally:
+        program.end()
+
+
+def check_bus_closed(program):
+    step("outlives the bus")
+    desktop.end_bus()
+    if HOST != "none":
+        program.hear("no host", 10)
+    program.say("title critical codex 1%")
+    assert program.is_running()
+
+
+def test_without_host():
+    program = Program(PROGRAM)
+    try:
+        step("says that there is no status area, and works")
+        program.hear("no host", 20)
+        program.say("title critical codex 1%")
+        assert StatusItem().label == ""
+        check_bus_closed(program)
+    finally:
+        program.end()
+
+
+def test_with_host():
+    program = Program(PROGRAM)
+    try:
+        program.hear("host", 20)
+        columns = find_item(program)
+        desktop.save("item", x=desktop.WIDTH - 300, width=300, height=desktop.PANEL_HEIGHT)
+        item = StatusItem()
+        check_looks(program, item, columns)
+        check_mouse(program, item, columns)
+        check_return(program)
+        step("is gone with its program")
+        program.say(f"title critical {NUMBER}")
+        wait_for("the item in red", lambda: desktop.panel().count(TINTS["red"]) > 30)
+    finally:
+        program.end()
+    wait_for("the item to leave", lambda: not desktop.panel().count(TINTS["red"]))
+    check_end()
+
+    program = Program(PROGRAM)
+    try:
+        program.hear("host", 20)
+        check_bus_closed(program)
+    finally:
+        program.end()
+
+
+desktop.move_away()
+if HOST == "none":
+    test_without_host()
+else:
+    test_with_host()
