@@ -1,7 +1,6 @@
 #include "ISO8601.h"
 #include "ModelWorld.h"
-#include "ModelsView.h"
-#include "StatsView.h"
+#include "PopoverView.h"
 #include "ViewClock.h"
 
 #include <QClipboard>
@@ -20,17 +19,18 @@ namespace tokwatch::testing {
 /// What the QML tests work with: "world".
 class QuickWorld : public QObject {
     Q_OBJECT
+    Q_PROPERTY(tokwatch::PopoverView* popover READ popoverView CONSTANT)
     Q_PROPERTY(tokwatch::StatsView* stats READ statsView CONSTANT)
     Q_PROPERTY(tokwatch::ModelsView* models READ modelsView CONSTANT)
   public:
     QuickWorld() {
         world.makeModel();
-        stats.emplace(*world.model, clock);
-        models.emplace(*world.model, clock);
+        popover.emplace(*world.model, clock);
     }
 
-    StatsView* statsView() { return &*stats; }
-    ModelsView* modelsView() { return &*models; }
+    PopoverView* popoverView() { return &*popover; }
+    StatsView* statsView() { return popover->stats(); }
+    ModelsView* modelsView() { return popover->models(); }
 
     /// One event of each model, the first of them the costliest.
     Q_INVOKABLE void useModels(int count) {
@@ -67,8 +67,7 @@ class QuickWorld : public QObject {
 
     ModelWorld world{*parseISO8601("2026-11-24T12:00:00Z")};
     ViewClock clock{world.time.clock()};
-    std::optional<StatsView> stats;
-    std::optional<ModelsView> models;
+    std::optional<PopoverView> popover;
 };
 
 /// A new world for each file of tests.

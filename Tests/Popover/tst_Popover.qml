@@ -1,0 +1,88 @@
+import QtQuick
+import QtTest
+import Tokwatch.Popover
+
+Item {
+    width: 420
+    height: 600
+
+    Popover {
+        id: popover
+        anchors.fill: parent
+        view: world.popover
+    }
+    SignalSpy { id: closing; target: popover; signalName: "closeRequested" }
+    SignalSpy { id: settings; target: world.popover; signalName: "settingsRequested" }
+    SignalSpy { id: quitting; target: world.popover; signalName: "quitRequested" }
+
+    TestCase {
+        name: "Popover"
+        when: windowShown
+
+        function init() {
+            world.popover.tab = 0
+            popover.forceActiveFocus()
+            for (const spy of [closing, settings, quitting])
+                spy.clear()
+        }
+
+        /// The first item below that is named so for screen readers.
+        function named(item, name) {
+            if (item.visible && item.Accessible.name === name)
+                return item
+            for (let i = 0; i < item.children.length; ++i) {
+                const found = named(item.children[i], name)
+                if (found)
+                    return found
+            }
+            return null
+        }
+
+        function test_keys_switch_tabs_data() {
+            return [
+                { tag: "right", keys: [[Qt.Key_Right]], tab: 1 },
+                { tag: "to the end and no further", keys: [[Qt.Key_End], [Qt.Key_Right]], tab: 2 },
+                { tag: "and back", keys: [[Qt.Key_End], [Qt.Key_Left]], tab: 1 },
+                { tag: "home", keys: [[Qt.Key_End], [Qt.Key_Home]], tab: 0 },
+                { tag: "around", keys: [[Qt.Key_PageUp, Qt.ControlModifier]], tab: 2 },
+                { tag: "around again", keys: [[Qt.Key_PageUp, Qt.ControlModifier], [Qt.Key_PageDown, Qt.ControlModifier]], tab: 0 },
+            ]
+        }
+        function test_keys_switch_tabs(data) {
+            for (const [key, modifiers] of data.keys)
+                keyClick(key, modifiers ?? Qt.NoModifier)
+            compare(world.popover.tab, data.tab)
+        }
+
+        function test_pointer_switches_tabs() {
+            mouseClick(named(popover, "Models"))
+            compare(world.popover.tab, 2)
+        }
+
+        function test_shortcuts() {
+            keyClick(Qt.Key_Comma, Qt.ControlModifier)
+            compare(settings.count, 1)
+            keyClick(Qt.Key_Q, Qt.ControlModifier)
+            compare(quitting.count, 1)
+            keyClick(Qt.Key_Escape)
+            compare(closing.count, 1)
+            keyClick(Qt.Key_R, Qt.ControlModifier)
+            verify(world.popover.footer.state.isRefreshing)
+        }
+
+        function test_headline_switches_the_unit() {
+            world.useOn("2026-11-24", 12)
+            world.settle()
+            const headline = named(popover, world.popover.usage.summary.spoken)
+            verify(headline)
+            verify(world.popover.usage.summary.showsCost)
+            mouseClick(headline)
+            world.settle()
+            verify(!world.popover.usage.summary.showsCost)
+            headline.forceActiveFocus()
+            keyClick(Qt.Key_Space)
+            world.settle()
+            verify(world.popover.usage.summary.showsCost)
+        }
+    }
+}
