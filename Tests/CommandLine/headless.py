@@ -40,6 +40,11 @@ def check(what, holds, details=""):
     print("ok: " + what)
 
 
+def children(process):
+    with open("/proc/%d/task/%d/children" % (process.pid, process.pid), encoding="ascii") as file:
+        return [int(pid) for pid in file.read().split()]
+
+
 class Network:
     """Answers every name with this machine's address, and every caller with nothing."""
 
@@ -90,6 +95,7 @@ class World:
         os.makedirs(self.path("tmp"))
         self.output = open(self.path("output"), "ab")
         self.command_lines = b""
+        self.spawned = []
 
     def path(self, relative):
         return os.path.join(self.directory, relative)
@@ -105,12 +111,21 @@ class World:
             "accessToken": access, "refreshToken": refresh, "expiresAt": 4102444800000, "subscriptionType": "max"}}))
         self.write("home/.codex/auth.json", json.dumps({"tokens": {"access_token": codex, "account_id": "account"}}))
 
-    def spawn(self, *arguments, trace=None, **how):
+    def spawn(self, *arguments, trace=None):
         command = [self.program, *arguments]
         if trace:
             command = ["strace", "-f", "-qq", "-e", "trace=network", "-o", self.path(trace), *command]
-        return subprocess.Popen(command, env=self.environment, cwd=self.path("tmp"), stdout=self.output,
-                                stderr=self.output, **how)
+        process = subprocess.Popen(command, env=self.environment, cwd=self.path("tmp"), stdout=self.output,
+                                   stderr=self.output)
+        self.spawned.append(process)
+        return process
+
+    def end(self):
+        for process in self.spawned:
+            if process.poll() is None:
+                for pid in [*children(process), process.pid]:
+                    os.kill(pid, signal.SIGKILL)
+                process.wait()
 
     def run(self, *arguments, trace=None):
         return self.spawn(*arguments, trace=trace).wait(DEADLINE)
@@ -150,10 +165,8 @@ class World:
 
 def stop(process):
     # Below a tracer it is the tracer's child that is to end.
-    with open("/proc/%d/task/%d/children" % (process.pid, process.pid), encoding="ascii") as file:
-        children = file.read().split()
-    for pid in children or [process.pid]:
-        os.kill(int(pid), signal.SIGTERM)
+    for pid in children(process) or [process.pid]:
+        os.kill(pid, signal.SIGTERM)
     check("a signal ends the follower cleanly", process.wait(DEADLINE) == 0)
 
 
@@ -221,6 +234,26 @@ def show_refresh(world):
     return follower
 
 
+def threads(process):
+    names = set()
+    for thread in os.listdir("/proc/%d/task" % process.pid):
+        with open("/proc/%d/task/%s/comm" % (process.pid, thread), encoding="utf-8") as file:
+            names.add(file.read().strip())
+    return names
+
+
+def show_sharing(world, working):
+    idle = world.follow()
+    check("of two followers one works", "indexer" in threads(working) and "indexer" not in threads(idle))
+    stop(working)
+    before = world.tokens("claude")
+    world.write("home/.claude/projects/p/c.jsonl", claude_line("three"))
+    world.run("refresh")
+    wait_for("the other takes over", lambda: world.tokens("claude") > before)
+    print("ok: the other takes over")
+    return idle
+
+
 def show_secrecy(world, network, follower):
     with open("/proc/%d/limits" % follower.pid, encoding="utf-8") as file:
         limit = re.search(r"Max core file size +(\S+) +(\S+)", file.read()).groups()
@@ -261,9 +294,12 @@ def main():
     with tempfile.TemporaryDirectory() as directory:
         network = Network(directory)
         world = World(program, directory)
-        show_contacts(world, network)
-        show_silence(world, network)
-        show_secrecy(world, network, show_refresh(world))
+        try:
+            show_contacts(world, network)
+            show_silence(world, network)
+            show_secrecy(world, network, show_sharing(world, show_refresh(world)))
+        finally:
+            world.end()
 
 
 if __name__ == "__main__":
