@@ -1,5 +1,7 @@
-#include "BreakdownRows.h"
+#include "BreakdownModel.h"
 #include "SummaryMaker.h"
+
+#include <QAbstractItemModelTester>
 
 #include <gmock/gmock.h>
 
@@ -25,9 +27,16 @@ UsageSummary example() {
 
 const Calendar utc = Calendar::utc();
 
+std::vector<BreakdownRow> rowsOf(const Breakdown& breakdown) {
+    std::vector<BreakdownRow> rows;
+    for (std::size_t at = 0; at < breakdown.count(); ++at)
+        rows.push_back(breakdown.row(at));
+    return rows;
+}
+
 TEST(BreakdownRows, LeadWithTheUnitAndRankByIt) {
     const std::vector<BreakdownRow> byCost =
-        breakdownRows(example(), BreakdownMode::model, SummaryUnit::cost, utc);
+        rowsOf(Breakdown(example(), BreakdownMode::model, SummaryUnit::cost, utc));
     ASSERT_THAT(byCost, SizeIs(3));
     EXPECT_EQ(byCost[0],
               (BreakdownRow{"claude/opus", "1", "claude", "opus", "~$7.50", "1.00K tokens", "75.0%",
@@ -38,7 +47,7 @@ TEST(BreakdownRows, LeadWithTheUnitAndRankByIt) {
     EXPECT_EQ(byCost[2].spoken, "new, Claude, price unknown, 6.00K tokens, 0% of cost");
 
     const std::vector<BreakdownRow> byTokens =
-        breakdownRows(example(), BreakdownMode::model, SummaryUnit::tokens, utc);
+        rowsOf(Breakdown(example(), BreakdownMode::model, SummaryUnit::tokens, utc));
     ASSERT_THAT(byTokens, SizeIs(3));
     EXPECT_EQ(byTokens[0].id, "claude/new");
     EXPECT_EQ(byTokens[0].rank, "1");
@@ -49,45 +58,87 @@ TEST(BreakdownRows, LeadWithTheUnitAndRankByIt) {
 
 TEST(BreakdownRows, DaysComeNewestFirstWithoutRank) {
     const std::vector<BreakdownRow> rows =
-        breakdownRows(example(), BreakdownMode::day, SummaryUnit::cost, utc);
+        rowsOf(Breakdown(example(), BreakdownMode::day, SummaryUnit::cost, utc));
     ASSERT_THAT(rows, SizeIs(2));
     EXPECT_EQ(rows[0],
               (BreakdownRow{"day/2026-11-24", "", "", "Tue, Nov 24", "$2.50", "9.00K tokens",
                             "25.0%", "Tue, Nov 24, $2.50, 9.00K tokens, 25.0% of cost", 0.25, 0}));
-    EXPECT_THAT(
-        breakdownRows(summaryOf("2026-11-24", 30, {}), BreakdownMode::day, SummaryUnit::cost, utc),
-        IsEmpty());
+    EXPECT_THAT(rowsOf(Breakdown(summaryOf("2026-11-24", 30, {}), BreakdownMode::day,
+                                 SummaryUnit::cost, utc)),
+                IsEmpty());
 }
 
 TEST(BreakdownRows, AreATableForPeopleAndOneForPrograms) {
-    EXPECT_EQ(breakdownTable(example(), BreakdownMode::model, SummaryUnit::cost, utc)
+    EXPECT_EQ(Breakdown(example(), BreakdownMode::model, SummaryUnit::cost, utc)
+                  .table()
                   .aligned()
                   .toStdString(),
               "#  Provider  Model           Tokens    Cost  Share\n"
               "1  Claude    opus             1.00K  ~$7.50  75.0%\n"
               "2  Grok      grok \"4\", beta   3.00K  ~$2.50  25.0%\n"
               "3  Claude    new              6.00K       —     0%\n");
-    EXPECT_EQ(
-        breakdownData(example(), BreakdownMode::model, SummaryUnit::cost, utc).csv().toStdString(),
-        "Provider,Model,Tokens,Cost (USD),Approximate,Cost share,Token share\r\n"
-        "Claude,opus,1000,7.500000,yes,0.750000,0.100000\r\n"
-        "Grok,\"grok \"\"4\"\", beta\",3000,2.500000,yes,0.250000,0.300000\r\n"
-        "Claude,new,6000,,no,0.000000,0.600000\r\n");
-    EXPECT_EQ(breakdownTable(example(), BreakdownMode::day, SummaryUnit::tokens, utc)
+    EXPECT_EQ(Breakdown(example(), BreakdownMode::model, SummaryUnit::cost, utc)
+                  .data()
+                  .csv()
+                  .toStdString(),
+              "Provider,Model,Tokens,Cost (USD),Approximate,Cost share,Token share\r\n"
+              "Claude,opus,1000,7.500000,yes,0.750000,0.100000\r\n"
+              "Grok,\"grok \"\"4\"\", beta\",3000,2.500000,yes,0.250000,0.300000\r\n"
+              "Claude,new,6000,,no,0.000000,0.600000\r\n");
+    EXPECT_EQ(Breakdown(example(), BreakdownMode::day, SummaryUnit::tokens, utc)
+                  .table()
                   .aligned()
                   .toStdString(),
               "Day          Tokens   Cost  Share\n"
               "Tue, Nov 24   9.00K  $2.50  90.0%\n"
               "Mon, Nov 23   1.00K  $7.50  10.0%\n");
     EXPECT_EQ(
-        breakdownData(example(), BreakdownMode::day, SummaryUnit::cost, utc).csv().toStdString(),
+        Breakdown(example(), BreakdownMode::day, SummaryUnit::cost, utc).data().csv().toStdString(),
         "Day,Sessions,Tokens,Cost (USD)\r\n"
         "2026-11-24,2,9000,2.500000\r\n"
         "2026-11-23,1,1000,7.500000\r\n");
     EXPECT_THAT(
-        breakdownData(summaryOf("2026-11-24", 30, {}), BreakdownMode::model, SummaryUnit::cost, utc)
+        Breakdown(summaryOf("2026-11-24", 30, {}), BreakdownMode::model, SummaryUnit::cost, utc)
+            .data()
             .rows,
         IsEmpty());
+}
+
+TEST(BreakdownModel, KeepsRowsInPlaceWhileNumbersChange) {
+    BreakdownModel model;
+    const QAbstractItemModelTester tester(&model,
+                                          QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QStringList signalled;
+    QObject::connect(&model, &QAbstractItemModel::modelReset, [&] { signalled << "reset"; });
+    QObject::connect(&model, &QAbstractItemModel::rowsInserted,
+                     [&](const QModelIndex&, int first, int last) {
+                         signalled << QString("inserted %1-%2").arg(first).arg(last);
+                     });
+    QObject::connect(&model, &QAbstractItemModel::rowsRemoved,
+                     [&](const QModelIndex&, int first, int last) {
+                         signalled << QString("removed %1-%2").arg(first).arg(last);
+                     });
+    QObject::connect(&model, &QAbstractItemModel::dataChanged,
+                     [&](const QModelIndex& first, const QModelIndex& last) {
+                         signalled << QString("changed %1-%2").arg(first.row()).arg(last.row());
+                     });
+    const auto signalsOf = [&](std::optional<Breakdown> next) {
+        signalled.clear();
+        model.assign(std::move(next));
+        return signalled;
+    };
+    const Breakdown three(example(), BreakdownMode::model, SummaryUnit::cost, utc);
+    const Breakdown one(summaryOf("2026-11-24", 30, {{claude, "opus", "2026-11-23", 1, 1}}),
+                        BreakdownMode::model, SummaryUnit::cost, utc);
+    const Breakdown days(example(), BreakdownMode::day, SummaryUnit::cost, utc);
+    EXPECT_THAT(signalsOf(one), ElementsAre("reset"));
+    EXPECT_THAT(signalsOf(three), ElementsAre("inserted 1-2", "changed 0-0"));
+    EXPECT_THAT(signalsOf(three), ElementsAre("changed 0-2"));
+    EXPECT_THAT(signalsOf(one), ElementsAre("removed 1-2", "changed 0-0"));
+    EXPECT_THAT(signalsOf(days), ElementsAre("reset"));
+    EXPECT_EQ(model.data(model.index(0), Qt::UserRole).value<BreakdownRow>().title, "Tue, Nov 24");
+    EXPECT_THAT(signalsOf(std::nullopt), ElementsAre("reset"));
+    EXPECT_EQ(model.rowCount(), 0);
 }
 
 } // namespace

@@ -44,7 +44,7 @@ TEST(StatsView, SaysThatThereIsNothing) {
     EXPECT_EQ(stats.state().emptyText, "");
     EXPECT_EQ(stats.state().tiles.size(), 5);
     EXPECT_EQ(models.emptyText(), "");
-    EXPECT_EQ(models.rows()->count(), 1);
+    EXPECT_EQ(models.rows()->rowCount(), 1);
     EXPECT_EQ(models.notes(), "~ Priced like a similar model, or as its tool reported");
 }
 
@@ -87,9 +87,9 @@ TEST(StatsView, ComputesNothingWhileItIsNotSeen) {
     world.holdBackground = false;
     world.settle();
     EXPECT_EQ(stats.state().chart.whole.value, "");
-    EXPECT_EQ(models.rows()->count(), 0);
+    EXPECT_EQ(models.rows()->rowCount(), 0);
     models.setActive(true);
-    EXPECT_EQ(models.rows()->count(), 1);
+    EXPECT_EQ(models.rows()->rowCount(), 1);
 }
 
 TEST(StatsView, SurvivesItsOwnEndWhileDaysAreRead) {
@@ -113,11 +113,11 @@ TEST(ModelsView, ChangesBetweenModelsAndDays) {
     world.use("2026-11-24T10:00:00Z", 1000, 2);
     ModelsView view(*world.model, world.clock);
     view.setActive(true);
-    EXPECT_EQ(view.rows()->count(), 1);
+    EXPECT_EQ(view.rows()->rowCount(), 1);
     EXPECT_TRUE(view.asText().startsWith("#  Provider  Model")) << view.asText().toStdString();
     view.setMode(1);
     world.settle();
-    EXPECT_EQ(view.rows()->count(), 2);
+    EXPECT_EQ(view.rows()->rowCount(), 2);
     EXPECT_TRUE(view.asCSV().startsWith("Day,Sessions,")) << view.asCSV().toStdString();
 }
 

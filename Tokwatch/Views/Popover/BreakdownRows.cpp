@@ -4,18 +4,11 @@
 #include "Text.h"
 
 #include <algorithm>
+#include <functional>
+#include <utility>
 
 namespace tokwatch {
 namespace {
-
-/// The summary ranks by cost; who looks at tokens wants them ranked.
-UsageSummary rankedBy(SummaryUnit unit, UsageSummary summary) {
-    if (unit == SummaryUnit::tokens)
-        std::ranges::stable_sort(
-            summary.models, std::ranges::greater(),
-            [](const UsageSummary::ModelRow& row) { return row.tokens.total(); });
-    return summary;
-}
 
 QString nameOf(std::optional<ProviderID> provider) {
     return provider ? text(displayName(*provider)) : QString();
@@ -56,38 +49,59 @@ QString number(double value) {
 
 } // namespace
 
-std::vector<BreakdownRow> breakdownRows(const UsageSummary& summary, BreakdownMode mode,
-                                        SummaryUnit unit, const Calendar& calendar) {
-    std::vector<BreakdownRow> rows;
-    for (const SummaryDisplay::BreakdownRow& shown :
-         SummaryDisplay::breakdown(rankedBy(unit, summary), mode, unit, calendar))
-        rows.push_back(rowOf(shown, unit));
-    return rows;
+Breakdown::Breakdown(UsageSummary whole, BreakdownMode mode, SummaryUnit shownUnit, Calendar days)
+    : summary(std::move(whole)), breakdownMode(mode), unit(shownUnit), calendar(std::move(days)) {
+    // The summary ranks by cost; who looks at tokens wants them ranked.
+    if (unit == SummaryUnit::tokens)
+        std::ranges::stable_sort(
+            summary.models, std::ranges::greater(),
+            [](const UsageSummary::ModelRow& row) { return row.tokens.total(); });
 }
 
-TableText breakdownTable(const UsageSummary& summary, BreakdownMode mode, SummaryUnit unit,
-                         const Calendar& calendar) {
-    const bool isModels = mode == BreakdownMode::model;
+std::size_t Breakdown::count() const {
+    return breakdownMode == BreakdownMode::model ? summary.models.size() : summary.perDay.size();
+}
+
+SummaryDisplay::BreakdownRow Breakdown::shown(std::size_t at) const {
+    // The whole with this row alone: shares are still of the whole.
+    UsageSummary one;
+    one.totalCostUSD = summary.totalCostUSD;
+    one.tokens = summary.tokens;
+    if (breakdownMode == BreakdownMode::model)
+        one.models = {summary.models[at]};
+    else
+        one.perDay = {summary.perDay[at]};
+    SummaryDisplay::BreakdownRow row =
+        SummaryDisplay::breakdown(one, breakdownMode, unit, calendar).front();
+    row.rank = static_cast<int>(at) + 1;
+    return row;
+}
+
+BreakdownRow Breakdown::row(std::size_t at) const {
+    return rowOf(shown(at), unit);
+}
+
+TableText Breakdown::table() const {
+    const bool isModels = breakdownMode == BreakdownMode::model;
     TableText table;
     if (isModels)
         table.columns = {{"#", true}, {"Provider"}, {"Model"}};
     else
         table.columns = {{"Day"}};
     table.columns.insert(table.columns.end(), {{"Tokens", true}, {"Cost", true}, {"Share", true}});
-    for (const SummaryDisplay::BreakdownRow& shown :
-         SummaryDisplay::breakdown(rankedBy(unit, summary), mode, unit, calendar)) {
+    for (std::size_t at = 0; at < count(); ++at) {
+        const SummaryDisplay::BreakdownRow row = shown(at);
         QStringList fields;
-        if (isModels) fields << QString::number(shown.rank) << nameOf(shown.provider);
-        fields << text(shown.title) << text(shown.tokens) << text(shown.cost) << text(shown.share);
+        if (isModels) fields << QString::number(row.rank) << nameOf(row.provider);
+        fields << text(row.title) << text(row.tokens) << text(row.cost) << text(row.share);
         table.rows.push_back(fields);
     }
     return table;
 }
 
-TableText breakdownData(const UsageSummary& summary, BreakdownMode mode, SummaryUnit unit,
-                        const Calendar& calendar) {
+TableText Breakdown::data() const {
     TableText table;
-    if (mode == BreakdownMode::day) {
+    if (breakdownMode == BreakdownMode::day) {
         table.columns = {{"Day"}, {"Sessions"}, {"Tokens"}, {"Cost (USD)"}};
         for (const UsageSummary::DayRow& day : summary.perDay)
             table.rows.push_back({text(calendar.dayKey(day.day)), QString::number(day.sessions),
@@ -96,7 +110,7 @@ TableText breakdownData(const UsageSummary& summary, BreakdownMode mode, Summary
     }
     table.columns = {{"Provider"},    {"Model"},      {"Tokens"},     {"Cost (USD)"},
                      {"Approximate"}, {"Cost share"}, {"Token share"}};
-    for (const UsageSummary::ModelRow& model : rankedBy(unit, summary).models)
+    for (const UsageSummary::ModelRow& model : summary.models)
         table.rows.push_back(
             {nameOf(model.provider), text(model.model), QString::number(model.tokens.total()),
              model.costUSD ? number(*model.costUSD) : QString(), model.approximate ? "yes" : "no",

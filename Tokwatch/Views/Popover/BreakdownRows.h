@@ -9,7 +9,7 @@
 #include <QObject>
 #include <QString>
 
-#include <vector>
+#include <cstddef>
 
 namespace tokwatch {
 
@@ -40,17 +40,28 @@ struct BreakdownRow {
     friend bool operator==(const BreakdownRow&, const BreakdownRow&) = default;
 };
 
-/// Models by what they used of the unit, or days from the newest.
-std::vector<BreakdownRow> breakdownRows(const UsageSummary& summary, BreakdownMode mode,
-                                        SummaryUnit unit, const Calendar& calendar);
+/// The models of a summary by what they used of the unit, or its days from the newest. Rows are put
+/// into words one by one, as they come into sight: there may be thousands.
+class Breakdown {
+  public:
+    Breakdown(UsageSummary summary, BreakdownMode mode, SummaryUnit unit, Calendar calendar);
 
-/// The same as a table that people read, with the texts of the rows.
-TableText breakdownTable(const UsageSummary& summary, BreakdownMode mode, SummaryUnit unit,
-                         const Calendar& calendar);
+    BreakdownMode mode() const { return breakdownMode; }
+    std::size_t count() const;
+    BreakdownRow row(std::size_t at) const;
 
-/// The same as a table that programs read: plain numbers, money in dollars, nothing where a price
-/// is unknown.
-TableText breakdownData(const UsageSummary& summary, BreakdownMode mode, SummaryUnit unit,
-                        const Calendar& calendar);
+    /// As people read it, with the texts of the rows.
+    TableText table() const;
+    /// As programs read it: plain numbers, money in dollars, nothing where a price is unknown.
+    TableText data() const;
+
+  private:
+    SummaryDisplay::BreakdownRow shown(std::size_t at) const;
+
+    UsageSummary summary; ///< its models ranked by the unit
+    BreakdownMode breakdownMode;
+    SummaryUnit unit;
+    Calendar calendar;
+};
 
 } // namespace tokwatch

@@ -67,7 +67,8 @@ ChartColumns::Layout ChartColumns::layout() const {
     Layout plan;
     // All columns alike and on whole pixels; what is over goes in front of the first.
     plan.axisLeft = snapped(std::ceil(amounts) + axisGap);
-    plan.pitch = snappedDown((width() - plan.axisLeft) / std::max(count(), 1));
+    const double pitches = std::max(count() - (1 - columnFraction), 1.0);
+    plan.pitch = snappedDown((width() - plan.axisLeft) / pitches);
     plan.barWidth = snapped(plan.pitch * columnFraction);
     plan.left = snapped(width() + plan.pitch - plan.barWidth - plan.pitch * count());
     plan.top = snapped(metrics.height() / 2);

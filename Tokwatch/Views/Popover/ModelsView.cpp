@@ -9,6 +9,7 @@
 #include <QGuiApplication>
 
 #include <algorithm>
+#include <utility>
 
 namespace tokwatch {
 namespace {
@@ -47,6 +48,11 @@ void ModelsView::setMode(int mode) {
     emit modeChanged();
 }
 
+Breakdown ModelsView::breakdown() const {
+    return {model.summary(), breakdownMode.value(), model.preferences().summaryUnit,
+            model.calendar()};
+}
+
 ModelsView::State ModelsView::compute() const {
     const UsageSummary& summary = model.summary();
     State state;
@@ -54,30 +60,24 @@ ModelsView::State ModelsView::compute() const {
         state.emptyText = text(SummaryTexts::noUsage(AppModel::readingDays));
         return state;
     }
-    state.rows =
-        breakdownRows(summary, breakdownMode, model.preferences().summaryUnit, model.calendar());
+    state.breakdown = breakdown();
     state.notes = notesOf(summary);
     return state;
 }
 
 void ModelsView::apply(State next) {
-    rowModel.assign(next.rows);
-    next.rows.clear();
+    rowModel.assign(std::exchange(next.breakdown, std::nullopt));
     const bool textsDiffer = next.emptyText != current.emptyText || next.notes != current.notes;
     current = std::move(next);
     if (textsDiffer) emit textsChanged();
 }
 
 QString ModelsView::asText() const {
-    return breakdownTable(model.summary(), breakdownMode.value(),
-                          model.preferences().summaryUnit.peek(), model.calendar())
-        .aligned();
+    return breakdown().table().aligned();
 }
 
 QString ModelsView::asCSV() const {
-    return breakdownData(model.summary(), breakdownMode.value(),
-                         model.preferences().summaryUnit.peek(), model.calendar())
-        .csv();
+    return breakdown().data().csv();
 }
 
 void ModelsView::copyText() const {

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "BreakdownRows.h"
+#include "BreakdownModel.h"
 #include "ObservingUpdater.h"
-#include "RowModel.h"
 
 #include <QObject>
 #include <QProperty>
@@ -24,7 +23,7 @@ class ModelsView : public QObject {
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(bool active READ isActive WRITE setActive NOTIFY activeChanged)
     Q_PROPERTY(int mode READ mode WRITE setMode NOTIFY modeChanged)
-    Q_PROPERTY(tokwatch::RowModel* rows READ rows CONSTANT)
+    Q_PROPERTY(tokwatch::BreakdownModel* rows READ rows CONSTANT)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY textsChanged)
     Q_PROPERTY(QString notes READ notes NOTIFY textsChanged)
   public:
@@ -38,7 +37,7 @@ class ModelsView : public QObject {
     int mode() const { return static_cast<int>(breakdownMode.value()); }
     void setMode(int mode);
 
-    RowModel* rows() { return &rowModel; }
+    BreakdownModel* rows() { return &rowModel; }
     /// Instead of rows; empty when there are some.
     const QString& emptyText() const { return current.emptyText; }
     /// What the numbers leave out or guess; empty when nothing.
@@ -57,15 +56,16 @@ class ModelsView : public QObject {
 
   private:
     struct State {
-        std::vector<BreakdownRow> rows;
+        std::optional<Breakdown> breakdown;
         QString emptyText;
         QString notes;
     };
+    Breakdown breakdown() const;
     State compute() const;
     void apply(State next);
 
     AppModel& model;
-    RowModel rowModel;
+    BreakdownModel rowModel;
     State current;
     QProperty<BreakdownMode> breakdownMode{BreakdownMode::model};
     std::optional<ObservingUpdater<State>> updater;
