@@ -23,7 +23,7 @@ Item {
         anchors.rightMargin: Theme.space.xs
         visible: delegate.isCurrent
         radius: Theme.space.s
-        color: Theme.colors.hover
+        color: "transparent"
         border.width: 2
         border.color: Theme.colors.focus
     }

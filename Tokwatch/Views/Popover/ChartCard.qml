@@ -25,7 +25,7 @@ Card {
         Accessible.name: "Usage by day"
         Accessible.description: readout.spoken
         Accessible.focusable: true
-        FocusRing { distance: 4 }
+        FocusRing { distance: 6 }
     }
     Row {
         width: parent.width
@@ -46,11 +46,15 @@ Card {
                 }
                 Column {
                     Label {
+                        id: name
+                        width: Math.max(implicitWidth, figure.implicitWidth)
                         text: entry.modelData.name
                         size: Theme.type.caption
                         color: Theme.colors.secondaryText
                     }
                     Label {
+                        id: figure
+                        width: name.width
                         text: columns.readout.figures[entry.index] ?? ""
                         font.weight: Font.Medium
                     }

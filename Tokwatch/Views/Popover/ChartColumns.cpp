@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace tokwatch {
 namespace {
@@ -142,7 +143,7 @@ void ChartColumns::paintColumn(QPainter& painter, const Layout& plan, int day) c
 
 void ChartColumns::paintLabels(QPainter& painter, const Layout& plan) const {
     const double y = plan.base + labelGap;
-    double freeUntil = width();
+    double freeUntil = std::numeric_limits<double>::infinity();
     // From today back: of two that collide the later one stays.
     for (int day = count() - 1; day >= 0; --day) {
         const QString& label = days.columns[static_cast<std::size_t>(day)].label;

@@ -24,7 +24,7 @@ Card {
         Accessible.name: "Calendar of usage"
         Accessible.description: readout.spoken
         Accessible.focusable: true
-        FocusRing { distance: 4 }
+        FocusRing { distance: 6 }
     }
     Row {
         anchors.right: parent.right
