@@ -12,6 +12,8 @@ T.Button {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
 
     contentItem: Label {
         id: label

@@ -62,6 +62,7 @@ T.ComboBox {
         width: box.width
         height: Math.min(contentItem.implicitHeight, 240) + 2 * padding
         padding: Theme.space.xs
+        margins: Theme.space.s // moves it up where it would leave the window
         contentItem: ListView {
             clip: true
             implicitHeight: contentHeight

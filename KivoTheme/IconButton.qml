@@ -14,6 +14,8 @@ T.Button {
     focusPolicy: Qt.TabFocus
     hoverEnabled: true
     Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
 
     contentItem: Item {
         Spinner {

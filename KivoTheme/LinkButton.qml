@@ -12,6 +12,8 @@ T.Button {
     focusPolicy: Qt.TabFocus
     hoverEnabled: true
     Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
 
     HoverHandler { cursorShape: Qt.PointingHandCursor }
     contentItem: Label {

@@ -18,8 +18,8 @@ T.Switch {
         color: toggle.checked ? Theme.colors.accent : Theme.colors.outline
         opacity: toggle.enabled ? 1 : 0.5
         Rectangle {
-            readonly property bool right: toggle.checked !== toggle.mirrored
-            x: right ? parent.width - width - parent.inset : parent.inset
+            readonly property bool atEnd: toggle.checked !== toggle.mirrored
+            x: atEnd ? parent.width - width - parent.inset : parent.inset
             y: parent.inset
             width: parent.height - 2 * parent.inset
             height: width

@@ -2,16 +2,31 @@ import QtQuick
 import QtQuick.Templates as T
 import Kivo.Theme
 
-/// A slider whose filled part has a meaning of its own, told by `fill`.
+/// A slider whose filled part has a meaning of its own, told by `fill`. It follows `amount` and asks
+/// for another one with `chosen`; of its scale only the part from `lowest` to `highest` can be had.
 T.Slider {
     id: slider
     property string name
+    property string spoken
     property color fill: Theme.colors.accent
+    property real amount: from
+    property real lowest: from
+    property real highest: to
+    signal chosen(real amount)
 
     implicitWidth: 200
     implicitHeight: 24
     focusPolicy: Qt.StrongFocus
+    snapMode: T.Slider.SnapAlways
     Accessible.name: name
+    Accessible.description: spoken
+    onAmountChanged: value = amount
+    Component.onCompleted: value = amount
+    onMoved: {
+        value = Math.max(lowest, Math.min(highest, value))
+        if (value !== amount)
+            chosen(value)
+    }
 
     background: Rectangle {
         y: (slider.height - height) / 2
@@ -21,7 +36,7 @@ T.Slider {
         color: Theme.colors.track
         Rectangle {
             x: slider.mirrored ? parent.width - width : 0
-            width: slider.position * parent.width
+            width: slider.handle.width / 2 + slider.position * (parent.width - slider.handle.width)
             height: parent.height
             radius: 2
             color: slider.fill

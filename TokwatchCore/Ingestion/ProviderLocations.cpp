@@ -34,10 +34,14 @@ std::filesystem::path ProviderLocations::codexAuthFile() const {
 }
 
 std::filesystem::path ProviderLocations::cursorStateDB() const {
-    const std::filesystem::path onLinux = home / ".config/Cursor/User/globalStorage/state.vscdb";
+    const std::filesystem::path onLinux = cursorStateDBOnLinux();
     return isThere(onLinux)
                ? onLinux
                : home / "Library/Application Support/Cursor/User/globalStorage/state.vscdb";
+}
+
+std::filesystem::path ProviderLocations::cursorStateDBOnLinux() const {
+    return home / ".config/Cursor/User/globalStorage/state.vscdb";
 }
 
 bool ProviderLocations::isPresent(ProviderID provider) const {

@@ -20,6 +20,8 @@ struct ProviderLocations {
     /// The state database of Cursor: the place of its macOS edition, or of its Linux one where that
     /// exists.
     std::filesystem::path cursorStateDB() const;
+    /// The place of its Linux edition.
+    std::filesystem::path cursorStateDBOnLinux() const;
 
     /// Whether the assistant left traces here. Asks only whether paths exist, not what they hold.
     bool isPresent(ProviderID provider) const;

@@ -13,6 +13,10 @@ void ProviderMark::setProvider(const QString& provider) {
     emit providerChanged();
 }
 
+int ProviderMark::series() const {
+    return static_cast<int>(providerFromRawValue(name.toStdString()).value_or(ProviderID::claude));
+}
+
 void ProviderMark::draw(QPainter& painter) const {
     static_assert(markSide == field);
     painter.fillPath(mark(providerFromRawValue(name.toStdString())), color());

@@ -12,11 +12,14 @@ class ProviderMark : public kivo::GlyphItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QString provider READ provider WRITE setProvider NOTIFY providerChanged)
+    Q_PROPERTY(int series READ series NOTIFY providerChanged)
   public:
     using GlyphItem::GlyphItem;
 
     QString provider() const { return name; }
     void setProvider(const QString& provider);
+    /// The provider's place among the theme's side-by-side colours; 0 for no provider.
+    int series() const;
 
   signals:
     void providerChanged();

@@ -42,6 +42,9 @@ class RowModel : public QAbstractListModel {
         QVariant row;
     };
     void assignEntries(std::vector<Entry> next);
+    /// Moves the row that alone has another place among those from `first` up to `end`, all of
+    /// which are in `next` too; false when more than one has.
+    bool moveOne(std::size_t first, std::size_t end, const std::vector<Entry>& next);
     void replace(std::size_t at, QVariant row);
 
     std::vector<Entry> entries;

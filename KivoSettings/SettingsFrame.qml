@@ -1,0 +1,72 @@
+import QtQuick
+import Kivo.Theme
+import Kivo.Settings
+
+/// A settings window's content: the list of sections at the side, the chosen one's page beside it.
+/// Ctrl+PgUp and Ctrl+PgDown step through the sections; Escape and Ctrl+W ask for closing.
+FocusScope {
+    id: frame
+    required property string name
+    default property list<SettingsSection> sections
+    property int currentIndex: 0
+    signal chosen(int index)
+    signal closeRequested
+
+    function step(distance) {
+        chosen((currentIndex + distance + sections.length) % sections.length)
+    }
+
+    implicitWidth: 720
+    implicitHeight: 560
+    focus: true
+    LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
+    Accessible.role: Accessible.Dialog
+    Accessible.name: name
+    Keys.onEscapePressed: closeRequested()
+
+    Shortcut { sequence: "Ctrl+W"; onActivated: frame.closeRequested() }
+    Shortcut { sequences: ["Ctrl+PgDown", "Ctrl+Tab"]; onActivated: frame.step(1) }
+    Shortcut { sequences: ["Ctrl+PgUp", "Ctrl+Shift+Tab"]; onActivated: frame.step(-1) }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.colors.canvas
+    }
+    Rectangle {
+        id: side
+        anchors { left: parent.left; top: parent.top; bottom: parent.bottom }
+        width: 184
+        color: Theme.colors.card
+
+        SectionList {
+            anchors { fill: parent; margins: Theme.space.m }
+            name: frame.name
+            sections: frame.sections
+            currentIndex: frame.currentIndex
+            focus: true
+            onChosen: index => frame.chosen(index)
+        }
+        Rectangle {
+            anchors { right: parent.right; top: parent.top; bottom: parent.bottom }
+            width: 1
+            color: Theme.colors.hairline
+        }
+    }
+
+    Item {
+        anchors { left: side.right; right: parent.right; top: parent.top; bottom: parent.bottom }
+
+        Repeater {
+            model: frame.sections.length
+            // A page comes into being when it is first looked at, and keeps its place afterwards.
+            Loader {
+                required property int index
+                anchors.fill: parent
+                active: visible || status === Loader.Ready
+                visible: index === frame.currentIndex
+                sourceComponent: frame.sections[index].page
+            }
+        }
+    }
+}

@@ -1,0 +1,55 @@
+import QtQuick
+import QtQuick.Templates as T
+import Kivo.Theme
+
+/// A section's page: its title and what it holds, scrolled where the window is too low. What the
+/// keyboard moves to comes into view.
+FocusScope {
+    id: page
+    required property string title
+    default property alias content: column.data
+
+    Accessible.role: Accessible.Pane
+    Accessible.name: title
+
+    Flickable {
+        id: view
+        anchors.fill: parent
+        contentHeight: column.height
+        boundsBehavior: Flickable.StopAtBounds
+        clip: contentHeight > height
+        T.ScrollBar.vertical: ThinScrollBar {}
+
+        readonly property Item focused: Window.activeFocusItem
+        onFocusedChanged: {
+            for (let item = focused; item; item = item.parent)
+                if (item === column)
+                    return show(focused)
+        }
+        function show(item) {
+            const top = item.mapToItem(column, 0, 0).y - Theme.space.xl
+            const bottom = top + item.height + 2 * Theme.space.xl
+            const furthest = Math.max(0, contentHeight - height)
+            if (top < contentY)
+                contentY = Math.max(0, top)
+            else if (bottom > contentY + height)
+                contentY = Math.min(furthest, bottom - height)
+        }
+
+        Column {
+            id: column
+            anchors { left: parent.left; right: parent.right; margins: Theme.space.xl }
+            topPadding: Theme.space.xl - Theme.space.xs
+            bottomPadding: Theme.space.xl
+            spacing: Theme.space.l
+
+            Label {
+                width: parent.width
+                text: page.title
+                size: Theme.type.figure
+                font.weight: Font.DemiBold
+                Accessible.role: Accessible.Heading
+            }
+        }
+    }
+}

@@ -1,0 +1,72 @@
+import QtQuick
+import Kivo.Theme
+import Kivo.Settings
+
+SettingsPage {
+    id: page
+    required property var view
+
+    title: "General"
+
+    SettingsGroup {
+        SettingsRow {
+            id: login
+            label: "Start at login"
+            caption: page.view.state.loginProblem
+            isProblem: true
+            Toggle {
+                text: login.label
+                checked: page.view.state.startsAtLogin
+                onToggled: page.view.setStartsAtLogin(checked)
+            }
+        }
+        SettingsRow {
+            id: dock
+            label: "Show in the task bar"
+            caption: "Tokwatch opens as a window with its own entry instead of a popover."
+            Toggle {
+                text: dock.label
+                checked: page.view.state.showDockIcon
+                onToggled: page.view.setShowDockIcon(checked)
+            }
+        }
+    }
+    SettingsGroup {
+        SettingsRow {
+            id: unit
+            label: "Summaries lead with"
+            caption: "A click on the summary's number switches as well."
+            SegmentedControl {
+                name: unit.label
+                small: true
+                labels: ["Cost", "Tokens"]
+                currentIndex: page.view.state.unit
+                onChosen: index => page.view.setUnit(index)
+            }
+        }
+    }
+    SettingsGroup {
+        title: "Where things are kept"
+        note: "Both stay on this computer, readable by your account only."
+
+        SettingsRow {
+            label: "Usage data"
+            caption: page.view.state.dataPlace
+            IconButton {
+                symbol: "folder"
+                text: "Show the usage data in the file manager"
+                visible: page.view.state.canShowData
+                onClicked: page.view.showData()
+            }
+        }
+        SettingsRow {
+            label: "Settings"
+            caption: page.view.state.settingsPlace
+            IconButton {
+                symbol: "folder"
+                text: "Show the settings file in the file manager"
+                onClicked: page.view.showSettingsFile()
+            }
+        }
+    }
+}

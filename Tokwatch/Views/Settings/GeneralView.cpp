@@ -1,0 +1,73 @@
+#include "GeneralView.h"
+
+#include "AppModel.h"
+#include "HomePath.h"
+#include "LoginItem.h"
+#include "Preferences.h"
+#include "ViewClock.h"
+
+#include <QFile>
+
+namespace tokwatch {
+namespace {
+
+QUrl directoryOf(const std::filesystem::path& file) {
+    return QUrl::fromLocalFile(QFile::decodeName(file.parent_path().c_str()));
+}
+
+} // namespace
+
+GeneralView::GeneralView(AppModel& appModel, const ViewClock& clock, const SettingsPlaces& where)
+    : model(appModel), places(where), updater([this, &clock] { return computed(clock); },
+                                              [this](GeneralState next) {
+                                                  if (next == current) return;
+                                                  current = std::move(next);
+                                                  emit stateChanged();
+                                              }) {
+    updater.arm();
+}
+
+GeneralState GeneralView::computed(const ViewClock& clock) const {
+    const Preferences& preferences = model.preferences();
+    const std::filesystem::path& home = model.locations().home;
+    GeneralState state;
+    // Other programs write the entry as well, so it is looked at again whenever the clock is.
+    (void)clock.now();
+    state.loginProblem = loginProblem.value();
+    state.startsAtLogin = places.loginItem.isEnabled();
+    state.showDockIcon = preferences.showDockIcon;
+    state.unit = static_cast<int>(preferences.summaryUnit.value());
+    state.canShowData = places.database.has_value();
+    state.dataPlace = places.database ? homePath(*places.database, home)
+                                      : QStringLiteral("In memory only, lost when Tokwatch ends");
+    state.settingsPlace = homePath(places.settingsFile, home);
+    return state;
+}
+
+void GeneralView::setStartsAtLogin(bool starts) {
+    const bool isDone = places.loginItem.setEnabled(starts);
+    loginProblem = isDone ? QString()
+                          : QString("%1 could not be written.")
+                                .arg(homePath(places.loginItem.file(), model.locations().home));
+    current.startsAtLogin = places.loginItem.isEnabled();
+    // Also when nothing changed: then the switch, which moved already, has to move back.
+    emit stateChanged();
+}
+
+void GeneralView::setShowDockIcon(bool shows) {
+    model.preferences().showDockIcon = shows;
+}
+
+void GeneralView::setUnit(int unit) {
+    model.preferences().summaryUnit = unit == 0 ? SummaryUnit::cost : SummaryUnit::tokens;
+}
+
+void GeneralView::showData() {
+    if (places.database) places.open(directoryOf(*places.database));
+}
+
+void GeneralView::showSettingsFile() {
+    places.open(directoryOf(places.settingsFile));
+}
+
+} // namespace tokwatch

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "ObservingUpdater.h"
+#include "SettingsPlaces.h"
+
+#include <QObject>
+#include <QString>
+#include <qqmlregistration.h>
+
+namespace tokwatch {
+
+class AppModel;
+class ViewClock;
+
+struct GeneralState {
+    Q_GADGET
+    Q_PROPERTY(bool startsAtLogin MEMBER startsAtLogin)
+    Q_PROPERTY(QString loginProblem MEMBER loginProblem)
+    Q_PROPERTY(bool showDockIcon MEMBER showDockIcon)
+    Q_PROPERTY(int unit MEMBER unit)
+    Q_PROPERTY(QString dataPlace MEMBER dataPlace)
+    Q_PROPERTY(QString settingsPlace MEMBER settingsPlace)
+    Q_PROPERTY(bool canShowData MEMBER canShowData)
+  public:
+    bool startsAtLogin = false;
+    QString loginProblem; ///< empty unless the entry could not be written
+    bool showDockIcon = false;
+    int unit = 0;      ///< a SummaryUnit
+    QString dataPlace; ///< "~/.local/share/Tokwatch/usage.sqlite"
+    QString settingsPlace;
+    bool canShowData = false;
+    friend bool operator==(const GeneralState&, const GeneralState&) = default;
+};
+
+/// The page "General". References outlive it.
+class GeneralView : public QObject {
+    Q_OBJECT
+    QML_ANONYMOUS
+    Q_PROPERTY(tokwatch::GeneralState state READ state NOTIFY stateChanged)
+  public:
+    GeneralView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places);
+
+    const GeneralState& state() const { return current; }
+
+    Q_INVOKABLE void setStartsAtLogin(bool starts);
+    Q_INVOKABLE void setShowDockIcon(bool shows);
+    Q_INVOKABLE void setUnit(int unit);
+    /// Opens the directories in the file manager.
+    Q_INVOKABLE void showData();
+    Q_INVOKABLE void showSettingsFile();
+
+  signals:
+    void stateChanged();
+
+  private:
+    GeneralState computed(const ViewClock& clock) const;
+
+    AppModel& model;
+    SettingsPlaces places;
+    QProperty<QString> loginProblem;
+    GeneralState current;
+    ObservingUpdater<GeneralState> updater;
+};
+
+} // namespace tokwatch

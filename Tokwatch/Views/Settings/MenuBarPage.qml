@@ -1,0 +1,138 @@
+import QtQuick
+import Kivo.Theme
+import Kivo.Settings
+import Tokwatch.Settings
+
+SettingsPage {
+    id: page
+    required property var view
+    readonly property var shown: view.state
+
+    title: "Menu bar"
+
+    Column {
+        width: parent.width
+        spacing: Theme.space.s
+        Accessible.role: Accessible.Graphic
+        Accessible.name: "Preview: " + page.shown.preview.spoken
+
+        Row {
+            width: parent.width
+            spacing: Theme.space.m
+            PanelStrip {
+                width: (parent.width - parent.spacing) / 2
+                title: page.shown.preview
+                dark: false
+            }
+            PanelStrip {
+                width: (parent.width - parent.spacing) / 2
+                title: page.shown.preview
+                dark: true
+            }
+        }
+        Label {
+            anchors { left: parent.left; right: parent.right; margins: Theme.space.xs }
+            text: page.view.previewNote
+            size: Theme.type.caption
+            color: Theme.colors.secondaryText
+            wrapMode: Text.Wrap
+        }
+    }
+
+    SettingsGroup {
+        SettingsRow {
+            id: style
+            label: "Show"
+            SegmentedControl {
+                name: style.label
+                small: true
+                labels: ["Icon", "Provider"]
+                currentIndex: page.shown.style
+                onChosen: index => page.view.setStyle(index)
+            }
+        }
+        SettingsRow {
+            id: provider
+            label: "Provider"
+            enabled: page.shown.showsProvider
+            ChoiceBox {
+                name: provider.label
+                model: page.shown.providers
+                currentIndex: page.shown.provider
+                onActivated: index => page.view.setProvider(index)
+            }
+        }
+        SettingsRow {
+            id: reset
+            label: "Show the time until the reset"
+            enabled: page.shown.showsProvider
+            Toggle {
+                text: reset.label
+                checked: page.shown.showResetTime
+                onToggled: page.view.setShowResetTime(checked)
+            }
+        }
+    }
+
+    SettingsGroup {
+        title: "Limit"
+        note: "Lowest left picks whichever limit is closest to running out."
+        visible: page.view.windows.count > 0
+
+        Repeater {
+            model: page.view.windows
+            SettingsRow {
+                id: window
+                required property var row
+                label: row.name
+                ChoiceBox {
+                    name: window.label
+                    model: window.row.labels
+                    currentIndex: window.row.current
+                    onActivated: index => page.view.setWindow(window.row.id, index)
+                }
+            }
+        }
+    }
+
+    SettingsGroup {
+        title: "Colour"
+        note: "A limit turns yellow at the warning level and red at the critical level."
+
+        SettingsRow {
+            id: tint
+            label: "Tint the item when a limit runs low"
+            Toggle {
+                text: tint.label
+                checked: page.shown.tint
+                onToggled: page.view.setTint(checked)
+            }
+        }
+        ThresholdRow {
+            label: "Warning level"
+            caption: "Left of a limit"
+            amount: page.shown.warning
+            amountText: page.shown.warningText
+            fill: Theme.colors.warning
+            from: 0
+            to: page.view.highestWarning
+            lowest: page.view.lowestWarning
+            highest: page.view.highestWarning
+            stepSize: page.view.step
+            onChosen: amount => page.view.setWarning(amount)
+        }
+        ThresholdRow {
+            label: "Critical level"
+            caption: "Critical stays below warning"
+            amount: page.shown.critical
+            amountText: page.shown.criticalText
+            fill: Theme.colors.critical
+            from: 0
+            to: page.view.highestWarning
+            lowest: page.view.lowestCritical
+            highest: page.shown.highestCritical
+            stepSize: page.view.step
+            onChosen: amount => page.view.setCritical(amount)
+        }
+    }
+}

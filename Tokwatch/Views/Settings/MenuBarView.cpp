@@ -1,0 +1,145 @@
+#include "MenuBarView.h"
+
+#include "AppModel.h"
+#include "MeterFormat.h"
+#include "Preferences.h"
+#include "Text.h"
+#include "ViewClock.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tokwatch {
+namespace {
+
+/// Sliders move and answer in whole percents.
+double wholePercent(double fraction) {
+    return std::round(fraction * 100) / 100;
+}
+
+QString percentText(double fraction) {
+    return QString("%1%").arg(std::lround(fraction * 100));
+}
+
+/// Whether limits of the provider can ever be known.
+bool canHaveLimits(ProviderID provider) {
+    return provider == ProviderID::claude || provider == ProviderID::codex;
+}
+
+} // namespace
+
+MenuBarView::MenuBarView(AppModel& appModel, const ViewClock& clock)
+    : model(appModel), stateUpdater([this, &clock] { return computed(clock); },
+                                    [this](MenuBarState next) {
+                                        if (next == current) return;
+                                        current = std::move(next);
+                                        emit stateChanged();
+                                    }),
+      windowsUpdater([this] { return windowRows(); },
+                     [this](const std::vector<WindowRow>& rows) { windowModel.assign(rows); }) {
+    stateUpdater.arm();
+    windowsUpdater.arm();
+}
+
+QString MenuBarView::previewNote() const {
+    if (current.preview.isSample) return "A sample, until your limits are known.";
+    return "Panels that give each item a square show the number alone.";
+}
+
+double MenuBarView::lowestWarning() const {
+    return Preferences::lowestWarning;
+}
+
+double MenuBarView::highestWarning() const {
+    constexpr double stillUseful = 0.9;
+    return stillUseful;
+}
+
+double MenuBarView::lowestCritical() const {
+    return Preferences::lowestCritical;
+}
+
+double MenuBarView::step() const {
+    return 0.01;
+}
+
+MenuBarState MenuBarView::computed(const ViewClock& clock) const {
+    const Preferences& preferences = model.preferences();
+    const std::vector<ProviderID> enabled = preferences.enabledProviders();
+    MenuBarState state;
+    state.style = static_cast<int>(preferences.menuBarStyle.value());
+    state.showsProvider = preferences.menuBarStyle == MenuBarStyle::provider && !enabled.empty();
+    for (const ProviderID provider : enabled)
+        state.providers.append(text(displayName(provider)));
+    // A pinned provider that is turned off gives way to the first one, as in the item.
+    const auto pinned = std::ranges::find(enabled, preferences.pinnedProvider.value());
+    if (!enabled.empty())
+        state.provider = pinned == enabled.end() ? 0 : static_cast<int>(pinned - enabled.begin());
+    state.showResetTime = preferences.showResetTime;
+    state.tint = preferences.tintEnabled;
+    state.warning = preferences.warningThreshold;
+    state.critical = preferences.criticalThreshold;
+    state.highestCritical = state.warning - Preferences::thresholdGap;
+    state.warningText = percentText(state.warning);
+    state.criticalText = percentText(state.critical);
+    state.preview = titlePreview(preferences, model.limits(), clock.now());
+    return state;
+}
+
+std::vector<WindowRow> MenuBarView::windowRows() const {
+    const WindowChoices& chosen = model.preferences().menuBarWindows;
+    std::vector<WindowRow> rows;
+    for (const ProviderID provider : model.preferences().enabledProviders()) {
+        const std::vector<WindowChoice> choices = windowChoices(model.limits(), provider);
+        if (choices.empty() && !canHaveLimits(provider)) continue;
+        WindowRow row{text(rawValue(provider)), text(displayName(provider)), {"Lowest left"}, 0};
+        const auto choice = chosen.find(std::string(rawValue(provider)));
+        for (const WindowChoice& window : choices) {
+            if (choice != chosen.end() && choice->second == window.windowID)
+                row.current = static_cast<int>(row.labels.size());
+            row.labels.append(text(window.label));
+        }
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+void MenuBarView::setStyle(int style) {
+    model.preferences().menuBarStyle = style == 0 ? MenuBarStyle::icon : MenuBarStyle::provider;
+}
+
+void MenuBarView::setProvider(int index) {
+    const std::vector<ProviderID> enabled = model.preferences().enabledProviders();
+    if (index < 0 || index >= static_cast<int>(enabled.size())) return;
+    model.preferences().pinnedProvider = enabled[static_cast<std::size_t>(index)];
+}
+
+void MenuBarView::setWindow(const QString& provider, int index) {
+    const std::optional<ProviderID> id = providerFromRawValue(provider.toStdString());
+    if (!id) return;
+    const std::vector<WindowChoice> windows = windowChoices(model.limits(), *id);
+    WindowChoices choices = model.preferences().menuBarWindows.peek();
+    if (index <= 0)
+        choices.erase(provider.toStdString());
+    else if (index <= static_cast<int>(windows.size()))
+        choices[provider.toStdString()] = windows[static_cast<std::size_t>(index) - 1].windowID;
+    model.preferences().menuBarWindows = std::move(choices);
+}
+
+void MenuBarView::setShowResetTime(bool shows) {
+    model.preferences().showResetTime = shows;
+}
+
+void MenuBarView::setTint(bool tints) {
+    model.preferences().tintEnabled = tints;
+}
+
+void MenuBarView::setWarning(double left) {
+    model.preferences().warningThreshold = wholePercent(left);
+}
+
+void MenuBarView::setCritical(double left) {
+    model.preferences().criticalThreshold = wholePercent(left);
+}
+
+} // namespace tokwatch

@@ -1,0 +1,40 @@
+import QtQuick
+import Kivo.Settings
+import Tokwatch.Settings
+
+/// All of the settings window.
+SettingsFrame {
+    id: settings
+    required property SettingsView view
+
+    name: "Tokwatch Settings"
+    currentIndex: view.page
+    onChosen: index => view.page = index
+    onCloseRequested: view.closeRequested()
+
+    SettingsSection {
+        title: "General"
+        symbol: "gear"
+        page: Component { GeneralPage { view: settings.view.general } }
+    }
+    SettingsSection {
+        title: "Menu bar"
+        symbol: "window"
+        page: Component { MenuBarPage { view: settings.view.menuBar } }
+    }
+    SettingsSection {
+        title: "Providers"
+        symbol: "layers"
+        page: Component { ProvidersPage { view: settings.view.providers } }
+    }
+    SettingsSection {
+        title: "Privacy"
+        symbol: "lock"
+        page: Component { PrivacyPage { view: settings.view.privacy } }
+    }
+    SettingsSection {
+        title: "About"
+        symbol: "info"
+        page: Component { AboutPage { view: settings.view.about } }
+    }
+}

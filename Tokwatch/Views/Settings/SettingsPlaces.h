@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QUrl>
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+
+namespace kivo {
+class LoginItem;
+}
+
+namespace tokwatch {
+
+/// What the settings touch besides the preferences and the model. References outlive the view.
+struct SettingsPlaces {
+    std::optional<std::filesystem::path> database; ///< none while it is a temporary one
+    std::filesystem::path settingsFile;
+    kivo::LoginItem& loginItem;
+    /// Shows a web page in the browser, a directory in the file manager.
+    std::function<void(const QUrl&)> open;
+};
+
+} // namespace tokwatch

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "AboutView.h"
+#include "GeneralView.h"
+#include "MenuBarView.h"
+#include "PrivacyView.h"
+#include "ProvidersView.h"
+
+#include <QObject>
+#include <qqmlregistration.h>
+
+namespace tokwatch {
+
+class AppModel;
+class ViewClock;
+
+/// All that the settings window shows and can do. References outlive it. Main thread only.
+class SettingsView : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+    Q_PROPERTY(int page READ page WRITE setPage NOTIFY pageChanged)
+    Q_PROPERTY(tokwatch::GeneralView* general READ general CONSTANT)
+    Q_PROPERTY(tokwatch::MenuBarView* menuBar READ menuBar CONSTANT)
+    Q_PROPERTY(tokwatch::ProvidersView* providers READ providers CONSTANT)
+    Q_PROPERTY(tokwatch::PrivacyView* privacy READ privacy CONSTANT)
+    Q_PROPERTY(tokwatch::AboutView* about READ about CONSTANT)
+  public:
+    enum class Page { general, menuBar, providers, privacy, about };
+    Q_ENUM(Page)
+
+    SettingsView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places);
+
+    /// A Page as a number.
+    int page() const { return static_cast<int>(shown); }
+    void setPage(int page);
+    GeneralView* general() { return &generalView; }
+    MenuBarView* menuBar() { return &menuBarView; }
+    ProvidersView* providers() { return &providersView; }
+    PrivacyView* privacy() { return &privacyView; }
+    AboutView* about() { return &aboutView; }
+
+  signals:
+    void pageChanged();
+    void closeRequested();
+
+  private:
+    Page shown = Page::general;
+    GeneralView generalView;
+    MenuBarView menuBarView;
+    ProvidersView providersView;
+    PrivacyView privacyView;
+    AboutView aboutView;
+};
+
+} // namespace tokwatch

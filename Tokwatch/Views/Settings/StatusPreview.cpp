@@ -1,0 +1,78 @@
+#include "StatusPreview.h"
+
+#include "StatusPictures.h"
+#include "StatusTint.h"
+
+#include <QPainter>
+#include <QQuickWindow>
+
+#include <cmath>
+
+namespace tokwatch {
+namespace {
+
+/// What most panels leave to an item.
+constexpr int itemHeight = 22;
+
+QImage drawing(const TitlePreview& title, const Ink& ink, bool isSquare, int height) {
+    const std::optional<ProviderID> provider = providerFromRawValue(title.provider.toStdString());
+    if (title.percent >= 0 && isSquare) return gaugePicture(title.percent, ink, height);
+    if (!title.text.isEmpty()) return titlePicture(provider, title.text, ink, height);
+    return markPicture(provider, ink, height);
+}
+
+} // namespace
+
+StatusPreview::StatusPreview(QQuickItem* parent) : QQuickPaintedItem(parent) {}
+
+void StatusPreview::setTitle(const TitlePreview& title) {
+    if (title == shown) return;
+    shown = title;
+    redraw();
+    emit titleChanged();
+}
+
+void StatusPreview::setOnDarkPanel(bool isDark) {
+    if (isDark == dark) return;
+    dark = isDark;
+    redraw();
+    emit panelChanged();
+}
+
+void StatusPreview::setSquare(bool isSquare) {
+    if (isSquare == square) return;
+    square = isSquare;
+    redraw();
+    emit shapeChanged();
+}
+
+QColor StatusPreview::panelColor() const {
+    return dark ? QColor(0x1d, 0x1d, 0x21) : QColor(0xf1, 0xf1, 0xf4);
+}
+
+void StatusPreview::itemChange(ItemChange change, const ItemChangeData& data) {
+    if (change == ItemDevicePixelRatioHasChanged || change == ItemSceneChange) redraw();
+    QQuickPaintedItem::itemChange(change, data);
+}
+
+void StatusPreview::componentComplete() {
+    QQuickPaintedItem::componentComplete();
+    redraw();
+}
+
+void StatusPreview::redraw() {
+    if (!isComponentComplete()) return;
+    const double ratio = window() ? window()->effectiveDevicePixelRatio() : 1;
+    const Ink ink{statusTint(static_cast<Severity>(shown.severity), dark)};
+    picture = drawing(shown, ink, square, static_cast<int>(std::lround(itemHeight * ratio)));
+    picture.setDevicePixelRatio(ratio);
+    const QSizeF size = picture.deviceIndependentSize();
+    setImplicitSize(std::ceil(size.width()), std::ceil(size.height()));
+    update();
+}
+
+void StatusPreview::paint(QPainter* painter) {
+    painter->drawImage(QPointF(0, 0), picture);
+}
+
+} // namespace tokwatch

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "TitlePreview.h"
+
+#include <QColor>
+#include <QImage>
+#include <QQuickPaintedItem>
+#include <qqmlregistration.h>
+
+namespace tokwatch {
+
+/// A picture of the status item, drawn as the item itself is: "StatusPreview" in QML. It is as
+/// large as what it shows.
+class StatusPreview : public QQuickPaintedItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(tokwatch::TitlePreview title READ title WRITE setTitle NOTIFY titleChanged)
+    Q_PROPERTY(bool onDarkPanel READ isOnDarkPanel WRITE setOnDarkPanel NOTIFY panelChanged)
+    Q_PROPERTY(bool isSquare READ isSquare WRITE setSquare NOTIFY shapeChanged)
+    Q_PROPERTY(QColor panelColor READ panelColor NOTIFY panelChanged)
+  public:
+    explicit StatusPreview(QQuickItem* parent = nullptr);
+
+    const TitlePreview& title() const { return shown; }
+    void setTitle(const TitlePreview& title);
+    bool isOnDarkPanel() const { return dark; }
+    void setOnDarkPanel(bool isDark);
+    /// As hosts show it that give every item a square.
+    bool isSquare() const { return square; }
+    void setSquare(bool isSquare);
+    /// What a panel of this tone looks like.
+    QColor panelColor() const;
+
+    void paint(QPainter* painter) override;
+
+  signals:
+    void titleChanged();
+    void panelChanged();
+    void shapeChanged();
+
+  protected:
+    void itemChange(ItemChange change, const ItemChangeData& data) override;
+    void componentComplete() override;
+
+  private:
+    void redraw();
+
+    TitlePreview shown;
+    bool dark = false;
+    bool square = false;
+    QImage picture;
+};
+
+} // namespace tokwatch

@@ -1,0 +1,57 @@
+#include "TitlePreview.h"
+
+#include "Preferences.h"
+#include "Text.h"
+
+#include <algorithm>
+
+namespace tokwatch {
+namespace {
+
+LimitsByProvider sampleLimits(const std::vector<ProviderID>& providers, Date now) {
+    constexpr double minute = 60;
+    ProviderLimits sample;
+    sample.windows = {
+        {"session", "Session", 0.58, 300 * minute, now + Seconds{185 * minute},
+         LimitSource::live()},
+        {"weekly", "Weekly", 0.36, 10'080 * minute, now + Seconds{4'000 * minute},
+         LimitSource::live()},
+    };
+    LimitsByProvider limits;
+    for (const ProviderID provider : providers)
+        limits[provider] = sample;
+    return limits;
+}
+
+QString spokenSeverity(Severity severity) {
+    switch (severity) {
+    case Severity::normal:
+        return {};
+    case Severity::warning:
+        return QStringLiteral(", yellow");
+    case Severity::critical:
+        return QStringLiteral(", red");
+    }
+    return {};
+}
+
+} // namespace
+
+TitlePreview titlePreview(const Preferences& preferences, const LimitsByProvider& limits,
+                          Date now) {
+    const std::vector<ProviderID> enabled = preferences.enabledProviders();
+    TitlePreview preview;
+    preview.isSample = windowChoices(preferences, limits).empty() && !enabled.empty();
+    const StatusTitle title = preview.isSample
+                                  ? statusTitle(preferences, sampleLimits(enabled, now), now)
+                                  : statusTitle(preferences, limits, now);
+    preview.text = text(title.text.value_or(""));
+    preview.severity = static_cast<int>(title.severity);
+    if (title.provider) preview.provider = text(rawValue(*title.provider));
+    if (title.text) preview.percent = preview.text.section(u'%', 0, 0).toInt();
+    const QString name = title.provider ? text(displayName(*title.provider)) : "Tokwatch";
+    preview.spoken = (name + u' ' + preview.text).trimmed() + spokenSeverity(title.severity);
+    return preview;
+}
+
+} // namespace tokwatch
