@@ -35,7 +35,7 @@ TEST(RowModel, ChangesOnlyWhatDiffers) {
     const Case cases[]{
         {"", "", 0, 0},        {"", "abc", 0, 3},     {"abc", "", 3, 0},      {"abc", "abc", 0, 0},
         {"abc", "abcd", 0, 1}, {"abc", "xabc", 0, 1}, {"abc", "ac", 1, 0},    {"abc", "axc", 1, 1},
-        {"aab", "ab", 1, 0},   {"ab", "aab", 0, 1},   {"abcd", "dabc", 4, 4}, {"aa", "a", 1, 0},
+        {"aab", "ab", 1, 0},   {"ab", "aab", 0, 1},   {"abcd", "dcba", 4, 4}, {"aa", "a", 1, 0},
     };
     for (const Case& each : cases) {
         RowModel model;
@@ -56,6 +56,33 @@ TEST(RowModel, ChangesOnlyWhatDiffers) {
         EXPECT_EQ(after, each.after) << what;
         EXPECT_EQ(removed, each.removed) << what;
         EXPECT_EQ(inserted, each.inserted) << what;
+    }
+}
+
+TEST(RowModel, MovesARowThatAloneHasAnotherPlace) {
+    struct Case {
+        const char* before;
+        const char* after;
+        int from;
+        int to; ///< before which of the old rows
+    };
+    const Case cases[]{{"abcd", "dabc", 3, 0}, {"abcd", "bcda", 0, 4}, {"abcd", "acbd", 1, 3},
+                       {"abcd", "acdb", 1, 4}, {"abcd", "adbc", 3, 1}, {"ab", "ba", 0, 2}};
+    for (const Case& each : cases) {
+        const std::string what = std::string(each.before) + " to " + each.after;
+        RowModel model;
+        model.assign(rows(each.before));
+        QSignalSpy moves(&model, &RowModel::rowsMoved);
+        QSignalSpy removals(&model, &RowModel::rowsRemoved);
+        model.assign(rows(each.after, 7));
+        ASSERT_EQ(moves.count(), 1) << what;
+        EXPECT_EQ(moves[0][1].toInt(), each.from) << what;
+        EXPECT_EQ(moves[0][4].toInt(), each.to) << what;
+        EXPECT_EQ(removals.count(), 0) << what;
+        for (int at = 0; at < model.count(); ++at) {
+            const Pair row = model.data(model.index(at), Qt::UserRole).value<Pair>();
+            EXPECT_EQ(row, (Pair{QString(QChar(each.after[at])), 7})) << what;
+        }
     }
 }
 
