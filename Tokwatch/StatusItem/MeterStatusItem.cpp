@@ -15,7 +15,7 @@ namespace {
 using kivo::StatusAreaKind;
 
 // What status areas are high, at one and at two pixels to the point.
-constexpr std::array squareSides{16, 22, 24, 32, 44, 48, 64};
+constexpr std::array squareSides{16, 18, 20, 22, 24, 32, 44, 48, 64};
 constexpr std::array wideHeights{21, 42};
 
 /// The number at the beginning of "42% · 3h 5m".
@@ -80,7 +80,7 @@ MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusItem
 void MeterStatusItem::hostChanged() {
     update();
     menu.rebuild();
-    if (hasHost() || hostKnown) tellHost();
+    tellHost();
 }
 
 void MeterStatusItem::tellHost() {
@@ -154,7 +154,7 @@ void MeterStatusItem::draw(const Face& face) {
         icon.pictures = pictures(wideHeights, [&](int height) {
             return titlePicture(title.provider, text, ink, height);
         });
-    } else if (percent && face.area.kind != StatusAreaKind::wide) {
+    } else if (percent) {
         icon.pictures =
             pictures(squareSides, [&](int side) { return gaugePicture(*percent, ink, side); });
     } else {
