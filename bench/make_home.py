@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """make_home.py DIR --megabytes N --files F: a home of a given size for measuring, in the proportions of real logs:
-three quarters Claude Code, one quarter Codex; about 160,000 lines in a gigabyte name usage, most bytes are tool output.
+three quarters Claude Code, one quarter Codex; about 150,000 lines in a gigabyte name usage, most bytes are tool output.
 A home that was made with the same numbers before is kept."""
 import argparse
 import json

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""measure.py BUILD WORK [--home DIR] [--quick]: whole-process times of the commands, each beside its baseline.
+"""measure.py BUILD WORK [--home DIR] [--quick] [--patience SECONDS]: whole-process times of the commands, each beside its baseline.
 
 Runs alternate with the baseline's, so that a machine whose speed drifts slows both, and each pair waits for a moment
 in which little else runs. The ratio is the median of the pairs' ratios; beside the median time stands the least, which
@@ -13,7 +13,6 @@ import subprocess
 import sys
 import time
 
-QUIET_PATIENCE = 20  # seconds
 HERE = os.path.dirname(os.path.abspath(__file__))
 
 
@@ -41,9 +40,9 @@ def busy_share(seconds):
     return 1 - (later_idle - idle) / max(1, later_total - total)
 
 
-def wait_for_quiet():
-    """Until little else runs, for at most as long as it is worth; what is measured beside others says nothing."""
-    deadline = time.monotonic() + QUIET_PATIENCE
+def wait_for_quiet(patience):
+    """Until little else runs, for so many seconds at most; what is measured beside other work says little."""
+    deadline = time.monotonic() + patience
     while busy_share(0.1) > 0.1:
         if time.monotonic() > deadline:
             return False
@@ -63,9 +62,9 @@ class Figures:
 
 
 class Bench:
-    def __init__(self, build, work):
+    def __init__(self, build, work, patience):
         self.tokwatch, self.scan = os.path.join(build, "bin/tokwatch"), os.path.join(build, "bin/bare-scan")
-        self.work, self.disturbed = work, 0
+        self.work, self.patience, self.disturbed = work, patience, 0
 
     def home(self, name, megabytes, files):
         path = os.path.join(self.work, name)
@@ -79,7 +78,7 @@ class Bench:
         run(command)
         pairs = []
         for _ in range(runs):
-            self.disturbed += not wait_for_quiet()
+            self.disturbed += not wait_for_quiet(self.patience)
             base = run(baseline)[0]
             before()
             seconds, memory = run(command)
@@ -155,10 +154,12 @@ def main():
     parser.add_argument("build")
     parser.add_argument("work")
     parser.add_argument("--home")
+    parser.add_argument("--patience", type=float, default=20, metavar="SECONDS",
+                        help="how long each pair waits for a quiet moment")
     parser.add_argument("--quick", action="store_true", help="100 MB only")
     options = parser.parse_args()
     os.environ["TZ"] = "UTC"
-    bench = Bench(options.build, options.work)
+    bench = Bench(options.build, options.work, options.patience)
     print("Machine: %s; load average at the start %.1f. Page cache warm.\n" % (machine(), os.getloadavg()[0]))
     print("| what | median | least | baseline, median | baseline, least | ratio, median of pairs | ratio of the least | "
           "peak memory | target | pairs |")

@@ -87,6 +87,18 @@ TEST(Snapshot, HasThirtyDaysOfCostAcrossAChangeOfClocks) {
     EXPECT_EQ(snapshot.generatedAt, now);
 }
 
+TEST(Snapshot, CostsNothingOnADayThatAZoneLeftOut) {
+    const Calendar apia = *Calendar::named("Pacific/Apia"); // 30 December 2011 never was
+    const Date newYear = *parseISO8601("2012-01-01T00:00:00Z");
+    UsageSummary summary;
+    summary.daily = {{apia.startOfDay(newYear - Seconds{2 * 86'400}), ProviderID::claude, 1, 1},
+                     {apia.startOfDay(newYear - Seconds{86'400}), ProviderID::claude, 1, 2},
+                     {apia.startOfDay(newYear), ProviderID::claude, 1, 4}};
+    const std::vector<double> costs = Snapshot::make(summary, {}, {}, newYear, apia).dailyCost30;
+    ASSERT_THAT(costs, SizeIs(30));
+    EXPECT_THAT(std::vector<double>(costs.end() - 5, costs.end()), ElementsAre(0, 1, 0, 2, 4));
+}
+
 TEST(Snapshot, ListsAProviderForItsLimitsOrAnyUsageAlone) {
     UsageSummary summary;
     summary.daily = {point("2026-03-30T08:00:00Z", ProviderID::claude, 0, 0),

@@ -15,6 +15,9 @@ namespace {
 /// Events in one transaction. More of them touch each page of the key index less often; fewer keep
 /// memory low and let other users of the store in sooner.
 constexpr std::size_t groupEventLimit = 16'384;
+/// The first group is smaller and each next one twice as large, so that the writer has something to
+/// do while the first logs are still being read.
+constexpr std::size_t firstGroupEvents = 2'048;
 /// Slices in one transaction: bounds what a killed pass has to read again.
 constexpr std::size_t groupSliceLimit = 1'024;
 /// Below this many unread bytes a second thread costs more than it brings.
@@ -42,7 +45,7 @@ std::int64_t unreadBytes(const PendingFile& pending) {
 
 } // namespace
 
-IndexPass::IndexPass(Environment environment) : env(environment) {}
+IndexPass::IndexPass(Environment environment) : env(environment), groupEvents(firstGroupEvents) {}
 
 IndexOutcome IndexPass::run() {
     if (!env.scope) cursorTexts = env.store.cursorTexts();
@@ -177,7 +180,10 @@ void IndexPass::take(Slice slice) {
         std::move(slice.events.begin(), slice.events.end(), std::back_inserter(events));
         noteCodexLimits(std::move(slice.limits));
     }
-    if (events.size() >= groupEventLimit || group.size() >= groupSliceLimit) flush();
+    if (events.size() >= groupEvents || group.size() >= groupSliceLimit) {
+        flush();
+        groupEvents = std::min(groupEvents * 2, groupEventLimit);
+    }
     // A value for each slice: the receiver decides how often to show one.
     if (env.progress) env.progress(part.progress);
 }

@@ -83,6 +83,7 @@ class IndexPass {
     std::vector<PendingFile> files; ///< changed ones, provider by provider
     std::set<std::size_t> unstored; ///< files of which a slice could not be stored
     std::vector<StoredSlice> group;
+    std::size_t groupEvents; ///< how many events make a group full
     std::vector<UsageEvent> events;
     std::optional<ProviderLimits> codexLimits; ///< the newest of this pass
     bool codexLimitsPending = false;           ///< not stored yet

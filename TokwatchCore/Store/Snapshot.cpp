@@ -99,9 +99,16 @@ Snapshot Snapshot::make(const UsageSummary& summary,
             provider.cost30dUSD = total->second.costUSD;
         }
     }
-    for (const Date day : calendar.daysEnding(now, seriesDays))
+    const Date today = calendar.startOfDay(now);
+    std::optional<Date> last;
+    for (int offset = 1 - seriesDays; offset <= 0; ++offset) {
+        const Date day = calendar.startOfDay(calendar.addingDays(today, offset));
+        // A day that a zone left out when it crossed the date line is asked for as the one after.
+        if (day == last) snapshot.dailyCost30.back() = 0;
         snapshot.dailyCost30.push_back(costOf(day));
-    snapshot.costTodayUSD = costOf(calendar.startOfDay(now));
+        last = day;
+    }
+    snapshot.costTodayUSD = costOf(today);
     snapshot.cost30dUSD = summary.totalCostUSD;
     return snapshot;
 }
