@@ -105,10 +105,7 @@ void ChartColumns::paintAxis(QPainter& painter, const Layout& plan) const {
         painter.fillRect(placed({plan.axisLeft, y, length, pixel}), palette.hairline);
         const QRectF place(0, snapped(y - metrics.height() / 2), plan.axisLeft - axisGap,
                            metrics.height());
-        painter.drawText(placed(place),
-                         Qt::AlignVCenter | (isMirrored() ? Qt::AlignLeft : Qt::AlignRight) |
-                             Qt::TextDontClip,
-                         tick.text);
+        painter.drawText(placed(place), trailing(Qt::AlignVCenter), tick.text);
     }
     painter.fillRect(placed({plan.axisLeft, plan.base, length, pixel}), palette.outline);
 }

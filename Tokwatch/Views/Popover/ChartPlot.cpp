@@ -77,6 +77,16 @@ QFont ChartPlot::font(QFont::Weight weight) const {
     return font;
 }
 
+int ChartPlot::leading(Qt::Alignment vertical) const {
+    const Qt::Alignment horizontal = mirrored ? Qt::AlignRight : Qt::AlignLeft;
+    return static_cast<int>(horizontal | vertical) | Qt::TextDontClip;
+}
+
+int ChartPlot::trailing(Qt::Alignment vertical) const {
+    const Qt::Alignment horizontal = mirrored ? Qt::AlignLeft : Qt::AlignRight;
+    return static_cast<int>(horizontal | vertical) | Qt::TextDontClip;
+}
+
 void ChartPlot::hoverEnterEvent(QHoverEvent* event) {
     hoverMoveEvent(event);
 }
@@ -100,7 +110,7 @@ void ChartPlot::keyPressEvent(QKeyEvent* event) {
         key = Qt::Key_Right;
     else if (mirrored && key == Qt::Key_Right)
         key = Qt::Key_Left;
-    int next = current();
+    int next = 0;
     switch (key) {
     case Qt::Key_Home:
         next = 0;

@@ -59,6 +59,9 @@ class ChartPlot : public QQuickPaintedItem {
     /// A rectangle that is laid out from the left where it belongs on the screen.
     QRectF placed(const QRectF& rect) const;
     QFont font(QFont::Weight weight = QFont::Normal) const;
+    /// How a painter is to place a text at the beginning, or at the end, of its rectangle.
+    int leading(Qt::Alignment vertical) const;
+    int trailing(Qt::Alignment vertical) const;
 
     kivo::Palette palette;
     kivo::TypeScale typeScale;

@@ -122,18 +122,17 @@ void HeatMapCells::paint(QPainter* painter) {
 
 void HeatMapCells::paintLabels(QPainter& painter, const Layout& plan) const {
     const QFontMetricsF metrics(font());
-    const Qt::Alignment leading = isMirrored() ? Qt::AlignRight : Qt::AlignLeft;
     painter.setFont(font());
     painter.setPen(palette.secondaryText);
     for (const WeekdayLabel& label : weekdayLabels) {
         const QRectF cell = plan.cell(0, label.weekday);
-        painter.drawText(placed({0, cell.y(), plan.left, cell.height()}),
-                         leading | Qt::AlignVCenter | Qt::TextDontClip, label.text);
+        painter.drawText(placed({0, cell.y(), plan.left, cell.height()}), leading(Qt::AlignVCenter),
+                         label.text);
     }
     for (const HeatMapMonth& month : days.months) {
         const double x = plan.cell(month.week, 0).x();
-        painter.drawText(placed({x, 0, width() - x, metrics.height()}),
-                         leading | Qt::AlignTop | Qt::TextDontClip, month.text);
+        painter.drawText(placed({x, 0, width() - x, metrics.height()}), leading(Qt::AlignTop),
+                         month.text);
     }
 }
 

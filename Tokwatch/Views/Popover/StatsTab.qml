@@ -18,7 +18,7 @@ Item {
         property: "active"
         value: tab.active
     }
-    Component.onDestruction: view.active = false
+    Component.onDestruction: if (view) view.active = false
 
     EmptyState {
         id: nothing
