@@ -12,6 +12,7 @@ T.Button {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: text
+    Accessible.onPressAction: button.clicked()
     Keys.onReturnPressed: click()
     Keys.onEnterPressed: click()
 

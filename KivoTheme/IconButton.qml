@@ -14,6 +14,7 @@ T.Button {
     focusPolicy: Qt.TabFocus
     hoverEnabled: true
     Accessible.name: text
+    Accessible.onPressAction: button.clicked()
     Keys.onReturnPressed: click()
     Keys.onEnterPressed: click()
 

@@ -12,6 +12,11 @@ T.Button {
     focusPolicy: Qt.TabFocus
     hoverEnabled: true
     Accessible.name: text
+    Accessible.onPressAction: {
+        if (button.checkable)
+            button.toggle()
+        button.clicked()
+    }
     Keys.onReturnPressed: click()
     Keys.onEnterPressed: click()
 

@@ -9,6 +9,14 @@ T.Switch {
     implicitHeight: 22
     focusPolicy: Qt.StrongFocus
     Accessible.name: text
+    Accessible.onPressAction: flip()
+    Accessible.onToggleAction: flip()
+
+    /// As by a click.
+    function flip() {
+        toggle.toggle()
+        toggle.toggled()
+    }
 
     indicator: Rectangle {
         readonly property int inset: 3

@@ -22,6 +22,7 @@ Card {
         Accessible.name: card.summary.spoken
         Accessible.description: card.summary.showsCost ? "Shows tokens when pressed" : "Shows costs when pressed"
         onClicked: card.toggled()
+        Accessible.onPressAction: headline.clicked()
         HoverHandler { cursorShape: Qt.PointingHandCursor }
 
         contentItem: Column {
