@@ -17,6 +17,10 @@ namespace {
 /// while the panel still holds the pointer for the very click that opened it, is repeated.
 constexpr std::chrono::milliseconds grabDelay{60};
 
+/// What a popup is on X11. Not Qt::Popup itself, which is kept from screen readers.
+constexpr Qt::WindowFlags unmanaged =
+    Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint | Qt::WindowStaysOnTopHint;
+
 bool isX11() {
     return QGuiApplication::platformName() == QLatin1String("xcb");
 }
@@ -24,7 +28,7 @@ bool isX11() {
 } // namespace
 
 PopupPanel::PopupPanel(QWindow& panelWindow) : window(panelWindow) {
-    window.setFlags((isX11() ? Qt::Popup : Qt::Window) | Qt::FramelessWindowHint);
+    window.setFlags(isX11() ? unmanaged : Qt::Window | Qt::FramelessWindowHint);
     window.installEventFilter(this);
     grabTimer.setSingleShot(true);
     grabTimer.setInterval(grabDelay);

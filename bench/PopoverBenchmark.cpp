@@ -95,7 +95,8 @@ int main(int argc, char** argv) {
     UserPaths paths;
     paths.home = argv[1];
     paths.dataHome = argv[2];
-    AppDelegate delegate(Surroundings::real(paths), preferences, bus);
+    AppDelegate delegate(Surroundings::real(paths), preferences, settings->fileName().toStdString(),
+                         bus);
     delegate.launch();
     constexpr double settledAfter = 8;
     runFor(settledAfter);

@@ -146,6 +146,9 @@ class StatusItem:
     def get(self, name):
         return self._properties("/StatusNotifierItem").Get(ITEM, name)
 
+    def call(self, method, x, y):
+        dbus.Interface(self.bus.get_object(self.service, "/StatusNotifierItem"), ITEM).get_dbus_method(method)(x, y)
+
     @property
     def label(self):
         return str(self.get("XAyatanaLabel"))

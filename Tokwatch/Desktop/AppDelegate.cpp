@@ -1,13 +1,16 @@
 #include "AppDelegate.h"
 
 #include "DesktopBus.h"
+#include "OnboardingView.h"
 #include "PopoverView.h"
 #include "Preferences.h"
+#include "SettingsView.h"
 #include "StatusAreaAdvice.h"
 #include "StatusMenu.h"
 
 #include <QCursor>
 #include <QDBusConnection>
+#include <QDesktopServices>
 #include <QGuiApplication>
 #include <QQuickView>
 #include <QStandardPaths>
@@ -16,17 +19,31 @@ namespace tokwatch {
 namespace {
 
 const QUrl popoverSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Popover.qml"));
+const QUrl settingsSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Settings/SettingsContent.qml"));
+const QUrl
+    onboardingSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Onboarding/OnboardingContent.qml"));
 
 std::filesystem::path iconDirectory() {
     const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     return std::filesystem::path(runtime.toStdString()) / "tokwatch/icons";
 }
 
+/// What the desktop starts at login: the command, which finds its way to this program.
+kivo::LoginItem::Program loginProgram() {
+    return {QStringLiteral("app.tokwatch"),
+            QStringLiteral("Tokwatch"),
+            QStringLiteral("Rate limits and token usage of AI coding assistants"),
+            {QCoreApplication::applicationDirPath() + QStringLiteral("/tokwatch")},
+            QStringLiteral("app.tokwatch")};
+}
+
 } // namespace
 
 AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences,
-                         DesktopBus& desktopBus)
-    : preferences(userPreferences), bus(desktopBus), now(surroundings.now),
+                         std::filesystem::path preferencesFile, DesktopBus& desktopBus)
+    : preferences(userPreferences), bus(desktopBus), paths(surroundings.paths),
+      settingsFile(std::move(preferencesFile)), now(surroundings.now),
+      loginItem(kivo::LoginItem::userDirectory(), loginProgram()),
       appearance(QDBusConnection::sessionBus()), theme(appearance.current()), runtime(theme) {
     application.emplace(std::move(surroundings), preferences, bus);
     viewClock.emplace(now);
@@ -42,7 +59,8 @@ void AppDelegate::launch() {
     makePopover();
     updatePopoverStyle();
     dockIconNotifier = preferences.showDockIcon.addNotifier([this] { updatePopoverStyle(); });
-    if (!preferences.hasCompletedOnboarding) showOnboarding();
+    makeWindows();
+    if (!preferences.hasCompletedOnboarding) onboarding->open();
 
     AppModel& model = application->model();
     model.start();
@@ -61,17 +79,17 @@ void AppDelegate::open() {
 
 // Popover
 
+std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
+    auto view = std::make_unique<PopoverView>(application->model(), *viewClock);
+    view->setHostAdvice(hostAdvice());
+    connect(view.get(), &PopoverView::settingsRequested, this, &AppDelegate::openSettings);
+    connect(view.get(), &PopoverView::quitRequested, qApp, &QCoreApplication::quit);
+    return view;
+}
+
 void AppDelegate::makePopover() {
-    popoverHost.emplace(
-        runtime, scheduler,
-        HostedWindow::Content{
-            popoverSource, [this] {
-                auto view = std::make_unique<PopoverView>(application->model(), *viewClock);
-                connect(view.get(), &PopoverView::settingsRequested, this,
-                        &AppDelegate::openSettings);
-                connect(view.get(), &PopoverView::quitRequested, qApp, &QCoreApplication::quit);
-                return view;
-            }});
+    popoverHost.emplace(runtime, scheduler,
+                        HostedWindow::Content{popoverSource, [this] { return makePopoverView(); }});
     popoverWindow.emplace(*popoverHost);
     popover.emplace(*popoverWindow, now, [this] { popoverOpened(); });
     popoverWindow->onContentHeight = [this] { popover->contentHeightChanged(); };
@@ -98,7 +116,7 @@ void AppDelegate::updatePopoverStyle() {
 }
 
 bool AppDelegate::isWithoutHost() const {
-    return hostIsKnown && !statusItem->hasHost();
+    return statusItem && statusItem->isHostKnown() && !statusItem->hasHost();
 }
 
 QString AppDelegate::hostAdvice() const {
@@ -128,12 +146,13 @@ void AppDelegate::makeStatusItem() {
     contextMenu.emplace(runtime, scheduler, [actions] { return statusMenu(actions); });
     statusItem->onContextMenu = [this](QPoint anchor) { contextMenu->open(anchor); };
     statusItem->setDesktopDark(appearance.current().dark);
-    statusItem->onHostChanged = [this] { updatePopoverStyle(); };
-    hostTimer = scheduler.after(hostGrace, [this] {
-        hostIsKnown = true;
-        updatePopoverStyle();
-        if (isWithoutHost()) popover->open(lastAnchor());
-    });
+    statusItem->onHostChanged = [this] { hostChanged(); };
+}
+
+void AppDelegate::hostChanged() {
+    updatePopoverStyle();
+    // Once: a status area that goes later goes with its panel, or with the session.
+    if (!std::exchange(hasLookedForHost, true) && isWithoutHost()) popover->open(lastAnchor());
 }
 
 void AppDelegate::observeTitle() {
@@ -150,8 +169,33 @@ void AppDelegate::observeTitle() {
 
 // Windows
 
-void AppDelegate::showOnboarding() {}
+void AppDelegate::makeWindows() {
+    settingsWindow.emplace(
+        runtime, scheduler,
+        HostedWindow::Content{settingsSource,
+                              [this] {
+                                  const SettingsPlaces places{paths.database(), settingsFile,
+                                                              loginItem, QDesktopServices::openUrl};
+                                  return std::make_unique<SettingsView>(application->model(),
+                                                                        *viewClock, places);
+                              }},
+        ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, true});
+    onboarding.emplace(runtime, scheduler,
+                       HostedWindow::Content{onboardingSource,
+                                             [this] {
+                                                 auto view = std::make_unique<OnboardingView>(
+                                                     preferences, application->model().locations());
+                                                 connect(view.get(), &OnboardingView::finished,
+                                                         this, [this] { onboarding->close(); });
+                                                 return view;
+                                             }},
+                       ContentWindow::Frame{OnboardingView::title(), {500, 400}});
+}
 
-void AppDelegate::openSettings() {}
+void AppDelegate::openSettings() {
+    popover->close();
+    viewClock->advance();
+    settingsWindow->open();
+}
 
 } // namespace tokwatch

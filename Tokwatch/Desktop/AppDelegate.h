@@ -1,9 +1,11 @@
 #pragma once
 
 #include "Application.h"
+#include "ContentWindow.h"
 #include "ContextMenuWindow.h"
 #include "DesktopAppearance.h"
 #include "HostedWindow.h"
+#include "LoginItem.h"
 #include "MeterStatusItem.h"
 #include "ModelStatusItemSource.h"
 #include "ObservingUpdater.h"
@@ -17,20 +19,23 @@
 #include <QPoint>
 #include <QPropertyNotifier>
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 
 namespace tokwatch {
 
 class DesktopBus;
+class PopoverView;
 
 /// Puts the application on the desktop: the status item with its title, the popover, the settings
 /// and the welcome. Main thread only; lives until the program ends.
 class AppDelegate : public QObject {
     Q_OBJECT
   public:
-    /// References outlive it.
-    AppDelegate(Surroundings surroundings, Preferences& preferences, DesktopBus& bus);
+    /// References outlive it. `settingsFile` is where the preferences are kept.
+    AppDelegate(Surroundings surroundings, Preferences& preferences,
+                std::filesystem::path settingsFile, DesktopBus& bus);
     ~AppDelegate() override;
 
     /// Everything, in its order; called once.
@@ -41,14 +46,13 @@ class AppDelegate : public QObject {
   private:
     /// How long a title may be out of date when nothing but time changes it.
     static constexpr Seconds titleInterval{30};
-    /// A status area that has not come by then is taken for missing. Panels start beside us when
-    /// the session begins.
-    static constexpr Seconds hostGrace{4};
 
-    void showOnboarding();
     void openSettings();
+    std::unique_ptr<PopoverView> makePopoverView();
     void makePopover();
+    void makeWindows();
     void makeStatusItem();
+    void hostChanged();
     void observeTitle();
     void toggle(QPoint anchor);
     void popoverOpened();
@@ -59,15 +63,18 @@ class AppDelegate : public QObject {
 
     Preferences& preferences;
     DesktopBus& bus;
+    UserPaths paths;
+    std::filesystem::path settingsFile;
     Clock now;
+    kivo::LoginItem loginItem;
     QtScheduler scheduler;
     kivo::DesktopAppearance appearance;
     kivo::Theme theme;
     QmlRuntime runtime;
     std::optional<Application> application;
     std::optional<ViewClock> viewClock;
-    std::optional<HostedWindow> onboarding;
-    std::optional<HostedWindow> settingsWindow;
+    std::optional<ContentWindow> onboarding;
+    std::optional<ContentWindow> settingsWindow;
     std::optional<HostedWindow> popoverHost;
     std::optional<PopoverWindow> popoverWindow;
     std::optional<PopoverController> popover;
@@ -76,10 +83,9 @@ class AppDelegate : public QObject {
     std::optional<MeterStatusItem> statusItem;
     std::optional<ObservingUpdater<StatusTitle>> titleObserver;
     std::unique_ptr<ScheduledCall> statusTimer;
-    std::unique_ptr<ScheduledCall> hostTimer;
     QPropertyNotifier dockIconNotifier;
     std::optional<QPoint> clickedAt;
-    bool hostIsKnown = false; ///< the time that a status area is given to come has passed
+    bool hasLookedForHost = false;
     bool pendingOpen = false;
 };
 

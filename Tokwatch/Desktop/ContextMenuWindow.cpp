@@ -25,6 +25,7 @@ void ContextMenuWindow::open(QPoint anchor) {
 }
 
 void ContextMenuWindow::prepare() {
+    hosted.existing()->setTitle(QStringLiteral("Tokwatch"));
     panel = std::make_unique<kivo::PopupPanel>(*hosted.existing());
     connect(panel.get(), &kivo::PopupPanel::closed, this, [this] { hosted.letGo(); });
     if (QQuickItem* root = hosted.existing()->rootObject())

@@ -4,10 +4,13 @@
 
 #include <malloc.h>
 
+Q_IMPORT_QML_PLUGIN(Kivo_SettingsPlugin)
 Q_IMPORT_QML_PLUGIN(Kivo_ThemePlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_CommonPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_MenuPlugin)
+Q_IMPORT_QML_PLUGIN(Tokwatch_OnboardingPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_PopoverPlugin)
+Q_IMPORT_QML_PLUGIN(Tokwatch_SettingsPlugin)
 
 namespace tokwatch {
 

@@ -65,7 +65,8 @@ int main(int argc, char** argv) {
     tokwatch::Preferences preferences(*settings);
     preferences.followFile();
     delegate = std::make_unique<tokwatch::AppDelegate>(
-        tokwatch::Surroundings::real(pathsFrom(parser, home, dataDirectory)), preferences, bus);
+        tokwatch::Surroundings::real(pathsFrom(parser, home, dataDirectory)), preferences,
+        settings->fileName().toStdString(), bus);
     if (openAtOnce) delegate->open();
     delegate->launch();
     const int status = QGuiApplication::exec();

@@ -1,0 +1,265 @@
+#!/usr/bin/python3
+"""The whole application on a real desktop, as people use it. Runs inside script/desktop-session:
+
+    script/desktop-session HOST Tests/Desktop/application_test.py PROGRAM
+
+where PROGRAM is tokwatch-desktop, with tokwatch beside it.
+"""
+
+import json
+import os
+import subprocess
+import sys
+import time
+
+import desktop
+from desktop import HOST, LEFT, RIGHT, TONE, Picture, StatusItem, wait_for
+
+PROGRAM = sys.argv[1]
+COMMAND = os.path.join(os.path.dirname(PROGRAM), "tokwatch")
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+HOME = os.path.join(os.environ["HOME"], "demo")
+POPOVER_WIDTH = 420
+IS_X11 = HOST.startswith("xfce") or HOST == "none"
+
+# The session keeps accessibility from the panel, which it slows down.
+os.environ.pop("NO_AT_BRIDGE", None)
+os.environ["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
+
+
+def step(name):
+    print(f"{HOST} {TONE}: {name}", flush=True)
+
+
+def tokwatch(*arguments):
+    return subprocess.run([COMMAND, *arguments], check=True, capture_output=True, text=True).stdout
+
+
+def preference(key):
+    return tokwatch("preferences", "get", key).strip()
+
+
+class Application:
+    def __init__(self):
+        self.errors = open(os.path.join(os.environ["HOME"], "errors"), "w+")
+        self.process = subprocess.Popen([PROGRAM, "--home", HOME], stderr=self.errors)
+
+    def is_running(self):
+        return self.process.poll() is None
+
+    def complaints(self):
+        self.errors.seek(0)
+        return self.errors.read()
+
+    def end(self):
+        if self.is_running():
+            self.process.terminate()
+        self.process.wait(timeout=10)
+
+
+def windows(name="Tokwatch"):
+    found = subprocess.run(
+        ["xdotool", "search", "--onlyvisible", "--name", f"^{name}$"], capture_output=True, text=True
+    ).stdout.split()
+    return [window for window in found if geometry(window)["WIDTH"] > 10]
+
+
+def geometry(window):
+    lines = desktop.run("xdotool", "getwindowgeometry", "--shell", window).decode().split()
+    return {key: int(value) for key, value in (line.split("=") for line in lines)}
+
+
+def accessible(*arguments):
+    script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible.py")
+    return subprocess.run([script, *arguments], capture_output=True, text=True, timeout=20)
+
+
+def names():
+    """What a screen reader would read."""
+    return [line.partition("\t")[2] for line in accessible("list").stdout.splitlines()]
+
+
+def press(name):
+    pressing = lambda: accessible("press", name)
+    try:
+        wait_for(f"{name!r} to press", lambda: pressing().returncode == 0)
+    except AssertionError:
+        print(pressing().stderr, names(), file=sys.stderr)
+        raise
+
+
+def is_red(red, green, blue):
+    return red > 150 and red - green > 90 and abs(green - blue) < 40
+
+
+def set_thresholds(warning, critical):
+    tokwatch("preferences", "set", "warningThreshold", str(warning))
+    tokwatch("preferences", "set", "criticalThreshold", str(critical))
+
+
+def find_item():
+    """The middle of the item on the panel, told by its turning red where all limits count as low."""
+    set_thresholds(1, 0.95)
+    wait_for("the item in red", lambda: desktop.panel().count(is_red) > 30, 30)
+    left, right = desktop.settled_panel().columns(is_red)
+    set_thresholds(0.25, 0.1)
+    wait_for("the item's usual colour", lambda: not desktop.panel().count(is_red))
+    return (left + right) // 2, desktop.PANEL_HEIGHT // 2 - 1
+
+
+def open_by_click(place):
+    time.sleep(0.4)  # beyond the guard against the click that closed it
+    desktop.click(*place)
+    return wait_for("the popover", windows)[0]
+
+
+def is_closed():
+    return not windows()
+
+
+def check_popover(place):
+    step("opens at the item, at its width, and shows the stored usage")
+    box = geometry(open_by_click(place))
+    assert box["WIDTH"] == POPOVER_WIDTH, box
+    assert box["Y"] >= desktop.PANEL_HEIGHT - 4 and box["X"] + POPOVER_WIDTH <= desktop.WIDTH, box
+    assert box["HEIGHT"] <= 0.8 * 720, box
+    summary = json.loads(tokwatch("summary", "--no-index", "--json", "--home", HOME))
+    headline = f"Last 30 days: ${summary['totalCostUSD']:,.0f} · API estimate"
+    wait_for(headline, lambda: any(name.startswith(headline) for name in names()))
+    desktop.save("popover")
+
+    step("switches tabs by keys and keeps the tab")
+    desktop.key("Right")
+    wait_for("the tab", lambda: preference("popoverTab") == "stats")
+    desktop.key("Left")
+    wait_for("the tab", lambda: preference("popoverTab") == "usage")
+
+    step("closes by Escape, by a press outside, and by the item")
+    desktop.key("Escape")
+    wait_for("the end by Escape", is_closed)
+    open_by_click(place)
+    time.sleep(0.3)  # the grab comes a moment after the window
+    desktop.click(200, 600)
+    wait_for("the end by a press outside", is_closed)
+    open_by_click(place)
+    time.sleep(0.3)
+    desktop.click(*place)
+    wait_for("the end by the item", is_closed)
+    time.sleep(0.3)
+    assert is_closed(), "the click that closed it opened it again"
+
+
+def check_second_start():
+    step("a second start opens the first one's popover")
+    assert subprocess.run([PROGRAM], timeout=10).returncode == 0
+    wait_for("the popover", windows)
+    desktop.key("Escape")
+    wait_for("the end", is_closed)
+
+
+def check_preference(item):
+    step("follows a preference that another process sets")
+    text = lambda: str(item.get("IconAccessibleDesc"))
+    wait_for("the number", lambda: "%" in text(), 20)
+    tokwatch("preferences", "set", "menuBarStyle", "icon")
+    wait_for("the icon alone", lambda: "%" not in text())
+    tokwatch("preferences", "set", "menuBarStyle", "provider")
+    wait_for("the number again", lambda: "%" in text())
+
+
+def check_own_menu(item):
+    step("draws the menu itself where it is asked to")
+    item.call("ContextMenu", 600, 300)
+    menu = wait_for("the menu", windows)[0]
+    assert geometry(menu)["WIDTH"] == 220
+    desktop.save("own-menu")
+    desktop.key("Escape")
+    wait_for("the end", is_closed)
+
+
+def check_settings(place, item):
+    step("opens the settings from the popover, and they act at once")
+    open_by_click(place)
+    press("Settings")
+    settings = wait_for("the settings window", lambda: windows("Tokwatch Settings"))
+    assert not windows(), "the popover stayed open"
+    desktop.save("settings")
+    press("Menu bar")
+    press("Icon")
+    wait_for("the icon alone", lambda: "%" not in str(item.get("IconAccessibleDesc")))
+    assert preference("menuBarStyle") == "icon"
+    press("Provider")
+    wait_for("the number again", lambda: "%" in str(item.get("IconAccessibleDesc")))
+    tint = preference("tintEnabled")
+    press("Tint the item when a limit runs low")
+    wait_for("the preference", lambda: preference("tintEnabled") != tint)
+    tokwatch("preferences", "set", "tintEnabled", "true")
+    desktop.run("xdotool", "windowfocus", "--sync", settings[0])
+    desktop.key("Escape")
+    wait_for("the end of the settings", lambda: not windows("Tokwatch Settings"))
+
+
+def check_return():
+    step("is back after the panel was, and outlives the bus")
+    desktop.stop_panel()
+    desktop.start_panel()
+    wait_for("the registration", StatusItem().is_registered, 30)
+    find_item()
+
+
+def test_with_host():
+    application = Application()
+    try:
+        item = StatusItem()
+        wait_for("the registration", item.is_registered, 30)
+        place = find_item()
+        check_popover(place)
+        check_second_start()
+        check_preference(item)
+        check_own_menu(item)
+        check_settings(place, item)
+        check_return()
+        desktop.end_bus()
+        time.sleep(1)
+        assert application.is_running(), application.complaints()
+        complaints = [line for line in application.complaints().splitlines() if "qml" in line.lower()]
+        assert not complaints, complaints
+    finally:
+        application.end()
+        print(application.complaints(), file=sys.stderr)
+
+
+def test_without_host():
+    step("opens as an ordinary window and says how to get a status area")
+    application = Application()
+    try:
+        wait_for("the window", windows, 20)
+        wait_for("the advice", lambda: "No status area was found" in names())
+        desktop.save("without-host")
+    finally:
+        application.end()
+
+
+def test_welcome():
+    step("welcomes once")
+    application = Application()
+    try:
+        wait_for("the welcome", lambda: windows("Welcome to Tokwatch"), 20)
+        desktop.save("welcome")
+        press("Skip")
+        wait_for("its end", lambda: not windows("Welcome to Tokwatch"))
+        wait_for("the preference", lambda: preference("hasCompletedOnboarding") == "true")
+    finally:
+        application.end()
+
+
+subprocess.run([os.path.join(ROOT, "script/demo-home"), "--quiet", HOME], check=True)
+tokwatch("index", "--home", HOME)
+tokwatch("preferences", "set", "pinnedProvider", "codex")
+desktop.move_away()
+if HOST == "none":
+    test_welcome()
+    test_without_host()
+else:
+    tokwatch("preferences", "set", "hasCompletedOnboarding", "true")
+    test_with_host()

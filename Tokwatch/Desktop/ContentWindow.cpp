@@ -1,0 +1,49 @@
+#include "ContentWindow.h"
+
+#include <QEvent>
+#include <QQuickView>
+
+#include <utility>
+
+namespace tokwatch {
+
+ContentWindow::ContentWindow(QmlRuntime& runtime, Scheduler& scheduler,
+                             HostedWindow::Content content, Frame windowFrame)
+    : hosted(runtime, scheduler, std::move(content)), frame(std::move(windowFrame)) {
+    connect(&hosted, &HostedWindow::made, this, &ContentWindow::prepare);
+}
+
+void ContentWindow::prepare() {
+    QQuickView& window = *hosted.existing();
+    window.setTitle(frame.title);
+    window.resize(frame.size);
+    window.setMinimumSize(frame.size);
+    if (!frame.isResizable) window.setMaximumSize(frame.size);
+    window.installEventFilter(this);
+    connect(hosted.view(), SIGNAL(closeRequested()), this, SLOT(close()));
+}
+
+void ContentWindow::open() {
+    QQuickView& window = hosted.window();
+    window.show();
+    window.raise();
+    window.requestActivate();
+}
+
+void ContentWindow::close() {
+    if (hosted.existing() == nullptr || !hosted.existing()->isVisible()) return;
+    hosted.existing()->hide();
+    hosted.letGo();
+    emit closed();
+}
+
+bool ContentWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Close && watched == hosted.existing()) {
+        event->ignore(); // hidden instead, so that it reopens at once
+        close();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+} // namespace tokwatch

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "HostedWindow.h"
+
+#include <QObject>
+#include <QSize>
+#include <QString>
+
+namespace tokwatch {
+
+/// An ordinary window with a title, of a size of its own. Its view object's signal
+/// "closeRequested()" closes it. Main thread only.
+class ContentWindow : public QObject {
+    Q_OBJECT
+  public:
+    struct Frame {
+        QString title;
+        QSize size;
+        bool isResizable = false;
+    };
+
+    /// References outlive it.
+    ContentWindow(QmlRuntime& runtime, Scheduler& scheduler, HostedWindow::Content content,
+                  Frame frame);
+
+    /// Shows it, or brings it to the front.
+    void open();
+
+  public slots:
+    void close();
+
+  signals:
+    void closed();
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void prepare();
+
+    HostedWindow hosted;
+    Frame frame;
+};
+
+} // namespace tokwatch
