@@ -31,6 +31,8 @@ struct Scene {
 };
 
 std::vector<Scene> popoverScenes();
+/// Of the settings and the welcome.
+std::vector<Scene> windowScenes();
 /// All that a picture is kept of.
 std::vector<Scene> allScenes();
 
