@@ -39,7 +39,7 @@ FocusScope {
         grabPermissions: PointerHandler.CanTakeOverFromAnything
         onActiveChanged: {
             if (active)
-                start = grip.item.restingY
+                start = grip.item.restingY()
             else
                 grip.item.drop()
         }

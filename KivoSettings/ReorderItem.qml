@@ -14,7 +14,7 @@ FocusScope {
     property real draggedY: 0
     property bool dragging: false
     /// Where it belongs, also while it is on its way there.
-    readonly property real restingY: {
+    function restingY() {
         let above = 0
         for (let at = 0; at < index; ++at)
             above += (list.itemAt(at)?.height ?? 0) + list.spacing

@@ -18,15 +18,20 @@ Column {
         if (to !== from && to >= 0 && to < count)
             moved(from, to)
     }
-    /// Moves the dragged item past each neighbour whose middle it has crossed.
+    /// Moves the dragged item to the place that it is closest to.
     function drag(item) {
-        const middle = item.draggedY + item.height / 2
-        const above = itemAt(item.index - 1)
-        const below = itemAt(item.index + 1)
-        if (above && middle < above.restingY + above.height / 2)
-            move(item.index, item.index - 1)
-        else if (below && middle > below.restingY + below.height / 2)
-            move(item.index, item.index + 1)
+        for (let left = count; left > 0; --left) {
+            const above = itemAt(item.index - 1)
+            const below = itemAt(item.index + 1)
+            const away = item.draggedY - item.restingY()
+            const before = item.index
+            if (above && away < -(above.height + spacing) / 2)
+                move(before, before - 1)
+            else if (below && away > (below.height + spacing) / 2)
+                move(before, before + 1)
+            if (item.index === before)
+                return
+        }
     }
 
     move: Transition {

@@ -7,14 +7,14 @@ T.Button {
     id: button
     property bool prominent: false
 
-    implicitWidth: Math.max(72, label.implicitWidth + 2 * Theme.space.m)
+    implicitWidth: Math.ceil(Math.max(72, label.implicitWidth + 2 * Theme.space.m))
     implicitHeight: 28
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: text
     Accessible.onPressAction: button.clicked()
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
 
     contentItem: Label {
         id: label

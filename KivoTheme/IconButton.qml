@@ -15,8 +15,8 @@ T.Button {
     hoverEnabled: true
     Accessible.name: text
     Accessible.onPressAction: button.clicked()
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
 
     contentItem: Item {
         Spinner {

@@ -7,18 +7,20 @@ T.Button {
     id: button
     property int size: Theme.type.body
 
-    implicitWidth: label.implicitWidth
+    implicitWidth: Math.ceil(label.implicitWidth)
     implicitHeight: label.implicitHeight
     focusPolicy: Qt.TabFocus
     hoverEnabled: true
     Accessible.name: text
-    Accessible.onPressAction: {
-        if (button.checkable)
-            button.toggle()
-        button.clicked()
+    Accessible.onPressAction: press()
+    Keys.onReturnPressed: press()
+    Keys.onEnterPressed: press()
+
+    function press() {
+        if (checkable)
+            toggle()
+        clicked()
     }
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
 
     HoverHandler { cursorShape: Qt.PointingHandCursor }
     contentItem: Label {

@@ -86,6 +86,7 @@ Palette withHighContrast(Palette p, bool isDark) {
         p.warningText = p.warning = rgb(0xFFC560);
         p.criticalText = p.critical = rgb(0xFF9C94);
         p.focus = rgb(0xFFFFFF);
+        p.knob = ground; // on the outline's light grey
     } else {
         p.accentText = p.accent = rgb(0x1F34A3);
         p.warningText = p.warning = rgb(0x6B3F00);

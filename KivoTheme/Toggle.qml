@@ -32,7 +32,7 @@ T.Switch {
             width: parent.height - 2 * parent.inset
             height: width
             radius: width / 2
-            color: toggle.checked && Theme.dark ? Theme.colors.onAccent : Theme.colors.knob
+            color: toggle.checked ? Theme.colors.onAccent : Theme.colors.knob
             Behavior on x { NumberAnimation { duration: Theme.motion.quick; easing.type: Easing.OutCubic } }
         }
     }

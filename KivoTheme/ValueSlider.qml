@@ -22,8 +22,21 @@ T.Slider {
     Accessible.description: spoken
     onAmountChanged: value = amount
     Component.onCompleted: value = amount
-    onMoved: {
-        value = Math.max(lowest, Math.min(highest, value))
+    onMoved: choose(value)
+    Keys.onPressed: event => {
+        const page = 10 * stepSize
+        event.accepted = true
+        switch (event.key) {
+        case Qt.Key_Home: choose(lowest); break
+        case Qt.Key_End: choose(highest); break
+        case Qt.Key_PageUp: choose(value + page); break
+        case Qt.Key_PageDown: choose(value - page); break
+        default: event.accepted = false
+        }
+    }
+
+    function choose(wanted) {
+        value = Math.max(lowest, Math.min(highest, wanted))
         if (value !== amount)
             chosen(value)
     }

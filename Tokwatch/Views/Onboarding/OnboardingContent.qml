@@ -16,6 +16,9 @@ FocusScope {
     Accessible.role: Accessible.Dialog
     Accessible.name: view.title
     Keys.onEscapePressed: view.closeRequested()
+    // Wherever the focus is, the prominent button is what Return means.
+    Keys.onReturnPressed: view.next()
+    Keys.onEnterPressed: view.next()
 
     Shortcut { sequence: "Ctrl+W"; onActivated: welcome.view.closeRequested() }
 
@@ -99,9 +102,11 @@ FocusScope {
             ActionButton {
                 visible: !welcome.view.isFirst
                 text: "Back"
+                onVisibleChanged: if (!visible && focus) next.forceActiveFocus()
                 onClicked: welcome.view.back()
             }
             ActionButton {
+                id: next
                 text: welcome.view.nextText
                 prominent: true
                 focus: true

@@ -26,8 +26,8 @@ QVariantList facts(ProviderID provider, const ProviderLocations& locations) {
     case ProviderID::claude:
         return {reads(path(locations.claudeProjects())),
                 fact("lock", "Asks for Claude Code's login",
-                     QString("Only so can Tokwatch ask how much of your limits is left. The login "
-                             "goes to %1 and nowhere else. Your keyring may want you to allow it.")
+                     QString("Tokwatch needs it to ask how much of your limits is left. It goes to %1 "
+                             "and nowhere else. Your keyring may want you to allow it.")
                          .arg(claudeHost),
                      true)};
     case ProviderID::codex:

@@ -46,7 +46,7 @@ SettingsPage {
             SegmentedControl {
                 name: style.label
                 small: true
-                labels: ["Icon", "Provider"]
+                labels: ["Icon only", "Limit left"]
                 currentIndex: page.shown.style
                 onChosen: index => page.view.setStyle(index)
             }
@@ -75,7 +75,7 @@ SettingsPage {
     }
 
     SettingsGroup {
-        title: "Limit"
+        title: "Limit shown"
         note: "Lowest left picks whichever limit is closest to running out."
         visible: page.view.windows.count > 0
 
@@ -110,7 +110,7 @@ SettingsPage {
         }
         ThresholdRow {
             label: "Warning level"
-            caption: "Left of a limit"
+            caption: "When this much is left"
             amount: page.shown.warning
             amountText: page.shown.warningText
             fill: Theme.colors.warning

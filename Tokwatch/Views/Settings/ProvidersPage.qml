@@ -10,7 +10,7 @@ SettingsPage {
 
     Label {
         width: parent.width
-        text: "Everything is shown in this order. Drag a provider by its handle, or press Alt with the arrow keys."
+        text: "Everything follows this order. Drag a handle, or press Alt with the arrow keys."
         color: Theme.colors.secondaryText
         wrapMode: Text.Wrap
     }

@@ -23,6 +23,10 @@ QImage drawing(const TitlePreview& title, const Ink& ink, bool isSquare, int hei
 
 } // namespace
 
+QColor panelColor(bool isDark) {
+    return isDark ? QColor(0x1d, 0x1d, 0x21) : QColor(0xf1, 0xf1, 0xf4);
+}
+
 StatusPreview::StatusPreview(QQuickItem* parent) : QQuickPaintedItem(parent) {}
 
 void StatusPreview::setTitle(const TitlePreview& title) {
@@ -44,10 +48,6 @@ void StatusPreview::setSquare(bool isSquare) {
     square = isSquare;
     redraw();
     emit shapeChanged();
-}
-
-QColor StatusPreview::panelColor() const {
-    return dark ? QColor(0x1d, 0x1d, 0x21) : QColor(0xf1, 0xf1, 0xf4);
 }
 
 void StatusPreview::itemChange(ItemChange change, const ItemChangeData& data) {

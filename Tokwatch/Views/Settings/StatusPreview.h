@@ -9,6 +9,9 @@
 
 namespace tokwatch {
 
+/// What a light or a dark panel looks like.
+QColor panelColor(bool isDark);
+
 /// A picture of the status item, drawn as the item itself is: "StatusPreview" in QML. It is as
 /// large as what it shows.
 class StatusPreview : public QQuickPaintedItem {
@@ -28,8 +31,7 @@ class StatusPreview : public QQuickPaintedItem {
     /// As hosts show it that give every item a square.
     bool isSquare() const { return square; }
     void setSquare(bool isSquare);
-    /// What a panel of this tone looks like.
-    QColor panelColor() const;
+    QColor panelColor() const { return tokwatch::panelColor(dark); }
 
     void paint(QPainter* painter) override;
 

@@ -1,0 +1,21 @@
+#include <QQmlEngine>
+#include <QtQml/QQmlExtensionPlugin>
+#include <QtQuickTest>
+
+Q_IMPORT_QML_PLUGIN(Kivo_ThemePlugin)
+
+namespace kivo {
+
+class Setup : public QObject {
+    Q_OBJECT
+  public slots:
+    void qmlEngineAvailable(QQmlEngine* engine) {
+        engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
+    }
+};
+
+} // namespace kivo
+
+QUICK_TEST_MAIN_WITH_SETUP(theme, kivo::Setup)
+
+#include "ThemeQuickTests.moc"
