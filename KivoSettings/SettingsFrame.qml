@@ -17,7 +17,7 @@ FocusScope {
     }
 
     implicitWidth: 720
-    implicitHeight: 560
+    implicitHeight: 520
     focus: true
     LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
     LayoutMirroring.childrenInherit: true

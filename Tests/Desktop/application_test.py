@@ -185,10 +185,10 @@ def check_settings(place, item):
     assert not windows(), "the popover stayed open"
     desktop.save("settings")
     press("Menu bar")
-    press("Icon")
+    press("Icon only")
     wait_for("the icon alone", lambda: "%" not in str(item.get("IconAccessibleDesc")))
     assert preference("menuBarStyle") == "icon"
-    press("Provider")
+    press("Limit left")
     wait_for("the number again", lambda: "%" in str(item.get("IconAccessibleDesc")))
     tint = preference("tintEnabled")
     press("Tint the item when a limit runs low")

@@ -24,12 +24,13 @@ QVariantList facts(ProviderID provider, const ProviderLocations& locations) {
     };
     switch (provider) {
     case ProviderID::claude:
-        return {reads(path(locations.claudeProjects())),
-                fact("lock", "Asks for Claude Code's login",
-                     QString("Tokwatch needs it to ask how much of your limits is left. It goes to %1 "
-                             "and nowhere else. Your keyring may want you to allow it.")
-                         .arg(claudeHost),
-                     true)};
+        return {
+            reads(path(locations.claudeProjects())),
+            fact("lock", "Asks for Claude Code's login",
+                 QString("Tokwatch needs it to ask how much of your limits is left. It goes to %1 "
+                         "and nowhere else. Your keyring may want you to allow it.")
+                     .arg(claudeHost),
+                 true)};
     case ProviderID::codex:
         return {
             reads(path(locations.codexRoots()[0])),
