@@ -53,7 +53,7 @@ std::vector<Scene> windowScenes() {
     std::vector<Scene> scenes{settingsScene("general", general), settingsScene("menu-bar", menuBar),
                               settingsScene("providers", providers),
                               settingsScene("privacy", privacy), settingsScene("about", about)};
-    for (int step = 0; step < 5; ++step)
+    for (int step = 0; step < 4; ++step)
         scenes.push_back(onboardingScene(QString("welcome-%1").arg(step + 1), step));
     return scenes;
 }

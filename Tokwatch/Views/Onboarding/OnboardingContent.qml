@@ -72,14 +72,8 @@ FocusScope {
         anchors { left: parent.left; right: parent.right; bottom: parent.bottom; leftMargin: Theme.space.xl; rightMargin: Theme.space.xl }
         height: 60
 
-        LinkButton {
-            anchors { left: parent.left; verticalCenter: parent.verticalCenter }
-            visible: !welcome.view.isLast
-            text: "Skip"
-            onClicked: welcome.view.skip()
-        }
         Row {
-            anchors.centerIn: parent
+            anchors { left: parent.left; verticalCenter: parent.verticalCenter }
             visible: welcome.view.count > 1
             spacing: 6
             Accessible.role: Accessible.StaticText
@@ -98,7 +92,13 @@ FocusScope {
         }
         Row {
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
-            spacing: Theme.space.s
+            spacing: Theme.space.m
+            LinkButton {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: !welcome.view.isLast
+                text: "Skip"
+                onClicked: welcome.view.skip()
+            }
             ActionButton {
                 visible: !welcome.view.isFirst
                 text: "Back"
