@@ -10,6 +10,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QGuiApplication>
+#include <QQuickItem>
 #include <QQuickView>
 #include <QQuickWindow>
 #include <QSettings>
@@ -75,6 +76,34 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
+QQuickItem* findItem(QQuickItem* item, const char* className) {
+    if (item->inherits(className)) return item;
+    for (QQuickItem* child : item->childItems())
+        if (QQuickItem* found = findItem(child, className)) return found;
+    return nullptr;
+}
+
+/// Milliseconds of each frame while the list of models is scrolled by a row and a half a frame.
+std::vector<double> scrollModels(Preferences& preferences) {
+    preferences.popoverTab = PopoverTab::models;
+    runFor(2);
+    QQuickItem* list = findItem(popover()->contentItem(), "QQuickListView");
+    std::vector<double> frames;
+    if (list == nullptr) return {-1};
+    constexpr int count = 200;
+    constexpr double step = 75;
+    for (int frame = 0; frame < count; ++frame) {
+        QElapsedTimer timer;
+        timer.start();
+        QEventLoop loop;
+        QObject::connect(popover(), &QQuickWindow::frameSwapped, &loop, &QEventLoop::quit);
+        list->setProperty("contentY", list->property("contentY").toDouble() + step);
+        loop.exec();
+        frames.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+    }
+    return frames;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -127,14 +156,16 @@ int main(int argc, char** argv) {
         if (round >= 3) switches.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
         runFor(0.05);
     }
+    const std::vector<double> scrolls = scrollModels(preferences);
     popover()->close();
     constexpr double releasedAfter = 90;
     runFor(releasedAfter);
-    std::printf("{\"trayMB\": %.1f, \"openMB\": %.1f, \"closedMB\": %.1f, \"firstOpenMs\": %.1f, "
-                "\"laterOpenMs\": %.1f, \"laterOpenMaxMs\": %.1f, \"tabSwitchMs\": %.1f, "
-                "\"tabSwitchMaxMs\": %.1f, \"idleCPUPercent\": %.3f}\n",
-                trayMemory, openMemory, proportionalMemory(), firstOpen, median(laterOpens),
-                std::ranges::max(laterOpens), median(switches), std::ranges::max(switches),
-                idleShare * 100);
+    std::printf(
+        "{\"trayMB\": %.1f, \"openMB\": %.1f, \"closedMB\": %.1f, \"firstOpenMs\": %.1f, "
+        "\"laterOpenMs\": %.1f, \"laterOpenMaxMs\": %.1f, \"tabSwitchMs\": %.1f, "
+        "\"tabSwitchMaxMs\": %.1f, \"scrollMs\": %.1f, \"scrollMaxMs\": %.1f, \"idleCPUPercent\": %.3f}\n",
+        trayMemory, openMemory, proportionalMemory(), firstOpen, median(laterOpens),
+        std::ranges::max(laterOpens), median(switches), std::ranges::max(switches), median(scrolls),
+        std::ranges::max(scrolls), idleShare * 100);
     return 0;
 }
