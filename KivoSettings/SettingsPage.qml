@@ -3,18 +3,40 @@ import QtQuick.Templates as T
 import Kivo.Theme
 
 /// A section's page: its title and what it holds, scrolled where the window is too low. What the
-/// keyboard moves to comes into view.
+/// keyboard moves to comes into view. `pinned` stays below the title whatever is scrolled.
 FocusScope {
     id: page
     required property string title
+    property alias pinned: head.data
     default property alias content: column.data
 
     Accessible.role: Accessible.Pane
     Accessible.name: title
 
+    Column {
+        id: head
+        anchors { left: parent.left; right: parent.right; top: parent.top; margins: Theme.space.xl }
+        anchors.topMargin: Theme.space.xl - Theme.space.xs
+        bottomPadding: Theme.space.l
+        spacing: Theme.space.l
+
+        Label {
+            width: parent.width
+            text: page.title
+            size: Theme.type.figure
+            font.weight: Font.DemiBold
+            Accessible.role: Accessible.Heading
+        }
+    }
+    Rectangle {
+        anchors { left: head.left; right: head.right; top: head.bottom }
+        visible: view.contentY > 0
+        height: 1
+        color: Theme.colors.hairline
+    }
     Flickable {
         id: view
-        anchors.fill: parent
+        anchors { left: parent.left; right: parent.right; top: head.bottom; bottom: parent.bottom }
         contentHeight: column.height
         boundsBehavior: Flickable.StopAtBounds
         clip: contentHeight > height
@@ -39,17 +61,8 @@ FocusScope {
         Column {
             id: column
             anchors { left: parent.left; right: parent.right; margins: Theme.space.xl }
-            topPadding: Theme.space.xl - Theme.space.xs
             bottomPadding: Theme.space.xl
             spacing: Theme.space.l
-
-            Label {
-                width: parent.width
-                text: page.title
-                size: Theme.type.figure
-                font.weight: Font.DemiBold
-                Accessible.role: Accessible.Heading
-            }
         }
     }
 }

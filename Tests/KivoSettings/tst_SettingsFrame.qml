@@ -19,6 +19,11 @@ Item {
             page: Component {
                 SettingsPage {
                     title: "First"
+                    pinned: Item {
+                        objectName: "pinned"
+                        width: 100
+                        height: 50
+                    }
                     SettingsGroup {
                         Repeater {
                             model: 20
@@ -113,9 +118,11 @@ Item {
             verify(last.mapToItem(frame, 0, 0).y > frame.height)
             last.forceActiveFocus(Qt.TabFocusReason)
             const at = last.mapToItem(frame, 0, 0).y
-            verify(at > 0 && at + last.height <= frame.height, at)
+            const pinned = find(frame, "pinned").mapToItem(frame, 0, 0).y
+            verify(pinned > 0 && at > pinned + 50 && at + last.height <= frame.height, at)
             find(frame, "toggle0").forceActiveFocus(Qt.BacktabFocusReason)
-            verify(find(frame, "toggle0").mapToItem(frame, 0, 0).y >= 0)
+            verify(find(frame, "toggle0").mapToItem(frame, 0, 0).y > pinned + 50)
+            compare(find(frame, "pinned").mapToItem(frame, 0, 0).y, pinned)
         }
 
         function test_tabGoesFromTheListThroughThePage() {

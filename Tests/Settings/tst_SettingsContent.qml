@@ -85,6 +85,20 @@ Item {
             verify(control.currentIndex !== index, "follows what others set")
         }
 
+        function test_choiceFollowsTheProviders() {
+            const control = onPage(1, "Provider")
+            compare(control.displayText, "Claude")
+            world.setPreference("disabledProviders", "claude")
+            compare(control.displayText, "Codex")
+            compare(control.count, 3)
+            keyClick(Qt.Key_Down)
+            compare(control.displayText, "Grok")
+            world.setPreference("disabledProviders", "")
+            compare(control.displayText, "Grok")
+            world.setPreference("pinnedProvider", "claude")
+            compare(control.displayText, "Claude")
+        }
+
         function test_criticalStaysBelowWarning() {
             const warning = onPage(1, "Warning level")
             const critical = onPage(1, "Critical level")

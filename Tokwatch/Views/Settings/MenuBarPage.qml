@@ -10,7 +10,7 @@ SettingsPage {
 
     title: "Menu bar"
 
-    Column {
+    pinned: Column {
         width: parent.width
         spacing: Theme.space.s
         Accessible.role: Accessible.Graphic
