@@ -56,9 +56,8 @@ QString desktopEntryCommand(const QStringList& command) {
     return arguments.join(u' ');
 }
 
-LoginItem::LoginItem(std::filesystem::path directory, Program what)
-    : entry(std::move(directory) / (what.id.toStdString() + ".desktop")), program(std::move(what)) {
-}
+LoginItem::LoginItem(const std::filesystem::path& directory, Program what)
+    : entry(directory / (what.id.toStdString() + ".desktop")), program(std::move(what)) {}
 
 std::filesystem::path LoginItem::userDirectory() {
     const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);

@@ -20,7 +20,7 @@ class LoginItem {
     };
 
     /// `directory` is $XDG_CONFIG_HOME/autostart; it is made when it is needed.
-    LoginItem(std::filesystem::path directory, Program program);
+    LoginItem(const std::filesystem::path& directory, Program program);
 
     /// The user's own autostart directory.
     static std::filesystem::path userDirectory();

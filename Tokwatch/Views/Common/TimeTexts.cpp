@@ -17,7 +17,7 @@ QString TimeTexts::updated(std::optional<Date> moment, Date now, const Calendar&
 
 QString TimeTexts::moment(Date moment, Date now, const Calendar& calendar) {
     const Calendar::Fields fields = calendar.fields(moment);
-    const QString time = QString("%1:%2").arg(fields.hour).arg(fields.minute, 2, 10, QChar('0'));
+    QString time = QString("%1:%2").arg(fields.hour).arg(fields.minute, 2, 10, QChar('0'));
     if (calendar.dayKey(moment) == calendar.dayKey(now)) return time;
     return text(DayFormat::day(moment, calendar)) + ", " + time;
 }
