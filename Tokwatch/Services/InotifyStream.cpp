@@ -123,7 +123,7 @@ void InotifyStream::deliver() {
 // Events
 
 void InotifyStream::readEvents() {
-    alignas(inotify_event) std::array<char, 16 * 1024> buffer;
+    alignas(inotify_event) std::array<char, std::size_t{16} * 1024> buffer;
     // However fast events come, the batch is delivered when it is due.
     while (batch.empty() || Steady::now() < due) {
         const ssize_t length = read(watches->descriptor(), buffer.data(), buffer.size());

@@ -85,6 +85,7 @@ void InotifyWatches::addBelow(int top, const std::string& topPath, const OnFile&
         unread.pop_back();
         const OpenDirectory open(opendir(currentPath.c_str()));
         if (!open) continue; // gone again
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the stream belongs to this call alone.
         while (const dirent* entry = readdir(open.get())) {
             const std::string_view name = entry->d_name;
             if (name == "." || name == "..") continue;

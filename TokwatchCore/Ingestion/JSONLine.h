@@ -49,6 +49,7 @@ template<typename Visitor>
 bool forEachElement(simdjson::ondemand::array array, Visitor&& visit) {
     for (auto result : array) {
         JSONValue element;
+        // NOLINTNEXTLINE(performance-move-const-arg): the library's `get` takes an rvalue.
         if (std::move(result).get(element) != simdjson::SUCCESS || !visit(element)) return false;
     }
     return true;

@@ -53,8 +53,12 @@ class Finder {
             }
         }
         for (const std::string& name : subdirectories) {
-            if (const Directory inner = openDirectory(descriptor, name.c_str(), O_NOFOLLOW))
-                visit(inner.get(), path + "/" + name);
+            const Directory inner = openDirectory(descriptor, name.c_str(), O_NOFOLLOW);
+            if (!inner) continue;
+            std::string innerPath = path;
+            innerPath += '/';
+            innerPath += name;
+            visit(inner.get(), innerPath);
         }
     }
 

@@ -31,7 +31,8 @@ constexpr const char* upsertSession =
 
 /// The key as it is stored: the database's texts end at a NUL.
 std::string_view storedKey(const UsageEvent& event) {
-    return event.dedupKey.c_str();
+    const std::string_view key = event.dedupKey;
+    return key.substr(0, key.find('\0'));
 }
 
 /// How many bytes all keys begin with: the tools' keys share a prefix such as "msg_".
