@@ -101,6 +101,22 @@ class ModelWorld {
         limitsService.emplace(providers, store, *preferences, time.clock(), time);
     }
 
+    ModelWorld(const ModelWorld&) = delete;
+    ModelWorld& operator=(const ModelWorld&) = delete;
+
+    /// What is still under way ends, so that no coroutine waits for ever and keeps what it holds.
+    ~ModelWorld() {
+        model.reset();
+        while (indexer.waiting() > 0)
+            indexer.finish();
+        for (const auto& [id, source] : sources) {
+            while (source->underWay() > 0)
+                source->answer(ProviderStatus::unavailable);
+        }
+        holdBackground = false;
+        settle();
+    }
+
     void makeModel() {
         model.emplace(AppServices{
             *preferences, store, prices, ProviderLocations{home.path()},
