@@ -31,6 +31,9 @@ QVariant unwrapped(QVariant value) {
 } // namespace
 
 DesktopAppearance::DesktopAppearance(QDBusConnection bus, QObject* parent) : QObject(parent) {
+    // A slot with a type that Qt does not know by its name yet is connected without complaint, and
+    // never called: changes would go unheard.
+    qRegisterMetaType<QDBusVariant>();
     decideTone();
     qGuiApp->installEventFilter(this);
     if (!bus.isConnected()) return;
