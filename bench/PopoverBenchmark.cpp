@@ -5,6 +5,7 @@
 #include "AppDelegate.h"
 #include "DesktopBus.h"
 #include "Preferences.h"
+#include "QtScheduler.h"
 
 #include <QDBusConnection>
 #include <QElapsedTimer>
@@ -124,8 +125,9 @@ int main(int argc, char** argv) {
     UserPaths paths;
     paths.home = argv[1];
     paths.dataHome = argv[2];
+    QtScheduler scheduler;
     AppDelegate delegate(Surroundings::real(paths), preferences, settings->fileName().toStdString(),
-                         bus);
+                         bus, scheduler);
     delegate.launch();
     constexpr double settledAfter = 8;
     runFor(settledAfter);

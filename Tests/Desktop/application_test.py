@@ -52,9 +52,8 @@ class Application:
         return self.errors.read()
 
     def end(self):
-        if self.is_running():
-            self.process.terminate()
-        self.process.wait(timeout=10)
+        self.process.terminate()
+        assert self.process.wait(timeout=10) == 0, "a signal ends it, and cleanly"
 
 
 def windows(name="Tokwatch"):

@@ -9,7 +9,6 @@
 #include "StatusMenu.h"
 
 #include <QCursor>
-#include <QDBusConnection>
 #include <QDesktopServices>
 #include <QGuiApplication>
 #include <QQuickView>
@@ -40,11 +39,12 @@ kivo::LoginItem::Program loginProgram() {
 } // namespace
 
 AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences,
-                         std::filesystem::path preferencesFile, DesktopBus& desktopBus)
+                         std::filesystem::path preferencesFile, DesktopBus& desktopBus,
+                         Scheduler& timers)
     : preferences(userPreferences), bus(desktopBus), paths(surroundings.paths),
       settingsFile(std::move(preferencesFile)), now(surroundings.now),
-      loginItem(kivo::LoginItem::userDirectory(), loginProgram()),
-      appearance(QDBusConnection::sessionBus()), theme(appearance.current()), runtime(theme) {
+      loginItem(kivo::LoginItem::userDirectory(), loginProgram()), scheduler(timers),
+      appearance(desktopBus.sessionBus()), theme(appearance.current()), runtime(theme) {
     application.emplace(std::move(surroundings), preferences, bus);
     viewClock.emplace(now);
     connect(&appearance, &kivo::DesktopAppearance::changed, this, [this] {
@@ -140,9 +140,8 @@ void AppDelegate::makeStatusItem() {
         .quit = [] { QCoreApplication::quit(); },
     };
     statusItem.emplace(
-        StatusItemSurroundings{QDBusConnection::sessionBus(), scheduler, now, iconDirectory()},
-        *itemSource, [this](QPoint anchor) { toggle(anchor); },
-        [actions] { return statusMenu(actions); });
+        StatusItemSurroundings{bus.sessionBus(), scheduler, now, iconDirectory()}, *itemSource,
+        [this](QPoint anchor) { toggle(anchor); }, [actions] { return statusMenu(actions); });
     contextMenu.emplace(runtime, scheduler, [actions] { return statusMenu(actions); });
     statusItem->onContextMenu = [this](QPoint anchor) { contextMenu->open(anchor); };
     statusItem->setDesktopDark(appearance.current().dark);

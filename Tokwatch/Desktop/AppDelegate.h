@@ -35,7 +35,7 @@ class AppDelegate : public QObject {
   public:
     /// References outlive it. `settingsFile` is where the preferences are kept.
     AppDelegate(Surroundings surroundings, Preferences& preferences,
-                std::filesystem::path settingsFile, DesktopBus& bus);
+                std::filesystem::path settingsFile, DesktopBus& bus, Scheduler& timers);
     ~AppDelegate() override;
 
     /// Everything, in its order; called once.
@@ -67,7 +67,7 @@ class AppDelegate : public QObject {
     std::filesystem::path settingsFile;
     Clock now;
     kivo::LoginItem loginItem;
-    QtScheduler scheduler;
+    Scheduler& scheduler;
     kivo::DesktopAppearance appearance;
     kivo::Theme theme;
     QmlRuntime runtime;

@@ -39,7 +39,8 @@ void ContentWindow::close() {
 
 bool ContentWindow::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::Close && watched == hosted.existing()) {
-        event->ignore(); // hidden instead, so that it reopens at once
+        // Hidden instead, so that it reopens at once. Not refused: that would stop the program's
+        // end.
         close();
         return true;
     }

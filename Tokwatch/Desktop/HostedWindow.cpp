@@ -2,11 +2,26 @@
 
 #include "SystemLog.h"
 
+#include <QGuiApplication>
+#include <QQmlContext>
 #include <QQmlError>
+#include <QQmlProperty>
+#include <QQuickItem>
 #include <QQuickView>
 #include <QVariant>
 
 namespace tokwatch {
+namespace {
+
+/// The layout of right-to-left desktops, for everything in the window.
+void mirror(QQuickView& window) {
+    QQuickItem* all = window.contentItem();
+    QQmlContext* context = qmlContext(window.rootObject());
+    QQmlProperty::write(all, QStringLiteral("LayoutMirroring.enabled"), true, context);
+    QQmlProperty::write(all, QStringLiteral("LayoutMirroring.childrenInherit"), true, context);
+}
+
+} // namespace
 
 HostedWindow::HostedWindow(QmlRuntime& qml, Scheduler& timers, Content what)
     : runtime(qml), scheduler(timers), content(std::move(what)) {}
@@ -33,6 +48,7 @@ void HostedWindow::make() {
     quickView->setSource(content.source);
     for (const QQmlError& error : quickView->errors())
         systemLog("showing a window failed: " + error.toString().toStdString());
+    if (QGuiApplication::isRightToLeft() && quickView->rootObject() != nullptr) mirror(*quickView);
     emit made();
 }
 

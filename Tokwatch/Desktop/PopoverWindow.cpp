@@ -1,6 +1,6 @@
 #include "PopoverWindow.h"
 
-#include <QCloseEvent>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickView>
@@ -66,6 +66,9 @@ void PopoverWindow::close() {
 }
 
 void PopoverWindow::wasClosed() {
+    // Opened anew, no control has the keyboard, and none shows that it has.
+    if (const QQuickItem* root = hosted.existing()->rootObject())
+        if (QQuickItem* focused = root->scopedFocusItem()) focused->setFocus(false);
     hosted.letGo();
     if (onClosed) onClosed();
 }
@@ -84,7 +87,8 @@ double PopoverWindow::visibleHeight(QPoint anchor) const {
 
 bool PopoverWindow::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::Close && watched == hosted.existing()) {
-        event->ignore(); // hidden instead, so that it reopens at once
+        // Hidden instead, so that it reopens at once. Not refused: that would stop the program's
+        // end.
         close();
         return true;
     }

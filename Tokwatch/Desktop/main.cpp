@@ -3,6 +3,8 @@
 #include "DesktopBus.h"
 #include "Preferences.h"
 #include "ProcessHardening.h"
+#include "QtScheduler.h"
+#include "TerminationSignals.h"
 
 #include <QCommandLineParser>
 #include <QDBusConnection>
@@ -64,11 +66,14 @@ int main(int argc, char** argv) {
     const std::unique_ptr<QSettings> settings = tokwatch::userSettings();
     tokwatch::Preferences preferences(*settings);
     preferences.followFile();
+    tokwatch::QtScheduler scheduler;
     delegate = std::make_unique<tokwatch::AppDelegate>(
         tokwatch::Surroundings::real(pathsFrom(parser, home, dataDirectory)), preferences,
-        settings->fileName().toStdString(), bus);
+        settings->fileName().toStdString(), bus, scheduler);
     if (openAtOnce) delegate->open();
     delegate->launch();
+    // The end of a session comes as a signal: the item leaves the panel, the settings are written.
+    const tokwatch::TerminationSignals termination([] { QGuiApplication::quit(); });
     const int status = QGuiApplication::exec();
     delegate.reset();
     return status;

@@ -25,6 +25,8 @@ class DesktopBus : public QObject, public SystemNotifications {
     /// missing session bus is one line in the log.
     DesktopBus(QDBusConnection session, QDBusConnection system);
 
+    const QDBusConnection& sessionBus() const { return session; }
+
     void onRefreshRequest(std::function<void()> call) override;
     void onResume(std::function<void()> call) override;
 
