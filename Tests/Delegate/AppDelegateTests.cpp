@@ -1,0 +1,267 @@
+#include "AppDelegate.h"
+
+#include "DesktopBus.h"
+#include "EventLoop.h"
+#include "FakeStatusArea.h"
+#include "Fakes.h"
+#include "ManualScheduler.h"
+#include "Preferences.h"
+#include "PrivateBus.h"
+#include "ShownWindow.h"
+#include "SignalLog.h"
+#include "TemporaryDirectory.h"
+#include "UsageStore.h"
+
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QSettings>
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tokwatch {
+namespace {
+
+using namespace tokwatch::testing;
+using ::testing::Contains;
+using ::testing::IsEmpty;
+
+const QString popoverTitle = QStringLiteral("Tokwatch");
+const QString welcomeTitle = QStringLiteral("Welcome to Tokwatch");
+const QString itemPath = QStringLiteral("/StatusNotifierItem");
+
+constexpr auto portal = "org.freedesktop.portal.Desktop";
+
+/// The windows in the order in which they come up, and whether the status item was there.
+class Openings : public QObject {
+  public:
+    struct Opening {
+        QString title;
+        bool hasItem = false;
+        friend bool operator==(const Opening&, const Opening&) = default;
+        friend void PrintTo(const Opening& opening, std::ostream* stream) {
+            *stream << opening.title.toStdString() << (opening.hasItem ? " with" : " without")
+                    << " the item";
+        }
+    };
+
+    explicit Openings(QDBusConnection itemBus) : bus(std::move(itemBus)) {
+        qApp->installEventFilter(this);
+    }
+    std::vector<Opening> seen;
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        const auto* window = qobject_cast<QWindow*>(watched);
+        if (window != nullptr && event->type() == QEvent::Show)
+            seen.push_back({window->title(), bus.objectRegisteredAt(itemPath) != nullptr});
+        return false;
+    }
+
+  private:
+    QDBusConnection bus;
+};
+
+class AppDelegateTest : public ::testing::Test {
+  protected:
+    AppDelegateTest() {
+        qputenv("XDG_CURRENT_DESKTOP", "XFCE");
+        preferences.hasCompletedOnboarding = true;
+    }
+    ~AppDelegateTest() override {
+        delegate.reset();
+        settle();
+    }
+
+    void make() {
+        delegate.emplace(
+            Surroundings{UserPaths{home.path(), data.path()}, Calendar::utc(), time.clock(),
+                         std::make_shared<FakeCredentials>(CredentialError::Reason::notFound),
+                         std::make_shared<FakeHTTP>()},
+            preferences, data / "settings.conf", desktopBus, time);
+    }
+    /// With a status area, unless there is to be none.
+    void launch(bool withArea = true) {
+        if (withArea) area.appear();
+        make();
+        delegate->launch();
+        if (withArea) until([this] { return !area.registered.empty(); });
+        drain(appBus);
+    }
+    void leaveStatusArea() {
+        area.vanish();
+        drain(hostBus);
+        drain(appBus);
+    }
+    /// Closes what is open, as its user does.
+    void closePopover() {
+        shownWindow(popoverTitle)->close();
+        settle();
+    }
+    bool isPopoverFrameless() {
+        return shownWindow(popoverTitle)->flags().testFlag(Qt::FramelessWindowHint);
+    }
+    QString advice() {
+        auto* view = qobject_cast<QQuickView*>(shownWindow(popoverTitle));
+        const auto* shown = view->rootObject()->property("view").value<QObject*>();
+        return shown->property("hostAdvice").toString();
+    }
+    QColor popoverColor() { return qobject_cast<QQuickView*>(shownWindow(popoverTitle))->color(); }
+
+    PrivateBus bus;
+    QDBusConnection appBus = bus.connect("app");
+    QDBusConnection hostBus = bus.connect("host");
+    FakeStatusArea area{hostBus};
+    TemporaryDirectory home;
+    TemporaryDirectory data;
+    ManualScheduler time;
+    std::unique_ptr<QSettings> settings = settingsFile(data / "settings.conf");
+    Preferences preferences{*settings};
+    DesktopBus desktopBus{appBus, appBus};
+    Openings openings{appBus};
+    std::optional<AppDelegate> delegate;
+};
+
+using Opening = Openings::Opening;
+
+TEST_F(AppDelegateTest, WelcomesAtTheFirstLaunchBeforeThereIsAnItem) {
+    preferences.hasCompletedOnboarding = false;
+    launch();
+    EXPECT_EQ(openings.seen, (std::vector{Opening{welcomeTitle, false}}));
+    EXPECT_NE(appBus.objectRegisteredAt(itemPath), nullptr);
+    delegate->open();
+    EXPECT_NE(shownWindow(popoverTitle), nullptr);
+    EXPECT_NE(shownWindow(welcomeTitle), nullptr) << "the popover took the welcome's place";
+}
+
+TEST_F(AppDelegateTest, DoesNotWelcomeTwice) {
+    launch();
+    EXPECT_THAT(openings.seen, IsEmpty());
+}
+
+TEST_F(AppDelegateTest, OpensWhatWasAskedForBeforeTheLaunchOnceThereIsAnItem) {
+    make();
+    delegate->open();
+    EXPECT_THAT(openings.seen, IsEmpty());
+    delegate->launch();
+    EXPECT_EQ(openings.seen, (std::vector{Opening{popoverTitle, true}}));
+}
+
+TEST_F(AppDelegateTest, RenewsTheTitleWithTimeAndRedrawsOnlyWhatDiffers) {
+    home.write(".codex/sessions/readme", "");
+    ProviderLimits limits;
+    limits.windows = {
+        {"session", "Session", 0.5, 18000.0, time.now() + Seconds{7200 + 45}, LimitSource::live()}};
+    limits.fetchedAt = time.now();
+    UsageStore(UserPaths{home.path(), data.path()}.database().value())
+        .setLimits(limits, ProviderID::codex);
+    preferences.pinnedProvider = ProviderID::codex;
+    preferences.showResetTime = true;
+    SignalLog heard(hostBus, "org.kde.StatusNotifierItem");
+    launch();
+    const auto description = [this] {
+        return answer(hostBus, appBus.baseService(), itemPath, "org.freedesktop.DBus.Properties",
+                      "Get", {"org.kde.StatusNotifierItem", "IconAccessibleDesc"})
+            .arguments()
+            .at(0)
+            .value<QDBusVariant>()
+            .variant()
+            .toString()
+            .toStdString();
+    };
+    ASSERT_TRUE(until([&] { return description() == "Codex 50% · 2h 0m"; })) << description();
+    heard.take(appBus);
+
+    time.advance(Seconds{30});
+    EXPECT_THAT(heard.take(appBus), IsEmpty()) << "nothing has changed";
+    time.advance(Seconds{30});
+    EXPECT_THAT(heard.take(appBus), Contains("NewIcon"));
+    EXPECT_EQ(description(), "Codex 50% · 1h 59m");
+}
+
+TEST_F(AppDelegateTest, KeepsThePopoverWhenTheStatusAreaAndTheBusGo) {
+    launch();
+    delegate->open();
+    EXPECT_TRUE(isPopoverFrameless());
+    EXPECT_EQ(advice(), "");
+    leaveStatusArea();
+    ASSERT_TRUE(until([this] { return advice() != ""; }));
+    EXPECT_TRUE(isPopoverFrameless()) << "it changed under its user's hands";
+    area.appear();
+    ASSERT_TRUE(until([this] { return advice() == ""; }));
+
+    bus.close();
+    ASSERT_TRUE(until([this] { return !appBus.isConnected(); }));
+    settle();
+    EXPECT_NE(shownWindow(popoverTitle), nullptr);
+    closePopover();
+    delegate->open();
+    EXPECT_FALSE(isPopoverFrameless()) << "without a status area there is no other way back to it";
+}
+
+TEST_F(AppDelegateTest, OpensAsAnOrdinaryWindowWithAdviceWhereNoStatusAreaComes) {
+    launch(false);
+    EXPECT_THAT(openings.seen, IsEmpty());
+    time.advance(MeterStatusItem::hostGrace);
+    ASSERT_NE(shownWindow(popoverTitle), nullptr);
+    EXPECT_FALSE(isPopoverFrameless());
+    EXPECT_THAT(advice().toStdString(), ::testing::HasSubstr("Status Tray Plugin"));
+    closePopover();
+    time.advance(Seconds{3600});
+    EXPECT_EQ(shownWindow(popoverTitle), nullptr) << "it opened again though nobody asked";
+}
+
+TEST_F(AppDelegateTest, TakesItsTaskBarEntryAtTheNextOpening) {
+    launch();
+    delegate->open();
+    for (const bool showsDockIcon : {true, false}) {
+        preferences.showDockIcon = showsDockIcon;
+        settle();
+        EXPECT_EQ(isPopoverFrameless(), showsDockIcon) << "it changed while it was open";
+        closePopover();
+        delegate->open();
+        EXPECT_EQ(isPopoverFrameless(), !showsDockIcon);
+    }
+}
+
+TEST_F(AppDelegateTest, LetsTheProgramEndWhateverIsOpen) {
+    preferences.hasCompletedOnboarding = false;
+    preferences.showDockIcon = true;
+    launch();
+    delegate->open();
+    closePopover(); // hidden, and still there
+    ASSERT_NE(shownWindow(welcomeTitle), nullptr);
+    constexpr int tooLate = 1;
+    QTimer::singleShot(0, [] { QCoreApplication::quit(); });
+    QTimer::singleShot(10'000, [] { QCoreApplication::exit(tooLate); });
+    EXPECT_EQ(QCoreApplication::exec(), 0) << "a window kept the program from ending";
+}
+
+TEST_F(AppDelegateTest, FollowsTheDesktopsToneWhileThePopoverIsOpen) {
+    launch();
+    delegate->open();
+    const QColor before = popoverColor();
+    ASSERT_EQ(before, kivo::Palette::of({}).canvas);
+    hostBus.registerService(portal);
+    const auto choose = [this](uint scheme) {
+        QDBusMessage signal = QDBusMessage::createSignal(
+            "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings", "SettingChanged");
+        signal << "org.freedesktop.appearance"
+               << "color-scheme" << QVariant::fromValue(QDBusVariant(scheme));
+        hostBus.send(signal);
+    };
+    choose(1);
+    EXPECT_TRUE(
+        until([this] { return popoverColor() == kivo::Palette::of({.dark = true}).canvas; }));
+    choose(2);
+    EXPECT_TRUE(until([&] { return popoverColor() == before; }));
+}
+
+} // namespace
+} // namespace tokwatch
