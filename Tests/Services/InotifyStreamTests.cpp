@@ -214,10 +214,12 @@ TEST_F(InotifyStreamTest, RescansWhenEventsWereLost) {
     ASSERT_GT(queue, 0U);
     const testing::CapturedLog log;
     std::mutex held;
-    stream = InotifyStream::open({root.string()}, Seconds{0.001}, [&](const auto& batch) {
-        received.add(batch);
-        const std::lock_guard wait(held);
-    });
+    // Ends before the lock that its deliveries take.
+    const auto blocked =
+        InotifyStream::open({root.string()}, Seconds{0.001}, [&](const auto& batch) {
+            received.add(batch);
+            const std::lock_guard wait(held);
+        });
     settle();
     for (int round = 0; round < 2; ++round) {
         std::unique_lock lock(held); // the next delivery stops the stream
