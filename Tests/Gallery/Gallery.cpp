@@ -2,7 +2,9 @@
 //   Gallery DIRECTORY [NAME …]             draws into the directory
 //   Gallery --compare KEPT DIRECTORY       the differences go to the directory; fails when there
 //   are any
+// Qt's own option -reverse draws them as where the desktop reads from the right.
 
+#include "HostedWindow.h"
 #include "PictureComparison.h"
 #include "QmlRuntime.h"
 #include "Scene.h"
@@ -36,6 +38,7 @@ QImage picture(const Scene& scene, const kivo::Appearance& appearance, bool whol
     window.setResizeMode(QQuickView::SizeRootObjectToView);
     window.setInitialProperties({{"view", QVariant::fromValue(view.get())}});
     window.setSource(scene.source);
+    HostedWindow::followLayoutDirection(window);
     QQuickItem* root = window.rootObject();
     if (root == nullptr) {
         for (const QQmlError& error : window.errors())
@@ -87,6 +90,7 @@ struct Request {
     QString kept; ///< empty when nothing is compared
     QStringList names;
     bool whole = false;
+    bool highContrast = false;
 };
 
 int run(const Request& request) {
@@ -99,7 +103,9 @@ int run(const Request& request) {
     bool isWell = true;
     for (const Scene& scene : allScenes()) {
         if (!request.names.isEmpty() && !request.names.contains(scene.name)) continue;
-        for (const Look& look : looks) {
+        for (Look look : looks) {
+            look.appearance.highContrast = request.highContrast;
+            look.appearance.reducedMotion = true; // or it would be caught halfway
             const QString name = "/" + scene.name + "-" + look.suffix + ".png";
             const QImage fresh = picture(scene, look.appearance, request.whole);
             isWell &= request.kept.isEmpty()
@@ -121,11 +127,13 @@ int main(int argc, char** argv) {
     parser.addPositionalArgument("name", "Only these.", "[name …]");
     const QCommandLineOption whole("whole", "As high as the content is.");
     const QCommandLineOption compare("compare", "Compare with the pictures here.", "directory");
-    parser.addOptions({whole, compare});
+    const QCommandLineOption highContrast("high-contrast", "In the looks of high contrast.");
+    parser.addOptions({whole, compare, highContrast});
     parser.addHelpOption();
     parser.process(application);
     QStringList names = parser.positionalArguments();
     if (names.isEmpty()) parser.showHelp(2);
     const QString directory = names.takeFirst();
-    return tokwatch::testing::run({directory, parser.value(compare), names, parser.isSet(whole)});
+    return tokwatch::testing::run(
+        {directory, parser.value(compare), names, parser.isSet(whole), parser.isSet(highContrast)});
 }

@@ -73,6 +73,32 @@ void denied(DemoWorld& world) {
     statuses(world, ProviderStatus::unavailable, ProviderStatus::accessDenied);
 }
 
+/// More and longer than anybody has: it may be shortened, but nothing may overlap.
+void extreme(DemoWorld& world) {
+    ProviderLimits claude = world.claudeLimits();
+    claude.plan = "Enterprise Premium with Extended Context";
+    for (const char* name :
+         {"Weekly Sonnet", "Weekly Haiku and everything else that is small", "Monthly"})
+        claude.windows.push_back(
+            world.window(name, name, 0.999, Seconds{2'592'000}, Seconds{2'000'000}));
+    claude.credits = Credits{"Extra usage beyond what the plan includes", std::nullopt, 123'456.78,
+                             250'000, false};
+    world.model->apply(claude.markedStale(), ProviderID::claude);
+    ProviderLimits codex;
+    codex.plan = "Pay as you go";
+    codex.credits = Credits{"Credits", 123'456.78, std::nullopt, std::nullopt, false};
+    codex.fetchedAt = world.time.now();
+    world.model->apply(codex, ProviderID::codex);
+    UsageEvent event;
+    event.model = "an-internal-preview-model-with-a-name-that-nobody-can-remember-20260312";
+    event.dedupKey = event.sessionID = "extreme";
+    event.timestamp = world.time.now();
+    event.tokens.cacheRead = 12'300'000'000;
+    event.reportedCostUSD = 123'456.78;
+    world.store->ingest(std::vector{event}, Calendar::utc());
+    world.model->publish();
+}
+
 void indexing(DemoWorld& world) {
     usual(world);
     world.model->refresh();
@@ -92,11 +118,13 @@ std::vector<Scene> popoverScenes() {
         scene("usage-sign-in", PopoverTab::usage, signIn),
         scene("usage-denied", PopoverTab::usage, denied),
         scene("usage-indexing", PopoverTab::usage, indexing),
+        scene("usage-extreme", PopoverTab::usage, extreme),
         scene("usage-empty", PopoverTab::usage, {}, DemoWorld::Home::empty),
         scene("stats", stats, usual),
         scene("stats-tokens", stats, inTokens),
         scene("stats-empty", stats, {}, DemoWorld::Home::empty),
         scene("models", models, usual),
+        scene("models-extreme", models, extreme),
         scene("models-empty", models, {}, DemoWorld::Home::empty),
     };
 }

@@ -3,6 +3,7 @@ import QtTest
 import Tokwatch.Popover
 
 Item {
+    id: stage
     width: 420
     height: 600
 
@@ -68,6 +69,43 @@ Item {
             compare(closing.count, 1)
             keyClick(Qt.Key_R, Qt.ControlModifier)
             verify(world.popover.footer.state.isRefreshing)
+        }
+
+        function scrolled(item) {
+            if (item.visible && item.contentY !== undefined)
+                return item
+            for (let i = 0; i < item.children.length; ++i) {
+                const found = scrolled(item.children[i])
+                if (found)
+                    return found
+            }
+            return null
+        }
+
+        function test_keyboard_reaches_what_does_not_fit() {
+            world.useOn("2026-11-24", 12)
+            world.settle()
+            stage.height = 320
+            const page = scrolled(popover)
+            verify(page.contentHeight > page.height)
+            keyClick(Qt.Key_Down)
+            verify(page.contentY > 0)
+            keyClick(Qt.Key_PageUp)
+            compare(page.contentY, 0)
+
+            named(popover, "Sections").forceActiveFocus()
+            const names = []
+            for (let i = 0; i < 4; ++i) {
+                keyClick(Qt.Key_Tab)
+                const item = popover.Window.activeFocusItem
+                names.push(item.Accessible.name)
+                if (i > 1)
+                    continue
+                const top = item.mapToItem(page, 0, 0).y
+                verify(top >= 0 && top + item.height <= page.height, names[i] + " is out of sight")
+            }
+            compare(names, [world.popover.usage.summary.spoken, "About the API estimate", "Refresh", "Settings"])
+            stage.height = 600
         }
 
         function test_headline_switches_the_unit() {

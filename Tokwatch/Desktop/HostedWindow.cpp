@@ -11,18 +11,6 @@
 #include <QVariant>
 
 namespace tokwatch {
-namespace {
-
-/// The layout of right-to-left desktops, for everything in the window.
-void mirror(QQuickView& window) {
-    QQuickItem* all = window.contentItem();
-    QQmlContext* context = qmlContext(window.rootObject());
-    QQmlProperty::write(all, QStringLiteral("LayoutMirroring.enabled"), true, context);
-    QQmlProperty::write(all, QStringLiteral("LayoutMirroring.childrenInherit"), true, context);
-}
-
-} // namespace
-
 HostedWindow::HostedWindow(QmlRuntime& qml, Scheduler& timers, Content what)
     : runtime(qml), scheduler(timers), content(std::move(what)) {}
 
@@ -48,8 +36,16 @@ void HostedWindow::make() {
     quickView->setSource(content.source);
     for (const QQmlError& error : quickView->errors())
         systemLog("showing a window failed: " + error.toString().toStdString());
-    if (QGuiApplication::isRightToLeft() && quickView->rootObject() != nullptr) mirror(*quickView);
+    followLayoutDirection(*quickView);
     emit made();
+}
+
+void HostedWindow::followLayoutDirection(QQuickView& view) {
+    if (!QGuiApplication::isRightToLeft() || view.rootObject() == nullptr) return;
+    QQuickItem* all = view.contentItem();
+    QQmlContext* context = qmlContext(view.rootObject());
+    QQmlProperty::write(all, QStringLiteral("LayoutMirroring.enabled"), true, context);
+    QQmlProperty::write(all, QStringLiteral("LayoutMirroring.childrenInherit"), true, context);
 }
 
 void HostedWindow::letGo() {

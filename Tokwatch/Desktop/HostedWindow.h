@@ -42,6 +42,9 @@ class HostedWindow : public QObject {
     /// Gives the window back now.
     void release();
 
+    /// Mirrors all that is in a window where the desktop reads from the right.
+    static void followLayoutDirection(QQuickView& view);
+
   signals:
     /// A window has been made, not shown yet.
     void made();

@@ -31,10 +31,18 @@ Column {
         Label {
             width: parent.width
             horizontalAlignment: Text.AlignHCenter
-            text: "Use Claude Code, Codex or Grok once, and it appears here. Looked in:"
+            text: "Use Claude Code, Codex or Grok once, and it appears here."
             color: Theme.colors.secondaryText
             wrapMode: Text.Wrap
-            bottomPadding: Theme.space.xs
+            bottomPadding: Theme.space.m
+        }
+        Label {
+            width: parent.width
+            horizontalAlignment: Text.AlignHCenter
+            text: "Looked in"
+            size: Theme.type.caption
+            font.weight: Font.Medium
+            color: Theme.colors.secondaryText
         }
         Repeater {
             model: empty.places

@@ -22,12 +22,13 @@ Column {
         height: label.implicitHeight
         Label {
             id: label
-            anchors.left: parent.left
+            anchors { left: parent.left; right: remaining.left; rightMargin: Theme.space.m }
             text: bar.limit.label
             font.weight: Font.Medium
             Accessible.ignored: true
         }
         Label {
+            id: remaining
             anchors { right: parent.right; baseline: label.baseline }
             text: bar.limit.leftText + " left"
             font.weight: Font.DemiBold

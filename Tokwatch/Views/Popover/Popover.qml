@@ -19,6 +19,8 @@ FocusScope {
     Accessible.name: "Tokwatch"
     Keys.onEscapePressed: closeRequested()
     Keys.forwardTo: [tabs]
+    // What nothing inside wanted.
+    Keys.onPressed: event => event.accepted = pages.current?.scroll?.(event.key) ?? false
 
     Shortcut { sequence: "Ctrl+R"; onActivated: popover.view.refresh() }
     Shortcut { sequence: "Ctrl+,"; onActivated: popover.view.settingsRequested() }

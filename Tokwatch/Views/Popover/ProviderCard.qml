@@ -37,13 +37,14 @@ Card {
         Rectangle {
             anchors { left: name.right; leftMargin: Theme.space.s; verticalCenter: parent.verticalCenter }
             visible: card.row.plan !== ""
-            width: plan.implicitWidth + 2 * 6
+            width: Math.min(plan.implicitWidth + 2 * 6, Math.max(0, parent.width - mark.width - name.width - note.implicitWidth - 4 * Theme.space.s))
             height: 18
             radius: 5
             color: Theme.colors.track
             Label {
                 id: plan
                 anchors.centerIn: parent
+                width: Math.min(implicitWidth, parent.width - 2 * 6)
                 text: card.row.plan
                 size: Theme.type.caption
                 font.weight: Font.Medium
@@ -51,6 +52,7 @@ Card {
             }
         }
         Label {
+            id: note
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
             text: card.row.isBrief ? card.row.notice : card.row.staleText
             size: Theme.type.caption
@@ -73,11 +75,12 @@ Card {
         height: credits.implicitHeight
         Label {
             id: credits
-            anchors.left: parent.left
+            anchors { left: parent.left; right: amount.left; rightMargin: Theme.space.m }
             text: card.row.creditsLabel
             font.weight: Font.Medium
         }
         Label {
+            id: amount
             anchors.right: parent.right
             text: card.row.creditsText
             color: Theme.colors.secondaryText
@@ -100,7 +103,7 @@ Card {
             id: notice
             anchors { left: sign.right; leftMargin: Theme.space.s; right: action.visible ? action.left : parent.right }
             anchors.rightMargin: action.visible ? Theme.space.m : 0
-            anchors.verticalCenter: lineCount === 1 ? parent.verticalCenter : undefined
+            anchors.verticalCenter: parent.verticalCenter
             text: card.row.notice
             color: Theme.colors.secondaryText
             wrapMode: Text.Wrap

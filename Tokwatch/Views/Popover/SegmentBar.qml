@@ -11,7 +11,9 @@ Column {
 
     Row {
         id: strip
-        readonly property real room: width - bar.gap * (bar.segments.length - 1)
+        // Each is to be seen, whatever its part.
+        readonly property int least: 2
+        readonly property real room: width - (bar.gap + least) * bar.segments.length + bar.gap
         width: parent.width
         height: 12
         spacing: bar.gap
@@ -19,7 +21,7 @@ Column {
             model: bar.segments
             Rectangle {
                 required property var modelData
-                width: Math.max(2, strip.room * modelData.fraction)
+                width: strip.least + strip.room * modelData.fraction
                 height: 12
                 radius: 3
                 color: Theme.colors.parts[modelData.part]

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Kivo.Theme
 import Tokwatch.Popover
 
@@ -11,7 +10,7 @@ Item {
 
     readonly property bool isEmpty: view.state.emptyText !== ""
 
-    implicitHeight: isEmpty ? nothing.implicitHeight : column.implicitHeight
+    implicitHeight: isEmpty ? nothing.implicitHeight : column.naturalHeight
 
     Binding {
         target: tab.view
@@ -27,33 +26,25 @@ Item {
         width: parent.width
         sentence: tab.view.state.emptyText
     }
-    Flickable {
+    function scroll(key) {
+        return !isEmpty && column.scroll(key)
+    }
+    ScrollColumn {
+        id: column
         visible: !tab.isEmpty
         anchors.fill: parent
-        contentHeight: column.implicitHeight
-        boundsBehavior: Flickable.StopAtBounds
-        clip: contentHeight > height
-        T.ScrollBar.vertical: ThinScrollBar {}
 
-        Column {
-            id: column
-            x: Theme.space.l
-            width: parent.width - 2 * Theme.space.l
-            bottomPadding: Theme.space.l
-            spacing: Theme.space.m
-
-            ChartTiles {
-                width: parent.width
-                tiles: tab.view.state.tiles
-            }
-            ChartCard {
-                width: parent.width
-                chart: tab.view.state.chart
-            }
-            HeatMapCard {
-                width: parent.width
-                calendar: tab.view.calendar
-            }
+        ChartTiles {
+            width: parent.width
+            tiles: tab.view.state.tiles
+        }
+        ChartCard {
+            width: parent.width
+            chart: tab.view.state.chart
+        }
+        HeatMapCard {
+            width: parent.width
+            calendar: tab.view.calendar
         }
     }
 }

@@ -48,7 +48,7 @@ StatusNotice statusNotice(ProviderID provider, const ProviderLimits* limits,
     case ProviderStatus::unreachable:
         return {name + " could not be reached.", false, ProviderAction::retry, "Try Again"};
     case ProviderStatus::rateLimited:
-        return {name + " is answering less often for now. The next look-up comes by itself.",
+        return {name + " is answering less often for now. Tokwatch asks again by itself.",
                 true,
                 ProviderAction::none,
                 {}};

@@ -29,6 +29,7 @@ Card {
             id: figures
             spacing: 2
             Label {
+                width: parent.width
                 text: card.summary.period
                 size: Theme.type.caption
                 font.weight: Font.Medium
@@ -38,24 +39,33 @@ Card {
             Item {
                 width: parent.width
                 height: figure.implicitHeight
-                Label {
-                    id: figure
-                    anchors.left: parent.left
-                    text: card.summary.headline
-                    size: Theme.type.headline
-                    font.weight: Font.Bold
-                    font.letterSpacing: -0.5
-                    color: headline.hovered ? Theme.colors.accentText : Theme.colors.text
-                    Accessible.ignored: true
+                // A figure and what it is are one text, which mirroring does not turn around.
+                Item {
+                    x: headline.mirrored ? parent.width - width : 0
+                    width: figure.width + note.width
+                    height: parent.height
+                    LayoutMirroring.enabled: false
+                    LayoutMirroring.childrenInherit: true
+                    Label {
+                        id: figure
+                        text: card.summary.headline
+                        size: Theme.type.headline
+                        font.weight: Font.Bold
+                        font.letterSpacing: -0.5
+                        color: headline.hovered ? Theme.colors.accentText : Theme.colors.text
+                        Accessible.ignored: true
+                    }
+                    Label {
+                        id: note
+                        anchors { left: figure.right; baseline: figure.baseline }
+                        text: card.summary.headlineNote
+                        color: Theme.colors.secondaryText
+                        Accessible.ignored: true
+                    }
                 }
                 Label {
-                    anchors { left: figure.right; baseline: figure.baseline }
-                    text: card.summary.headlineNote
-                    color: Theme.colors.secondaryText
-                    Accessible.ignored: true
-                }
-                Label {
-                    anchors { right: parent.right; baseline: figure.baseline }
+                    anchors.right: parent.right
+                    y: figure.baselineOffset - baselineOffset
                     text: card.summary.other
                     color: Theme.colors.secondaryText
                     Accessible.ignored: true
@@ -102,6 +112,7 @@ Card {
         }
         LinkButton {
             id: about
+            anchors.left: parent.left
             text: card.estimateTitle
             size: Theme.type.caption
             checkable: true
