@@ -243,6 +243,15 @@ TEST_F(AppDelegateTest, LetsTheProgramEndWhateverIsOpen) {
     EXPECT_EQ(QCoreApplication::exec(), 0) << "a window kept the program from ending";
 }
 
+TEST_F(AppDelegateTest, EndsWithItsOwnMenuOpen) {
+    launch();
+    answer(hostBus, appBus.baseService(), itemPath, "org.kde.StatusNotifierItem", "ContextMenu",
+           {600, 4});
+    ASSERT_NE(shownWindow(popoverTitle), nullptr);
+    delegate.reset();
+    EXPECT_EQ(shownWindow(popoverTitle), nullptr);
+}
+
 TEST_F(AppDelegateTest, FollowsTheDesktopsToneWhileThePopoverIsOpen) {
     launch();
     delegate->open();

@@ -53,7 +53,8 @@ class Application:
 
     def end(self):
         self.process.terminate()
-        assert self.process.wait(timeout=10) == 0, "a signal ends it, and cleanly"
+        status = self.process.wait(timeout=10)
+        assert status == 0, f"a signal ended it with {status}: {self.complaints()}"
 
 
 def windows(name="Tokwatch"):

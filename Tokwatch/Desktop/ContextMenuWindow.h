@@ -28,8 +28,8 @@ class ContextMenuWindow : public QObject {
   private:
     void prepare();
 
+    std::unique_ptr<kivo::PopupPanel> panel; ///< outlives the window, whose end ends it
     HostedWindow hosted;
-    std::unique_ptr<kivo::PopupPanel> panel;
 };
 
 } // namespace tokwatch
