@@ -106,9 +106,11 @@ TEST_F(AppModelTest, PublishesLimitsOnlyWhenTheyDiffer) {
 
 TEST_F(AppModelTest, HandsTheLimitsServicesResultsOn) {
     startUp();
+    EXPECT_TRUE(model->attempts().at(ProviderID::claude).isUnderWay);
     claude().answer(someLimits(time.now()));
     settle();
     EXPECT_EQ(model->limits().at(ProviderID::claude), someLimits(time.now()));
+    EXPECT_FALSE(model->attempts().at(ProviderID::claude).isUnderWay);
     EXPECT_EQ(publishes, 1);
 }
 

@@ -87,13 +87,19 @@ TEST_F(LimitsServiceTest, BacksOffFromAServiceThatFailsUntilItAnswers) {
 }
 
 TEST_F(LimitsServiceTest, HonoursAUsersRetryAfterThirtySeconds) {
+    AttemptTimes told;
+    service.onAttempt = [&](ProviderID, const AttemptTimes& times) { told = times; };
+    const Date first = time.now();
     fetch(ProviderStatus::rateLimited);
     pass(20);
     refresh(true);
     EXPECT_EQ(attempts(), 1);
+    EXPECT_EQ(told, (AttemptTimes{first, first + Seconds{30}, first + Seconds{600}, false}));
     pass(11);
+    EXPECT_EQ(service.nextAttempt(ProviderID::claude, true), std::nullopt);
     refresh(true);
     EXPECT_EQ(attempts(), 2);
+    EXPECT_TRUE(told.isUnderWay);
 }
 
 TEST_F(LimitsServiceTest, KeepsTheSpacingAfterASuccessEvenForTheUser) {

@@ -75,6 +75,12 @@ void AppModel::start() {
     services.limitsService.onUpdate = [self](ProviderID provider, const ProviderLimits& limits) {
         if (self) self->apply(limits, provider);
     };
+    services.limitsService.onAttempt = [self](ProviderID provider, const AttemptTimes& times) {
+        if (!self) return;
+        std::map<ProviderID, AttemptTimes> all = self->attempts();
+        all.insert_or_assign(provider, times);
+        self->attemptsState.setValue(std::move(all));
+    };
     hasStartedLimits = true;
     services.limitsService.start(present());
     observePreferences();

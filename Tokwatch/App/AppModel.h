@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AppServices.h"
+#include "AttemptTimes.h"
 #include "CoalescedTask.h"
 #include "LimitRecords.h"
 #include "UsageSummary.h"
@@ -42,6 +43,9 @@ class AppModel : public QObject {
     /// Usage over the last `readingDays` days.
     const UsageSummary& summary() const { return summaryState.value(); }
     const std::map<ProviderID, ProviderLimits>& limits() const { return limitsState.value(); }
+    /// When each provider's service was asked and may be asked again; none for a provider that was
+    /// never asked. `retry` and `refresh` ask nothing before a provider's `nextRetry`.
+    const std::map<ProviderID, AttemptTimes>& attempts() const { return attemptsState.value(); }
     /// The enabled providers with local data, in the user's order.
     const std::vector<ProviderID>& present() const { return presentState.value(); }
     /// The running index pass; none when idle.
@@ -55,6 +59,9 @@ class AppModel : public QObject {
 
     QBindable<UsageSummary> bindableSummary() const { return &summaryState; }
     QBindable<std::map<ProviderID, ProviderLimits>> bindableLimits() const { return &limitsState; }
+    QBindable<std::map<ProviderID, AttemptTimes>> bindableAttempts() const {
+        return &attemptsState;
+    }
     QBindable<std::vector<ProviderID>> bindablePresent() const { return &presentState; }
     QBindable<std::optional<IndexingProgress>> bindableIndexing() const { return &indexingState; }
     QBindable<std::optional<Date>> bindableLastUpdated() const { return &lastUpdatedState; }
@@ -122,6 +129,7 @@ class AppModel : public QObject {
     AppServices services;
     QProperty<UsageSummary> summaryState;
     QProperty<std::map<ProviderID, ProviderLimits>> limitsState;
+    QProperty<std::map<ProviderID, AttemptTimes>> attemptsState;
     QProperty<std::vector<ProviderID>> presentState;
     QProperty<std::optional<IndexingProgress>> indexingState;
     QProperty<std::optional<Date>> lastUpdatedState;

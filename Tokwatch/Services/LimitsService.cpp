@@ -64,7 +64,29 @@ void LimitsService::refreshIfDue(std::span<const ProviderID> ids) {
 }
 
 void LimitsService::cancel(ProviderID id) {
-    states[id].scheduled.reset();
+    State& state = states[id];
+    state.scheduled.reset();
+    state.scheduledFor.reset();
+    tellTimes(id);
+}
+
+AttemptTimes LimitsService::attemptTimes(ProviderID id) const {
+    const auto found = states.find(id);
+    if (found == states.end()) return {};
+    const State& state = found->second;
+    // A timer that a user's retry has set may come before the service may be asked by itself.
+    const std::optional<Date> nextFetch =
+        state.scheduledFor ? std::max(state.scheduledFor, nextAttempt(id, false)) : std::nullopt;
+    return {state.lastAttempt, nextAttempt(id, true), nextFetch, state.inFlight};
+}
+
+std::optional<Date> LimitsService::nextAttempt(ProviderID id, bool force) const {
+    const auto found = states.find(id);
+    if (found == states.end() || !found->second.lastAttempt) return std::nullopt;
+    const State& state = found->second;
+    const Seconds spacing = requiredSpacing(state, force);
+    if (RefreshPolicy::elapsed(state.lastAttempt, now()) >= spacing) return std::nullopt;
+    return *state.lastAttempt + spacing;
 }
 
 void LimitsService::reconsider() {
@@ -108,7 +130,10 @@ Seconds LimitsService::requiredSpacing(const State& state, bool force) {
 }
 
 void LimitsService::schedule(ProviderID id, Seconds delay) {
-    states[id].scheduled = scheduler.after(delay, [this, id] { refresh(id, false); });
+    State& state = states[id];
+    state.scheduled = scheduler.after(delay, [this, id] { refresh(id, false); });
+    state.scheduledFor = now() + delay;
+    tellTimes(id);
 }
 
 /// Claude with its live limits off: what was known stays to be seen, as stale and unavailable, and
@@ -131,6 +156,7 @@ QCoro::Task<> LimitsService::fetch(ProviderID id) {
     State& state = states[id];
     state.inFlight = true;
     state.lastAttempt = attempt;
+    cancel(id);
     const ProviderLimits fresh = co_await provider->fetch(attempt);
     if (!weak.expired()) finish(id, fresh);
 }
@@ -138,6 +164,7 @@ QCoro::Task<> LimitsService::fetch(ProviderID id) {
 void LimitsService::finish(ProviderID id, const ProviderLimits& fresh) {
     if (!isActive(id)) {
         states.erase(id);
+        tellTimes(id);
         return;
     }
     const ProviderLimits result = merged(fresh, stored(id));
@@ -175,6 +202,10 @@ void LimitsService::store(const ProviderLimits& limits, ProviderID id) const {
 
 void LimitsService::update(ProviderID id, const ProviderLimits& limits) const {
     if (onUpdate) onUpdate(id, limits);
+}
+
+void LimitsService::tellTimes(ProviderID id) const {
+    if (onAttempt) onAttempt(id, attemptTimes(id));
 }
 
 } // namespace tokwatch

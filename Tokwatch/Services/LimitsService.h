@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AttemptTimes.h"
 #include "Date.h"
 #include "LimitRecords.h"
 #include "LimitsProvider.h"
@@ -35,6 +36,8 @@ class LimitsService {
     /// Receives the result of every fetch, and of every decision not to fetch that changes what is
     /// shown.
     std::function<void(ProviderID, const ProviderLimits&)> onUpdate;
+    /// Receives a provider's times whenever they have changed.
+    std::function<void(ProviderID, const AttemptTimes&)> onAttempt;
 
     /// Shows what is stored of these providers, marked stale, and refreshes them.
     void start(std::span<const ProviderID> ids);
@@ -46,6 +49,10 @@ class LimitsService {
     /// Considers these on the application's own schedule, as RefreshPolicy::shouldFetch has it. A
     /// provider whose login the user refused is left alone.
     void refreshIfDue(std::span<const ProviderID> ids);
+
+    AttemptTimes attemptTimes(ProviderID id) const;
+    /// From when on `refresh` asks the service; absent: at once.
+    std::optional<Date> nextAttempt(ProviderID id, bool force) const;
 
     /// Takes the provider's timer away.
     void cancel(ProviderID id);
@@ -64,6 +71,7 @@ class LimitsService {
         Seconds currentDelay = RefreshPolicy::baseInterval;
         bool inFlight = false;
         std::unique_ptr<ScheduledCall> scheduled;
+        std::optional<Date> scheduledFor;
     };
 
     bool isActive(ProviderID id) const;
@@ -76,6 +84,7 @@ class LimitsService {
     std::optional<ProviderLimits> stored(ProviderID id) const;
     void store(const ProviderLimits& limits, ProviderID id) const;
     void update(ProviderID id, const ProviderLimits& limits) const;
+    void tellTimes(ProviderID id) const;
 
     Providers providers;
     std::shared_ptr<UsageStore> usageStore;
