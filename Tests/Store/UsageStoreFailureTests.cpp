@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <cstdio>
 #include <filesystem>
+#include <thread>
 
 namespace tokwatch {
 namespace {
@@ -54,6 +56,7 @@ TEST(UsageStoreFailure, IsTypedWhenTheFileCannotBeWritten) {
         const testing::OrdinaryUser user;
         EXPECT_EQ(openFailure(file), SQLITE_READONLY);
         EXPECT_EQ(openFailure(home / "store/another.sqlite"), SQLITE_CANTOPEN);
+        EXPECT_EQ(UsageStore::readOnly(file)->newestDay(), "2024-03-10");
     }
     fs::permissions(home / "store", fs::perms::owner_all);
     fs::permissions(file, fs::perms{0600});
@@ -85,6 +88,71 @@ TEST(UsageStoreFailure, IsTypedWhileAnotherProcessHoldsTheLock) {
     sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
     EXPECT_EQ(store.ingest(events(0, 9), Calendar::utc()), 6);
     sqlite3_close(other);
+}
+
+/// What another program makes of the file: it opens and closes it, which deletes the write-ahead
+/// log where it finds nobody else's lock.
+std::string readByAnotherProcess(const std::filesystem::path& file, const std::string& query) {
+    const std::string command = "sqlite3 '" + file.string() + "' '" + query + "'";
+    FILE* pipe = ::popen(command.c_str(), "r");
+    std::string text;
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
+        text += static_cast<char>(c);
+    EXPECT_EQ(::pclose(pipe), 0) << text;
+    return text;
+}
+
+TEST(UsageStoreFailure, LosesNothingToOtherProcessesThatOpenAndCloseTheFile) {
+    const TemporaryDirectory home;
+    const std::filesystem::path file = home / "usage.sqlite";
+    UsageStore store(file);
+    for (int round = 0; round < 3; ++round) {
+        store.ingest(events(round * 10, 10), Calendar::utc());
+        // The locks of a process on a file are gone once it closes any descriptor of that file.
+        { UsageStore second(file); }
+        EXPECT_EQ(readByAnotherProcess(file, "SELECT COUNT(*) FROM seen"),
+                  std::to_string((round + 1) * 10) + "\n");
+        EXPECT_TRUE(std::filesystem::exists(file.string() + "-wal"));
+    }
+    EXPECT_EQ(store.integrity(), "ok");
+}
+
+TEST(UsageStoreFailure, WaitsForOthersThatOpenANewFileAtTheSameTime) {
+    const TemporaryDirectory home;
+    for (int round = 0; round < 40; ++round) {
+        const std::filesystem::path file = home / (std::to_string(round) + "/usage.sqlite");
+        std::vector<std::thread> openers;
+        for (int i = 0; i < 4; ++i)
+            openers.emplace_back([&file, i] {
+                EXPECT_NO_THROW(UsageStore(file).ingest(events(i, 1), Calendar::utc()));
+            });
+        for (std::thread& opener : openers)
+            opener.join();
+        EXPECT_EQ(UsageStore(file).ingest(events(0, 5), Calendar::utc()), 1);
+    }
+}
+
+TEST(UsageStoreFailure, MovesFromMemoryToTheFileOnceThatCanBeOpened) {
+    const TemporaryDirectory home;
+    const std::filesystem::path file = home.write("data", "in the way").parent_path() / "data/u";
+    const std::shared_ptr<UsageStore> store = UsageStore::temporary(file);
+    ProviderLimits limits;
+    limits.fetchedAt = dateFromUnixSeconds(1'000);
+    store->setLimits(limits, ProviderID::codex);
+    EXPECT_THROW(store->reattach(), UsageStoreError);
+    store->ingest(events(0, 3), Calendar::utc());
+
+    std::filesystem::remove(home / "data");
+    EXPECT_TRUE(store->reattach());
+    EXPECT_FALSE(store->reattach()) << "it is the one in use";
+    EXPECT_EQ(store->limits(ProviderID::codex), limits);
+    EXPECT_EQ(store->ingest(events(0, 3), Calendar::utc()), 3) << "the file knows none of them";
+
+    std::filesystem::rename(home / "data", home / "moved away");
+    EXPECT_TRUE(store->reattach());
+    EXPECT_EQ(store->ingest(events(0, 2), Calendar::utc()), 2);
+    EXPECT_EQ(UsageStore(home / "moved away/u").ingest(events(0, 4), Calendar::utc()), 1);
+    EXPECT_EQ(UsageStore(file).ingest(events(0, 4), Calendar::utc()), 2);
 }
 
 TEST(UsageStoreFailure, LeavesANewerDatabaseAsItIs) {

@@ -3,12 +3,51 @@
 #include "UsageStoreError.h"
 
 #include <sqlite3.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
 
 namespace tokwatch::sqlite {
 namespace {
 
-std::string messageOf(sqlite3* connection, const char* withoutHandle) {
-    return connection != nullptr ? sqlite3_errmsg(connection) : withoutHandle;
+UsageStoreError failure(int code, sqlite3* connection, const char* withoutHandle) {
+    if (connection == nullptr) return {code, withoutHandle};
+    const int kind = code & 0xff;
+    const bool concernsFiles = kind == SQLITE_IOERR || kind == SQLITE_CANTOPEN;
+    return {code, sqlite3_errmsg(connection), concernsFiles ? sqlite3_system_errno(connection) : 0};
+}
+
+/// The file's name as a URI, in which some characters have a meaning.
+std::string uriOf(const std::string& file, const char* query) {
+    std::string uri = "file:";
+    for (const char c : file) {
+        if (c == '%' || c == '?' || c == '#') {
+            char escaped[4];
+            std::snprintf(escaped, sizeof escaped, "%%%02x", static_cast<unsigned char>(c));
+            uri += escaped;
+        } else {
+            uri += c;
+        }
+    }
+    return uri + query;
+}
+
+int openConnection(const std::string& file, Access access, sqlite3** opened) {
+    switch (access) {
+    case Access::readWrite:
+        return sqlite3_open_v2(file.c_str(), opened,
+                               SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX,
+                               nullptr);
+    case Access::readOnly:
+        return sqlite3_open_v2(file.c_str(), opened, SQLITE_OPEN_READONLY | SQLITE_OPEN_FULLMUTEX,
+                               nullptr);
+    case Access::immutable:
+        return sqlite3_open_v2(uriOf(file, "?immutable=1").c_str(), opened,
+                               SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_FULLMUTEX,
+                               nullptr);
+    }
+    return SQLITE_MISUSE;
 }
 
 } // namespace
@@ -26,7 +65,7 @@ Statement::Statement(sqlite3* c, const char* sql) : connection(c) {
 }
 
 void Statement::fail(int code) const {
-    throw UsageStoreError(code, messageOf(connection, "closed"));
+    throw failure(code, connection, "closed");
 }
 
 Statement& Statement::bind(int index, const std::string& text) {
@@ -58,7 +97,7 @@ bool Statement::step() {
     if (code == SQLITE_ROW) return true;
     if (code == SQLITE_DONE) return false;
     // The message belongs to the failed step; resetting may replace it.
-    const UsageStoreError error(code, messageOf(connection, "closed"));
+    const UsageStoreError error = failure(code, connection, "closed");
     reset();
     throw error;
 }
@@ -99,14 +138,19 @@ void Connection::Closer::operator()(sqlite3* connection) const {
     sqlite3_close(connection);
 }
 
-Connection::Connection(const std::string& file, std::chrono::milliseconds lockPatience) {
+Connection::Connection(const std::string& file, Access access,
+                       std::chrono::milliseconds lockPatience) {
     sqlite3* opened = nullptr;
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX;
-    const int code = sqlite3_open_v2(file.c_str(), &opened, flags, nullptr);
+    const int code = openConnection(file, access, &opened);
     handle.reset(opened);
-    if (code != SQLITE_OK) throw UsageStoreError(code, messageOf(opened, "open failed"));
+    if (code != SQLITE_OK) throw failure(code, opened, "open failed");
     if (!handle) throw UsageStoreError(SQLITE_OK, "open failed");
     sqlite3_busy_timeout(handle.get(), static_cast<int>(lockPatience.count()));
+    // SQLite makes do with reading where it may not write, and would say so at the first write.
+    if (access == Access::readWrite && sqlite3_db_readonly(handle.get(), "main") == 1) {
+        const int reason = ::access(file.c_str(), W_OK) != 0 ? errno : 0;
+        throw UsageStoreError(SQLITE_READONLY, "attempt to write a readonly database", reason);
+    }
 }
 
 Connection::~Connection() {
@@ -116,7 +160,12 @@ Connection::~Connection() {
 
 void Connection::execute(const char* script) {
     const int code = sqlite3_exec(handle.get(), script, nullptr, nullptr, nullptr);
-    if (code != SQLITE_OK) throw UsageStoreError(code, messageOf(handle.get(), "closed"));
+    if (code != SQLITE_OK) throw failure(code, handle.get(), "closed");
+}
+
+std::int64_t Connection::number(const char* sql) {
+    const Use query(statement(sql));
+    return query->step() ? query->integer(0) : 0;
 }
 
 Statement& Connection::statement(const char* sql) {

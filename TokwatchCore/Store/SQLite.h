@@ -47,11 +47,16 @@ class Statement {
     std::unique_ptr<sqlite3_stmt, Finalizer> handle;
 };
 
+enum class Access {
+    readWrite, ///< creates the file where there is none
+    readOnly,  ///< needs the side files of the write-ahead log, or room to make them
+    immutable, ///< needs nothing but the file, which nobody changes meanwhile
+};
+
 class Connection {
   public:
-    /// Opens read-write, creating the file where there is none. `file` may be ":memory:". Waits
-    /// `lockPatience` for the lock of another process.
-    explicit Connection(const std::string& file,
+    /// `file` may be ":memory:". Waits `lockPatience` for the lock of another process.
+    explicit Connection(const std::string& file, Access access = Access::readWrite,
                         std::chrono::milliseconds lockPatience = std::chrono::seconds{5});
     ~Connection();
     Connection(const Connection&) = delete;
@@ -63,6 +68,9 @@ class Connection {
     /// The statement with this text, prepared once and kept, ready for new bindings. Not to be used
     /// again before the caller is done with it.
     Statement& statement(const char* sql);
+
+    /// The first column of the statement's first row; 0 without one.
+    std::int64_t number(const char* sql);
 
     /// Gives the page cache's memory back.
     void releaseMemory();
@@ -82,7 +90,7 @@ class Use {
     ~Use() { used.reset(); }
     Use(const Use&) = delete;
     Use& operator=(const Use&) = delete;
-    Statement* operator->() { return &used; }
+    Statement* operator->() const { return &used; }
 
   private:
     Statement& used;

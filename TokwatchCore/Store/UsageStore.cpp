@@ -5,10 +5,12 @@
 #include "SQLite.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <exception>
 #include <system_error>
+#include <thread>
 
 namespace tokwatch {
 namespace {
@@ -41,15 +43,93 @@ constexpr const char* selectSessions =
     "SELECT provider, day, COUNT(*) FROM sessions WHERE day >= ?1 AND day <= ?2 GROUP BY provider, day";
 
 /// Makes the directory 0700 and the file 0600 where they do not exist; SQLite's side files take
-/// after the file. What fails here fails again, with a message, when SQLite opens the file.
+/// after the file. A file that exists is not touched, since closing it would drop the locks that
+/// other connections of this process have on it. What fails here fails again, with a message, when
+/// SQLite opens the file.
 void createPrivately(const std::filesystem::path& file) {
     const std::filesystem::path directory = file.parent_path();
     std::error_code ignored;
     if (!directory.empty() && std::filesystem::create_directories(directory, ignored)) {
         std::filesystem::permissions(directory, std::filesystem::perms::owner_all, ignored);
     }
-    const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    const int descriptor =
+        ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (descriptor >= 0) ::close(descriptor);
+}
+
+void migrate(sqlite::Connection& db) {
+    db.execute("PRAGMA journal_mode=WAL");
+    // In write-ahead mode a commit survives a crash of the program without a sync, and a power cut
+    // with one at each checkpoint. What a power cut could undo is read again from the logs, since
+    // keys, sums and cursors go back together.
+    db.execute("PRAGMA synchronous=NORMAL");
+    // The first pass over years of logs inserts keys all over their index, in key order within each
+    // batch, so a page is needed once a batch and 12 MB of them are as fast as 24 MB. Fewer
+    // checkpoints write each page less often.
+    db.execute("PRAGMA cache_size=-12288");
+    db.execute("PRAGMA wal_autocheckpoint=4096");
+    if (db.number("PRAGMA user_version") >= 1) return;
+    sqlite::Transaction transaction(db);
+    // Another process may have been as quick to find the new file.
+    if (db.number("PRAGMA user_version") >= 1) return;
+    db.execute(schema);
+    db.execute(("PRAGMA user_version = " + std::to_string(UsageStore::schemaVersion)).c_str());
+    transaction.commit();
+}
+
+std::unique_ptr<sqlite::Connection> openInMemory() {
+    auto db = std::make_unique<sqlite::Connection>(":memory:");
+    migrate(*db);
+    return db;
+}
+
+bool isInMemory(const std::filesystem::path& path) {
+    return path.filename() == ":memory:";
+}
+
+/// Reads from the file, which opening alone does not.
+void probe(sqlite::Connection& db) {
+    db.number("SELECT COUNT(*) FROM sqlite_schema");
+}
+
+std::optional<ProviderLimits> readLimits(sqlite::Connection& db, ProviderID provider) {
+    const std::string id(rawValue(provider));
+    const sqlite::Use query(db.statement("SELECT json FROM limits WHERE provider = ?1"));
+    query->bind(1, id);
+    if (!query->step()) return std::nullopt;
+    return decodeProviderLimits(parseJson(query->text(0)), DateCoding::secondsSince2001);
+}
+
+void writeLimits(sqlite::Connection& db, const ProviderLimits& limits, ProviderID provider) {
+    const std::string id(rawValue(provider));
+    const std::string json = jsonText(encode(limits, DateCoding::secondsSince2001));
+    db.statement("INSERT OR REPLACE INTO limits(provider, json) VALUES(?1, ?2)")
+        .bind(1, id)
+        .bind(2, json)
+        .run();
+}
+
+std::unordered_map<std::string, std::string> readCursorTexts(sqlite::Connection& db) {
+    std::unordered_map<std::string, std::string> texts;
+    const sqlite::Use query(db.statement("SELECT path, json FROM cursors"));
+    while (query->step())
+        texts.emplace(query->text(0), query->text(1));
+    return texts;
+}
+
+/// Limits that `to` does not know, or only as they were earlier. Mere convenience: what fails is
+/// fetched again.
+void carryLimits(sqlite::Connection& from, sqlite::Connection& to) {
+    for (const ProviderID provider : allProviders) {
+        try {
+            const std::optional<ProviderLimits> known = readLimits(from, provider);
+            if (!known) continue;
+            const std::optional<ProviderLimits> there = readLimits(to, provider);
+            if (!there || there->fetchedAt < known->fetchedAt) writeLimits(to, *known, provider);
+        } catch (const std::exception&) {
+            continue;
+        }
+    }
 }
 
 void write(sqlite::Connection& db, const FileCursor& cursor) {
@@ -72,36 +152,69 @@ FileCursor decodeCursorRow(const std::string& path, const std::string& json) {
     return cursor;
 }
 
-UsageStore::UsageStore(const std::filesystem::path& path, std::chrono::milliseconds patience) {
-    const bool inMemory = path.filename() == ":memory:";
-    if (!inMemory) createPrivately(path);
-    db = std::make_unique<sqlite::Connection>(inMemory ? ":memory:" : path.string(), patience);
-    migrate();
+UsageStore::UsageStore(const std::filesystem::path& path, std::chrono::milliseconds patience)
+    : UsageStore(path, isInMemory(path) ? openInMemory() : open(path, patience)) {
+    if (!isInMemory(path)) identity = identityOf(path);
 }
+
+UsageStore::UsageStore(std::filesystem::path path, std::unique_ptr<sqlite::Connection> connection)
+    : file(std::move(path)), db(std::move(connection)) {}
 
 UsageStore::~UsageStore() = default;
 
-void UsageStore::migrate() {
-    db->execute("PRAGMA journal_mode=WAL");
-    // In write-ahead mode a commit survives a crash of the program without a sync, and a power cut
-    // with one at each checkpoint. What a power cut could undo is read again from the logs, since
-    // keys, sums and cursors go back together.
-    db->execute("PRAGMA synchronous=NORMAL");
-    // The first pass over years of logs inserts keys all over their index, in key order within each
-    // batch, so a page is needed once a batch and 12 MB of them are as fast as 24 MB. Fewer
-    // checkpoints write each page less often.
-    db->execute("PRAGMA cache_size=-12288");
-    db->execute("PRAGMA wal_autocheckpoint=4096");
-    std::int64_t version = 0;
-    {
-        sqlite::Use query(db->statement("PRAGMA user_version"));
-        if (query->step()) version = query->integer(0);
+std::shared_ptr<UsageStore> UsageStore::temporary(const std::filesystem::path& path) {
+    return std::shared_ptr<UsageStore>(new UsageStore(path, openInMemory()));
+}
+
+std::shared_ptr<UsageStore> UsageStore::readOnly(const std::filesystem::path& path) {
+    const auto opened = [&path](sqlite::Access access) {
+        auto db = std::make_unique<sqlite::Connection>(path.string(), access, lockPatience);
+        probe(*db);
+        return std::shared_ptr<UsageStore>(new UsageStore(path, std::move(db)));
+    };
+    try {
+        return opened(sqlite::Access::readOnly);
+    } catch (const UsageStoreError&) {
+        // The side files are missing and cannot be made. The file alone is the whole database where
+        // no write-ahead log is left to be taken into it.
+        std::error_code none;
+        if (std::filesystem::file_size(path.string() + "-wal", none) > 0 && !none) throw;
+        return opened(sqlite::Access::immutable);
     }
-    if (version >= 1) return;
-    sqlite::Transaction transaction(*db);
-    db->execute(schema);
-    db->execute(("PRAGMA user_version = " + std::to_string(schemaVersion)).c_str());
-    transaction.commit();
+}
+
+std::optional<UsageStore::FileIdentity> UsageStore::identityOf(const std::filesystem::path& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+    return FileIdentity{status.st_dev, status.st_ino};
+}
+
+std::unique_ptr<sqlite::Connection> UsageStore::open(const std::filesystem::path& path,
+                                                     std::chrono::milliseconds patience) {
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (true) {
+        try {
+            createPrivately(path);
+            auto db = std::make_unique<sqlite::Connection>(path.string(), sqlite::Access::readWrite,
+                                                           patience);
+            migrate(*db);
+            return db;
+        } catch (const UsageStoreError& error) {
+            // Switching the journal's mode gives up at once where another process does the same.
+            if (!error.isLocked() || std::chrono::steady_clock::now() >= deadline) throw;
+            std::this_thread::sleep_for(std::chrono::milliseconds{5});
+        }
+    }
+}
+
+bool UsageStore::reattach() {
+    const std::lock_guard lock(queue);
+    if (isInMemory(file) || (identity && identity == identityOf(file))) return false;
+    std::unique_ptr<sqlite::Connection> opened = open(file, std::chrono::milliseconds{0});
+    carryLimits(*db, *opened);
+    db = std::move(opened);
+    identity = identityOf(file);
+    return true;
 }
 
 std::int64_t UsageStore::ingest(std::span<const UsageEvent> events, const Calendar& calendar) {
@@ -122,11 +235,7 @@ std::optional<FileCursor> UsageStore::cursor(const std::string& path) {
 
 std::unordered_map<std::string, std::string> UsageStore::cursorTexts() {
     const std::lock_guard lock(queue);
-    std::unordered_map<std::string, std::string> texts;
-    sqlite::Use query(db->statement("SELECT path, json FROM cursors"));
-    while (query->step())
-        texts.emplace(query->text(0), query->text(1));
-    return texts;
+    return readCursorTexts(*db);
 }
 
 void UsageStore::save(const FileCursor& cursor) {
@@ -143,8 +252,8 @@ void UsageStore::save(std::span<const FileCursor> cursors) {
 }
 
 void UsageStore::resetCursors(ProviderID provider) {
-    const std::unordered_map<std::string, std::string> texts = cursorTexts();
     const std::lock_guard lock(queue);
+    const std::unordered_map<std::string, std::string> texts = readCursorTexts(*db);
     sqlite::Transaction transaction(*db);
     for (const auto& [path, json] : texts) {
         try {
@@ -161,21 +270,12 @@ void UsageStore::resetCursors(ProviderID provider) {
 
 std::optional<ProviderLimits> UsageStore::limits(ProviderID provider) {
     const std::lock_guard lock(queue);
-    const std::string id(rawValue(provider));
-    sqlite::Use query(db->statement("SELECT json FROM limits WHERE provider = ?1"));
-    query->bind(1, id);
-    if (!query->step()) return std::nullopt;
-    return decodeProviderLimits(parseJson(query->text(0)), DateCoding::secondsSince2001);
+    return readLimits(*db, provider);
 }
 
 void UsageStore::setLimits(const ProviderLimits& limits, ProviderID provider) {
     const std::lock_guard lock(queue);
-    const std::string id(rawValue(provider));
-    const std::string json = jsonText(encode(limits, DateCoding::secondsSince2001));
-    db->statement("INSERT OR REPLACE INTO limits(provider, json) VALUES(?1, ?2)")
-        .bind(1, id)
-        .bind(2, json)
-        .run();
+    writeLimits(*db, limits, provider);
 }
 
 void UsageStore::prune(Date before, const Calendar& calendar) {
@@ -187,6 +287,13 @@ void UsageStore::prune(Date before, const Calendar& calendar) {
           "DELETE FROM seen WHERE day < ?1"})
         db->statement(deletion).bind(1, day).run();
     transaction.commit();
+}
+
+std::optional<std::string> UsageStore::newestDay() {
+    const std::lock_guard lock(queue);
+    const sqlite::Use query(db->statement("SELECT MAX(day) FROM daily"));
+    if (!query->step() || query->isNull(0)) return std::nullopt;
+    return query->text(0);
 }
 
 UsageSummary UsageStore::summary(std::int64_t days, Date now, const Calendar& calendar,

@@ -27,24 +27,38 @@ class Connection;
 /// The one persistent store: sums per provider, model and day, sessions, the keys of every event
 /// already counted, read positions of log files, and the last known limits.
 ///
-/// Callable from any thread; operations run one at a time. Every operation throws UsageStoreError
-/// when SQLite fails, and what writes more than one row is atomic. The schema's version is 1; later
-/// versions are used as they are.
+/// Callable from any thread; operations run one at a time, so a caller may wait for another's
+/// batch. Every operation throws UsageStoreError when SQLite fails, and what writes more than one
+/// row is atomic. The schema's version is 1; later versions are used as they are.
+///
+/// Several processes share the file. Nothing but SQLite may open and close it: closing any
+/// descriptor of a file drops all locks that its process has on it, and another process would then
+/// delete the write-ahead log under this one.
 class UsageStore {
   public:
     static constexpr std::int32_t schemaVersion = 1;
 
-    /// How long a writer of another process may hold the lock before an operation gives up. Writers
-    /// of ours hold it for tenths of a second.
+    /// How long another process may hold the lock before an operation, or opening, gives up.
+    /// Writers of ours hold it for tenths of a second.
     static constexpr std::chrono::milliseconds lockPatience{5000};
 
     /// Opens and, when new, creates the database. A path whose last component is ":memory:" opens
     /// one that lives in memory only. The file and its directory are created private to the user.
     explicit UsageStore(const std::filesystem::path& path,
                         std::chrono::milliseconds patience = lockPatience);
+    /// A store in memory that stands in for the one at `path`, until `reattach` can open that.
+    static std::shared_ptr<UsageStore> temporary(const std::filesystem::path& path);
+    /// What a sound database holds where it cannot be written: on a disk that is full or read-only.
+    static std::shared_ptr<UsageStore> readOnly(const std::filesystem::path& path);
     ~UsageStore();
     UsageStore(const UsageStore&) = delete;
     UsageStore& operator=(const UsageStore&) = delete;
+
+    /// Opens the file at the store's path where it is not the one in use: it could not be opened so
+    /// far, or somebody removed or replaced it. True when that changed what the store holds, so
+    /// that all logs are to be looked at anew. The last known limits are taken along. A file that
+    /// still cannot be opened throws, and leaves the store as it was.
+    bool reattach();
 
     /// Adds the events whose keys are new, and returns how many were. One transaction: all or none.
     std::int64_t ingest(std::span<const UsageEvent> events, const Calendar& calendar);
@@ -70,6 +84,9 @@ class UsageStore {
     /// Deletes all days before the day of `before`.
     void prune(Date before, const Calendar& calendar);
 
+    /// The key of the last day with usage; none in an empty store.
+    std::optional<std::string> newestDay();
+
     UsageSummary summary(std::int64_t days, Date now, const Calendar& calendar,
                          const PriceTable& prices);
 
@@ -83,10 +100,22 @@ class UsageStore {
     std::vector<std::string> models();
 
   private:
-    void migrate();
+    /// Which file a database is, whatever its path names by now.
+    struct FileIdentity {
+        std::uint64_t device = 0;
+        std::uint64_t inode = 0;
+        friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+    };
 
+    UsageStore(std::filesystem::path path, std::unique_ptr<sqlite::Connection> connection);
+    static std::optional<FileIdentity> identityOf(const std::filesystem::path& path);
+    static std::unique_ptr<sqlite::Connection> open(const std::filesystem::path& path,
+                                                    std::chrono::milliseconds patience);
+
+    const std::filesystem::path file;
     std::mutex queue; ///< entered for the whole of every operation
     std::unique_ptr<sqlite::Connection> db;
+    std::optional<FileIdentity> identity; ///< of the open file; none in memory
 };
 
 /// Whether a cursor row, as `save` writes it, stands at this place. Decoding thousands of rows only

@@ -2,15 +2,21 @@
 
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace tokwatch {
 
-/// A failure of the database: SQLite's result code and its message at that moment.
+/// A failure of the database: SQLite's result code and its message at that moment. `what()` adds
+/// the system's own reason where there is one ("No space left on device"), since "disk I/O error"
+/// helps nobody.
 class UsageStoreError : public std::runtime_error {
   public:
-    UsageStoreError(int resultCode, const std::string& text)
-        : std::runtime_error(text + " (" + std::to_string(resultCode) + ")"), code(resultCode),
-          message(text) {}
+    UsageStoreError(int resultCode, const std::string& text, int systemError = 0)
+        : std::runtime_error(text + " (" + std::to_string(resultCode) + ")" +
+                             (systemError == 0
+                                  ? std::string()
+                                  : ": " + std::generic_category().message(systemError))),
+          code(resultCode), message(text) {}
 
     int code;
     std::string message;
