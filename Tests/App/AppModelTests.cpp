@@ -141,6 +141,29 @@ TEST_F(AppModelTest, RefreshesTheLimitsToo) {
     EXPECT_FALSE(model->isRefreshing());
 }
 
+TEST_F(AppModelTest, AsksNobodyBeforeItsUserAgreed) {
+    home.write(".claude/projects/readme", "");
+    makeModel();
+    model->start(LimitsStart::whenAllowed);
+    settle();
+    model->refresh();
+    model->retry(ProviderID::claude);
+    model->popoverOpened();
+    notifications.resume();
+    preferences->claudeLiveLimits = false;
+    preferences->claudeLiveLimits = true;
+    home.write(".codex/sessions/readme", "");
+    model->updatePresent();
+    finishAllPasses();
+    advance(3600);
+    const auto attempts = [this](ProviderID id) { return sources[id]->attempts.size(); };
+    EXPECT_EQ(attempts(ProviderID::claude) + attempts(ProviderID::codex), 0U);
+    model->allowLimits();
+    model->allowLimits();
+    EXPECT_EQ(attempts(ProviderID::claude), 1U);
+    EXPECT_EQ(attempts(ProviderID::codex), 1U);
+}
+
 TEST_F(AppModelTest, TakesCodexLimitsFromItsLogs) {
     startUp();
     const ProviderLimits local = someLimits(time.now(), 0.25);

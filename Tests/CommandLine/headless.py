@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""headless.py PROGRAM: the application without windows as others meet it, as real processes.
+"""headless.py PROGRAM [DESKTOP]: the application as others meet it, as real processes without a screen.
 
 It runs in namespaces of its own, where the whole network is a name server and a TLS server of this script's: what is
-looked up, and who is called by which name, is all there is. Shows that the refresh signal is heard, that only the two
-usage services are contacted and nobody when they are off, and that a login turns up nowhere. Exit status 77 where the
-system does not allow such namespaces."""
+looked up, and who is asked what, is all there is. Shows that the desktop application asks nobody before its welcome is
+finished, that the refresh signal is heard, that only the two usage services are contacted, each with its own login, and
+nobody when they are off, and that a login turns up nowhere. Exit status 77 where the system does not allow such
+namespaces."""
 import datetime
 import fcntl
 import json
@@ -12,6 +13,7 @@ import os
 import re
 import signal
 import socket
+import ssl
 import struct
 import subprocess
 import sys
@@ -45,10 +47,30 @@ def children(process):
         return [int(pid) for pid in file.read().split()]
 
 
+def make_certificates(directory):
+    """An authority that the processes here trust, and its server certificate for both services: the file's path."""
+    def openssl(*arguments):
+        return subprocess.run(["openssl", *arguments], cwd=directory, check=True, capture_output=True, text=True).stdout
+    os.makedirs(os.path.join(directory, "authorities"))
+    key = ["-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-days", "2"]
+    openssl("req", "-x509", *key, "-keyout", "ca.key", "-out", "authorities/ca.pem", "-subj", "/CN=Test authority")
+    openssl("req", "-new", *key, "-keyout", "server.key", "-out", "server.csr", "-subj", "/CN=server")
+    with open(os.path.join(directory, "names"), "w", encoding="utf-8") as file:
+        file.write("subjectAltName=" + ",".join("DNS:" + host for host in sorted(HOSTS)))
+    openssl("x509", "-req", "-in", "server.csr", "-CA", "authorities/ca.pem", "-CAkey", "ca.key", "-CAcreateserial",
+            "-days", "2", "-extfile", "names", "-out", "server.pem")
+    name = openssl("x509", "-hash", "-noout", "-in", "authorities/ca.pem").strip()
+    os.symlink("ca.pem", os.path.join(directory, "authorities", name + ".0"))
+    subprocess.run(["mount", "--bind", os.path.join(directory, "authorities"), "/etc/ssl/certs"], check=True)
+
+
 class Network:
-    """Answers every name with this machine's address, and every caller with nothing."""
+    """Answers every name with this machine's address, and every question with 503."""
 
     def __init__(self, directory):
+        make_certificates(directory)
+        self.context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        self.context.load_cert_chain(os.path.join(directory, "server.pem"), os.path.join(directory, "server.key"))
         interface = bytearray(struct.pack("16sh", b"lo", 1))  # up
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as control:
             fcntl.ioctl(control, 0x8914, interface)
@@ -56,7 +78,7 @@ class Network:
         with open(resolv, "w", encoding="utf-8") as file:
             file.write("nameserver 127.0.0.1\n")
         subprocess.run(["mount", "--bind", resolv, "/etc/resolv.conf"], check=True)
-        self.names, self.greeted, self.received = set(), set(), b""
+        self.names, self.greeted, self.received, self.requests = set(), set(), b"", []
         self.lookups = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.lookups.bind(("127.0.0.1", 53))
         self.calls = socket.create_server(("127.0.0.1", 443))
@@ -81,10 +103,19 @@ class Network:
     def listen(self):
         while True:
             with self.calls.accept()[0] as caller:
-                hello = caller.recv(65536)
+                hello = caller.recv(65536, socket.MSG_PEEK)
                 self.received += hello
                 # The server's name stands in plain text at the front of a TLS conversation.
                 self.greeted.update(host for host in re.findall(rb"[a-z0-9.-]+\.[a-z]{2,}", hello))
+                try:
+                    with self.context.wrap_socket(caller, server_side=True) as conversation:
+                        self.requests.append(conversation.recv(65536).decode())
+                        conversation.sendall(b"HTTP/1.1 503 Later\r\nContent-Length: 0\r\nConnection: close\r\n\r\n")
+                except OSError:
+                    pass  # the caller went away
+
+    def is_untouched(self):
+        return not (self.names or self.greeted or self.requests)
 
 
 class World:
@@ -105,6 +136,10 @@ class World:
         with open(self.path(relative), "w", encoding="utf-8") as file:
             file.write(text)
 
+    def read(self, relative):
+        with open(self.path(relative), "rb") as file:
+            return file.read()
+
     def plant_logins(self):
         access, refresh, codex = SECRETS
         self.write("home/.claude/.credentials.json", json.dumps({"claudeAiOauth": {
@@ -112,9 +147,11 @@ class World:
         self.write("home/.codex/auth.json", json.dumps({"tokens": {"access_token": codex, "account_id": "account"}}))
 
     def spawn(self, *arguments, trace=None):
-        command, environment = [self.program, *arguments], self.environment
+        return self.start([self.program, *arguments], self.environment, trace)
+
+    def start(self, command, environment, trace=None):
         if trace:
-            command = ["strace", "-f", "-qq", "-e", "trace=network", "-o", self.path(trace), *command]
+            command = ["strace", "-f", "-qq", "-ttt", "-e", "trace=network,openat", "-o", self.path(trace), *command]
             # The address sanitizer's search for leaks needs to be the tracer itself.
             environment = {**environment, "ASAN_OPTIONS": "detect_leaks=0"}
         process = subprocess.Popen(command, env=environment, cwd=self.path("tmp"), stdout=self.output,
@@ -142,8 +179,7 @@ class World:
         return process
 
     def printed(self):
-        with open(self.path("output"), "rb") as file:
-            return file.read()
+        return self.read("output")
 
     def snapshot(self):
         try:
@@ -160,16 +196,21 @@ class World:
         found = set()
         with open(self.path(trace), encoding="utf-8", errors="replace") as file:
             for line in file:
-                if re.match(r"\d+ +(connect|send\w+)\(", line):
+                if re.match(r"\d+ +[\d.]+ (connect|send\w+)\(", line):
                     found.update(re.findall(r"AF_INET6?, .*?port=htons\((\d+)\).*?\"([^\"]+)\"", line))
         return found
+
+    def login_reads(self, trace):
+        """The moments, in seconds since 1970, at which a trace has a login's file opened."""
+        with open(self.path(trace), encoding="utf-8", errors="replace") as file:
+            return [float(line.split()[1]) for line in file if re.search(r"credentials\.json|auth\.json", line)]
 
 
 def stop(process):
     # Below a tracer it is the tracer's child that is to end.
     for pid in children(process) or [process.pid]:
         os.kill(pid, signal.SIGTERM)
-    check("a signal ends the follower cleanly", process.wait(DEADLINE) == 0)
+    check("a signal ends it cleanly", process.wait(DEADLINE) == 0)
 
 
 def now():
@@ -179,6 +220,31 @@ def now():
 def claude_line(message):
     return json.dumps({"type": "assistant", "timestamp": now(), "sessionId": "s", "message": {
         "id": message, "model": "claude-opus-4-1", "usage": {"input_tokens": 10, "output_tokens": 5}}}) + "\n"
+
+
+def show_consent(world, network, program):
+    """The desktop application asks nobody before its welcome is finished, whoever asks it to."""
+    world.plant_logins()
+    world.write("home/.claude/projects/p/a.jsonl", claude_line("one"))
+    desktop = world.start([program], {**world.environment, "QT_QPA_PLATFORM": "offscreen"}, trace="trace-desktop")
+    wait_for("the desktop application reads the logs", lambda: world.tokens("claude"))
+    before = world.tokens("claude")
+    world.write("home/.claude/projects/p/b.jsonl", claude_line("two"))
+    world.run("refresh")
+    wait_for("it refreshes", lambda: world.tokens("claude") > before)
+    check("nobody is asked before the welcome is finished", network.is_untouched(), network.requests)
+    consent = time.time()
+    world.run("preferences", "set", "hasCompletedOnboarding", "true")
+    wait_for("both services are asked once it is", lambda: len(network.requests) >= 2)
+    stop(desktop)
+    reads = world.login_reads("trace-desktop")
+    check("no login was read before", reads and min(reads) > consent, reads)
+    for host, own, other in (("api.anthropic.com", SECRETS[0], SECRETS[2]), ("chatgpt.com", SECRETS[2], SECRETS[0])):
+        mine = [request for request in network.requests if re.search("^host: *" + host, request, re.M | re.I)]
+        check("%s gets its own login only" % host, mine and own in mine[0] and other not in "".join(mine))
+    check("no refresh token is sent", not [request for request in network.requests if SECRETS[1] in request])
+    network.names.clear()
+    network.greeted.clear()
 
 
 def show_contacts(world, network):
@@ -209,8 +275,7 @@ def show_silence(world, network):
     for number, command in enumerate(commands):
         world.run(*command, trace="trace-%d" % number)
     traces = ["trace-off"] + ["trace-%d" % number for number in range(len(commands))]
-    sizes = [os.path.getsize(world.path(trace)) for trace in traces]
-    check("the tracer saw D-Bus", max(sizes) > 0, sizes)
+    check("the tracer saw D-Bus", any(b"AF_UNIX" in world.read(trace) for trace in traces))
     contacted = set().union(*(world.internet(trace) for trace in traces)) | network.names
     check("with live limits off nobody is contacted", not contacted, contacted)
 
@@ -256,24 +321,23 @@ def show_sharing(world, working):
     return idle
 
 
-def show_secrecy(world, network, follower):
+def show_secrecy(worlds, network, follower):
     with open("/proc/%d/limits" % follower.pid, encoding="utf-8") as file:
         limit = re.search(r"Max core file size +(\S+) +(\S+)", file.read()).groups()
     check("memory is never dumped", limit == ("1", "1"), limit)
     os.kill(follower.pid, signal.SIGABRT)
     follower.wait(DEADLINE)
-    check("not even in a crash", not [name for name in os.listdir(world.path("tmp")) if "core" in name])
-    planted = {world.path("home/.claude/.credentials.json"), world.path("home/.codex/auth.json")}
     searched = 0
-    for directory, _, names in os.walk(world.directory):
-        for path in (os.path.join(directory, name) for name in names):
-            if path in planted or not os.path.isfile(path):
-                continue
-            with open(path, "rb") as file:
-                data = file.read()
-            searched += 1
-            check_secret_free(path, data)
-    check_secret_free("the command lines", world.command_lines)
+    for world in worlds:
+        check("not even in a crash", not [name for name in os.listdir(world.path("tmp")) if "core" in name])
+        planted = {world.path("home/.claude/.credentials.json"), world.path("home/.codex/auth.json")}
+        for directory, _, names in os.walk(world.directory):
+            for path in (os.path.join(directory, name) for name in names):
+                if path in planted or not os.path.isfile(path):
+                    continue
+                searched += 1
+                check_secret_free(path, world.read(path))
+        check_secret_free("the command lines", world.command_lines)
     check_secret_free("what was sent without encryption", network.received)
     check("the logins are in none of %d files, no output and no argument" % searched, searched > 15)
 
@@ -285,23 +349,27 @@ def check_secret_free(where, data):
 
 
 def main():
-    program = os.path.realpath(sys.argv[1])
-    if sys.argv[2:] != ["inside"]:
+    programs = [os.path.realpath(path) for path in sys.argv[1:] if path != "inside"]
+    if sys.argv[-1] != "inside":
         namespaces = ["unshare", "--net", "--mount"] + ([] if os.getuid() == 0 else ["--map-root-user"])
         if subprocess.run([*namespaces, "true"], stderr=subprocess.DEVNULL, check=False).returncode != 0:
             print("skipped: this system allows no namespaces")
             sys.exit(77)
-        inside = [sys.executable, os.path.realpath(__file__), program, "inside"]
+        inside = [sys.executable, os.path.realpath(__file__), *programs, "inside"]
         sys.exit(subprocess.run([*namespaces, "dbus-run-session", "--", *inside], check=False).returncode)
     with tempfile.TemporaryDirectory() as directory:
         network = Network(directory)
-        world = World(program, directory)
+        worlds = [World(programs[0], os.path.join(directory, name)) for name in ("first", "second")]
         try:
+            for desktop in programs[1:]:
+                show_consent(worlds[1], network, desktop)
+            world = worlds[0]
             show_contacts(world, network)
             show_silence(world, network)
-            show_secrecy(world, network, show_sharing(world, show_refresh(world)))
+            show_secrecy(worlds, network, show_sharing(world, show_refresh(world)))
         finally:
-            world.end()
+            for world in worlds:
+                world.end()
 
 
 if __name__ == "__main__":

@@ -1,5 +1,7 @@
 #include "PanelPlacement.h"
 
+#include "StatusAreaPlace.h"
+
 #include <gtest/gtest.h>
 
 namespace kivo {
@@ -30,6 +32,16 @@ TEST(PanelPlacement, PutsAPanelAtWhatOpenedItAndInsideTheVisibleFrame) {
     for (const Case& each : cases)
         EXPECT_EQ(panelRect(size, each.anchor, each.visibleFrame), QRect(each.topLeft, size))
             << each.what;
+}
+
+TEST(PanelPlacement, GuessesTheStatusAreaAtTheEndOfThePanel) {
+    const QRect screen(0, 0, 1920, 1080);
+    const QRect belowAPanel(0, 30, 1920, 1050);
+    const QRect aboveAPanel(0, 0, 1920, 1050);
+    EXPECT_EQ(tokwatch::likelyStatusArea(screen, belowAPanel, false), QPoint(1919, 0));
+    EXPECT_EQ(tokwatch::likelyStatusArea(screen, aboveAPanel, false), QPoint(1919, 1079));
+    EXPECT_EQ(tokwatch::likelyStatusArea(screen, aboveAPanel, true), QPoint(0, 1079));
+    EXPECT_EQ(tokwatch::likelyStatusArea(screen, screen, false), QPoint(1919, 0));
 }
 
 } // namespace

@@ -186,7 +186,7 @@ def check_settings(place, item):
     settings = wait_for("the settings window", lambda: windows("Tokwatch Settings"))
     assert not windows(), "the popover stayed open"
     desktop.save("settings")
-    press("Menu bar")
+    press("Panel")
     press("Icon only")
     wait_for("the icon alone", lambda: "%" not in str(item.get("IconAccessibleDesc")))
     assert preference("menuBarStyle") == "icon"
@@ -248,8 +248,9 @@ def test_welcome():
     try:
         wait_for("the welcome", lambda: windows("Welcome to Tokwatch"), 20)
         desktop.save("welcome")
-        press("Skip")
+        press("Start Using Tokwatch")
         wait_for("its end", lambda: not windows("Welcome to Tokwatch"))
+        wait_for("the window that it leads to", windows)
         wait_for("the preference", lambda: preference("hasCompletedOnboarding") == "true")
     finally:
         application.end()

@@ -9,11 +9,15 @@ namespace {
 const QUrl settings(QStringLiteral("qrc:/qt/qml/Tokwatch/Settings/SettingsContent.qml"));
 const QUrl onboarding(QStringLiteral("qrc:/qt/qml/Tokwatch/Onboarding/OnboardingContent.qml"));
 
+kivo::LoginItem& loginItem() {
+    static kivo::LoginItem item("/nonexistent",
+                                {"app.tokwatch", "Tokwatch", "", {"/usr/bin/tokwatch"}, ""});
+    return item;
+}
+
 std::unique_ptr<QObject> settingsView(DemoWorld& world, SettingsView::Page page) {
-    static kivo::LoginItem loginItem("/nonexistent",
-                                     {"app.tokwatch", "Tokwatch", "", {"/usr/bin/tokwatch"}, ""});
     const SettingsPlaces places{world.home / ".local/share/Tokwatch/usage.sqlite",
-                                world.home / ".config/Tokwatch/Tokwatch.conf", loginItem,
+                                world.home / ".config/Tokwatch/Tokwatch.conf", loginItem(),
                                 [](const QUrl&) {}};
     auto view = std::make_unique<SettingsView>(*world.model, world.clock, places);
     view->setPage(static_cast<int>(page));
@@ -30,17 +34,14 @@ Scene settingsScene(const char* name, SettingsView::Page page) {
             {720, 520}};
 }
 
-Scene onboardingScene(const QString& name, int step) {
+Scene welcomeScene(const char* name, DemoWorld::Home home) {
     return {name,
             onboarding,
-            DemoWorld::Home::demo,
+            home,
             {},
-            [step](DemoWorld& world) {
-                auto view =
-                    std::make_unique<OnboardingView>(*world.preferences, world.model->locations());
-                for (int at = 0; at < step; ++at)
-                    view->next();
-                return view;
+            [](DemoWorld& world) {
+                return std::make_unique<OnboardingView>(*world.preferences,
+                                                        world.model->locations(), loginItem());
             },
             {},
             {500, 400}};
@@ -50,12 +51,13 @@ Scene onboardingScene(const QString& name, int step) {
 
 std::vector<Scene> windowScenes() {
     using enum SettingsView::Page;
-    std::vector<Scene> scenes{settingsScene("general", general), settingsScene("menu-bar", menuBar),
-                              settingsScene("providers", providers),
-                              settingsScene("privacy", privacy), settingsScene("about", about)};
-    for (int step = 0; step < 4; ++step)
-        scenes.push_back(onboardingScene(QString("welcome-%1").arg(step + 1), step));
-    return scenes;
+    return {settingsScene("general", general),
+            settingsScene("panel", menuBar),
+            settingsScene("providers", providers),
+            settingsScene("privacy", privacy),
+            settingsScene("about", about),
+            welcomeScene("welcome", DemoWorld::Home::demo),
+            welcomeScene("welcome-empty", DemoWorld::Home::empty)};
 }
 
 } // namespace tokwatch::testing

@@ -1,3 +1,4 @@
+#include "LoginItem.h"
 #include "OnboardingView.h"
 #include "Preferences.h"
 #include "TemporaryDirectory.h"
@@ -21,7 +22,7 @@ class Setup : public QObject {
     void qmlEngineAvailable(QQmlEngine* engine) {
         home.write(".claude/projects/a", "");
         home.write(".grok/sessions/a", "");
-        view.emplace(preferences, ProviderLocations{home.path()});
+        view.emplace(preferences, ProviderLocations{home.path()}, loginItem);
         engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
         engine->rootContext()->setContextProperty(QStringLiteral("welcome"), &*view);
     }
@@ -30,6 +31,7 @@ class Setup : public QObject {
     TemporaryDirectory home;
     std::unique_ptr<QSettings> settings = settingsFile(home / "settings.conf");
     Preferences preferences{*settings};
+    kivo::LoginItem loginItem{home / "autostart", {"app", "App", "", {"/bin/app"}, "app"}};
     std::optional<OnboardingView> view;
 };
 

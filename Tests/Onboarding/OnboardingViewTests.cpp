@@ -1,5 +1,6 @@
 #include "OnboardingView.h"
 
+#include "LoginItem.h"
 #include "Preferences.h"
 #include "TemporaryDirectory.h"
 
@@ -11,118 +12,94 @@
 namespace tokwatch {
 namespace {
 
-using ::testing::ElementsAre;
+using ::testing::AllOf;
 using ::testing::HasSubstr;
-using ::testing::Not;
+
+constexpr const char* claude = ".claude/projects/a";
+constexpr const char* codex = ".codex/auth.json";
+constexpr const char* grok = ".grok/sessions/a";
+constexpr const char* cursor = ".config/Cursor/User/globalStorage/state.vscdb";
 
 class OnboardingTest : public ::testing::Test {
   protected:
+    void find(std::initializer_list<const char*> files) {
+        for (const char* file : files)
+            home.write(file, "");
+    }
+    OnboardingView view() { return {preferences, ProviderLocations{home.path()}, loginItem}; }
+    static std::string told(const OnboardingStep& step) {
+        return (step.name + "\n" + step.reads + "\n" + step.asks).toStdString();
+    }
+
     testing::TemporaryDirectory home;
     std::unique_ptr<QSettings> settings = settingsFile(home / "settings.conf");
     Preferences preferences{*settings};
-
-    OnboardingView view() { return {preferences, ProviderLocations{home.path()}}; }
-    /// Everything that a step tells.
-    static std::string told(const OnboardingStep& step) {
-        QString all = step.name + "\n" + step.subtitle + "\n";
-        for (const QVariant& each : step.facts) {
-            const auto fact = each.value<OnboardingFact>();
-            all += fact.title + "\n" + fact.sentence + "\n";
-        }
-        return all.toStdString();
-    }
+    kivo::LoginItem loginItem{home / "autostart", {"app", "App", "", {"/bin/app"}, "app"}};
 };
 
-TEST_F(OnboardingTest, HasAStepForEachProviderThatIsFound) {
-    struct Case {
-        std::vector<const char*> files;
-        std::vector<std::string> ids;
-    };
-    const Case cases[]{
-        {{".claude/projects/a"}, {"claude"}},
-        {{".grok/sessions/a", ".claude/projects/a"}, {"claude", "grok"}},
-        {{".codex/auth.json", ".config/Cursor/User/globalStorage/state.vscdb"},
-         {"codex", "cursor"}},
-    };
-    for (const Case& each : cases) {
-        const testing::TemporaryDirectory place;
-        for (const char* file : each.files)
-            place.write(file, "");
-        std::vector<std::string> ids;
-        for (const OnboardingStep& step : onboardingSteps({place.path()}))
-            ids.push_back(step.id.toStdString());
-        EXPECT_EQ(ids, each.ids);
-    }
-}
-
-TEST_F(OnboardingTest, TellsWhatIsReadAndWhichLoginIsAskedForWhy) {
-    for (const char* file : {".claude/projects/a", ".codex/auth.json", ".grok/sessions/a",
-                             ".config/Cursor/User/globalStorage/state.vscdb"})
-        home.write(file, "");
+TEST_F(OnboardingTest, TellsWhatIsReadAndWhoIsAskedOfEachProviderThatIsFound) {
+    find({grok, claude});
+    ASSERT_EQ(onboardingSteps({home.path()}).size(), 2U);
+    find({codex, cursor});
     const std::vector<OnboardingStep> steps = onboardingSteps({home.path()});
     ASSERT_EQ(steps.size(), 4U);
-    EXPECT_THAT(told(steps[0]),
-                AllOf(HasSubstr("~/.claude/projects"), HasSubstr("Asks for Claude Code's login"),
-                      HasSubstr("api.anthropic.com"), HasSubstr("limits")));
-    EXPECT_THAT(told(steps[1]),
-                AllOf(HasSubstr("~/.codex/sessions"), HasSubstr("Asks for Codex's login"),
-                      HasSubstr("~/.codex/auth.json"), HasSubstr("chatgpt.com")));
-    EXPECT_THAT(told(steps[2]),
-                AllOf(HasSubstr("~/.grok/sessions"), HasSubstr("Asks for no login")));
-    EXPECT_THAT(told(steps[3]), AllOf(HasSubstr("~/.config/Cursor"), HasSubstr("no usage data"),
-                                      HasSubstr("Asks for no login")));
+    EXPECT_THAT(told(steps[0]), AllOf(HasSubstr("~/.claude/projects"), HasSubstr("login"),
+                                      HasSubstr("api.anthropic.com")));
+    EXPECT_THAT(told(steps[1]), AllOf(HasSubstr("~/.codex/sessions"), HasSubstr("login"),
+                                      HasSubstr("chatgpt.com")));
+    EXPECT_THAT(told(steps[2]), AllOf(HasSubstr("~/.grok/sessions"), HasSubstr("asks nobody")));
+    EXPECT_EQ(steps[3].name + steps[3].asks, "Cursor");
 }
 
 TEST_F(OnboardingTest, SaysWhereItLooksWhenThereIsNone) {
-    OnboardingView empty = view();
-    EXPECT_EQ(empty.count(), 1);
-    EXPECT_TRUE(empty.step().isNone());
-    EXPECT_THAT(told(empty.step()),
+    const std::vector<OnboardingStep> steps = onboardingSteps({home.path()});
+    ASSERT_EQ(steps.size(), 1U);
+    EXPECT_THAT(told(steps[0]),
                 AllOf(HasSubstr("~/.claude/projects"), HasSubstr("~/.codex/sessions"),
                       HasSubstr("~/.grok/sessions"), HasSubstr("~/.config/Cursor")));
-    EXPECT_EQ(empty.nextText(), "Start Using Tokwatch");
 }
 
-TEST_F(OnboardingTest, LeadsThroughTheSteps) {
-    home.write(".claude/projects/a", "");
-    home.write(".grok/sessions/a", "");
-    OnboardingView steps = view();
-    QSignalSpy finished(&steps, &OnboardingView::finished);
-    EXPECT_EQ(steps.title(), "Welcome to Tokwatch");
-    EXPECT_EQ(steps.progress(), "Step 1 of 2");
-    EXPECT_EQ(steps.nextText(), "Continue");
-    steps.back(); // there is none before
-    steps.next();
-    EXPECT_EQ(steps.step().name, "Grok");
-    EXPECT_EQ(steps.nextText(), "Start Using Tokwatch");
-    steps.back();
-    EXPECT_EQ(steps.step().name, "Claude");
-    EXPECT_FALSE(preferences.hasCompletedOnboarding);
-    steps.next();
-    steps.next();
-    EXPECT_EQ(finished.count(), 1);
-    EXPECT_TRUE(preferences.hasCompletedOnboarding);
+TEST_F(OnboardingTest, FinishingPinsTheFirstThatHasANumberUnlessClaudeOrAChoiceIsThere) {
+    struct Case {
+        std::vector<const char*> files;
+        std::optional<ProviderID> chosen;
+        ProviderID pinned;
+    };
+    const Case cases[]{
+        {{grok, codex}, {}, ProviderID::codex},
+        {{claude, codex}, {}, ProviderID::claude},
+        {{codex}, ProviderID::claude, ProviderID::claude},
+        {{grok, cursor}, {}, ProviderID::claude},
+    };
+    for (const auto& [files, chosen, pinned] : cases) {
+        const testing::TemporaryDirectory place;
+        for (const char* file : files)
+            place.write(file, "");
+        const std::unique_ptr<QSettings> file = settingsFile(place / "settings.conf");
+        Preferences fresh(*file);
+        if (chosen) fresh.pinnedProvider = *chosen;
+        OnboardingView welcome(fresh, ProviderLocations{place.path()}, loginItem);
+        QSignalSpy finished(&welcome, &OnboardingView::finished);
+        welcome.finish();
+        EXPECT_EQ(finished.count(), 1);
+        EXPECT_TRUE(fresh.hasCompletedOnboarding);
+        EXPECT_EQ(fresh.pinnedProvider.peek(), pinned) << files.front();
+    }
 }
 
-TEST_F(OnboardingTest, CanBeSkipped) {
-    home.write(".claude/projects/a", "");
-    home.write(".grok/sessions/a", "");
-    OnboardingView steps = view();
-    QSignalSpy finished(&steps, &OnboardingView::finished);
-    steps.skip();
-    EXPECT_EQ(finished.count(), 1);
-    EXPECT_TRUE(preferences.hasCompletedOnboarding);
-}
-
-TEST_F(OnboardingTest, ShowsTheSettingForLiveLimits) {
-    OnboardingView steps = view();
-    QSignalSpy changes(&steps, &OnboardingView::liveLimitsChanged);
-    steps.setLiveLimits(false);
+TEST_F(OnboardingTest, SwitchesLiveLimitsAndTheStartAtLogin) {
+    OnboardingView welcome = view();
+    QSignalSpy liveLimits(&welcome, &OnboardingView::liveLimitsChanged);
+    welcome.setLiveLimits(false);
     EXPECT_FALSE(preferences.claudeLiveLimits);
-    EXPECT_FALSE(steps.liveLimits());
-    preferences.claudeLiveLimits = true; // as the popover can do it
-    EXPECT_TRUE(steps.liveLimits());
-    EXPECT_EQ(changes.count(), 2);
+    preferences.claudeLiveLimits = true; // as another process can do it
+    EXPECT_TRUE(welcome.liveLimits());
+    EXPECT_EQ(liveLimits.count(), 2);
+
+    welcome.setStartsAtLogin(true);
+    EXPECT_TRUE(loginItem.isEnabled());
+    welcome.setStartsAtLogin(false);
+    EXPECT_FALSE(welcome.startsAtLogin());
 }
 
 } // namespace

@@ -34,36 +34,21 @@ Item {
             return null
         }
         function init() {
-            welcome.back()
             ends.clear()
             closings.clear()
         }
 
-        function test_hasItsSize() {
-            compare(content.implicitWidth, 500)
-            compare(content.implicitHeight, 400)
+        function test_isOnePageOfItsSize() {
+            compare([content.implicitWidth, content.implicitHeight], [500, 400])
+            verify(named("Claude") && named("Grok"))
         }
 
-        function test_returnLeadsToTheEnd() {
-            named("Live limits").forceActiveFocus()
-            verify(named("Claude"))
-            verify(!named("Back"))
-            keyClick(Qt.Key_Return)
-            verify(named("Grok"))
-            verify(!named("Skip"))
-            compare(ends.count, 0)
-            named("Start Using Tokwatch").forceActiveFocus()
-            keyClick(Qt.Key_Return)
-            compare(ends.count, 1)
+        function test_returnEndsItWhereverTheFocusIs_data() {
+            return [{ tag: "Live limits" }, { tag: "Start at login" }, { tag: "Start Using Tokwatch" }]
         }
-
-        function test_backAndSkip() {
-            mouseClick(named("Continue"))
-            tryVerify(() => named("Back").x < named("Start Using Tokwatch").x)
-            mouseClick(named("Back"))
-            verify(named("Claude"))
-            verify(named("Continue").activeFocus, "not left with what is gone")
-            mouseClick(named("Skip"))
+        function test_returnEndsItWhereverTheFocusIs(data) {
+            named(data.tag).forceActiveFocus()
+            keyClick(Qt.Key_Return)
             compare(ends.count, 1)
         }
 
@@ -74,6 +59,13 @@ Item {
             verify(!welcome.liveLimits)
             welcome.liveLimits = true
             verify(toggle.checked)
+        }
+
+        function test_startAtLogin() {
+            for (const starts of [true, false]) {
+                mouseClick(named("Start at login"))
+                compare(welcome.startsAtLogin, starts)
+            }
         }
 
         function test_escapeOnlyCloses() {

@@ -206,8 +206,9 @@ TEST_F(SettingsViewTest, ShowsPagesThatExist) {
 }
 
 TEST(PrivacyView, Promises) {
-    EXPECT_EQ(PrivacyView::promise(),
-              "Tokwatch only sends each login to its own provider. Nothing else leaves your Mac.");
+    EXPECT_EQ(
+        PrivacyView::promise(),
+        "Tokwatch only sends each login to its own provider. Nothing else leaves your computer.");
 }
 
 TEST(HomePath, IsShortBelowTheHomeDirectory) {

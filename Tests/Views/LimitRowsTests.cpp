@@ -141,14 +141,17 @@ TEST(StatusNotices, SayWhatHelps) {
     for (const Case& each : cases) {
         ProviderLimits limits;
         limits.status = each.status;
-        const StatusNotice notice = statusNotice(each.provider, &limits, each.liveLimits);
+        const StatusNotice notice =
+            statusNotice(each.provider, &limits, {.claudeLiveLimits = each.liveLimits});
         EXPECT_THAT(notice.sentence.toStdString(), ::testing::HasSubstr(each.part));
         EXPECT_EQ(notice.action, each.action) << each.part;
         EXPECT_EQ(notice.isCalm, each.isCalm) << each.part;
         EXPECT_EQ(notice.actionText.isEmpty(), each.action == ProviderAction::none) << each.part;
     }
     const ProviderLimits well = limitsWith(sessionWindow(0.5));
-    EXPECT_EQ(statusNotice(ProviderID::claude, &well, true).sentence, QString());
+    EXPECT_EQ(statusNotice(ProviderID::claude, &well, {}).sentence, QString());
+    EXPECT_EQ(statusNotice(ProviderID::claude, nullptr, {.mayAsk = false}).action,
+              ProviderAction::finishWelcome);
 }
 
 } // namespace

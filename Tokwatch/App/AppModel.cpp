@@ -68,7 +68,7 @@ AppModel::AppModel(AppServices parts) : services(std::move(parts)) {}
 
 AppModel::~AppModel() = default;
 
-void AppModel::start() {
+void AppModel::start(LimitsStart limitsStart) {
     const QPointer<AppModel> self(this);
     updatePresent();
     publish();
@@ -81,8 +81,7 @@ void AppModel::start() {
         all.insert_or_assign(provider, times);
         self->attemptsState.setValue(std::move(all));
     };
-    hasStartedLimits = true;
-    services.limitsService.start(present());
+    if (limitsStart == LimitsStart::atOnce) allowLimits();
     observePreferences();
     services.notifications.onRefreshRequest([self] {
         if (self) self->refresh();
@@ -165,6 +164,12 @@ QFuture<void> AppModel::writeSnapshot() const {
 
 // Limits
 
+void AppModel::allowLimits() {
+    if (areLimitsAllowed()) return;
+    areLimitsAllowedState.setValue(true);
+    services.limitsService.start(present());
+}
+
 void AppModel::apply(const ProviderLimits& newLimits, ProviderID provider) {
     std::map<ProviderID, ProviderLimits> all = limits();
     const auto known = all.find(provider);
@@ -187,7 +192,7 @@ void AppModel::readCodexLimits() {
 }
 
 void AppModel::popoverOpened() {
-    services.limitsService.refreshIfDue(present());
+    if (areLimitsAllowed()) services.limitsService.refreshIfDue(present());
 }
 
 void AppModel::updatePresent() {
@@ -195,22 +200,23 @@ void AppModel::updatePresent() {
     std::erase_if(found, [this](ProviderID id) { return !services.locations.isPresent(id); });
     const std::vector<ProviderID> before = present();
     presentState.setValue(found);
-    if (!hasStartedLimits) return;
+    if (!areLimitsAllowed()) return;
     std::erase_if(found, [&before](ProviderID id) { return std::ranges::count(before, id) > 0; });
     services.limitsService.start(found);
 }
 
 void AppModel::observePreferences() {
     const auto providersChanged = [this] {
-        services.limitsService.reconsider();
+        if (areLimitsAllowed()) services.limitsService.reconsider();
         updatePresent();
         publish(); // the snapshot lists the providers in the user's order
     };
     Preferences& preferences = services.preferences;
     preferenceNotifiers.push_back(preferences.providerOrder.addNotifier(providersChanged));
     preferenceNotifiers.push_back(preferences.disabledProviders.addNotifier(providersChanged));
-    preferenceNotifiers.push_back(
-        preferences.claudeLiveLimits.addNotifier([this] { services.limitsService.reconsider(); }));
+    preferenceNotifiers.push_back(preferences.claudeLiveLimits.addNotifier([this] {
+        if (areLimitsAllowed()) services.limitsService.reconsider();
+    }));
 }
 
 // Index passes
@@ -277,7 +283,7 @@ void AppModel::refresh() {
 }
 
 void AppModel::retry(ProviderID provider) {
-    services.limitsService.refresh(provider, true);
+    if (areLimitsAllowed()) services.limitsService.refresh(provider, true);
 }
 
 QCoro::Task<> AppModel::runRefresh() {
@@ -285,8 +291,9 @@ QCoro::Task<> AppModel::runRefresh() {
     beginRefresh();
     updatePresent();
     std::vector<QCoro::Task<>> fetches;
-    for (const ProviderID provider : present())
-        fetches.push_back(services.limitsService.refresh(provider, true));
+    if (areLimitsAllowed())
+        for (const ProviderID provider : present())
+            fetches.push_back(services.limitsService.refresh(provider, true));
     const IndexScope all;
     co_await pass(all);
     for (QCoro::Task<>& fetch : fetches)
@@ -375,7 +382,7 @@ QCoro::Task<> AppModel::passWhileWanted() {
 void AppModel::lookAround() {
     if (watcher) startWatching();
     requestPass({});
-    services.limitsService.refreshIfDue(present());
+    if (areLimitsAllowed()) services.limitsService.refreshIfDue(present());
 }
 
 void AppModel::startWatching() {

@@ -22,6 +22,10 @@
 
 namespace tokwatch {
 
+/// Whether a model asks the providers for their limits from the start, or not before it is told
+/// that its user agreed: a question carries a login.
+enum class LimitsStart { atOnce, whenAllowed };
+
 /// The state that every surface is drawn from, and the one who decides when logs are read, limits
 /// fetched, summaries computed and the snapshot written.
 ///
@@ -38,7 +42,10 @@ class AppModel : public QObject {
     ~AppModel() override;
 
     /// Begins all background activity; called once.
-    void start();
+    void start(LimitsStart limits = LimitsStart::atOnce);
+    /// Begins to ask for limits. Until then no login is read and no provider asked, whoever wants a
+    /// refresh. Further calls do nothing.
+    void allowLimits();
 
     /// Usage over the last `readingDays` days.
     const UsageSummary& summary() const { return summaryState.value(); }
@@ -56,6 +63,8 @@ class AppModel : public QObject {
     const std::set<ProviderID>& rereading() const { return rereadingState.value(); }
     /// At least one refresh that somebody asked for is under way.
     bool isRefreshing() const { return isRefreshingState.value(); }
+    /// Providers may be asked for their limits.
+    bool areLimitsAllowed() const { return areLimitsAllowedState.value(); }
 
     QBindable<UsageSummary> bindableSummary() const { return &summaryState; }
     QBindable<std::map<ProviderID, ProviderLimits>> bindableLimits() const { return &limitsState; }
@@ -135,13 +144,13 @@ class AppModel : public QObject {
     QProperty<std::optional<Date>> lastUpdatedState;
     QProperty<std::set<ProviderID>> rereadingState;
     QProperty<bool> isRefreshingState{false};
+    QProperty<bool> areLimitsAllowedState{false};
 
     CoalescedTask publishing;
     CoalescedTask passing; ///< for changed files; passes that somebody asked for run besides
     std::set<std::string> changedPaths; ///< for the next of those passes
     bool everythingMayHaveChanged = false;
     bool isPruning = false;
-    bool hasStartedLimits = false;
     std::int64_t refreshesInFlight = 0;
     std::vector<std::filesystem::path> watchedRoots;
     std::unique_ptr<FileWatch> watcher;

@@ -6,13 +6,17 @@
 #include "Preferences.h"
 #include "SettingsView.h"
 #include "StatusAreaAdvice.h"
+#include "StatusAreaPlace.h"
 #include "StatusMenu.h"
 
 #include <QCursor>
 #include <QDesktopServices>
 #include <QGuiApplication>
 #include <QQuickView>
+#include <QScreen>
 #include <QStandardPaths>
+
+#include <algorithm>
 
 namespace tokwatch {
 namespace {
@@ -63,11 +67,22 @@ void AppDelegate::launch() {
     if (!preferences.hasCompletedOnboarding) onboarding->open();
 
     AppModel& model = application->model();
-    model.start();
+    model.start(preferences.hasCompletedOnboarding ? LimitsStart::atOnce
+                                                   : LimitsStart::whenAllowed);
+    onboardingNotifier =
+        preferences.hasCompletedOnboarding.addNotifier([this] { followOnboarding(); });
     model.onOpenRequest = [this] { popover->open(lastAnchor()); };
     makeStatusItem();
     observeTitle();
     if (std::exchange(pendingOpen, false)) model.onOpenRequest();
+}
+
+/// However the welcome was finished: in its window, or in another process.
+void AppDelegate::followOnboarding() {
+    if (!preferences.hasCompletedOnboarding) return;
+    onboarding->close();
+    application->model().allowLimits();
+    if (isWithoutHost()) application->model().onOpenRequest();
 }
 
 void AppDelegate::open() {
@@ -84,6 +99,7 @@ std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
     view->setHostAdvice(hostAdvice());
     connect(view.get(), &PopoverView::settingsRequested, this, &AppDelegate::openSettings);
     connect(view.get(), &PopoverView::quitRequested, qApp, &QCoreApplication::quit);
+    connect(view->usage(), &UsageView::welcomeRequested, this, &AppDelegate::openWelcome);
     return view;
 }
 
@@ -93,7 +109,10 @@ void AppDelegate::makePopover() {
     popoverWindow.emplace(*popoverHost);
     popover.emplace(*popoverWindow, now, [this] { popoverOpened(); });
     popoverWindow->onContentHeight = [this] { popover->contentHeightChanged(); };
-    popoverWindow->onClosed = [this] { popover->closed(); };
+    popoverWindow->onClosed = [this] {
+        popover->closed();
+        windowClosed();
+    };
 }
 
 void AppDelegate::toggle(QPoint anchor) {
@@ -125,7 +144,12 @@ QString AppDelegate::hostAdvice() const {
 }
 
 QPoint AppDelegate::lastAnchor() const {
-    return clickedAt.value_or(QCursor::pos());
+    if (clickedAt) return *clickedAt;
+    const QPoint pointer = QCursor::pos();
+    const QScreen* screen = QGuiApplication::screenAt(pointer);
+    if (screen == nullptr) return pointer;
+    return likelyStatusArea(screen->geometry(), screen->availableGeometry(),
+                            QGuiApplication::isRightToLeft());
 }
 
 // Status item
@@ -149,9 +173,26 @@ void AppDelegate::makeStatusItem() {
 }
 
 void AppDelegate::hostChanged() {
+    hadHost |= statusItem->hasHost();
     updatePopoverStyle();
+    if (auto* welcome = qobject_cast<OnboardingView*>(onboarding->view()))
+        welcome->setHasStatusArea(!isWithoutHost());
     // Once: a status area that goes later goes with its panel, or with the session.
-    if (!std::exchange(hasLookedForHost, true) && isWithoutHost()) popover->open(lastAnchor());
+    const bool isFirstLook = !std::exchange(hasLookedForHost, true);
+    if (isFirstLook && isWithoutHost() && preferences.hasCompletedOnboarding)
+        popover->open(lastAnchor());
+}
+
+/// Where there never was a status area, a program without a window could not be found again. An
+/// area that went comes back, with its panel.
+void AppDelegate::windowClosed() {
+    const auto endIfUnreachable = [this] {
+        const bool isShown =
+            std::ranges::any_of(QGuiApplication::topLevelWindows(), &QWindow::isVisible);
+        if (!isShown && !hadHost && isWithoutHost()) QCoreApplication::quit();
+    };
+    // Later: one window may give way to another.
+    QMetaObject::invokeMethod(this, endIfUnreachable, Qt::QueuedConnection);
 }
 
 void AppDelegate::observeTitle() {
@@ -180,15 +221,24 @@ void AppDelegate::makeWindows() {
                               }},
         ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, true});
     onboarding.emplace(runtime, scheduler,
-                       HostedWindow::Content{onboardingSource,
-                                             [this] {
-                                                 auto view = std::make_unique<OnboardingView>(
-                                                     preferences, application->model().locations());
-                                                 connect(view.get(), &OnboardingView::finished,
-                                                         this, [this] { onboarding->close(); });
-                                                 return view;
-                                             }},
+                       HostedWindow::Content{onboardingSource, [this] { return makeWelcome(); }},
                        ContentWindow::Frame{OnboardingView::title(), {500, 400}});
+    for (ContentWindow* window : {&*settingsWindow, &*onboarding})
+        connect(window, &ContentWindow::closed, this, &AppDelegate::windowClosed);
+}
+
+std::unique_ptr<OnboardingView> AppDelegate::makeWelcome() {
+    auto view =
+        std::make_unique<OnboardingView>(preferences, application->model().locations(), loginItem);
+    view->setHasStatusArea(!isWithoutHost());
+    connect(view.get(), &OnboardingView::finished, this,
+            [this] { application->model().onOpenRequest(); });
+    return view;
+}
+
+void AppDelegate::openWelcome() {
+    popover->close();
+    onboarding->open();
 }
 
 void AppDelegate::openSettings() {

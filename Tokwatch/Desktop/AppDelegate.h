@@ -26,6 +26,7 @@
 namespace tokwatch {
 
 class DesktopBus;
+class OnboardingView;
 class PopoverView;
 
 /// Puts the application on the desktop: the status item with its title, the popover, the settings
@@ -47,12 +48,16 @@ class AppDelegate : public QObject {
     /// How long a title may be out of date when nothing but time changes it.
     static constexpr Seconds titleInterval{30};
 
+    void followOnboarding();
+    void openWelcome();
     void openSettings();
     std::unique_ptr<PopoverView> makePopoverView();
     void makePopover();
     void makeWindows();
+    std::unique_ptr<OnboardingView> makeWelcome();
     void makeStatusItem();
     void hostChanged();
+    void windowClosed();
     void observeTitle();
     void toggle(QPoint anchor);
     void popoverOpened();
@@ -84,8 +89,10 @@ class AppDelegate : public QObject {
     std::optional<ObservingUpdater<StatusTitle>> titleObserver;
     std::unique_ptr<ScheduledCall> statusTimer;
     QPropertyNotifier dockIconNotifier;
+    QPropertyNotifier onboardingNotifier;
     std::optional<QPoint> clickedAt;
     bool hasLookedForHost = false;
+    bool hadHost = false; ///< since the start, at any time
     bool pendingOpen = false;
 };
 

@@ -25,6 +25,8 @@ class ContentWindow : public QObject {
 
     /// Shows it, or brings it to the front.
     void open();
+    /// The view object; null where there is no window.
+    QObject* view() const { return hosted.view(); }
 
   public slots:
     void close();

@@ -45,6 +45,9 @@ class Setting {
     }
     Setting& operator=(const Setting&) = delete;
 
+    /// Whether anybody ever chose a value, be it the default.
+    bool isChosen() const { return settings.contains(name); }
+
     /// Takes over what the file holds. What is missing or malformed there reads as the default.
     void reload() {
         Value stored = fallback;

@@ -30,4 +30,9 @@ constexpr ProviderTexts providerTexts(ProviderID provider) {
     return texts[static_cast<std::size_t>(provider)];
 }
 
+/// Whether anybody can know how much of the provider's limits is left.
+constexpr bool publishesLimits(ProviderID provider) {
+    return provider == ProviderID::claude || provider == ProviderID::codex;
+}
+
 } // namespace tokwatch

@@ -17,8 +17,8 @@ FocusScope {
     Accessible.name: view.title
     Keys.onEscapePressed: view.closeRequested()
     // Wherever the focus is, the prominent button is what Return means.
-    Keys.onReturnPressed: view.next()
-    Keys.onEnterPressed: view.next()
+    Keys.onReturnPressed: view.finish()
+    Keys.onEnterPressed: view.finish()
 
     Shortcut { sequence: "Ctrl+W"; onActivated: welcome.view.closeRequested() }
 
@@ -29,7 +29,7 @@ FocusScope {
 
     Rectangle {
         id: tile
-        anchors { left: parent.left; top: parent.top; margins: Theme.space.xl; topMargin: Theme.space.l + Theme.space.xs }
+        anchors { left: parent.left; top: parent.top; leftMargin: Theme.space.xl; topMargin: 20 }
         width: 44
         height: 44
         radius: 11
@@ -59,59 +59,106 @@ FocusScope {
         }
     }
 
-    OnboardingStepPage {
-        anchors { left: parent.left; right: parent.right; top: tile.bottom; bottom: buttons.top }
-        anchors { leftMargin: Theme.space.xl; rightMargin: Theme.space.xl; topMargin: Theme.space.l }
-        step: welcome.view.step
-        liveLimits: welcome.view.liveLimits
-        onLiveLimitsToggled: isOn => welcome.view.liveLimits = isOn
-    }
+    ScrollColumn {
+        id: page
+        anchors { left: parent.left; right: parent.right; top: tile.bottom; topMargin: 14; bottom: edge.top }
+        inset: Theme.space.xl
 
-    Item {
-        id: buttons
-        anchors { left: parent.left; right: parent.right; bottom: parent.bottom; leftMargin: Theme.space.xl; rightMargin: Theme.space.xl }
-        height: 60
-
-        Row {
-            anchors { left: parent.left; verticalCenter: parent.verticalCenter }
-            visible: welcome.view.count > 1
-            spacing: 6
-            Accessible.role: Accessible.StaticText
-            Accessible.name: welcome.view.progress
+        Card {
+            width: parent.width
+            verticalPadding: 14
+            spacing: 14
             Repeater {
-                model: welcome.view.count
-                Rectangle {
-                    required property int index
-                    width: 6
-                    height: 6
-                    radius: 3
-                    color: index === welcome.view.current ? Theme.colors.accent : Theme.colors.outline
-                    opacity: index === welcome.view.current ? 1 : 0.5
+                model: welcome.view.steps
+                OnboardingStepRow {
+                    required property var modelData
+                    width: page.width - 2 * page.inset - 2 * Theme.space.l
+                    step: modelData
+                    liveLimits: welcome.view.liveLimits
+                    onLiveLimitsToggled: isOn => welcome.view.liveLimits = isOn
                 }
             }
         }
-        Row {
+
+        component Fact: Item {
+            id: fact
+            required property string sentence
+            default property alias sign: slot.data
+            width: page.width - 2 * page.inset
+            height: told.height
+            Item {
+                id: slot
+                anchors { left: parent.left; leftMargin: Theme.space.l }
+                width: 18
+                height: 18
+            }
+            Label {
+                id: told
+                anchors { left: slot.right; leftMargin: Theme.space.m; right: parent.right; rightMargin: Theme.space.l }
+                text: fact.sentence
+                lineHeight: lineCount > 1 ? 1.15 : 1
+                size: Theme.type.caption
+                color: Theme.colors.secondaryText
+                wrapMode: Text.Wrap
+            }
+        }
+        Fact {
+            sentence: welcome.view.promise
+            Symbol {
+                width: 16
+                height: 16
+                x: 1
+                name: "lock"
+                color: Theme.colors.secondaryText
+            }
+        }
+        Fact {
+            sentence: welcome.view.place
+            ProviderMark {
+                width: 16
+                height: 16
+                x: 1
+                y: -1
+                color: Theme.colors.secondaryText
+            }
+        }
+    }
+
+    Rectangle {
+        id: edge
+        anchors { left: parent.left; right: parent.right; bottom: buttons.top }
+        height: 1
+        color: Theme.colors.hairline
+    }
+    Item {
+        id: buttons
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom; leftMargin: Theme.space.xl; rightMargin: Theme.space.xl }
+        height: 56
+
+        Toggle {
+            id: login
+            anchors { left: parent.left; verticalCenter: parent.verticalCenter }
+            text: "Start at login"
+            checked: welcome.view.startsAtLogin
+            onToggled: {
+                welcome.view.startsAtLogin = checked
+                checked = Qt.binding(() => welcome.view.startsAtLogin)
+            }
+        }
+        Label {
+            anchors { left: login.right; leftMargin: Theme.space.s; right: start.left; rightMargin: Theme.space.m }
+            anchors.verticalCenter: parent.verticalCenter
+            text: login.text
+            Accessible.ignored: true
+            TapHandler { onTapped: login.flip() }
+        }
+        ActionButton {
+            id: start
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
-            spacing: Theme.space.m
-            LinkButton {
-                anchors.verticalCenter: parent.verticalCenter
-                visible: !welcome.view.isLast
-                text: "Skip"
-                onClicked: welcome.view.skip()
-            }
-            ActionButton {
-                visible: !welcome.view.isFirst
-                text: "Back"
-                onVisibleChanged: if (!visible && focus) next.forceActiveFocus()
-                onClicked: welcome.view.back()
-            }
-            ActionButton {
-                id: next
-                text: welcome.view.nextText
-                prominent: true
-                focus: true
-                onClicked: welcome.view.next()
-            }
+            text: welcome.view.finishText
+            prominent: true
+            focus: true
+            onClicked: welcome.view.finish()
         }
     }
 }

@@ -4,42 +4,25 @@
 
 #include <QObject>
 #include <QString>
-#include <QVariantList>
 
 #include <vector>
 
 namespace tokwatch {
-
-/// One thing that a step tells.
-struct OnboardingFact {
-    Q_GADGET
-    Q_PROPERTY(QString symbol MEMBER symbol)
-    Q_PROPERTY(QString title MEMBER title)
-    Q_PROPERTY(QString sentence MEMBER sentence)
-    Q_PROPERTY(bool isLiveLimits MEMBER isLiveLimits)
-  public:
-    QString symbol; ///< of the theme's
-    QString title;
-    QString sentence;
-    bool isLiveLimits = false; ///< what the switch for live limits stands beside
-    friend bool operator==(const OnboardingFact&, const OnboardingFact&) = default;
-};
 
 /// What is told about one provider.
 struct OnboardingStep {
     Q_GADGET
     Q_PROPERTY(QString id MEMBER id)
     Q_PROPERTY(QString name MEMBER name)
-    Q_PROPERTY(QString subtitle MEMBER subtitle)
-    Q_PROPERTY(QVariantList facts MEMBER facts)
-    Q_PROPERTY(bool isNone READ isNone)
+    Q_PROPERTY(QString reads MEMBER reads)
+    Q_PROPERTY(QString asks MEMBER asks)
+    Q_PROPERTY(bool isLiveLimits MEMBER isLiveLimits)
   public:
-    bool isNone() const { return id.isEmpty(); }
-
-    QString id; ///< the provider's raw value; empty for the step without one
+    QString id; ///< the provider's raw value; empty where no provider was found
     QString name;
-    QString subtitle;
-    QVariantList facts; ///< of OnboardingFact
+    QString reads;             ///< what is read on this machine, to be said after the name
+    QString asks;              ///< who is asked what, with which login; empty when nobody is
+    bool isLiveLimits = false; ///< the setting for live limits decides about the asking
     friend bool operator==(const OnboardingStep&, const OnboardingStep&) = default;
 };
 

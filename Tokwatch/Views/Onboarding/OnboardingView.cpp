@@ -1,13 +1,21 @@
 #include "OnboardingView.h"
 
+#include "LoginItem.h"
 #include "Preferences.h"
+#include "ProviderTexts.h"
+
+#include <algorithm>
 
 namespace tokwatch {
 
-OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocations& locations)
-    : preferences(userPreferences), steps(onboardingSteps(locations)),
+OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocations& where,
+                               kivo::LoginItem& login)
+    : preferences(userPreferences), locations(where), loginItem(login),
+      steps(onboardingSteps(locations)),
       liveLimitsNotifier(
-          preferences.claudeLiveLimits.addNotifier([this] { emit liveLimitsChanged(); })) {}
+          preferences.claudeLiveLimits.addNotifier([this] { emit liveLimitsChanged(); })) {
+    setHasStatusArea(true);
+}
 
 QString OnboardingView::title() {
     return QStringLiteral("Welcome to Tokwatch");
@@ -17,12 +25,29 @@ QString OnboardingView::purpose() {
     return QStringLiteral("What is left of your limits, and what your tokens would cost.");
 }
 
-QString OnboardingView::progress() const {
-    return QString("Step %1 of %2").arg(place + 1).arg(count());
+QVariantList OnboardingView::stepList() const {
+    QVariantList list;
+    for (const OnboardingStep& step : steps)
+        list.append(QVariant::fromValue(step));
+    return list;
 }
 
-QString OnboardingView::nextText() const {
-    return isLast() ? QStringLiteral("Start Using Tokwatch") : QStringLiteral("Continue");
+QString OnboardingView::promise() {
+    return QStringLiteral("Only times, models and token counts are read, never what was written. "
+                          "Nobody is asked before you start.");
+}
+
+void OnboardingView::setHasStatusArea(bool has) {
+    const QString next =
+        has ? QStringLiteral("You will find Tokwatch in your panel's status area, at this sign.")
+            : QStringLiteral("There is no status area here: Tokwatch opens as a window.");
+    if (next == placeText) return;
+    placeText = next;
+    emit placeChanged();
+}
+
+QString OnboardingView::finishText() {
+    return QStringLiteral("Start Using Tokwatch");
 }
 
 bool OnboardingView::liveLimits() const {
@@ -33,25 +58,29 @@ void OnboardingView::setLiveLimits(bool isOn) {
     preferences.claudeLiveLimits = isOn;
 }
 
-void OnboardingView::next() {
-    if (isLast())
-        skip();
-    else
-        go(place + 1);
+bool OnboardingView::startsAtLogin() const {
+    return loginItem.isEnabled();
 }
 
-void OnboardingView::back() {
-    if (!isFirst()) go(place - 1);
+void OnboardingView::setStartsAtLogin(bool starts) {
+    loginItem.setEnabled(starts);
+    // Also when that failed: then the switch, which moved already, has to move back.
+    emit startsAtLoginChanged();
 }
 
-void OnboardingView::skip() {
+void OnboardingView::finish() {
+    pinWhatHasANumber();
     preferences.hasCompletedOnboarding = true;
     emit finished();
 }
 
-void OnboardingView::go(int step) {
-    place = step;
-    emit currentChanged();
+void OnboardingView::pinWhatHasANumber() {
+    if (preferences.pinnedProvider.isChosen() || locations.isPresent(ProviderID::claude)) return;
+    const std::vector<ProviderID> enabled = preferences.enabledProviders();
+    const auto found = std::ranges::find_if(enabled, [this](ProviderID provider) {
+        return publishesLimits(provider) && locations.isPresent(provider);
+    });
+    if (found != enabled.end()) preferences.pinnedProvider = *found;
 }
 
 } // namespace tokwatch

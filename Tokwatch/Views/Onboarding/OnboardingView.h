@@ -4,66 +4,72 @@
 
 #include <QObject>
 #include <QProperty>
-#include <QVariant>
+#include <QVariantList>
 #include <qqmlregistration.h>
 
 #include <vector>
+
+namespace kivo {
+class LoginItem;
+}
 
 namespace tokwatch {
 
 class Preferences;
 
-/// The welcome at the first launch: a step for each provider that is found. References outlive it.
-/// Main thread only.
+/// The welcome at the first launch: one page with a step for each provider that is found. Until it
+/// is finished, the application asks nobody anything. References outlive it. Main thread only.
 class OnboardingView : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(QString title READ title CONSTANT)
     Q_PROPERTY(QString purpose READ purpose CONSTANT)
-    Q_PROPERTY(int count READ count CONSTANT)
-    Q_PROPERTY(int current READ current NOTIFY currentChanged)
-    Q_PROPERTY(tokwatch::OnboardingStep step READ step NOTIFY currentChanged)
-    Q_PROPERTY(QString progress READ progress NOTIFY currentChanged)
-    Q_PROPERTY(QString nextText READ nextText NOTIFY currentChanged)
-    Q_PROPERTY(bool isFirst READ isFirst NOTIFY currentChanged)
-    Q_PROPERTY(bool isLast READ isLast NOTIFY currentChanged)
+    Q_PROPERTY(QVariantList steps READ stepList CONSTANT)
+    Q_PROPERTY(QString promise READ promise CONSTANT)
+    Q_PROPERTY(QString place READ place NOTIFY placeChanged)
+    Q_PROPERTY(QString finishText READ finishText CONSTANT)
     Q_PROPERTY(bool liveLimits READ liveLimits WRITE setLiveLimits NOTIFY liveLimitsChanged)
+    Q_PROPERTY(
+        bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
   public:
-    OnboardingView(Preferences& preferences, const ProviderLocations& locations);
+    OnboardingView(Preferences& preferences, const ProviderLocations& locations,
+                   kivo::LoginItem& loginItem);
 
     static QString title(); ///< of the window, too
     static QString purpose();
-    int count() const { return static_cast<int>(steps.size()); }
-    int current() const { return place; }
-    const OnboardingStep& step() const { return steps[static_cast<std::size_t>(place)]; }
-    QString progress() const; ///< "Step 1 of 3"
-    QString nextText() const;
-    bool isFirst() const { return place == 0; }
-    bool isLast() const { return place == count() - 1; }
+    QVariantList stepList() const;
+    static QString promise();
+    /// Where the application is to be found from then on.
+    const QString& place() const { return placeText; }
+    void setHasStatusArea(bool has);
+    static QString finishText();
     bool liveLimits() const;
     void setLiveLimits(bool isOn);
+    bool startsAtLogin() const;
+    void setStartsAtLogin(bool starts);
 
-    /// The step after this one; after the last, the end.
-    Q_INVOKABLE void next();
-    Q_INVOKABLE void back();
-    /// Leaves out the steps that remain.
-    Q_INVOKABLE void skip();
+    /// Sets `hasCompletedOnboarding`. Where Claude is not found and nobody ever chose whose number
+    /// the title shows, it is from then on that of the first provider found that has one.
+    Q_INVOKABLE void finish();
 
   signals:
-    void currentChanged();
+    void placeChanged();
     void liveLimitsChanged();
+    void startsAtLoginChanged();
     /// The user is through; `hasCompletedOnboarding` is set.
     void finished();
     /// The window is to close, and the welcome to come again at the next launch.
     void closeRequested();
 
   private:
-    void go(int step);
+    void pinWhatHasANumber();
 
     Preferences& preferences;
+    const ProviderLocations locations;
+    kivo::LoginItem& loginItem;
     const std::vector<OnboardingStep> steps;
-    int place = 0;
+    QString placeText;
     QPropertyNotifier liveLimitsNotifier;
 };
 

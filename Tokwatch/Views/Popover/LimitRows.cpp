@@ -99,7 +99,7 @@ std::vector<ProviderRow> providerRows(const std::vector<ProviderID>& providers,
             if (const std::optional<Date> asOf = oldestStale(*known))
                 row.staleText = "As of " + TimeTexts::moment(*asOf, now, calendar);
         }
-        const StatusNotice notice = statusNotice(provider, known, judgement.claudeLiveLimits);
+        const StatusNotice notice = statusNotice(provider, known, judgement);
         row.notice = notice.sentence;
         row.isBrief = row.windows.isEmpty() && notice.isBrief;
         row.noticeIsCalm = notice.isCalm;

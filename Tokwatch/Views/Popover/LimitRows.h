@@ -49,7 +49,7 @@ struct LimitRow {
 class ProviderAction {
     Q_GADGET
   public:
-    enum Value { none, retry, allowAccess, turnOnLiveLimits };
+    enum Value { none, retry, allowAccess, turnOnLiveLimits, finishWelcome };
     Q_ENUM(Value)
 };
 
@@ -91,6 +91,7 @@ struct LimitJudgement {
     double warningThreshold = 0.25; ///< fraction left
     double criticalThreshold = 0.1;
     bool claudeLiveLimits = true;
+    bool mayAsk = true; ///< the welcome is finished
 };
 
 /// A provider's place among the theme's side-by-side colours, the same everywhere.

@@ -31,9 +31,13 @@ StatusNotice unavailable(ProviderID provider, bool claudeLiveLimits) {
 } // namespace
 
 StatusNotice statusNotice(ProviderID provider, const ProviderLimits* limits,
-                          bool claudeLiveLimits) {
-    const bool hasLiveLimits = provider == ProviderID::claude || provider == ProviderID::codex;
-    if (limits == nullptr && hasLiveLimits && (claudeLiveLimits || provider != ProviderID::claude))
+                          const LimitJudgement& judgement) {
+    const bool hasLiveLimits = provider == ProviderID::codex ||
+                               (provider == ProviderID::claude && judgement.claudeLiveLimits);
+    if (limits == nullptr && hasLiveLimits && !judgement.mayAsk)
+        return {"The limits are asked for once the welcome is finished.", true,
+                ProviderAction::finishWelcome, "Open Welcome"};
+    if (limits == nullptr && hasLiveLimits)
         return {"Looking up the limits…", true, ProviderAction::none, {}};
     const QString name = text(displayName(provider));
     switch (limits == nullptr ? ProviderStatus::unavailable : limits->status) {
@@ -58,7 +62,7 @@ StatusNotice statusNotice(ProviderID provider, const ProviderLimits* limits,
     case ProviderStatus::unavailable:
         break;
     }
-    return unavailable(provider, claudeLiveLimits);
+    return unavailable(provider, judgement.claudeLiveLimits);
 }
 
 } // namespace tokwatch

@@ -14,6 +14,7 @@ struct StatusNotice {
 };
 
 /// `limits` is null while nothing is known yet.
-StatusNotice statusNotice(ProviderID provider, const ProviderLimits* limits, bool claudeLiveLimits);
+StatusNotice statusNotice(ProviderID provider, const ProviderLimits* limits,
+                          const LimitJudgement& judgement);
 
 } // namespace tokwatch

@@ -13,9 +13,9 @@ UsageView::UsageView(AppModel& appModel, const ViewClock& clock)
       providersUpdater(
           [this, &clock] {
               const Preferences& preferences = model.preferences();
-              const LimitJudgement judgement{preferences.warningThreshold,
-                                             preferences.criticalThreshold,
-                                             preferences.claudeLiveLimits};
+              const LimitJudgement judgement{
+                  preferences.warningThreshold, preferences.criticalThreshold,
+                  preferences.claudeLiveLimits, model.areLimitsAllowed()};
               return providerRows(preferences.enabledProviders(), model.present(), model.limits(),
                                   judgement, clock.now(), model.calendar());
           },
@@ -75,6 +75,9 @@ void UsageView::act(const QString& provider, ProviderAction::Value action) {
         break;
     case ProviderAction::turnOnLiveLimits:
         model.preferences().claudeLiveLimits = true;
+        break;
+    case ProviderAction::finishWelcome:
+        emit welcomeRequested();
         break;
     }
 }

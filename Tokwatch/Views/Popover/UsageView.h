@@ -41,6 +41,7 @@ class UsageView : public QObject {
   signals:
     void summaryChanged();
     void lookedAtChanged();
+    void welcomeRequested();
 
   private:
     QStringList searchedPlaces() const;

@@ -8,7 +8,7 @@ SettingsPage {
     required property var view
     readonly property var shown: view.state
 
-    title: "Menu bar"
+    title: "Panel"
 
     pinned: Column {
         width: parent.width

@@ -60,7 +60,7 @@ struct WindowRow {
     friend bool operator==(const WindowRow&, const WindowRow&) = default;
 };
 
-/// The page "Menu bar". References outlive it.
+/// The page "Panel". References outlive it.
 class MenuBarView : public QObject {
     Q_OBJECT
     QML_ANONYMOUS

@@ -1,12 +1,14 @@
 #include "PrivacyView.h"
 
+#include "PlatformWords.h"
 #include "UsageHosts.h"
 
 namespace tokwatch {
 
 QString PrivacyView::promise() {
-    return QStringLiteral(
-        "Tokwatch only sends each login to its own provider. Nothing else leaves your Mac.");
+    return QStringLiteral("Tokwatch only sends each login to its own provider. Nothing else leaves "
+                          "your %1.")
+        .arg(machineWord());
 }
 
 QVariantList PrivacyView::facts() {

@@ -3,6 +3,7 @@
 #include "AppModel.h"
 #include "ByteFormat.h"
 #include "HomePath.h"
+#include "PlatformWords.h"
 #include "Preferences.h"
 #include "ProviderTexts.h"
 #include "Text.h"
@@ -49,7 +50,7 @@ ProviderSettingsRow ProvidersView::row(ProviderID provider) const {
     row.name = text(displayName(provider));
     row.isEnabled = !preferences.disabledProviders.value().contains(provider);
     row.isFound = model.locations().isPresent(provider);
-    row.foundText = row.isFound ? "Found on this computer" : "Not found on this computer";
+    row.foundText = (row.isFound ? "Found on this " : "Not found on this ") + machineWord();
     row.reads = readsText(provider, model.locations());
     row.note = text(providerTexts(provider).note);
     row.canTurnLiveLimitsOff = provider == ProviderID::claude;

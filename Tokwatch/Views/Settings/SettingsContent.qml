@@ -18,7 +18,7 @@ SettingsFrame {
         page: Component { GeneralPage { view: settings.view.general } }
     }
     SettingsSection {
-        title: "Menu bar"
+        title: "Panel"
         symbol: "window"
         page: Component { MenuBarPage { view: settings.view.menuBar } }
     }
