@@ -355,20 +355,27 @@ TEST_F(AppModelTest, ReadsWhatHasChangedAndEverythingWhereThatIsUnknown) {
     const testing::CapturedLog log;
     indexer.fail("the cursors cannot be read");
     settle();
+    EXPECT_THAT(log.lines(), ElementsAre("Tokwatch: indexing failed: the cursors cannot be read"));
     change({"/x/a.jsonl"});
     EXPECT_EQ(indexer.lastScope, std::nullopt) << "what was lost is read, too";
     finishAllPasses();
 }
 
-TEST_F(AppModelTest, LogsAFailedPassAndGoesOn) {
+TEST_F(AppModelTest, PublishesAnewWhereTheTimeZoneIsAnother) {
     startUp();
-    change({"/x/a.jsonl"});
-    const testing::CapturedLog log;
-    indexer.fail("the cursors cannot be read");
+    notifications.timeZone();
     settle();
-    EXPECT_THAT(log.lines(), ElementsAre("Tokwatch: indexing failed: the cursors cannot be read"));
+    EXPECT_EQ(publishes, 0) << "timedated tells of more than the zone";
+    calendar = *Calendar::named("Asia/Tokyo");
+    notifications.timeZone();
+    settle();
+    EXPECT_EQ(publishes, 1);
+    EXPECT_EQ(model->calendar(), calendar);
+    EXPECT_EQ(model->summary().windowEnd, calendar.startOfDay(time.now()));
+    calendar = *Calendar::named("America/Lima");
     change({"/x/a.jsonl"});
-    EXPECT_EQ(indexer.waiting(), 1U);
+    finishPass();
+    EXPECT_EQ(model->calendar(), calendar) << "no signal, but another pass";
 }
 
 TEST_F(AppModelTest, MayEndWhileEverythingIsUnderWay) {

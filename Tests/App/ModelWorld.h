@@ -64,8 +64,10 @@ class FakeNotifications final : public SystemNotifications {
   public:
     std::function<void()> refresh;
     std::function<void()> resume;
+    std::function<void()> timeZone;
     void onRefreshRequest(std::function<void()> call) override { refresh = std::move(call); }
     void onResume(std::function<void()> call) override { resume = std::move(call); }
+    void onTimeZoneChange(std::function<void()> call) override { timeZone = std::move(call); }
 };
 
 /// The watch that the model holds at the moment.
@@ -132,7 +134,7 @@ class ModelWorld {
             },
             notifications, time,
             [this](std::function<void()> work) { background.push_back(std::move(work)); },
-            Calendar::utc(),
+            [this] { return calendar; },
             // Never the same moment twice, so that each publish shows.
             [this] { return time.now() + Seconds{1e-6 * ++clockReads}; }});
         updates = model->bindableLastUpdated().addNotifier([this] { ++publishes; });
@@ -180,6 +182,7 @@ class ModelWorld {
     std::deque<std::function<void()>> background;
     bool holdBackground = false;
     int clockReads = 0;
+    Calendar calendar = Calendar::utc();
     int publishes = 0; ///< publish passes that ended
     std::optional<AppModel> model;
     QPropertyNotifier updates;

@@ -81,7 +81,7 @@ class AppDelegateTest : public ::testing::Test {
 
     void make() {
         delegate.emplace(
-            Surroundings{UserPaths{home.path(), data.path()}, Calendar::utc(), time.clock(),
+            Surroundings{UserPaths{home.path(), data.path()}, Calendar::utc, time.clock(),
                          std::make_shared<FakeCredentials>(CredentialError::Reason::notFound),
                          std::make_shared<FakeHTTP>()},
             preferences, data / "settings.conf", desktopBus, time);

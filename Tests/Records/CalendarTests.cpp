@@ -1,5 +1,8 @@
 #include "Calendar.h"
+#include "CapturedLog.h"
 #include "ISO8601.h"
+#include "LocalZone.h"
+#include "TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -69,8 +72,38 @@ TEST(Calendar, ClaimsNoMomentOfAnotherDayAroundAMidnightThatCameTwice) {
     }
 }
 
-TEST(Calendar, DoesNotKnowInventedZones) {
-    EXPECT_FALSE(Calendar::named("Mars/Olympus_Mons").has_value());
+TEST(LocalZone, FollowsAReplacedZoneFileButNotTheVariablesOwnZone) {
+    const std::filesystem::path zones = "/usr/share/zoneinfo";
+    const testing::TemporaryDirectory etc;
+    const std::filesystem::path file = etc / "localtime";
+    testing::CapturedLog log;
+    LocalZone local(std::nullopt, file);
+    const auto dayThen = [&local] { return local.calendar().dayKey(at("2026-03-10T23:30:00Z")); };
+    EXPECT_EQ(dayThen(), "2026-03-10") << "no file is UTC";
+    for (const auto& [zone, day] :
+         std::vector<std::pair<std::string, std::string>>{{"Asia/Tokyo", "2026-03-11"},
+                                                          {"America/Lima", "2026-03-10"},
+                                                          {"Europe/Berlin", "2026-03-11"}}) {
+        // As timedated does it, and as an image does that has the contents alone.
+        for (const bool asLink : {true, false}) {
+            std::filesystem::remove(file);
+            if (asLink)
+                std::filesystem::create_symlink(zones / zone, file);
+            else
+                std::filesystem::copy_file(zones / zone, file);
+            EXPECT_EQ(dayThen(), day) << zone << asLink;
+            EXPECT_EQ(local.calendar().zoneName(), asLink ? zone : file.string());
+            EXPECT_EQ(local.calendar(), local.calendar());
+        }
+    }
+    etc.write("localtime", "no zone");
+    EXPECT_EQ(dayThen(), "2026-03-10");
+    EXPECT_EQ(dayThen(), "2026-03-10");
+    EXPECT_EQ(log.lines().size(), 1U) << "told once";
+
+    EXPECT_EQ(LocalZone(":Asia/Tokyo", file).calendar().zoneName(), "Asia/Tokyo");
+    EXPECT_EQ(LocalZone("Mars/Olympus_Mons", file).calendar(), Calendar::utc());
+    EXPECT_EQ(log.lines().size(), 2U);
 }
 
 } // namespace

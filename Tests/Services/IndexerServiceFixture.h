@@ -19,7 +19,7 @@ class IndexerServiceTest : public ::testing::Test {
         return indexer().index(std::move(progress)).result();
     }
     IndexerService& indexer() {
-        if (!service) service = std::make_unique<IndexerService>(store, locations, utc, ingest);
+        if (!service) service = std::make_unique<IndexerService>(store, locations, days, ingest);
         return *service;
     }
     UsageSummary summary() const {
@@ -30,6 +30,7 @@ class IndexerServiceTest : public ::testing::Test {
     testing::TemporaryDirectory home;
     ProviderLocations locations{home.path()};
     Calendar utc = Calendar::utc();
+    CalendarSource days = Calendar::utc;
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(home / "data/usage.sqlite");
     IndexerService::IngestEvents ingest;
     std::unique_ptr<IndexerService> service;

@@ -151,7 +151,7 @@ TEST_F(IndexerServiceTest, AddsCursorUsageAndLogsItsFailure) {
                  {1, 0, 0, 0, 0, 0},
                  {}}};
     };
-    service = std::make_unique<IndexerService>(store, locations, utc, ingest, usage);
+    service = std::make_unique<IndexerService>(store, locations, days, ingest, usage);
     EXPECT_EQ(index().newEvents, 1);
     EXPECT_EQ(index().newEvents, 0);
     EXPECT_THAT(log.lines(), ElementsAre("Tokwatch: storing Cursor usage failed: no such table"));

@@ -64,7 +64,8 @@ class AppModel::ProgressRelay : public std::enable_shared_from_this<ProgressRela
     std::optional<IndexingProgress> latest; ///< on its way to the main thread
 };
 
-AppModel::AppModel(AppServices parts) : services(std::move(parts)) {}
+AppModel::AppModel(AppServices parts)
+    : services(std::move(parts)), calendarState(services.calendar()) {}
 
 AppModel::~AppModel() = default;
 
@@ -89,6 +90,9 @@ void AppModel::start(LimitsStart limitsStart) {
     services.notifications.onResume([self] {
         if (self) self->lookAround();
     });
+    services.notifications.onTimeZoneChange([self] {
+        if (self && self->services.calendar() != self->calendar()) self->publish();
+    });
     runFirstPass();
     periodicLook = services.scheduler.every(watchInterval, [this] { lookAround(); });
 }
@@ -102,9 +106,11 @@ void AppModel::publish() {
 QCoro::Task<> AppModel::publishWhileWanted() {
     const QPointer<AppModel> self(this);
     do {
-        const QFuture<std::optional<UsageSummary>> computing = computeSummary(readingDays);
+        const Calendar days = services.calendar();
+        const QFuture<std::optional<UsageSummary>> computing = computeSummary(readingDays, days);
         const std::optional<UsageSummary> computed = co_await computing;
         if (!self) co_return;
+        if (computed) calendarState.setValue(days);
         if (computed) summaryState.setValue(*computed);
         lastUpdatedState.setValue(services.now());
         const QFuture<void> writing = writeSnapshot();
@@ -128,9 +134,10 @@ auto AppModel::inBackground(Work work) const {
     return promise->future();
 }
 
-QFuture<std::optional<UsageSummary>> AppModel::computeSummary(std::int64_t days) const {
+QFuture<std::optional<UsageSummary>> AppModel::computeSummary(std::int64_t days,
+                                                              Calendar in) const {
     return inBackground([days, store = services.store, prices = services.prices,
-                         calendar = services.calendar,
+                         calendar = std::move(in),
                          now = services.now()]() -> std::optional<UsageSummary> {
         try {
             return store->summary(days, now, calendar, *prices);
@@ -142,7 +149,7 @@ QFuture<std::optional<UsageSummary>> AppModel::computeSummary(std::int64_t days)
 }
 
 QFuture<UsageSummary> AppModel::summaryOf(std::int64_t days) const {
-    return computeSummary(days).then([](const std::optional<UsageSummary>& summary) {
+    return computeSummary(days, calendar()).then([](const std::optional<UsageSummary>& summary) {
         return summary.value_or(UsageSummary());
     });
 }
@@ -151,7 +158,7 @@ QFuture<void> AppModel::writeSnapshot() const {
     return inBackground(
         [store = services.snapshots,
          snapshot = Snapshot::make(summary(), limits(), services.preferences.enabledProviders(),
-                                   services.now(), services.calendar)] {
+                                   services.now(), calendar())] {
             try {
                 store.write(snapshot);
             } catch (const SnapshotStore::NoContainer&) {
@@ -261,17 +268,17 @@ QCoro::Task<> AppModel::pruneDaily() {
     // A moment a day or more ahead was noted by a clock that has been set back since.
     if (isPruning || (last && std::chrono::abs(now - *last) < pruneInterval)) co_return;
     isPruning = true;
-    const Date before = services.calendar.addingDays(now, -keptDays);
-    const QFuture<bool> pruning =
-        inBackground([before, store = services.store, calendar = services.calendar] {
-            try {
-                store->prune(before, calendar);
-                return true;
-            } catch (const std::exception& error) {
-                systemLog("prune failed: " + what(error));
-                return false;
-            }
-        });
+    const Calendar days = services.calendar();
+    const Date before = days.addingDays(now, -keptDays);
+    const QFuture<bool> pruning = inBackground([before, store = services.store, days] {
+        try {
+            store->prune(before, days);
+            return true;
+        } catch (const std::exception& error) {
+            systemLog("prune failed: " + what(error));
+            return false;
+        }
+    });
     const bool pruned = co_await pruning;
     if (!self) co_return;
     isPruning = false;

@@ -100,7 +100,8 @@ class AppModel : public QObject {
 
     Preferences& preferences() const { return services.preferences; }
     const ProviderLocations& locations() const { return services.locations; }
-    const Calendar& calendar() const { return services.calendar; }
+    /// The one that the published summary's days are of.
+    const Calendar& calendar() const { return calendarState.value(); }
     Date now() const { return services.now(); }
 
   private:
@@ -118,7 +119,7 @@ class AppModel : public QObject {
 
     template<typename Work>
     auto inBackground(Work work) const;
-    QFuture<std::optional<UsageSummary>> computeSummary(std::int64_t days) const;
+    QFuture<std::optional<UsageSummary>> computeSummary(std::int64_t days, Calendar calendar) const;
     QFuture<void> writeSnapshot() const;
     void setIndexing(const std::optional<IndexingProgress>& progress);
     void readCodexLimits();
@@ -136,6 +137,7 @@ class AppModel : public QObject {
     void observePreferences();
 
     AppServices services;
+    QProperty<Calendar> calendarState;
     QProperty<UsageSummary> summaryState;
     QProperty<std::map<ProviderID, ProviderLimits>> limitsState;
     QProperty<std::map<ProviderID, AttemptTimes>> attemptsState;

@@ -51,7 +51,7 @@ struct AppServices {
     SystemNotifications& notifications;
     Scheduler& scheduler;
     RunInBackground runInBackground;
-    Calendar calendar;
+    CalendarSource calendar;
     Clock now;
 };
 

@@ -41,7 +41,7 @@ std::unique_ptr<FileWatch> watchDirectories(std::vector<std::filesystem::path> r
 
 Surroundings Surroundings::real(UserPaths paths) {
     auto credentials = std::make_shared<LinuxCredentialSource>(paths.home);
-    return {std::move(paths), Calendar::current(), systemNow, std::move(credentials),
+    return {std::move(paths), Calendar::current, systemNow, std::move(credentials),
             std::make_shared<URLSessionHTTPClient>()};
 }
 

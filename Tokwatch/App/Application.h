@@ -22,7 +22,7 @@ class SystemNotifications;
 /// What the application takes from the world around it.
 struct Surroundings {
     UserPaths paths;
-    Calendar calendar;
+    CalendarSource calendar;
     Clock now;
     std::shared_ptr<CredentialSource> credentials;
     std::shared_ptr<HTTPClient> http;

@@ -14,6 +14,8 @@ class SystemNotifications {
     virtual void onRefreshRequest(std::function<void()> call) = 0;
     /// The session resumed from sleep, during which neither timers nor files moved.
     virtual void onResume(std::function<void()> call) = 0;
+    /// The machine's time zone may have been changed.
+    virtual void onTimeZoneChange(std::function<void()> call) = 0;
 };
 
 } // namespace tokwatch

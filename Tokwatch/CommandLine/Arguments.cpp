@@ -47,7 +47,7 @@ struct Invocation {
         UserPaths paths = UserPaths::current();
         if (!home.empty()) paths.home = std::filesystem::absolute(home).lexically_normal();
         if (!dataDirectory.empty()) paths.dataHome = std::filesystem::absolute(dataDirectory);
-        return {paths, Calendar::current(), systemNow, terminal, json};
+        return {paths, Calendar::current, systemNow, terminal, json};
     }
 };
 

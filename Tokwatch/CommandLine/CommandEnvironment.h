@@ -26,7 +26,7 @@ class CommandError : public std::runtime_error {
 /// The world that a one-shot command runs in. The process's own, but for what options replaced.
 struct CommandEnvironment {
     UserPaths paths;
-    Calendar calendar;
+    CalendarSource calendar;
     Clock now;
     Terminal& terminal;
     bool json = false;

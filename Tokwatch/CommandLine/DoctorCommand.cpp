@@ -41,7 +41,7 @@ class Examination {
         examineSnapshot();
         findings.push_back(examineWatches(roots));
         std::ranges::move(examineDesktop(), std::back_inserter(findings));
-        add("Time zone", Health::good, "Days are counted in " + environment.calendar.zoneName());
+        add("Time zone", Health::good, "Days are counted in " + environment.calendar().zoneName());
         return std::move(findings);
     }
 

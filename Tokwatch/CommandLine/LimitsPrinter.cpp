@@ -129,7 +129,7 @@ class LimitsPrinter {
         else if (const auto* stale = std::get_if<LimitSource::Stale>(&source.value))
             moment = stale->asOf;
         if (!source.isStale() && now - moment < RefreshPolicy::baseInterval) return "";
-        return "as of " + momentText(moment, now, environment.calendar);
+        return "as of " + momentText(moment, now, environment.calendar());
     }
 
     Tone toneOf(double left) const {

@@ -125,7 +125,7 @@ class SummaryPrinter {
 
     void printBreakdown(BreakdownMode mode, const char* title) {
         const std::vector<SummaryDisplay::BreakdownRow> rows =
-            SummaryDisplay::breakdown(summary, mode, unit, environment.calendar);
+            SummaryDisplay::breakdown(summary, mode, unit, environment.calendar());
         if (rows.empty()) return;
         Table table({{title},
                      {"Tokens", Table::Align::right},
@@ -158,7 +158,7 @@ int runSummary(const CommandEnvironment& environment, const SummaryOptions& opti
     if (!options.skipIndex) runIndexPass(environment, store);
     UsageSummary summary;
     try {
-        summary = store->summary(options.days, environment.now(), environment.calendar,
+        summary = store->summary(options.days, environment.now(), environment.calendar(),
                                  PriceTable::bundled());
     } catch (const UsageStoreError& error) {
         throw CommandError(std::string("reading the usage store failed: ") + error.what());

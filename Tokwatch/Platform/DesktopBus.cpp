@@ -36,6 +36,14 @@ void DesktopBus::onResume(std::function<void()> call) {
     resumeCalls.push_back(std::move(call));
 }
 
+void DesktopBus::onTimeZoneChange(std::function<void()> call) {
+    if (timeZoneCalls.empty() && system.isConnected())
+        system.connect("org.freedesktop.timedate1", "/org/freedesktop/timedate1",
+                       "org.freedesktop.DBus.Properties", "PropertiesChanged", this,
+                       SLOT(timePropertiesChanged(QString)));
+    timeZoneCalls.push_back(std::move(call));
+}
+
 DesktopBus::Claim DesktopBus::claim(std::function<void()> open) {
     if (!session.isConnected()) return Claim::noBus;
     openCall = std::move(open);
@@ -67,6 +75,10 @@ void DesktopBus::refreshPosted() {
 
 void DesktopBus::preparingForSleep(bool begins) {
     if (!begins) callAll(resumeCalls);
+}
+
+void DesktopBus::timePropertiesChanged(const QString& interface) {
+    if (interface == "org.freedesktop.timedate1") callAll(timeZoneCalls);
 }
 
 } // namespace tokwatch

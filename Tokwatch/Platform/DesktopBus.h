@@ -10,9 +10,9 @@
 
 namespace tokwatch {
 
-/// The application on the desktop's buses: one instance a session, the refresh notification, and
-/// the end of sleep. Where there is no bus, nothing is heard and everything else works. Main thread
-/// only.
+/// The application on the desktop's buses: one instance a session, the refresh notification,
+/// the end of sleep and a changed time zone. Where there is no bus, nothing is heard and everything
+/// else works. Main thread only.
 class DesktopBus : public QObject, public SystemNotifications {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "app.tokwatch")
@@ -21,7 +21,7 @@ class DesktopBus : public QObject, public SystemNotifications {
     static constexpr const char* objectPath = "/app/tokwatch";
     static constexpr const char* refreshMember = "refresh";
 
-    /// Listens on the session bus for refreshes and on the system bus for the end of sleep. A
+    /// Listens on the session bus for refreshes and on the system bus for the rest. A
     /// missing session bus is one line in the log.
     DesktopBus(QDBusConnection session, QDBusConnection system);
 
@@ -29,6 +29,7 @@ class DesktopBus : public QObject, public SystemNotifications {
 
     void onRefreshRequest(std::function<void()> call) override;
     void onResume(std::function<void()> call) override;
+    void onTimeZoneChange(std::function<void()> call) override;
 
     enum class Claim {
         first,  ///< this is the session's one instance; others' Open arrives here
@@ -52,12 +53,14 @@ class DesktopBus : public QObject, public SystemNotifications {
   private slots:
     void refreshPosted();
     void preparingForSleep(bool begins);
+    void timePropertiesChanged(const QString& interface);
 
   private:
     QDBusConnection session;
     QDBusConnection system;
     std::vector<std::function<void()>> refreshCalls;
     std::vector<std::function<void()>> resumeCalls;
+    std::vector<std::function<void()>> timeZoneCalls;
     std::function<void()> openCall;
 };
 

@@ -90,7 +90,7 @@ class IndexerService::Executor {
 };
 
 IndexerService::IndexerService(std::shared_ptr<UsageStore> usageStore, ProviderLocations places,
-                               Calendar days, IngestEvents ingest, CursorUsage usage)
+                               CalendarSource days, IngestEvents ingest, CursorUsage usage)
     : store(std::move(usageStore)), locations(std::move(places)), calendar(std::move(days)),
       ingestEvents(std::move(ingest)), cursorUsage(std::move(usage)),
       executor(std::make_unique<Executor>(*this)) {
@@ -109,7 +109,8 @@ QFuture<IndexOutcome> IndexerService::index(ProgressHandler progress, const Inde
 
 IndexOutcome IndexerService::pass(const ProgressHandler& progress, const IndexScope& scope,
                                   const std::atomic<bool>& stop) {
-    IndexPass pass({*store, locations, calendar, ingestEvents, cursorUsage, progress, scope, stop});
+    const Calendar days = calendar();
+    IndexPass pass({*store, locations, days, ingestEvents, cursorUsage, progress, scope, stop});
     const IndexOutcome outcome = pass.run();
     std::int64_t bytes = 0;
     for (const IndexStatistics::Provider& provider : pass.statistics().providers)

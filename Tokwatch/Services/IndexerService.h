@@ -65,7 +65,8 @@ class IndexerService {
 
     /// Batches go to the store's own `ingest` when no other function is given.
     IndexerService(std::shared_ptr<UsageStore> store, ProviderLocations locations,
-                   Calendar calendar, IngestEvents ingestEvents = {}, CursorUsage cursorUsage = {});
+                   CalendarSource calendar, IngestEvents ingestEvents = {},
+                   CursorUsage cursorUsage = {});
     /// Lets the running pass end after its present slice; what it stored stays, and the rest is
     /// read the next time.
     ~IndexerService();
@@ -91,7 +92,7 @@ class IndexerService {
 
     std::shared_ptr<UsageStore> store;
     ProviderLocations locations;
-    Calendar calendar;
+    CalendarSource calendar; ///< asked once a pass
     IngestEvents ingestEvents;
     CursorUsage cursorUsage;
     mutable std::mutex mutex; ///< over `last`

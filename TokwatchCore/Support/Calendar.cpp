@@ -1,6 +1,6 @@
 #include "Calendar.h"
 
-#include "SystemLog.h"
+#include "LocalZone.h"
 
 #include <absl/time/civil_time.h>
 #include <absl/time/time.h>
@@ -44,16 +44,11 @@ std::string keyOf(absl::CivilDay day) {
 Calendar::Calendar(std::shared_ptr<const Zone> z) : zone(std::move(z)) {}
 
 Calendar Calendar::current() {
-    const absl::TimeZone local = absl::LocalTimeZone();
     // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
     const char* named = std::getenv("TZ");
-    if (named != nullptr && *named != '\0' && local.name() == "UTC") {
-        std::string name = named[0] == ':' ? named + 1 : named;
-        absl::TimeZone found;
-        if (!absl::LoadTimeZone(name, &found))
-            systemLog("the time zone \"" + name + "\" is not known; days are counted in UTC");
-    }
-    return Calendar(std::make_shared<const Zone>(Zone{local}));
+    static LocalZone local(named == nullptr ? std::nullopt : std::optional<std::string>(named),
+                           "/etc/localtime");
+    return local.calendar();
 }
 
 Calendar Calendar::utc() {
@@ -108,7 +103,13 @@ Calendar::Fields Calendar::fields(Date date) const {
 }
 
 std::string Calendar::zoneName() const {
-    return zone->timeZone.name();
+    const std::string name = zone->timeZone.name();
+    const std::size_t start = name.find_first_not_of('/');
+    return start == 0 || start == std::string::npos ? name : name.substr(start - 1);
+}
+
+bool operator==(const Calendar& a, const Calendar& b) {
+    return a.zone->timeZone == b.zone->timeZone;
 }
 
 Calendar::Day Calendar::dayHolding(Date date) const {

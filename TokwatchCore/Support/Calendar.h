@@ -2,6 +2,7 @@
 
 #include "Date.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,8 +14,7 @@ namespace tokwatch {
 /// thread.
 class Calendar {
   public:
-    /// The zone that the TZ variable or the system names; UTC, with a line in the log, when it is
-    /// unknown.
+    /// The zone that the TZ variable or the system names at this moment (`LocalZone`).
     static Calendar current();
     static Calendar utc();
     /// By tz database name ("Europe/Berlin"); absent when the database has no such zone.
@@ -58,10 +58,16 @@ class Calendar {
     };
     Day dayHolding(Date date) const;
 
+    /// The same zone.
+    friend bool operator==(const Calendar& a, const Calendar& b);
+
   private:
     struct Zone;
     explicit Calendar(std::shared_ptr<const Zone> zone);
     std::shared_ptr<const Zone> zone;
 };
+
+/// Where a component that lives long takes the present calendar from: the user may travel.
+using CalendarSource = std::function<Calendar()>;
 
 } // namespace tokwatch
