@@ -27,14 +27,35 @@ Json datePayload(Date asOf, DateCoding dates) {
     return payload;
 }
 
+/// A number that JSON cannot hold is as good as none.
 void setIfPresent(Json& json, const char* key, std::optional<double> value) {
-    if (value) json[key] = *value;
+    if (value && std::isfinite(*value)) json[key] = *value;
 }
 
 std::optional<double> optionalNumber(const Json& json, const char* key) {
     const Json* value = coding::optional(json, key);
     if (value == nullptr) return std::nullopt;
     return coding::number(*value);
+}
+
+/// Reading a document takes no depth of the call stack, but copying and printing it do.
+constexpr int deepestNesting = 64;
+
+bool isNestedTooDeeply(std::string_view text) {
+    int depth = 0;
+    bool inText = false;
+    for (std::size_t i = 0; i < text.size() && depth <= deepestNesting; ++i) {
+        const char c = text[i];
+        if (c == '"')
+            inText = !inText;
+        else if (inText)
+            i += c == '\\' ? 1 : 0;
+        else if (c == '[' || c == '{')
+            ++depth;
+        else if (c == ']' || c == '}')
+            --depth;
+    }
+    return depth > deepestNesting;
 }
 
 } // namespace
@@ -94,7 +115,7 @@ bool boolean(const Json& json) {
     return json.get<bool>();
 }
 
-std::pair<std::string, Json> singleCase(const Json& json) {
+std::pair<std::string, const Json&> singleCase(const Json& json) {
     object(json);
     if (json.size() != 1) throw DecodingError("Invalid number of keys found, expected one.");
     return {json.begin().key(), json.begin().value()};
@@ -103,6 +124,7 @@ std::pair<std::string, Json> singleCase(const Json& json) {
 } // namespace coding
 
 Json parseJson(std::string_view text) {
+    if (isNestedTooDeeply(text)) throw DecodingError("The document is nested too deeply.");
     Json json = Json::parse(text, nullptr, false);
     if (json.is_discarded()) throw DecodingError("Not a JSON document.");
     return json;

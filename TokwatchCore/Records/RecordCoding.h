@@ -23,7 +23,8 @@ enum class DateCoding {
     iso8601,          ///< text in UTC with whole seconds: the snapshot and what the commands print
 };
 
-/// Parses a document; a syntax error is a DecodingError.
+/// Parses a document. A syntax error is a DecodingError, and so is a nesting that no record has: it
+/// would overflow the stack of whoever copies the value.
 Json parseJson(std::string_view text);
 
 /// One line of text. Text that is not UTF-8 (file names may hold any bytes) keeps its valid part,
@@ -64,7 +65,7 @@ double number(const Json& json);
 std::int64_t integer(const Json& json);
 bool boolean(const Json& json);
 /// The one key of an enumeration's object, and the object's value.
-std::pair<std::string, Json> singleCase(const Json& json);
+std::pair<std::string, const Json&> singleCase(const Json& json);
 
 } // namespace coding
 } // namespace tokwatch
