@@ -121,10 +121,11 @@ TEST(SnapshotStore, ReadsBackTheLastSnapshotWritten) {
     const SnapshotStore store(data / SnapshotStore::appGroup);
     EXPECT_FALSE(store.read());
     store.write(Snapshot{});
+    const std::filesystem::path directory = data / "Q7K2M9X4PL.app.tokwatch";
+    data.write("Q7K2M9X4PL.app.tokwatch/snapshot.json.Ab1z9Z", "its writer was killed");
     store.write(example());
     EXPECT_EQ(store.read(), example());
 
-    const std::filesystem::path directory = data / "Q7K2M9X4PL.app.tokwatch";
     std::vector<std::string> files;
     for (const auto& entry : std::filesystem::directory_iterator(directory))
         files.push_back(entry.path().filename());
@@ -148,10 +149,21 @@ TEST(SnapshotStore, WritesTheAgreedKeysAndDates) {
 TEST(SnapshotStore, FindsNothingInDamagedOrForeignFiles) {
     const testing::TemporaryDirectory data;
     const SnapshotStore store(data.path());
-    for (const char* text : {"", "{", "[]", "{\"generatedAt\":1}", "{\"providers\":[]}"}) {
+    store.write(example());
+    const std::string sound = data.read("snapshot.json");
+    const std::string deep = "{\"generatedAt\":" + std::string(200'000, '[');
+    for (const std::string& text :
+         {std::string(), std::string("{"), std::string("[]"), deep,
+          std::string("{\"generatedAt\":1}"), sound + std::string(2'000'000, ' ')}) {
         data.write("snapshot.json", text);
-        EXPECT_FALSE(store.read()) << text;
+        EXPECT_FALSE(store.read()) << text.substr(0, 40);
     }
+    std::filesystem::remove(data / "snapshot.json");
+    ASSERT_EQ(::mkfifo((data / "snapshot.json").c_str(), 0600), 0);
+    EXPECT_FALSE(store.read()) << "nobody waits for a writer";
+    std::filesystem::remove(data / "snapshot.json");
+    std::filesystem::create_directory(data / "snapshot.json");
+    EXPECT_FALSE(store.read());
 }
 
 TEST(SnapshotStore, HasNoPlaceWithoutADataHome) {

@@ -1,9 +1,11 @@
 #include "WorkLease.h"
 
-#include <fcntl.h>
+#include "PrivateFiles.h"
+
 #include <sys/file.h>
 
 #include <cerrno>
+#include <system_error>
 
 namespace tokwatch {
 
@@ -12,9 +14,11 @@ WorkLease::WorkLease(const std::optional<std::filesystem::path>& directory)
 
 bool WorkLease::take() {
     if (isHeld) return true;
-    constexpr mode_t privateFile = 0600;
-    if (!file.isOpen())
-        file = FileDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, privateFile));
+    try {
+        if (!file.isOpen()) file = openPrivately(path);
+    } catch (const std::system_error&) {
+        return isHeld = true;
+    }
     isHeld = ::flock(file.get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
     return isHeld;
 }

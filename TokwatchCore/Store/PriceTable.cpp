@@ -2,16 +2,19 @@
 
 #include "RecordCoding.h"
 #include "ResourceBundle.h"
+#include "WholeFile.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
+#include <cstddef>
 #include <utility>
 
 namespace tokwatch {
 namespace {
 
 constexpr double million = 1'000'000;
+
+/// Bytes. The table has some fifty thousand.
+constexpr std::size_t largestTable = 4'194'304;
 
 /// "-YYYYMMDD" at the end of a name.
 constexpr std::size_t dateSuffixLength = 9;
@@ -59,12 +62,13 @@ PriceTable::PriceTable(std::map<std::string, ModelPrice, std::less<>> models)
     : table(std::move(models)) {}
 
 PriceTable PriceTable::bundled() {
-    std::ifstream file(coreResourceBundle() / "prices.json", std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    // Costs are a convenience: without prices the tools' own reports still count.
+    const std::optional<std::string> text =
+        readWholeFile(coreResourceBundle() / "prices.json", largestTable);
+    if (!text) return {};
     try {
-        return decode(text);
+        return decode(*text);
     } catch (const DecodingError&) {
-        // Costs are a convenience: without prices the tools' own reports still count.
         return {};
     }
 }

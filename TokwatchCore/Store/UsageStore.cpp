@@ -1,12 +1,12 @@
 #include "UsageStore.h"
 
 #include "EventBatch.h"
+#include "PrivateFiles.h"
 #include "RecordCoding.h"
 #include "SQLite.h"
 
-#include <fcntl.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <exception>
 #include <system_error>
@@ -42,19 +42,25 @@ constexpr const char* selectDaily =
 constexpr const char* selectSessions =
     "SELECT provider, day, COUNT(*) FROM sessions WHERE day >= ?1 AND day <= ?2 GROUP BY provider, day";
 
-/// Makes the directory 0700 and the file 0600 where they do not exist; SQLite's side files take
-/// after the file. A file that exists is not touched, since closing it would drop the locks that
-/// other connections of this process have on it. What fails here fails again, with a message, when
-/// SQLite opens the file.
-void createPrivately(const std::filesystem::path& file) {
-    const std::filesystem::path directory = file.parent_path();
-    std::error_code ignored;
-    if (!directory.empty() && std::filesystem::create_directories(directory, ignored)) {
-        std::filesystem::permissions(directory, std::filesystem::perms::owner_all, ignored);
+/// Refuses to follow another user's links.
+std::filesystem::path realPath(const std::filesystem::path& file) {
+    try {
+        return followOwnLinks(file);
+    } catch (const ForeignLinkError& error) {
+        throw UsageStoreError(SQLITE_CANTOPEN, error.what());
     }
-    const int descriptor =
-        ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (descriptor >= 0) ::close(descriptor);
+}
+
+/// The file, made where it does not exist; SQLite's side files take after it. What else fails here
+/// fails again, with a message, when SQLite opens it.
+std::filesystem::path createFile(const std::filesystem::path& file) {
+    std::filesystem::path real = realPath(file);
+    try {
+        if (real.has_parent_path()) makePrivateDirectory(real.parent_path());
+        return createPrivately(real);
+    } catch (const std::system_error&) {
+        return real;
+    }
 }
 
 void migrate(sqlite::Connection& db) {
@@ -167,8 +173,9 @@ std::shared_ptr<UsageStore> UsageStore::temporary(const std::filesystem::path& p
 }
 
 std::shared_ptr<UsageStore> UsageStore::readOnly(const std::filesystem::path& path) {
-    const auto opened = [&path](sqlite::Access access) {
-        auto db = std::make_unique<sqlite::Connection>(path.string(), access, lockPatience);
+    const std::filesystem::path real = realPath(path);
+    const auto opened = [&path, &real](sqlite::Access access) {
+        auto db = std::make_unique<sqlite::Connection>(real.string(), access, lockPatience);
         probe(*db);
         return std::shared_ptr<UsageStore>(new UsageStore(path, std::move(db)));
     };
@@ -194,9 +201,8 @@ std::unique_ptr<sqlite::Connection> UsageStore::open(const std::filesystem::path
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (true) {
         try {
-            createPrivately(path);
-            auto db = std::make_unique<sqlite::Connection>(path.string(), sqlite::Access::readWrite,
-                                                           patience);
+            auto db = std::make_unique<sqlite::Connection>(createFile(path).string(),
+                                                           sqlite::Access::readWrite, patience);
             migrate(*db);
             return db;
         } catch (const UsageStoreError& error) {

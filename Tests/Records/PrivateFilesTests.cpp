@@ -1,0 +1,77 @@
+#include "PrivateFiles.h"
+
+#include "TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tokwatch {
+namespace {
+
+namespace fs = std::filesystem;
+
+unsigned modeOf(const fs::path& path) {
+    return static_cast<unsigned>(fs::status(path).permissions());
+}
+
+TEST(PrivateFiles, ArePrivateWithAllFoldersOnTheWayWhateverTheUmask) {
+    const testing::TemporaryDirectory home;
+    for (const mode_t mask : {mode_t{0}, mode_t{0377}}) {
+        const fs::path top = home / ("top" + std::to_string(mask));
+        const mode_t before = ::umask(mask);
+        makePrivateDirectory(top / "middle/data");
+        createPrivately(top / "middle/data/store");
+        openPrivately(top / "middle/data/lock");
+        replacePrivately(top / "middle/data/note", "text");
+        ::umask(before);
+        for (const auto& entry : fs::recursive_directory_iterator(top))
+            EXPECT_EQ(modeOf(entry.path()), entry.is_directory() ? 0700U : 0600U) << entry.path();
+        EXPECT_EQ(modeOf(top), 0700U);
+    }
+    home.write("file", "");
+    EXPECT_THROW(makePrivateDirectory(home / "file/below"), std::system_error);
+    fs::permissions(home / "top0", fs::perms{0755});
+    makePrivateDirectory(home / "top0/middle");
+    EXPECT_EQ(modeOf(home / "top0"), 0755U) << "what exists is the user's own affair";
+}
+
+TEST(PrivateFiles, FollowTheUsersOwnLinksOnly) {
+    const testing::TemporaryDirectory home;
+    fs::create_symlink("elsewhere", home / "link");
+    EXPECT_EQ(createPrivately(home / "link"), home / "elsewhere");
+    EXPECT_TRUE(fs::is_regular_file(home / "elsewhere"));
+    replacePrivately(home / "link", "text");
+    EXPECT_EQ(home.read("elsewhere"), "text");
+    EXPECT_TRUE(fs::is_symlink(home / "link"));
+    fs::create_symlink("loop", home / "loop");
+    EXPECT_THROW(openPrivately(home / "loop"), std::system_error);
+    fs::create_symlink("victim", home / "planted");
+    if (::lchown((home / "planted").c_str(), 1234, 1234) != 0)
+        GTEST_SKIP() << "only the administrator gives links away";
+    fs::create_symlink("planted", home / "detour");
+    for (const char* name : {"planted", "detour"}) {
+        EXPECT_THROW(createPrivately(home / name), ForeignLinkError);
+        EXPECT_THROW(openPrivately(home / name), ForeignLinkError);
+        EXPECT_THROW(replacePrivately(home / name, "text"), ForeignLinkError);
+    }
+    EXPECT_FALSE(fs::exists(home / "victim"));
+}
+
+TEST(PrivateFiles, RemoveWhatAKilledWriterLeftButNotWhatOneIsWriting) {
+    const testing::TemporaryDirectory home;
+    home.write("note.Ab1z9Z", "killed");
+    home.write("note.old-text", "the user's");
+    const fs::path busy = home.write("note.xxxxxx", "being written");
+    const FileDescriptor writer = openPrivately(busy);
+    ASSERT_EQ(::flock(writer.get(), LOCK_EX), 0);
+    replacePrivately(home / "note", "text");
+    EXPECT_FALSE(fs::exists(home / "note.Ab1z9Z"));
+    EXPECT_TRUE(fs::exists(busy));
+    EXPECT_TRUE(fs::exists(home / "note.old-text"));
+}
+
+} // namespace
+} // namespace tokwatch
