@@ -1,5 +1,6 @@
 #include "Arguments.h"
 #include "ProcessHardening.h"
+#include "ProcessLocale.h"
 
 #include <csignal>
 
@@ -9,6 +10,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     tokwatch::preventCoreDumps();
+    tokwatch::ensureUTF8Locale();
     tokwatch::Terminal terminal = tokwatch::Terminal::standard();
     return tokwatch::runCommandLine(argc, argv, terminal);
 }

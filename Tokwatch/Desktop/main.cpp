@@ -3,6 +3,7 @@
 #include "DesktopBus.h"
 #include "Preferences.h"
 #include "ProcessHardening.h"
+#include "ProcessLocale.h"
 #include "QtScheduler.h"
 #include "TerminationSignals.h"
 
@@ -33,6 +34,7 @@ tokwatch::UserPaths pathsFrom(const QCommandLineParser& parser, const QCommandLi
 
 int main(int argc, char** argv) {
     tokwatch::preventCoreDumps();
+    tokwatch::ensureUTF8Locale();
     // Pictures of this size are drawn faster, and in a third of the memory, without a graphics
     // driver.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
