@@ -352,8 +352,9 @@ def main():
     programs = [os.path.realpath(path) for path in sys.argv[1:] if path != "inside"]
     if sys.argv[-1] != "inside":
         namespaces = ["unshare", "--net", "--mount"] + ([] if os.getuid() == 0 else ["--map-root-user"])
-        if subprocess.run([*namespaces, "true"], stderr=subprocess.DEVNULL, check=False).returncode != 0:
-            print("skipped: this system allows no namespaces")
+        trial = subprocess.run([*namespaces, "true"], stderr=subprocess.PIPE, text=True, check=False)
+        if trial.returncode != 0:
+            print("skipped: this system allows no namespaces: " + trial.stderr.strip())
             sys.exit(77)
         inside = [sys.executable, os.path.realpath(__file__), *programs, "inside"]
         sys.exit(subprocess.run([*namespaces, "dbus-run-session", "--", *inside], check=False).returncode)
