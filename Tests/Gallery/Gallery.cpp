@@ -134,6 +134,11 @@ int main(int argc, char** argv) {
     QStringList names = parser.positionalArguments();
     if (names.isEmpty()) parser.showHelp(2);
     const QString directory = names.takeFirst();
+    // The kept pictures are Debian 12's; other versions place letters half a pixel elsewhere.
+    if (parser.isSet(compare) && !QByteArrayView(qVersion()).startsWith("6.4.")) {
+        std::printf("skipped: the pictures were drawn with Qt 6.4, this is Qt %s\n", qVersion());
+        return 77;
+    }
     return tokwatch::testing::run(
         {directory, parser.value(compare), names, parser.isSet(whole), parser.isSet(highContrast)});
 }

@@ -30,7 +30,7 @@ class TestCertificates {
     void openssl(const std::string& arguments) const;
     void makeAuthority(const std::string& name) const;
     Identity make(const std::string& name, const std::string& issuer, const std::string& hosts,
-                  int days) const;
+                  const std::string& end) const;
 
     TemporaryDirectory directory;
 };
