@@ -46,7 +46,8 @@ class Days : protected testing::ModelWorld {
     explicit Days(unsigned seed) : random(seed) {
         snapshotDirectory.reset();
         store = std::make_shared<UsageStore>(":memory:");
-        limitsService.emplace(providers, store, *preferences, time.clock(), time);
+        limitsService.emplace(providers, testing::storageAtOnce(store), *preferences, time.clock(),
+                              time);
         home.write(".claude/projects/a.jsonl", "");
         home.write(".codex/sessions/a.jsonl", "");
         home.write(".grok/sessions/s/usage.json", "{}");

@@ -6,6 +6,7 @@
 #include "LimitsService.h"
 #include "ManualScheduler.h"
 #include "Preferences.h"
+#include "StorageAtOnce.h"
 #include "SystemNotifications.h"
 #include "TemporaryDirectory.h"
 #include "UsageStore.h"
@@ -65,9 +66,11 @@ class FakeNotifications final : public SystemNotifications {
     std::function<void()> refresh;
     std::function<void()> resume;
     std::function<void()> timeZone;
+    std::function<void()> networkBack;
     void onRefreshRequest(std::function<void()> call) override { refresh = std::move(call); }
     void onResume(std::function<void()> call) override { resume = std::move(call); }
     void onTimeZoneChange(std::function<void()> call) override { timeZone = std::move(call); }
+    void onNetworkBack(std::function<void()> call) override { networkBack = std::move(call); }
 };
 
 /// The watch that the model holds at the moment.
@@ -100,7 +103,7 @@ class ModelWorld {
             sources[id] = std::make_shared<FakeLimitsProvider>(id);
             providers[id] = sources[id];
         }
-        limitsService.emplace(providers, store, *preferences, time.clock(), time);
+        limitsService.emplace(providers, storageAtOnce(store), *preferences, time.clock(), time);
     }
 
     ModelWorld(const ModelWorld&) = delete;

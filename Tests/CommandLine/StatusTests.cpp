@@ -144,8 +144,9 @@ TEST_F(LimitsCommandTest, RefreshesWithoutALoginOrANeed) {
     const ProgramResult noLogin = here({"limits", "--refresh", "--json"});
     EXPECT_EQ(noLogin.status, 1);
     EXPECT_EQ(parseJson(noLogin.out)["claude"]["status"].dump(), R"({"unavailable":{}})");
-    EXPECT_EQ(json({"limits"}), parseJson(noLogin.out)) << "it was stored";
+    EXPECT_EQ(json({"limits"}), parseJson(noLogin.out));
 
+    std::filesystem::remove(world / "data/Tokwatch/attempts.json");
     // The login has expired, so that nobody is asked; what was known stays to be seen.
     ProviderLimits old = limits({window("session", "Session", 0.5)});
     store(ProviderID::claude, old);

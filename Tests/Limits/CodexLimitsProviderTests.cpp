@@ -2,6 +2,7 @@
 
 #include "EventLoop.h"
 #include "Fakes.h"
+#include "LimitsCache.h"
 #include "UsageStore.h"
 #include "WaitFor.h"
 
@@ -36,7 +37,8 @@ struct Codex {
     Codex() { testing::needEventLoop(); }
 
     ProviderLimits fetch() {
-        CodexLimitsProvider provider(store, credentials, http, "/home/user/.codex");
+        const auto cache = std::make_shared<LimitsCache>(store, [](auto work) { work(); });
+        CodexLimitsProvider provider(cache, credentials, http, "/home/user/.codex");
         return testing::waitFor(provider.fetch(now));
     }
     ProviderLimits fetch(const std::string& body, int status = 200) {
@@ -124,9 +126,15 @@ TEST(CodexLimitsProvider, PrefersWhatTheLogsSaidInTheLastTenMinutes) {
         EXPECT_THAT(codex.credentials->asked, IsEmpty());
         EXPECT_THAT(codex.http->requests, IsEmpty());
     }
-    Codex codex;
-    codex.store->setLimits(logged(601), ProviderID::codex);
-    EXPECT_EQ(codex.fetch(answer).plan, "Plus");
+    ProviderLimits failed = logged(10);
+    failed.status = ProviderStatus::signInNeeded;
+    ProviderLimits empty = logged(10);
+    empty.windows.clear();
+    for (const ProviderLimits& useless : {failed, empty, logged(601), logged(-601)}) {
+        Codex codex;
+        codex.store->setLimits(useless, ProviderID::codex);
+        EXPECT_EQ(codex.fetch(answer).plan, "Plus");
+    }
 }
 
 TEST(CodexLimitsProvider, ShowsStoredWindowsInPlaceOfAFailure) {

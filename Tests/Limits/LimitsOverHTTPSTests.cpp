@@ -2,6 +2,7 @@
 #include "EventLoop.h"
 #include "Fakes.h"
 #include "HTTPSServer.h"
+#include "LimitsCache.h"
 #include "LimitsProviders.h"
 #include "ProcessState.h"
 #include "URLSessionHTTPClient.h"
@@ -104,7 +105,7 @@ struct World {
         options.authorities = {testing::certificates().authority};
         options.deadline = deadline;
         const auto providers = makeLimitsProviders(
-            store, credentials, std::make_shared<URLSessionHTTPClient>(options), "/home/.codex");
+            cache, credentials, std::make_shared<URLSessionHTTPClient>(options), "/home/.codex");
         return testing::waitFor(providers.at(service.id)->fetch(now));
     }
     ProviderLimits fetch(const Service& service, const Case& each) {
@@ -115,7 +116,8 @@ struct World {
     }
 
     std::uint16_t proxyPort = server.serverPort();
-    std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(":memory:");
+    std::shared_ptr<LimitsCache> cache = std::make_shared<LimitsCache>(
+        std::make_shared<UsageStore>(":memory:"), [](auto work) { work(); });
     std::shared_ptr<testing::FakeCredentials> credentials =
         std::make_shared<testing::FakeCredentials>(std::string(logins));
 };

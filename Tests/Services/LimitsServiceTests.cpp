@@ -1,9 +1,11 @@
 #include "LimitsService.h"
 
+#include "AttemptFile.h"
 #include "EventLoop.h"
 #include "FakeLimitsProvider.h"
 #include "ManualScheduler.h"
 #include "Preferences.h"
+#include "StorageAtOnce.h"
 #include "TemporaryDirectory.h"
 #include "UsageStore.h"
 
@@ -53,9 +55,14 @@ class LimitsServiceTest : public ::testing::Test {
     std::unique_ptr<QSettings> settings = settingsFile(directory / "settings.conf");
     Preferences preferences{*settings};
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(":memory:");
+    std::shared_ptr<AttemptLedger> ledger = std::make_shared<AttemptFile>(directory.path());
     std::shared_ptr<testing::FakeLimitsProvider> claude =
         std::make_shared<testing::FakeLimitsProvider>(ProviderID::claude);
-    LimitsService service{{{ProviderID::claude, claude}}, store, preferences, time.clock(), time};
+    LimitsService service{{{ProviderID::claude, claude}},
+                          testing::storageAtOnce(store, ledger),
+                          preferences,
+                          time.clock(),
+                          time};
     std::vector<ProviderLimits> updates;
 };
 
@@ -192,6 +199,45 @@ TEST_F(LimitsServiceTest, ShowsWhatIsStoredAtOnceAtTheStart) {
     EXPECT_EQ(attempts(), 1);
 }
 
+TEST_F(LimitsServiceTest, ShowsAsStaleWhatIsNotRecent) {
+    const ProviderLimits known = someLimits(time.now());
+    refresh();
+    answer(known);
+    pass(30);
+    for (const bool isGate : {true, false}) {
+        if (isGate)
+            preferences.claudeLiveLimits = false;
+        else
+            preferences.disabledProviders = std::set{ProviderID::claude};
+        service.reconsider();
+        preferences.claudeLiveLimits = true;
+        preferences.disabledProviders = std::set<ProviderID>();
+        service.reconsider();
+        service.start(std::array{ProviderID::claude});
+        settle();
+        EXPECT_EQ(updates.back(), known) << isGate;
+        EXPECT_EQ(store->limits(ProviderID::claude), known) << isGate;
+    }
+    pass(271); // a fetch is under way
+    service.start(std::array{ProviderID::claude});
+    settle();
+    EXPECT_EQ(updates.back(), known.markedStale());
+    EXPECT_EQ(attempts(), 2);
+}
+
+TEST_F(LimitsServiceTest, TakesClaudeBackWhoseAnswerCameWhileItWasOff) {
+    refresh();
+    preferences.claudeLiveLimits = false;
+    service.reconsider();
+    answer(someLimits(time.now()));
+    EXPECT_EQ(updates.back().status, ProviderStatus::unavailable);
+    preferences.claudeLiveLimits = true;
+    service.reconsider();
+    settle();
+    answer(someLimits(time.now()));
+    EXPECT_EQ(updates.back(), someLimits(time.now()));
+}
+
 TEST_F(LimitsServiceTest, NeverTouchesClaudeWhileItsLiveLimitsAreOff) {
     const ProviderLimits known = someLimits(time.now());
     store->setLimits(known, ProviderID::claude);
@@ -243,6 +289,104 @@ TEST_F(LimitsServiceTest, FetchesAgainAfterTheClockWasSetBack) {
     EXPECT_EQ(attempts(), 3);
 }
 
+TEST_F(LimitsServiceTest, AsksWithOtherProcessesAsOftenAsOneWould) {
+    LimitsService other{
+        {{ProviderID::claude, claude}},
+        testing::storageAtOnce(store, std::make_shared<AttemptFile>(directory.path())),
+        preferences,
+        time.clock(),
+        time};
+    std::vector<ProviderLimits> shown;
+    other.onUpdate = [&](ProviderID, const ProviderLimits& limits) { shown.push_back(limits); };
+    refresh();
+    other.start(std::array{ProviderID::claude});
+    pass(10);
+    answer(someLimits(time.now()));
+    pass(10);
+    EXPECT_THAT(shown, ElementsAre(updates.back())) << "the other's answer is not looked at";
+    for (int round = 0; round < 9; ++round) {
+        pass(300);
+        answer(someLimits(time.now()));
+    }
+    EXPECT_EQ(attempts(), 10);
+
+    pass(300);
+    answer(ProviderStatus::rateLimited);
+    for (int second = 0; second < 90; ++second) { // a script that asks each second
+        pass(1);
+        LimitsService command{
+            {{ProviderID::claude, claude}},
+            testing::storageAtOnce(store, std::make_shared<AttemptFile>(directory.path())),
+            preferences,
+            time.clock(),
+            time};
+        command.refresh(ProviderID::claude, true);
+        if (claude->underWay() > 0) answer(ProviderStatus::rateLimited);
+    }
+    EXPECT_EQ(attempts(), 11 + 3);
+    EXPECT_EQ(claude->mostUnderWay, 1);
+}
+
+TEST_F(LimitsServiceTest, CountsAttemptsWhoseProcessWasKilled) {
+    for (int restart = 0; restart < 10; ++restart) {
+        LimitsService killed{
+            {{ProviderID::claude, claude}},
+            testing::storageAtOnce(store, std::make_shared<AttemptFile>(directory.path())),
+            preferences,
+            time.clock(),
+            time};
+        killed.start(std::array{ProviderID::claude});
+        pass(2);
+    }
+    EXPECT_EQ(attempts(), 1);
+    refresh(true);
+    EXPECT_EQ(attempts(), 1);
+    pass(10);
+    refresh(true);
+    EXPECT_EQ(attempts(), 2);
+    while (claude->underWay() > 0)
+        answer(ProviderStatus::ok);
+}
+
+TEST_F(LimitsServiceTest, GivesTheNetworkTimeAfterSleep) {
+    refresh();
+    answer(someLimits(time.now()));
+    const auto sleep = [&] {
+        time.jump(Seconds{3600});
+        service.resumed();
+        settle();
+    };
+    pass(295);
+    sleep();
+    pass(14); // the timer fell due in these
+    EXPECT_EQ(attempts(), 1);
+    pass(1);
+    EXPECT_EQ(attempts(), 2);
+    answer(ProviderStatus::unreachable);
+    EXPECT_EQ(service.attemptTimes(ProviderID::claude).nextFetch, time.now() + Seconds{300});
+    pass(61);
+    service.refreshIfDue(std::array{ProviderID::claude}, LimitsService::Wish::aLook);
+    settle();
+    EXPECT_EQ(attempts(), 3);
+    answer(ProviderStatus::unreachable); // more than a minute after the sleep
+    EXPECT_EQ(service.attemptTimes(ProviderID::claude).nextFetch, time.now() + Seconds{600});
+
+    sleep();
+    service.networkIsBack();
+    settle();
+    EXPECT_EQ(attempts(), 4);
+    answer(ProviderStatus::unreachable);
+    service.networkIsBack(); // once more
+    pass(59);
+    EXPECT_EQ(attempts(), 4);
+    pass(1);
+    EXPECT_EQ(attempts(), 5);
+    answer(ProviderStatus::rateLimited); // which is no matter of the network
+    service.networkIsBack();
+    pass(600);
+    EXPECT_EQ(attempts(), 5);
+}
+
 TEST(LimitsService, MayEndBeforeItsFetches) {
     testing::needEventLoop();
     const testing::TemporaryDirectory directory;
@@ -252,8 +396,8 @@ TEST(LimitsService, MayEndBeforeItsFetches) {
     const auto claude = std::make_shared<testing::FakeLimitsProvider>(ProviderID::claude);
     {
         LimitsService service({{ProviderID::claude, claude}},
-                              std::make_shared<UsageStore>(":memory:"), preferences, time.clock(),
-                              time);
+                              testing::storageAtOnce(std::make_shared<UsageStore>(":memory:")),
+                              preferences, time.clock(), time);
         service.refresh(ProviderID::claude, false);
     }
     claude->answer(ProviderStatus::ok);

@@ -88,7 +88,12 @@ void AppModel::start(LimitsStart limitsStart) {
         if (self) self->refresh();
     });
     services.notifications.onResume([self] {
-        if (self) self->lookAround();
+        if (!self) return;
+        self->services.limitsService.resumed();
+        self->lookAround();
+    });
+    services.notifications.onNetworkBack([self] {
+        if (self) self->services.limitsService.networkIsBack();
     });
     services.notifications.onTimeZoneChange([self] {
         if (self && self->services.calendar() != self->calendar()) self->publish();
@@ -199,7 +204,8 @@ void AppModel::readCodexLimits() {
 }
 
 void AppModel::popoverOpened() {
-    if (areLimitsAllowed()) services.limitsService.refreshIfDue(present());
+    if (areLimitsAllowed())
+        services.limitsService.refreshIfDue(present(), LimitsService::Wish::aLook);
 }
 
 void AppModel::updatePresent() {

@@ -1,7 +1,9 @@
 #include "Application.h"
 
+#include "AttemptFile.h"
 #include "DirectoryWatcher.h"
 #include "InotifyStream.h"
+#include "LimitsCache.h"
 #include "LimitsProviders.h"
 #include "LinuxCredentialSource.h"
 #include "Preferences.h"
@@ -17,8 +19,9 @@ namespace {
 
 constexpr Seconds watchLatency{2};
 
-/// Summaries and snapshots come one by one; a second thread lets a reset of cursors pass them.
-constexpr int backgroundThreads = 2;
+/// Summaries and snapshots come one by one; the others let a reset of cursors pass them, and what
+/// the limits service keeps while the store waits for another process.
+constexpr int backgroundThreads = 4;
 
 class WatchedDirectories final : public FileWatch {
   public:
@@ -69,9 +72,16 @@ Application::Application(Surroundings world, Preferences& preferences,
     background.setMaxThreadCount(backgroundThreads);
     const ProviderLocations locations{world.paths.home};
     indexer.emplace(store, locations, world.calendar);
-    limitsService.emplace(makeLimitsProviders(store, std::move(world.credentials),
+    const auto runInBackground = [this](std::function<void()> work) {
+        background.start(std::move(work));
+    };
+    const auto results = std::make_shared<LimitsCache>(store, runInBackground);
+    limitsService.emplace(makeLimitsProviders(results, std::move(world.credentials),
                                               std::move(world.http), locations.codexHome()),
-                          store, preferences, world.now, scheduler);
+                          LimitsService::Storage{results,
+                                                 attemptLedgerBeside(world.paths.database()),
+                                                 runInBackground},
+                          preferences, world.now, scheduler);
     appModel.emplace(AppServices{
         .preferences = preferences,
         .store = store,
@@ -88,8 +98,7 @@ Application::Application(Surroundings world, Preferences& preferences,
         .watchFiles = watchDirectories,
         .notifications = notifications,
         .scheduler = scheduler,
-        .runInBackground =
-            [this](std::function<void()> work) { background.start(std::move(work)); },
+        .runInBackground = runInBackground,
         .calendar = world.calendar,
         .now = world.now,
     });

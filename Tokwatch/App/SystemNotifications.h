@@ -16,6 +16,9 @@ class SystemNotifications {
     virtual void onResume(std::function<void()> call) = 0;
     /// The machine's time zone may have been changed.
     virtual void onTimeZoneChange(std::function<void()> call) = 0;
+    /// The machine is connected to the network again. May never come: who waits for it also waits
+    /// for a time.
+    virtual void onNetworkBack(std::function<void()> call) = 0;
 };
 
 } // namespace tokwatch

@@ -1,7 +1,9 @@
 #include "LimitsCommand.h"
 
 #include "Application.h"
+#include "AttemptFile.h"
 #include "EventLoop.h"
+#include "LimitsCache.h"
 #include "LimitsPrinter.h"
 #include "LimitsProviders.h"
 #include "Preferences.h"
@@ -9,21 +11,25 @@
 
 #include <QCoroTask>
 #include <QSettings>
+#include <QThreadPool>
 
 #include <algorithm>
 
 namespace tokwatch {
 namespace {
 
-/// Fetches now, by the service's own rules: merged with what is stored, gated, and stored.
+/// Fetches now, by the service's own rules: as often as all processes together may, merged with
+/// what is stored, gated, and stored.
 class Fetch {
   public:
     Fetch(const CommandEnvironment& environment, const std::shared_ptr<UsageStore>& store,
           Preferences& preferences)
         : world(Surroundings::real(environment.paths)),
-          service(makeLimitsProviders(store, world.credentials, world.http,
+          stored(std::make_shared<LimitsCache>(store, inBackground())),
+          service(makeLimitsProviders(stored, world.credentials, world.http,
                                       environment.locations().codexHome()),
-                  store, preferences, environment.now, scheduler) {
+                  {stored, attemptLedgerBeside(environment.paths.database()), inBackground()},
+                  preferences, environment.now, scheduler) {
         service.onUpdate = [this](ProviderID provider, const ProviderLimits& limits) {
             results.insert_or_assign(provider, limits);
         };
@@ -35,6 +41,10 @@ class Fetch {
     }
 
   private:
+    BackgroundQueue::Run inBackground() {
+        return [this](std::function<void()> work) { background.start(std::move(work)); };
+    }
+
     QCoro::Task<> all(std::vector<ProviderID> providers) {
         std::vector<QCoro::Task<>> fetches;
         for (const ProviderID provider : providers)
@@ -46,16 +56,11 @@ class Fetch {
     EventLoop loop;
     QtScheduler scheduler;
     Surroundings world;
+    QThreadPool background;
+    std::shared_ptr<LimitsCache> stored;
     LimitsService service;
     LimitsByProvider results;
 };
-
-/// Whether the service was asked so lately that it need not be asked again, by whichever process.
-bool isFresh(const LimitsByProvider& known, ProviderID provider, Date now) {
-    const auto found = known.find(provider);
-    if (found == known.end() || found->second.status != ProviderStatus::ok) return false;
-    return RefreshPolicy::elapsed(found->second.fetchedAt, now) < RefreshPolicy::baseInterval;
-}
 
 bool showsSomething(const ProviderLimits& limits) {
     return limits.status == ProviderStatus::ok || !limits.windows.empty() || limits.credits;
@@ -73,8 +78,7 @@ void refresh(const CommandEnvironment& environment, const std::shared_ptr<UsageS
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
     std::erase_if(providers, [&](ProviderID provider) {
         return std::ranges::count(enabled, provider) == 0 ||
-               !environment.locations().isPresent(provider) ||
-               isFresh(limits, provider, environment.now());
+               !environment.locations().isPresent(provider);
     });
     if (providers.empty()) return;
     for (auto& [provider, fetched] : Fetch(environment, store, preferences).run(providers))

@@ -44,6 +44,18 @@ void DesktopBus::onTimeZoneChange(std::function<void()> call) {
     timeZoneCalls.push_back(std::move(call));
 }
 
+void DesktopBus::onNetworkBack(std::function<void()> call) {
+    if (networkCalls.empty() && system.isConnected()) {
+        system.connect("org.freedesktop.NetworkManager", "/org/freedesktop/NetworkManager",
+                       "org.freedesktop.NetworkManager", "StateChanged", this,
+                       SLOT(networkManagerChanged(uint)));
+        system.connect("org.freedesktop.network1", "/org/freedesktop/network1",
+                       "org.freedesktop.DBus.Properties", "PropertiesChanged", this,
+                       SLOT(networkdChanged(QString, QVariantMap)));
+    }
+    networkCalls.push_back(std::move(call));
+}
+
 DesktopBus::Claim DesktopBus::claim(std::function<void()> open) {
     if (!session.isConnected()) return Claim::noBus;
     openCall = std::move(open);
@@ -79,6 +91,15 @@ void DesktopBus::preparingForSleep(bool begins) {
 
 void DesktopBus::timePropertiesChanged(const QString& interface) {
     if (interface == "org.freedesktop.timedate1") callAll(timeZoneCalls);
+}
+
+void DesktopBus::networkManagerChanged(uint state) {
+    constexpr uint connectedGlobally = 70; // NM_STATE_CONNECTED_GLOBAL
+    if (state == connectedGlobally) callAll(networkCalls);
+}
+
+void DesktopBus::networkdChanged(const QString& /*interface*/, const QVariantMap& changed) {
+    if (changed.value("OperationalState") == "routable") callAll(networkCalls);
 }
 
 } // namespace tokwatch

@@ -30,6 +30,8 @@ class DesktopBus : public QObject, public SystemNotifications {
     void onRefreshRequest(std::function<void()> call) override;
     void onResume(std::function<void()> call) override;
     void onTimeZoneChange(std::function<void()> call) override;
+    /// As NetworkManager or systemd-networkd tell it.
+    void onNetworkBack(std::function<void()> call) override;
 
     enum class Claim {
         first,  ///< this is the session's one instance; others' Open arrives here
@@ -54,6 +56,8 @@ class DesktopBus : public QObject, public SystemNotifications {
     void refreshPosted();
     void preparingForSleep(bool begins);
     void timePropertiesChanged(const QString& interface);
+    void networkManagerChanged(uint state);
+    void networkdChanged(const QString& interface, const QVariantMap& changed);
 
   private:
     QDBusConnection session;
@@ -61,6 +65,7 @@ class DesktopBus : public QObject, public SystemNotifications {
     std::vector<std::function<void()>> refreshCalls;
     std::vector<std::function<void()>> resumeCalls;
     std::vector<std::function<void()>> timeZoneCalls;
+    std::vector<std::function<void()>> networkCalls;
     std::function<void()> openCall;
 };
 

@@ -2,12 +2,13 @@
 
 #include "CodexUsageResponse.h"
 #include "DecodingError.h"
+#include "LimitsCache.h"
 #include "ServiceDocument.h"
 #include "UsageEndpoint.h"
 #include "UsageHosts.h"
-#include "UsageStore.h"
 
 #include <QByteArray>
+#include <QCoroFuture>
 
 #include <exception>
 #include <string>
@@ -15,7 +16,8 @@
 namespace tokwatch {
 namespace {
 
-/// How old stored numbers may be for the endpoint not to be asked.
+/// How old stored numbers may be for the endpoint not to be asked. So much ahead they may be, too,
+/// as clocks differ; what is dated later was noted by a clock that has been set back since.
 constexpr Seconds freshness{600};
 
 /// Codex's login.
@@ -41,13 +43,11 @@ std::optional<Login> readLogin(CredentialSource& credentials, const std::filesys
     }
 }
 
-std::optional<ProviderLimits> storedLimits(UsageStore& store) {
-    try {
-        return store.limits(ProviderID::codex);
-    } catch (const std::exception&) {
-        // The numbers are a convenience here; the store's other users tell of its failures.
-        return std::nullopt;
-    }
+/// Whether these numbers are as good as what the endpoint would answer. A failure is not: the user
+/// may have signed in since.
+bool sparesTheEndpoint(const ProviderLimits& stored, Date now) {
+    return stored.status == ProviderStatus::ok && !stored.windows.empty() &&
+           std::chrono::abs(now - stored.fetchedAt) <= freshness;
 }
 
 HTTPRequest usageRequest(const Login& login) {
@@ -86,8 +86,10 @@ QCoro::Task<ProviderLimits> fetchLive(std::shared_ptr<CredentialSource> credenti
 
 ProviderLimits combine(ProviderLimits live, const std::optional<ProviderLimits>& stored) {
     if (!stored) return live;
-    if (live.status == ProviderStatus::ok)
-        return stored->fetchedAt > live.fetchedAt ? stored->markedStale() : live;
+    if (live.status == ProviderStatus::ok) {
+        const Seconds ahead = stored->fetchedAt - live.fetchedAt;
+        return ahead > Seconds{0} && ahead <= freshness ? stored->markedStale() : live;
+    }
     if (stored->windows.empty()) return live;
     ProviderLimits limits = stored->markedStale();
     // Without a login the log's numbers are all there is, and nothing is wrong with them.
@@ -97,18 +99,21 @@ ProviderLimits combine(ProviderLimits live, const std::optional<ProviderLimits>&
 
 } // namespace
 
-CodexLimitsProvider::CodexLimitsProvider(std::shared_ptr<UsageStore> limitsStore,
+CodexLimitsProvider::CodexLimitsProvider(std::shared_ptr<LimitsCache> limits,
                                          std::shared_ptr<CredentialSource> source,
                                          std::shared_ptr<HTTPClient> client,
                                          std::filesystem::path home)
-    : store(std::move(limitsStore)), credentials(std::move(source)), http(std::move(client)),
+    : cache(std::move(limits)), credentials(std::move(source)), http(std::move(client)),
       codexHome(std::move(home)) {}
 
 QCoro::Task<ProviderLimits> CodexLimitsProvider::fetch(Date now) {
-    const std::optional<ProviderLimits> stored = storedLimits(*store);
-    if (stored && now - stored->fetchedAt <= freshness) co_return *stored;
+    const auto source = credentials; // the provider may be gone after the first wait
+    const auto client = http;
     const std::filesystem::path authFile = codexHome / "auth.json";
-    ProviderLimits live = co_await fetchLive(credentials, http, authFile, now);
+    const QFuture<std::optional<ProviderLimits>> reading = cache->limits(ProviderID::codex);
+    const std::optional<ProviderLimits> stored = co_await reading;
+    if (stored && sparesTheEndpoint(*stored, now)) co_return *stored;
+    ProviderLimits live = co_await fetchLive(source, client, authFile, now);
     ProviderLimits limits = combine(std::move(live), stored);
     co_return limits;
 }

@@ -11,15 +11,15 @@
 
 namespace tokwatch {
 
-class UsageStore;
+class LimitsCache;
 
 /// The limits of a Codex user: those in the store, which the indexer reads from Codex's logs, while
-/// they are at most ten minutes old; after that ChatGPT's usage endpoint, asked with the login in
-/// Codex's own "auth.json". Stored windows take the place of a failure, marked stale.
+/// they are at most ten minutes old and no failure; after that ChatGPT's usage endpoint, asked with
+/// the login in Codex's own "auth.json". Stored windows take the place of a failure, marked stale.
 class CodexLimitsProvider final : public LimitsProvider {
   public:
     /// Without an HTTP client there are the stored numbers only.
-    CodexLimitsProvider(std::shared_ptr<UsageStore> store,
+    CodexLimitsProvider(std::shared_ptr<LimitsCache> cache,
                         std::shared_ptr<CredentialSource> credentials,
                         std::shared_ptr<HTTPClient> http, std::filesystem::path codexHome);
 
@@ -27,7 +27,7 @@ class CodexLimitsProvider final : public LimitsProvider {
     QCoro::Task<ProviderLimits> fetch(Date now) override;
 
   private:
-    std::shared_ptr<UsageStore> store;
+    std::shared_ptr<LimitsCache> cache;
     std::shared_ptr<CredentialSource> credentials;
     std::shared_ptr<HTTPClient> http;
     std::filesystem::path codexHome;

@@ -8,7 +8,7 @@
 namespace tokwatch {
 
 std::map<ProviderID, std::shared_ptr<LimitsProvider>>
-makeLimitsProviders(std::shared_ptr<UsageStore> store,
+makeLimitsProviders(std::shared_ptr<LimitsCache> cache,
                     std::shared_ptr<CredentialSource> credentials, std::shared_ptr<HTTPClient> http,
                     const std::filesystem::path& codexHome) {
     std::map<ProviderID, std::shared_ptr<LimitsProvider>> providers;
@@ -17,7 +17,7 @@ makeLimitsProviders(std::shared_ptr<UsageStore> store,
         providers.emplace(id, std::move(provider));
     };
     add(std::make_shared<ClaudeLimitsProvider>(credentials, http));
-    add(std::make_shared<CodexLimitsProvider>(std::move(store), credentials, http, codexHome));
+    add(std::make_shared<CodexLimitsProvider>(std::move(cache), credentials, http, codexHome));
     add(std::make_shared<GrokLimitsProvider>());
     add(std::make_shared<CursorProvider>());
     return providers;

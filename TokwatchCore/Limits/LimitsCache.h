@@ -1,0 +1,33 @@
+#pragma once
+
+#include "BackgroundQueue.h"
+#include "LimitRecords.h"
+#include "ProviderID.h"
+
+#include <QFuture>
+
+#include <memory>
+#include <optional>
+
+namespace tokwatch {
+
+class UsageStore;
+
+/// The last known limits, in the usage store, for those who must not wait for it: a writer of
+/// another process may hold the database for seconds, and a pass over the logs the store itself.
+/// Reads and writes happen in the order of asking.
+class LimitsCache {
+  public:
+    LimitsCache(std::shared_ptr<UsageStore> store, BackgroundQueue::Run run);
+
+    /// Absent also where the row cannot be read.
+    QFuture<std::optional<ProviderLimits>> limits(ProviderID provider);
+    /// A result that cannot be stored is lost; the next one is stored again.
+    QFuture<void> setLimits(ProviderLimits limits, ProviderID provider);
+
+  private:
+    std::shared_ptr<UsageStore> store;
+    BackgroundQueue queue;
+};
+
+} // namespace tokwatch
