@@ -106,6 +106,12 @@ TEST(CodexLimitsProvider, LeavesOutWhatIsIncomplete) {
     for (const Case& each : cases)
         EXPECT_EQ(Codex().fetch(each.body), (ProviderLimits{{}, {}, {}, each.status, now}))
             << each.body;
+    for (const auto& [given, shown] : {std::pair{"plus", "Plus"},
+                                       {"pro lite", "Pro lite"},
+                                       {"équipe", "Équipe"},
+                                       {"\xf0\x90\x90\xa8x", "\xf0\x90\x90\x80x"}, // 𐐨 and 𐐀
+                                       {"日本", "日本"}})
+        EXPECT_EQ(Codex().fetch(std::string(R"({"plan_type": ")") + given + "\"}").plan, shown);
     const auto resetsAt = [](const std::string& seconds) {
         return Codex()
             .fetch(R"({"rate_limit": {"primary_window": {"used_percent": 1,

@@ -1,5 +1,7 @@
 #include "LimitRecords.h"
 
+#include <QString>
+
 #include <algorithm>
 #include <cmath>
 
@@ -21,9 +23,10 @@ ProviderLimits ProviderLimits::markedStale() const {
 
 std::optional<std::string> planName(std::string_view raw) {
     if (raw.empty()) return std::nullopt;
-    std::string name(raw);
-    if (name[0] >= 'a' && name[0] <= 'z') name[0] = static_cast<char>(name[0] - 'a' + 'A');
-    return name;
+    const QString text = QString::fromUtf8(raw.data(), std::ssize(raw));
+    if (text.toStdString() != raw) return std::string(raw); // not UTF-8: nothing to capitalise
+    const qsizetype first = text[0].isHighSurrogate() && text.size() > 1 ? 2 : 1;
+    return (text.left(first).toUpper() + text.mid(first)).toStdString();
 }
 
 double clampedFraction(double percent) {
