@@ -47,7 +47,8 @@ class FakeSecretService final : public QDBusVirtualObject {
     QString attribute = "service";
     bool isLocked = false;
     bool unlocksSilently = false;
-    QString refusal; ///< the error that every call gets
+    QString refusal; ///< the error that these calls get
+    QString refused; ///< their name; every call's by default
     QStringList calls;
 
     explicit FakeSecretService(QDBusConnection connection) : bus(connection) {
@@ -59,8 +60,8 @@ class FakeSecretService final : public QDBusVirtualObject {
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
         calls.append(message.member());
-        connection.send(refusal.isEmpty() ? reply(message)
-                                          : message.createErrorReply(refusal, "refused"));
+        const bool isRefused = !refusal.isEmpty() && message.member().startsWith(refused);
+        connection.send(isRefused ? message.createErrorReply(refusal, "refused") : reply(message));
         return true;
     }
 
@@ -135,8 +136,12 @@ TEST_F(LinuxCredentials, AreFoundByServiceOrLabel) {
     service.secret = "secret";
     service.attribute = "label";
     EXPECT_EQ(read(), "secret");
-    EXPECT_THROW(read("another service"), CredentialError);
-    EXPECT_EQ(service.calls.count("Close"), 1) << "the session is left open";
+    service.refusal = "org.freedesktop.Secret.Error.IsLocked";
+    service.refused = "GetSecret";
+    EXPECT_EQ(failure(), CredentialError::denied);
+    EXPECT_THROW(read("another service"), CredentialError); // after the sessions' ends
+    EXPECT_EQ(service.calls.count("Close"), 2) << "the session is left open";
+    service.refusal.clear();
     service.secret = "\xff\xfe";
     EXPECT_EQ(failure(), CredentialError::malformed);
 }

@@ -10,6 +10,7 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
 #include <QDBusVariant>
+#include <QScopeGuard>
 
 #include <algorithm>
 #include <array>
@@ -92,10 +93,13 @@ QCoro::Task<std::string> readItem(QDBusConnection bus, QDBusObjectPath item) {
     const QVariantList opened = co_await call(bus, open, "vo");
     const auto session = opened[1].value<QDBusObjectPath>();
 
+    // However the call ends, the service must not keep the session until this process does.
+    const auto close =
+        qScopeGuard([&] { bus.send(methodCall(session.path(), sessionInterface, "Close", {})); });
+
     const QVariantList arguments{QVariant::fromValue(session)};
     const QDBusMessage get = methodCall(item.path(), itemInterface, "GetSecret", arguments);
     const QVariantList reply = co_await call(bus, get, "(oayays)");
-    bus.send(methodCall(session.path(), sessionInterface, "Close", {}));
 
     const auto secret = reply[0].value<QDBusArgument>();
     QDBusObjectPath sameSession;
