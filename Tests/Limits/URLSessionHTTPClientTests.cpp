@@ -57,50 +57,22 @@ std::string failure(const HTTPSServer& server) {
     return failure(optionsFor(server), request(server.url()));
 }
 
-TEST(URLSessionHTTPClient, DeliversEveryAnswer) {
-    for (const char* status :
-         {"200 OK", "299 Fine", "400 No", "401 No", "403 No", "404 No", "418 Teapot",
-          "429 Too Many", "451 No", "500 Oops", "503 Later", "529 Overloaded"}) {
+TEST(URLSessionHTTPClient, DeliversEveryAnswerAsItIs) {
+    HTTPSServer target;
+    for (const char* status : {"200 OK", "299 Fine", "300 R", "301 R", "302 R", "303 R", "305 R",
+                               "307 R", "308 R", "400 No", "401 No", "403 No", "407 No",
+                               "418 Teapot", "429 Too Many", "500 Oops", "503 Later", "529"}) {
         HTTPSServer server;
-        server.behaviour = answer(status, "the body", "Retry-After: 17\r\n");
+        server.behaviour =
+            answer(status, "the body",
+                   "Retry-After: 17\r\nWWW-Authenticate: Basic realm=\"r\"\r\nLocation: " +
+                       QByteArray::fromStdString(target.url("/elsewhere")) + "\r\n");
         SCOPED_TRACE(status);
         const HTTPResponse response = send(optionsFor(server), request(server.url()));
         EXPECT_EQ(response.status, std::stoi(status));
         EXPECT_EQ(response.body, "the body");
         EXPECT_THAT(response.headers, Contains(HTTPHeader("Retry-After", "17")));
-        EXPECT_EQ(server.requests.size(), 1) << status;
-    }
-    HTTPSServer server;
-    server.behaviour = answer("204 No Content");
-    EXPECT_EQ(send(optionsFor(server), request(server.url())).status, 204);
-}
-
-TEST(URLSessionHTTPClient, AnswersNoChallenge) {
-    for (const char* challenge : {"Basic realm=\"r\"", "Digest realm=\"r\", nonce=\"n\"",
-                                  "Negotiate", "NTLM", "Bearer realm=\"r\""}) {
-        HTTPSServer server;
-        server.behaviour =
-            answer("401 No", "the body", QByteArray("WWW-Authenticate: ") + challenge + "\r\n");
-        const HTTPResponse response = send(optionsFor(server), request(server.url()));
-        EXPECT_EQ(response.status, 401) << challenge;
-        EXPECT_EQ(server.requests.size(), 1) << challenge;
-    }
-}
-
-TEST(URLSessionHTTPClient, NeverFollowsARedirect) {
-    HTTPSServer target;
-    for (const char* status : {"300 R", "301 R", "302 R", "303 R", "305 R", "307 R", "308 R"}) {
-        HTTPSServer server;
-        for (const std::string& location : {target.url("/elsewhere"), server.url("/here"),
-                                            std::string("http://127.0.0.1:1/"), std::string("/")}) {
-            server.behaviour = answer(status, "moved",
-                                      "Location: " + QByteArray::fromStdString(location) + "\r\n");
-            server.requests.clear();
-            const HTTPResponse response = send(optionsFor(server), request(server.url()));
-            EXPECT_EQ(response.status, std::stoi(status));
-            EXPECT_EQ(response.body, "moved");
-            EXPECT_EQ(server.requests.size(), 1);
-        }
+        EXPECT_EQ(server.requests.size(), 1);
     }
     EXPECT_EQ(target.connections, 0);
 }
@@ -112,14 +84,11 @@ TEST(URLSessionHTTPClient, SendsTheRequestAndKeepsNothingForTheNext) {
     testing::needEventLoop();
     URLSessionHTTPClient client(optionsFor(server));
     for (int round = 0; round < 2; ++round) {
-        testing::waitFor(client.send(request(server.url("/usage"))));
-        const std::string head = server.requests.last().toStdString();
-        EXPECT_THAT(head, ::testing::StartsWith("GET /usage HTTP/1.1\r\n"));
-        EXPECT_THAT(head, HasSubstr(std::string("Authorization: Bearer ") + token + "\r\n"));
-        EXPECT_THAT(head, HasSubstr("X-Two: 2\r\n"));
-        EXPECT_THAT(head, HasSubstr("Accept-Encoding: identity\r\n"));
-        EXPECT_THAT(head, Not(HasSubstr("kept")));
-        EXPECT_THAT(head, Not(HasSubstr("If-")));
+        testing::waitFor(client.send(request(server.url("/usage?a=b%20c"))));
+        EXPECT_EQ(server.requests.last().toStdString(),
+                  "GET /usage?a=b%20c HTTP/1.1\r\nHost: 127.0.0.1:" +
+                      std::to_string(server.serverPort()) + "\r\nAuthorization: Bearer " + token +
+                      "\r\nX-Two: 2\r\nConnection: close\r\n\r\n");
     }
     EXPECT_EQ(server.requests.size(), 2);
     EXPECT_EQ(server.connections, 2) << "a connection was kept";
@@ -196,7 +165,7 @@ TEST(URLSessionHTTPClient, EndsWhenItsTimeIsUpHoweverSlowlyBytesDrip) {
     EXPECT_EQ(failure(options, request(url)), "the time is up");
 }
 
-TEST(URLSessionHTTPClient, BoundsTheBody) {
+TEST(URLSessionHTTPClient, BoundsTheAnswer) {
     constexpr std::int64_t bound = 1'000'000;
     HTTPSServer server;
     server.behaviour = filled("HTTP/1.1 200 OK\r\n\r\n", bound);
@@ -212,17 +181,24 @@ TEST(URLSessionHTTPClient, BoundsTheBody) {
         // Beyond the bound there is only what the sockets hold.
         EXPECT_LT(server.fillerSent, 16 * bound);
     }
+    for (const char* head : {"HTTP/1.1 200 OK\r\nX-Long: ", "HTTP/1.1 ", ""}) {
+        server.behaviour = filled(head, endless);
+        server.fillerSent = 0;
+        EXPECT_EQ(failure(server), "the answer's head is too long");
+        EXPECT_LT(server.fillerSent, 16 * bound);
+    }
 }
 
 TEST(URLSessionHTTPClient, FailsWithoutAWholeAnswer) {
     HTTPSServer server;
     for (const char* wire :
          {"", "HTTP/1.1 200 OK\r\nContent-Len", "HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n{}",
-          "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\n{}",
-          "HTTP/1.1 407 token-that-nobody-may-see\r\nContent-Length: 0\r\n\r\n",
-          "SSH-2.0-OpenSSH\r\n\r\n", "\r\n\r\n", "HTTP/1.1 xyz OK\r\n\r\n"}) {
+          "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\n{}", "SSH-2.0-OpenSSH\r\n\r\n",
+          "\r\n\r\n", "HTTP/1.1 xyz OK\r\n\r\n"}) {
         server.behaviour = filled(wire, 0);
+        server.requests.clear();
         EXPECT_NE(failure(server), "") << wire;
+        EXPECT_EQ(server.requests.size(), 1) << wire;
     }
     URLSessionHTTPClient::Options options = optionsFor(server);
     server.close();

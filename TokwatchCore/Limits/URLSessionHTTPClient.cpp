@@ -1,171 +1,160 @@
 #include "URLSessionHTTPClient.h"
 
+#include "HTTPAnswer.h"
+#include "SystemProxy.h"
+
 #include <QCoroFuture>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QNetworkRequest>
 #include <QPromise>
 #include <QSslConfiguration>
+#include <QSslSocket>
 #include <QTimer>
 #include <QUrl>
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 
 namespace tokwatch {
 namespace {
 
-/// How much may wait unread in the reply. The rest stays with the sender, held back by TCP.
-constexpr qint64 readBufferSize = 65'536;
-
-/// Looks up the system's proxy for each request, without a change to what the application uses.
-class SystemProxyFactory final : public QNetworkProxyFactory {
-  public:
-    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& query) override {
-        return systemProxyForQuery(query);
-    }
-};
+constexpr std::uint16_t httpsPort = 443;
 
 bool isPlainText(std::string_view text) {
     return std::ranges::none_of(text, [](char c) { return c == '\r' || c == '\n' || c == '\0'; });
 }
 
-/// The request as it goes out; HTTPError for one that must not.
-QNetworkRequest checkedRequest(const HTTPRequest& request,
-                               const URLSessionHTTPClient::Options& options) {
-    const QUrl url(QString::fromStdString(request.url), QUrl::StrictMode);
+/// The request's address; HTTPError for one that must not be contacted.
+QUrl checkedAddress(const HTTPRequest& request, const URLSessionHTTPClient::Options& options) {
+    QUrl url(QString::fromStdString(request.url), QUrl::StrictMode);
     if (!url.isValid() || url.scheme() != "https") throw HTTPError("not an https address");
     if (!url.userInfo().isEmpty()) throw HTTPError("an address with a user name");
     if (std::ranges::find(options.hosts, url.host().toStdString()) == options.hosts.end() ||
-        url.port(443) != options.port.value_or(443))
+        url.port(httpsPort) != options.port.value_or(httpsPort))
         throw HTTPError("not a host that may be contacted");
     if (request.method != "GET") throw HTTPError("not a method that is in use");
+    return url;
+}
 
-    QNetworkRequest outgoing(url);
+/// The request as it goes over the wire: its own headers, and the two without which it is none.
+QByteArray wireForm(const HTTPRequest& request, const QUrl& url) {
+    QByteArray target = url.path(QUrl::FullyEncoded).toUtf8();
+    if (target.isEmpty()) target = "/";
+    if (url.hasQuery()) target += "?" + url.query(QUrl::FullyEncoded).toUtf8();
+    QByteArray wire = "GET " + target + " HTTP/1.1\r\n";
+    wire += "Host: " + url.authority(QUrl::FullyEncoded).toUtf8() + "\r\n";
     for (const auto& [name, value] : request.headers) {
         if (!isPlainText(name) || !isPlainText(value)) throw HTTPError("a malformed header");
-        outgoing.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
+        wire += QByteArray::fromStdString(name) + ": " + QByteArray::fromStdString(value) + "\r\n";
     }
-    // No compression: the bound on the body is then one on memory as well.
-    outgoing.setRawHeader("Accept-Encoding", "identity");
-    outgoing.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                          QNetworkRequest::ManualRedirectPolicy);
-    outgoing.setAttribute(QNetworkRequest::CacheLoadControlAttribute,
-                          QNetworkRequest::AlwaysNetwork);
-    outgoing.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
-    outgoing.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    outgoing.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    outgoing.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    // HTTP/2 takes no notice of the read buffer's size.
-    outgoing.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    return wire + "Connection: close\r\n\r\n";
+}
 
+QSslConfiguration tlsFor(const URLSessionHTTPClient::Options& options) {
     QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
     if (!options.authorities.isEmpty()) tls.setCaCertificates(options.authorities);
     tls.setPeerVerifyMode(QSslSocket::VerifyPeer);
-    outgoing.setSslConfiguration(tls);
-    return outgoing;
-}
-
-/// Whether an error tells of the transport: those of HTTP statuses come with a whole answer.
-bool concernsTransport(QNetworkReply::NetworkError error) {
-    const bool isContentError =
-        error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError;
-    const bool isBadRequest = error == QNetworkReply::ProtocolInvalidOperationError;
-    return error != QNetworkReply::NoError && !isContentError && !isBadRequest &&
-           error < QNetworkReply::InternalServerError;
-}
-
-std::string reasonOf(const QNetworkReply& reply) {
-    // Qt's text for this one quotes the server, and nothing that a server says belongs in ours.
-    if (reply.error() == QNetworkReply::ProxyAuthenticationRequiredError)
-        return "the proxy asks for a login";
-    return reply.errorString().toStdString();
+    tls.setAllowedNextProtocols({QSslConfiguration::NextProtocolHttp1_1});
+    return tls;
 }
 
 } // namespace
 
-/// One request with a manager of its own, whose thread and connection end with it.
+/// One request on a connection of its own. Qt's network access manager would not do: it repeats a
+/// request whose connection was closed, adds headers of its own, and bounds no head.
 class URLSessionHTTPClient::Exchange {
   public:
-    Exchange(const QNetworkRequest& request, const Options& options)
-        : bodyBound(options.bodyBound) {
-        done.start();
-        manager = std::make_unique<QNetworkAccessManager>();
-        manager->setAutoDeleteReplies(false);
-        if (options.proxy)
-            manager->setProxy(*options.proxy);
-        else
-            manager->setProxyFactory(new SystemProxyFactory);
+    Exchange(const QUrl& url, QByteArray wire, const Options& options)
+        : request(std::move(wire)), answer(options.bodyBound) {
+        const std::string host = url.host().toStdString();
+        const auto port = static_cast<std::uint16_t>(url.port(httpsPort));
+        socket.setProxy(options.proxy ? *options.proxy : systemProxy(host, port));
+        socket.setSslConfiguration(tlsFor(options));
+        QObject::connect(&socket, &QSslSocket::encrypted, &context, [this] { send(); });
+        QObject::connect(&socket, &QSslSocket::readyRead, &context, [this] { read(); });
+        QObject::connect(&socket, &QSslSocket::disconnected, &context, [this] { end(); });
+        QObject::connect(&socket, &QSslSocket::errorOccurred, &context,
+                         [this](QAbstractSocket::SocketError error) { stop(error); });
 
         deadline.setSingleShot(true);
         deadline.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&deadline, &QTimer::timeout, [this] { fail("the time is up"); });
+        QObject::connect(&deadline, &QTimer::timeout, &context, [this] { fail("the time is up"); });
         deadline.start(std::chrono::ceil<std::chrono::milliseconds>(options.deadline));
 
-        reply = manager->get(request);
-        reply->setReadBufferSize(readBufferSize);
-        QObject::connect(reply, &QNetworkReply::readyRead, &context, [this] { read(); });
-        QObject::connect(reply, &QNetworkReply::finished, &context, [this] { finish(); });
+        done.start();
+        socket.connectToHostEncrypted(url.host(), port);
     }
 
     QFuture<void> finished() const { return done.future(); }
 
-    /// Ends it at once. Not to be called from the exchange's own signals.
-    void cancel() {
-        fail("cancelled");
-        manager.reset(); // with the reply
-    }
+    /// Ends it at once.
+    void cancel() { fail("cancelled"); }
 
     /// To be asked once, when finished.
     HTTPResponse takeResponse() {
-        if (!failure.empty()) throw HTTPError(failure);
-        return std::move(response);
+        if (failure) throw HTTPError(*failure);
+        return answer.take();
     }
 
   private:
-    void read() {
-        const QByteArray bytes = reply->readAll();
-        response.body.append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
-        if (static_cast<std::int64_t>(response.body.size()) > bodyBound)
-            fail("the answer is too long");
+    void send() {
+        if (isSent || isOver) return;
+        isSent = true;
+        socket.write(request);
     }
 
-    void finish() {
+    void read() {
+        if (isOver) return;
+        try {
+            const QByteArray bytes = socket.readAll();
+            answer.add({bytes.constData(), static_cast<std::size_t>(bytes.size())});
+            if (answer.isWhole()) complete();
+        } catch (const HTTPError& error) {
+            fail(error.what());
+        }
+    }
+
+    void end() {
         read();
         if (isOver) return;
-        if (concernsTransport(reply->error())) return fail(reasonOf(*reply));
-        const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-        if (!status.isValid()) return fail("the answer is not HTTP");
-        response.status = status.toInt();
-        for (const auto& [name, value] : reply->rawHeaderPairs())
-            response.headers.emplace_back(name.toStdString(), value.toStdString());
-        complete();
+        try {
+            answer.end();
+            complete();
+        } catch (const HTTPError& error) {
+            fail(error.what());
+        }
+    }
+
+    void stop(QAbstractSocket::SocketError error) {
+        if (error == QAbstractSocket::RemoteHostClosedError && isSent) return end();
+        // Qt's text for this one quotes the server, and nothing that a server says belongs in ours.
+        fail(error == QAbstractSocket::ProxyAuthenticationRequiredError
+                 ? "the proxy asks for a login"
+                 : socket.errorString().toStdString());
     }
 
     void fail(std::string reason) {
         if (isOver) return;
         failure = std::move(reason);
-        response.body = {};
         complete();
     }
 
     void complete() {
         isOver = true;
         deadline.stop();
-        reply->disconnect(&context);
-        if (reply->isRunning()) reply->abort();
+        socket.disconnect(&context);
+        socket.abort();
         done.finish();
     }
 
-    std::int64_t bodyBound;
+    const QByteArray request;
+    HTTPAnswer answer;
     QPromise<void> done;
+    std::optional<std::string> failure;
+    bool isSent = false;
+    bool isOver = false;
     QObject context;
     QTimer deadline;
-    std::unique_ptr<QNetworkAccessManager> manager;
-    QNetworkReply* reply = nullptr;
-    HTTPResponse response{0};
-    std::string failure;
-    bool isOver = false;
+    QSslSocket socket;
 };
 
 URLSessionHTTPClient::URLSessionHTTPClient() : URLSessionHTTPClient(Options{}) {}
@@ -179,8 +168,8 @@ URLSessionHTTPClient::~URLSessionHTTPClient() {
 }
 
 QCoro::Task<HTTPResponse> URLSessionHTTPClient::send(HTTPRequest request) {
-    const QNetworkRequest outgoing = checkedRequest(request, options);
-    const auto exchange = std::make_shared<Exchange>(outgoing, options);
+    const QUrl url = checkedAddress(request, options);
+    const auto exchange = std::make_shared<Exchange>(url, wireForm(request, url), options);
     std::erase_if(exchanges, [](const auto& ended) { return ended.expired(); });
     exchanges.push_back(exchange);
 

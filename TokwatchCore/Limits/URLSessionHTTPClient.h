@@ -16,8 +16,9 @@
 
 namespace tokwatch {
 
-/// HTTPS with a session of its own for each exchange: no cookies, no cache, no stored credentials,
-/// and no connection that is kept. A redirect is an answer like any other and is not followed.
+/// HTTPS with a connection of its own for each exchange, on which one request goes out, with its
+/// own headers, "Host" and "Connection" alone: no cookies, no cache, no stored credentials, nothing
+/// about the user, and no second try. A redirect is an answer like any other and is not followed.
 /// Before anything is connected, all but https to an allowed host and the default port is refused.
 class URLSessionHTTPClient final : public HTTPClient {
   public:
