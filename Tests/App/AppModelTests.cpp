@@ -144,7 +144,7 @@ TEST_F(AppModelTest, RefreshesTheLimitsToo) {
 TEST_F(AppModelTest, AsksNobodyBeforeItsUserAgreed) {
     home.write(".claude/projects/readme", "");
     makeModel();
-    model->start(LimitsStart::whenAllowed);
+    model->start(Role::working, LimitsStart::whenAllowed);
     settle();
     model->refresh();
     model->retry(ProviderID::claude);
@@ -276,7 +276,8 @@ UsageEvent eventBefore(Date now, int days, const std::string& key) {
 
 TEST_F(AppModelTest, PrunesOnceADayAndKeepsNinetyDays) {
     const std::vector events{eventBefore(time.now(), 91, "old"),
-                             eventBefore(time.now(), 90, "kept")};
+                             eventBefore(time.now(), 90, "kept"),
+                             eventBefore(time.now(), 0, "newest")};
     store->ingest(events, Calendar::utc());
     const auto days = [this] {
         const QFuture<UsageSummary> summary = model->summaryOf(120);
@@ -284,7 +285,7 @@ TEST_F(AppModelTest, PrunesOnceADayAndKeepsNinetyDays) {
         return summary.result().perDay.size();
     };
     startUp();
-    EXPECT_EQ(days(), 1U);
+    EXPECT_EQ(days(), 2U);
     store->ingest(std::vector{eventBefore(time.now(), 95, "later")}, Calendar::utc());
     const auto passAfter = [this](double seconds) {
         time.jump(Seconds{seconds});
@@ -292,13 +293,58 @@ TEST_F(AppModelTest, PrunesOnceADayAndKeepsNinetyDays) {
         finishAllPasses();
     };
     passAfter(day - 3600);
-    EXPECT_EQ(days(), 2U);
-    passAfter(3600);
-    EXPECT_LT(days(), 2U);
+    EXPECT_EQ(days(), 3U);
+    passAfter(365 * day); // a clock that is wrong for an hour
+    time.jump(Seconds{-365 * day});
+    EXPECT_EQ(days(), 2U) << "ninety days before the last one with usage are kept";
+}
+
+TEST_F(AppModelTest, LeavesTheWorkToAnotherProcessAndTakesItBack) {
+    const auto isAnythingWritten = [this] { return SnapshotStore(data.path()).read().has_value(); };
+    store->setLimits(someLimits(time.now()), ProviderID::claude);
+    model->start(Role::showing);
+    settle();
+    EXPECT_EQ(model->limits().at(ProviderID::claude), someLimits(time.now())) << "as it is stored";
+    notifications.refresh();
+    notifications.resume();
+    model->popoverOpened();
+    preferences->claudeLiveLimits = false;
+    preferences->claudeLiveLimits = true;
+    advance(600);
+    EXPECT_EQ(indexer.passes, 0);
+    EXPECT_EQ(claude().attempts.size(), 0U);
+    EXPECT_EQ(watch.started, 0);
+    EXPECT_FALSE(preferences->lastPruneAt());
+    EXPECT_FALSE(isAnythingWritten());
+
+    ProviderLimits newer = someLimits(time.now());
+    store->setLimits(newer, ProviderID::claude);
+    store->ingest(std::vector{eventBefore(time.now(), 0, "another's")}, Calendar::utc());
+    model->storeChanged();
+    settle();
+    EXPECT_EQ(model->limits().at(ProviderID::claude), newer);
+    EXPECT_EQ(model->summary().tokens.output, 1);
+
+    model->setRole(Role::working);
+    settle();
+    finishAllPasses();
+    EXPECT_EQ(indexer.passes, 2);
+    EXPECT_EQ(claude().attempts.size(), 1U);
+    EXPECT_EQ(watch.started, 1);
+    EXPECT_TRUE(isAnythingWritten());
+
+    model->setRole(Role::showing);
+    EXPECT_EQ(watch.ended, 1);
+    claude().answer(ProviderStatus::ok);
+    advance(3600);
+    EXPECT_EQ(indexer.passes, 2);
+    EXPECT_EQ(claude().attempts.size(), 1U) << "what was under way ends, and nothing follows";
 }
 
 TEST_F(AppModelTest, TriesToPruneAgainWhenItFailed) {
-    store->ingest(std::vector{eventBefore(time.now(), 100, "old")}, Calendar::utc());
+    store->ingest(
+        std::vector{eventBefore(time.now(), 100, "old"), eventBefore(time.now(), 0, "new")},
+        Calendar::utc());
     sqlite::Connection other((data / "usage.sqlite").string());
     other.execute("CREATE TRIGGER no_delete BEFORE DELETE ON daily "
                   "BEGIN SELECT RAISE(ABORT, 'no'); END");

@@ -1,5 +1,6 @@
 #include "AppModel.h"
 
+#include "ISO8601.h"
 #include "LimitsService.h"
 #include "Preferences.h"
 #include "SystemLog.h"
@@ -30,6 +31,38 @@ void onMainThread(std::function<void()> call) {
 
 std::string what(const std::exception& error) {
     return error.what();
+}
+
+/// A row that cannot be read is one that is not there: the next fetch replaces it.
+LimitsByProvider storedLimits(UsageStore& store, const std::vector<ProviderID>& providers) {
+    LimitsByProvider found;
+    for (const ProviderID provider : providers) {
+        try {
+            if (std::optional<ProviderLimits> known = store.limits(provider))
+                found.emplace(provider, std::move(*known));
+        } catch (const std::exception&) {
+            continue;
+        }
+    }
+    return found;
+}
+
+/// A moment in the day of this key.
+std::optional<Date> momentOf(const std::string& key, const Calendar& calendar) {
+    const std::optional<Date> noon = parseISO8601(key + "T12:00:00Z"); // UTC's, not the zone's
+    if (!noon) return std::nullopt;
+    const std::string there = calendar.dayKey(*noon);
+    if (there == key) return noon;
+    return calendar.addingDays(*noon, there < key ? 1 : -1);
+}
+
+/// Where the days begin that are kept: so long before the present, or before the last day with
+/// usage where that is earlier. A clock that is a year ahead for an hour must not empty the store.
+Date pruneLimit(Date now, const std::optional<std::string>& newestDay, int keptDays,
+                const Calendar& calendar) {
+    const std::optional<Date> newest =
+        newestDay ? momentOf(*newestDay, calendar) : std::optional<Date>();
+    return calendar.addingDays(newest ? std::min(now, *newest) : now, -keptDays);
 }
 
 } // namespace
@@ -69,9 +102,11 @@ AppModel::AppModel(AppServices parts)
 
 AppModel::~AppModel() = default;
 
-void AppModel::start(LimitsStart limitsStart) {
+void AppModel::start(Role firstRole, LimitsStart limitsStart) {
     const QPointer<AppModel> self(this);
     updatePresent();
+    // At once, so that the first title is right; nobody else uses the store yet.
+    setLimits(storedLimits(*services.store, present()));
     publish();
     services.limitsService.onUpdate = [self](ProviderID provider, const ProviderLimits& limits) {
         if (self) self->apply(limits, provider);
@@ -82,10 +117,11 @@ void AppModel::start(LimitsStart limitsStart) {
         all.insert_or_assign(provider, times);
         self->attemptsState.setValue(std::move(all));
     };
-    if (limitsStart == LimitsStart::atOnce) allowLimits();
+    areLimitsAllowedState.setValue(limitsStart == LimitsStart::atOnce);
+    setRole(firstRole);
     observePreferences();
     services.notifications.onRefreshRequest([self] {
-        if (self) self->refresh();
+        if (self) self->refreshRequested();
     });
     services.notifications.onResume([self] {
         if (!self) return;
@@ -98,8 +134,51 @@ void AppModel::start(LimitsStart limitsStart) {
     services.notifications.onTimeZoneChange([self] {
         if (self && self->services.calendar() != self->calendar()) self->publish();
     });
-    runFirstPass();
     periodicLook = services.scheduler.every(watchInterval, [this] { lookAround(); });
+}
+
+// Roles
+
+void AppModel::setRole(Role role) {
+    if (role == ownRole) return;
+    ownRole = role;
+    if (role == Role::working)
+        beginWork();
+    else
+        endWork();
+}
+
+void AppModel::beginWork() {
+    if (areLimitsAllowed()) services.limitsService.start(present());
+    runFirstPass();
+}
+
+void AppModel::endWork() {
+    services.limitsService.stop();
+    watcher.reset();
+    watchedRoots.clear();
+}
+
+void AppModel::storeChanged() {
+    updatePresent();
+    showStoredLimits();
+}
+
+QCoro::Task<> AppModel::showStoredLimits() {
+    const QPointer<AppModel> self(this);
+    const QFuture<LimitsByProvider> reading = readStoredLimits(present());
+    const LimitsByProvider stored = co_await reading;
+    if (!self) co_return;
+    setLimits(stored);
+    publish();
+}
+
+void AppModel::refreshRequested() {
+    // Who works hears of it, too.
+    if (ownRole == Role::working)
+        refresh();
+    else
+        storeChanged();
 }
 
 // Publishing
@@ -115,9 +194,11 @@ QCoro::Task<> AppModel::publishWhileWanted() {
         const QFuture<std::optional<UsageSummary>> computing = computeSummary(readingDays, days);
         const std::optional<UsageSummary> computed = co_await computing;
         if (!self) co_return;
-        if (computed) calendarState.setValue(days);
-        if (computed) summaryState.setValue(*computed);
+        if (!computed) continue; // what was known stays to be seen, with its time
+        calendarState.setValue(days);
+        summaryState.setValue(*computed);
         lastUpdatedState.setValue(services.now());
+        if (ownRole == Role::showing) continue;
         const QFuture<void> writing = writeSnapshot();
         co_await writing;
         if (!self) co_return;
@@ -179,32 +260,44 @@ QFuture<void> AppModel::writeSnapshot() const {
 void AppModel::allowLimits() {
     if (areLimitsAllowed()) return;
     areLimitsAllowedState.setValue(true);
-    services.limitsService.start(present());
+    if (ownRole == Role::working) services.limitsService.start(present());
+}
+
+bool AppModel::asksForLimits() const {
+    return ownRole == Role::working && areLimitsAllowed();
 }
 
 void AppModel::apply(const ProviderLimits& newLimits, ProviderID provider) {
-    std::map<ProviderID, ProviderLimits> all = limits();
-    const auto known = all.find(provider);
-    if (known != all.end() && known->second == newLimits) return;
-    all.insert_or_assign(provider, newLimits);
-    limitsState.setValue(std::move(all));
+    const auto known = limits().find(provider);
+    if (known != limits().end() && known->second == newLimits) return;
+    setLimits({{provider, newLimits}});
     publish();
 }
 
-void AppModel::readCodexLimits() {
-    try {
-        const std::optional<ProviderLimits> stored = services.store->limits(ProviderID::codex);
-        if (!stored) return;
-        std::map<ProviderID, ProviderLimits> all = limits();
-        all.insert_or_assign(ProviderID::codex, *stored);
-        limitsState.setValue(std::move(all));
-    } catch (const std::exception&) {
-        // The last known limits stay; the next pass or fetch brings newer ones.
-    }
+void AppModel::setLimits(const LimitsByProvider& newer) {
+    LimitsByProvider all = limits();
+    for (const auto& [provider, limits] : newer)
+        all.insert_or_assign(provider, limits);
+    limitsState.setValue(std::move(all));
+}
+
+QFuture<LimitsByProvider> AppModel::readStoredLimits(std::vector<ProviderID> providers) const {
+    return inBackground([store = services.store, providers = std::move(providers)] {
+        return storedLimits(*store, providers);
+    });
+}
+
+QCoro::Task<> AppModel::readCodexLimits() {
+    const QPointer<AppModel> self(this);
+    const QFuture<LimitsByProvider> reading = readStoredLimits({ProviderID::codex});
+    const LimitsByProvider stored = co_await reading;
+    if (self) setLimits(stored);
 }
 
 void AppModel::popoverOpened() {
-    if (areLimitsAllowed())
+    if (ownRole == Role::showing)
+        storeChanged();
+    else if (asksForLimits())
         services.limitsService.refreshIfDue(present(), LimitsService::Wish::aLook);
 }
 
@@ -213,23 +306,26 @@ void AppModel::updatePresent() {
     std::erase_if(found, [this](ProviderID id) { return !services.locations.isPresent(id); });
     const std::vector<ProviderID> before = present();
     presentState.setValue(found);
-    if (!areLimitsAllowed()) return;
+    if (!asksForLimits()) return;
     std::erase_if(found, [&before](ProviderID id) { return std::ranges::count(before, id) > 0; });
     services.limitsService.start(found);
 }
 
 void AppModel::observePreferences() {
     const auto providersChanged = [this] {
-        if (areLimitsAllowed()) services.limitsService.reconsider();
+        reconsiderLimits();
         updatePresent();
         publish(); // the snapshot lists the providers in the user's order
     };
     Preferences& preferences = services.preferences;
     preferenceNotifiers.push_back(preferences.providerOrder.addNotifier(providersChanged));
     preferenceNotifiers.push_back(preferences.disabledProviders.addNotifier(providersChanged));
-    preferenceNotifiers.push_back(preferences.claudeLiveLimits.addNotifier([this] {
-        if (areLimitsAllowed()) services.limitsService.reconsider();
-    }));
+    preferenceNotifiers.push_back(
+        preferences.claudeLiveLimits.addNotifier([this] { reconsiderLimits(); }));
+}
+
+void AppModel::reconsiderLimits() {
+    if (asksForLimits()) services.limitsService.reconsider();
 }
 
 // Index passes
@@ -251,7 +347,8 @@ QCoro::Task<> AppModel::pass(IndexScope scope) {
     }
     relay->end();
     if (!self) co_return;
-    if (outcome.codexLimitsUpdated) readCodexLimits();
+    if (outcome.codexLimitsUpdated) co_await readCodexLimits();
+    if (!self) co_return;
     updatePresent();
     co_await pruneDaily();
     if (!self) co_return;
@@ -272,13 +369,14 @@ QCoro::Task<> AppModel::pruneDaily() {
     const Date now = services.now();
     const std::optional<Date> last = services.preferences.lastPruneAt();
     // A moment a day or more ahead was noted by a clock that has been set back since.
-    if (isPruning || (last && std::chrono::abs(now - *last) < pruneInterval)) co_return;
+    if (isPruning || ownRole == Role::showing ||
+        (last && std::chrono::abs(now - *last) < pruneInterval))
+        co_return;
     isPruning = true;
     const Calendar days = services.calendar();
-    const Date before = days.addingDays(now, -keptDays);
-    const QFuture<bool> pruning = inBackground([before, store = services.store, days] {
+    const QFuture<bool> pruning = inBackground([now, store = services.store, days] {
         try {
-            store->prune(before, days);
+            store->prune(pruneLimit(now, store->newestDay(), keptDays, days), days);
             return true;
         } catch (const std::exception& error) {
             systemLog("prune failed: " + what(error));
@@ -363,13 +461,14 @@ QCoro::Task<> AppModel::runFirstPass() {
     const QPointer<AppModel> self(this);
     const IndexScope all;
     co_await pass(all);
-    if (!self) co_return;
+    if (!self || ownRole == Role::showing) co_return;
     startWatching();
     // For what was written after its file had been read and before the watch began.
     requestPass(all);
 }
 
 void AppModel::requestPass(const IndexScope& scope) {
+    if (ownRole == Role::showing) return;
     if (scope)
         changedPaths.insert(scope->begin(), scope->end());
     else
@@ -393,9 +492,28 @@ QCoro::Task<> AppModel::passWhileWanted() {
 }
 
 void AppModel::lookAround() {
+    reattachStore();
+    if (ownRole == Role::showing) return storeChanged();
     if (watcher) startWatching();
     requestPass({});
-    if (areLimitsAllowed()) services.limitsService.refreshIfDue(present());
+    if (asksForLimits()) services.limitsService.refreshIfDue(present());
+}
+
+QCoro::Task<> AppModel::reattachStore() {
+    const QPointer<AppModel> self(this);
+    const QFuture<bool> reattaching = inBackground([store = services.store] {
+        try {
+            if (!store->reattach()) return false;
+            systemLog("the usage store has been opened anew");
+            return true;
+        } catch (const std::exception&) {
+            return false; // as before; there is a line on it in the log
+        }
+    });
+    const bool isAnother = co_await reattaching;
+    if (!self || !isAnother) co_return;
+    requestPass({});
+    storeChanged();
 }
 
 void AppModel::startWatching() {

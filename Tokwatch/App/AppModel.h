@@ -26,6 +26,10 @@ namespace tokwatch {
 /// that its user agreed: a question carries a login.
 enum class LimitsStart { atOnce, whenAllowed };
 
+/// What a process does among others over the same data: one works (reads logs, fetches limits,
+/// deletes old days, writes the snapshot), the others show what that one stores.
+enum class Role { working, showing };
+
 /// The state that every surface is drawn from, and the one who decides when logs are read, limits
 /// fetched, summaries computed and the snapshot written.
 ///
@@ -41,15 +45,20 @@ class AppModel : public QObject {
     explicit AppModel(AppServices services);
     ~AppModel() override;
 
-    /// Begins all background activity; called once.
-    void start(LimitsStart limits = LimitsStart::atOnce);
+    /// Shows what is stored, and begins all background activity that the role has; called once.
+    void start(Role role = Role::working, LimitsStart limits = LimitsStart::atOnce);
+    /// Begins to work, or leaves the work to another process. What is under way is finished.
+    void setRole(Role role);
+    Role role() const { return ownRole; }
+    /// Where another process works: it stored something, which is to be shown.
+    void storeChanged();
     /// Begins to ask for limits. Until then no login is read and no provider asked, whoever wants a
     /// refresh. Further calls do nothing.
     void allowLimits();
 
     /// Usage over the last `readingDays` days.
     const UsageSummary& summary() const { return summaryState.value(); }
-    const std::map<ProviderID, ProviderLimits>& limits() const { return limitsState.value(); }
+    const LimitsByProvider& limits() const { return limitsState.value(); }
     /// When each provider's service was asked and may be asked again; none for a provider that was
     /// never asked. `retry` and `refresh` ask nothing before a provider's `nextRetry`.
     const std::map<ProviderID, AttemptTimes>& attempts() const { return attemptsState.value(); }
@@ -67,7 +76,7 @@ class AppModel : public QObject {
     bool areLimitsAllowed() const { return areLimitsAllowedState.value(); }
 
     QBindable<UsageSummary> bindableSummary() const { return &summaryState; }
-    QBindable<std::map<ProviderID, ProviderLimits>> bindableLimits() const { return &limitsState; }
+    QBindable<LimitsByProvider> bindableLimits() const { return &limitsState; }
     QBindable<std::map<ProviderID, AttemptTimes>> bindableAttempts() const {
         return &attemptsState;
     }
@@ -111,18 +120,28 @@ class AppModel : public QObject {
     QCoro::Task<> publishWhileWanted();
     QCoro::Task<> passWhileWanted();
     QCoro::Task<> runFirstPass();
+    QCoro::Task<> reattachStore();
+    QCoro::Task<> showStoredLimits();
     QCoro::Task<> runRefresh();
     QCoro::Task<> runReread(ProviderID provider);
     /// One index pass and what follows from its outcome.
     QCoro::Task<> pass(IndexScope scope);
     QCoro::Task<> pruneDaily();
+    QCoro::Task<> readCodexLimits();
 
     template<typename Work>
     auto inBackground(Work work) const;
     QFuture<std::optional<UsageSummary>> computeSummary(std::int64_t days, Calendar calendar) const;
+    QFuture<LimitsByProvider> readStoredLimits(std::vector<ProviderID> providers) const;
     QFuture<void> writeSnapshot() const;
     void setIndexing(const std::optional<IndexingProgress>& progress);
-    void readCodexLimits();
+    void beginWork();
+    void endWork();
+    void setLimits(const LimitsByProvider& newer);
+    /// By itself, not only when the user wants it.
+    bool asksForLimits() const;
+    void reconsiderLimits();
+    void refreshRequested();
     void setRereading(ProviderID provider, bool isRereading);
     void beginRefresh();
     void endRefresh();
@@ -139,7 +158,7 @@ class AppModel : public QObject {
     AppServices services;
     QProperty<Calendar> calendarState;
     QProperty<UsageSummary> summaryState;
-    QProperty<std::map<ProviderID, ProviderLimits>> limitsState;
+    QProperty<LimitsByProvider> limitsState;
     QProperty<std::map<ProviderID, AttemptTimes>> attemptsState;
     QProperty<std::vector<ProviderID>> presentState;
     QProperty<std::optional<IndexingProgress>> indexingState;
@@ -153,6 +172,7 @@ class AppModel : public QObject {
     std::set<std::string> changedPaths; ///< for the next of those passes
     bool everythingMayHaveChanged = false;
     bool isPruning = false;
+    Role ownRole = Role::showing;
     std::int64_t refreshesInFlight = 0;
     std::vector<std::filesystem::path> watchedRoots;
     std::unique_ptr<FileWatch> watcher;

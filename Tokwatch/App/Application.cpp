@@ -40,6 +40,12 @@ std::unique_ptr<FileWatch> watchDirectories(std::vector<std::filesystem::path> r
     return std::make_unique<WatchedDirectories>(std::move(roots), std::move(onChange));
 }
 
+std::optional<std::filesystem::path> dataDirectory(const UserPaths& paths) {
+    const std::optional<std::filesystem::path> database = paths.database();
+    if (!database) return std::nullopt;
+    return database->parent_path();
+}
+
 } // namespace
 
 Surroundings Surroundings::real(UserPaths paths) {
@@ -52,28 +58,28 @@ std::shared_ptr<UsageStore> openStoreOrTemporary(const UserPaths& paths) {
     const auto complain = [](const std::string& reason) {
         systemLog("opening the usage store failed (" + reason + "); using a temporary one");
     };
+    const std::optional<std::filesystem::path> database = paths.database();
     try {
-        if (const std::optional<std::filesystem::path> database = paths.database())
-            return std::make_shared<UsageStore>(*database);
+        if (database) return std::make_shared<UsageStore>(*database);
         complain("there is no data directory");
     } catch (const UsageStoreError& error) {
         complain(error.what());
     }
     try {
-        return std::make_shared<UsageStore>(":memory:");
+        return UsageStore::temporary(database.value_or(":memory:"));
     } catch (const UsageStoreError& error) {
         fatal(std::string("opening a temporary usage store failed: ") + error.what());
     }
 }
 
-Application::Application(Surroundings world, Preferences& preferences,
+Application::Application(Surroundings world, WorkLease::Rank rank, Preferences& preferences,
                          SystemNotifications& notifications)
     : store(openStoreOrTemporary(world.paths)) {
-    background.setMaxThreadCount(backgroundThreads);
+    background.emplace(backgroundThreads);
     const ProviderLocations locations{world.paths.home};
     indexer.emplace(store, locations, world.calendar);
     const auto runInBackground = [this](std::function<void()> work) {
-        background.start(std::move(work));
+        background->run(std::move(work));
     };
     const auto results = std::make_shared<LimitsCache>(store, runInBackground);
     limitsService.emplace(makeLimitsProviders(results, std::move(world.credentials),
@@ -102,11 +108,14 @@ Application::Application(Surroundings world, Preferences& preferences,
         .calendar = world.calendar,
         .now = world.now,
     });
+    sharing.emplace(*appModel, scheduler, WorkLease(dataDirectory(world.paths), rank),
+                    world.paths.snapshotDirectory());
 }
 
 Application::~Application() {
+    sharing.reset();
     appModel.reset();
-    background.waitForDone();
+    background.reset();
 }
 
 } // namespace tokwatch

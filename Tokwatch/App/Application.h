@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AppModel.h"
+#include "BackgroundThreads.h"
 #include "Calendar.h"
 #include "CredentialSource.h"
 #include "Date.h"
@@ -8,8 +9,7 @@
 #include "LimitsService.h"
 #include "QtScheduler.h"
 #include "UserPaths.h"
-
-#include <QThreadPool>
+#include "WorkSharing.h"
 
 #include <memory>
 #include <optional>
@@ -32,30 +32,33 @@ struct Surroundings {
 };
 
 /// The usage store in the data directory. Where it cannot be opened the reason is logged, and a
-/// temporary one takes its place that is lost at the end; when not even that opens, the program
-/// stops.
+/// temporary one takes its place until it can; when not even that opens, the program stops.
 std::shared_ptr<UsageStore> openStoreOrTemporary(const UserPaths& paths);
 
 /// The application without its surfaces: the model and all that it works with, wired to the real
 /// files, timers and threads. Main thread only.
 class Application {
   public:
-    /// References outlive the application.
-    Application(Surroundings surroundings, Preferences& preferences,
+    /// References outlive the application. Throws std::system_error when a thread cannot be had.
+    Application(Surroundings surroundings, WorkLease::Rank rank, Preferences& preferences,
                 SystemNotifications& notifications);
     /// Waits for what is under way in the background.
     ~Application();
+
+    /// Begins to show what is stored, and to work unless another process over the same data does.
+    void start(LimitsStart limits = LimitsStart::atOnce) { sharing->start(limits); }
 
     AppModel& model() { return *appModel; }
     Scheduler& timers() { return scheduler; }
 
   private:
-    QThreadPool background;
     QtScheduler scheduler;
-    std::shared_ptr<UsageStore> store;
+    std::shared_ptr<UsageStore> store; ///< the only one of the process
     std::optional<IndexerService> indexer;
     std::optional<LimitsService> limitsService;
     std::optional<AppModel> appModel;
+    std::optional<WorkSharing> sharing;
+    std::optional<BackgroundThreads> background; ///< its work uses all of the above
 };
 
 } // namespace tokwatch

@@ -26,9 +26,6 @@ struct StatusTitle {
     friend bool operator==(const StatusTitle&, const StatusTitle&) = default;
 };
 
-/// The latest limits, as far as known.
-using LimitsByProvider = std::map<ProviderID, ProviderLimits>;
-
 /// The title by the user's settings. Reads what it depends on as observables, so that a tracked
 /// computation follows the settings.
 StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now);

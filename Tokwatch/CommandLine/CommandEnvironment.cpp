@@ -1,18 +1,48 @@
 #include "CommandEnvironment.h"
 
+#include "SystemLog.h"
+
 #include <system_error>
 
 namespace tokwatch {
+namespace {
 
-std::shared_ptr<UsageStore> CommandEnvironment::openStore() const {
+CommandError openFailure(const std::filesystem::path& database, const UsageStoreError& error) {
+    return CommandError("opening the usage store " + database.string() +
+                        " failed: " + error.what());
+}
+
+} // namespace
+
+std::filesystem::path CommandEnvironment::requireDatabase() const {
     const std::optional<std::filesystem::path> database = paths.database();
     if (!database)
         throw CommandError("there is no data directory: neither XDG_DATA_HOME nor HOME is set");
+    return *database;
+}
+
+std::shared_ptr<UsageStore> CommandEnvironment::openStore() const {
+    const std::filesystem::path database = requireDatabase();
     try {
-        return std::make_shared<UsageStore>(*database);
+        return std::make_shared<UsageStore>(database);
     } catch (const UsageStoreError& error) {
-        throw CommandError("opening the usage store " + database->string() +
-                           " failed: " + error.what());
+        throw openFailure(database, error);
+    }
+}
+
+std::shared_ptr<UsageStore> CommandEnvironment::openStoreForReading() const {
+    const std::filesystem::path database = requireDatabase();
+    try {
+        return std::make_shared<UsageStore>(database);
+    } catch (const UsageStoreError& reason) {
+        if (reason.isLocked()) throw openFailure(database, reason);
+        try {
+            std::shared_ptr<UsageStore> store = UsageStore::readOnly(database);
+            systemLog(std::string("the usage store can only be read: ") + reason.what());
+            return store;
+        } catch (const UsageStoreError&) {
+            throw openFailure(database, reason);
+        }
     }
 }
 

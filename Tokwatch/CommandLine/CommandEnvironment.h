@@ -37,8 +37,15 @@ struct CommandEnvironment {
     /// counted would be lost at its exit, so a store that cannot be opened is a CommandError.
     std::shared_ptr<UsageStore> openStore() const;
 
+    /// The same for a command that only reads: a store that is sound but cannot be written, on a
+    /// disk that is full or read-only, is shown as it is, with the reason in the log.
+    std::shared_ptr<UsageStore> openStoreForReading() const;
+
     /// CommandError when the home directory does not exist or is no directory.
     void requireHome() const;
+
+  private:
+    std::filesystem::path requireDatabase() const;
 };
 
 } // namespace tokwatch

@@ -5,12 +5,8 @@
 #include "EventLoop.h"
 #include "ObservingUpdater.h"
 #include "Preferences.h"
-#include "StoredLimits.h"
 #include "TerminationSignals.h"
-#include "WorkLease.h"
 
-#include <QFile>
-#include <QFileSystemWatcher>
 #include <QProperty>
 #include <QSettings>
 #include <QSocketNotifier>
@@ -74,12 +70,12 @@ class LineOutput {
     std::optional<QSocketNotifier> reader;
 };
 
-/// The application without its windows. Where another follower does the work, only what that one
-/// stores is shown, until it ends.
+/// The application without its windows.
 class Follower {
   public:
     Follower(const CommandEnvironment& e, StatusFormat format)
-        : environment(e), output(e.terminal), lease(directoryOf(e.paths.database())),
+        : environment(e), output(e.terminal),
+          application(surroundings(), WorkLease::Rank::follower, preferences, bus),
           title([this] { return report(); },
                 [this, format](const StatusReport& report) {
                     output.show(statusLine(report, format));
@@ -87,73 +83,24 @@ class Follower {
 
     int run() {
         preferences.followFile();
-        if (!takeOver()) {
-            bus.onRefreshRequest([this] { later = timers.after(Seconds(0), [this] { look(); }); });
-            // Whoever works replaces the snapshot after each change of the limits.
-            QObject::connect(&snapshots, &QFileSystemWatcher::directoryChanged, &snapshots,
-                             [this] { readStored(); });
-            readStored();
-        }
-        const auto ticking = timers.every(titlePeriod, [this] { look(); });
+        application.start();
+        const auto ticking =
+            application.timers().every(titlePeriod, [this] { ticks.setValue(ticks.value() + 1); });
         title.arm();
         return loop.run();
     }
 
   private:
-    static std::optional<std::filesystem::path>
-    directoryOf(const std::optional<std::filesystem::path>& file) {
-        if (!file) return std::nullopt;
-        return file->parent_path();
+    Surroundings surroundings() const {
+        Surroundings world = Surroundings::real(environment.paths);
+        world.calendar = environment.calendar;
+        world.now = environment.now;
+        return world;
     }
 
     StatusReport report() {
         ticks.value(); // time is read, too
-        const LimitsByProvider& limits =
-            application ? application->model().limits() : stored.value();
-        return statusReport(preferences, limits, environment.now());
-    }
-
-    void look() {
-        if (!application && !takeOver()) readStored();
-        ticks.setValue(ticks.value() + 1);
-    }
-
-    /// Begins to do the work; false when another follower does it.
-    bool takeOver() {
-        // The database's directory, which the lease lies in, is made with it.
-        std::shared_ptr<UsageStore> opened = storeIfAny();
-        if (!lease.take()) {
-            store = std::move(opened);
-            return false;
-        }
-        store.reset();
-        snapshots.removePaths(snapshots.directories());
-        Surroundings world = Surroundings::real(environment.paths);
-        world.calendar = environment.calendar;
-        world.now = environment.now;
-        application.emplace(std::move(world), preferences, bus);
-        application->model().start(); // shows what is stored, which makes the first line right
-        return true;
-    }
-
-    std::shared_ptr<UsageStore> storeIfAny() const {
-        if (store) return store;
-        try {
-            return environment.openStore();
-        } catch (const CommandError&) {
-            return nullptr; // who does the work has a line for it in the log
-        }
-    }
-
-    void readStored() {
-        if (const auto directory = environment.paths.snapshotDirectory();
-            directory && snapshots.directories().isEmpty())
-            snapshots.addPath(QFile::decodeName(directory->c_str()));
-        try {
-            if (store) stored.setValue(storedLimits(*store, allProviders));
-        } catch (const CommandError&) {
-            // What was known stays to be seen.
-        }
+        return statusReport(preferences, application.model().limits(), environment.now());
     }
 
     const CommandEnvironment& environment;
@@ -163,14 +110,8 @@ class Follower {
     std::unique_ptr<QSettings> settings = userSettings();
     Preferences preferences{*settings};
     DesktopBus bus{QDBusConnection::sessionBus(), QDBusConnection::systemBus()};
-    QtScheduler timers;
-    WorkLease lease;
-    QFileSystemWatcher snapshots;
-    std::shared_ptr<UsageStore> store;  ///< while another works
-    QProperty<LimitsByProvider> stored; ///< likewise
+    Application application;
     QProperty<int> ticks{0};
-    std::unique_ptr<ScheduledCall> later;
-    std::optional<Application> application; ///< none while another works
     ObservingUpdater<StatusReport> title;
 };
 

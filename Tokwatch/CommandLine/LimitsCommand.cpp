@@ -99,7 +99,7 @@ Json encodeAll(const LimitsByProvider& limits, const std::vector<ProviderID>& or
 
 int runLimits(const CommandEnvironment& environment, const LimitsOptions& options) {
     environment.requireHome();
-    const std::shared_ptr<UsageStore> store = environment.openStore();
+    const std::shared_ptr<UsageStore> store = environment.openStoreForReading();
     const std::unique_ptr<QSettings> settings = userSettings();
     Preferences preferences(*settings);
     const std::vector<ProviderID> shown = shownProviders(preferences, options.provider);

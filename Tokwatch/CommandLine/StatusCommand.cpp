@@ -14,7 +14,7 @@ int runStatus(const CommandEnvironment& environment, const StatusOptions& option
     const std::unique_ptr<QSettings> settings = userSettings();
     const Preferences preferences(*settings);
     const LimitsByProvider limits =
-        storedLimits(*environment.openStore(), preferences.enabledProviders());
+        storedLimits(*environment.openStoreForReading(), preferences.enabledProviders());
     environment.terminal.line(
         statusLine(statusReport(preferences, limits, environment.now()), options.format));
     return exitOk;

@@ -154,7 +154,8 @@ class SummaryPrinter {
 
 int runSummary(const CommandEnvironment& environment, const SummaryOptions& options) {
     environment.requireHome();
-    const std::shared_ptr<UsageStore> store = environment.openStore();
+    const std::shared_ptr<UsageStore> store =
+        options.skipIndex ? environment.openStoreForReading() : environment.openStore();
     if (!options.skipIndex) runIndexPass(environment, store);
     UsageSummary summary;
     try {

@@ -49,7 +49,7 @@ AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences
       settingsFile(std::move(preferencesFile)), now(surroundings.now),
       loginItem(kivo::LoginItem::userDirectory(), loginProgram()), scheduler(timers),
       appearance(desktopBus.sessionBus()), theme(appearance.current()), runtime(theme) {
-    application.emplace(std::move(surroundings), preferences, bus);
+    application.emplace(std::move(surroundings), WorkLease::Rank::desktop, preferences, bus);
     viewClock.emplace(now);
     connect(&appearance, &kivo::DesktopAppearance::changed, this, [this] {
         theme.setAppearance(appearance.current());
@@ -67,7 +67,7 @@ void AppDelegate::launch() {
     if (!preferences.hasCompletedOnboarding) onboarding->open();
 
     AppModel& model = application->model();
-    model.start(preferences.hasCompletedOnboarding ? LimitsStart::atOnce
+    application->start(preferences.hasCompletedOnboarding ? LimitsStart::atOnce
                                                    : LimitsStart::whenAllowed);
     onboardingNotifier =
         preferences.hasCompletedOnboarding.addNotifier([this] { followOnboarding(); });

@@ -77,6 +77,7 @@ int main(int argc, char** argv) {
     // The end of a session comes as a signal: the item leaves the panel, the settings are written.
     const tokwatch::TerminationSignals termination([] { QGuiApplication::quit(); });
     const int status = QGuiApplication::exec();
+    tokwatch::TerminationSignals::boundTheEnd();
     delegate.reset();
     return status;
 }

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <system_error>
 
 namespace tokwatch {
@@ -17,9 +18,14 @@ constexpr std::array handled{SIGINT, SIGTERM, SIGHUP};
 volatile std::sig_atomic_t signalArrived = 0;
 volatile std::sig_atomic_t wakeup = -1; ///< an eventfd
 
+void onPatienceEnded(int) {
+    ::_exit(EXIT_FAILURE);
+}
+
 void onTerminationSignal(int) {
     const int before = errno;
     signalArrived = 1;
+    TerminationSignals::boundTheEnd();
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = ::write(wakeup, &one, sizeof one);
     errno = before;
@@ -58,6 +64,14 @@ TerminationSignals::~TerminationSignals() {
     notifier.reset();
     ::close(wakeup);
     wakeup = -1;
+}
+
+void TerminationSignals::boundTheEnd() {
+    // Only what a signal handler may call.
+    struct sigaction action {};
+    action.sa_handler = onPatienceEnded;
+    ::sigaction(SIGALRM, &action, nullptr);
+    ::alarm(static_cast<unsigned>(patience.count()));
 }
 
 bool TerminationSignals::arrived() {

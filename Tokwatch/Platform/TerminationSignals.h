@@ -2,6 +2,7 @@
 
 #include <QSocketNotifier>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -9,13 +10,19 @@ namespace tokwatch {
 
 /// Turns SIGINT, SIGTERM and SIGHUP into a call from the event loop, for as long as this lives; one
 /// at a time. A second signal of the kind ends the process as it always would, for those who will
-/// not wait.
+/// not wait; and whatever the end waits for, it takes `patience` at most.
 class TerminationSignals {
   public:
+    static constexpr std::chrono::seconds patience{10};
+
     explicit TerminationSignals(std::function<void()> onSignal);
     ~TerminationSignals();
     TerminationSignals(const TerminationSignals&) = delete;
     TerminationSignals& operator=(const TerminationSignals&) = delete;
+
+    /// From now on the process ends within `patience`, with status 1 where it has not ended by
+    /// itself: a thread that hangs in a system call must not keep it for ever.
+    static void boundTheEnd();
 
     /// A signal has come, whether or not the call has.
     static bool arrived();

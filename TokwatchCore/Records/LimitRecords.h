@@ -1,8 +1,10 @@
 #pragma once
 
 #include "Date.h"
+#include "ProviderID.h"
 
 #include <array>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -92,6 +94,9 @@ struct ProviderLimits {
 
     friend bool operator==(const ProviderLimits&, const ProviderLimits&) = default;
 };
+
+/// The latest limits, as far as known.
+using LimitsByProvider = std::map<ProviderID, ProviderLimits>;
 
 /// The plan name as shown: first letter upper-cased, the rest as given; absent for an empty name.
 std::optional<std::string> planName(std::string_view raw);

@@ -17,6 +17,10 @@ constexpr std::size_t largestSnapshot = 1'048'576;
 
 } // namespace
 
+std::filesystem::path SnapshotStore::fileIn(const std::filesystem::path& directory) {
+    return directory / fileName;
+}
+
 SnapshotStore::NoContainer::NoContainer() : std::runtime_error("noContainer") {}
 
 SnapshotStore::SnapshotStore(std::optional<std::filesystem::path> sharedDirectory)
@@ -26,12 +30,12 @@ void SnapshotStore::write(const Snapshot& snapshot) const {
     if (!directory) throw NoContainer();
     const std::string text = jsonText(encode(snapshot, DateCoding::iso8601));
     makePrivateDirectory(*directory);
-    replacePrivately(*directory / fileName, text);
+    replacePrivately(fileIn(*directory), text);
 }
 
 std::optional<Snapshot> SnapshotStore::read() const {
     if (!directory) return std::nullopt;
-    const std::optional<std::string> text = readWholeFile(*directory / fileName, largestSnapshot);
+    const std::optional<std::string> text = readWholeFile(fileIn(*directory), largestSnapshot);
     if (!text) return std::nullopt;
     try {
         return decodeSnapshot(parseJson(*text), DateCoding::iso8601);

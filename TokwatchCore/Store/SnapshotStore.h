@@ -15,6 +15,8 @@ class SnapshotStore {
     /// The shared directory's name; it stands in the data home.
     static constexpr const char* appGroup = "Q7K2M9X4PL.app.tokwatch";
 
+    static std::filesystem::path fileIn(const std::filesystem::path& directory);
+
     /// There is no shared directory, hence no widget either.
     class NoContainer : public std::runtime_error {
       public:

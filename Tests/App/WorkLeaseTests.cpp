@@ -1,0 +1,48 @@
+#include "TemporaryDirectory.h"
+#include "WorkLease.h"
+
+#include <gtest/gtest.h>
+
+namespace tokwatch {
+namespace {
+
+using testing::TemporaryDirectory;
+
+TEST(WorkLease, IsHeldByOneAtATimeAndByADesktopBeforeFollowers) {
+    const TemporaryDirectory data;
+    using Rank = WorkLease::Rank;
+    std::optional<WorkLease> first(std::in_place, data.path(), Rank::follower);
+    WorkLease second(data.path(), Rank::follower);
+    EXPECT_TRUE(first->renew());
+    EXPECT_FALSE(second.renew());
+    {
+        WorkLease desktop(data.path(), Rank::desktop);
+        EXPECT_FALSE(desktop.renew()) << "it has said that it is here, and waits for the lease";
+        EXPECT_FALSE(second.renew());
+        EXPECT_FALSE(first->renew()) << "a follower makes room";
+        EXPECT_TRUE(desktop.renew());
+        WorkLease another(data.path(), Rank::desktop);
+        EXPECT_FALSE(another.renew());
+    }
+    EXPECT_TRUE(first->renew());
+    first.reset();
+    EXPECT_TRUE(second.renew());
+
+    std::filesystem::remove(data / "work.lock");
+    WorkLease later(data.path(), Rank::follower);
+    EXPECT_TRUE(later.renew());
+    EXPECT_FALSE(second.renew()) << "the lease is on the file that is there";
+}
+
+TEST(WorkLease, IsForEverybodyWhereItCannotBeHad) {
+    const TemporaryDirectory data;
+    for (const std::optional<std::filesystem::path>& directory :
+         {std::optional<std::filesystem::path>(), std::optional(data / "missing")}) {
+        WorkLease first(directory, WorkLease::Rank::follower);
+        WorkLease second(directory, WorkLease::Rank::follower);
+        EXPECT_TRUE(first.renew() && second.renew());
+    }
+}
+
+} // namespace
+} // namespace tokwatch
