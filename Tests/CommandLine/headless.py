@@ -253,7 +253,17 @@ def show_contacts(world, network):
     follower = world.follow(trace="trace-on")
     wait_for("both services are called", lambda: len(network.greeted) >= 2)
     stop(follower)
+    wait_for("both questions are heard", lambda: len(network.requests) == 2)
+    stop(world.follow())
     check("limits --refresh has nothing to show", world.run("limits", "--refresh", "--json") == 1)
+    check("a restart and a command ask nobody again", len(network.requests) == 2, network.requests)
+    os.remove(world.path("home/.local/share/Tokwatch/attempts.json"))
+    commands = [world.spawn("limits", "--refresh") for _ in range(8)]
+    check("of commands started at once each ends", {command.wait(DEADLINE) for command in commands} == {1})
+    check("and together they ask each service once", len(network.requests) == 4, network.requests)
+    headers = {line.split(":")[0] for request in network.requests for line in request.split("\r\n")[1:] if line}
+    check("nothing else is said to them", headers == {
+        "Host", "Authorization", "anthropic-beta", "ChatGPT-Account-Id", "User-Agent", "Connection"}, headers)
     check("only the two services are looked up", network.names == HOSTS, network.names)
     check("only they are called", network.greeted == {host.encode() for host in HOSTS}, network.greeted)
     check("all else is on this machine's own network",
