@@ -162,22 +162,6 @@ TEST(LimitsOverHTTPS, HaveTheStatusOfWhatTheServiceDoes) {
     EXPECT_THAT(qtLog.text, Not(HasSubstr("token-of")));
 }
 
-TEST(LimitsOverHTTPS, AreUnreachableWhereTheServiceIsNotItself) {
-    const testing::TestCertificates& certificates = testing::certificates();
-    for (const testing::Identity& identity :
-         {certificates.stranger, certificates.expired, certificates.otherName}) {
-        World world(identity);
-        for (const Service& service : services)
-            EXPECT_EQ(world.fetch(service).status, unreachable);
-        EXPECT_EQ(world.server.connections, 2);
-        EXPECT_THAT(world.server.requests, IsEmpty());
-    }
-    World refused;
-    refused.server.close();
-    for (const Service& service : services)
-        EXPECT_EQ(refused.fetch(service).status, unreachable);
-}
-
 TEST(LimitsOverHTTPS, LeaveNothingBehind) {
     World world;
     const std::vector<Case> all = cases();

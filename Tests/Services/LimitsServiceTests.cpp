@@ -66,18 +66,6 @@ class LimitsServiceTest : public ::testing::Test {
     std::vector<ProviderLimits> updates;
 };
 
-TEST_F(LimitsServiceTest, FetchesEvery300SecondsWhileAllIsWell) {
-    refresh();
-    for (int round = 1; round <= 3; ++round) {
-        answer(someLimits(time.now()));
-        pass(299.9);
-        EXPECT_EQ(attempts(), round);
-        pass(0.1);
-        EXPECT_EQ(attempts(), round + 1);
-    }
-    EXPECT_EQ(store->limits(ProviderID::claude), updates.back());
-}
-
 TEST_F(LimitsServiceTest, BacksOffFromAServiceThatFailsUntilItAnswers) {
     refresh();
     for (const double delay : {600, 1200, 1800, 1800}) {
@@ -109,23 +97,15 @@ TEST_F(LimitsServiceTest, HonoursAUsersRetryAfterThirtySeconds) {
     EXPECT_TRUE(told.isUnderWay);
 }
 
-TEST_F(LimitsServiceTest, KeepsTheSpacingAfterASuccessEvenForTheUser) {
-    refresh(true);
-    answer(someLimits(time.now()));
-    pass(299);
-    refresh(true);
-    EXPECT_EQ(attempts(), 1);
-    pass(1);
-    EXPECT_EQ(attempts(), 2);
-}
-
 TEST_F(LimitsServiceTest, SpacesByTheLastStatus) {
     struct Case {
         ProviderStatus status;
         bool force;
         double spacing;
     };
-    for (const Case& c : {Case{ProviderStatus::signInNeeded, false, 300},
+    for (const Case& c : {Case{ProviderStatus::ok, false, 300},
+                          {ProviderStatus::ok, true, 300},
+                          {ProviderStatus::signInNeeded, false, 300},
                           {ProviderStatus::signInNeeded, true, 30},
                           {ProviderStatus::unavailable, false, 300},
                           {ProviderStatus::accessDenied, true, 30},

@@ -14,26 +14,6 @@ std::optional<Date> ago(std::optional<double> seconds) {
     return noon - Seconds{*seconds};
 }
 
-TEST(RefreshPolicy, DoublesTheDelayOnlyAfterFailuresThatPass) {
-    struct Case {
-        ProviderStatus status;
-        double current;
-        double next;
-    };
-    for (const Case& c : {Case{ProviderStatus::unreachable, 300, 600},
-                          {ProviderStatus::unreachable, 600, 1200},
-                          {ProviderStatus::unreachable, 1200, 1800},
-                          {ProviderStatus::unreachable, 1800, 1800},
-                          {ProviderStatus::rateLimited, 300, 600},
-                          {ProviderStatus::rateLimited, 100, 300},
-                          {ProviderStatus::ok, 1800, 300},
-                          {ProviderStatus::signInNeeded, 1800, 300},
-                          {ProviderStatus::accessDenied, 600, 300},
-                          {ProviderStatus::unavailable, 600, 300}})
-        EXPECT_EQ(RefreshPolicy::nextDelay(c.status, Seconds{c.current}).count(), c.next)
-            << rawValue(c.status) << " after " << c.current;
-}
-
 TEST(RefreshPolicy, FetchesOfItsOwnAccordWhenBothSpacingsHavePassed) {
     struct Case {
         std::optional<double> attemptAgo;

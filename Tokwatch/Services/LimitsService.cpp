@@ -221,7 +221,7 @@ QCoro::Task<> LimitsService::wished(ProviderID id, Wish wish) {
         co_await closeGate(id);
         co_return;
     }
-    if (wish == Wish::ownAccord && isWaitingForNetwork()) {
+    if (wish == Wish::ownAccord && (isStopped || isWaitingForNetwork())) {
         states[id]; // so that it is looked at when the network is back
         co_return;
     }

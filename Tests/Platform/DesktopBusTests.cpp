@@ -1,0 +1,48 @@
+#include "DesktopBus.h"
+
+#include "EventLoop.h"
+#include "PrivateBus.h"
+
+#include <QDBusMessage>
+
+#include <gtest/gtest.h>
+
+namespace tokwatch {
+namespace {
+
+TEST(DesktopBus, HearsOfTheEndOfSleepAndOfTheNetwork) {
+    testing::needEventLoop();
+    testing::PrivateBus bus;
+    DesktopBus desktop(bus.connect("session"), bus.connect("system"));
+    int resumes = 0;
+    int returns = 0;
+    desktop.onResume([&] { ++resumes; });
+    desktop.onNetworkBack([&] { ++returns; });
+
+    QDBusConnection other = bus.connect("other");
+    const auto say = [&](const QString& name, const QString& path, const QString& interface,
+                         const QString& member, const QVariantList& arguments) {
+        other.registerService(name);
+        QDBusMessage signal = QDBusMessage::createSignal(path, interface, member);
+        signal.setArguments(arguments);
+        other.send(signal);
+    };
+    const QString login = "org.freedesktop.login1";
+    const QString manager = "org.freedesktop.NetworkManager";
+    const QString networkd = "org.freedesktop.network1";
+    for (const bool begins : {true, false})
+        say(login, "/org/freedesktop/login1", login + ".Manager", "PrepareForSleep", {begins});
+    for (const uint state : {20u, 40u, 60u, 70u})
+        say(manager, "/org/freedesktop/NetworkManager", manager, "StateChanged", {state});
+    for (const char* state : {"degraded", "routable"})
+        say(networkd, "/org/freedesktop/network1", "org.freedesktop.DBus.Properties",
+            "PropertiesChanged",
+            {networkd + ".Manager", QVariantMap{{"OperationalState", state}}, QStringList()});
+    for (int turn = 0; turn < 1'000'000 && (returns < 2 || resumes < 1); ++turn)
+        testing::settle();
+    EXPECT_EQ(resumes, 1);
+    EXPECT_EQ(returns, 2);
+}
+
+} // namespace
+} // namespace tokwatch
