@@ -11,7 +11,10 @@ inline void needEventLoop() {
     static int argc = 1;
     static char name[] = "test";
     static char* argv[] = {name, nullptr};
-    static QCoreApplication application(argc, argv);
+    // Never destroyed: at the process's end Qt's own statics, which it tells of its going, are
+    // gone.
+    static const auto* const application = new QCoreApplication(argc, argv);
+    static_cast<void>(application);
 }
 
 /// Delivers all events that wait, and those that they bring about.
