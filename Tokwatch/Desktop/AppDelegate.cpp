@@ -68,7 +68,7 @@ void AppDelegate::launch() {
 
     AppModel& model = application->model();
     application->start(preferences.hasCompletedOnboarding ? LimitsStart::atOnce
-                                                   : LimitsStart::whenAllowed);
+                                                          : LimitsStart::whenAllowed);
     onboardingNotifier =
         preferences.hasCompletedOnboarding.addNotifier([this] { followOnboarding(); });
     model.onOpenRequest = [this] { popover->open(lastAnchor()); };
