@@ -28,9 +28,9 @@ TEST(GrokUsageParser, SkipsTurnsWithoutNumberOrEnd) {
         R"({"turnNumber":2.5,"endedAt":"2026-03-10T12:00:00Z","modelUsage":{"m":{}}},)"
         R"({"turnNumber":"3","endedAt":"2026-03-10T12:00:00Z","modelUsage":{"m":{}}},)"
         R"({"turnNumber":4,"endedAt":"2026-03-10T12:00:00Z","modelUsage":{"m":[]}},)"
-        R"({"turnNumber":5,"endedAt":"2026-03-10T12:00:00Z","modelUsage":{"m":{}}}]})");
+        R"({"turnNumber":9007199254740993.0,"endedAt":"2026-03-10T12:00:00Z","modelUsage":{"m":{}}}]})");
     ASSERT_EQ(events.size(), 1U);
-    EXPECT_EQ(events[0].dedupKey, "s#5#m");
+    EXPECT_EQ(events[0].dedupKey, "s#9007199254740993#m");
 }
 
 TEST(GrokUsageParser, ReadsNothingFromAnotherDocument) {

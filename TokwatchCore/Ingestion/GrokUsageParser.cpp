@@ -5,7 +5,6 @@
 #include "JSONLine.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace tokwatch {
 namespace {
@@ -52,23 +51,11 @@ bool readModelUsage(std::string_view model, JSONValue value, std::vector<ModelUs
     return valid;
 }
 
-/// A turn's number is an integer, also when written as 12.0.
-std::optional<std::int64_t> wholeNumber(std::optional<double> number) {
-    if (!number || std::trunc(*number) != *number || std::abs(*number) >= 9223372036854775808.0)
-        return std::nullopt;
-    return static_cast<std::int64_t>(*number);
-}
-
 bool readTurn(JSONValue value, std::vector<Turn>& turns) {
     Turn turn;
     bool isObject = false;
     const bool valid = readObject(value, isObject, [&turn](std::string_view key, JSONValue field) {
-        if (key == "turnNumber") {
-            std::optional<double> number;
-            const bool ok = readDouble(field, number);
-            turn.number = wholeNumber(number);
-            return ok;
-        }
+        if (key == "turnNumber") return readWholeNumber(field, turn.number);
         if (key == "endedAt") {
             std::optional<std::string_view> text;
             const bool ok = readString(field, text);

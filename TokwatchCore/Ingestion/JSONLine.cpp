@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
+#include <limits>
+#include <string>
 
 namespace tokwatch {
 namespace {
@@ -120,6 +121,60 @@ std::string_view numberToken(JSONValue& value, bool& valid) {
     return valid ? text : std::string_view();
 }
 
+struct Whole {
+    std::int64_t number = 0; ///< the fraction cut off
+    bool hasFraction = false;
+};
+
+/// By how many places an exponent moves the point. Beyond 64 bits it is as good as without end.
+std::int64_t placesOf(std::string_view exponent) {
+    if (exponent.empty()) return 0;
+    if (exponent.front() == '+') exponent.remove_prefix(1);
+    std::int64_t places = 0;
+    const auto read = std::from_chars(exponent.data(), exponent.data() + exponent.size(), places);
+    constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max() / 2;
+    if (read.ec != std::errc()) return exponent.front() == '-' ? -endless : endless;
+    return std::clamp(places, -endless, endless);
+}
+
+/// A number written with a fraction or an exponent, digit by digit: a double would round beyond
+/// 2^53.
+std::optional<Whole> parseDecimal(std::string_view text) {
+    const bool isNegative = text.starts_with('-');
+    if (isNegative) text.remove_prefix(1);
+    const std::size_t mantissaEnd = std::min(text.find_first_of("eE"), text.size());
+    const std::string_view mantissa = text.substr(0, mantissaEnd);
+    std::string digits(mantissa);
+    std::erase(digits, '.');
+    const std::size_t zeros = std::min(digits.find_first_not_of('0'), digits.size());
+    digits.erase(0, zeros);
+    if (digits.empty()) return Whole{};
+
+    const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
+    const std::int64_t before = // how many digits stand before the point once it has moved
+        static_cast<std::int64_t>(point) - static_cast<std::int64_t>(zeros) +
+        placesOf(text.substr(std::min(mantissaEnd + 1, text.size())));
+    constexpr std::int64_t mostDigits = std::numeric_limits<std::int64_t>::digits10 + 1;
+    if (before <= 0) return Whole{0, true};
+    if (before > mostDigits) return std::nullopt;
+    const auto kept = static_cast<std::size_t>(before);
+    Whole whole;
+    whole.hasFraction =
+        kept < digits.size() && digits.find_first_not_of('0', kept) != std::string::npos;
+    digits.resize(kept, '0');
+    if (isNegative) digits.insert(digits.begin(), '-');
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), whole.number);
+    return read.ec == std::errc() ? std::optional(whole) : std::nullopt;
+}
+
+/// A valid number without its fraction; none when that exceeds 64 bits.
+std::optional<Whole> parseWhole(std::string_view text) {
+    Whole whole;
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, whole.number);
+    return read.ec == std::errc() && read.ptr == end ? whole : parseDecimal(text);
+}
+
 std::optional<double> parseDouble(std::string_view text) {
     double number = 0;
     if (std::from_chars(text.data(), text.data() + text.size(), number).ec != std::errc())
@@ -153,16 +208,16 @@ bool readInteger(JSONValue value, std::int64_t& number) {
     bool valid = false;
     const std::string_view text = numberToken(value, valid);
     if (text.empty()) return valid;
-    std::int64_t whole = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), whole);
-    if (error == std::errc() && end == text.data() + text.size()) {
-        number = whole;
-    } else if (error == std::errc()) {
-        // A fraction or an exponent. The bound is 2^63, the first double beyond the range.
-        const std::optional<double> real = parseDouble(text);
-        if (real && std::abs(*real) < 9223372036854775808.0)
-            number = static_cast<std::int64_t>(*real);
-    }
+    if (const std::optional<Whole> whole = parseWhole(text)) number = whole->number;
+    return true;
+}
+
+bool readWholeNumber(JSONValue value, std::optional<std::int64_t>& number) {
+    bool valid = false;
+    const std::string_view text = numberToken(value, valid);
+    if (text.empty()) return valid;
+    const std::optional<Whole> whole = parseWhole(text);
+    if (whole && !whole->hasFraction) number = whole->number;
     return true;
 }
 
@@ -181,6 +236,13 @@ bool readBool(JSONValue value, bool& flag) {
     const std::string_view text = token(value);
     flag = text == "true";
     return isValidScalar(text);
+}
+
+bool readNull(JSONValue value, bool& isNull) {
+    json_type type{};
+    if (value.type().get(type) != SUCCESS) return false;
+    isNull = type == json_type::null;
+    return skip(value);
 }
 
 bool readKey(simdjson::ondemand::field& field, std::string_view& key) {

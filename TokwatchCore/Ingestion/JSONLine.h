@@ -22,10 +22,14 @@ bool skip(JSONValue value);
 bool readString(JSONValue value, std::optional<std::string_view>& text);
 
 /// The value when it is a number that fits 64 bits, a fraction cut off; all else leaves `number`
-/// untouched. False when it is not valid JSON.
+/// untouched. Exact however the number is written. False when it is not valid JSON.
 bool readInteger(JSONValue value, std::int64_t& number);
+/// As `readInteger`, but a number with a fraction leaves `number` untouched, too.
+bool readWholeNumber(JSONValue value, std::optional<std::int64_t>& number);
 bool readDouble(JSONValue value, std::optional<double>& number);
 bool readBool(JSONValue value, bool& flag);
+/// Whether the value is null.
+bool readNull(JSONValue value, bool& isNull);
 
 /// The key of a field, unescaped; an unpaired surrogate makes it a key that matches nothing.
 /// False when it is not valid JSON.
