@@ -117,14 +117,17 @@ TEST_F(AppModelTest, HandsTheLimitsServicesResultsOn) {
 TEST_F(AppModelTest, RefreshesUntilTheLastOfOverlappingRefreshesEnds) {
     startUp();
     claude().answer(ProviderStatus::ok);
+    const int before = indexer.passes;
     notifications.refresh();
     EXPECT_TRUE(model->isRefreshing());
-    model->refresh();
+    for (int i = 0; i < 1000; ++i)
+        model->refresh();
     settle();
     finishPass();
     EXPECT_TRUE(model->isRefreshing());
     finishPass();
     EXPECT_FALSE(model->isRefreshing());
+    EXPECT_EQ(indexer.passes, before + 2);
 }
 
 TEST_F(AppModelTest, RefreshesTheLimitsToo) {
@@ -422,6 +425,32 @@ TEST_F(AppModelTest, PublishesAnewWhereTheTimeZoneIsAnother) {
     change({"/x/a.jsonl"});
     finishPass();
     EXPECT_EQ(model->calendar(), calendar) << "no signal, but another pass";
+}
+
+TEST_F(AppModelTest, LooksAgainWhenUnfinishedFilesAreDue) {
+    startUp();
+    change({"/x/a.jsonl"});
+    const Date begin = time.now();
+    finishPass(
+        {0, false, {{"/x/a.jsonl", begin + Seconds{20}}, {"/x/b.jsonl", begin + Seconds{40}}}});
+    advance(19.9);
+    EXPECT_EQ(indexer.waiting(), 0U);
+    advance(0.1);
+    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre("/x/a.jsonl", "/x/b.jsonl")));
+    finishPass({1, false, {{"/x/b.jsonl", begin + Seconds{40}}}});
+    advance(20);
+    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre("/x/b.jsonl")));
+    // The store itself fails: everything is looked at again, without waiting for an event.
+    const testing::CapturedLog log;
+    indexer.fail("the cursors cannot be read");
+    settle();
+    EXPECT_THAT(log.lines(), ElementsAre("Tokwatch: indexing failed: the cursors cannot be read"));
+    advance(15);
+    EXPECT_EQ(indexer.lastScope, std::nullopt);
+    const int passes = indexer.passes;
+    finishPass();
+    advance(200);
+    EXPECT_EQ(indexer.passes, passes);
 }
 
 TEST_F(AppModelTest, MayEndWhileEverythingIsUnderWay) {

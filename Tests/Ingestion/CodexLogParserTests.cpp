@@ -19,12 +19,12 @@ std::string tokenCount(const std::string& rateLimits) {
 }
 
 UsageEvent usageOf(CodexLogParser& parser, const std::string& text) {
-    return std::get<UsageEvent>(parser.parse(text).value());
+    return std::get<UsageEvent>(parser.parse(text).value().value);
 }
 
 ProviderLimits limitsOf(const std::string& text) {
     CodexLogParser parser;
-    return std::get<ProviderLimits>(parser.parse(text).value());
+    return std::get<ProviderLimits>(parser.parse(text).value().value);
 }
 
 TEST(CodexLogParser, CarriesSessionAndModelFromLineToLine) {
@@ -92,9 +92,10 @@ TEST(CodexLogParser, ReadsLimitsAsOfTheirLine) {
     EXPECT_TRUE(
         limitsOf(tokenCount(R"({"primary":{"used_percent":1},"credits":{"unlimited":true}})"))
             .credits->unlimited);
-    EXPECT_FALSE(
-        limitsOf(tokenCount(R"({"primary":{"used_percent":1},"plan_type":"","credits":null})"))
-            .plan);
+    const ProviderLimits bare = limitsOf(tokenCount(
+        R"({"limit_id":"codex","primary":{"used_percent":1},"plan_type":"","credits":{"has_credits":false,"balance":0}})"));
+    EXPECT_FALSE(bare.plan);
+    EXPECT_FALSE(bare.credits) << "nobody who has none wants to read $0.00";
 }
 
 TEST(CodexLogParser, SkipsEverythingElse) {
@@ -103,6 +104,7 @@ TEST(CodexLogParser, SkipsEverythingElse) {
         const std::string& text :
         {tokenCount(R"({"credits":{"unlimited":true}})"),
          tokenCount(R"({"primary":{"used_percent":"5"}})"), tokenCount("null"),
+         tokenCount(R"({"limit_id":"codex_other","primary":{"used_percent":5}})"),
          line("event_msg",
               R"({"type":"agent_message","rate_limits":{"primary":{"used_percent":1}}})"),
          line("response_item", R"({"response_id":"r","usage":{}})"),

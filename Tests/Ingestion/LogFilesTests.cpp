@@ -15,7 +15,7 @@ using testing::TemporaryDirectory;
 std::vector<std::string> namesUnder(const std::filesystem::path& root,
                                     ProviderID provider = ProviderID::claude) {
     std::vector<std::string> names;
-    for (const LogFile& file : findLogFiles(provider, root))
+    for (const LogFile& file : findLogFiles(provider, root).files)
         names.push_back(file.path.substr(root.string().size() + 1));
     return names;
 }
@@ -33,7 +33,7 @@ TEST(LogFiles, AreRegularVisibleFilesOfTheRightNameInPathOrder) {
     EXPECT_THAT(namesUnder(home / "root"),
                 ElementsAre("B.jsonl", "a.jsonl", "b-1.jsonl", "b/1.jsonl", "b/2.jsonl",
                             "deep/er/st.jsonl"));
-    EXPECT_EQ(findLogFiles(ProviderID::claude, home / "root")[0].attributes.size, 2);
+    EXPECT_EQ(findLogFiles(ProviderID::claude, home / "root").files[0].attributes.size, 2);
 
     // One by one, whatever a watcher may report, they are the same.
     std::vector<std::string> single;

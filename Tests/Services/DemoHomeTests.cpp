@@ -29,7 +29,7 @@ class DemoHomeTest : public ::testing::Test {
     int make(const std::string& arguments) { return makeDemoHome(arguments + " " + home.string()); }
 
     IndexOutcome indexInto(const std::shared_ptr<UsageStore>& store) const {
-        IndexerService indexer(store, ProviderLocations{home}, Calendar::utc);
+        IndexerService indexer(store, ProviderLocations{home}, Calendar::utc, systemNow);
         return indexer.index().result();
     }
     static std::shared_ptr<UsageStore> newStore() {

@@ -67,12 +67,13 @@ TEST_F(IndexerFailureTest, TriesALockedStoreOnceAGroupNotOnceAFile) {
         ++tries;
         throw UsageStoreError(5, "database is locked");
     };
-    EXPECT_EQ(index().newEvents, 0);
+    const IndexOutcome outcome = index();
     EXPECT_EQ(tries, 1) << "each try waits for seconds";
-    EXPECT_THAT(log.lines(),
-                ElementsAre("Tokwatch: indexing 0.jsonl failed: database is locked (5)",
-                            "Tokwatch: indexing 1.jsonl failed: database is locked (5)",
-                            "Tokwatch: indexing 2.jsonl failed: database is locked (5)"));
+    EXPECT_THAT(outcome.unfinished,
+                ::testing::Each(::testing::Field(&UnfinishedFile::due, time.now() + Seconds{15})));
+    EXPECT_THAT(outcome.unfinished, ::testing::SizeIs(3));
+    EXPECT_THAT(log.lines(), ElementsAre("Tokwatch: indexing 0.jsonl failed: database is locked "
+                                         "(5); so did 2 other files"));
     EXPECT_EQ(indexer().statistics().unstoredFiles, 3);
     service.reset();
     ingest = {};
@@ -87,12 +88,23 @@ TEST_F(IndexerFailureTest, LogsFilesThatItMayNotReadAndReadsTheRest) {
     fs::permissions(home.path(), fs::perms{0755});
     fs::permissions(home / ".claude/projects/p/1.jsonl", fs::perms::none);
     fs::permissions(home / ".claude/projects/q", fs::perms::none);
+    fs::create_directories(home / ".codex/sessions");
+    fs::permissions(home / ".codex/sessions", fs::perms::none);
     {
         const testing::OrdinaryUser user;
         EXPECT_EQ(index().newEvents, 1);
+        EXPECT_THAT(log.lines(),
+                    ElementsAre("Tokwatch: indexing 1.jsonl failed: 1.jsonl: Permission denied",
+                                "Tokwatch: listing " + (home / ".claude/projects").string() +
+                                    " failed: q: Permission denied",
+                                "Tokwatch: listing " + (home / ".codex/sessions").string() +
+                                    " failed: Permission denied"));
+        EXPECT_EQ(indexer().statistics().unreadableFiles, 1);
+        EXPECT_EQ(indexer().statistics().unreadableFolders, 2);
+        index();
+        EXPECT_EQ(log.lines().size(), 4U) << "a folder is named once";
     }
-    EXPECT_THAT(log.lines(),
-                ElementsAre("Tokwatch: indexing 1.jsonl failed: 1.jsonl: Permission denied"));
+    fs::permissions(home / ".codex/sessions", fs::perms::owner_all);
     fs::permissions(home / ".claude/projects/q", fs::perms::owner_all);
     fs::permissions(home / ".claude/projects/p/1.jsonl", fs::perms::owner_all);
     EXPECT_EQ(index().newEvents, 2);

@@ -4,6 +4,7 @@
 #include "ISO8601.h"
 #include "IndexerService.h"
 #include "LogLines.h"
+#include "ManualScheduler.h"
 #include "TemporaryDirectory.h"
 
 #include <gmock/gmock.h>
@@ -19,7 +20,9 @@ class IndexerServiceTest : public ::testing::Test {
         return indexer().index(std::move(progress)).result();
     }
     IndexerService& indexer() {
-        if (!service) service = std::make_unique<IndexerService>(store, locations, days, ingest);
+        if (!service)
+            service =
+                std::make_unique<IndexerService>(store, locations, days, time.clock(), ingest);
         return *service;
     }
     UsageSummary summary() const {
@@ -31,6 +34,7 @@ class IndexerServiceTest : public ::testing::Test {
     ProviderLocations locations{home.path()};
     Calendar utc = Calendar::utc();
     CalendarSource days = Calendar::utc;
+    testing::ManualScheduler time{*parseISO8601("2026-03-10T12:30:00Z")};
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(home / "data/usage.sqlite");
     IndexerService::IngestEvents ingest;
     std::unique_ptr<IndexerService> service;

@@ -1,7 +1,10 @@
 #include "IndexerServiceFixture.h"
 
+#include <array>
 #include <atomic>
 #include <filesystem>
+#include <future>
+#include <random>
 
 namespace tokwatch {
 namespace {
@@ -43,13 +46,131 @@ TEST_F(IndexerServiceTest, ReadsNoMoreThanItsScope) {
     EXPECT_EQ(pass({}), 2) << "the rest is left for a pass over all files";
 }
 
-TEST_F(IndexerServiceTest, CountsTheLastLineOfAResponseInASlice) {
-    ClaudeResponse growing{"msg_1"};
-    std::string lines = growing.line();
-    growing.output = 500;
-    home.write(claudeLog, lines + growing.line());
+TEST_F(IndexerServiceTest, HoldsAResponseBackThatMayGoOn) {
+    struct Case {
+        const char* stopReason;
+        const char* newestLine;
+        std::optional<const char*> heldUntil;
+    };
+    // It is 12:30.
+    for (const Case& c : {Case{"null", "2026-03-10T12:29:00.001Z", "2026-03-10T12:30:00.001Z"},
+                          {"null", "2026-03-10T12:31:00Z", "2026-03-10T12:32:00Z"},
+                          {"null", "2026-03-10T12:29:00Z", {}},
+                          {"null", "2026-03-10T12:31:00.001Z", {}},
+                          {"\"null\"", "2026-03-10T12:29:59Z", {}},
+                          {"\"end_turn\"", "2026-03-10T12:29:59Z", {}},
+                          {"", "2026-03-10T12:29:59Z", {}}}) {
+        SCOPED_TRACE(std::string(c.stopReason) + " at " + c.newestLine);
+        store = std::make_shared<UsageStore>(":memory:");
+        service.reset();
+        ClaudeResponse response{.id = "msg_2", .timestamp = "2026-03-10T12:00:00Z"};
+        response.stopReason = "null";
+        const std::string before = ClaudeResponse{"msg_1"}.line();
+        const std::string first = response.line() + "{\"type\":\"user\"}\n";
+        response.stopReason = c.stopReason;
+        response.timestamp = c.newestLine;
+        response.output = 500;
+        const std::string path = home.write(claudeLog, before + first + response.line());
+        const IndexOutcome outcome = index();
+        std::vector<UnfinishedFile> held;
+        if (c.heldUntil) held.push_back({path, *parseISO8601(*c.heldUntil)});
+        EXPECT_EQ(outcome, (IndexOutcome{c.heldUntil ? 1 : 2, false, held}));
+        EXPECT_EQ(store->cursor(path)->offset,
+                  std::filesystem::file_size(path) -
+                      (c.heldUntil ? first.size() + response.line().size() : 0));
+        EXPECT_EQ(outputTokens(), c.heldUntil ? 5 : 505);
+    }
+}
+
+TEST_F(IndexerServiceTest, CountsAHeldResponseOnceItGoesNoFurther) {
+    ClaudeResponse response{
+        .id = "msg_1", .timestamp = "2026-03-10T12:30:00Z", .stopReason = "null"};
+    home.write(claudeLog, response.line());
+    EXPECT_EQ(index().newEvents, 0);
+    // An agent answers meanwhile, whole; it need not wait for the conversation.
+    ClaudeResponse agent{.id = "msg_2", .timestamp = "2026-03-10T12:30:01Z", .isSidechain = true};
+    home.append(claudeLog, agent.line());
     EXPECT_EQ(index().newEvents, 1);
-    EXPECT_EQ(outputTokens(), 500);
+    EXPECT_EQ(index().newEvents, 0);
+    time.advance(Seconds{60});
+    EXPECT_EQ(index(), (IndexOutcome{1, false})) << "its writer may have died";
+    EXPECT_EQ(index(), (IndexOutcome{0, false}));
+    EXPECT_EQ(indexer().statistics().providers[0].bytesRead, 0);
+
+    // A log that is replaced meanwhile says what counts.
+    response.id = "msg_3";
+    response.timestamp = "2026-03-10T12:31:00Z";
+    home.append(claudeLog, response.line() + response.line());
+    EXPECT_EQ(index().newEvents, 0);
+    response.stopReason = "\"end_turn\"";
+    response.output = 70;
+    home.write(claudeLog, response.line());
+    EXPECT_EQ(index(), (IndexOutcome{1, false}));
+    EXPECT_EQ(outputTokens(), 80);
+}
+
+/// Two writers in one log, the conversation and its agents, as they stream.
+class StreamingLog {
+  public:
+    explicit StreamingLog(unsigned seed) : random(seed) {}
+
+    /// What is written next, at this moment.
+    std::string next(Date now) {
+        Writer& writer = writers[random() % 2];
+        if (writer.linesLeft == 0) begin(writer);
+        ClaudeResponse& response = writer.response;
+        response.timestamp = formatISO8601(now);
+        response.output += static_cast<std::int64_t>(random() % 100);
+        // Some responses are broken off: nothing more comes, and then another one begins.
+        const bool isLast = --writer.linesLeft == 0 && random() % 8 > 0;
+        response.stopReason = isLast ? "\"tool_use\"" : "null";
+        return response.line() + (random() % 3 == 0 ? "{\"type\":\"user\"}\n" : "");
+    }
+    unsigned upTo(unsigned limit) { return static_cast<unsigned>(random()) % limit; }
+    std::int64_t responses = 0;
+
+  private:
+    struct Writer {
+        ClaudeResponse response;
+        unsigned linesLeft = 0;
+    };
+    void begin(Writer& writer) {
+        writer.response = {.id = "msg_" + std::to_string(responses++), .output = 1};
+        writer.response.isSidechain = &writer == &writers[1];
+        writer.linesLeft = 1 + upTo(5);
+    }
+    std::minstd_rand random;
+    std::array<Writer, 2> writers;
+};
+
+TEST_F(IndexerServiceTest, LosesNothingOfWhatIsStreamedBetweenItsPasses) {
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+        SCOPED_TRACE(seed);
+        store = std::make_shared<UsageStore>(":memory:");
+        service.reset();
+        home.write(claudeLog, "");
+        StreamingLog streaming(seed);
+        std::string unwritten;
+        std::int64_t counted = 0;
+        for (int step = 0; step < 100; ++step) {
+            time.advance(Seconds{0.2 + streaming.upTo(28) / 10.0});
+            unwritten += streaming.next(time.now());
+            // Writes end anywhere in a line.
+            const std::size_t written = unwritten.size() - streaming.upTo(2) * 30;
+            home.append(claudeLog, unwritten.substr(0, written));
+            unwritten.erase(0, written);
+            if (streaming.upTo(3) == 0) counted += index().newEvents;
+        }
+        home.append(claudeLog, unwritten);
+        time.advance(Seconds{60});
+        counted += index().newEvents;
+        EXPECT_EQ(counted, streaming.responses);
+        const UsageSummary followed = summary();
+        store = std::make_shared<UsageStore>(":memory:");
+        service.reset();
+        index();
+        EXPECT_EQ(followed, summary());
+    }
 }
 
 TEST_F(IndexerServiceTest, KeepsTheCodexContextBetweenPasses) {
@@ -64,12 +185,34 @@ TEST_F(IndexerServiceTest, KeepsTheCodexContextBetweenPasses) {
 }
 
 TEST_F(IndexerServiceTest, StoresTheNewestCodexLimits) {
-    home.write(codexLog, CodexLog::limits(10, "2026-03-10T12:00:00Z") +
-                             CodexLog::limits(20, "2026-03-10T13:00:00Z"));
+    home.write(codexLog, CodexLog::limits(20, "2026-03-10T12:20:00Z") +
+                             CodexLog::limits(10, "2026-03-10T12:00:00Z"));
     home.write(".codex/archived_sessions/old.jsonl", CodexLog::limits(99, "2026-03-01T12:00:00Z"));
+    const auto stored = [this] { return store->limits(ProviderID::codex).value(); };
     EXPECT_EQ(index(), (IndexOutcome{0, true}));
-    EXPECT_EQ(store->limits(ProviderID::codex)->windows[0].usedFraction, 0.2);
+    EXPECT_EQ(stored().windows[0].usedFraction, 0.2);
     EXPECT_EQ(index(), (IndexOutcome{0, false}));
+
+    // Older and equal readings, in a later pass, change nothing; nor do they past a newer fetch.
+    home.append(codexLog, CodexLog::limits(30, "2026-03-10T12:20:00Z"));
+    EXPECT_EQ(index(), (IndexOutcome{0, false}));
+    ProviderLimits fetched = stored();
+    fetched.fetchedAt = time.now();
+    store->setLimits(fetched, ProviderID::codex);
+    home.append(codexLog, CodexLog::limits(40, "2026-03-10T12:29:59Z"));
+    EXPECT_EQ(index(), (IndexOutcome{0, false}));
+    EXPECT_EQ(stored(), fetched);
+
+    // What a wrong clock dated ahead counts as of now, and does not stand in the way.
+    fetched.fetchedAt = time.now() + Seconds{3600};
+    store->setLimits(fetched, ProviderID::codex);
+    home.append(codexLog, CodexLog::limits(50, "2026-03-10T12:29:59Z"));
+    EXPECT_EQ(index(), (IndexOutcome{0, true}));
+    home.append(codexLog, CodexLog::limits(60, "2026-03-11T12:00:00Z"));
+    EXPECT_EQ(index(), (IndexOutcome{0, true}));
+    EXPECT_EQ(stored().windows[0].usedFraction, 0.6);
+    EXPECT_EQ(stored().fetchedAt, time.now());
+    EXPECT_EQ(stored().windows[0].source, LimitSource::local(time.now()));
 }
 
 TEST_F(IndexerServiceTest, CountsOnlyWhatIsNewInARewrittenGrokDocument) {
@@ -82,13 +225,27 @@ TEST_F(IndexerServiceTest, CountsOnlyWhatIsNewInARewrittenGrokDocument) {
     EXPECT_EQ(index().newEvents, 3);
     EXPECT_EQ(outputTokens(), 35);
     EXPECT_DOUBLE_EQ(summary().totalCostUSD, 12.5);
+
+    // An earlier turn gains a model.
+    std::string late = testing::grokDocument("s", 5);
+    late.insert(late.find("\"grok-4\""), R"("grok-code":{"outputTokens":9},)");
+    home.write(".grok/sessions/s/usage.json", late);
+    EXPECT_EQ(index().newEvents, 1);
+    EXPECT_EQ(outputTokens(), 44);
 }
 
 TEST_F(IndexerServiceTest, ReadsAFileLargerThanASliceInOnePass) {
     std::string lines;
     const std::string noise = R"({"type":"user","content":")" + std::string(1 << 20, 'x') + "\"}\n";
-    for (int i = 0; i < 20; ++i)
-        lines += ClaudeResponse{"msg_" + std::to_string(i)}.line() + noise;
+    for (int i = 0; i < 20; ++i) {
+        // Slices end between a response's lines, too.
+        ClaudeResponse response{
+            .id = "msg_" + std::to_string(i), .output = 1, .stopReason = "null"};
+        lines += response.line() + noise;
+        response.output = 5;
+        response.stopReason = "\"end_turn\"";
+        lines += response.line();
+    }
     home.write(claudeLog, lines);
     std::vector<IndexingProgress> seen;
     EXPECT_EQ(
@@ -99,6 +256,7 @@ TEST_F(IndexerServiceTest, ReadsAFileLargerThanASliceInOnePass) {
               (IndexingProgress{ProviderID::claude, static_cast<std::int64_t>(lines.size()),
                                 static_cast<std::int64_t>(lines.size())}));
     EXPECT_LT(seen.front().bytesRead, seen.back().bytesRead);
+    EXPECT_EQ(outputTokens(), 100);
 }
 
 TEST_F(IndexerServiceTest, FindsTheSameWhateverThePassesAre) {
@@ -117,25 +275,37 @@ TEST_F(IndexerServiceTest, FindsTheSameWhateverThePassesAre) {
     EXPECT_EQ(summary(), once);
 }
 
-TEST_F(IndexerServiceTest, RunsOnePassAtATimeInArrivalOrder) {
+TEST_F(IndexerServiceTest, RunsOnePassAtATimeAndKeepsOneWaiting) {
     home.write(claudeLog, ClaudeResponse{"msg_1"}.line());
+    std::atomic<int> passes = 0;
     std::atomic<int> running = 0;
     std::atomic<int> most = 0;
-    ingest = [&](std::span<const UsageEvent> events, const Calendar& calendar) {
+    std::promise<void> begun;
+    std::promise<void> goOn;
+    ingest = [&, held = goOn.get_future().share()](std::span<const UsageEvent> events,
+                                                   const Calendar& calendar) {
         most = std::max(most.load(), ++running);
+        if (++passes == 1) begun.set_value();
+        held.wait();
         const std::int64_t added = store->ingest(events, calendar);
         --running;
         return added;
     };
-    std::vector<QFuture<IndexOutcome>> passes;
-    for (int i = 0; i < 8; ++i) {
-        home.append(claudeLog, ClaudeResponse{"more_" + std::to_string(i)}.line());
-        passes.push_back(indexer().index());
-    }
-    std::int64_t total = 0;
-    for (QFuture<IndexOutcome>& pass : passes)
-        total += pass.result().newEvents;
-    EXPECT_EQ(total, 9);
+    QFuture<IndexOutcome> first = indexer().index();
+    begun.get_future().wait();
+    home.append(claudeLog, ClaudeResponse{"msg_2"}.line());
+    QFuture<IndexOutcome> second = indexer().index();
+    const std::string other =
+        home.write(".claude/projects/p/b.jsonl", ClaudeResponse{"msg_3"}.line());
+    QFuture<IndexOutcome> scoped = indexer().index({}, IndexScope{{other}});
+    for (int i = 0; i < 100'000; ++i)
+        second = indexer().index();
+    goOn.set_value();
+    EXPECT_EQ(first.result().newEvents, 1);
+    EXPECT_EQ(second.result().newEvents, 2);
+    EXPECT_EQ(scoped.result().newEvents, 0);
+    EXPECT_EQ(index().newEvents, 0);
+    EXPECT_EQ(passes, 2);
     EXPECT_EQ(most, 1);
 }
 
@@ -151,7 +321,7 @@ TEST_F(IndexerServiceTest, AddsCursorUsageAndLogsItsFailure) {
                  {1, 0, 0, 0, 0, 0},
                  {}}};
     };
-    service = std::make_unique<IndexerService>(store, locations, days, ingest, usage);
+    service = std::make_unique<IndexerService>(store, locations, days, time.clock(), ingest, usage);
     EXPECT_EQ(index().newEvents, 1);
     EXPECT_EQ(index().newEvents, 0);
     EXPECT_THAT(log.lines(), ElementsAre("Tokwatch: storing Cursor usage failed: no such table"));

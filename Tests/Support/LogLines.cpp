@@ -5,10 +5,12 @@
 namespace tokwatch::testing {
 
 std::string ClaudeResponse::line() const {
-    return R"({"parentUuid":null,"sessionId":")" + session + R"(","message":{"model":")" + model +
-           R"(","id":")" + id + R"(","role":"assistant","usage":{"input_tokens":)" +
-           std::to_string(input) + R"(,"output_tokens":)" + std::to_string(output) +
-           R"(}},"type":"assistant","timestamp":")" + timestamp + "\"}\n";
+    return R"({"parentUuid":null,"isSidechain":)" + std::string(isSidechain ? "true" : "false") +
+           R"(,"sessionId":")" + session + R"(","message":{"model":")" + model + R"(","id":")" +
+           id + R"(","role":"assistant",)" +
+           (stopReason.empty() ? "" : R"("stop_reason":)" + stopReason + ",") +
+           R"("usage":{"input_tokens":)" + std::to_string(input) + R"(,"output_tokens":)" +
+           std::to_string(output) + R"(}},"type":"assistant","timestamp":")" + timestamp + "\"}\n";
 }
 
 std::string CodexLog::session(const std::string& id) {

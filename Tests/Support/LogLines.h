@@ -13,6 +13,8 @@ struct ClaudeResponse {
     std::string timestamp = "2026-03-10T12:00:00.000Z";
     std::int64_t input = 10;
     std::int64_t output = 5;
+    std::string stopReason = ""; ///< as JSON; the key is absent when empty
+    bool isSidechain = false;
 
     std::string line() const;
 };

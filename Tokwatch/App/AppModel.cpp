@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <exception>
 #include <mutex>
+#include <ranges>
 #include <system_error>
 #include <type_traits>
 
@@ -341,9 +342,15 @@ QCoro::Task<> AppModel::pass(IndexScope scope) {
         co_await ended;
         if (indexing.resultCount() == 0) co_return; // the indexer went away
         outcome = indexing.result();
+        if (self) followUp(scope, outcome.unfinished);
     } catch (const std::exception& error) {
         systemLog("indexing failed: " + what(error));
-        if (self) everythingMayHaveChanged = true;
+        if (self) {
+            everythingMayHaveChanged = true;
+            // The empty path stands for all of them.
+            followUp(IndexScope{std::in_place},
+                     {{{}, services.now() + IndexerService::retryInterval}});
+        }
     }
     relay->end();
     if (!self) co_return;
@@ -390,36 +397,39 @@ QCoro::Task<> AppModel::pruneDaily() {
 }
 
 void AppModel::refresh() {
-    runRefresh();
+    // Any number of requests lead to one more pass over the logs, and to the fetches that are due.
+    const bool isFirst = refreshing.request();
+    if (isFirst) updatePresent();
+    askForLimits();
+    if (isFirst) refreshWhileWanted();
+}
+
+void AppModel::askForLimits() {
+    if (!areLimitsAllowed()) return;
+    for (const ProviderID provider : present()) {
+        QCoro::Task<> fetch = services.limitsService.refresh(provider, true);
+        if (!fetch.isReady()) fetches.push_back(std::move(fetch));
+    }
 }
 
 void AppModel::retry(ProviderID provider) {
     if (areLimitsAllowed()) services.limitsService.refresh(provider, true);
 }
 
-QCoro::Task<> AppModel::runRefresh() {
+QCoro::Task<> AppModel::refreshWhileWanted() {
     const QPointer<AppModel> self(this);
-    beginRefresh();
-    updatePresent();
-    std::vector<QCoro::Task<>> fetches;
-    if (areLimitsAllowed())
-        for (const ProviderID provider : present())
-            fetches.push_back(services.limitsService.refresh(provider, true));
-    const IndexScope all;
-    co_await pass(all);
-    for (QCoro::Task<>& fetch : fetches)
-        co_await fetch;
-    if (self) endRefresh();
-}
-
-void AppModel::beginRefresh() {
-    ++refreshesInFlight;
     isRefreshingState.setValue(true);
-}
-
-void AppModel::endRefresh() {
-    if (--refreshesInFlight < 0) fatal("more refreshes ended than began");
-    if (refreshesInFlight == 0) isRefreshingState.setValue(false);
+    const IndexScope all;
+    do {
+        co_await pass(all);
+        while (self && !fetches.empty()) {
+            const QCoro::Task<> fetch = std::move(fetches.back());
+            fetches.pop_back();
+            co_await fetch;
+        }
+        if (!self) co_return;
+    } while (refreshing.finish());
+    isRefreshingState.setValue(false);
 }
 
 void AppModel::reread(ProviderID provider) {
@@ -474,6 +484,24 @@ void AppModel::requestPass(const IndexScope& scope) {
     else
         everythingMayHaveChanged = true;
     if (passing.request()) passWhileWanted();
+}
+
+void AppModel::followUp(const IndexScope& scope, const std::vector<UnfinishedFile>& files) {
+    if (scope) {
+        for (const std::string& path : *scope)
+            unfinishedFiles.erase(path);
+    } else {
+        unfinishedFiles.clear();
+    }
+    for (const UnfinishedFile& file : files)
+        unfinishedFiles.insert_or_assign(file.path, file.due);
+    nextFollowUp.reset();
+    if (unfinishedFiles.empty()) return;
+    const Date due = std::ranges::min(unfinishedFiles | std::views::values);
+    nextFollowUp = services.scheduler.after(due - services.now(), [this] {
+        const auto paths = unfinishedFiles | std::views::keys;
+        requestPass(std::vector<std::string>(paths.begin(), paths.end()));
+    });
 }
 
 IndexScope AppModel::takeRequestedScope() {

@@ -122,7 +122,8 @@ class AppModel : public QObject {
     QCoro::Task<> runFirstPass();
     QCoro::Task<> reattachStore();
     QCoro::Task<> showStoredLimits();
-    QCoro::Task<> runRefresh();
+    QCoro::Task<> refreshWhileWanted();
+    void askForLimits();
     QCoro::Task<> runReread(ProviderID provider);
     /// One index pass and what follows from its outcome.
     QCoro::Task<> pass(IndexScope scope);
@@ -143,9 +144,9 @@ class AppModel : public QObject {
     void reconsiderLimits();
     void refreshRequested();
     void setRereading(ProviderID provider, bool isRereading);
-    void beginRefresh();
-    void endRefresh();
     void requestPass(const IndexScope& scope);
+    /// Sees to it that files of which no event will tell are looked at when they are due.
+    void followUp(const IndexScope& scope, const std::vector<UnfinishedFile>& files);
     IndexScope takeRequestedScope();
     /// Makes up for what neither events nor timers tell: a lost event, an assistant installed
     /// since, a sleep.
@@ -173,7 +174,10 @@ class AppModel : public QObject {
     bool everythingMayHaveChanged = false;
     bool isPruning = false;
     Role ownRole = Role::showing;
-    std::int64_t refreshesInFlight = 0;
+    CoalescedTask refreshing;
+    std::vector<QCoro::Task<>> fetches;          ///< that a refresh began and waits for
+    std::map<std::string, Date> unfinishedFiles; ///< by path, when they are due
+    std::unique_ptr<ScheduledCall> nextFollowUp;
     std::vector<std::filesystem::path> watchedRoots;
     std::unique_ptr<FileWatch> watcher;
     std::unique_ptr<ScheduledCall> periodicLook;

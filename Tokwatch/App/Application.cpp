@@ -77,7 +77,7 @@ Application::Application(Surroundings world, WorkLease::Rank rank, Preferences& 
     : store(openStoreOrTemporary(world.paths)) {
     background.emplace(backgroundThreads);
     const ProviderLocations locations{world.paths.home};
-    indexer.emplace(store, locations, world.calendar);
+    indexer.emplace(store, locations, world.calendar, world.now);
     const auto runInBackground = [this](std::function<void()> work) {
         background->run(std::move(work));
     };

@@ -64,7 +64,8 @@ class Examination {
                 root.string() + (problem ? ": " + problem.message() : " is not a directory"));
             return;
         }
-        const std::vector<LogFile> files = findLogFiles(provider, root);
+        const LogListing listing = findLogFiles(provider, root);
+        const std::vector<LogFile>& files = listing.files;
         std::int64_t bytes = 0;
         std::int64_t unreadable = 0;
         for (const LogFile& file : files) {
@@ -76,6 +77,8 @@ class Examination {
                 (files.size() == 1 ? " file, " : " files, ") + formatBytes(bytes));
         if (unreadable > 0)
             add(topic, Health::bad, std::to_string(unreadable) + " of them cannot be read");
+        for (const LogListing::Failure& failure : listing.failures)
+            add(topic, Health::bad, failure.path + " cannot be listed: " + failure.reason);
     }
 
     void examineCursor() {

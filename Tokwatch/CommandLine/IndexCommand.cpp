@@ -16,6 +16,8 @@ Json encode(const IndexReport& report) {
     json["newEvents"] = report.outcome.newEvents;
     json["codexLimitsUpdated"] = report.outcome.codexLimitsUpdated;
     json["bytesRead"] = report.bytesRead();
+    json["unreadableFiles"] = report.statistics.unreadableFiles;
+    json["unreadableFolders"] = report.statistics.unreadableFolders;
     json["seconds"] = report.seconds;
     return json;
 }
@@ -63,7 +65,7 @@ IndexReport runIndexPass(const CommandEnvironment& environment,
                          const std::shared_ptr<UsageStore>& store) {
     const auto start = std::chrono::steady_clock::now();
     ProgressBar progress(environment.terminal);
-    IndexerService indexer(store, environment.locations(), environment.calendar);
+    IndexerService indexer(store, environment.locations(), environment.calendar, environment.now);
     IndexReport report;
     try {
         report.outcome =
@@ -87,6 +89,14 @@ void printIndexReport(const CommandEnvironment& environment, const IndexReport& 
     } else {
         print(environment.terminal, report);
     }
+    // What could be read is in; that something is missing must not look like success.
+    std::string unread;
+    if (report.statistics.unreadableFiles > 0)
+        unread = counted(report.statistics.unreadableFiles, "file");
+    if (report.statistics.unreadableFolders > 0)
+        unread += (unread.empty() ? "" : " and ") +
+                  counted(report.statistics.unreadableFolders, "folder");
+    if (!unread.empty()) throw CommandError(unread + " could not be read");
 }
 
 int runIndex(const CommandEnvironment& environment) {

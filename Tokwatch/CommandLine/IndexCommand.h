@@ -16,6 +16,7 @@ struct IndexReport {
 IndexReport runIndexPass(const CommandEnvironment& environment,
                          const std::shared_ptr<UsageStore>& store);
 
+/// Throws CommandError after the report when some files or folders could not be read.
 void printIndexReport(const CommandEnvironment& environment, const IndexReport& report);
 
 /// `tokwatch index`

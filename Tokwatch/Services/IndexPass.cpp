@@ -24,6 +24,8 @@ constexpr std::size_t groupSliceLimit = 1'024;
 constexpr std::int64_t readAheadBytes = 2'097'152;
 /// How far the reader may run ahead, in events and slices.
 constexpr std::size_t readAheadWeight = 16'384;
+/// How many folders of a root are named that could not be listed.
+constexpr std::size_t namedFailures = 5;
 
 /// Whether the file goes on where its cursor stands, instead of being another one.
 bool continues(const PendingFile& pending) {
@@ -43,6 +45,14 @@ std::int64_t unreadBytes(const PendingFile& pending) {
     return pending.file.attributes.size - (appended ? pending.cursor->offset : 0);
 }
 
+std::string fileName(const PendingFile& pending) {
+    return std::filesystem::path(pending.file.path).filename().string();
+}
+
+void logFailure(const PendingFile& pending, const std::string& reason) {
+    systemLog("indexing " + fileName(pending) + " failed: " + reason);
+}
+
 } // namespace
 
 IndexPass::IndexPass(Environment environment) : env(environment), groupEvents(firstGroupEvents) {}
@@ -60,6 +70,8 @@ IndexOutcome IndexPass::run() {
         readAhead();
     }
     flush();
+    logUnstored();
+    noteUnfinished();
     recordCursorUsage();
     return outcome;
 }
@@ -84,9 +96,12 @@ bool IndexPass::isKnownUnchanged(ProviderID provider, const LogFile& file) const
            standsAt(found->second, file.attributes.inode, file.attributes.size);
 }
 
-std::vector<LogFile> IndexPass::filesIn(ProviderID provider,
-                                        const std::filesystem::path& root) const {
-    if (!env.scope) return findLogFiles(provider, root);
+std::vector<LogFile> IndexPass::filesIn(ProviderID provider, const std::filesystem::path& root) {
+    if (!env.scope) {
+        LogListing listing = findLogFiles(provider, root);
+        noteFailures(root, listing.failures);
+        return std::move(listing.files);
+    }
     std::vector<LogFile> found;
     for (const std::string& path : *env.scope) {
         if (std::optional<LogFile> file = findLogFile(provider, root, path))
@@ -97,6 +112,22 @@ std::vector<LogFile> IndexPass::filesIn(ProviderID provider,
     const auto repeated = std::ranges::unique(found, {}, &LogFile::path);
     found.erase(repeated.begin(), repeated.end());
     return found;
+}
+
+void IndexPass::noteFailures(const std::filesystem::path& root,
+                             const std::vector<LogListing::Failure>& failures) {
+    if (failures.empty()) return;
+    unreadableFolders += static_cast<std::int64_t>(failures.size());
+    std::string text = "listing " + root.string() + " failed: ";
+    for (std::size_t i = 0; i < std::min(failures.size(), namedFailures); ++i) {
+        const LogListing::Failure& failure = failures[i];
+        if (i > 0) text += "; ";
+        if (failure.path != root) text += failure.path.substr(root.native().size() + 1) + ": ";
+        text += failure.reason;
+    }
+    if (failures.size() > namedFailures)
+        text += "; and " + std::to_string(failures.size() - namedFailures) + " more";
+    unlisted.push_back(std::move(text));
 }
 
 std::optional<FileCursor> IndexPass::storedCursor(const std::string& path) const {
@@ -117,7 +148,7 @@ void IndexPass::findPending(ProviderID provider) {
                 candidate.cursor = storedCursor(candidate.file.path);
             } catch (const DecodingError& error) {
                 ++unreadableFiles;
-                fail(candidate, error.what());
+                logFailure(candidate, error.what());
                 continue;
             }
             if (!isChanged(candidate)) continue;
@@ -128,7 +159,7 @@ void IndexPass::findPending(ProviderID provider) {
 }
 
 void IndexPass::readInline() {
-    SliceReader reader(files);
+    SliceReader reader(files, env.now);
     while (!env.stop) {
         std::optional<Slice> slice = reader.next();
         if (!slice) return;
@@ -139,7 +170,7 @@ void IndexPass::readInline() {
 void IndexPass::readAhead() {
     BoundedQueue<Slice> queue(readAheadWeight);
     std::thread worker([this, &queue] {
-        SliceReader reader(files);
+        SliceReader reader(files, env.now);
         while (std::optional<Slice> slice = reader.next()) {
             const std::size_t weight = slice->events.size() + 1;
             if (!queue.push(std::move(*slice), weight)) return;
@@ -173,12 +204,13 @@ void IndexPass::take(Slice slice) {
     part.statistics.bytesRead += slice.bytes;
     if (!slice.failure.empty()) {
         ++unreadableFiles;
-        fail(pending, slice.failure);
+        logFailure(pending, slice.failure);
     } else if (!unstored.contains(slice.file)) {
         group.push_back({slice.file, events.size(), slice.events.size(), std::move(slice.cursor),
                          slice.cursorMoved});
         std::move(slice.events.begin(), slice.events.end(), std::back_inserter(events));
         noteCodexLimits(std::move(slice.limits));
+        if (slice.heldUntil) held.emplace(slice.file, *slice.heldUntil);
     }
     if (events.size() >= groupEvents || group.size() >= groupSliceLimit) {
         flush();
@@ -199,17 +231,13 @@ IndexStatistics IndexPass::statistics() const {
     for (const Part& part : parts)
         all.providers.push_back(part.statistics);
     all.unreadableFiles = unreadableFiles;
+    all.unreadableFolders = unreadableFolders;
     all.unstoredFiles = static_cast<std::int64_t>(unstored.size());
     return all;
 }
 
 void IndexPass::noteCodexLimits(std::optional<ProviderLimits> limits) {
-    if (!limits) return;
-    // Archived sessions are read after running ones, so the last to be read is not always the
-    // newest.
-    if (codexLimits && codexLimits->fetchedAt > limits->fetchedAt) return;
-    codexLimits = std::move(limits);
-    codexLimitsPending = true;
+    if (limits && replaceIfNewer(codexLimits, std::move(*limits))) codexLimitsPending = true;
 }
 
 void IndexPass::flush() {
@@ -242,9 +270,10 @@ void IndexPass::addEvents(std::span<const UsageEvent> batch) {
 }
 
 void IndexPass::storeCodexLimits() {
-    env.store.setLimits(*codexLimits, ProviderID::codex);
+    // What was fetched meanwhile may be newer than what Codex last wrote into its log.
+    if (env.store.setLimitsIfNewer(*codexLimits, ProviderID::codex, env.now()))
+        outcome.codexLimitsUpdated = true;
     codexLimitsPending = false;
-    outcome.codexLimitsUpdated = true;
 }
 
 void IndexPass::storeOneByOne() {
@@ -269,22 +298,38 @@ void IndexPass::giveUpGroup(const std::string& reason) {
 
 void IndexPass::giveUp(std::size_t file, const std::string& reason) {
     unstored.insert(file);
-    fail(files[file], reason);
+    unstoredFor[reason].push_back(file);
+}
+
+/// One line for each reason: a full disk has the same one for thousands of files.
+void IndexPass::logUnstored() const {
+    for (const auto& [reason, which] : unstoredFor) {
+        const std::size_t others = which.size() - 1;
+        logFailure(files[which.front()],
+                   reason + (others == 0 ? ""
+                                         : "; so did " + std::to_string(others) + " other file" +
+                                               (others == 1 ? "" : "s")));
+    }
+}
+
+void IndexPass::noteUnfinished() {
+    for (const auto& [file, due] : held) {
+        if (!unstored.contains(file)) outcome.unfinished.push_back({files[file].file.path, due});
+    }
+    if (unstored.empty()) return;
+    const Date due = env.now() + IndexerService::retryInterval;
+    for (const std::size_t file : unstored)
+        outcome.unfinished.push_back({files[file].file.path, due});
 }
 
 void IndexPass::recordCursorUsage() {
-    if (!env.cursorUsage) return;
+    if (!env.cursor) return;
     try {
-        const std::vector<UsageEvent> usage = env.cursorUsage();
+        const std::vector<UsageEvent> usage = env.cursor();
         if (!usage.empty()) outcome.newEvents += env.ingestEvents(usage, env.calendar);
     } catch (const std::exception& error) {
         systemLog(std::string("storing Cursor usage failed: ") + error.what());
     }
-}
-
-void IndexPass::fail(const PendingFile& pending, const std::string& reason) {
-    systemLog("indexing " + std::filesystem::path(pending.file.path).filename().string() +
-              " failed: " + reason);
 }
 
 } // namespace tokwatch

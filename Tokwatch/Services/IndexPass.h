@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <map>
 #include <set>
 #include <span>
 #include <string>
@@ -28,8 +29,9 @@ class IndexPass {
         UsageStore& store;
         const ProviderLocations& locations;
         const Calendar& calendar;
+        const Clock& now;
         const IndexerService::IngestEvents& ingestEvents;
-        const IndexerService::CursorUsage& cursorUsage; ///< may be empty
+        const IndexerService::CursorUsage& cursor; ///< may be empty
         const IndexerService::ProgressHandler& progress;
         const IndexScope& scope;
         const std::atomic<bool>& stop; ///< ends the pass after the present slice
@@ -41,6 +43,9 @@ class IndexPass {
     IndexOutcome run();
 
     IndexStatistics statistics() const;
+
+    /// One for each root that could not be listed whole, ready for the log.
+    const std::vector<std::string>& listingFailures() const { return unlisted; }
 
   private:
     /// A slice whose events wait in `events` for the group's transaction.
@@ -62,7 +67,9 @@ class IndexPass {
     Part& partOf(ProviderID provider);
     std::vector<std::filesystem::path> roots(ProviderID provider) const;
     bool isKnownUnchanged(ProviderID provider, const LogFile& file) const;
-    std::vector<LogFile> filesIn(ProviderID provider, const std::filesystem::path& root) const;
+    std::vector<LogFile> filesIn(ProviderID provider, const std::filesystem::path& root);
+    void noteFailures(const std::filesystem::path& root,
+                      const std::vector<LogListing::Failure>& failures);
     std::optional<FileCursor> storedCursor(const std::string& path) const;
     void readInline();
     void readAhead();
@@ -74,14 +81,17 @@ class IndexPass {
     void storeOneByOne();
     void giveUpGroup(const std::string& reason);
     void giveUp(std::size_t file, const std::string& reason);
+    void logUnstored() const;
+    void noteUnfinished();
     void recordCursorUsage();
-    static void fail(const PendingFile& pending, const std::string& reason);
 
     Environment env;
     std::unordered_map<std::string, std::string> cursorTexts; ///< of a pass over all files
     std::vector<Part> parts;
     std::vector<PendingFile> files; ///< changed ones, provider by provider
     std::set<std::size_t> unstored; ///< files of which a slice could not be stored
+    std::map<std::string, std::vector<std::size_t>> unstoredFor; ///< the same by reason
+    std::map<std::size_t, Date> held; ///< files that end in an unfinished response, until when
     std::vector<StoredSlice> group;
     std::size_t groupEvents; ///< how many events make a group full
     std::vector<UsageEvent> events;
@@ -89,6 +99,8 @@ class IndexPass {
     bool codexLimitsPending = false;           ///< not stored yet
     Part* present = nullptr;                   ///< whose slices are being taken
     std::int64_t unreadableFiles = 0;
+    std::int64_t unreadableFolders = 0;
+    std::vector<std::string> unlisted;
     IndexOutcome outcome;
 };
 

@@ -1,11 +1,13 @@
 #include "IndexerService.h"
 
 #include "IndexPass.h"
+#include "SystemLog.h"
 
 #include <QPromise>
 
 #include <malloc.h>
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <deque>
@@ -41,16 +43,19 @@ class IndexerService::Executor {
     }
 
     QFuture<IndexOutcome> submit(ProgressHandler progress, IndexScope scope) {
-        Request request{{}, std::move(progress), std::move(scope)};
-        QFuture<IndexOutcome> future = request.promise.future();
-        request.promise.start();
-        {
-            const std::lock_guard lock(mutex);
-            waiting.push_back(std::move(request));
-            if (!thread.joinable()) thread = std::thread([this] { work(); });
+        const std::lock_guard lock(mutex);
+        if (!scope) {
+            const auto same =
+                std::ranges::find_if(waiters, [](const Request& r) { return !r.scope; });
+            if (same != waiters.end()) return same->promise.future();
         }
+        Request& request = waiters.emplace_back();
+        request.progress = std::move(progress);
+        request.scope = std::move(scope);
+        request.promise.start();
+        if (!thread.joinable()) thread = std::thread([this] { work(); });
         changed.notify_all();
-        return future;
+        return request.promise.future();
     }
 
   private:
@@ -62,10 +67,10 @@ class IndexerService::Executor {
 
     std::optional<Request> nextRequest() {
         std::unique_lock lock(mutex);
-        changed.wait(lock, [this] { return stop || !waiting.empty(); });
+        changed.wait(lock, [this] { return stop || !waiters.empty(); });
         if (stop) return std::nullopt; // Promises that are never kept cancel their futures.
-        Request request = std::move(waiting.front());
-        waiting.pop_front();
+        Request request = std::move(waiters.front());
+        waiters.pop_front();
         return request;
     }
 
@@ -84,15 +89,16 @@ class IndexerService::Executor {
     IndexerService& owner;
     std::mutex mutex;
     std::condition_variable changed;
-    std::deque<Request> waiting;
+    std::deque<Request> waiters; ///< while the thread is busy
     std::atomic<bool> stop = false;
     std::thread thread;
 };
 
 IndexerService::IndexerService(std::shared_ptr<UsageStore> usageStore, ProviderLocations places,
-                               CalendarSource days, IngestEvents ingest, CursorUsage usage)
+                               CalendarSource days, Clock clock, IngestEvents ingest,
+                               CursorUsage usage)
     : store(std::move(usageStore)), locations(std::move(places)), calendar(std::move(days)),
-      ingestEvents(std::move(ingest)), cursorUsage(std::move(usage)),
+      now(std::move(clock)), ingestEvents(std::move(ingest)), cursor(std::move(usage)),
       executor(std::make_unique<Executor>(*this)) {
     if (!ingestEvents) {
         ingestEvents = [this](std::span<const UsageEvent> events, const Calendar& in) {
@@ -110,8 +116,9 @@ QFuture<IndexOutcome> IndexerService::index(ProgressHandler progress, const Inde
 IndexOutcome IndexerService::pass(const ProgressHandler& progress, const IndexScope& scope,
                                   const std::atomic<bool>& stop) {
     const Calendar days = calendar();
-    IndexPass pass({*store, locations, days, ingestEvents, cursorUsage, progress, scope, stop});
-    const IndexOutcome outcome = pass.run();
+    IndexPass pass({*store, locations, days, now, ingestEvents, cursor, progress, scope, stop});
+    IndexOutcome outcome = pass.run();
+    if (!scope) logListingFailures(pass.listingFailures());
     std::int64_t bytes = 0;
     for (const IndexStatistics::Provider& provider : pass.statistics().providers)
         bytes += provider.bytesRead;
@@ -122,6 +129,14 @@ IndexOutcome IndexerService::pass(const ProgressHandler& progress, const IndexSc
     const std::lock_guard lock(mutex);
     last = pass.statistics();
     return outcome;
+}
+
+void IndexerService::logListingFailures(const std::vector<std::string>& failures) {
+    for (const std::string& failure : failures) {
+        // Said once, until it is another one.
+        if (std::ranges::count(listingFailures, failure) == 0) systemLog(failure);
+    }
+    listingFailures = failures;
 }
 
 IndexStatistics IndexerService::statistics() const {

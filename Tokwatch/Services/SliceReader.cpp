@@ -37,7 +37,23 @@ std::string readWhole(const InputFile& input, std::int64_t size) {
     return document;
 }
 
+/// A line from the future, as a clock that was set back since leaves it, would be the newest for as
+/// long as that takes.
+ProviderLimits datedNoLaterThan(Date now, ProviderLimits limits) {
+    if (limits.fetchedAt <= now) return limits;
+    limits.fetchedAt = now;
+    for (LimitWindow& window : limits.windows)
+        window.source = LimitSource::local(now);
+    return limits;
+}
+
 } // namespace
+
+bool replaceIfNewer(std::optional<ProviderLimits>& known, ProviderLimits reading) {
+    if (known && known->fetchedAt > reading.fetchedAt) return false;
+    known = std::move(reading);
+    return true;
+}
 
 bool isChangedDocument(const LogFile& file, const std::optional<FileCursor>& cursor) {
     return !cursor || cursor->inode != file.attributes.inode ||
@@ -45,7 +61,8 @@ bool isChangedDocument(const LogFile& file, const std::optional<FileCursor>& cur
            entry(*cursor, modifiedEntry) != std::to_string(file.attributes.modified);
 }
 
-SliceReader::SliceReader(const std::vector<PendingFile>& pendingFiles) : files(pendingFiles) {}
+SliceReader::SliceReader(const std::vector<PendingFile>& pendingFiles, Clock clock)
+    : files(pendingFiles), now(std::move(clock)) {}
 
 std::optional<Slice> SliceReader::next() {
     if (at == files.size()) return std::nullopt;
@@ -58,65 +75,74 @@ std::optional<Slice> SliceReader::next() {
         slice.failure = error.what();
     }
     slice.file = at;
-    const bool finished = pending.provider == ProviderID::grok || !slice.failure.empty() ||
-                          slice.bytes == 0 || slice.cursor.offset >= pending.file.attributes.size;
-    if (finished) {
-        ++at;
-        reached.reset();
-        buffer.shrink(JSONLTail::sliceBytes);
-    } else {
-        reached = slice.cursor;
-    }
+    const bool isWhole = pending.provider == ProviderID::grok || !slice.failure.empty();
+    if (isWhole || isAtEnd(pending, slice.bytes)) nextFile();
     return slice;
+}
+
+bool SliceReader::isAtEnd(const PendingFile& pending, std::int64_t bytes) const {
+    return bytes == 0 || reached->offset >= pending.file.attributes.size;
+}
+
+void SliceReader::nextFile() {
+    ++at;
+    reached.reset();
+    given.reset();
+    events.clear();
+    buffer.shrink(JSONLTail::sliceBytes);
 }
 
 Slice SliceReader::readLines(const PendingFile& pending) {
-    const std::optional<FileCursor>& from = reached ? reached : pending.cursor;
-    JSONLTail::Result read =
-        JSONLTail::read(pending.file.path, from, JSONLTail::sliceBytes, buffer);
+    JSONLTail::Result read = JSONLTail::read(pending.file.path, reached ? reached : pending.cursor,
+                                             JSONLTail::sliceBytes, buffer);
+    // What is open was read from a file that is gone.
+    if (read.reset) events.clear();
     Slice slice;
-    positions.clear();
     if (pending.provider == ProviderID::codex) {
         parseCodex(slice, read);
     } else {
-        parseClaude(slice, read);
+        parseClaude(read);
     }
     slice.bytes = read.bytesRead;
-    slice.cursor = std::move(read.cursor);
-    slice.cursor.context[providerEntry] = rawValue(pending.provider);
-    slice.cursorMoved = !from || slice.cursor != *from;
+    read.cursor.context[providerEntry] = rawValue(pending.provider);
+    reached = std::move(read.cursor);
+    slice.cursor = *reached;
+    const bool isLast = isAtEnd(pending, slice.bytes);
+    if (isLast) events.endFile(now(), reached->offset);
+    slice.events = events.take();
+    if (const std::optional<SliceEvents::Open> open = events.open()) {
+        slice.cursor.offset = open->firstLine;
+        if (isLast) slice.heldUntil = open->completeAt;
+    }
+    const std::optional<FileCursor>& before = given ? given : pending.cursor;
+    slice.cursorMoved = !before || slice.cursor != *before;
+    given = slice.cursor;
     return slice;
 }
 
-void SliceReader::parseClaude(Slice& slice, const JSONLTail::Result& read) {
+void SliceReader::parseClaude(const JSONLTail::Result& read) {
+    const std::int64_t start = read.cursor.offset - read.bytesRead;
     for (const std::string_view line : read.lines) {
-        if (std::optional<UsageEvent> event = claude.parse(line)) collect(slice, std::move(*event));
+        if (std::optional<ClaudeLine> parsed = claude.parseLine(line))
+            events.add(std::move(*parsed), start + (line.data() - buffer.data()));
     }
 }
 
 void SliceReader::parseCodex(Slice& slice, JSONLTail::Result& read) {
     CodexLogParser parser;
     parser.context = std::move(read.cursor.context);
+    const Date latest = now();
     for (const std::string_view line : read.lines) {
         std::optional<CodexLine> parsed = parser.parse(line);
         if (!parsed) continue;
-        if (auto* event = std::get_if<UsageEvent>(&*parsed)) {
-            collect(slice, std::move(*event));
+        if (auto* event = std::get_if<UsageEvent>(&parsed->value)) {
+            events.add(std::move(*event));
         } else {
-            slice.limits = std::get<ProviderLimits>(std::move(*parsed));
+            auto& limits = std::get<ProviderLimits>(parsed->value);
+            replaceIfNewer(slice.limits, datedNoLaterThan(latest, std::move(limits)));
         }
     }
     read.cursor.context = std::move(parser.context);
-}
-
-void SliceReader::collect(Slice& slice, UsageEvent event) {
-    // The lines of one response repeat its key, and the last one has its final counts.
-    const auto [position, isNew] = positions.try_emplace(event.dedupKey, slice.events.size());
-    if (isNew) {
-        slice.events.push_back(std::move(event));
-    } else {
-        slice.events[position->second] = std::move(event);
-    }
 }
 
 Slice SliceReader::readDocument(const PendingFile& pending) {
@@ -129,18 +155,11 @@ Slice SliceReader::readDocument(const PendingFile& pending) {
     slice.bytes = attributes.size;
     slice.cursor = {pending.file.path, attributes.inode, attributes.size, {}};
 
-    // Turns before the last one known are done with; the last one may still have been growing by a
-    // model.
+    // Every turn is given each time, older ones, too: one may end late, or gain a model. The keys
+    // see to it that nothing counts twice, so the last turn is for people who look.
     std::int64_t lastTurn = 0;
-    if (pending.cursor && pending.cursor->inode == attributes.inode) {
-        const std::string known = entry(*pending.cursor, lastTurnEntry).value_or("0");
-        std::from_chars(known.data(), known.data() + known.size(), lastTurn);
-        std::erase_if(slice.events,
-                      [lastTurn](const UsageEvent& event) { return turnOf(event) < lastTurn; });
-    }
     for (const UsageEvent& event : slice.events)
         lastTurn = std::max(lastTurn, turnOf(event));
-
     slice.cursor.context = {{providerEntry, std::string(rawValue(ProviderID::grok))},
                             {sizeEntry, std::to_string(attributes.size)},
                             {modifiedEntry, std::to_string(attributes.modified)},

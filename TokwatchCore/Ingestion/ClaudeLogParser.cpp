@@ -22,6 +22,8 @@ struct Line {
     std::optional<std::string_view> model;
     bool hasMessage = false;
     bool hasUsage = false;
+    bool isUnfinished = false;
+    bool isSidechain = false;
     Usage usage;
 };
 
@@ -61,6 +63,7 @@ bool readMessage(JSONValue value, Line& line) {
         if (key == "id") return readString(field, line.messageID);
         if (key == "model") return readString(field, line.model);
         if (key == "usage") return readUsage(field, line.hasUsage, line.usage);
+        if (key == "stop_reason") return readNull(field, line.isUnfinished);
         return skip(field);
     });
 }
@@ -72,6 +75,7 @@ bool readLine(JSONReader& reader, std::string_view text, Line& line) {
         if (key == "timestamp") return readString(field, line.timestamp);
         if (key == "sessionId") return readString(field, line.session);
         if (key == "message") return readMessage(field, line);
+        if (key == "isSidechain") return readBool(field, line.isSidechain);
         return skip(field);
     });
 }
@@ -96,6 +100,12 @@ ClaudeLogParser::ClaudeLogParser() : reader(std::make_unique<JSONReader>()) {}
 ClaudeLogParser::~ClaudeLogParser() = default;
 
 std::optional<UsageEvent> ClaudeLogParser::parse(std::string_view text) {
+    std::optional<ClaudeLine> line = parseLine(text);
+    if (!line) return std::nullopt;
+    return std::move(line->event);
+}
+
+std::optional<ClaudeLine> ClaudeLogParser::parseLine(std::string_view text) {
     if (!mayBeResponse(text)) return std::nullopt;
     Line line;
     if (!readLine(*reader, text, line) || line.type != "assistant" || !line.hasMessage ||
@@ -107,13 +117,11 @@ std::optional<UsageEvent> ClaudeLogParser::parse(std::string_view text) {
     const std::optional<Date> timestamp = parseISO8601(*line.timestamp);
     const TokenCounts tokens = countsOf(line.usage);
     if (!timestamp || tokens.total() <= 0) return std::nullopt;
-    return UsageEvent{ProviderID::claude,
-                      std::string(line.model.value_or("unknown")),
-                      std::string(line.session.value_or("")),
-                      std::string(*identity),
-                      *timestamp,
-                      tokens,
-                      std::nullopt};
+    return ClaudeLine{{ProviderID::claude, std::string(line.model.value_or("unknown")),
+                       std::string(line.session.value_or("")), std::string(*identity), *timestamp,
+                       tokens, std::nullopt},
+                      line.isUnfinished,
+                      line.isSidechain};
 }
 
 } // namespace tokwatch

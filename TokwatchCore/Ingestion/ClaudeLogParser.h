@@ -10,6 +10,16 @@ namespace tokwatch {
 
 class JSONReader;
 
+/// A line of a response with tokens to count.
+struct ClaudeLine {
+    UsageEvent event;
+    /// An explicit null "stop_reason": further lines of the response, with higher counts, may
+    /// follow. Lines that do not name a reason at all say nothing of the kind.
+    bool isUnfinished = false;
+    /// Of an agent that works for the conversation and writes between its lines.
+    bool isSidechain = false;
+};
+
 /// Turns lines of Claude Code's session logs into events. Lines do not depend on each other; the
 /// parser only keeps memory to parse in, so one belongs to one thread at a time.
 class ClaudeLogParser {
@@ -21,6 +31,8 @@ class ClaudeLogParser {
     /// malformed ones included. Its key is the response's own id, so that the several lines of one
     /// response count once.
     std::optional<UsageEvent> parse(std::string_view line);
+    /// The same, with what tells whether the response goes on.
+    std::optional<ClaudeLine> parseLine(std::string_view line);
 
   private:
     std::unique_ptr<JSONReader> reader;

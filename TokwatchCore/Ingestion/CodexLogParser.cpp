@@ -28,7 +28,9 @@ struct RateLimits {
     bool present = false;
     RateWindow primary;
     RateWindow secondary;
-    bool hasCredits = false;
+    std::optional<std::string_view> id; ///< which limit of the account this is
+    bool namesCredits = false;
+    bool hasCredits = true; ///< unless the log denies it
     bool unlimited = false;
     std::optional<double> balance;
     std::optional<std::string_view> plan;
@@ -78,9 +80,11 @@ bool readLimits(JSONValue value, RateLimits& limits) {
         if (key == "primary") return readWindow(field, limits.primary);
         if (key == "secondary") return readWindow(field, limits.secondary);
         if (key == "plan_type") return readString(field, limits.plan);
+        if (key == "limit_id") return readString(field, limits.id);
         if (key != "credits") return skip(field);
-        return readObject(field, limits.hasCredits,
+        return readObject(field, limits.namesCredits,
                           [&limits](std::string_view name, JSONValue inner) {
+                              if (name == "has_credits") return readBool(inner, limits.hasCredits);
                               if (name == "unlimited") return readBool(inner, limits.unlimited);
                               if (name == "balance") return readDouble(inner, limits.balance);
                               return skip(inner);
@@ -134,18 +138,26 @@ void addWindow(std::vector<LimitWindow>& windows, const RateWindow& window, cons
     windows.push_back(std::move(shown));
 }
 
+/// None for an account that never had credits: "$0.00 left" would sound like trouble.
+std::optional<Credits> creditsOf(const RateLimits& read) {
+    if (!read.namesCredits) return std::nullopt;
+    const bool isEmpty = !read.unlimited && read.balance.value_or(0) == 0;
+    if (!read.hasCredits && isEmpty) return std::nullopt;
+    return Credits{"Credits", read.balance, std::nullopt, std::nullopt, read.unlimited};
+}
+
 std::optional<CodexLine> limitsOf(const RateLimits& read, Date asOf) {
+    // Side models and premium plans have limits of their own, which are not the account's.
+    if (read.id && *read.id != "codex") return std::nullopt;
     ProviderLimits limits;
     addWindow(limits.windows, read.primary, "session", "Session", asOf);
     addWindow(limits.windows, read.secondary, "weekly", "Weekly", asOf);
     if (limits.windows.empty()) return std::nullopt;
-    if (read.hasCredits)
-        limits.credits =
-            Credits{"Credits", read.balance, std::nullopt, std::nullopt, read.unlimited};
+    limits.credits = creditsOf(read);
     if (read.plan) limits.plan = planName(*read.plan);
     limits.status = ProviderStatus::ok;
     limits.fetchedAt = asOf;
-    return limits;
+    return CodexLine::limits(std::move(limits));
 }
 
 bool isOfInterest(std::string_view type) {
@@ -190,13 +202,10 @@ std::optional<CodexLine> CodexLogParser::parse(std::string_view text) {
     }
     if (line.type != "token_usage_record" || !payload.responseID || !payload.hasUsage)
         return std::nullopt;
-    return UsageEvent{ProviderID::codex,
-                      entryOr(context, "model", "unknown"),
-                      entryOr(context, "session", payload.session.value_or("")),
-                      std::string(*payload.responseID),
-                      *timestamp,
-                      countsOf(payload.usage),
-                      std::nullopt};
+    return CodexLine::usage({ProviderID::codex, entryOr(context, "model", "unknown"),
+                             entryOr(context, "session", payload.session.value_or("")),
+                             std::string(*payload.responseID), *timestamp, countsOf(payload.usage),
+                             std::nullopt});
 }
 
 } // namespace tokwatch

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 namespace tokwatch {
@@ -15,7 +16,13 @@ namespace tokwatch {
 class JSONReader;
 
 /// What one Codex line tells: tokens used, or the account's limits as Codex last saw them.
-using CodexLine = std::variant<UsageEvent, ProviderLimits>;
+struct CodexLine {
+    std::variant<UsageEvent, ProviderLimits> value;
+
+    static CodexLine usage(UsageEvent event) { return {std::move(event)}; }
+    static CodexLine limits(ProviderLimits read) { return {std::move(read)}; }
+    friend bool operator==(const CodexLine&, const CodexLine&) = default;
+};
 
 /// Turns lines of Codex's session logs into events and limits. A log names its session ("session")
 /// and model

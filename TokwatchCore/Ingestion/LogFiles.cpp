@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 #include <system_error>
 
@@ -21,50 +22,76 @@ Directory openDirectory(int parent, const char* name, int flags) {
     const int descriptor = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags);
     if (descriptor < 0) return nullptr;
     Directory directory(::fdopendir(descriptor));
-    if (!directory) ::close(descriptor);
+    if (!directory) {
+        const int reason = errno;
+        ::close(descriptor);
+        errno = reason;
+    }
     return directory;
 }
 
 class Finder {
   public:
-    Finder(ProviderID p, std::vector<LogFile>& f) : provider(p), files(f) {}
+    Finder(ProviderID p, LogListing& l) : provider(p), listing(l) {}
 
-    void visit(DIR* directory, const std::string& path) {
-        // Sub-directories come after the listing, so that only one directory a level is open at a
-        // time.
-        std::vector<std::string> subdirectories;
-        const int descriptor = ::dirfd(directory);
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): the stream belongs to this call alone.
-        while (const dirent* entry = ::readdir(directory)) {
-            const std::string_view name = entry->d_name;
-            if (name.starts_with('.')) continue;
-            const bool isLog = isLogName(provider, name);
-            // Some file systems do not tell the type in the listing.
-            const bool unknown = entry->d_type == DT_UNKNOWN;
-            struct stat status {};
-            if (unknown || (isLog && entry->d_type == DT_REG)) {
-                if (::fstatat(descriptor, entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
-                    continue;
-            }
-            if (entry->d_type == DT_DIR || (unknown && S_ISDIR(status.st_mode))) {
-                subdirectories.emplace_back(name);
-            } else if (isLog && S_ISREG(status.st_mode)) {
-                files.push_back({path + "/" + std::string(name), attributesOf(status)});
-            }
-        }
-        for (const std::string& name : subdirectories) {
-            const Directory inner = openDirectory(descriptor, name.c_str(), O_NOFOLLOW);
-            if (!inner) continue;
-            std::string innerPath = path;
-            innerPath += '/';
-            innerPath += name;
-            visit(inner.get(), innerPath);
+    void visitRoot(const std::string& root) {
+        // The root itself may be a link: people keep their logs on other disks.
+        if (const Directory directory = openDirectory(AT_FDCWD, root.c_str(), 0)) {
+            visit(directory.get(), root);
+        } else if (errno != ENOENT) {
+            fail(root);
         }
     }
 
   private:
+    void visit(DIR* directory, const std::string& path) {
+        // Sub-directories come after the listing, so that only one directory a level is open at a
+        // time.
+        std::vector<std::string> subdirectories;
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the stream belongs to this call alone.
+        while (const dirent* entry = (errno = 0, ::readdir(directory)))
+            look(*entry, directory, path, subdirectories);
+        if (errno != 0) fail(path);
+        for (const std::string& name : subdirectories)
+            visitInner(::dirfd(directory), name, path + "/" + name);
+    }
+
+    void look(const dirent& entry, DIR* directory, const std::string& path,
+              std::vector<std::string>& subdirectories) {
+        const std::string_view name = entry.d_name;
+        if (name.starts_with('.')) return;
+        const bool isLog = isLogName(provider, name);
+        // Some file systems do not tell the type in the listing.
+        const bool unknown = entry.d_type == DT_UNKNOWN;
+        struct stat status = {};
+        if (unknown || (isLog && entry.d_type == DT_REG)) {
+            if (::fstatat(::dirfd(directory), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+                if (errno != ENOENT) fail(path + "/" + std::string(name));
+                return;
+            }
+        }
+        if (entry.d_type == DT_DIR || (unknown && S_ISDIR(status.st_mode))) {
+            subdirectories.emplace_back(name);
+        } else if (isLog && S_ISREG(status.st_mode)) {
+            listing.files.push_back({path + "/" + std::string(name), attributesOf(status)});
+        }
+    }
+
+    void visitInner(int parent, const std::string& name, const std::string& path) {
+        if (const Directory inner = openDirectory(parent, name.c_str(), O_NOFOLLOW)) {
+            visit(inner.get(), path);
+        } else if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP) {
+            // Those say that it went or became something else since it was listed.
+            fail(path);
+        }
+    }
+
+    void fail(const std::string& path) {
+        listing.failures.push_back({path, std::generic_category().message(errno)});
+    }
+
     ProviderID provider;
-    std::vector<LogFile>& files;
+    LogListing& listing;
 };
 
 std::optional<std::string_view> withoutPrefix(std::string_view path, std::string_view prefix) {
@@ -88,14 +115,11 @@ bool isLogName(ProviderID provider, std::string_view fileName) {
     return false;
 }
 
-std::vector<LogFile> findLogFiles(ProviderID provider, const std::filesystem::path& root) {
-    std::vector<LogFile> files;
-    // The root itself may be a link: people keep their logs on other disks.
-    if (const Directory directory = openDirectory(AT_FDCWD, root.c_str(), 0))
-        Finder(provider, files).visit(directory.get(), root.string());
-    std::sort(files.begin(), files.end(),
-              [](const LogFile& a, const LogFile& b) { return a.path < b.path; });
-    return files;
+LogListing findLogFiles(ProviderID provider, const std::filesystem::path& root) {
+    LogListing listing;
+    Finder(provider, listing).visitRoot(root.string());
+    std::ranges::sort(listing.files, {}, &LogFile::path);
+    return listing;
 }
 
 std::optional<std::string_view> pathBelow(const std::filesystem::path& root,

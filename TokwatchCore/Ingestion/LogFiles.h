@@ -16,13 +16,22 @@ struct LogFile {
     FileAttributes attributes;
 };
 
+struct LogListing {
+    struct Failure {
+        std::string path;
+        std::string reason; ///< "Permission denied"
+    };
+    std::vector<LogFile> files;
+    std::vector<Failure> failures; ///< what could not be listed; the rest was
+};
+
 /// Whether a file of this name holds the provider's usage.
 bool isLogName(ProviderID provider, std::string_view fileName);
 
 /// The provider's log files under one root, recursively, in the order of their paths' bytes. Hidden
-/// entries and symbolic links below the root are passed over, and so is what cannot be listed; a
-/// root that does not exist or is no directory has no files.
-std::vector<LogFile> findLogFiles(ProviderID provider, const std::filesystem::path& root);
+/// entries and symbolic links below the root are passed over. A root that does not exist has no
+/// files.
+LogListing findLogFiles(ProviderID provider, const std::filesystem::path& root);
 
 /// What of a path lies below the root, as the root is named or, where that name leads through
 /// links, as it really is; none for other paths.

@@ -284,6 +284,21 @@ void UsageStore::setLimits(const ProviderLimits& limits, ProviderID provider) {
     writeLimits(*db, limits, provider);
 }
 
+bool UsageStore::setLimitsIfNewer(const ProviderLimits& limits, ProviderID provider, Date now) {
+    const std::lock_guard lock(queue);
+    sqlite::Transaction transaction(*db);
+    try {
+        const std::optional<ProviderLimits> stored = readLimits(*db, provider);
+        if (stored && stored->fetchedAt >= limits.fetchedAt && stored->fetchedAt <= now)
+            return false;
+    } catch (const DecodingError&) {
+        // What nobody can read is as good as nothing.
+    }
+    writeLimits(*db, limits, provider);
+    transaction.commit();
+    return true;
+}
+
 void UsageStore::prune(Date before, const Calendar& calendar) {
     const std::lock_guard lock(queue);
     const std::string day = calendar.dayKey(before);

@@ -80,6 +80,9 @@ class UsageStore {
 
     std::optional<ProviderLimits> limits(ProviderID provider);
     void setLimits(const ProviderLimits& limits, ProviderID provider);
+    /// Stores a reading unless the stored one is as new; one from the future does not count.
+    /// Whether it was stored. Atomic among processes.
+    bool setLimitsIfNewer(const ProviderLimits& limits, ProviderID provider, Date now);
 
     /// Deletes all days before the day of `before`.
     void prune(Date before, const Calendar& calendar);
