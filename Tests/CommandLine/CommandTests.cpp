@@ -101,6 +101,23 @@ TEST_F(CommandTest, IndexesOnce) {
     EXPECT_THAT(here({"index"}).out, HasSubstr("0 new events, 0 B read in "));
 }
 
+TEST_F(CommandTest, SaysThatSomethingCouldNotBeRead) {
+    writeToday("a.jsonl", "msg_1");
+    json({"index"});
+    sqlite3* db = nullptr;
+    sqlite3_open(database().c_str(), &db);
+    sqlite3_exec(db, "UPDATE cursors SET json = '{}'", nullptr, nullptr, nullptr);
+    sqlite3_close(db);
+    const ProgramResult indexed = here({"index", "--json"});
+    EXPECT_EQ(indexed.status, 1);
+    EXPECT_EQ(parseJson(indexed.out)["unreadableFiles"], 1);
+    EXPECT_THAT(indexed.err, HasSubstr("tokwatch: 1 file could not be read\n"));
+    const ProgramResult reread = here({"reread", "claude"});
+    EXPECT_EQ(reread.status, 1);
+    EXPECT_THAT(reread.err, HasSubstr("do not decode"));
+    EXPECT_EQ(here({"reread", "codex"}).status, 1) << "the pass meets it all the same";
+}
+
 TEST_F(CommandTest, SummarisesADemoHome) {
     ASSERT_EQ(
         testing::runProgram({"python3", TOKWATCH_DEMO_HOME, (world / "home").string()}).status, 0);
@@ -166,7 +183,8 @@ TEST_F(CommandTest, LosesNothingWhenTheDiskIsFull) {
                              (world / "home").string(), "--data-dir", (world / "data").string()});
     EXPECT_EQ(full.status, 1);
     EXPECT_THAT(full.err, HasSubstr("could not be stored; the next run reads it again"));
-    EXPECT_THAT(full.err, HasSubstr("Tokwatch: indexing 9.jsonl failed: "));
+    EXPECT_THAT(full.err, HasSubstr("; so did "));
+    EXPECT_EQ(std::count(full.err.begin(), full.err.end(), '\n'), 2) << full.err;
     // Room again: what was stored is still there, and the rest follows.
     json({"index"});
     EXPECT_EQ(decodeUsageSummary(json({"summary"}), DateCoding::iso8601).tokens.output,

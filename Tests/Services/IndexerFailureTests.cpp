@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <limits>
 
 namespace tokwatch {
 namespace {
@@ -159,6 +160,15 @@ TEST_F(IndexerFailureTest, SurvivesWhatRealLogsHold) {
         EXPECT_EQ(outputTokens(), 5 * c.events);
     }
     EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(IndexerFailureTest, NamesTheFileOfAnAbsurdCount) {
+    ClaudeResponse absurd{"msg_1"};
+    absurd.input = absurd.output = std::numeric_limits<std::int64_t>::max();
+    home.write(claudeLog, absurd.line());
+    EXPECT_EXIT(index(), ::testing::ExitedWithCode(1),
+                "exceeds 64 bits \\(claude, " + absurd.model + ", " + absurd.timestamp +
+                    "; .*/a.jsonl");
 }
 
 TEST_F(IndexerFailureTest, KnowsFilesAgainWhoseNamesAreNoText) {

@@ -224,7 +224,7 @@ TEST(UsageSummary, StopsTheProgramWhenASumDoesNotFit) {
     DailyRow most = row(ProviderID::claude, "a", "2026-11-24", 0);
     most.tokens.cacheRead = std::numeric_limits<std::int64_t>::max();
     EXPECT_EXIT(summarizeDays(1, {most, row(ProviderID::codex, "a", "2026-11-24", 1)}),
-                ExitedWithCode(1), "fatal");
+                ExitedWithCode(1), "fatal: .*\\(codex, a, 2026-11-24\\)");
 }
 
 } // namespace

@@ -28,10 +28,6 @@ std::string secondsText(double seconds) {
     return text;
 }
 
-std::string counted(std::int64_t count, std::string_view noun) {
-    return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
-}
-
 void print(Terminal& terminal, const IndexReport& report) {
     Table table({{"Tool"},
                  {"New events", Table::Align::right},
@@ -53,6 +49,10 @@ void print(Terminal& terminal, const IndexReport& report) {
 }
 
 } // namespace
+
+std::string counted(std::int64_t count, std::string_view noun) {
+    return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
+}
 
 std::int64_t IndexReport::bytesRead() const {
     std::int64_t sum = 0;
@@ -89,6 +89,9 @@ void printIndexReport(const CommandEnvironment& environment, const IndexReport& 
     } else {
         print(environment.terminal, report);
     }
+}
+
+void requireWhole(const IndexReport& report) {
     // What could be read is in; that something is missing must not look like success.
     std::string unread;
     if (report.statistics.unreadableFiles > 0)
@@ -102,7 +105,9 @@ void printIndexReport(const CommandEnvironment& environment, const IndexReport& 
 int runIndex(const CommandEnvironment& environment) {
     environment.requireHome();
     const std::shared_ptr<UsageStore> store = environment.openStore();
-    printIndexReport(environment, runIndexPass(environment, store));
+    const IndexReport report = runIndexPass(environment, store);
+    printIndexReport(environment, report);
+    requireWhole(report);
     return exitOk;
 }
 

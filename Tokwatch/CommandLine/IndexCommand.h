@@ -16,8 +16,11 @@ struct IndexReport {
 IndexReport runIndexPass(const CommandEnvironment& environment,
                          const std::shared_ptr<UsageStore>& store);
 
-/// Throws CommandError after the report when some files or folders could not be read.
 void printIndexReport(const CommandEnvironment& environment, const IndexReport& report);
+/// Throws CommandError when some files or folders could not be read.
+void requireWhole(const IndexReport& report);
+/// "3 files"
+std::string counted(std::int64_t count, std::string_view noun);
 
 /// `tokwatch index`
 int runIndex(const CommandEnvironment& environment);

@@ -76,20 +76,6 @@ IndexOutcome IndexPass::run() {
     return outcome;
 }
 
-std::vector<std::filesystem::path> IndexPass::roots(ProviderID provider) const {
-    switch (provider) {
-    case ProviderID::claude:
-        return {env.locations.claudeProjects()};
-    case ProviderID::codex:
-        return {env.locations.codexRoots()[0], env.locations.codexRoots()[1]};
-    case ProviderID::grok:
-        return {env.locations.grokSessions()};
-    case ProviderID::cursor:
-        return {};
-    }
-    return {};
-}
-
 bool IndexPass::isKnownUnchanged(ProviderID provider, const LogFile& file) const {
     const auto found = cursorTexts.find(file.path);
     return provider != ProviderID::grok && found != cursorTexts.end() &&
@@ -139,7 +125,7 @@ std::optional<FileCursor> IndexPass::storedCursor(const std::string& path) const
 
 void IndexPass::findPending(ProviderID provider) {
     Part& part = parts.emplace_back(Part{{provider, 0, 0}, {provider, 0, 0, 0}});
-    for (const std::filesystem::path& root : roots(provider)) {
+    for (const std::filesystem::path& root : env.locations.logRoots(provider)) {
         for (LogFile& file : filesIn(provider, root)) {
             ++part.statistics.files;
             if (isKnownUnchanged(provider, file)) continue;

@@ -65,7 +65,6 @@ class IndexPass {
 
     void findPending(ProviderID provider);
     Part& partOf(ProviderID provider);
-    std::vector<std::filesystem::path> roots(ProviderID provider) const;
     bool isKnownUnchanged(ProviderID provider, const LogFile& file) const;
     std::vector<LogFile> filesIn(ProviderID provider, const std::filesystem::path& root);
     void noteFailures(const std::filesystem::path& root,

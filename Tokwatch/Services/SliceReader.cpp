@@ -1,5 +1,6 @@
 #include "SliceReader.h"
 
+#include "CheckedArithmetic.h"
 #include "FileAccess.h"
 #include "GrokUsageParser.h"
 
@@ -67,6 +68,8 @@ SliceReader::SliceReader(const std::vector<PendingFile>& pendingFiles, Clock clo
 std::optional<Slice> SliceReader::next() {
     if (at == files.size()) return std::nullopt;
     const PendingFile& pending = files[at];
+    const auto path = [&pending] { return pending.file.path; };
+    const SumOrigin origin(path);
     Slice slice;
     try {
         slice = pending.provider == ProviderID::grok ? readDocument(pending) : readLines(pending);

@@ -1,5 +1,6 @@
 #include "ClaudeLogParser.h"
 
+#include "CheckedArithmetic.h"
 #include "ISO8601.h"
 #include "JSONLine.h"
 #include "LeadingType.h"
@@ -115,6 +116,10 @@ std::optional<ClaudeLine> ClaudeLogParser::parseLine(std::string_view text) {
         line.messageID ? line.messageID : line.requestID;
     if (!identity || !line.timestamp || line.model == "<synthetic>") return std::nullopt;
     const std::optional<Date> timestamp = parseISO8601(*line.timestamp);
+    const auto origin = [&line] {
+        return usageOrigin(ProviderID::claude, line.model.value_or("unknown"), *line.timestamp);
+    };
+    const SumOrigin sumOrigin(origin);
     const TokenCounts tokens = countsOf(line.usage);
     if (!timestamp || tokens.total() <= 0) return std::nullopt;
     return ClaudeLine{{ProviderID::claude, std::string(line.model.value_or("unknown")),

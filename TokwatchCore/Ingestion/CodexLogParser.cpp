@@ -202,10 +202,13 @@ std::optional<CodexLine> CodexLogParser::parse(std::string_view text) {
     }
     if (line.type != "token_usage_record" || !payload.responseID || !payload.hasUsage)
         return std::nullopt;
-    return CodexLine::usage({ProviderID::codex, entryOr(context, "model", "unknown"),
+    std::string model = entryOr(context, "model", "unknown");
+    const auto origin = [&] { return usageOrigin(ProviderID::codex, model, *line.timestamp); };
+    const SumOrigin sumOrigin(origin);
+    const TokenCounts tokens = countsOf(payload.usage);
+    return CodexLine::usage({ProviderID::codex, std::move(model),
                              entryOr(context, "session", payload.session.value_or("")),
-                             std::string(*payload.responseID), *timestamp, countsOf(payload.usage),
-                             std::nullopt});
+                             std::string(*payload.responseID), *timestamp, tokens, std::nullopt});
 }
 
 } // namespace tokwatch

@@ -94,6 +94,10 @@ UsageEvent eventOf(const std::string& session, const Turn& turn, const ModelUsag
     event.sessionID = session;
     event.dedupKey = session + "#" + std::to_string(*turn.number) + "#" + usage.model;
     event.timestamp = *turn.endedAt;
+    const auto origin = [&] {
+        return usageOrigin(ProviderID::grok, usage.model, formatISO8601(*turn.endedAt));
+    };
+    const SumOrigin sumOrigin(origin);
     event.tokens.uncachedInput =
         std::max<std::int64_t>(checkedSubtract(usage.input, usage.cachedRead), 0);
     event.tokens.cacheRead = usage.cachedRead;

@@ -25,6 +25,22 @@ std::filesystem::path ProviderLocations::grokSessions() const {
     return home / ".grok/sessions";
 }
 
+std::vector<std::filesystem::path> ProviderLocations::logRoots(ProviderID provider) const {
+    switch (provider) {
+    case ProviderID::claude:
+        return {claudeProjects()};
+    case ProviderID::codex: {
+        const auto roots = codexRoots();
+        return {roots.begin(), roots.end()};
+    }
+    case ProviderID::grok:
+        return {grokSessions()};
+    case ProviderID::cursor:
+        return {};
+    }
+    return {};
+}
+
 std::filesystem::path ProviderLocations::codexHome() const {
     return home / ".codex";
 }

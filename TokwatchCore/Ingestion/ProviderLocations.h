@@ -4,6 +4,7 @@
 
 #include <array>
 #include <filesystem>
+#include <vector>
 
 namespace tokwatch {
 
@@ -15,6 +16,8 @@ struct ProviderLocations {
     /// Running sessions, then archived ones.
     std::array<std::filesystem::path, 2> codexRoots() const;
     std::filesystem::path grokSessions() const;
+    /// Where the assistant's logs are, in the order of reading; Cursor keeps none.
+    std::vector<std::filesystem::path> logRoots(ProviderID provider) const;
     std::filesystem::path codexHome() const;
     std::filesystem::path codexAuthFile() const;
     /// The state database of Cursor: the place of its macOS edition, or of its Linux one where that

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace tokwatch {
 
@@ -21,5 +22,12 @@ struct UsageEvent {
 
     friend bool operator==(const UsageEvent&, const UsageEvent&) = default;
 };
+
+/// "codex, gpt-5, 2026-03-10": whose usage it is, for messages.
+inline std::string usageOrigin(ProviderID provider, std::string_view model, std::string_view day) {
+    std::string text(rawValue(provider));
+    text.append(", ").append(model).append(", ").append(day);
+    return text;
+}
 
 } // namespace tokwatch

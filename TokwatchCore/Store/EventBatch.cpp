@@ -1,5 +1,7 @@
 #include "EventBatch.h"
 
+#include "CheckedArithmetic.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -132,6 +134,8 @@ void EventBatch::addToRow(const UsageEvent& event, const std::string& day) {
     const RowKey key{event.provider, event.model, day};
     const auto [found, inserted] = rows.try_emplace(key);
     RowSums& row = found->second;
+    const auto describe = [&key] { return usageOrigin(key.provider, key.model, key.day); };
+    const SumOrigin sumOrigin(describe);
     if (inserted) row.stored = storedCounts(key);
     row.stored += event.tokens;
     if (event.reportedCostUSD) {

@@ -1,6 +1,7 @@
 #include "UsageSummary.h"
 
 #include "CheckedArithmetic.h"
+#include "UsageEvent.h"
 
 #include <algorithm>
 #include <map>
@@ -45,6 +46,8 @@ class Summarizer {
     Summarizer(const SummaryWindow& w, const PriceTable& p) : window(w), prices(p) {}
 
     void add(const DailyRow& row) {
+        const auto describe = [&row] { return usageOrigin(row.provider, row.model, row.day); };
+        const SumOrigin sumOrigin(describe);
         const PricedCost cost = prices.cost(row.model, row.tokens, row.reportedUSD);
         const std::int64_t tokens = row.tokens.total();
         ProviderSums& provider = providers[row.provider];
@@ -52,6 +55,7 @@ class Summarizer {
         Sums& providerDay = provider.byDay[row.day];
         Sums& day = days[row.day].all;
         summary.tokens += row.tokens;
+        totalTokens = summary.tokens.total();
         model.tokens += row.tokens;
         for (Sums* sums : {&provider.all, &providerDay, &day})
             sums->tokens = checkedAdd(sums->tokens, tokens);
@@ -78,7 +82,6 @@ class Summarizer {
     UsageSummary finish(std::int64_t dayCount) {
         summary.days = std::max<std::int64_t>(dayCount, 1);
         summary.windowEnd = window.today;
-        totalTokens = summary.tokens.total();
         // The map's order is the providers' declaration order.
         for (const auto& [provider, sums] : providers) {
             addTool(provider, sums);
