@@ -26,7 +26,7 @@ def stamp():
 
 
 class Session(threading.Thread):
-    """One log and its writer. `ended` holds the keys of finished responses and the moment of their last line."""
+    """One log and its writer. `ended` holds the keys of finished responses, the moment of their last line and the lines."""
 
     def __init__(self, number, path, seconds, seed):
         super().__init__()
@@ -61,7 +61,7 @@ class Session(threading.Thread):
                 output = final if n == lines else 2 if self.placeholder else final * n // lines
                 self.write(self.line(key, output, "tool_use" if n == lines else None))
                 if n == lines:
-                    self.ended[key] = time.time()
+                    self.ended[key] = (time.time(), lines)
                 elif self.mixed and self.random.random() < .3:
                     self.between()
                 time.sleep(self.random.uniform(.2, 3))
@@ -84,8 +84,8 @@ class Watch(threading.Thread):
         connection.close()
 
 
-def sums(database):
-    connection = sqlite3.connect(database)
+def sums(data):
+    connection = sqlite3.connect(data + "/Tokwatch/usage.sqlite")
     rows = connection.execute("SELECT * FROM daily ORDER BY 1, 2, 3").fetchall()
     connection.close()
     return rows
@@ -107,7 +107,7 @@ def main():
     followed, once = os.path.join(world, "followed"), os.path.join(world, "once")
     follower = subprocess.Popen([program, "status", "--follow", "--data-dir", followed], env=environment,
                                 stdout=subprocess.DEVNULL)
-    database = followed + "/usage.sqlite"
+    database = followed + "/Tokwatch/usage.sqlite"
     try:
         while not os.path.exists(database):
             time.sleep(.05)
@@ -128,13 +128,17 @@ def main():
         follower.wait()
     subprocess.run([program, "index", "--data-dir", once], env=environment, check=True, stdout=subprocess.DEVNULL)
     ended = {key: moment for session in sessions for key, moment in session.ended.items()}
-    delays = sorted(watch.seen[key] - moment for key, moment in ended.items() if key in watch.seen)
-    output = [sum(row[7] for row in sums(path + "/usage.sqlite")) for path in (followed, once)]
+    never = len(set(ended) - set(watch.seen))
+    output = [sum(row[7] for row in sums(path)) for path in (followed, once)]
     print("%d responses in %d sessions: %d of %d output tokens counted, %d lost" % (
         len(ended), len(sessions), output[0], output[1], output[1] - output[0]))
-    print("from the last line to the store: median %.2f s, nine of ten within %.2f s, most %.2f s; %d never" % (
-        statistics.median(delays), delays[len(delays) * 9 // 10], delays[-1], len(ended) - len(delays)))
-    sys.exit(sums(followed + "/usage.sqlite") != sums(once + "/usage.sqlite"))
+    for what, least, most in (("one line", 1, 1), ("several lines", 2, 5)):
+        delays = sorted(watch.seen[key] - moment for key, (moment, lines) in ended.items()
+                        if least <= lines <= most and key in watch.seen)
+        print("%s: %d responses, from the last line to the store median %.2f s, nine of ten within %.2f s, most %.2f s" % (
+            what, len(delays), statistics.median(delays), delays[len(delays) * 9 // 10], delays[-1]))
+    print("%d responses were not in the store at the end" % never)
+    sys.exit(sums(followed) != sums(once))
 
 
 if __name__ == "__main__":

@@ -105,7 +105,7 @@ class Days : protected testing::ModelWorld {
             settle();
             break;
         case 6:
-            model->reread(any(allProviders));
+            model->reread(any(allCases<ProviderID>));
             settle();
             break;
         case 7:
@@ -140,13 +140,13 @@ class Days : protected testing::ModelWorld {
             break;
         case 1: {
             std::set<ProviderID> disabled;
-            for (const ProviderID id : allProviders)
+            for (const ProviderID id : allCases<ProviderID>)
                 if (chance(0.2)) disabled.insert(id);
             preferences->disabledProviders = disabled;
             break;
         }
         default: {
-            std::vector<ProviderID> order(allProviders.begin(), allProviders.end());
+            std::vector<ProviderID> order(allCases<ProviderID>.begin(), allCases<ProviderID>.end());
             std::ranges::shuffle(order, random);
             preferences->providerOrder = order;
         }

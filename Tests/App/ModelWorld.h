@@ -99,7 +99,7 @@ class ModelWorld {
   public:
     ModelWorld() : ModelWorld(dateFromUnixSeconds(1'768'000'000)) {}
     explicit ModelWorld(Date start) : time(start) {
-        for (const ProviderID id : allProviders) {
+        for (const ProviderID id : allCases<ProviderID>) {
             sources[id] = std::make_shared<FakeLimitsProvider>(id);
             providers[id] = sources[id];
         }

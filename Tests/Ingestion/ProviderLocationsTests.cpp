@@ -24,10 +24,10 @@ TEST(ProviderLocations, TellWhichAssistantsLeftTraces) {
           {".config/Cursor/User/globalStorage/state.vscdb", ProviderID::cursor}}) {
         const testing::TemporaryDirectory home;
         const ProviderLocations locations{home.path()};
-        for (const ProviderID provider : allProviders)
+        for (const ProviderID provider : allCases<ProviderID>)
             EXPECT_FALSE(locations.isPresent(provider)) << c.path;
         std::filesystem::create_directories(home / c.path);
-        for (const ProviderID provider : allProviders)
+        for (const ProviderID provider : allCases<ProviderID>)
             EXPECT_EQ(locations.isPresent(provider), provider == c.present) << c.path;
     }
     EXPECT_FALSE(ProviderLocations{"/nowhere/at/all"}.isPresent(ProviderID::claude));

@@ -1,4 +1,5 @@
 #include "LimitBarModel.h"
+#include "WindowLabel.h"
 
 #include <gmock/gmock.h>
 
@@ -21,6 +22,25 @@ LimitWindow window(double used, std::optional<double> duration = std::nullopt,
     window.duration = duration;
     if (secondsToReset) window.resetsAt = now + Seconds{*secondsToReset};
     return window;
+}
+
+TEST(WindowLabel, TellsWhenASessionLastsForDays) {
+    struct Case {
+        const char* id;
+        std::optional<double> duration;
+        std::string label;
+    };
+    for (const Case& c : {Case{"session", {}, "L"},
+                          {"session", fiveHours, "L"},
+                          {"session", 86'400, "L · 1 day"},
+                          {"session", 604'800, "L · 7 days"},
+                          {"session", std::numeric_limits<double>::infinity(), "L"},
+                          {"weekly", 604'800, "L"}}) {
+        LimitWindow shown = window(0, c.duration);
+        shown.id = c.id;
+        shown.label = "L";
+        EXPECT_EQ(windowLabel(shown), c.label);
+    }
 }
 
 TEST(LimitBarModel, IsFullAgainOnceTheResetHasPassed) {

@@ -16,6 +16,7 @@ TEST(TokenCounts, LeavesReasoningOutOfTheTotal) {
     EXPECT_EQ((TokenCounts{1, 2, 4, 8, 16, 32}).cacheWrite(), 12);
     EXPECT_EQ((TokenCounts{1, 2, 4, 8, 16, 32} + TokenCounts{1, 1, 1, 1, 1, 1}),
               (TokenCounts{2, 3, 5, 9, 17, 33}));
+    EXPECT_EQ(TokenCounts::zero.total(), 0);
 }
 
 TEST(TokenCountsDeathTest, StopsTheProgramRatherThanWrap) {
@@ -28,7 +29,7 @@ TEST(TokenCountsDeathTest, StopsTheProgramRatherThanWrap) {
 }
 
 TEST(ProviderID, IsFoundByItsExactRawValue) {
-    for (const ProviderID provider : allProviders)
+    for (const ProviderID provider : allCases<ProviderID>)
         EXPECT_EQ(providerFromRawValue(rawValue(provider)), provider);
     for (const char* other : {"Claude", "CODEX", "", "claude ", "gemini"})
         EXPECT_FALSE(providerFromRawValue(other).has_value()) << other;

@@ -190,7 +190,7 @@ TEST_F(SettingsViewTest, ReReadsWithProgress) {
 }
 
 TEST_F(SettingsViewTest, OpensTheToolsOwnPages) {
-    for (const ProviderID id : allProviders)
+    for (const ProviderID id : allCases<ProviderID>)
         view->providers()->openUsagePage(QString::fromStdString(std::string(rawValue(id))));
     EXPECT_THAT(world.opened, ElementsAre("https://claude.ai/settings/usage",
                                           "https://chatgpt.com/codex/settings/usage",

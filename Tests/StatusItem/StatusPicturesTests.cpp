@@ -22,7 +22,7 @@ constexpr int sides[] = {16, 22, 24, 32, 48, 64};
 
 std::vector<std::optional<ProviderID>> allMarks() {
     std::vector<std::optional<ProviderID>> marks{std::nullopt};
-    marks.insert(marks.end(), allProviders.begin(), allProviders.end());
+    marks.insert(marks.end(), allCases<ProviderID>.begin(), allCases<ProviderID>.end());
     return marks;
 }
 

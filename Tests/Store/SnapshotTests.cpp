@@ -105,7 +105,7 @@ TEST(Snapshot, ListsAProviderForItsLimitsOrAnyUsageAlone) {
                      point("2026-03-30T08:00:00Z", ProviderID::codex, 0, 0.25)};
     const Snapshot snapshot =
         Snapshot::make(summary, {{ProviderID::grok, ProviderLimits{}}},
-                       {allProviders.begin(), allProviders.end()}, now, berlin);
+                       {allCases<ProviderID>.begin(), allCases<ProviderID>.end()}, now, berlin);
     ASSERT_THAT(snapshot.providers, SizeIs(2));
     EXPECT_EQ(snapshot.providers[0].id, ProviderID::codex);
     EXPECT_EQ(snapshot.providers[1].id, ProviderID::grok);

@@ -2,6 +2,7 @@
 
 #include "LimitBarModel.h"
 #include "Preferences.h"
+#include "WindowLabel.h"
 
 #include <algorithm>
 #include <iterator>
@@ -31,7 +32,7 @@ const LimitWindow* menuBarWindow(const Preferences& preferences, const LimitsByP
 std::string tooltipLine(ProviderID provider, const LimitWindow& window, Date now) {
     const LimitBarModel bar(window, now);
     std::string line(displayName(provider));
-    line += " · " + window.label + ' ' + bar.percentLeftText + " left";
+    line += " · " + windowLabel(window) + ' ' + bar.percentLeftText + " left";
     if (bar.resetText && *bar.resetText != "now") line += " · resets in " + *bar.resetText;
     return line;
 }
@@ -136,7 +137,7 @@ std::vector<WindowChoice> windowChoices(const LimitsByProvider& limits, Provider
     std::vector<WindowChoice> choices;
     if (const ProviderLimits* known = limitsOf(limits, provider))
         for (const LimitWindow& window : known->windows)
-            choices.push_back({provider, window.id, window.label});
+            choices.push_back({provider, window.id, windowLabel(window)});
     return choices;
 }
 

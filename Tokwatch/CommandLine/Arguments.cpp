@@ -113,7 +113,7 @@ void addSummary(CLI::App& app, Invocation& invocation, SummaryOptions& options) 
 
 std::map<std::string, ProviderID> providersByName() {
     std::map<std::string, ProviderID> providers;
-    for (const ProviderID each : allProviders)
+    for (const ProviderID each : allCases<ProviderID>)
         providers.emplace(rawValue(each), each);
     return providers;
 }

@@ -6,6 +6,7 @@
 #include "Preferences.h"
 #include "RefreshPolicy.h"
 #include "Table.h"
+#include "WindowLabel.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -99,7 +100,7 @@ class LimitsPrinter {
   private:
     void addWindow(const LimitWindow& window, Date fetchedAt) {
         const LimitBarModel model(window, now);
-        table.add({{"  " + fitted(window.label, longestLabel)},
+        table.add({{"  " + fitted(windowLabel(window), longestLabel)},
                    {model.percentLeftText + " left", toneOf(model.leftFraction)},
                    {track(model.leftFraction), toneOf(model.leftFraction)},
                    {resetText(model)},

@@ -1,11 +1,8 @@
 #include "UserPaths.h"
 
-#include <pwd.h>
-#include <unistd.h>
+#include "ProviderLocations.h"
 
 #include <cstdlib>
-#include <string>
-#include <vector>
 
 namespace tokwatch {
 namespace {
@@ -16,22 +13,11 @@ std::filesystem::path variable(const char* name) {
     return value == nullptr ? std::filesystem::path() : std::filesystem::path(value);
 }
 
-std::filesystem::path homeOfAccount() {
-    std::vector<char> buffer(16'384);
-    struct passwd account {};
-    struct passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &account, buffer.data(), buffer.size(), &found) != 0 ||
-        found == nullptr)
-        return {};
-    return found->pw_dir;
-}
-
 } // namespace
 
 UserPaths UserPaths::current() {
     UserPaths paths;
-    paths.home = variable("HOME");
-    if (paths.home.empty()) paths.home = homeOfAccount();
+    paths.home = ProviderLocations::shared().home;
     // A relative data home is invalid by the base directory rules and counts as not set.
     const std::filesystem::path data = variable("XDG_DATA_HOME");
     if (data.is_absolute()) {

@@ -20,7 +20,7 @@ double atLeast(double bound, double value) {
 }
 
 ProviderList everyProvider() {
-    return {allProviders.begin(), allProviders.end()};
+    return {allCases<ProviderID>.begin(), allCases<ProviderID>.end()};
 }
 
 /// Each provider once: the given ones in their order, then the others in declaration order.
@@ -30,7 +30,7 @@ ProviderList completed(const ProviderList& given) {
         if (std::ranges::count(order, provider) == 0) order.push_back(provider);
     };
     std::ranges::for_each(given, append);
-    std::ranges::for_each(allProviders, append);
+    std::ranges::for_each(allCases<ProviderID>, append);
     return order;
 }
 

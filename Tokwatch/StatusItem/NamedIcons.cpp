@@ -29,7 +29,7 @@ std::string_view word(Severity severity) {
 
 std::vector<std::optional<ProviderID>> allMarks() {
     std::vector<std::optional<ProviderID>> marks{std::nullopt};
-    marks.insert(marks.end(), allProviders.begin(), allProviders.end());
+    marks.insert(marks.end(), allCases<ProviderID>.begin(), allCases<ProviderID>.end());
     return marks;
 }
 

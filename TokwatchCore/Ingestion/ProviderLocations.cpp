@@ -1,6 +1,11 @@
 #include "ProviderLocations.h"
 
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cstdlib>
 #include <system_error>
+#include <vector>
 
 namespace tokwatch {
 namespace {
@@ -11,7 +16,28 @@ bool isThere(const std::filesystem::path& path) {
     return std::filesystem::exists(path, ignored);
 }
 
+std::filesystem::path homeOfAccount() {
+    std::vector<char> buffer(16'384);
+    struct passwd account = {};
+    struct passwd* found = nullptr;
+    if (getpwuid_r(getuid(), &account, buffer.data(), buffer.size(), &found) != 0 ||
+        found == nullptr)
+        return {};
+    return found->pw_dir;
+}
+
+std::filesystem::path homeOfUser() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
+    const char* home = std::getenv("HOME");
+    return home == nullptr || *home == '\0' ? homeOfAccount() : std::filesystem::path(home);
+}
+
 } // namespace
+
+const ProviderLocations& ProviderLocations::shared() {
+    static const ProviderLocations own{homeOfUser()};
+    return own;
+}
 
 std::filesystem::path ProviderLocations::claudeProjects() const {
     return home / ".claude/projects";

@@ -12,6 +12,9 @@ namespace tokwatch {
 struct ProviderLocations {
     std::filesystem::path home;
 
+    /// Of the user's own home: $HOME, else the password database's. Found out at the first call.
+    static const ProviderLocations& shared();
+
     std::filesystem::path claudeProjects() const;
     /// Running sessions, then archived ones.
     std::array<std::filesystem::path, 2> codexRoots() const;

@@ -6,9 +6,9 @@ namespace tokwatch {
 
 std::optional<ProviderID> providerFromRawValue(std::string_view raw) {
     const auto* found =
-        std::find_if(allProviders.begin(), allProviders.end(),
+        std::find_if(allCases<ProviderID>.begin(), allCases<ProviderID>.end(),
                      [raw](ProviderID provider) { return rawValue(provider) == raw; });
-    if (found == allProviders.end()) return std::nullopt;
+    if (found == allCases<ProviderID>.end()) return std::nullopt;
     return *found;
 }
 

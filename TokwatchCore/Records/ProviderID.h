@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <string_view>
 
@@ -9,8 +10,12 @@ namespace tokwatch {
 /// A supported assistant. The declaration order is the default order wherever all are listed.
 enum class ProviderID { claude, codex, grok, cursor };
 
-inline constexpr std::array allProviders{ProviderID::claude, ProviderID::codex, ProviderID::grok,
-                                         ProviderID::cursor};
+/// All values of an enumeration in the order of their declaration.
+template<typename Enumeration>
+inline constexpr std::nullptr_t allCases = nullptr;
+template<>
+inline constexpr std::array<ProviderID, 4> allCases<ProviderID>{
+    ProviderID::claude, ProviderID::codex, ProviderID::grok, ProviderID::cursor};
 
 /// "claude": as stored, encoded and typed on the command line.
 constexpr std::string_view rawValue(ProviderID provider) {

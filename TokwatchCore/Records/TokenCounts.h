@@ -15,6 +15,8 @@ struct TokenCounts {
     std::int64_t reasoning =
         0; ///< the part of the output that was reasoning, where the tool says so
 
+    static const TokenCounts zero;
+
     /// Both cache lifetimes together. A sum beyond 64 bits stops the program, here and below.
     std::int64_t cacheWrite() const;
 
@@ -25,5 +27,7 @@ struct TokenCounts {
     friend TokenCounts operator+(TokenCounts a, const TokenCounts& b) { return a += b; }
     friend bool operator==(const TokenCounts&, const TokenCounts&) = default;
 };
+
+inline constexpr TokenCounts TokenCounts::zero{};
 
 } // namespace tokwatch

@@ -153,7 +153,7 @@ TokenCounts EventBatch::storedCounts(const RowKey& key) {
     const std::string day(key.day);
     sqlite::Use select(db.statement(selectRow));
     select->bind(1, provider).bind(2, model).bind(3, day);
-    if (!select->step()) return {};
+    if (!select->step()) return TokenCounts::zero;
     return {select->integer(0), select->integer(1), select->integer(2),
             select->integer(3), select->integer(4), select->integer(5)};
 }

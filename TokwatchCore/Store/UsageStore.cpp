@@ -126,7 +126,7 @@ std::unordered_map<std::string, std::string> readCursorTexts(sqlite::Connection&
 /// Limits that `to` does not know, or only as they were earlier. Mere convenience: what fails is
 /// fetched again.
 void carryLimits(sqlite::Connection& from, sqlite::Connection& to) {
-    for (const ProviderID provider : allProviders) {
+    for (const ProviderID provider : allCases<ProviderID>) {
         try {
             const std::optional<ProviderLimits> known = readLimits(from, provider);
             if (!known) continue;

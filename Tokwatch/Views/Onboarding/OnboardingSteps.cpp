@@ -56,7 +56,7 @@ OnboardingStep nothingFound(const ProviderLocations& locations) {
 
 std::vector<OnboardingStep> onboardingSteps(const ProviderLocations& locations) {
     std::vector<OnboardingStep> steps;
-    for (const ProviderID provider : allProviders)
+    for (const ProviderID provider : allCases<ProviderID>)
         if (locations.isPresent(provider)) steps.push_back(step(provider, locations));
     if (steps.empty()) steps.push_back(nothingFound(locations));
     return steps;

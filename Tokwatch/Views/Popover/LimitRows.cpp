@@ -5,6 +5,7 @@
 #include "StatusNotice.h"
 #include "Text.h"
 #include "TimeTexts.h"
+#include "WindowLabel.h"
 
 #include <algorithm>
 
@@ -25,7 +26,7 @@ QString resetSentence(const std::optional<std::string>& resetText) {
 LimitRow limitRow(const LimitWindow& window, const LimitJudgement& judgement, Date now) {
     const LimitBarModel bar(window, now);
     LimitRow row;
-    row.label = text(window.label);
+    row.label = text(windowLabel(window));
     row.leftText = text(bar.percentLeftText);
     row.resetText = resetSentence(bar.resetText);
     row.paceSymbol = text(symbolName(bar.pace));
