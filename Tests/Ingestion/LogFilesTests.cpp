@@ -71,12 +71,5 @@ TEST(LogFiles, AreFoundUnderALinkedRootAndWithAnyName) {
     }
 }
 
-TEST(LogFiles, AreNoneWithoutADirectory) {
-    const TemporaryDirectory home;
-    home.write("file.jsonl", "");
-    EXPECT_THAT(namesUnder(home / "absent"), IsEmpty());
-    EXPECT_THAT(namesUnder(home / "file.jsonl"), IsEmpty());
-}
-
 } // namespace
 } // namespace tokwatch

@@ -1,6 +1,5 @@
 #include "IndexerServiceFixture.h"
 #include "OrdinaryUser.h"
-#include "SQLite.h"
 
 #include <atomic>
 #include <filesystem>
@@ -111,19 +110,6 @@ TEST_F(IndexerFailureTest, LogsFilesThatItMayNotReadAndReadsTheRest) {
     EXPECT_EQ(index().newEvents, 2);
 }
 
-TEST_F(IndexerFailureTest, LeavesAFileAloneWhoseCursorDoesNotDecode) {
-    home.write(".claude/projects/p/1.jsonl", ClaudeResponse{"msg_1"}.line());
-    home.write(".claude/projects/p/2.jsonl", ClaudeResponse{"msg_2"}.line());
-    // A path with a provider and an offset but no inode.
-    const std::string path = (home / ".claude/projects/p/1.jsonl").string();
-    sqlite::Connection((home / "data/usage.sqlite").string())
-        .execute(
-            ("INSERT INTO cursors VALUES('" + path + R"(','{"path":"","offset":1}'))").c_str());
-    EXPECT_EQ(index().newEvents, 1);
-    EXPECT_THAT(log.lines(), ElementsAre("Tokwatch: indexing 1.jsonl failed: No value for the key "
-                                         "\"inode\"."));
-}
-
 TEST_F(IndexerFailureTest, SurvivesWhatRealLogsHold) {
     const std::string good = ClaudeResponse{"next"}.line();
     const std::string unread = R"({"x":%,)" + ClaudeResponse{"msg_1"}.line().substr(1);
@@ -185,19 +171,6 @@ TEST_F(IndexerFailureTest, KnowsFilesAgainWhoseNamesAreNoText) {
     store->resetCursors(ProviderID::claude);
     index(sum);
     EXPECT_GT(bytes, 500);
-}
-
-TEST_F(IndexerFailureTest, LogsAFileThatVanishedBeforeItWasRead) {
-    home.write(".claude/projects/p/1.jsonl", ClaudeResponse{"msg_1"}.line());
-    home.write(".claude/projects/p/2.jsonl", ClaudeResponse{"msg_2"}.line());
-    // The first progress report comes after the listing and before the second file is read.
-    const auto vanish = [this](const IndexingProgress&) {
-        std::filesystem::remove(home / ".claude/projects/p/2.jsonl");
-    };
-    EXPECT_EQ(index(vanish).newEvents, 1);
-    EXPECT_THAT(
-        log.lines(),
-        ElementsAre("Tokwatch: indexing 2.jsonl failed: 2.jsonl: No such file or directory"));
 }
 
 } // namespace

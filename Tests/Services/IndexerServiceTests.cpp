@@ -17,18 +17,6 @@ using ::testing::IsEmpty;
 const std::string claudeLog = ".claude/projects/p/a.jsonl";
 const std::string codexLog = ".codex/sessions/2026/03/10/rollout.jsonl";
 
-TEST_F(IndexerServiceTest, ReadsOnFromWhereItStopped) {
-    home.write(claudeLog,
-               ClaudeResponse{"msg_1"}.line() + ClaudeResponse{"msg_2"}.line().substr(0, 40));
-    EXPECT_EQ(index(), (IndexOutcome{1, false}));
-    EXPECT_EQ(index(), (IndexOutcome{0, false}));
-    home.append(claudeLog,
-                ClaudeResponse{"msg_2"}.line().substr(40) + ClaudeResponse{"msg_1"}.line());
-    EXPECT_EQ(index(), (IndexOutcome{1, false}));
-    EXPECT_EQ(outputTokens(), 10);
-    EXPECT_THAT(log.lines(), IsEmpty());
-}
-
 TEST_F(IndexerServiceTest, ReadsNoMoreThanItsScope) {
     const std::filesystem::path named = home.write(claudeLog, ClaudeResponse{"msg_1"}.line());
     home.write(".claude/projects/p/other.jsonl", ClaudeResponse{"msg_2"}.line());
@@ -96,52 +84,7 @@ TEST_F(IndexerServiceTest, CountsAHeldResponseOnceItGoesNoFurther) {
     EXPECT_EQ(index(), (IndexOutcome{1, false})) << "its writer may have died";
     EXPECT_EQ(index(), (IndexOutcome{0, false}));
     EXPECT_EQ(indexer().statistics().providers[0].bytesRead, 0);
-
-    // A log that is replaced meanwhile says what counts.
-    response.id = "msg_3";
-    response.timestamp = "2026-03-10T12:31:00Z";
-    home.append(claudeLog, response.line() + response.line());
-    EXPECT_EQ(index().newEvents, 0);
-    response.stopReason = "\"end_turn\"";
-    response.output = 70;
-    home.write(claudeLog, response.line());
-    EXPECT_EQ(index(), (IndexOutcome{1, false}));
-    EXPECT_EQ(outputTokens(), 80);
 }
-
-/// Two writers in one log, the conversation and its agents, as they stream.
-class StreamingLog {
-  public:
-    explicit StreamingLog(unsigned seed) : random(seed) {}
-
-    /// What is written next, at this moment.
-    std::string next(Date now) {
-        Writer& writer = writers[random() % 2];
-        if (writer.linesLeft == 0) begin(writer);
-        ClaudeResponse& response = writer.response;
-        response.timestamp = formatISO8601(now);
-        response.output += static_cast<std::int64_t>(random() % 100);
-        // Some responses are broken off: nothing more comes, and then another one begins.
-        const bool isLast = --writer.linesLeft == 0 && random() % 8 > 0;
-        response.stopReason = isLast ? "\"tool_use\"" : "null";
-        return response.line() + (random() % 3 == 0 ? "{\"type\":\"user\"}\n" : "");
-    }
-    unsigned upTo(unsigned limit) { return static_cast<unsigned>(random()) % limit; }
-    std::int64_t responses = 0;
-
-  private:
-    struct Writer {
-        ClaudeResponse response;
-        unsigned linesLeft = 0;
-    };
-    void begin(Writer& writer) {
-        writer.response = {.id = "msg_" + std::to_string(responses++), .output = 1};
-        writer.response.isSidechain = &writer == &writers[1];
-        writer.linesLeft = 1 + upTo(5);
-    }
-    std::minstd_rand random;
-    std::array<Writer, 2> writers;
-};
 
 TEST_F(IndexerServiceTest, LosesNothingOfWhatIsStreamedBetweenItsPasses) {
     for (unsigned seed = 1; seed <= 20; ++seed) {
@@ -149,22 +92,39 @@ TEST_F(IndexerServiceTest, LosesNothingOfWhatIsStreamedBetweenItsPasses) {
         store = std::make_shared<UsageStore>(":memory:");
         service.reset();
         home.write(claudeLog, "");
-        StreamingLog streaming(seed);
+        std::minstd_rand random(seed);
+        const auto upTo = [&random](unsigned limit) {
+            return static_cast<unsigned>(random()) % limit;
+        };
+        // The conversation and its agents, who write into one log.
+        std::array<ClaudeResponse, 2> writers;
+        std::array<unsigned, 2> linesLeft{};
         std::string unwritten;
+        std::int64_t responses = 0;
         std::int64_t counted = 0;
         for (int step = 0; step < 100; ++step) {
-            time.advance(Seconds{0.2 + streaming.upTo(28) / 10.0});
-            unwritten += streaming.next(time.now());
+            time.advance(Seconds{0.2 + upTo(28) / 10.0});
+            const unsigned who = upTo(2);
+            ClaudeResponse& response = writers.at(who);
+            if (linesLeft.at(who)-- == 0) {
+                response = {.id = "msg_" + std::to_string(responses++), .isSidechain = who == 1};
+                linesLeft.at(who) = upTo(5);
+            }
+            response.timestamp = formatISO8601(time.now());
+            response.output += upTo(100);
+            // Some are broken off: nothing more comes, and then another one begins.
+            const bool isLast = linesLeft.at(who) == 0 && upTo(8) > 0;
+            response.stopReason = isLast ? "\"tool_use\"" : "null";
+            unwritten += response.line() + (upTo(3) == 0 ? "{\"type\":\"user\"}\n" : "");
             // Writes end anywhere in a line.
-            const std::size_t written = unwritten.size() - streaming.upTo(2) * 30;
+            const std::size_t written = unwritten.size() - upTo(2) * 30;
             home.append(claudeLog, unwritten.substr(0, written));
             unwritten.erase(0, written);
-            if (streaming.upTo(3) == 0) counted += index().newEvents;
+            if (upTo(3) == 0) counted += index().newEvents;
         }
         home.append(claudeLog, unwritten);
         time.advance(Seconds{60});
-        counted += index().newEvents;
-        EXPECT_EQ(counted, streaming.responses);
+        EXPECT_EQ(counted + index().newEvents, responses);
         const UsageSummary followed = summary();
         store = std::make_shared<UsageStore>(":memory:");
         service.reset();
@@ -257,22 +217,6 @@ TEST_F(IndexerServiceTest, ReadsAFileLargerThanASliceInOnePass) {
                                 static_cast<std::int64_t>(lines.size())}));
     EXPECT_LT(seen.front().bytesRead, seen.back().bytesRead);
     EXPECT_EQ(outputTokens(), 100);
-}
-
-TEST_F(IndexerServiceTest, FindsTheSameWhateverThePassesAre) {
-    // Enough for the reader to run ahead, with keys that repeat across files.
-    const std::string noise = R"({"type":"user","content":")" + std::string(20'000, 'x') + "\"}\n";
-    for (int f = 0; f < 20; ++f) {
-        std::string lines;
-        for (int i = 0; i < 20; ++i)
-            lines += ClaudeResponse{"msg_" + std::to_string(f / 2 * 20 + i)}.line() + noise;
-        home.write(".claude/projects/p/" + std::to_string(f) + ".jsonl", lines);
-    }
-    EXPECT_EQ(index().newEvents, 200);
-    const UsageSummary once = summary();
-    store->resetCursors(ProviderID::claude);
-    EXPECT_EQ(index().newEvents, 0);
-    EXPECT_EQ(summary(), once);
 }
 
 TEST_F(IndexerServiceTest, RunsOnePassAtATimeAndKeepsOneWaiting) {

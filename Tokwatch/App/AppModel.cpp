@@ -407,8 +407,9 @@ void AppModel::refresh() {
 void AppModel::askForLimits() {
     if (!areLimitsAllowed()) return;
     for (const ProviderID provider : present()) {
-        QCoro::Task<> fetch = services.limitsService.refresh(provider, true);
-        if (!fetch.isReady()) fetches.push_back(std::move(fetch));
+        const auto last = fetches.find(provider);
+        if (last != fetches.end() && !last->second.isReady()) continue;
+        fetches.insert_or_assign(provider, services.limitsService.refresh(provider, true));
     }
 }
 
@@ -423,8 +424,8 @@ QCoro::Task<> AppModel::refreshWhileWanted() {
     do {
         co_await pass(all);
         while (self && !fetches.empty()) {
-            const QCoro::Task<> fetch = std::move(fetches.back());
-            fetches.pop_back();
+            const QCoro::Task<> fetch = std::move(fetches.begin()->second);
+            fetches.erase(fetches.begin());
             co_await fetch;
         }
         if (!self) co_return;

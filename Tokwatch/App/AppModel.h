@@ -175,7 +175,7 @@ class AppModel : public QObject {
     bool isPruning = false;
     Role ownRole = Role::showing;
     CoalescedTask refreshing;
-    std::vector<QCoro::Task<>> fetches;          ///< that a refresh began and waits for
+    std::map<ProviderID, QCoro::Task<>> fetches; ///< the last of each that a refresh waits for
     std::map<std::string, Date> unfinishedFiles; ///< by path, when they are due
     std::unique_ptr<ScheduledCall> nextFollowUp;
     std::vector<std::filesystem::path> watchedRoots;

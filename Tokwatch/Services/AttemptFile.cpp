@@ -103,7 +103,7 @@ AttemptFile::Records AttemptFile::read() const {
         const auto text = readWholeFile(directory / "attempts.json", largestFile);
         if (!text) return records;
         const Json json = parseJson(*text);
-        for (const ProviderID provider : allProviders) {
+        for (const ProviderID provider : allCases<ProviderID>) {
             const std::string key(rawValue(provider));
             if (const Json* record = coding::optional(coding::object(json), key.c_str()))
                 records.emplace(provider, decode(*record));
