@@ -156,6 +156,8 @@ void AppModel::beginWork() {
 
 void AppModel::endWork() {
     services.limitsService.stop();
+    nextFollowUp.reset();
+    unfinishedFiles.clear();
     watcher.reset();
     watchedRoots.clear();
 }
