@@ -13,6 +13,8 @@
 
 #include <optional>
 
+#include <sys/stat.h>
+
 namespace kivo {
 namespace {
 
@@ -115,6 +117,7 @@ TEST_F(Panel, FollowsTheSettingsOfXfceLive) {
 TEST(BarStyleSheet, TellsTheColourOfText) {
     TemporaryDirectory folder;
     folder.write("palette.css", "@define-color text #CDD6F4; @define-color base @text;");
+    folder.write("up/palette.css", "@import url( \"../palette.css\" );");
     folder.write("circle.css", "@import 'circle.css'; @define-color a @b; @define-color b @a;");
     struct Case {
         const char* sheet;
@@ -132,6 +135,8 @@ TEST(BarStyleSheet, TellsTheColourOfText) {
              {"@import url('palette.css'); #waybar { color: alpha(@text, 0.5); }", "#cdd6f4"},
              {"#waybar { color: #11223344; }", "#112233"},
              {"@keyframes blink { to { color: #fff; } } window { color: #123; }", "#112233"},
+             {"@import 'up/palette.css'; @media print { a { b: c; } } window { color: @base }",
+              "#cdd6f4"},
              {"#waybar { color: @theme_text_color; }", nullptr},
              {"#waybar { background: white; }", nullptr},
              {"@import 'circle.css'; #waybar { color: @a; }", nullptr},
@@ -146,14 +151,35 @@ TEST(BarStyleSheet, TellsTheColourOfText) {
     EXPECT_FALSE(barTextColour(QString::fromStdString(folder / "missing.css")));
 }
 
+TEST(BarStyleSheet, EndsSoonWhateverItIs) {
+    const TemporaryDirectory folder;
+    ASSERT_EQ(::mkfifo((folder / "pipe.css").c_str(), 0600), 0);
+    std::string twice = "@import 'style.css'; @import 'pipe.css';";
+    std::string imports(900'000, ' ');
+    for (std::size_t at = 0; at + 8 < imports.size(); at += 8)
+        imports.replace(at, 8, "@import ");
+    std::string comments;
+    for (int i = 0; i < 300'000; ++i)
+        comments += "/*/";
+    // Each took seconds, minutes or for ever.
+    for (const std::string& sheet :
+         {twice + twice + twice + twice + twice, imports, comments, std::string(900'000, '{'),
+          "#waybar { color: alpha(" + std::string(900'000, ' ') + "; }"}) {
+        const std::string path = folder.write("style.css", "#tray { color: #123 } " + sheet);
+        EXPECT_EQ(barTextColour(QString::fromStdString(path)), QColor("#123"))
+            << sheet.substr(0, 40);
+    }
+}
+
 TEST(BarStyleSheet, IsNamedOnTheCommandLineOrInTheUsersSettings) {
     TemporaryDirectory folder;
     const std::string sheet = folder.write("waybar/style.css", "");
     qputenv("XDG_CONFIG_HOME", folder.path().c_str());
     EXPECT_EQ(barStyleSheet(0).toStdString(), sheet);
 
-    const auto sheetOf = [](const QStringList& arguments) {
+    const auto sheetOf = [&folder](const QStringList& arguments) {
         QProcess bar;
+        bar.setWorkingDirectory(QString::fromStdString(folder.path()));
         bar.start("sh", QStringList{"-c", "echo; read line", "bar"} + arguments);
         bar.waitForReadyRead();
         const QString result = barStyleSheet(static_cast<uint>(bar.processId()));
@@ -164,6 +190,7 @@ TEST(BarStyleSheet, IsNamedOnTheCommandLineOrInTheUsersSettings) {
     EXPECT_EQ(sheetOf({"-c", "config", "-s", "/a.css"}), "/a.css");
     EXPECT_EQ(sheetOf({"--style", "/b.css"}), "/b.css");
     EXPECT_EQ(sheetOf({"--style=/c.css"}), "/c.css");
+    EXPECT_EQ(sheetOf({"--style", "d.css"}), folder.path() / "d.css");
     EXPECT_EQ(sheetOf({"--bar", "x"}), sheet);
 }
 
