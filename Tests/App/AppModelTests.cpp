@@ -62,6 +62,13 @@ TEST_F(AppModelTest, WatchesTheRootsThatExistAfterTheFirstPass) {
     EXPECT_EQ(watch.started, 1);
     EXPECT_THAT(watch.roots, ElementsAre(home / ".claude/projects"));
     EXPECT_EQ(indexer.waiting(), 1U); // for what was written before the watch began
+    finishAllPasses();
+    advance(300);
+    EXPECT_EQ(watch.started, 1);
+    watch.isRunning = false;
+    finishAllPasses();
+    advance(300);
+    EXPECT_EQ(watch.started, 2) << "one that ended is begun again";
 }
 
 TEST_F(AppModelTest, PicksUpAnAssistantInstalledLater) {

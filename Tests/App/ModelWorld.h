@@ -79,6 +79,7 @@ struct FakeWatch {
     std::function<void(std::vector<std::string>)> onChange;
     int started = 0;
     int ended = 0;
+    bool isRunning = true;
 
     std::unique_ptr<FileWatch> start(std::vector<std::filesystem::path> newRoots,
                                      std::function<void(std::vector<std::string>)> call) {
@@ -88,6 +89,7 @@ struct FakeWatch {
         struct Handle final : FileWatch {
             explicit Handle(FakeWatch& owner) : watch(owner) {}
             ~Handle() override { ++watch.ended; }
+            bool isRunning() const override { return watch.isRunning; }
             FakeWatch& watch;
         };
         return std::make_unique<Handle>(*this);

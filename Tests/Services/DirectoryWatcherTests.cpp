@@ -18,6 +18,7 @@ class DirectoryWatcherTest : public ::testing::Test {
     struct Stream final : FileEventStream {
         explicit Stream(DirectoryWatcherTest& owner) : test(owner) { ++test.streams; }
         ~Stream() override { --test.streams; }
+        bool isRunning() const override { return !test.ended; }
         DirectoryWatcherTest& test;
     };
 
@@ -37,6 +38,7 @@ class DirectoryWatcherTest : public ::testing::Test {
     }
 
     bool fails = false;
+    bool ended = false;
     int opened = 0;
     int streams = 0; ///< that run
     std::vector<std::string> watchedPaths;
@@ -75,6 +77,11 @@ TEST_F(DirectoryWatcherTest, StaysStoppedWithoutPathsOrStream) {
     fails = false;
     watcher.start();
     EXPECT_TRUE(watcher.isRunning());
+    ended = true;
+    EXPECT_FALSE(watcher.isRunning());
+    watcher.start();
+    EXPECT_EQ(opened, 3);
+    EXPECT_EQ(streams, 1);
 }
 
 TEST_F(DirectoryWatcherTest, PassesOnWhatLiesBelowItsDirectories) {

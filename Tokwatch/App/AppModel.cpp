@@ -549,7 +549,7 @@ QCoro::Task<> AppModel::reattachStore() {
 
 void AppModel::startWatching() {
     std::vector<std::filesystem::path> roots = existingRoots();
-    if (watcher && roots == watchedRoots) return;
+    if (watcher && watcher->isRunning() && roots == watchedRoots) return;
     const QPointer<AppModel> self(this);
     // The new watch begins before the old one ends, so that no change falls between them.
     watcher = services.watchFiles(roots, [self](std::vector<std::string> paths) {

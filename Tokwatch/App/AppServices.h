@@ -25,6 +25,9 @@ class UsageStore;
 class FileWatch {
   public:
     virtual ~FileWatch() = default;
+
+    /// False where it could not begin, or has ended by itself.
+    virtual bool isRunning() const = 0;
 };
 
 /// Watches existing directories with all that is below them. The callback gets changed paths, or a

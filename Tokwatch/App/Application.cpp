@@ -31,6 +31,8 @@ class WatchedDirectories final : public FileWatch {
         watcher.start();
     }
 
+    bool isRunning() const override { return watcher.isRunning(); }
+
   private:
     DirectoryWatcher watcher;
 };

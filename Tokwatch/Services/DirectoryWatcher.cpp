@@ -33,7 +33,8 @@ DirectoryWatcher::~DirectoryWatcher() {
 }
 
 void DirectoryWatcher::start() {
-    if (stream || paths.empty()) return;
+    if (isRunning() || paths.empty()) return;
+    stream.reset();
     if (roots.empty())
         for (const std::filesystem::path& path : paths)
             roots.emplace_back(withoutTrailingSlash(resolved(path)));

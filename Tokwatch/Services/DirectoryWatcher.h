@@ -27,10 +27,11 @@ class DirectoryWatcher {
     DirectoryWatcher(const DirectoryWatcher&) = delete;
     DirectoryWatcher& operator=(const DirectoryWatcher&) = delete;
 
-    /// Does nothing when it runs already or has no paths.
+    /// Does nothing when it runs already or has no paths. Where the stream could not be had, or has
+    /// ended by itself, a further call tries again.
     void start();
     void stop();
-    bool isRunning() const { return stream != nullptr; }
+    bool isRunning() const { return stream && stream->isRunning(); }
 
   private:
     void handle(const std::vector<FileEvent>& batch) const;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tokwatch {
@@ -23,10 +24,16 @@ class FileEventStream {
   public:
     virtual ~FileEventStream() = default;
 
+    /// False once the stream has ended by itself. Callable from any thread.
+    virtual bool isRunning() const = 0;
+
     /// Takes the events of about one latency, each once, in the order of their first occurrence.
     /// Runs on the stream's own thread, one batch at a time.
     using OnEvents = std::function<void(std::vector<FileEvent> batch)>;
 };
+
+/// What the watching thread is called; the system shows the last word as far as it fits.
+constexpr std::string_view directoryWatcherLabel = "app.tokwatch.directory-watcher";
 
 /// Starts a stream over directories, of what happens from now on. A batch is delivered `latency`
 /// after its first event, however long events keep coming. Null when there can be none.

@@ -36,6 +36,12 @@ timespec fileClock() {
     return now;
 }
 
+std::string threadName() {
+    constexpr std::size_t longestName = 15; // the kernel's limit
+    const std::size_t lastWord = directoryWatcherLabel.rfind('.') + 1;
+    return std::string(directoryWatcherLabel.substr(lastWord, longestName));
+}
+
 std::filesystem::path nearestExisting(std::filesystem::path path) {
     std::error_code ignored;
     while (!std::filesystem::is_directory(path, ignored) && path.has_relative_path())
@@ -74,7 +80,7 @@ InotifyStream::~InotifyStream() {
 }
 
 void InotifyStream::run(timespec start) {
-    pthread_setname_np(pthread_self(), "directory-watch");
+    pthread_setname_np(pthread_self(), threadName().c_str());
     try {
         openMissingRoots(start);
         while (wait()) {
@@ -84,6 +90,7 @@ void InotifyStream::run(timespec start) {
     } catch (const std::exception& error) {
         systemLog("watching the logs failed: " + std::string(error.what()));
     }
+    ended = true;
 }
 
 // Time

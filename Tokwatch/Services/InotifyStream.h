@@ -4,6 +4,7 @@
 #include "FileEventStream.h"
 #include "InotifyWatches.h"
 
+#include <atomic>
 #include <chrono>
 #include <ctime>
 #include <limits>
@@ -32,6 +33,8 @@ class InotifyStream final : public FileEventStream {
     InotifyStream(const std::vector<std::string>& paths, Seconds latency, OnEvents onEvents,
                   std::size_t watchLimit = std::numeric_limits<std::size_t>::max());
     ~InotifyStream() override;
+
+    bool isRunning() const override { return !ended; }
 
   private:
     using Steady = std::chrono::steady_clock;
@@ -72,6 +75,7 @@ class InotifyStream final : public FileEventStream {
     Steady::time_point due;                  ///< of the batch, when there is one
     bool overflowLogged = false;
     bool exhaustionLogged = false;
+    std::atomic<bool> ended = false;
     std::thread thread; ///< last, as it uses the others
 };
 
