@@ -197,14 +197,22 @@ TEST_F(CommandTest, ExaminesTheInstallation) {
     world.write("home/.codex/auth.json", R"({"tokens":{"access_token":"SECRET"}})");
     std::filesystem::create_directories(world / "home/.grok");
     world.write("home/.grok/sessions", "a file, not a directory");
+    world.write("config/Tokwatch/Tokwatch.conf", "[General]\nno setting\n");
+    here({"index"});
+    std::filesystem::permissions(database().parent_path(), std::filesystem::perms{0755});
+    std::filesystem::permissions(database(), std::filesystem::perms{0644});
     const ProgramResult result = here({"doctor"});
     EXPECT_EQ(result.status, 1) << "something is broken here";
     for (const char* part :
          {".claude/projects: 1 file", ".codex/sessions does not exist", "is not a directory",
-          "auth.json is there", "is sound", "as of 20", "Days are counted in UTC",
-          "2 directories to watch, the system allows ", "refresh requests are not heard"})
+          "auth.json is there", "is sound", "as of 20",
+          "usage.sqlite is open to other users; tokwatch doctor --fix", "line 2 of",
+          "Days are counted in UTC", "2 directories to watch, the system allows ",
+          "refresh requests are not heard"})
         EXPECT_THAT(result.out, HasSubstr(part));
     EXPECT_EQ(result.out.find("SECRET"), std::string::npos);
+    EXPECT_THAT(here({"doctor", "--fix"}).out, HasSubstr("was open to other users and is closed"));
+    EXPECT_THAT(here({"doctor"}).out, HasSubstr("what is stored is open to you alone"));
 }
 
 } // namespace

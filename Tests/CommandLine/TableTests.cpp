@@ -1,5 +1,8 @@
 #include "Table.h"
 
+#include "PlainText.h"
+#include "RecordCoding.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -44,10 +47,29 @@ TEST(Table, DrawsBarsToAnEighth) {
     EXPECT_EQ(bar(std::nan(""), 2), "");
 }
 
-TEST(Table, CutsLongNamesAndDefusesControlCharacters) {
+TEST(Table, CutsLongNames) {
     EXPECT_EQ(fitted("short", 5), "short");
     EXPECT_EQ(fitted("ünïcödé", 4), "ünï…");
-    EXPECT_EQ(fitted("a\033[31mb\n", 20), "a?[31mb?");
+}
+
+TEST(Terminal, IsCommandedByOurColoursAlone) {
+    // "a", then what it is about, then "b": C0, C1, marks of direction, separators, no UTF-8.
+    for (const char* text : {"a\033b", "a\177b", "a\u009bb", "a\u202eb", "a\u2066b", "a\u200fb",
+                             "a\u061cb", "a\u2028b",
+                             "a\x9b"
+                             "b",
+                             "a\tb", "a\nb"}) {
+        EXPECT_EQ(fitted(text, 20), "a?b");
+        for (const bool colour : {false, true}) {
+            Table table({{""}});
+            table.add({{text, Tone::red}});
+            EXPECT_EQ(printed(table, colour), colour ? "\033[31ma?b\033[0m\n" : "a?b\n") << text;
+        }
+    }
+    EXPECT_EQ(plainText("ünïcödé — 日本 😀"), "ünïcödé — 日本 😀");
+    const std::string line = jsonText(Json{{"a\u202e", "\u009b\u2028é\177\033"}});
+    EXPECT_EQ(line, R"({"a\u202e":"\u009b\u2028é\u007f\u001b"})");
+    EXPECT_EQ(parseJson(line)["a\u202e"], "\u009b\u2028é\177\033");
 }
 
 } // namespace

@@ -245,6 +245,7 @@ def show_consent(world, network, program):
     check("no refresh token is sent", not [request for request in network.requests if SECRETS[1] in request])
     network.names.clear()
     network.greeted.clear()
+    network.requests.clear()
 
 
 def show_contacts(world, network):
@@ -321,7 +322,7 @@ def threads(process):
 
 def show_sharing(world, working):
     idle = world.follow()
-    check("of two followers one works", "indexer" in threads(working) and "indexer" not in threads(idle))
+    check("of two followers one works", "directory-watch" in threads(working) and "directory-watch" not in threads(idle))
     stop(working)
     before = world.tokens("claude")
     world.write("home/.claude/projects/p/c.jsonl", claude_line("three"))

@@ -39,7 +39,7 @@ DemoWorld::DemoWorld(Home kind) : ModelWorld(dateFromUnixSeconds(demoMoment)), c
     *prices = PriceTable::bundled();
     if (kind == Home::demo) {
         std::filesystem::copy(demoHome(), home.path(), std::filesystem::copy_options::recursive);
-        IndexerService(store, ProviderLocations{home.path()}, Calendar::utc, clock)
+        IndexerService(store, ProviderLocations{home.path()}, Calendar::utc, time.clock())
             .index()
             .result();
     }

@@ -41,7 +41,7 @@ TEST(BreakdownRows, LeadWithTheUnitAndRankByIt) {
     EXPECT_EQ(byCost[0],
               (BreakdownRow{"claude/opus", "1", "claude", "opus", "~$7.50", "1.00K tokens", "75.0%",
                             "opus, Claude, about $7.50, 1.00K tokens, 75.0% of cost", 0.75, 0}));
-    EXPECT_EQ(byCost[1].title, "grok \"4\", beta");
+    EXPECT_EQ(byCost[1].title, "grok?\"4\", beta");
     EXPECT_EQ(byCost[1].series, 2);
     EXPECT_EQ(byCost[2].value, "—");
     EXPECT_EQ(byCost[2].spoken, "new, Claude, price unknown, 6.00K tokens, 0% of cost");
@@ -75,7 +75,7 @@ TEST(BreakdownRows, AreATableForPeopleAndOneForPrograms) {
                   .toStdString(),
               "#  Provider  Model           Tokens    Cost  Share\n"
               "1  Claude    opus             1.00K  ~$7.50  75.0%\n"
-              "2  Grok      grok \"4\", beta   3.00K  ~$2.50  25.0%\n"
+              "2  Grok      grok?\"4\", beta   3.00K  ~$2.50  25.0%\n"
               "3  Claude    new              6.00K       —     0%\n");
     EXPECT_EQ(Breakdown(example(), BreakdownMode::model, SummaryUnit::cost, utc)
                   .data()

@@ -81,6 +81,8 @@ TEST_F(PreferenceKeysTest, SaysWhatAValueMayBe) {
         EXPECT_EQ(get(name), before);
     }
     EXPECT_EQ(set("criticalThreshold", "0.2"), std::nullopt); // the highest below 0.25
+    EXPECT_EQ(set("warningThreshold", "0.15"), std::nullopt);
+    EXPECT_EQ(get("criticalThreshold"), "0.1");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "Preferences.h"
 
+#include "CapturedLog.h"
 #include "EventLoop.h"
 #include "TemporaryDirectory.h"
 
@@ -8,6 +9,8 @@
 #include <QTimer>
 
 #include <gmock/gmock.h>
+
+#include <sys/stat.h>
 
 #include <fstream>
 
@@ -147,12 +150,41 @@ TEST_F(PreferencesTest, FallsBackWhereTheFileMakesNoSense) {
     EXPECT_FALSE(preferences.lastPruneAt());
 }
 
-TEST_F(PreferencesTest, SurvivesABrokenFile) {
-    Process broken = reading(std::string("\0\xff[[[=\nnot settings at all", 26));
-    EXPECT_EQ(broken.preferences.warningThreshold, 0.25);
+TEST_F(PreferencesTest, NamesLinesThatAreNoSettingsAndSavesTheOthers) {
+    const testing::CapturedLog log;
+    Process broken = reading(
+        std::string("[General]\nwarningThreshold=0.3\n\0\xff[[[=\nno setting\n; note\n[x", 57));
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("line 4 of "), HasSubstr("line 6 of ")));
     broken.preferences.tintEnabled = false;
-    broken.preferences.save();
-    EXPECT_FALSE(Process(file).preferences.tintEnabled);
+    EXPECT_TRUE(broken.preferences.save());
+    Process again(file);
+    EXPECT_FALSE(again.preferences.tintEnabled);
+    EXPECT_EQ(again.preferences.warningThreshold, 0.3);
+    EXPECT_EQ(log.lines().size(), 2U);
+}
+
+TEST_F(PreferencesTest, NeitherWaitsForNorReplacesWhatIsNoOrdinaryFile) {
+    const testing::CapturedLog log;
+    Process process = reading("[General]\nwarningThreshold=0.3\n");
+    const auto isRefused = [&](const char* reason) {
+        process.preferences.reload();
+        process.preferences.tintEnabled = !process.preferences.tintEnabled;
+        EXPECT_FALSE(process.preferences.save());
+        Process fresh(file);
+        EXPECT_EQ(fresh.preferences.warningThreshold, 0.25) << "the defaults hold";
+        fresh.preferences.tintEnabled = false;
+        EXPECT_FALSE(fresh.preferences.save());
+        EXPECT_THAT(log.lines().back(), HasSubstr(reason));
+    };
+    std::filesystem::resize_file(file, 2'000'000);
+    isRefused("is too large");
+    std::filesystem::remove(file);
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+    isRefused("is not a regular file");
+    std::filesystem::remove(file);
+    std::filesystem::create_directory(file);
+    isRefused("is not a regular file");
+    EXPECT_EQ(process.preferences.warningThreshold, 0.3) << "what was read last";
 }
 
 TEST_F(PreferencesTest, KeepsCriticalBelowWarningWhenReading) {
@@ -161,16 +193,16 @@ TEST_F(PreferencesTest, KeepsCriticalBelowWarningWhenReading) {
         double expectedWarning, expectedCritical;
     };
     for (const auto& [warning, critical, expectedWarning, expectedCritical] :
-         {Case{"0.05", "0.1", 0.1, 0.05}, Case{"0.25", "0.2", 0.25, 0.2},
-          Case{"0.25", "0.24", 0.25, 0.2}, Case{"0.25", "0.01", 0.25, 0.05},
-          Case{"0.1", "0.01", 0.1, 0.05}, Case{"nan", "nan", 0.1, 0.05},
-          Case{"-1", "-1", 0.1, 0.05}}) {
+         {Case{"0.05", "0.1", 0.1, 0.05}, Case{"0.15", "0.3", 0.15, 0.1},
+          Case{"0.25", "0.2", 0.25, 0.2}, Case{"0.25", "0.24", 0.25, 0.2},
+          Case{"0.25", "0.01", 0.25, 0.05}, Case{"0.1", "0.01", 0.1, 0.05},
+          Case{"nan", "nan", 0.1, 0.05}, Case{"-1", "-1", 0.1, 0.05}}) {
         const TemporaryDirectory directory;
         Process process(
             directory.write("settings.conf", std::string("[General]\nwarningThreshold=") + warning +
                                                  "\ncriticalThreshold=" + critical + '\n'));
-        EXPECT_DOUBLE_EQ(process.preferences.warningThreshold, expectedWarning) << warning;
-        EXPECT_DOUBLE_EQ(process.preferences.criticalThreshold, expectedCritical) << critical;
+        EXPECT_EQ(process.preferences.warningThreshold, expectedWarning) << warning;
+        EXPECT_EQ(process.preferences.criticalThreshold, expectedCritical) << critical;
     }
 }
 

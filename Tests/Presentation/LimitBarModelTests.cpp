@@ -57,10 +57,16 @@ TEST(LimitBarModel, IsFullAgainOnceTheResetHasPassed) {
 TEST(LimitBarModel, CutsThePercentageOff) {
     const std::vector<std::pair<double, const char*>> cases{
         {0.0, "100%"}, {0.375, "62%"}, {0.63, "37%"}, {0.999, "0%"},
-        {1.0, "0%"},   {1.25, "-25%"}, {1.005, "0%"},
+        {1.0, "0%"},   {1.25, "-25%"}, {1.005, "0%"}, {0.991, "0%"},
     };
     for (const auto& [used, text] : cases)
         EXPECT_EQ(LimitBarModel(window(used), now).percentLeftText, text) << used;
+    for (int used = 0; used <= 100; ++used) {
+        const LimitBarModel bar(window(used / 100.0), now);
+        EXPECT_EQ(bar.percentLeftText, std::to_string(100 - used) + '%');
+        EXPECT_TRUE(isAtOrBelow(bar.leftFraction, (100 - used) / 100.0)) << used;
+        EXPECT_FALSE(isAtOrBelow(bar.leftFraction, (99.99 - used) / 100.0)) << used;
+    }
 }
 
 TEST(LimitBarModel, SaysOnlyWhatIsKnown) {

@@ -62,8 +62,8 @@ Severity severity(const Preferences& preferences, const std::vector<ProviderID>&
         least = std::min(least.value_or(left), left);
     }
     if (!least) return Severity::normal;
-    if (*least <= preferences.criticalThreshold) return Severity::critical;
-    if (*least <= preferences.warningThreshold) return Severity::warning;
+    if (isAtOrBelow(*least, preferences.criticalThreshold)) return Severity::critical;
+    if (isAtOrBelow(*least, preferences.warningThreshold)) return Severity::warning;
     return Severity::normal;
 }
 

@@ -217,9 +217,15 @@ void addReread(CLI::App& app, Invocation& invocation, ProviderID& provider) {
     });
 }
 
-void addDoctor(CLI::App& app, Invocation& invocation) {
-    addDataCommand(app, invocation, "doctor", "Tell what was found, what works and what does not")
-        .callback([&invocation] { invocation.run = runDoctor; });
+void addDoctor(CLI::App& app, Invocation& invocation, bool& fix) {
+    CLI::App& command = addDataCommand(app, invocation, "doctor",
+                                       "Tell what was found, what works and what does not");
+    command.add_flag("--fix", fix, "Close to other users what they may read of the data");
+    command.callback([&] {
+        invocation.run = [&fix](const CommandEnvironment& environment) {
+            return runDoctor(environment, fix ? Closing::apply : Closing::offer);
+        };
+    });
 }
 
 /// The first line of what the parser says; some of its messages have several.
@@ -243,6 +249,7 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     StatusOptions title;
     SettingArguments setting;
     ProviderID rereadProvider = ProviderID::claude;
+    bool fix = false;
     addPaths(app, invocation);
     addIndex(app, invocation);
     addSummary(app, invocation, summary);
@@ -252,7 +259,7 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     addReread(app, invocation, rereadProvider);
     addSnapshot(app, invocation);
     addPreferences(app, invocation, setting);
-    addDoctor(app, invocation);
+    addDoctor(app, invocation, fix);
 
     try {
         app.parse(argc, argv);

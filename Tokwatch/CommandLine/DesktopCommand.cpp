@@ -11,7 +11,8 @@ namespace tokwatch {
 namespace {
 
 bool isSet(const char* name) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment once there are
+    // threads.
     const char* value = std::getenv(name);
     return value != nullptr && *value != '\0';
 }

@@ -5,6 +5,8 @@
 #include "Doctor.h"
 #include "ISO8601.h"
 #include "LogFiles.h"
+#include "Preferences.h"
+#include "SettingsFile.h"
 #include "SnapshotStore.h"
 #include "WatchExamination.h"
 
@@ -27,7 +29,8 @@ bool isReadable(const std::string& path) {
 
 class Examination {
   public:
-    explicit Examination(const CommandEnvironment& e) : environment(e), places(e.locations()) {}
+    Examination(const CommandEnvironment& e, Closing c)
+        : environment(e), closing(c), places(e.locations()) {}
 
     std::vector<Finding> run() {
         examineRoot(ProviderID::claude, places.claudeProjects());
@@ -37,7 +40,9 @@ class Examination {
         examineCursor();
         examineLogins();
         examineStore();
+        std::ranges::move(examinePrivacy(environment.paths, closing), std::back_inserter(findings));
         examinePrices();
+        examineSettings();
         examineSnapshot();
         findings.push_back(examineWatches(roots));
         std::ranges::move(examineDesktop(), std::back_inserter(findings));
@@ -121,6 +126,14 @@ class Examination {
         }
     }
 
+    void examineSettings() {
+        const std::filesystem::path file = settingsPath();
+        const std::vector<std::string> faults = settingsFaults(file);
+        for (const std::string& fault : faults)
+            add("Settings", settingsObstacle(file) ? Health::bad : Health::note, fault);
+        if (faults.empty()) add("Settings", Health::good, file.string());
+    }
+
     void examineSnapshot() {
         const auto snapshot = SnapshotStore(environment.paths.snapshotDirectory()).read();
         if (snapshot)
@@ -148,6 +161,7 @@ class Examination {
     }
 
     const CommandEnvironment& environment;
+    const Closing closing;
     ProviderLocations places;
     std::vector<std::filesystem::path> roots;
     std::vector<std::string> models;
@@ -156,9 +170,9 @@ class Examination {
 
 } // namespace
 
-int runDoctor(const CommandEnvironment& environment) {
+int runDoctor(const CommandEnvironment& environment, Closing closing) {
     environment.requireHome();
-    const std::vector<Finding> findings = Examination(environment).run();
+    const std::vector<Finding> findings = Examination(environment, closing).run();
     if (environment.json) {
         environment.terminal.line(jsonText(encode(findings)));
     } else {

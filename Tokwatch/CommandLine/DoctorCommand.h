@@ -1,10 +1,12 @@
 #pragma once
 
 #include "CommandEnvironment.h"
+#include "PrivacyExamination.h"
 
 namespace tokwatch {
 
 /// `tokwatch doctor`: what was found where and what of it works. Status 1 when something is broken.
-int runDoctor(const CommandEnvironment& environment);
+/// What other users may read of the data is closed where that is wanted.
+int runDoctor(const CommandEnvironment& environment, Closing closing);
 
 } // namespace tokwatch

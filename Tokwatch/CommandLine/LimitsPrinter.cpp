@@ -134,8 +134,8 @@ class LimitsPrinter {
     }
 
     Tone toneOf(double left) const {
-        if (left <= preferences.criticalThreshold.peek()) return Tone::red;
-        if (left <= preferences.warningThreshold.peek()) return Tone::yellow;
+        if (isAtOrBelow(left, preferences.criticalThreshold.peek())) return Tone::red;
+        if (isAtOrBelow(left, preferences.warningThreshold.peek())) return Tone::yellow;
         return Tone::green;
     }
 

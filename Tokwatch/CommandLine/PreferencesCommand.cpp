@@ -63,7 +63,7 @@ int runPreferencesSet(const CommandEnvironment& environment, const std::string& 
         return exitUsage;
     }
     if (!user.preferences.save())
-        throw CommandError("writing " + user.settings->fileName().toStdString() + " failed");
+        throw CommandError("writing " + settingsPath().string() + " failed");
     return exitOk;
 }
 

@@ -78,7 +78,7 @@ StatusReport statusReport(const Preferences& preferences, const LimitsByProvider
     const ProviderID provider = *report.title.provider;
     const LimitWindow* shown = menuBarWindow(preferences, provider, limits.at(provider), now);
     // Cut off, not rounded, so that it is the number in the text.
-    report.percentLeft = static_cast<int>(LimitBarModel(*shown, now).leftFraction * 100);
+    report.percentLeft = static_cast<int>(wholePercent(LimitBarModel(*shown, now).leftFraction));
     return report;
 }
 

@@ -1,5 +1,7 @@
 #include "Table.h"
 
+#include "PlainText.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -26,9 +28,7 @@ std::size_t displayWidth(std::string_view text) {
 }
 
 std::string fitted(std::string_view text, std::size_t most) {
-    std::string clean(text);
-    std::replace_if(
-        clean.begin(), clean.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }, '?');
+    const std::string clean = plainText(text);
     if (displayWidth(clean) <= most) return clean;
     std::size_t end = 0;
     for (std::size_t columns = 0; end < clean.size(); ++end) {

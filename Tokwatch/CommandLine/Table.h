@@ -12,8 +12,8 @@ namespace tokwatch {
 /// wide.
 std::size_t displayWidth(std::string_view text);
 
-/// The text cut to at most `most` columns, with an ellipsis where something is missing. Control
-/// characters, which a log may smuggle into a name, come out as "?".
+/// The text cut to at most `most` columns, with an ellipsis where something is missing, and
+/// plain (`plainText`).
 std::string fitted(std::string_view text, std::size_t most);
 
 /// A horizontal bar of `width` columns whose `fraction` (0…1) is filled, to an eighth of a column.

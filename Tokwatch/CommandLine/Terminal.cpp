@@ -1,5 +1,7 @@
 #include "Terminal.h"
 
+#include "PlainText.h"
+
 #include <stdio_ext.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -40,7 +42,8 @@ const char* codeOf(Tone tone) {
 }
 
 const char* variable(const char* name) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment once there are
+    // threads.
     return std::getenv(name);
 }
 
@@ -53,6 +56,13 @@ int columnsOf(std::FILE* stream) {
     winsize size{};
     if (ioctl(fileno(stream), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return defaultColumns;
     return size.ws_col;
+}
+
+/// The length of one of `paint`'s codes at the front of the text.
+std::size_t colourCode(std::string_view text) {
+    if (!text.starts_with("\033[")) return 0;
+    const std::size_t end = text.find_first_not_of("0123456789", 2);
+    return end != std::string_view::npos && text[end] == 'm' ? end + 1 : 0;
 }
 
 } // namespace
@@ -75,15 +85,23 @@ void Terminal::write(std::string_view text) {
 }
 
 void Terminal::line(std::string_view text) {
-    write(text);
-    write("\n");
+    std::string plain;
+    while (!text.empty()) {
+        const std::size_t code = colour ? colourCode(text) : 0;
+        plain += text.substr(0, code);
+        text.remove_prefix(code);
+        const std::size_t next = text.find('\033', 1);
+        plain += plainText(text.substr(0, next));
+        text.remove_prefix(std::min(next, text.size()));
+    }
+    write(plain + '\n');
 }
 
 void Terminal::error(std::string_view message) {
     clearTransient();
-    std::string text = "tokwatch: " + std::string(message);
+    std::string text(message);
     std::replace(text.begin(), text.end(), '\n', ' ');
-    text += '\n';
+    text = "tokwatch: " + plainText(text) + '\n';
     std::fwrite(text.data(), 1, text.size(), err);
 }
 
@@ -102,8 +120,8 @@ void Terminal::clearTransient() {
 }
 
 std::string Terminal::paint(Tone tone, std::string_view text) const {
-    if (!colour || tone == Tone::plain) return std::string(text);
-    return codeOf(tone) + std::string(text) + "\033[0m";
+    if (!colour || tone == Tone::plain) return plainText(text);
+    return codeOf(tone) + plainText(text) + "\033[0m";
 }
 
 std::error_code Terminal::flush() {

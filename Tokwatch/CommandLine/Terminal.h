@@ -21,6 +21,7 @@ class Terminal {
     Terminal(std::FILE* out, std::FILE* err, bool interactive, bool colour, int columns);
 
     void write(std::string_view text);
+    /// Whatever is in the text, nothing but a colour of `paint`'s commands the terminal.
     void line(std::string_view text = {});
     /// "tokwatch: " + message on standard error.
     void error(std::string_view message);
@@ -28,7 +29,7 @@ class Terminal {
     void transient(std::string_view text);
     void clearTransient();
 
-    /// The text in a tone, where there is colour.
+    /// The plain text (`plainText`) in a tone, where there is colour.
     std::string paint(Tone tone, std::string_view text) const;
 
     bool isInteractive() const { return interactive; }

@@ -3,6 +3,7 @@
 #include "CheckedArithmetic.h"
 #include "DayFormat.h"
 #include "MeterFormat.h"
+#include "PlainText.h"
 
 #include <algorithm>
 #include <cmath>
@@ -31,7 +32,7 @@ SummaryDisplay::BreakdownRow rowOf(const UsageSummary::ModelRow& model, int rank
     return {std::string(rawValue(model.provider)) + "/" + model.model,
             rank,
             model.provider,
-            model.model,
+            plainText(model.model),
             costText(model.costUSD, model.approximate),
             MeterFormat::share(share),
             MeterFormat::tokens(model.tokens.total()),

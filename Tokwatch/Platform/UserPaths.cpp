@@ -8,7 +8,8 @@ namespace tokwatch {
 namespace {
 
 std::filesystem::path variable(const char* name) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment once there are
+    // threads.
     const char* value = std::getenv(name);
     return value == nullptr ? std::filesystem::path() : std::filesystem::path(value);
 }

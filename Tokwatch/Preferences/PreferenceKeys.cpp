@@ -150,7 +150,7 @@ bool isWarningLevel(const Preferences&, double value) {
 }
 
 bool isCriticalLevel(const Preferences& preferences, double value) {
-    const double highest = preferences.warningThreshold.peek() - Preferences::thresholdGap;
+    const double highest = Preferences::highestCritical(preferences.warningThreshold.peek());
     return value >= Preferences::lowestCritical && value <= highest + roundingError;
 }
 

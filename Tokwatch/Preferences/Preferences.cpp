@@ -1,5 +1,9 @@
 #include "Preferences.h"
 
+#include "PrivateFiles.h"
+#include "SettingsFile.h"
+#include "SystemLog.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -7,7 +11,10 @@
 #include <QSettings>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
+#include <system_error>
+#include <utility>
 
 namespace tokwatch {
 namespace {
@@ -34,22 +41,27 @@ ProviderList completed(const ProviderList& given) {
     return order;
 }
 
-constexpr QFileDevice::Permissions privateFile = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
-constexpr QFileDevice::Permissions privateDirectory = privateFile | QFileDevice::ExeOwner;
-
 /// Makes the directory and an empty file where they are missing, for their owner only: QSettings
 /// keeps the permissions that it finds and would let everybody read a file that it makes. What
-/// exists is left as it is.
-void makeFile(const QString& path) {
-    const QString directory = QFileInfo(path).absolutePath();
-    if (!QFileInfo::exists(directory)) {
-        QDir().mkpath(directory);
-        QFile::setPermissions(directory, privateDirectory);
+/// fails here fails again when a setting is written.
+void makeFile(const std::filesystem::path& file) {
+    try {
+        makePrivateDirectory(file.parent_path());
+        createPrivately(file);
+    } catch (const std::system_error&) {
+        return;
     }
-    if (!QFileInfo::exists(path)) {
-        QFile file(path);
-        file.open(QIODevice::NewOnly | QIODevice::WriteOnly, privateFile);
-    }
+}
+
+std::filesystem::path fileOf(const QSettings& settings) {
+    return QFile::encodeName(settings.fileName()).toStdString();
+}
+
+/// $XDG_CONFIG_HOME; a relative one is invalid by the base directory rules and counts as not set.
+std::filesystem::path configHome() {
+    const std::filesystem::path given = qgetenv("XDG_CONFIG_HOME").toStdString();
+    if (given.is_absolute()) return given;
+    return std::filesystem::path(QFile::encodeName(QDir::homePath()).toStdString()) / ".config";
 }
 
 } // namespace
@@ -65,7 +77,7 @@ Preferences::Preferences(QSettings& storage)
       criticalThreshold(storage, "criticalThreshold", 0.1,
                         [this](double value) {
                             return std::min(atLeast(lowestCritical, value),
-                                            warningThreshold.peek() - thresholdGap);
+                                            highestCritical(warningThreshold.peek()));
                         }),
       tintEnabled(storage, "tintEnabled", true),
       providerOrder(storage, "providerOrder", everyProvider(), completed),
@@ -74,9 +86,17 @@ Preferences::Preferences(QSettings& storage)
       summaryUnit(storage, "summaryUnit", SummaryUnit::cost),
       popoverTab(storage, "popoverTab", PopoverTab::usage), settings(storage),
       // What was asked for holds again as soon as the warning level leaves room for it.
-      warningChanged(warningThreshold.addNotifier([this] { criticalThreshold.reload(); })) {}
+      warningChanged(warningThreshold.addNotifier([this] { criticalThreshold.reload(); })) {
+    tellFaults();
+}
 
 Preferences::~Preferences() = default;
+
+double Preferences::highestCritical(double warning) {
+    // As people write it: 0.15 less 0.05 is 0.1 and not 0.09999999999999999.
+    constexpr double digits = 1e9;
+    return std::round((warning - thresholdGap) * digits) / digits;
+}
 
 std::vector<ProviderID> Preferences::enabledProviders() const {
     std::vector<ProviderID> enabled;
@@ -93,10 +113,20 @@ std::optional<Date> Preferences::lastPruneAt() const {
 }
 
 void Preferences::setLastPruneAt(Date date) {
-    settings.setValue(lastPruneKey, unixSeconds(date));
+    if (storageIsSound(settings)) settings.setValue(lastPruneKey, unixSeconds(date));
+}
+
+void Preferences::tellFaults() {
+    std::vector<std::string> faults = settingsFaults(fileOf(settings));
+    if (faults == toldFaults) return;
+    for (const std::string& fault : faults)
+        systemLog(fault);
+    toldFaults = std::move(faults);
 }
 
 void Preferences::reload() {
+    tellFaults();
+    if (!storageIsSound(settings)) return; // what was read last holds
     settings.sync();
     showDockIcon.reload();
     hasCompletedOnboarding.reload();
@@ -115,7 +145,11 @@ void Preferences::reload() {
 }
 
 bool Preferences::save() {
+    if (!storageIsSound(settings)) return false;
     settings.sync();
+    // A line that is no setting makes QSettings speak of an error for good and of no other: then it
+    // has to do that the file may be written.
+    if (settings.status() == QSettings::FormatError) return settings.isWritable();
     return settings.status() == QSettings::NoError;
 }
 
@@ -135,7 +169,7 @@ void Preferences::followFile() {
 /// Writers replace the file, which ends the watch on it; the directory's watch tells of the new
 /// one. The file's own is for those who write into it.
 void Preferences::watchFile() {
-    makeFile(settings.fileName());
+    makeFile(fileOf(settings));
     const QFileInfo file(settings.fileName());
     const QString directory = file.absolutePath();
     if (!watcher->directories().contains(directory)) watcher->addPath(directory);
@@ -144,18 +178,23 @@ void Preferences::watchFile() {
 }
 
 std::unique_ptr<QSettings> userSettings() {
-    auto settings =
-        std::make_unique<QSettings>(QStringLiteral("Tokwatch"), QStringLiteral("Tokwatch"));
-    // Neither the machine's nor another program's settings are ours.
-    settings->setFallbacksEnabled(false);
-    makeFile(settings->fileName());
-    return settings;
+    return settingsFile(settingsPath());
+}
+
+std::filesystem::path settingsPath() {
+    return configHome() / "Tokwatch/Tokwatch.conf";
 }
 
 std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file) {
-    const QString path = QFile::decodeName(file.c_str());
-    makeFile(path);
-    return std::make_unique<QSettings>(path, QSettings::IniFormat);
+    makeFile(file);
+    if (settingsObstacle(file)) {
+        for (const std::string& fault : settingsFaults(file))
+            systemLog(fault);
+        // A file that can neither be there nor be made.
+        return std::make_unique<QSettings>(QStringLiteral("/dev/null/Tokwatch.conf"),
+                                           QSettings::IniFormat);
+    }
+    return std::make_unique<QSettings>(QFile::decodeName(file.c_str()), QSettings::IniFormat);
 }
 
 } // namespace tokwatch

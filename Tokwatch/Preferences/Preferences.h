@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 class QFileSystemWatcher;
@@ -24,6 +25,7 @@ class Preferences {
     static constexpr double lowestWarning = 0.1;
     static constexpr double lowestCritical = 0.05;
     static constexpr double thresholdGap = 0.05;
+    static double highestCritical(double warning);
 
     /// The settings outlive the preferences.
     explicit Preferences(QSettings& settings);
@@ -69,14 +71,19 @@ class Preferences {
 
   private:
     void watchFile();
+    void tellFaults();
 
     QSettings& settings;
     QPropertyNotifier warningChanged;
+    std::vector<std::string> toldFaults; ///< of the file, in the log
     std::unique_ptr<QFileSystemWatcher> watcher;
 };
 
-/// The settings file of the user, $XDG_CONFIG_HOME/Tokwatch/Tokwatch.conf.
+/// The settings file of the user, $XDG_CONFIG_HOME/Tokwatch/Tokwatch.conf. One that cannot be read,
+/// or is no regular file of bounded size, is a line in the log; the defaults hold then, and nothing
+/// is saved.
 std::unique_ptr<QSettings> userSettings();
+std::filesystem::path settingsPath();
 /// The settings file at the path. It and its directory are made when they are missing.
 std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file);
 

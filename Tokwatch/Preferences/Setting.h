@@ -39,7 +39,8 @@ class Setting {
         // file's.
         Value stored = fallback;
         loadSetting(settings, name, stored);
-        if (!(stored == wanted) || !settings.contains(name)) storeSetting(settings, name, wanted);
+        if ((!(stored == wanted) || !settings.contains(name)) && storageIsSound(settings))
+            storeSetting(settings, name, wanted);
         state.setValue(std::move(wanted));
         return *this;
     }

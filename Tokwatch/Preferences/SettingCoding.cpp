@@ -1,5 +1,8 @@
 #include "SettingCoding.h"
 
+#include "SettingsFile.h"
+
+#include <QFile>
 #include <QSettings>
 #include <QStringList>
 
@@ -33,6 +36,10 @@ void storeProviders(QSettings& settings, const char* key, const auto& providers)
 }
 
 } // namespace
+
+bool storageIsSound(const QSettings& settings) {
+    return !settingsObstacle(QFile::encodeName(settings.fileName()).toStdString());
+}
 
 std::optional<bool> boolFromText(std::string_view given) {
     const QString word = text(given).trimmed().toLower();

@@ -42,6 +42,9 @@ constexpr std::optional<Case> caseNamed(std::string_view name) {
     return std::nullopt;
 }
 
+/// Whether settings may be read from and written to their file (`settingsObstacle`).
+bool storageIsSound(const QSettings& settings);
+
 /// "true" or "false", also "1", "0", "yes", "no", in any case.
 std::optional<bool> boolFromText(std::string_view text);
 

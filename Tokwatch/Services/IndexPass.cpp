@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <exception>
 #include <iterator>
+#include <system_error>
 #include <thread>
 
 namespace tokwatch {
@@ -155,14 +156,19 @@ void IndexPass::readInline() {
 
 void IndexPass::readAhead() {
     BoundedQueue<Slice> queue(readAheadWeight);
-    std::thread worker([this, &queue] {
-        SliceReader reader(files, env.now);
-        while (std::optional<Slice> slice = reader.next()) {
-            const std::size_t weight = slice->events.size() + 1;
-            if (!queue.push(std::move(*slice), weight)) return;
-        }
-        queue.close();
-    });
+    std::thread worker;
+    try {
+        worker = std::thread([this, &queue] {
+            SliceReader reader(files, env.now);
+            while (std::optional<Slice> slice = reader.next()) {
+                const std::size_t weight = slice->events.size() + 1;
+                if (!queue.push(std::move(*slice), weight)) return;
+            }
+            queue.close();
+        });
+    } catch (const std::system_error&) {
+        return readInline(); // the system allows no more threads
+    }
     try {
         while (!env.stop) {
             std::optional<Slice> slice = queue.pop();

@@ -27,8 +27,7 @@ bool isBelow(std::string_view path, const std::filesystem::path& root) {
 
 } // namespace
 
-/// The service's thread and the passes that wait for it, in arrival order. The thread starts with
-/// the first.
+/// The service's thread and the passes that wait for it, in arrival order.
 class IndexerService::Executor {
   public:
     explicit Executor(IndexerService& service) : owner(service) {}
@@ -39,7 +38,7 @@ class IndexerService::Executor {
             stop = true;
         }
         changed.notify_all();
-        if (thread.joinable()) thread.join();
+        thread.join();
     }
 
     QFuture<IndexOutcome> submit(ProgressHandler progress, IndexScope scope) {
@@ -53,7 +52,6 @@ class IndexerService::Executor {
         request.progress = std::move(progress);
         request.scope = std::move(scope);
         request.promise.start();
-        if (!thread.joinable()) thread = std::thread([this] { work(); });
         changed.notify_all();
         return request.promise.future();
     }
@@ -91,7 +89,7 @@ class IndexerService::Executor {
     std::condition_variable changed;
     std::deque<Request> waiters; ///< while the thread is busy
     std::atomic<bool> stop = false;
-    std::thread thread;
+    std::thread thread{[this] { work(); }}; ///< last: it uses all of the above
 };
 
 IndexerService::IndexerService(std::shared_ptr<UsageStore> usageStore, ProviderLocations places,

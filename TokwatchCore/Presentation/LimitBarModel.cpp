@@ -15,7 +15,7 @@ constexpr double overuseTolerance = 0.05;
 constexpr double underuseTolerance = 0.15;
 
 std::string percentText(double fraction) {
-    const double percent = std::trunc(fraction * 100);
+    const double percent = wholePercent(fraction);
     // The bound is 2^63, the first double beyond the range.
     if (!std::isfinite(percent) || std::abs(percent) >= 9223372036854775808.0)
         fatal("a limit's fraction is not a number that can be shown");
@@ -23,11 +23,19 @@ std::string percentText(double fraction) {
 }
 
 Pace paceOf(double used, double elapsed) {
-    if (used > elapsed + overuseTolerance) return Pace::over;
-    return used >= elapsed - underuseTolerance ? Pace::onPace : Pace::under;
+    if (used > elapsed + overuseTolerance + fractionTolerance) return Pace::over;
+    return used >= elapsed - underuseTolerance - fractionTolerance ? Pace::onPace : Pace::under;
 }
 
 } // namespace
+
+bool isAtOrBelow(double left, double threshold) {
+    return left <= threshold + fractionTolerance;
+}
+
+double wholePercent(double fraction) {
+    return std::trunc((fraction + std::copysign(fractionTolerance, fraction)) * 100);
+}
 
 LimitBarModel::LimitBarModel(const LimitWindow& window, Date now) {
     if (window.resetsAt && *window.resetsAt <= now) {

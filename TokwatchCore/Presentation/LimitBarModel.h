@@ -9,6 +9,16 @@
 
 namespace tokwatch {
 
+/// Fractions come from whole percentages, and 1 − 0.56 is a hair less than 0.44: what is this close
+/// to a whole percentage or to a threshold counts as being there.
+constexpr double fractionTolerance = 1e-9;
+
+/// Whether a fraction left is at a threshold, or below it.
+bool isAtOrBelow(double left, double threshold);
+
+/// The percentage of a fraction, cut off towards zero.
+double wholePercent(double fraction);
+
 /// What a bar shows of one limit window at one moment.
 struct LimitBarModel {
     double leftFraction = 0;                ///< still available, 1 − used

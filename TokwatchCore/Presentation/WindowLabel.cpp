@@ -1,5 +1,7 @@
 #include "WindowLabel.h"
 
+#include "PlainText.h"
+
 #include <cmath>
 #include <cstdio>
 
@@ -9,10 +11,10 @@ std::string windowLabel(const LimitWindow& window) {
     constexpr double day = 86'400;
     const double days = std::round(window.duration.value_or(0) / day);
     if (window.id != "session" || !(window.duration >= day) || !std::isfinite(days))
-        return window.label;
+        return plainText(window.label);
     char text[32];
     std::snprintf(text, sizeof text, days == 1 ? " · %.0f day" : " · %.0f days", days);
-    return window.label + text;
+    return plainText(window.label) + text;
 }
 
 } // namespace tokwatch

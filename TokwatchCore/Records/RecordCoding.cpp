@@ -1,6 +1,7 @@
 #include "RecordCoding.h"
 
 #include "ISO8601.h"
+#include "PlainText.h"
 
 #include <cmath>
 #include <limits>
@@ -131,7 +132,7 @@ Json parseJson(std::string_view text) {
 }
 
 std::string jsonText(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return plainJson(json.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 Json encode(Date date, DateCoding dates) {

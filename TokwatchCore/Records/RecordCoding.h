@@ -28,7 +28,7 @@ enum class DateCoding {
 Json parseJson(std::string_view text);
 
 /// One line of text. Text that is not UTF-8 (file names may hold any bytes) keeps its valid part,
-/// with U+FFFD for the rest.
+/// with U+FFFD for the rest; what could command a terminal or turn text around is escaped.
 std::string jsonText(const Json& json);
 
 Json encode(Date date, DateCoding dates);

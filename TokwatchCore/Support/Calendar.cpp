@@ -44,7 +44,8 @@ std::string keyOf(absl::CivilDay day) {
 Calendar::Calendar(std::shared_ptr<const Zone> z) : zone(std::move(z)) {}
 
 Calendar Calendar::current() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment once there are
+    // threads.
     const char* named = std::getenv("TZ");
     static LocalZone local(named == nullptr ? std::nullopt : std::optional<std::string>(named),
                            "/etc/localtime");

@@ -1,6 +1,7 @@
 #include "SystemLog.h"
 
-#include <algorithm>
+#include "PlainText.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -19,11 +20,7 @@ void writeLine(const std::string& line) {
 } // namespace
 
 void systemLog(std::string_view message) {
-    std::string line = "Tokwatch: ";
-    line += message;
-    // File names may hold line feeds and escape sequences; a log line holds neither.
-    std::replace_if(
-        line.begin(), line.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }, '?');
+    std::string line = "Tokwatch: " + plainText(message);
     const std::lock_guard lock(sinkMutex);
     if (captureSink) {
         captureSink(line);
@@ -45,7 +42,7 @@ SystemLogCapture::~SystemLogCapture() {
 
 void fatal(std::string_view message) {
     std::string line = "tokwatch: fatal: ";
-    line += message;
+    line += plainText(message);
     line += '\n';
     writeLine(line);
     std::_Exit(EXIT_FAILURE);

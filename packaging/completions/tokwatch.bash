@@ -68,7 +68,8 @@ _tokwatch() {
       else
         _tokwatch_values "index summary limits status refresh reread doctor snapshot preferences"
       fi ;;
-    index | doctor | snapshot) _tokwatch_values "$common --json" ;;
+    index | snapshot) _tokwatch_values "$common --json" ;;
+    doctor) _tokwatch_values "$common --json --fix" ;;
     summary) _tokwatch_values "$common --json --days --unit --by --no-index" ;;
     limits) _tokwatch_values "$common --json --refresh --provider" ;;
     status) _tokwatch_values "$common --json --follow --format" ;;

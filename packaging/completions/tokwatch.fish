@@ -28,6 +28,8 @@ complete -c tokwatch -n '__fish_seen_subcommand_from summary' -l unit -x -a 'cos
 complete -c tokwatch -n '__fish_seen_subcommand_from summary' -l by -x -a 'tool model day' -d 'Show this table only'
 complete -c tokwatch -n '__fish_seen_subcommand_from summary' -l no-index -d 'Show what is stored without reading the logs first'
 
+complete -c tokwatch -n '__fish_seen_subcommand_from doctor' -l fix -d 'Close the data to other users'
+
 complete -c tokwatch -n '__fish_seen_subcommand_from limits' -l refresh -d 'Ask the services'
 complete -c tokwatch -n '__fish_seen_subcommand_from limits' -l provider -x -a "$providers" -d 'One provider only'
 

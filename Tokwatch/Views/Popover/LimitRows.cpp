@@ -2,6 +2,7 @@
 
 #include "LimitBarModel.h"
 #include "MeterFormat.h"
+#include "PlainText.h"
 #include "StatusNotice.h"
 #include "Text.h"
 #include "TimeTexts.h"
@@ -13,8 +14,8 @@ namespace tokwatch {
 namespace {
 
 LimitRow::Level levelOf(double left, const LimitJudgement& judgement) {
-    if (left <= judgement.criticalThreshold) return LimitRow::Level::critical;
-    if (left <= judgement.warningThreshold) return LimitRow::Level::warning;
+    if (isAtOrBelow(left, judgement.criticalThreshold)) return LimitRow::Level::critical;
+    if (isAtOrBelow(left, judgement.warningThreshold)) return LimitRow::Level::warning;
     return LimitRow::Level::normal;
 }
 
@@ -90,12 +91,13 @@ std::vector<ProviderRow> providerRows(const std::vector<ProviderID>& providers,
         }
         const ProviderLimits* known = found == limits.end() ? nullptr : &found->second;
         if (known != nullptr) {
-            row.plan = text(known->plan.value_or(""));
+            row.plan = text(plainText(known->plan.value_or("")));
             for (const LimitWindow& window : known->windows)
                 row.windows.append(QVariant::fromValue(limitRow(window, judgement, now)));
             if (known->credits) {
                 row.creditsText = creditsText(*known->credits);
-                if (!row.creditsText.isEmpty()) row.creditsLabel = text(known->credits->label);
+                if (!row.creditsText.isEmpty())
+                    row.creditsLabel = text(plainText(known->credits->label));
             }
             if (const std::optional<Date> asOf = oldestStale(*known))
                 row.staleText = "As of " + TimeTexts::moment(*asOf, now, calendar);

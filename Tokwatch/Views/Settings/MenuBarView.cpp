@@ -79,7 +79,7 @@ MenuBarState MenuBarView::computed(const ViewClock& clock) const {
     state.tint = preferences.tintEnabled;
     state.warning = preferences.warningThreshold;
     state.critical = preferences.criticalThreshold;
-    state.highestCritical = state.warning - Preferences::thresholdGap;
+    state.highestCritical = Preferences::highestCritical(state.warning);
     state.warningText = percentText(state.warning);
     state.criticalText = percentText(state.critical);
     state.preview = titlePreview(preferences, model.limits(), clock.now());

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Doctor.h"
+#include "UserPaths.h"
+
+namespace tokwatch {
+
+/// What other users may do with the folders that hold the data, and the files in them. Closing
+/// takes it from them where that is wanted.
+enum class Closing { offer, apply };
+std::vector<Finding> examinePrivacy(const UserPaths& paths, Closing closing);
+
+} // namespace tokwatch

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tokwatch {
+
+/// What keeps the file from being read as settings, in words: it is a pipe or a directory, has more
+/// than a megabyte, or may not be read. None for a sound file and for a missing one. QSettings
+/// would wait for a pipe, and replace what it could not read.
+std::optional<std::string> settingsObstacle(const std::filesystem::path& file);
+
+/// The numbers (from 1) of the lines that are no setting, no group and no comment. QSettings leaves
+/// them out, and out of the file, too, at the next change.
+std::vector<int> linesThatAreNoSettings(const std::filesystem::path& file);
+
+/// Both of the above as sentences for the log and the doctor.
+std::vector<std::string> settingsFaults(const std::filesystem::path& file);
+
+} // namespace tokwatch

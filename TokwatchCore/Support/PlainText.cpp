@@ -1,0 +1,75 @@
+#include "PlainText.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <functional>
+
+namespace tokwatch {
+namespace {
+
+/// A character at the front of a text; `length` bytes, 0 where they are not UTF-8.
+struct Character {
+    char32_t code = 0;
+    std::size_t length = 0;
+};
+
+Character firstOf(std::string_view text) {
+    const auto byte = [text](std::size_t index) -> unsigned {
+        return static_cast<unsigned char>(text[index]);
+    };
+    if (byte(0) < 0x80) return {byte(0), 1};
+    const std::size_t length = byte(0) >= 0xF0 ? 4 : byte(0) >= 0xE0 ? 3 : 2;
+    if (byte(0) < 0xC2 || byte(0) > 0xF4 || text.size() < length) return {};
+    char32_t code = byte(0) & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byte(i) & 0xC0U) != 0x80U) return {};
+        code = code << 6U | (byte(i) & 0x3FU);
+    }
+    constexpr std::array<char32_t, 5> least{0, 0, 0x80, 0x800, 0x10000};
+    const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
+    if (code < least[length] || isSurrogate || code > 0x10FFFF) return {};
+    return {code, length};
+}
+
+bool isControl(char32_t code) {
+    return code < 0x20 || (code >= 0x7F && code <= 0x9F)            // C0, C1
+           || code == 0x2028 || code == 0x2029                      // line and paragraph separators
+           || code == 0x061C || code == 0x200E || code == 0x200F || // marks of direction
+           (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
+using Replacement = std::function<std::string(Character)>;
+
+std::string replaceControls(std::string_view text, const Replacement& replacement) {
+    std::string plain;
+    plain.reserve(text.size());
+    while (!text.empty()) {
+        const Character character = firstOf(text);
+        const std::size_t length = character.length == 0 ? 1 : character.length;
+        if (character.length == 0 || isControl(character.code))
+            plain += replacement(character);
+        else
+            plain += text.substr(0, length);
+        text.remove_prefix(length);
+    }
+    return plain;
+}
+
+} // namespace
+
+std::string plainText(std::string_view text) {
+    return replaceControls(text, [](Character) { return std::string("?"); });
+}
+
+std::string plainJson(std::string document) {
+    // The first bytes of what may be meant; nearly no document holds one.
+    if (document.find_first_of("\x7F\xC2\xD8\xE2") == std::string::npos) return document;
+    return replaceControls(document, [](Character character) {
+        char escape[16];
+        std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(character.code));
+        return std::string(escape);
+    });
+}
+
+} // namespace tokwatch
