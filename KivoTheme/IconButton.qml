@@ -31,4 +31,5 @@ T.Button {
         color: button.down ? Theme.colors.pressed : button.hovered ? Theme.colors.hover : "transparent"
     }
     FocusRing { distance: 0 }
+    HoverTip { text: button.text; wanted: button.hovered || button.visualFocus }
 }

@@ -33,8 +33,14 @@ class StatusTitleTest : public ::testing::Test {
 
   protected:
     Preferences preferences{*settings};
-    LimitsByProvider limits;
+    /// Of now, as far as they are known.
+    LimitsByProvider limits{{claude, fetched(now)}, {codex, fetched(now)}, {grok, fetched(now)}};
 
+    static ProviderLimits fetched(Date when) {
+        ProviderLimits made;
+        made.fetchedAt = when;
+        return made;
+    }
     StatusTitle title() const { return statusTitle(preferences, limits, now); }
     StatusTitle title(ProviderID provider, const std::string& id) const {
         return statusTitle(preferences, limits, now, {provider, id, ""});
@@ -44,7 +50,6 @@ class StatusTitleTest : public ::testing::Test {
 TEST_F(StatusTitleTest, ShowsThePinnedProvidersTightestWindow) {
     limits[claude].windows = {window("week", 0.75, 200'000), window("session", 0.5, 11'100)};
     limits[codex].windows = {window("week", 0.3)};
-    limits[grok]; // known, but without windows
     EXPECT_EQ(title(), (StatusTitle{"50% · 3h 5m", claude, Severity::normal,
                                     "Claude · The session 50% left · resets in 3h 5m\n"
                                     "Codex · The week 30% left"}));
@@ -53,6 +58,18 @@ TEST_F(StatusTitleTest, ShowsThePinnedProvidersTightestWindow) {
     preferences.pinnedProvider = codex;
     preferences.showResetTime = true;
     EXPECT_EQ(title().text, "30%"); // no reset time to show
+}
+
+TEST_F(StatusTitleTest, IsOldWithWhatItShows) {
+    limits[claude].windows = {window("session", 0.5)};
+    for (const double age : {900.0, 901.0}) {
+        limits[claude].fetchedAt = now - Seconds{age};
+        EXPECT_EQ(title().isOld, age > 900);
+        limits[claude].windows[0].source = LimitSource::stale(now - Seconds{age});
+        limits[claude].fetchedAt = now;
+        EXPECT_EQ(title(claude, "session").isOld, age > 900);
+        limits[claude].windows[0].source = LimitSource::live();
+    }
 }
 
 TEST_F(StatusTitleTest, HasNothingToShow) {
@@ -134,6 +151,7 @@ TEST_F(StatusTitleTest, StepsThroughTheWindowsOfEnabledProviders) {
     StatusTitle expected = usual;
     expected.text = "75%";
     expected.provider = claude;
+    expected.tooltip = "Claude · The week 75% left";
     EXPECT_EQ(title(claude, "week"), expected);
     EXPECT_EQ(title(claude, "gone").text, "50%");
     EXPECT_EQ(title(grok, "week"), usual);

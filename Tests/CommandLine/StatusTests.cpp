@@ -102,9 +102,9 @@ TEST_F(LimitsCommandTest, PrintsWhatIsStored) {
     storeTwo();
     const std::string text = here({"limits"}).out;
     EXPECT_THAT(text, StartsWith("Claude · Max\n  Session  42% left  ████████▍···········"
-                                 "  resets in 2h 45m  Using faster than the time elapsed\n"
-                                 "  Weekly   90% left"));
-    for (const char* part : {"Extra usage: $12.34 of $50.00 used", "Codex · Max", "0% left",
+                                 "  resets in 2h 45m · "));
+    for (const char* part : {"Using faster than the time elapsed\n  Weekly   90% left",
+                             "Extra usage: $12.34 of $50.00 used", "Codex · Max", "0% left",
                              "as of Jan 15, 8:00", "Codex could not be reached."})
         EXPECT_THAT(text, HasSubstr(part));
     EXPECT_EQ(here({"limits", "--provider", "codex"}).out.find("Claude"), std::string::npos);

@@ -40,27 +40,36 @@ void critical(DemoWorld& world) {
     world.model->apply(codex, ProviderID::codex);
 }
 
-/// Both services failed after they had answered once.
+/// Both services failed after they had answered once; Claude was tried again a moment ago.
 void stale(DemoWorld& world) {
     ProviderLimits claude = world.claudeLimits();
+    claude.windows[0].usedFraction = 0.95;
+    claude.windows[1].usedFraction = 0.88;
     claude.fetchedAt -= Seconds{7 * 3600};
     claude = claude.markedStale();
     claude.status = ProviderStatus::unreachable;
     world.model->apply(claude, ProviderID::claude);
     ProviderLimits codex = world.codexLimits();
-    codex.fetchedAt -= Seconds{40 * 60};
+    codex.fetchedAt -= Seconds{10 * 60};
     codex = codex.markedStale();
     codex.status = ProviderStatus::rateLimited;
+    codex.windows[1].resetsAt = world.time.now() - Seconds{60};
     world.model->apply(codex, ProviderID::codex);
+    const Date now = world.time.now();
+    const auto& tell = world.limitsService->onAttempt;
+    tell(ProviderID::claude, {now - Seconds{6}, now + Seconds{24}, now + Seconds{600}, false});
+    tell(ProviderID::codex, {now - Seconds{60}, now, now + Seconds{1200}, false});
 }
 
 void statuses(DemoWorld& world, ProviderStatus claude, ProviderStatus codex) {
     ProviderLimits limits;
     limits.fetchedAt = world.time.now();
-    limits.status = claude;
-    world.model->apply(limits, ProviderID::claude);
-    limits.status = codex;
-    world.model->apply(limits, ProviderID::codex);
+    for (const auto& [provider, status] :
+         {std::pair{ProviderID::claude, claude}, {ProviderID::codex, codex}}) {
+        limits.status = status;
+        world.model->apply(limits, provider);
+        world.limitsService->onAttempt(provider, {});
+    }
 }
 
 void signIn(DemoWorld& world) {

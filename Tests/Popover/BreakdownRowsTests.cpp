@@ -43,8 +43,8 @@ TEST(BreakdownRows, LeadWithTheUnitAndRankByIt) {
                             "opus, Claude, about $7.50, 1.00K tokens, 75.0% of cost", 0.75, 0}));
     EXPECT_EQ(byCost[1].title, "grok?\"4\", beta");
     EXPECT_EQ(byCost[1].series, 2);
-    EXPECT_EQ(byCost[2].value, "—");
-    EXPECT_EQ(byCost[2].spoken, "new, Claude, price unknown, 6.00K tokens, 0% of cost");
+    EXPECT_EQ(byCost[2].value + byCost[2].share, "——");
+    EXPECT_EQ(byCost[2].spoken, "new, Claude, price unknown, 6.00K tokens");
 
     const std::vector<BreakdownRow> byTokens =
         rowsOf(Breakdown(example(), BreakdownMode::model, SummaryUnit::tokens, utc));
@@ -60,9 +60,11 @@ TEST(BreakdownRows, DaysComeNewestFirstWithoutRank) {
     const std::vector<BreakdownRow> rows =
         rowsOf(Breakdown(example(), BreakdownMode::day, SummaryUnit::cost, utc));
     ASSERT_THAT(rows, SizeIs(2));
-    EXPECT_EQ(rows[0],
-              (BreakdownRow{"day/2026-11-24", "", "", "Tue, Nov 24", "$2.50", "9.00K tokens",
-                            "25.0%", "Tue, Nov 24, $2.50, 9.00K tokens, 25.0% of cost", 0.25, 0}));
+    EXPECT_EQ(
+        rows[0],
+        (BreakdownRow{"day/2026-11-24", "", "", "Tue, Nov 24", "$2.50", "9.00K tokens", "25.0%",
+                      "Tue, Nov 24, $2.50, 9.00K tokens, 25.0% of cost", 0.25 / 0.75, 0}))
+        << "its bar is a part of the largest day's";
     EXPECT_THAT(rowsOf(Breakdown(summaryOf("2026-11-24", 30, {}), BreakdownMode::day,
                                  SummaryUnit::cost, utc)),
                 IsEmpty());
@@ -76,7 +78,7 @@ TEST(BreakdownRows, AreATableForPeopleAndOneForPrograms) {
               "#  Provider  Model           Tokens    Cost  Share\n"
               "1  Claude    opus             1.00K  ~$7.50  75.0%\n"
               "2  Grok      grok?\"4\", beta   3.00K  ~$2.50  25.0%\n"
-              "3  Claude    new              6.00K       —     0%\n");
+              "3  Claude    new              6.00K       —      —\n");
     EXPECT_EQ(Breakdown(example(), BreakdownMode::model, SummaryUnit::cost, utc)
                   .data()
                   .csv()

@@ -95,16 +95,17 @@ Item {
 
             named(popover, "Sections").forceActiveFocus()
             const names = []
-            for (let i = 0; i < 4; ++i) {
+            for (let i = 0; i < 5; ++i) {
                 keyClick(Qt.Key_Tab)
                 const item = popover.Window.activeFocusItem
                 names.push(item.Accessible.name)
-                if (i > 1)
+                if (i > 2)
                     continue
                 const top = item.mapToItem(page, 0, 0).y
                 verify(top >= 0 && top + item.height <= page.height, names[i] + " is out of sight")
             }
-            compare(names, [world.popover.usage.summary.spoken, "About the API estimate", "Refresh", "Settings"])
+            const spoken = world.popover.usage.summary.spoken
+            compare(names, ["Details: " + spoken, spoken, "About the API estimate", "Refresh", "Settings"])
             stage.height = 600
         }
 

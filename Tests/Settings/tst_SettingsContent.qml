@@ -90,12 +90,8 @@ Item {
             compare(control.displayText, "Claude")
             world.setPreference("disabledProviders", "claude")
             compare(control.displayText, "Codex")
-            compare(control.count, 3)
-            keyClick(Qt.Key_Down)
-            compare(control.displayText, "Grok")
+            compare(control.count, 1)
             world.setPreference("disabledProviders", "")
-            compare(control.displayText, "Grok")
-            world.setPreference("pinnedProvider", "claude")
             compare(control.displayText, "Claude")
         }
 

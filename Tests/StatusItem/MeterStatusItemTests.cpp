@@ -126,7 +126,7 @@ TEST_F(MeterItem, ShowsTheNumberOnceWhateverTheHost) {
         EXPECT_EQ(pictures.isEmpty(), c.shape == named);
         // These two are taken for dark without proof.
         const bool isGuess = c.process == "waybar" || c.process == "gnome-shell";
-        const Ink ink = statusInk(Severity::normal, isGuess, isGuess);
+        const Ink ink = statusInk({Severity::normal, isGuess, isGuess});
         for (const kivo::IconPixmap& picture : pictures) {
             if (c.shape == wide) {
                 EXPECT_GT(picture.width, 2 * picture.height);
@@ -161,9 +161,14 @@ TEST_F(MeterItem, RedrawsOnlyWhatChanged) {
     EXPECT_EQ(item->current(), titled("41%", ProviderID::claude, Severity::critical));
 }
 
-TEST_F(MeterItem, ReservesTheWidthOfItsLabel) {
+TEST_F(MeterItem, ReservesTheWidthOfItsLabelAndHasNoToolTipBesideThePopover) {
     makeIn("gnome-shell", titled("41% · 3h 15m"));
     EXPECT_EQ(text("XAyatanaLabelGuide"), "88% · 8h 88m");
+    SignalLog log(hostBus, itemInterface);
+    for (const bool isOpen : {true, false}) {
+        item->setPopoverOpen(isOpen);
+        EXPECT_THAT(log.take(itemBus), ElementsAre("NewToolTip"));
+    }
 }
 
 TEST_F(MeterItem, ShowsALimitThatWasScrolledToForFiveSeconds) {

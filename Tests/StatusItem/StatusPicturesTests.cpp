@@ -132,13 +132,15 @@ TEST(TitlePicture, SetsMarkAndDigitsOnOneMiddle) {
     }
 }
 
-TEST(Halo, SurroundsTheDrawingOnlyWhereTheToneIsAGuess) {
+TEST(StatusInk, HasAHaloWhereTheToneIsAGuessAndFadesWithAge) {
     for (const bool dark : {false, true}) {
-        const Ink known = statusInk(Severity::normal, dark, false);
-        const Ink guessed = statusInk(Severity::normal, dark, true);
-        EXPECT_EQ(known.halo.alpha(), 0);
-        EXPECT_GT(ink(markPicture(ProviderID::grok, guessed, 22)),
-                  ink(markPicture(ProviderID::grok, known, 22)));
+        const auto inkOf = [dark](bool isGuess, bool isOld) {
+            return ink(markPicture(ProviderID::grok,
+                                   statusInk({Severity::normal, dark, isGuess, isOld}), 22));
+        };
+        EXPECT_EQ(statusInk({Severity::normal, dark}).halo.alpha(), 0);
+        EXPECT_GT(inkOf(true, false), inkOf(false, false));
+        EXPECT_LT(inkOf(false, true), 0.7 * inkOf(false, false));
     }
 }
 
@@ -183,8 +185,9 @@ TEST(NamedIcons, AreWrittenWhereTheirNamesLead) {
     std::set<QString> names;
     for (const auto& provider : allMarks())
         for (const Severity severity : {Severity::normal, Severity::warning, Severity::critical})
-            for (const bool dark : {false, true}) {
-                const QString name = icons.name(provider, severity, dark);
+            for (const int kind : {0, 1, 2, 3}) {
+                const QString name =
+                    icons.name(provider, {severity, kind % 2 == 1, false, kind > 1});
                 names.insert(name);
                 for (const char* extension : {".png", ".symbolic.png"}) {
                     const auto file =
@@ -195,7 +198,8 @@ TEST(NamedIcons, AreWrittenWhereTheirNamesLead) {
                         << file;
                 }
             }
-    EXPECT_EQ(names.size(), allMarks().size() * 5) << "a mask, and two tints in two tones";
+    EXPECT_EQ(names.size(), allMarks().size() * 10)
+        << "a mask, and two tints in two tones, new and old";
 
     home.write("file", "");
     EXPECT_FALSE(NamedIcons(home / "file").write());

@@ -24,10 +24,14 @@ ProviderLimits limitsWith(LimitWindow window, ProviderStatus status = ProviderSt
     return limits;
 }
 
-ProviderRow rowOf(const ProviderLimits& limits) {
-    return providerRows({ProviderID::claude}, {ProviderID::claude}, {{ProviderID::claude, limits}},
-                        {}, now, Calendar::utc())
-        .front();
+/// Claude's alone.
+ProvidersKnown known(const ProviderLimits& limits, const AttemptTimes& attempts = {}) {
+    using enum ProviderID;
+    return {{claude}, {claude}, {{claude, limits}}, {{claude, attempts}}, {}};
+}
+
+ProviderRow rowOf(const ProviderLimits& limits, const AttemptTimes& attempts = {}) {
+    return providerRows(known(limits, attempts), now, Calendar::utc()).front();
 }
 
 LimitRow windowRow(const LimitWindow& window) {
@@ -38,23 +42,28 @@ TEST(LimitRows, LayOutAWindow) {
     const LimitRow row = windowRow(sessionWindow(0.6));
     EXPECT_EQ(row.label, "Session");
     EXPECT_EQ(row.leftText, "40%");
-    EXPECT_EQ(row.resetText, "Resets in 2h 30m");
+    EXPECT_EQ(row.resetText, "Resets in 2h 30m · 20:10");
     EXPECT_EQ(row.paceCaption, "Using faster than the time elapsed");
     EXPECT_DOUBLE_EQ(row.leftFraction, 0.4);
     EXPECT_DOUBLE_EQ(row.timeLeftFraction, 0.5);
     EXPECT_TRUE(row.isAhead);
-    EXPECT_EQ(row.spoken, "Session 40% left. Resets in 2h 30m. Using faster than the time elapsed");
+    EXPECT_EQ(row.timeText, "Where time stands: 50% of it is left");
+    EXPECT_EQ(row.paceText, "60% used in 50% of the time");
+    EXPECT_EQ(row.spoken,
+              "Session 40% left. Resets in 2h 30m · 20:10. Using faster than the time elapsed");
 
     LimitWindow bare = sessionWindow(0.3);
     bare.resetsAt.reset();
     const LimitRow plain = windowRow(bare);
     EXPECT_LT(plain.timeLeftFraction, 0);
-    EXPECT_EQ(plain.resetText + plain.paceCaption + plain.paceSymbol, QString());
+    EXPECT_EQ(plain.resetText + plain.paceCaption + plain.paceSymbol + plain.timeText +
+                  plain.paceText,
+              QString());
     EXPECT_EQ(plain.spoken, "Session 70% left");
 
     LimitWindow past = sessionWindow(0.9);
     past.resetsAt = now;
-    EXPECT_EQ(windowRow(past).resetText, "Resets now");
+    EXPECT_EQ(windowRow(past).resetText, "Has reset");
     EXPECT_EQ(windowRow(past).leftText, "100%");
 }
 
@@ -70,33 +79,52 @@ TEST(LimitRows, JudgeByTheThresholds) {
     EXPECT_EQ(windowRow(sessionWindow(1.4)).leftFraction, 0);
 }
 
-TEST(LimitRows, SayWhichNumbersAreOld) {
-    const ProviderRow current = rowOf(limitsWith(sessionWindow(0.5)));
-    EXPECT_EQ(current.staleText, QString());
-    EXPECT_EQ(current.plan, "Max");
-
-    ProviderLimits old = limitsWith(sessionWindow(0.5, LimitSource::stale(now - Seconds{3600})));
-    old.windows.push_back(sessionWindow(0.1, LimitSource::stale(now - Seconds{90'000})));
-    old.windows.push_back(sessionWindow(0.1));
-    old.status = ProviderStatus::unreachable;
-    const ProviderRow row = rowOf(old);
-    EXPECT_EQ(row.staleText, "As of Mar 11, 16:40");
-    EXPECT_TRUE(row.windows[0].value<LimitRow>().isStale);
-    EXPECT_FALSE(row.windows[2].value<LimitRow>().isStale);
-    EXPECT_EQ(row.notice, "Claude could not be reached.");
+TEST(LimitRows, AreDatedWhereTheyAreNotOfTheLatestAnswerAndOldAfterAQuarterOfAnHour) {
+    struct Case {
+        LimitSource source;
+        double fetched; ///< seconds ago
+        const char* asOf;
+        bool isOld;
+    };
+    for (const auto& [source, fetched, asOf, isOld] :
+         {Case{LimitSource::live(), 900, "", false},
+          Case{LimitSource::live(), 1200, "As of 17:20", true},
+          Case{LimitSource::stale(now - Seconds{600}), 0, "As of 17:30", false},
+          Case{LimitSource::stale(now - Seconds{90'000}), 0, "As of Mar 11, 16:40", true},
+          Case{LimitSource::local(now - Seconds{60}), 0, "As of 17:39", false}}) {
+        ProviderLimits limits = limitsWith(sessionWindow(0.95, source));
+        limits.fetchedAt = now - Seconds{fetched};
+        const ProviderRow row = rowOf(limits);
+        const auto bar = row.windows[0].value<LimitRow>();
+        EXPECT_EQ(row.asOfText, asOf);
+        EXPECT_EQ(bar.isOld, isOld) << asOf;
+        EXPECT_EQ(bar.level, LimitRow::Level::critical) << "old, and no less low";
+    }
 }
 
-TEST(LimitRows, ShowThoseWithoutLimitsInOneLine) {
-    const std::vector<ProviderRow> rows =
-        providerRows({ProviderID::grok, ProviderID::codex, ProviderID::claude},
-                     {ProviderID::grok, ProviderID::claude}, {}, {}, now, Calendar::utc());
-    ASSERT_EQ(rows.size(), 3U);
-    EXPECT_EQ(rows[0].id, "grok");
-    EXPECT_TRUE(rows[0].isBrief);
-    EXPECT_TRUE(rows[1].isBrief);
-    EXPECT_EQ(rows[1].notice, "Not found on this computer");
-    EXPECT_FALSE(rows[2].isBrief);
-    EXPECT_EQ(rows[2].notice, "Looking up the limits…");
+TEST(LimitRows, LeaveThoseWithoutLimitsToOneLine) {
+    using enum ProviderID;
+    const ProvidersKnown all{{grok, codex, claude, cursor}, {grok, claude, cursor}, {}, {}, {}};
+    const std::vector<ProviderRow> rows = providerRows(all, now, Calendar::utc());
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows[0].notice, "Looking up the limits…");
+    QStringList quiet;
+    for (const QuietProvider& provider : quietProviders(all))
+        quiet.append(provider.text);
+    EXPECT_EQ(quiet, (QStringList{"Grok publishes no limits", "Codex was not found",
+                                  "Cursor has no usage data yet"}));
+}
+
+TEST(LimitRows, SayWhenTheyMayBeAskedForAgain) {
+    const ProviderLimits failed = limitsWith(sessionWindow(0.5), ProviderStatus::unreachable);
+    EXPECT_EQ(rowOf(failed).tryText, QString());
+    AttemptTimes times{now - Seconds{6}, now + Seconds{24}, {}, false};
+    EXPECT_EQ(rowOf(failed, times).tryText, "Tried just now · again in 24 s");
+    EXPECT_EQ(rowOf(limitsWith(sessionWindow(0.5)), times).tryText, QString()) << "all is well";
+    times.isUnderWay = true;
+    EXPECT_EQ(rowOf(failed, times).tryText, "Trying…");
+    times = {now - Seconds{40}, now - Seconds{10}, {}, false};
+    EXPECT_EQ(rowOf(failed, times).tryText, QString());
 }
 
 TEST(LimitRows, TellCreditsInTheWordsThatTheNumbersAllow) {
@@ -125,8 +153,10 @@ TEST(StatusNotices, SayWhatHelps) {
     using enum ProviderStatus;
     const Case cases[]{
         {ProviderID::claude, ok, true, ProviderAction::none, true, "no limits for this plan"},
-        {ProviderID::claude, signInNeeded, true, ProviderAction::retry, false, "Claude Code"},
-        {ProviderID::codex, signInNeeded, true, ProviderAction::retry, false, "Sign in with Codex"},
+        {ProviderID::claude, signInNeeded, true, ProviderAction::retry, false,
+         "Using Claude Code renews it"},
+        {ProviderID::codex, signInNeeded, true, ProviderAction::retry, false,
+         "Using Codex renews it"},
         {ProviderID::codex, unreachable, true, ProviderAction::retry, false,
          "could not be reached"},
         {ProviderID::codex, rateLimited, true, ProviderAction::none, true, "by itself"},
@@ -135,22 +165,26 @@ TEST(StatusNotices, SayWhatHelps) {
         {ProviderID::claude, unavailable, false, ProviderAction::turnOnLiveLimits, true,
          "turned off"},
         {ProviderID::codex, unavailable, false, ProviderAction::retry, true, "No login was found"},
-        {ProviderID::grok, unavailable, true, ProviderAction::none, true, "no published limits"},
-        {ProviderID::cursor, unavailable, true, ProviderAction::none, true, "no usage data yet"},
+    };
+    const auto notice = [](const StatusSubject& subject) {
+        return statusNotice(subject, now, Calendar::utc());
     };
     for (const Case& each : cases) {
         ProviderLimits limits;
         limits.status = each.status;
-        const StatusNotice notice =
-            statusNotice(each.provider, &limits, {.claudeLiveLimits = each.liveLimits});
-        EXPECT_THAT(notice.sentence.toStdString(), ::testing::HasSubstr(each.part));
-        EXPECT_EQ(notice.action, each.action) << each.part;
-        EXPECT_EQ(notice.isCalm, each.isCalm) << each.part;
-        EXPECT_EQ(notice.actionText.isEmpty(), each.action == ProviderAction::none) << each.part;
+        const StatusNotice said =
+            notice({each.provider, &limits, {.claudeLiveLimits = each.liveLimits}, {}});
+        EXPECT_THAT(said.sentence.toStdString(), ::testing::HasSubstr(each.part));
+        EXPECT_EQ(said.action, each.action) << each.part;
+        EXPECT_EQ(said.isCalm, each.isCalm) << each.part;
+        EXPECT_EQ(said.actionText.isEmpty(), each.action == ProviderAction::none) << each.part;
     }
-    const ProviderLimits well = limitsWith(sessionWindow(0.5));
-    EXPECT_EQ(statusNotice(ProviderID::claude, &well, {}).sentence, QString());
-    EXPECT_EQ(statusNotice(ProviderID::claude, nullptr, {.mayAsk = false}).action,
+    ProviderLimits limits = limitsWith(sessionWindow(0.5));
+    EXPECT_EQ(notice({ProviderID::claude, &limits, {}, {}}).sentence, QString());
+    limits.status = ProviderStatus::rateLimited;
+    EXPECT_EQ(notice({ProviderID::claude, &limits, {}, now + Seconds{1200}}).sentence,
+              "Claude limits how often Tokwatch may ask. Next try at\u00a018:00.");
+    EXPECT_EQ(notice({ProviderID::claude, nullptr, {.mayAsk = false}, {}}).action,
               ProviderAction::finishWelcome);
 }
 

@@ -100,6 +100,7 @@ TEST_F(PopoverViewTest, ActsForTheUser) {
     settle();
     view->usage()->act("claude", ProviderAction::retry);
     EXPECT_EQ(sources[ProviderID::claude]->attempts.size(), 1U) << "sooner than a retry may be";
+    EXPECT_TRUE(view->countsDown());
     advance(31);
     view->usage()->act("claude", ProviderAction::retry);
     ASSERT_EQ(sources[ProviderID::claude]->attempts.size(), 2U);
@@ -127,15 +128,16 @@ TEST_F(PopoverViewTest, FollowsLimitsSettingsAndTime) {
             view->usage()->providers()->data(view->usage()->providers()->index(0), Qt::UserRole);
         return row.value<ProviderRow>().windows.front().value<LimitRow>().resetText;
     };
-    EXPECT_EQ(reset(), "Resets in 2h 0m");
+    EXPECT_EQ(reset(), "Resets in 2h 0m · Sat 1:07");
     time.jump(Seconds{3600});
     clock->advance();
     settle();
-    EXPECT_EQ(reset(), "Resets in 1h 0m");
+    EXPECT_EQ(reset(), "Resets in 1h 0m · 1:07");
 
     preferences->disabledProviders = {ProviderID::claude, ProviderID::codex};
     settle();
-    EXPECT_EQ(view->usage()->providers()->count(), 2);
+    EXPECT_EQ(view->usage()->providers()->count(), 0);
+    EXPECT_EQ(view->usage()->quiet().size(), 2);
 }
 
 TEST_F(PopoverViewTest, TellsWhatIsUnderWay) {
@@ -154,6 +156,26 @@ TEST_F(PopoverViewTest, TellsWhatIsUnderWay) {
     finishAllPasses();
     settle();
     EXPECT_EQ(view->footer()->state(), (FooterState{false, {}, 0, false, "Updated just now"}));
+
+    model->apply(testing::someLimits(time.now() - Seconds{7200}), ProviderID::claude);
+    settle();
+    EXPECT_EQ(view->footer()->state().updated, "Updated just now · limits 2 h ago");
+}
+
+TEST_F(PopoverViewTest, SaysThatARefreshCameTooSoonForLimits) {
+    home.write(".claude/projects/readme", "");
+    start();
+    sources[ProviderID::claude]->answer(ProviderStatus::unreachable);
+    settle();
+    time.jump(Seconds{6});
+    clock->advance();
+    view->refresh();
+    settle();
+    EXPECT_EQ(view->footer()->state().updated, "Limits: tried just now · again in 24 s");
+    time.jump(FooterView::noteTime);
+    clock->advance();
+    settle();
+    EXPECT_EQ(view->footer()->state().updated, "Updated just now");
 }
 
 TEST_F(PopoverViewTest, KeepsItsTab) {

@@ -1,5 +1,6 @@
 #include "StatusTitle.h"
 
+#include "LimitAge.h"
 #include "LimitBarModel.h"
 #include "Preferences.h"
 #include "WindowLabel.h"
@@ -67,17 +68,19 @@ Severity severity(const Preferences& preferences, const std::vector<ProviderID>&
     return Severity::normal;
 }
 
-std::string windowText(const Preferences& preferences, const LimitWindow& window, Date now) {
+void showWindow(StatusTitle& title, const Preferences& preferences, const ProviderLimits& limits,
+                const LimitWindow& window, Date now) {
     const LimitBarModel bar(window, now);
-    if (!preferences.showResetTime || !bar.resetText) return bar.percentLeftText;
-    return bar.percentLeftText + " · " + *bar.resetText;
+    title.text = bar.percentLeftText;
+    if (preferences.showResetTime && bar.resetText) *title.text += " · " + *bar.resetText;
+    title.isOld = LimitAge::isOld(window, limits.fetchedAt, now);
 }
 
 /// The title without its text.
 StatusTitle icon(const Preferences& preferences, const std::vector<ProviderID>& enabled,
                  const LimitsByProvider& limits, Date now) {
     return {std::nullopt, std::nullopt, severity(preferences, enabled, limits, now),
-            tooltip(enabled, limits, now)};
+            tooltip(enabled, limits, now), false};
 }
 
 } // namespace
@@ -115,7 +118,7 @@ StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& 
     const ProviderID pinned = preferences.pinnedProvider;
     title.provider = std::ranges::count(enabled, pinned) > 0 ? pinned : enabled.front();
     if (const auto* window = menuBarWindow(preferences, limits, *title.provider, now))
-        title.text = windowText(preferences, *window, now);
+        showWindow(title, preferences, limits.at(*title.provider), *window, now);
     return title;
 }
 
@@ -129,7 +132,8 @@ StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& 
     if (!window) window = menuBarWindow(preferences, choice.provider, *known, now);
     StatusTitle title = icon(preferences, enabled, limits, now);
     title.provider = choice.provider;
-    title.text = windowText(preferences, *window, now);
+    title.tooltip = tooltipLine(choice.provider, *window, now);
+    showWindow(title, preferences, *known, *window, now);
     return title;
 }
 

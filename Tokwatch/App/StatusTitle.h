@@ -22,6 +22,7 @@ struct StatusTitle {
     std::optional<ProviderID> provider; ///< whose limit the text shows
     Severity severity = Severity::normal;
     std::string tooltip; ///< one line a provider, never empty
+    bool isOld = false;  ///< what the text shows is no longer current
 
     friend bool operator==(const StatusTitle&, const StatusTitle&) = default;
 };
@@ -45,8 +46,8 @@ std::vector<WindowChoice> windowChoices(const LimitsByProvider& limits, Provider
 std::vector<WindowChoice> windowChoices(const Preferences& preferences,
                                         const LimitsByProvider& limits);
 
-/// The title showing this choice whatever the settings choose. When the window is gone, the
-/// provider's usual one; when the provider is, or is disabled, the usual title.
+/// The title showing this choice whatever the settings choose; its tooltip names it. When the
+/// window is gone, the provider's usual one; when the provider is, or is disabled, the usual title.
 StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now,
                         const WindowChoice& choice);
 

@@ -1,6 +1,7 @@
 #include "LimitsPrinter.h"
 
 #include "DayFormat.h"
+#include "LimitAge.h"
 #include "LimitBarModel.h"
 #include "MeterFormat.h"
 #include "Preferences.h"
@@ -9,7 +10,6 @@
 #include "WindowLabel.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace tokwatch {
 namespace {
@@ -29,11 +29,11 @@ std::string sentence(ProviderID provider, const ProviderLimits& limits, bool cla
                    ? name + " reports no limits for this plan."
                    : "";
     case ProviderStatus::signInNeeded:
-        return "The login has expired. Sign in with " + tool + ", then try again.";
+        return "The login has expired. Using " + tool + " renews it.";
     case ProviderStatus::unreachable:
         return name + " could not be reached.";
     case ProviderStatus::rateLimited:
-        return name + " is answering less often for now.";
+        return name + " limits how often Tokwatch may ask.";
     case ProviderStatus::accessDenied:
         return "Tokwatch was not allowed to read the login.";
     case ProviderStatus::unavailable:
@@ -47,18 +47,12 @@ std::string sentence(ProviderID provider, const ProviderLimits& limits, bool cla
     return "No login was found. Sign in with " + tool + ", then try again.";
 }
 
-/// "14:02" of today, else "Nov 23, 14:02".
-std::string momentText(Date moment, Date now, const Calendar& calendar) {
-    const Calendar::Fields fields = calendar.fields(moment);
-    char time[16];
-    std::snprintf(time, sizeof time, "%d:%02d", fields.hour, fields.minute);
-    if (calendar.dayKey(moment) == calendar.dayKey(now)) return time;
-    return DayFormat::day(moment, calendar) + ", " + time;
-}
-
-std::string resetText(const LimitBarModel& bar) {
+std::string resetText(const LimitWindow& window, const LimitBarModel& bar, Date now,
+                      const Calendar& calendar) {
     if (!bar.resetText) return "";
-    return *bar.resetText == "now" ? "resets now" : "resets in " + *bar.resetText;
+    if (*window.resetsAt <= now) return "has reset";
+    return "resets in " + *bar.resetText + " · " +
+           DayFormat::coming(*window.resetsAt, now, calendar);
 }
 
 /// "$12.34 of $50.00 used"; empty when nothing is known.
@@ -103,10 +97,10 @@ class LimitsPrinter {
         table.add({{"  " + fitted(windowLabel(window), longestLabel)},
                    {model.percentLeftText + " left", toneOf(model.leftFraction)},
                    {track(model.leftFraction), toneOf(model.leftFraction)},
-                   {resetText(model)},
+                   {resetText(window, model, now, environment.calendar())},
                    {std::string(caption(model.pace)),
                     model.pace == Pace::over ? Tone::yellow : Tone::dim},
-                   {ageText(window.source, fetchedAt), Tone::dim}});
+                   {ageText(window, fetchedAt), Tone::dim}});
     }
 
     void addCredits(const Credits& credits) {
@@ -123,14 +117,11 @@ class LimitsPrinter {
     }
 
     /// Of a number that is not of now: the moment that it is of.
-    std::string ageText(const LimitSource& source, Date fetchedAt) const {
-        Date moment = fetchedAt;
-        if (const auto* local = std::get_if<LimitSource::Local>(&source.value))
-            moment = local->asOf;
-        else if (const auto* stale = std::get_if<LimitSource::Stale>(&source.value))
-            moment = stale->asOf;
-        if (!source.isStale() && now - moment < RefreshPolicy::baseInterval) return "";
-        return "as of " + momentText(moment, now, environment.calendar());
+    std::string ageText(const LimitWindow& window, Date fetchedAt) const {
+        const bool isLive = std::holds_alternative<LimitSource::Live>(window.source.value);
+        const Date moment = LimitAge::asOf(window, fetchedAt);
+        if (isLive && now - moment < RefreshPolicy::baseInterval) return "";
+        return "as of " + DayFormat::moment(moment, now, environment.calendar());
     }
 
     Tone toneOf(double left) const {

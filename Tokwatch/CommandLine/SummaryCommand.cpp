@@ -137,7 +137,7 @@ class SummaryPrinter {
             table.add({{fitted(row.title, longestName), Tone::bold},
                        {row.tokens},
                        {row.cost},
-                       {row.share},
+                       {row.cost == "—" ? row.cost : row.share},
                        {relativeBar(row.shareFraction, largest), toneOf(row.provider)}});
         }
         terminal.line();

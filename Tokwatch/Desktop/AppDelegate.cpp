@@ -110,6 +110,8 @@ void AppDelegate::makePopover() {
     popover.emplace(*popoverWindow, now, [this] { popoverOpened(); });
     popoverWindow->onContentHeight = [this] { popover->contentHeightChanged(); };
     popoverWindow->onClosed = [this] {
+        countdown.reset();
+        if (statusItem) statusItem->setPopoverOpen(false);
         popover->closed();
         windowClosed();
     };
@@ -124,6 +126,12 @@ void AppDelegate::toggle(QPoint anchor) {
 void AppDelegate::popoverOpened() {
     viewClock->advance();
     application->model().popoverOpened();
+    statusItem->setPopoverOpen(true);
+    constexpr Seconds second{1};
+    countdown = scheduler.every(second, [this] {
+        const auto* view = qobject_cast<PopoverView*>(popoverHost->view());
+        if (view != nullptr && view->countsDown()) viewClock->advance();
+    });
 }
 
 void AppDelegate::updatePopoverStyle() {

@@ -88,6 +88,7 @@ class AppDelegate : public QObject {
     std::optional<MeterStatusItem> statusItem;
     std::optional<ObservingUpdater<StatusTitle>> titleObserver;
     std::unique_ptr<ScheduledCall> statusTimer;
+    std::unique_ptr<ScheduledCall> countdown; ///< while the popover is open
     QPropertyNotifier dockIconNotifier;
     QPropertyNotifier onboardingNotifier;
     std::optional<QPoint> clickedAt;

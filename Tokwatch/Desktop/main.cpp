@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "ApplicationIcon.h"
 #include "DesktopBus.h"
 #include "Preferences.h"
 #include "ProcessHardening.h"
@@ -41,6 +42,7 @@ int main(int argc, char** argv) {
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("Tokwatch"));
     QGuiApplication::setDesktopFileName(QStringLiteral("app.tokwatch"));
+    QGuiApplication::setWindowIcon(tokwatch::applicationIcon());
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
     QCommandLineParser parser;

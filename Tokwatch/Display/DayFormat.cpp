@@ -20,6 +20,11 @@ std::string_view month(const Calendar::Fields& fields) {
     return months[static_cast<std::size_t>(fields.month - 1)];
 }
 
+std::string clockTime(const Calendar::Fields& fields) {
+    const std::string minute = std::to_string(fields.minute);
+    return std::to_string(fields.hour) + (fields.minute < 10 ? ":0" : ":") + minute;
+}
+
 } // namespace
 
 std::string DayFormat::weekdayAndDay(Date date, const Calendar& calendar) {
@@ -29,6 +34,24 @@ std::string DayFormat::weekdayAndDay(Date date, const Calendar& calendar) {
 std::string DayFormat::day(Date date, const Calendar& calendar) {
     const Calendar::Fields fields = calendar.fields(date);
     return std::string(month(fields).substr(0, 3)) + " " + std::to_string(fields.day);
+}
+
+std::string DayFormat::moment(Date date, Date now, const Calendar& calendar) {
+    const std::string time = clockTime(calendar.fields(date));
+    const bool isToday = calendar.dayKey(date) == calendar.dayKey(now);
+    return isToday ? time : day(date, calendar) + ", " + time;
+}
+
+std::string DayFormat::coming(Date date, Date now, const Calendar& calendar) {
+    constexpr Seconds halfAMinute{30};
+    const Date minute = date + halfAMinute;
+    const std::string key = calendar.dayKey(minute);
+    const bool isToday = key == calendar.dayKey(now);
+    const bool isThisWeek =
+        key > calendar.dayKey(now) && key < calendar.dayKey(calendar.addingDays(now, 7));
+    if (isToday || !isThisWeek) return moment(minute, now, calendar);
+    const Calendar::Fields fields = calendar.fields(minute);
+    return std::string(weekday(fields).substr(0, 3)) + " " + clockTime(fields);
 }
 
 std::string DayFormat::spoken(Date date, const Calendar& calendar) {

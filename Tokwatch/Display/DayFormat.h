@@ -12,6 +12,11 @@ struct DayFormat {
     static std::string weekdayAndDay(Date date, const Calendar& calendar);
     /// "Nov 24"
     static std::string day(Date date, const Calendar& calendar);
+    /// "14:02" of today, else "Nov 24, 14:02".
+    static std::string moment(Date date, Date now, const Calendar& calendar);
+    /// A moment to come, to the nearest minute: "14:02" of today, "Fri 14:02" within the week to
+    /// come, else "Nov 24, 14:02".
+    static std::string coming(Date date, Date now, const Calendar& calendar);
     /// "Tuesday, November 24, 2026": for screen readers.
     static std::string spoken(Date date, const Calendar& calendar);
 };

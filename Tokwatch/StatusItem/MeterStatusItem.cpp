@@ -105,6 +105,11 @@ void MeterStatusItem::apply(const StatusTitle& title) {
     update();
 }
 
+void MeterStatusItem::setPopoverOpen(bool isOpen) {
+    popoverOpen = isOpen;
+    update();
+}
+
 void MeterStatusItem::scroll(int delta) {
     const int steps = stepper.steps(delta, now().time_since_epoch());
     if (steps != 0 && currentTitle) choose(steps);
@@ -135,20 +140,24 @@ void MeterStatusItem::update() {
 }
 
 MeterStatusItem::Face MeterStatusItem::face() const {
-    if (!choice) return {*currentTitle, {}, host.area(), tone.isDark(), tone.isGuess()};
-    return {source.title(*choice), choice->label + " ", host.area(), tone.isDark(), tone.isGuess()};
+    Face face{*currentTitle, {}, host.area(), tone.isDark(), tone.isGuess(), popoverOpen};
+    if (!choice) return face;
+    face.title = source.title(*choice);
+    face.prefix = choice->label + " ";
+    return face;
 }
 
 void MeterStatusItem::draw(const Face& face) {
     const StatusTitle& title = face.title;
-    const Ink ink = statusInk(title.severity, face.onDarkPanel, face.toneIsGuess);
+    const InkChoice kind{title.severity, face.onDarkPanel, face.toneIsGuess, title.isOld};
+    const Ink ink = statusInk(kind);
     const QString text = title.text ? QString::fromStdString(face.prefix + *title.text) : QString();
     const std::optional<int> percent = title.text ? leadingPercent(*title.text) : std::nullopt;
 
     kivo::StatusIcon icon;
     QString label;
     if (face.area.kind == StatusAreaKind::label) {
-        icon = markIcon(face, ink);
+        icon = markIcon(face, kind);
         label = text;
     } else if (face.area.kind == StatusAreaKind::wide && !text.isEmpty()) {
         icon.pictures = pictures(wideHeights, [&](int height) {
@@ -158,25 +167,30 @@ void MeterStatusItem::draw(const Face& face) {
         icon.pictures =
             pictures(squareSides, [&](int side) { return gaugePicture(*percent, ink, side); });
     } else {
-        icon = markIcon(face, ink);
+        icon = markIcon(face, kind);
     }
     icon.description = displayName(title);
     if (label.isEmpty() && !text.isEmpty()) icon.description += QLatin1Char(' ') + text;
 
     item.setIcon(std::move(icon));
     item.setLabel(label, widthGuide(label));
-    item.setToolTip(QStringLiteral("Tokwatch"), QString::fromStdString(title.tooltip));
+    // Beside the popover, which says it all, it would only cover something.
+    if (face.isPopoverOpen)
+        item.setToolTip({}, {});
+    else
+        item.setToolTip(QStringLiteral("Tokwatch"), QString::fromStdString(title.tooltip));
 }
 
-kivo::StatusIcon MeterStatusItem::markIcon(const Face& face, const Ink& ink) {
+kivo::StatusIcon MeterStatusItem::markIcon(const Face& face, const InkChoice& ink) {
     const StatusTitle& title = face.title;
     kivo::StatusIcon icon;
     if (face.area.namesOnly && icons.write()) {
-        icon.name = icons.name(title.provider, title.severity, face.onDarkPanel);
+        icon.name = icons.name(title.provider, ink);
         icon.themePath = icons.themePath();
     } else {
-        icon.pictures =
-            pictures(squareSides, [&](int side) { return markPicture(title.provider, ink, side); });
+        icon.pictures = pictures(squareSides, [&](int side) {
+            return markPicture(title.provider, statusInk(ink), side);
+        });
     }
     return icon;
 }

@@ -10,6 +10,7 @@
 #include "StatusItemSource.h"
 #include "StatusNotifierItem.h"
 #include "StatusPictures.h"
+#include "StatusTint.h"
 #include "StatusTitle.h"
 
 #include <QDBusConnection>
@@ -52,6 +53,8 @@ class MeterStatusItem {
     void apply(const StatusTitle& title);
     const std::optional<StatusTitle>& current() const { return currentTitle; }
 
+    /// While it is open, there is no tooltip.
+    void setPopoverOpen(bool isOpen);
     /// What the desktop's own tone is, for panels that follow it.
     void setDesktopDark(bool isDark) { tone.setDesktopDark(isDark); }
 
@@ -77,6 +80,7 @@ class MeterStatusItem {
         kivo::StatusArea area;
         bool onDarkPanel = false;
         bool toneIsGuess = false;
+        bool isPopoverOpen = false;
 
         friend bool operator==(const Face&, const Face&) = default;
     };
@@ -88,7 +92,7 @@ class MeterStatusItem {
     void update();
     Face face() const;
     void draw(const Face& face);
-    kivo::StatusIcon markIcon(const Face& face, const Ink& ink);
+    kivo::StatusIcon markIcon(const Face& face, const InkChoice& ink);
 
     StatusItemSource& source;
     Scheduler& scheduler;
@@ -103,6 +107,7 @@ class MeterStatusItem {
     NamedIcons icons;
 
     bool hostKnown = false;
+    bool popoverOpen = false;
     std::unique_ptr<ScheduledCall> hostMissed;
     std::optional<StatusTitle> currentTitle;
     std::optional<Face> drawn;

@@ -1,7 +1,6 @@
 #include "NamedIcons.h"
 
 #include "StatusPictures.h"
-#include "StatusTint.h"
 
 #include <QImage>
 
@@ -46,14 +45,14 @@ QString NamedIcons::themePath() const {
     return QString::fromStdString(directory.string());
 }
 
-QString NamedIcons::name(std::optional<ProviderID> provider, Severity severity,
-                         bool onDarkPanel) const {
+QString NamedIcons::name(std::optional<ProviderID> provider, const InkChoice& ink) const {
     std::string name = "tokwatch-status-";
     name += provider ? rawValue(*provider) : "gauge";
-    if (severity == Severity::normal)
+    if (ink.isOld) name += "-old";
+    if (ink.severity == Severity::normal)
         name += "-symbolic";
     else
-        name.append("-").append(word(severity)).append(onDarkPanel ? "-dark" : "-light");
+        name.append("-").append(word(ink.severity)).append(ink.onDarkPanel ? "-dark" : "-light");
     return QString::fromStdString(name);
 }
 
@@ -67,15 +66,18 @@ bool NamedIcons::write() {
         std::filesystem::create_directories(folder, failure);
         for (const auto& provider : allMarks())
             for (const Severity severity : severities)
-                for (const bool dark : {false, true}) {
-                    const QColor colour = severity == Severity::normal ? QColor(Qt::black)
-                                                                       : statusTint(severity, dark);
-                    const std::string file = name(provider, severity, dark).toStdString() +
-                                             std::string(suffix(severity));
-                    if (!markPicture(provider, {colour}, side)
-                             .save(QString::fromStdString((folder / file).string()), "PNG"))
-                        written = false;
-                }
+                for (const bool dark : {false, true})
+                    for (const bool isOld : {false, true}) {
+                        const InkChoice choice{severity, dark, false, isOld};
+                        Ink ink = statusInk(choice);
+                        if (severity == Severity::normal)
+                            ink.colour.setRgb(0, 0, 0, ink.colour.alpha());
+                        const std::string file =
+                            name(provider, choice).toStdString() + std::string(suffix(severity));
+                        if (!markPicture(provider, ink, side)
+                                 .save(QString::fromStdString((folder / file).string()), "PNG"))
+                            written = false;
+                    }
     }
     return *written;
 }

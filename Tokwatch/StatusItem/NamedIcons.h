@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ProviderID.h"
-#include "StatusTitle.h"
+#include "StatusTint.h"
 
 #include <QString>
 
@@ -21,7 +21,7 @@ class NamedIcons {
     /// would miss a file that comes later. False when that failed.
     bool write();
 
-    QString name(std::optional<ProviderID> provider, Severity severity, bool onDarkPanel) const;
+    QString name(std::optional<ProviderID> provider, const InkChoice& ink) const;
     QString themePath() const;
 
   private:

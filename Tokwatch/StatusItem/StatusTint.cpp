@@ -14,10 +14,11 @@ QColor statusTint(Severity severity, bool onDarkPanel) {
     return {};
 }
 
-Ink statusInk(Severity severity, bool onDarkPanel, bool toneIsGuess) {
-    Ink ink{statusTint(severity, onDarkPanel)};
-    if (toneIsGuess)
-        ink.halo = onDarkPanel ? QColor(0, 0, 0, 0xa0) : QColor(0xff, 0xff, 0xff, 0xa0);
+Ink statusInk(const InkChoice& choice) {
+    Ink ink{statusTint(choice.severity, choice.onDarkPanel)};
+    if (choice.isOld) ink.colour.setAlphaF(oldOpacity);
+    if (choice.toneIsGuess)
+        ink.halo = choice.onDarkPanel ? QColor(0, 0, 0, 0xa0) : QColor(0xff, 0xff, 0xff, 0xa0);
     return ink;
 }
 

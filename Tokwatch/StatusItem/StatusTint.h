@@ -11,7 +11,16 @@ namespace tokwatch {
 /// warning, red when critical. Each stands out from its panel by at least 4.5 to 1.
 QColor statusTint(Severity severity, bool onDarkPanel);
 
-/// The tint with a halo, for a panel whose tone is a guess.
-Ink statusInk(Severity severity, bool onDarkPanel, bool toneIsGuess);
+/// How a number that is no longer current is drawn: the same colour, fainter.
+inline constexpr float oldOpacity = 0.55F;
+
+/// What the item is drawn with.
+struct InkChoice {
+    Severity severity = Severity::normal;
+    bool onDarkPanel = false;
+    bool toneIsGuess = false; ///< then a halo keeps the drawing legible
+    bool isOld = false;
+};
+Ink statusInk(const InkChoice& choice);
 
 } // namespace tokwatch

@@ -4,17 +4,14 @@
 
 #include <QString>
 
-#include <optional>
-
 namespace tokwatch {
 
 /// Moments as people say them, in English like all texts.
 struct TimeTexts {
-    /// "Updated just now", "Updated 5 min ago", "Updated 3 h ago", "Updated Nov 23, 14:02"; empty
-    /// when there was none.
-    static QString updated(std::optional<Date> moment, Date now, const Calendar& calendar);
-    /// "14:02" of today, else "Nov 23, 14:02".
-    static QString moment(Date moment, Date now, const Calendar& calendar);
+    /// "just now", "5 min ago", "3 h ago", "Nov 23, 14:02".
+    static QString age(Date moment, Date now, const Calendar& calendar);
+    /// "24 s", "5 min": what is left until a moment that is not hours away.
+    static QString remaining(Date moment, Date now);
 };
 
 } // namespace tokwatch

@@ -14,9 +14,27 @@ QString nameOf(std::optional<ProviderID> provider) {
     return provider ? text(displayName(*provider)) : QString();
 }
 
+constexpr const char* unknown = "—";
+
 QString spokenCost(const QString& cost) {
-    if (cost == "—") return "price unknown";
+    if (cost == unknown) return "price unknown";
     return cost.startsWith('~') ? "about " + cost.mid(1) : cost;
+}
+
+/// A part of the cost is no more known than the cost.
+void forgetUnknownShare(SummaryDisplay::BreakdownRow& row, SummaryUnit unit) {
+    if (unit == SummaryUnit::cost && row.cost == unknown) row.share = unknown;
+}
+
+/// What the longest of the days' bars stands for.
+double largestDay(const UsageSummary& summary, SummaryUnit unit) {
+    double largest = 0;
+    for (const UsageSummary::DayRow& day : summary.perDay)
+        largest = std::max(largest, unit == SummaryUnit::cost ? day.costUSD
+                                                              : static_cast<double>(day.tokens));
+    const double whole = unit == SummaryUnit::cost ? summary.totalCostUSD
+                                                   : static_cast<double>(summary.tokens.total());
+    return whole > 0 ? largest / whole : 0;
 }
 
 BreakdownRow rowOf(const SummaryDisplay::BreakdownRow& shown, SummaryUnit unit) {
@@ -30,8 +48,8 @@ BreakdownRow rowOf(const SummaryDisplay::BreakdownRow& shown, SummaryUnit unit) 
     row.note = isCost ? tokens + " tokens" : cost;
     row.share = text(shown.share);
     row.fraction = shown.shareFraction;
-    QStringList parts{row.title, spokenCost(cost), tokens + " tokens",
-                      row.share + (isCost ? " of cost" : " of tokens")};
+    QStringList parts{row.title, spokenCost(cost), tokens + " tokens"};
+    if (row.share != unknown) parts.append(row.share + (isCost ? " of cost" : " of tokens"));
     if (shown.provider) {
         row.rank = QString::number(shown.rank);
         row.provider = text(rawValue(*shown.provider));
@@ -50,7 +68,8 @@ QString number(double value) {
 } // namespace
 
 Breakdown::Breakdown(UsageSummary whole, BreakdownMode mode, SummaryUnit shownUnit, Calendar days)
-    : summary(std::move(whole)), breakdownMode(mode), unit(shownUnit), calendar(std::move(days)) {
+    : summary(std::move(whole)), breakdownMode(mode), unit(shownUnit), calendar(std::move(days)),
+      largestShare(largestDay(summary, unit)) {
     // The summary ranks by cost; who looks at tokens wants them ranked.
     if (unit == SummaryUnit::tokens)
         std::ranges::stable_sort(
@@ -74,11 +93,15 @@ SummaryDisplay::BreakdownRow Breakdown::shown(std::size_t at) const {
     SummaryDisplay::BreakdownRow row =
         SummaryDisplay::breakdown(one, breakdownMode, unit, calendar).front();
     row.rank = static_cast<int>(at) + 1;
+    forgetUnknownShare(row, unit);
     return row;
 }
 
 BreakdownRow Breakdown::row(std::size_t at) const {
-    return rowOf(shown(at), unit);
+    BreakdownRow row = rowOf(shown(at), unit);
+    if (breakdownMode == BreakdownMode::day)
+        row.fraction = largestShare > 0 ? std::min(1.0, row.fraction / largestShare) : 0;
+    return row;
 }
 
 TableText Breakdown::table() const {

@@ -33,9 +33,9 @@ struct BreakdownRow {
     QString title;
     QString value; ///< in the unit of summaries: "~$12.40", "—" when unknown
     QString note;  ///< in the other unit: "1.23M tokens"
-    QString share; ///< of the unit
+    QString share; ///< of the unit, "—" when unknown
     QString spoken;
-    double fraction = 0; ///< the share, 0…1
+    double fraction = 0; ///< of the bar: a model's share, a day's part of the largest day
     int series = 0;      ///< of the theme's side-by-side colours
     friend bool operator==(const BreakdownRow&, const BreakdownRow&) = default;
 };
@@ -62,6 +62,7 @@ class Breakdown {
     BreakdownMode breakdownMode;
     SummaryUnit unit;
     Calendar calendar;
+    double largestShare = 0; ///< of the days
 };
 
 } // namespace tokwatch

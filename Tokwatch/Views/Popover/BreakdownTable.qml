@@ -68,32 +68,11 @@ Rectangle {
         }
     }
 
-    // One for all rows, and none until a name is too long for its row.
-    Loader {
-        active: table.hoveredRow?.isShortened ?? false
-        sourceComponent: T.ToolTip {
-            parent: table.hoveredRow
-            x: parent ? (parent.width - width) / 2 : 0
-            y: parent ? parent.height - Theme.space.xs : 0
-            implicitWidth: Math.min(table.width, tip.implicitWidth + leftPadding + rightPadding)
-            implicitHeight: tip.implicitHeight + topPadding + bottomPadding
-            padding: Theme.space.xs
-            leftPadding: Theme.space.s
-            rightPadding: Theme.space.s
-            delay: 500
-            visible: true
-            contentItem: Label {
-                id: tip
-                text: table.hoveredRow?.row.title ?? ""
-                size: Theme.type.caption
-                wrapMode: Text.WrapAnywhere
-            }
-            background: Rectangle {
-                radius: Theme.space.radius
-                color: Theme.colors.card
-                border.width: 1
-                border.color: Theme.colors.outline
-            }
-        }
+    // One for all rows, for the names that are too long for theirs.
+    HoverTip {
+        parent: table.hoveredRow ?? table
+        text: table.hoveredRow?.row.title ?? ""
+        wanted: table.hoveredRow?.isShortened ?? false
+        widest: table.width
     }
 }

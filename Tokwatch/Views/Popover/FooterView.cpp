@@ -2,9 +2,14 @@
 
 #include "AppModel.h"
 #include "ByteFormat.h"
+#include "LimitAge.h"
+#include "LimitRows.h"
+#include "Preferences.h"
 #include "Text.h"
 #include "TimeTexts.h"
 #include "ViewClock.h"
+
+#include <algorithm>
 
 namespace tokwatch {
 namespace {
@@ -12,7 +17,54 @@ namespace {
 /// Less than this is read before anybody could see it.
 constexpr std::int64_t noticeableBytes = 4'000'000;
 
-FooterState footerState(const AppModel& model, Date now) {
+/// When the oldest of the limits that are shown held.
+std::optional<Date> oldestLimit(const AppModel& model) {
+    std::optional<Date> oldest;
+    for (const ProviderID provider : model.preferences().enabledProviders()) {
+        const auto known = model.limits().find(provider);
+        if (known == model.limits().end()) continue;
+        for (const LimitWindow& window : known->second.windows) {
+            const Date asOf = LimitAge::asOf(window, known->second.fetchedAt);
+            oldest = std::min(oldest.value_or(asOf), asOf);
+        }
+    }
+    return oldest;
+}
+
+/// The times of the provider that a refresh may ask last.
+std::optional<AttemptTimes> latestRetry(const AppModel& model, Date now) {
+    std::optional<AttemptTimes> latest;
+    for (const ProviderID provider : model.present()) {
+        const auto found = model.attempts().find(provider);
+        if (found == model.attempts().end() || found->second.isUnderWay) continue;
+        const std::optional<Date> next = found->second.nextRetry;
+        if (next && *next > now && (!latest || *next > *latest->nextRetry)) latest = found->second;
+    }
+    return latest;
+}
+
+bool isAsking(const AppModel& model) {
+    return std::ranges::any_of(model.attempts(),
+                               [](const auto& each) { return each.second.isUnderWay; });
+}
+
+} // namespace
+
+FooterView::FooterView(AppModel& model, const ViewClock& viewClock)
+    : clock(viewClock), updater([this, &model] { return state(model, clock.now()); },
+                                [this](FooterState next) {
+                                    if (next == current) return;
+                                    current = std::move(next);
+                                    emit stateChanged();
+                                }) {
+    updater.arm();
+}
+
+void FooterView::refreshAsked() {
+    asked = clock.now();
+}
+
+FooterState FooterView::state(const AppModel& model, Date now) const {
     FooterState state;
     const std::optional<IndexingProgress>& progress = model.indexing();
     if (progress && progress->bytesTotal >= noticeableBytes) {
@@ -24,21 +76,20 @@ FooterState footerState(const AppModel& model, Date now) {
         state.indexedFraction =
             static_cast<double>(progress->bytesRead) / static_cast<double>(progress->bytesTotal);
     }
-    state.isRefreshing = model.isRefreshing();
-    state.updated = TimeTexts::updated(model.lastUpdated(), now, model.calendar());
+    state.isRefreshing = model.isRefreshing() || isAsking(model);
+    const std::optional<Date> pressed = asked.value();
+    const std::optional<AttemptTimes> retry = latestRetry(model, now);
+    if (pressed && retry && now - *pressed < noteTime) {
+        const QString tried = tryText(*retry, now, model.calendar());
+        state.updated = "Limits: " + tried.left(1).toLower() + tried.mid(1);
+        state.countsDown = true;
+        return state;
+    }
+    if (const std::optional<Date>& moment = model.lastUpdated())
+        state.updated = "Updated " + TimeTexts::age(*moment, now, model.calendar());
+    if (const std::optional<Date> moment = oldestLimit(model))
+        state.updated += " · limits " + TimeTexts::age(*moment, now, model.calendar());
     return state;
-}
-
-} // namespace
-
-FooterView::FooterView(AppModel& model, const ViewClock& clock)
-    : updater([&model, &clock] { return footerState(model, clock.now()); },
-              [this](FooterState next) {
-                  if (next == current) return;
-                  current = std::move(next);
-                  emit stateChanged();
-              }) {
-    updater.arm();
 }
 
 } // namespace tokwatch

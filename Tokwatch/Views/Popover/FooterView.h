@@ -1,10 +1,14 @@
 #pragma once
 
+#include "Date.h"
 #include "ObservingUpdater.h"
 
 #include <QObject>
+#include <QProperty>
 #include <QString>
 #include <qqmlregistration.h>
+
+#include <optional>
 
 namespace tokwatch {
 
@@ -24,7 +28,8 @@ struct FooterState {
     QString indexing; ///< "Reading Claude: 12 MB of 300 MB"
     double indexedFraction = 0;
     bool isRefreshing = false;
-    QString updated; ///< "Updated 5 min ago"
+    QString updated; ///< "Updated 5 min ago · limits 7 h ago", or why a refresh asks nobody
+    bool countsDown = false;
     friend bool operator==(const FooterState&, const FooterState&) = default;
 };
 
@@ -35,14 +40,26 @@ class FooterView : public QObject {
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(tokwatch::FooterState state READ state NOTIFY stateChanged)
   public:
+    /// How long it is said that a refresh came too soon.
+    static constexpr Seconds noteTime{10};
+
     FooterView(AppModel& model, const ViewClock& clock);
 
     const FooterState& state() const { return current; }
+    /// What is shown changes with every second.
+    bool countsDown() const { return current.countsDown; }
+
+    /// The user asked for a refresh. Where that was too soon for limits, it says so for a while.
+    void refreshAsked();
 
   signals:
     void stateChanged();
 
   private:
+    FooterState state(const AppModel& model, Date now) const;
+
+    const ViewClock& clock;
+    QProperty<std::optional<Date>> asked; ///< when the user last did
     FooterState current;
     ObservingUpdater<FooterState> updater;
 };

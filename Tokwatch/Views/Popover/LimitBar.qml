@@ -6,12 +6,14 @@ Column {
     id: bar
     required property var limit
 
-    readonly property color fill: limit.isStale ? Theme.colors.muted
-                                : limit.level === 2 ? Theme.colors.critical
-                                : limit.level === 1 ? Theme.colors.warning : Theme.colors.accent
-    readonly property color figure: limit.isStale ? Theme.colors.secondaryText
-                                  : limit.level === 2 ? Theme.colors.criticalText
-                                  : limit.level === 1 ? Theme.colors.warningText : Theme.colors.text
+    readonly property color fill: aged([Theme.colors.accent, Theme.colors.warning, Theme.colors.critical][limit.level], Theme.colors.muted)
+    readonly property color figure: aged([Theme.colors.text, Theme.colors.warningText, Theme.colors.criticalText][limit.level], Theme.colors.secondaryText)
+
+    /// What is old keeps its colour, but half of it. Both colours stand out from the ground, and so
+    /// does what is between them.
+    function aged(fresh, muted) {
+        return limit.isOld ? Qt.tint(fresh, Qt.rgba(muted.r, muted.g, muted.b, 0.55)) : fresh
+    }
 
     spacing: 6
     Accessible.role: Accessible.ProgressBar
@@ -67,6 +69,14 @@ Column {
             color: Theme.colors.timeMark
             border.width: 1
             border.color: Theme.colors.card
+
+            Item {
+                anchors.centerIn: parent
+                width: 20
+                height: 20
+                HoverHandler { id: overTime }
+                HoverTip { text: bar.limit.timeText; wanted: overTime.hovered }
+            }
         }
     }
 
@@ -84,17 +94,24 @@ Column {
             name: bar.limit.paceSymbol
             color: caption.color
         }
+        Item {
+            anchors { left: pace.left; top: caption.top; bottom: caption.bottom }
+            width: pace.width + 5 + Math.min(caption.width, caption.implicitWidth)
+            HoverHandler { id: overPace }
+            HoverTip { text: bar.limit.paceText; wanted: overPace.hovered }
+        }
         Label {
             id: caption
             anchors { left: pace.right; leftMargin: 5; right: reset.left; rightMargin: Theme.space.s }
             text: bar.limit.paceCaption
             size: Theme.type.caption
-            color: bar.limit.isAhead && !bar.limit.isStale ? Theme.colors.warningText : Theme.colors.secondaryText
+            color: bar.limit.isAhead && !bar.limit.isOld ? Theme.colors.warningText : Theme.colors.secondaryText
             Accessible.ignored: true
         }
         Label {
             id: reset
             anchors.right: parent.right
+            elide: Text.ElideNone
             text: bar.limit.resetText
             size: Theme.type.caption
             color: Theme.colors.secondaryText

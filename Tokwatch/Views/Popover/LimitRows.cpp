@@ -1,14 +1,18 @@
 #include "LimitRows.h"
 
+#include "DayFormat.h"
+#include "LimitAge.h"
 #include "LimitBarModel.h"
 #include "MeterFormat.h"
 #include "PlainText.h"
+#include "ProviderTexts.h"
 #include "StatusNotice.h"
 #include "Text.h"
 #include "TimeTexts.h"
 #include "WindowLabel.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace tokwatch {
 namespace {
@@ -19,24 +23,40 @@ LimitRow::Level levelOf(double left, const LimitJudgement& judgement) {
     return LimitRow::Level::normal;
 }
 
-QString resetSentence(const std::optional<std::string>& resetText) {
-    if (!resetText) return {};
-    return *resetText == "now" ? QString("Resets now") : "Resets in " + text(*resetText);
+QString resetSentence(const LimitWindow& window, const LimitBarModel& bar, Date now,
+                      const Calendar& calendar) {
+    if (!bar.resetText) return {};
+    if (*window.resetsAt <= now) return QStringLiteral("Has reset");
+    return QString("Resets in %1 · %2")
+        .arg(text(*bar.resetText), text(DayFormat::coming(*window.resetsAt, now, calendar)));
 }
 
-LimitRow limitRow(const LimitWindow& window, const LimitJudgement& judgement, Date now) {
+/// "60% used, 50% of the time gone"
+QString paceSentence(const LimitBarModel& bar) {
+    if (!bar.timeLeftFraction) return {};
+    return QString("%1% used in %2% of the time")
+        .arg(std::lround((1 - bar.leftFraction) * 100))
+        .arg(std::lround((1 - *bar.timeLeftFraction) * 100));
+}
+
+LimitRow limitRow(const LimitWindow& window, const ProviderLimits& limits,
+                  const LimitJudgement& judgement, Date now, const Calendar& calendar) {
     const LimitBarModel bar(window, now);
     LimitRow row;
     row.label = text(windowLabel(window));
     row.leftText = text(bar.percentLeftText);
-    row.resetText = resetSentence(bar.resetText);
+    row.resetText = resetSentence(window, bar, now, calendar);
     row.paceSymbol = text(symbolName(bar.pace));
     row.paceCaption = text(caption(bar.pace));
+    row.paceText = paceSentence(bar);
     row.leftFraction = std::clamp(bar.leftFraction, 0.0, 1.0);
     row.timeLeftFraction = bar.timeLeftFraction.value_or(-1);
+    if (bar.timeLeftFraction)
+        row.timeText = QString("Where time stands: %1% of it is left")
+                           .arg(std::lround(*bar.timeLeftFraction * 100));
     row.level = levelOf(bar.leftFraction, judgement);
     row.isAhead = bar.pace == Pace::over;
-    row.isStale = window.source.isStale();
+    row.isOld = LimitAge::isOld(window, limits.fetchedAt, now);
     QStringList parts{row.label + " " + row.leftText + " left"};
     for (const QString& part : {row.resetText, row.paceCaption})
         if (!part.isEmpty()) parts.append(part);
@@ -44,13 +64,66 @@ LimitRow limitRow(const LimitWindow& window, const LimitJudgement& judgement, Da
     return row;
 }
 
-/// The moment of the oldest number shown that is not of now.
-std::optional<Date> oldestStale(const ProviderLimits& limits) {
+/// The moment of the oldest number that is not of the latest answer, or that has grown old.
+std::optional<Date> oldest(const ProviderLimits& limits, Date now) {
     std::optional<Date> oldest;
-    for (const LimitWindow& window : limits.windows)
-        if (const auto* stale = std::get_if<LimitSource::Stale>(&window.source.value))
-            oldest = std::min(oldest.value_or(stale->asOf), stale->asOf);
+    for (const LimitWindow& window : limits.windows) {
+        const bool isLive = std::holds_alternative<LimitSource::Live>(window.source.value);
+        const Date asOf = LimitAge::asOf(window, limits.fetchedAt);
+        if (!isLive || LimitAge::isOld(window, limits.fetchedAt, now))
+            oldest = std::min(oldest.value_or(asOf), asOf);
+    }
     return oldest;
+}
+
+const ProviderLimits* limitsOf(const ProvidersKnown& known, ProviderID provider) {
+    const auto found = known.limits.find(provider);
+    return found == known.limits.end() ? nullptr : &found->second;
+}
+
+AttemptTimes attemptsOf(const ProvidersKnown& known, ProviderID provider) {
+    const auto found = known.attempts.find(provider);
+    return found == known.attempts.end() ? AttemptTimes() : found->second;
+}
+
+/// Whether nobody can expect numbers of the provider.
+bool isQuiet(const ProvidersKnown& known, ProviderID provider) {
+    const ProviderLimits* limits = limitsOf(known, provider);
+    if (limits != nullptr && (!limits->windows.empty() || limits->credits)) return false;
+    return !publishesLimits(provider) || std::ranges::count(known.present, provider) == 0;
+}
+
+ProviderRow providerRow(const ProvidersKnown& known, ProviderID provider, Date now,
+                        const Calendar& calendar) {
+    ProviderRow row;
+    row.id = text(rawValue(provider));
+    row.name = text(displayName(provider));
+    row.series = seriesOf(provider);
+    const ProviderLimits* limits = limitsOf(known, provider);
+    if (limits != nullptr) {
+        row.plan = text(plainText(limits->plan.value_or("")));
+        for (const LimitWindow& window : limits->windows)
+            row.windows.append(
+                QVariant::fromValue(limitRow(window, *limits, known.judgement, now, calendar)));
+        if (limits->credits) {
+            row.creditsText = creditsText(*limits->credits);
+            if (!row.creditsText.isEmpty())
+                row.creditsLabel = text(plainText(limits->credits->label));
+        }
+        if (const std::optional<Date> asOf = oldest(*limits, now))
+            row.asOfText = "As of " + text(DayFormat::moment(*asOf, now, calendar));
+    }
+    const AttemptTimes attempts = attemptsOf(known, provider);
+    const StatusNotice notice =
+        statusNotice({provider, limits, known.judgement, attempts.nextFetch}, now, calendar);
+    row.notice = notice.sentence;
+    row.noticeIsCalm = notice.isCalm;
+    row.action = notice.action;
+    row.actionText = notice.actionText;
+    const bool asksAgain =
+        row.action == ProviderAction::retry || row.action == ProviderAction::allowAccess;
+    if (asksAgain) row.tryText = tryText(attempts, now, calendar);
+    return row;
 }
 
 } // namespace
@@ -70,47 +143,34 @@ QString creditsText(const Credits& credits) {
     return credits.limitUSD ? "Limit " + money(*credits.limitUSD) : QString();
 }
 
-std::vector<ProviderRow> providerRows(const std::vector<ProviderID>& providers,
-                                      const std::vector<ProviderID>& present,
-                                      const std::map<ProviderID, ProviderLimits>& limits,
-                                      const LimitJudgement& judgement, Date now,
+QString tryText(const AttemptTimes& times, Date now, const Calendar& calendar) {
+    if (times.isUnderWay) return QStringLiteral("Trying…");
+    if (!times.lastAttempt || !times.nextRetry || *times.nextRetry <= now) return {};
+    return QString("Tried %1 · again in %2")
+        .arg(TimeTexts::age(*times.lastAttempt, now, calendar),
+             TimeTexts::remaining(*times.nextRetry, now));
+}
+
+std::vector<ProviderRow> providerRows(const ProvidersKnown& known, Date now,
                                       const Calendar& calendar) {
     std::vector<ProviderRow> rows;
-    for (const ProviderID provider : providers) {
-        ProviderRow row;
-        row.id = text(rawValue(provider));
-        row.name = text(displayName(provider));
-        row.series = seriesOf(provider);
-        const auto found = limits.find(provider);
-        const bool hasWindows = found != limits.end() && !found->second.windows.empty();
-        if (std::ranges::count(present, provider) == 0 && !hasWindows) {
-            row.isBrief = true;
-            row.notice = "Not found on this computer";
-            rows.push_back(std::move(row));
-            continue;
-        }
-        const ProviderLimits* known = found == limits.end() ? nullptr : &found->second;
-        if (known != nullptr) {
-            row.plan = text(plainText(known->plan.value_or("")));
-            for (const LimitWindow& window : known->windows)
-                row.windows.append(QVariant::fromValue(limitRow(window, judgement, now)));
-            if (known->credits) {
-                row.creditsText = creditsText(*known->credits);
-                if (!row.creditsText.isEmpty())
-                    row.creditsLabel = text(plainText(known->credits->label));
-            }
-            if (const std::optional<Date> asOf = oldestStale(*known))
-                row.staleText = "As of " + TimeTexts::moment(*asOf, now, calendar);
-        }
-        const StatusNotice notice = statusNotice(provider, known, judgement);
-        row.notice = notice.sentence;
-        row.isBrief = row.windows.isEmpty() && notice.isBrief;
-        row.noticeIsCalm = notice.isCalm;
-        row.action = notice.action;
-        row.actionText = notice.actionText;
-        rows.push_back(std::move(row));
-    }
+    for (const ProviderID provider : known.providers)
+        if (!isQuiet(known, provider)) rows.push_back(providerRow(known, provider, now, calendar));
     return rows;
+}
+
+std::vector<QuietProvider> quietProviders(const ProvidersKnown& known) {
+    std::vector<QuietProvider> quiet;
+    for (const ProviderID provider : known.providers) {
+        if (!isQuiet(known, provider)) continue;
+        const bool isPresent = std::ranges::count(known.present, provider) > 0;
+        const char* words = !isPresent                     ? " was not found"
+                            : provider == ProviderID::grok ? " publishes no limits"
+                                                           : " has no usage data yet";
+        quiet.push_back(
+            {text(rawValue(provider)), text(displayName(provider)) + words, seriesOf(provider)});
+    }
+    return quiet;
 }
 
 } // namespace tokwatch

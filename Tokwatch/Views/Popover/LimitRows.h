@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AttemptTimes.h"
 #include "Calendar.h"
 #include "LimitRecords.h"
 #include "ProviderID.h"
@@ -26,14 +27,16 @@ struct LimitRow {
     Q_PROPERTY(double timeLeftFraction MEMBER timeLeftFraction)
     Q_PROPERTY(Level level MEMBER level)
     Q_PROPERTY(bool isAhead MEMBER isAhead)
-    Q_PROPERTY(bool isStale MEMBER isStale)
+    Q_PROPERTY(bool isOld MEMBER isOld)
+    Q_PROPERTY(QString timeText MEMBER timeText)
+    Q_PROPERTY(QString paceText MEMBER paceText)
   public:
     enum class Level { normal, warning, critical };
     Q_ENUM(Level)
 
     QString label;
     QString leftText;   ///< "42%"
-    QString resetText;  ///< "Resets in 3h 5m"; empty when unknown
+    QString resetText;  ///< "Resets in 3h 5m · 20:45", "Has reset"; empty when unknown
     QString paceSymbol; ///< empty, with its caption, when the pace is unknown
     QString paceCaption;
     QString spoken; ///< all of it in one sentence
@@ -41,7 +44,9 @@ struct LimitRow {
     double timeLeftFraction = -1; ///< negative when unknown
     Level level = Level::normal;
     bool isAhead = false; ///< used faster than time passes
-    bool isStale = false;
+    bool isOld = false;   ///< by LimitAge
+    QString timeText;     ///< what the mark on the bar tells, and …
+    QString paceText;     ///< … what the pace does, for who points at them
     friend bool operator==(const LimitRow&, const LimitRow&) = default;
 };
 
@@ -63,11 +68,11 @@ struct ProviderRow {
     Q_PROPERTY(QVariantList windows MEMBER windows)
     Q_PROPERTY(QString creditsLabel MEMBER creditsLabel)
     Q_PROPERTY(QString creditsText MEMBER creditsText)
-    Q_PROPERTY(QString staleText MEMBER staleText)
-    Q_PROPERTY(bool isBrief MEMBER isBrief)
+    Q_PROPERTY(QString asOfText MEMBER asOfText)
     Q_PROPERTY(QString notice MEMBER notice)
     Q_PROPERTY(bool noticeIsCalm MEMBER noticeIsCalm)
     Q_PROPERTY(QString actionText MEMBER actionText)
+    Q_PROPERTY(QString tryText MEMBER tryText)
     Q_PROPERTY(tokwatch::ProviderAction::Value action MEMBER action)
   public:
     QString id; ///< the provider's raw value
@@ -77,13 +82,26 @@ struct ProviderRow {
     QVariantList windows; ///< of LimitRow
     QString creditsLabel; ///< empty, with its text, without credits
     QString creditsText;
-    QString staleText;        ///< "As of 14:02" when the numbers are not current
-    bool isBrief = false;     ///< the notice says it all, in one line beside the name
+    QString asOfText;         ///< "As of 14:02" when the numbers are not of the latest answer
     QString notice;           ///< one sentence; empty when all is well
     bool noticeIsCalm = true; ///< nothing is wrong, and nothing is asked of the user
     QString actionText;       ///< empty when there is nothing to be done
+    QString tryText;          ///< why the action has to wait: "Tried just now · again in 24 s"
     ProviderAction::Value action = ProviderAction::none;
     friend bool operator==(const ProviderRow&, const ProviderRow&) = default;
+};
+
+/// A provider that has no limits to show, in a few words.
+struct QuietProvider {
+    Q_GADGET
+    Q_PROPERTY(QString id MEMBER id)
+    Q_PROPERTY(QString text MEMBER text)
+    Q_PROPERTY(int series MEMBER series)
+  public:
+    QString id;   ///< the provider's raw value
+    QString text; ///< "Grok has no published limits"
+    int series = 0;
+    friend bool operator==(const QuietProvider&, const QuietProvider&) = default;
 };
 
 /// How limits are to be judged, from the preferences.
@@ -97,13 +115,23 @@ struct LimitJudgement {
 /// A provider's place among the theme's side-by-side colours, the same everywhere.
 int seriesOf(ProviderID provider);
 
-/// The cards of these providers, in their order. Those that are not `present` on this machine and
-/// those without limits say so in one line.
-std::vector<ProviderRow> providerRows(const std::vector<ProviderID>& providers,
-                                      const std::vector<ProviderID>& present,
-                                      const std::map<ProviderID, ProviderLimits>& limits,
-                                      const LimitJudgement& judgement, Date now,
+/// What is known of the providers, in the user's order.
+struct ProvidersKnown {
+    std::vector<ProviderID> providers;
+    std::vector<ProviderID> present; ///< those found on this machine
+    std::map<ProviderID, ProviderLimits> limits;
+    std::map<ProviderID, AttemptTimes> attempts;
+    LimitJudgement judgement;
+};
+
+/// The cards: one for each provider that has limits, or could have.
+std::vector<ProviderRow> providerRows(const ProvidersKnown& known, Date now,
                                       const Calendar& calendar);
+/// The others, which share a line.
+std::vector<QuietProvider> quietProviders(const ProvidersKnown& known);
+
+/// "Tried just now · again in 24 s"; empty when the provider may be asked at once.
+QString tryText(const AttemptTimes& times, Date now, const Calendar& calendar);
 
 /// "$12.40 of $50.00 used", "$4.20 left", "Unlimited".
 QString creditsText(const Credits& credits);

@@ -50,8 +50,16 @@ Item {
         IconButton {
             symbol: "refresh"
             text: "Refresh"
-            spins: footer.status.isRefreshing
-            onClicked: footer.refresh()
+            // For one turn at least: nothing that is pressed stays silent.
+            spins: footer.status.isRefreshing || turn.running
+            onClicked: {
+                turn.restart()
+                footer.refresh()
+            }
+            Timer {
+                id: turn
+                interval: 1100
+            }
         }
         IconButton {
             symbol: "gear"

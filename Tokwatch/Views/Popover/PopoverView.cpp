@@ -28,6 +28,7 @@ void PopoverView::setHostAdvice(const QString& next) {
 
 void PopoverView::refresh() {
     model.refresh();
+    footerView.refreshAsked();
 }
 
 } // namespace tokwatch

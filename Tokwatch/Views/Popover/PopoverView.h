@@ -41,6 +41,8 @@ class PopoverView : public QObject {
     FooterView* footer() { return &footerView; }
 
     Q_INVOKABLE void refresh();
+    /// Something shown changes with every second.
+    bool countsDown() const { return usageView.countsDown() || footerView.countsDown(); }
 
   signals:
     void tabChanged();

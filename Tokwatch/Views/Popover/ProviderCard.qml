@@ -9,7 +9,6 @@ Card {
     signal acted(int action)
 
     padding: Theme.space.l
-    verticalPadding: row.isBrief ? Theme.space.m : padding
     spacing: Theme.space.m
     Accessible.role: Accessible.Grouping
     Accessible.name: row.name
@@ -54,7 +53,7 @@ Card {
         Label {
             id: note
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
-            text: card.row.isBrief ? card.row.notice : card.row.staleText
+            text: card.row.asOfText
             size: Theme.type.caption
             color: Theme.colors.secondaryText
         }
@@ -88,30 +87,43 @@ Card {
     }
 
     Item {
-        visible: card.row.notice !== "" && !card.row.isBrief
+        visible: card.row.notice !== ""
         width: parent.width
-        height: Math.max(notice.height, action.visible ? action.height : 0)
+        height: Math.max(said.height, action.visible ? action.height : 0)
 
         Symbol {
             id: sign
             anchors.left: parent.left
-            y: notice.y + (notice.height / notice.lineCount - height) / 2
+            y: said.y + (notice.height / notice.lineCount - height) / 2
             name: card.row.noticeIsCalm ? "info" : "warning"
             color: card.row.noticeIsCalm ? Theme.colors.secondaryText : Theme.colors.warningText
         }
-        Label {
-            id: notice
+        Column {
+            id: said
             anchors { left: sign.right; leftMargin: Theme.space.s; right: action.visible ? action.left : parent.right }
             anchors.rightMargin: action.visible ? Theme.space.m : 0
             anchors.verticalCenter: parent.verticalCenter
-            text: card.row.notice
-            color: Theme.colors.secondaryText
-            wrapMode: Text.Wrap
+            spacing: 1
+            Label {
+                id: notice
+                width: parent.width
+                text: card.row.notice
+                color: Theme.colors.secondaryText
+                wrapMode: Text.Wrap
+            }
+            Label {
+                visible: text !== ""
+                width: parent.width
+                text: card.row.tryText
+                size: Theme.type.caption
+                color: Theme.colors.secondaryText
+            }
         }
         ActionButton {
             id: action
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
             visible: card.row.actionText !== ""
+            enabled: card.row.tryText === ""
             text: card.row.actionText
             onClicked: card.acted(card.row.action)
         }

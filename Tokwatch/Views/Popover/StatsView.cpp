@@ -6,11 +6,11 @@
 #include "SummaryTexts.h"
 #include "Text.h"
 
-#include <QFuture>
-
 namespace tokwatch {
 
-StatsView::StatsView(AppModel& appModel, const ViewClock&) : model(appModel) {}
+StatsView::StatsView(AppModel& appModel, const ViewClock&) : model(appModel) {
+    connect(&reading, &QFutureWatcher<UsageSummary>::finished, this, &StatsView::takeStoredDays);
+}
 
 StatsView::Updates::Updates(StatsView& view)
     : state([&view] { return view.computeState(); },
@@ -67,18 +67,17 @@ HeatMapDays StatsView::computeCalendar() const {
 }
 
 void StatsView::readStoredDays() {
-    if (isReading) {
-        isOutdated = true;
-        return;
-    }
-    isReading = true;
-    isOutdated = false;
-    model.summaryOf(AppModel::keptDays).then(this, [this](const UsageSummary& summary) {
-        isReading = false;
-        // A summary of no days stands for one that could not be computed.
-        if (summary.days == AppModel::keptDays) storedDays.setValue(summary);
-        if (isOutdated && isActive()) readStoredDays();
-    });
+    isOutdated = reading.isRunning();
+    // A watcher and no continuation: those assert that whom they tell is still there.
+    if (!isOutdated) reading.setFuture(model.summaryOf(AppModel::keptDays));
+}
+
+void StatsView::takeStoredDays() {
+    if (reading.future().resultCount() == 0) return; // the program ends
+    const UsageSummary summary = reading.result();
+    // A summary of no days stands for one that could not be computed.
+    if (summary.days == AppModel::keptDays) storedDays.setValue(summary);
+    if (isOutdated && isActive()) readStoredDays();
 }
 
 } // namespace tokwatch

@@ -4,6 +4,7 @@
 #include "HeatMapDays.h"
 #include "ObservingUpdater.h"
 
+#include <QFutureWatcher>
 #include <QObject>
 #include <QProperty>
 #include <QVariantList>
@@ -75,12 +76,13 @@ class StatsView : public QObject {
     StatsState computeState() const;
     HeatMapDays computeCalendar() const;
     void readStoredDays();
+    void takeStoredDays();
 
     AppModel& model;
     StatsState currentState;
     HeatMapDays currentCalendar;
     QProperty<UsageSummary> storedDays; ///< covers no day until it was computed
-    bool isReading = false;
+    QFutureWatcher<UsageSummary> reading;
     bool isOutdated = false; ///< something was published since the reading began
     std::optional<Updates> updates;
 };

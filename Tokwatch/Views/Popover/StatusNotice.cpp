@@ -1,5 +1,6 @@
 #include "StatusNotice.h"
 
+#include "DayFormat.h"
 #include "Text.h"
 
 namespace tokwatch {
@@ -10,59 +11,64 @@ QString toolName(ProviderID provider) {
     return provider == ProviderID::claude ? QString("Claude Code") : text(displayName(provider));
 }
 
-StatusNotice unavailable(ProviderID provider, bool claudeLiveLimits) {
-    switch (provider) {
-    case ProviderID::claude:
-        if (!claudeLiveLimits)
-            return {"Live limits are turned off.", true, ProviderAction::turnOnLiveLimits,
-                    "Turn On"};
-        break;
-    case ProviderID::codex:
-        break;
-    case ProviderID::grok:
-        return {"Usage only, no published limits", true, ProviderAction::none, {}, true};
-    case ProviderID::cursor:
-        return {"Installed, no usage data yet", true, ProviderAction::none, {}, true};
-    }
-    return {QString("No login was found. Sign in with %1, then try again.").arg(toolName(provider)),
-            true, ProviderAction::retry, "Try Again"};
+StatusNotice retry(const QString& sentence, bool isCalm = false) {
+    return {sentence, isCalm, ProviderAction::retry, "Try Again"};
+}
+
+StatusNotice waiting(const QString& sentence) {
+    return {sentence, true, ProviderAction::none, {}};
+}
+
+bool areLiveLimitsOff(const StatusSubject& subject) {
+    return subject.provider == ProviderID::claude && !subject.judgement.claudeLiveLimits;
+}
+
+StatusNotice unavailable(const StatusSubject& subject) {
+    if (areLiveLimitsOff(subject))
+        return {"Live limits are turned off.", true, ProviderAction::turnOnLiveLimits, "Turn On"};
+    return retry(QString("No login was found. Sign in with %1, then try again.")
+                     .arg(toolName(subject.provider)),
+                 true);
+}
+
+StatusNotice unknown(const StatusSubject& subject) {
+    if (areLiveLimitsOff(subject)) return unavailable(subject);
+    if (!subject.judgement.mayAsk)
+        return {"The limits are asked for once the welcome is finished.", true,
+                ProviderAction::finishWelcome, "Open Welcome"};
+    return waiting("Looking up the limits…");
 }
 
 } // namespace
 
-StatusNotice statusNotice(ProviderID provider, const ProviderLimits* limits,
-                          const LimitJudgement& judgement) {
-    const bool hasLiveLimits = provider == ProviderID::codex ||
-                               (provider == ProviderID::claude && judgement.claudeLiveLimits);
-    if (limits == nullptr && hasLiveLimits && !judgement.mayAsk)
-        return {"The limits are asked for once the welcome is finished.", true,
-                ProviderAction::finishWelcome, "Open Welcome"};
-    if (limits == nullptr && hasLiveLimits)
-        return {"Looking up the limits…", true, ProviderAction::none, {}};
-    const QString name = text(displayName(provider));
-    switch (limits == nullptr ? ProviderStatus::unavailable : limits->status) {
+StatusNotice statusNotice(const StatusSubject& subject, Date now, const Calendar& calendar) {
+    if (subject.limits == nullptr) return unknown(subject);
+    const QString name = text(displayName(subject.provider));
+    switch (subject.limits->status) {
     case ProviderStatus::ok:
-        if (limits->windows.empty() && !limits->credits)
-            return {name + " reports no limits for this plan.", true, ProviderAction::none, {}};
+        if (subject.limits->windows.empty() && !subject.limits->credits)
+            return waiting(name + " reports no limits for this plan.");
         return {};
     case ProviderStatus::signInNeeded:
-        return {QString("The login has expired. Sign in with %1, then try again.")
-                    .arg(toolName(provider)),
-                false, ProviderAction::retry, "Try Again"};
+        return retry(
+            QString("The login has expired. Using %1 renews it.").arg(toolName(subject.provider)));
     case ProviderStatus::unreachable:
-        return {name + " could not be reached.", false, ProviderAction::retry, "Try Again"};
-    case ProviderStatus::rateLimited:
-        return {name + " is answering less often for now. Tokwatch asks again by itself.",
-                true,
-                ProviderAction::none,
-                {}};
+        return retry(name + " could not be reached.");
+    case ProviderStatus::rateLimited: {
+        const QString next = subject.nextFetch && *subject.nextFetch > now
+                                 ? "Next try at\u00a0" +
+                                       text(DayFormat::coming(*subject.nextFetch, now, calendar)) +
+                                       "."
+                                 : QStringLiteral("It asks again by itself.");
+        return waiting(name + " limits how often Tokwatch may ask. " + next);
+    }
     case ProviderStatus::accessDenied:
         return {"Tokwatch was not allowed to read the login.", false, ProviderAction::allowAccess,
                 "Allow Access"};
     case ProviderStatus::unavailable:
         break;
     }
-    return unavailable(provider, judgement.claudeLiveLimits);
+    return unavailable(subject);
 }
 
 } // namespace tokwatch

@@ -2,6 +2,8 @@
 
 #include "LimitRows.h"
 
+#include <optional>
+
 namespace tokwatch {
 
 /// What a provider's status means to the user, and the one thing that helps.
@@ -10,11 +12,15 @@ struct StatusNotice {
     bool isCalm = true;
     ProviderAction::Value action = ProviderAction::none;
     QString actionText;
-    bool isBrief = false; ///< short enough to stand beside the provider's name
 };
 
-/// `limits` is null while nothing is known yet.
-StatusNotice statusNotice(ProviderID provider, const ProviderLimits* limits,
-                          const LimitJudgement& judgement);
+/// What the notice is about.
+struct StatusSubject {
+    ProviderID provider;
+    const ProviderLimits* limits = nullptr; ///< null while nothing is known yet
+    LimitJudgement judgement;
+    std::optional<Date> nextFetch; ///< when the provider is asked again by itself
+};
+StatusNotice statusNotice(const StatusSubject& subject, Date now, const Calendar& calendar);
 
 } // namespace tokwatch

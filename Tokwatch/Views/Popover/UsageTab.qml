@@ -17,6 +17,12 @@ Item {
         id: column
         anchors.fill: parent
 
+        SummaryLine {
+            width: column.width - 2 * column.inset
+            visible: !summary.isEmpty
+            summary: tab.view.summary
+            onClicked: column.moveTo(details.y)
+        }
         Repeater {
             model: tab.view.lookedAt.length > 0 ? null : tab.view.providers
             ProviderCard {
@@ -25,6 +31,7 @@ Item {
             }
         }
         SummaryCard {
+            id: details
             width: column.width - 2 * column.inset
             visible: !summary.isEmpty
             summary: tab.view.summary
@@ -37,6 +44,11 @@ Item {
             visible: tab.view.summary.isEmpty
             sentence: tab.view.summary.period
             places: tab.view.lookedAt
+        }
+        QuietLine {
+            width: column.width - 2 * column.inset
+            visible: providers.length > 0 && tab.view.lookedAt.length === 0
+            providers: tab.view.quiet
         }
     }
 }

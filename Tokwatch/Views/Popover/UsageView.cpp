@@ -6,20 +6,24 @@
 #include "Text.h"
 #include "ViewClock.h"
 
+#include <algorithm>
+
 namespace tokwatch {
 
 UsageView::UsageView(AppModel& appModel, const ViewClock& clock)
     : model(appModel),
       providersUpdater(
-          [this, &clock] {
-              const Preferences& preferences = model.preferences();
-              const LimitJudgement judgement{
-                  preferences.warningThreshold, preferences.criticalThreshold,
-                  preferences.claudeLiveLimits, model.areLimitsAllowed()};
-              return providerRows(preferences.enabledProviders(), model.present(), model.limits(),
-                                  judgement, clock.now(), model.calendar());
-          },
-          [this](const std::vector<ProviderRow>& rows) { providerModel.assign(rows); }),
+          [this, &clock] { return providerRows(known(), clock.now(), model.calendar()); },
+          [this](const std::vector<ProviderRow>& rows) { showProviders(rows); }),
+      quietUpdater([this] { return quietProviders(known()); },
+                   [this](const std::vector<QuietProvider>& quiet) {
+                       QVariantList next;
+                       for (const QuietProvider& provider : quiet)
+                           next.append(QVariant::fromValue(provider));
+                       if (next == quietList) return;
+                       quietList = std::move(next);
+                       emit quietChanged();
+                   }),
       summaryUpdater(
           [this] { return summaryCard(model.summary(), model.preferences().summaryUnit); },
           [this](SummaryCard next) {
@@ -34,8 +38,25 @@ UsageView::UsageView(AppModel& appModel, const ViewClock& clock)
                         emit lookedAtChanged();
                     }) {
     providersUpdater.arm();
+    quietUpdater.arm();
     summaryUpdater.arm();
     placesUpdater.arm();
+}
+
+ProvidersKnown UsageView::known() const {
+    const Preferences& preferences = model.preferences();
+    return {preferences.enabledProviders(),
+            model.present(),
+            model.limits(),
+            model.attempts(),
+            {preferences.warningThreshold, preferences.criticalThreshold,
+             preferences.claudeLiveLimits, model.areLimitsAllowed()}};
+}
+
+void UsageView::showProviders(const std::vector<ProviderRow>& rows) {
+    hasCountdown =
+        std::ranges::any_of(rows, [](const ProviderRow& row) { return !row.tryText.isEmpty(); });
+    providerModel.assign(rows);
 }
 
 QString UsageView::estimateTitle() {

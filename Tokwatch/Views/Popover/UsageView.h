@@ -7,6 +7,7 @@
 
 #include <QObject>
 #include <QStringList>
+#include <QVariantList>
 #include <qqmlregistration.h>
 
 namespace tokwatch {
@@ -20,6 +21,7 @@ class UsageView : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(tokwatch::RowModel* providers READ providers CONSTANT)
+    Q_PROPERTY(QVariantList quiet READ quiet NOTIFY quietChanged)
     Q_PROPERTY(tokwatch::SummaryCard summary READ summary NOTIFY summaryChanged)
     Q_PROPERTY(QString estimateTitle READ estimateTitle CONSTANT)
     Q_PROPERTY(QString estimateExplanation READ estimateExplanation CONSTANT)
@@ -28,6 +30,10 @@ class UsageView : public QObject {
     UsageView(AppModel& model, const ViewClock& clock);
 
     RowModel* providers() { return &providerModel; }
+    /// Of QuietProvider.
+    const QVariantList& quiet() const { return quietList; }
+    /// Something shown changes with every second.
+    bool countsDown() const { return hasCountdown; }
     const SummaryCard& summary() const { return card; }
     static QString estimateTitle();
     static QString estimateExplanation();
@@ -39,18 +45,24 @@ class UsageView : public QObject {
     Q_INVOKABLE void toggleUnit();
 
   signals:
+    void quietChanged();
     void summaryChanged();
     void lookedAtChanged();
     void welcomeRequested();
 
   private:
+    ProvidersKnown known() const;
+    void showProviders(const std::vector<ProviderRow>& rows);
     QStringList searchedPlaces() const;
 
     AppModel& model;
     RowModel providerModel;
+    QVariantList quietList;
+    bool hasCountdown = false;
     SummaryCard card;
     QStringList places;
     ObservingUpdater<std::vector<ProviderRow>> providersUpdater;
+    ObservingUpdater<std::vector<QuietProvider>> quietUpdater;
     ObservingUpdater<SummaryCard> summaryUpdater;
     ObservingUpdater<QStringList> placesUpdater;
 };

@@ -3,6 +3,7 @@
 #include "AppModel.h"
 #include "MeterFormat.h"
 #include "Preferences.h"
+#include "ProviderTexts.h"
 #include "Text.h"
 #include "ViewClock.h"
 
@@ -21,9 +22,16 @@ QString percentText(double fraction) {
     return QString("%1%").arg(std::lround(fraction * 100));
 }
 
-/// Whether limits of the provider can ever be known.
-bool canHaveLimits(ProviderID provider) {
-    return provider == ProviderID::claude || provider == ProviderID::codex;
+/// The providers whose number the item can show: those that can have one, and the one that is
+/// chosen, which is to be seen.
+std::vector<ProviderID> offered(const Preferences& preferences, const LimitsByProvider& limits) {
+    std::vector<ProviderID> providers = preferences.enabledProviders();
+    const ProviderID pinned = preferences.pinnedProvider;
+    std::erase_if(providers, [&](ProviderID provider) {
+        return provider != pinned && !publishesLimits(provider) &&
+               windowChoices(limits, provider).empty();
+    });
+    return providers;
 }
 
 } // namespace
@@ -65,7 +73,7 @@ double MenuBarView::step() const {
 
 MenuBarState MenuBarView::computed(const ViewClock& clock) const {
     const Preferences& preferences = model.preferences();
-    const std::vector<ProviderID> enabled = preferences.enabledProviders();
+    const std::vector<ProviderID> enabled = offered(preferences, model.limits());
     MenuBarState state;
     state.style = static_cast<int>(preferences.menuBarStyle.value());
     state.showsProvider = preferences.menuBarStyle == MenuBarStyle::provider && !enabled.empty();
@@ -91,7 +99,7 @@ std::vector<WindowRow> MenuBarView::windowRows() const {
     std::vector<WindowRow> rows;
     for (const ProviderID provider : model.preferences().enabledProviders()) {
         const std::vector<WindowChoice> choices = windowChoices(model.limits(), provider);
-        if (choices.empty() && !canHaveLimits(provider)) continue;
+        if (choices.empty() && !publishesLimits(provider)) continue;
         WindowRow row{text(rawValue(provider)), text(displayName(provider)), {"Lowest left"}, 0};
         const auto choice = chosen.find(std::string(rawValue(provider)));
         for (const WindowChoice& window : choices) {
@@ -109,7 +117,7 @@ void MenuBarView::setStyle(int style) {
 }
 
 void MenuBarView::setProvider(int index) {
-    const std::vector<ProviderID> enabled = model.preferences().enabledProviders();
+    const std::vector<ProviderID> enabled = offered(model.preferences(), model.limits());
     if (index < 0 || index >= static_cast<int>(enabled.size())) return;
     model.preferences().pinnedProvider = enabled[static_cast<std::size_t>(index)];
 }

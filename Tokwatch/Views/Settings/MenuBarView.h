@@ -32,7 +32,7 @@ struct MenuBarState {
   public:
     int style = 0;              ///< a MenuBarStyle
     bool showsProvider = false; ///< there is a provider's limit to choose
-    QStringList providers;      ///< the enabled ones' names, in the user's order
+    QStringList providers;      ///< names of those with a number to show, in the user's order
     int provider = -1;          ///< the one that the item shows
     bool showResetTime = false;
     bool tint = false;

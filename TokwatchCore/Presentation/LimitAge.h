@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Date.h"
+#include "LimitRecords.h"
+
+namespace tokwatch {
+
+/// How old a limit's number is. What came a little ago is as good as new, whatever became of the
+/// question since.
+struct LimitAge {
+    /// The age beyond which a number is shown as an old one.
+    static constexpr Seconds current{900};
+
+    /// When the number held: of its own date, or of the fetch that brought it.
+    static Date asOf(const LimitWindow& window, Date fetchedAt);
+    static bool isOld(const LimitWindow& window, Date fetchedAt, Date now);
+};
+
+} // namespace tokwatch
