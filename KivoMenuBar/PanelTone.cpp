@@ -1,6 +1,7 @@
 #include "PanelTone.h"
 
 #include "BarStyleSheet.h"
+#include "PlasmaColours.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -24,6 +25,9 @@ PanelTone::PanelTone(QDBusConnection connection, const StatusAreaHost& areaHost,
                      TextColour colourOf)
     : QObject(parent), bus(std::move(connection)), host(areaHost), textColour(std::move(colourOf)) {
     connect(&host, &StatusAreaHost::changed, this, &PanelTone::hostChanged);
+    for (const auto changed :
+         {&QFileSystemWatcher::fileChanged, &QFileSystemWatcher::directoryChanged})
+        connect(&plasmaFiles, changed, this, &PanelTone::readPlasma);
     hostChanged();
 }
 
@@ -44,10 +48,20 @@ void PanelTone::hostChanged() {
         readSetting(panelChannel, darkMode);
         readSetting(desktopChannel, themeName);
     }
+    if (host.area().isPlasma) return readPlasma();
     sheetDark.reset();
     if (host.area().hasStyleSheet)
         if (const std::optional<QColor> text = textColour(host.process()))
             sheetDark = qGray(text->rgb()) >= middleGray;
+    update();
+}
+
+void PanelTone::readPlasma() {
+    if (!host.area().isPlasma) return;
+    plasmaDark = isPlasmaPanelDark();
+    // A file that is replaced, as these are, is a new one to be watched.
+    const QStringList paths = plasmaSettingsPaths();
+    if (!paths.isEmpty()) plasmaFiles.addPaths(paths);
     update();
 }
 
@@ -85,6 +99,8 @@ void PanelTone::update() {
         next = sheetDark.value_or(true);
     else if (host.area().isXfce)
         next = panelDark.value_or(false) || gtkThemeDark.value_or(desktopDark);
+    else if (host.area().isPlasma)
+        next = plasmaDark.value_or(desktopDark);
     if (next == dark && nextGuess == guess) return;
     dark = next;
     guess = nextGuess;

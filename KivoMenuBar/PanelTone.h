@@ -5,6 +5,7 @@
 #include <QColor>
 #include <QDBusConnection>
 #include <QDBusVariant>
+#include <QFileSystemWatcher>
 #include <QObject>
 #include <QString>
 
@@ -39,6 +40,7 @@ class PanelTone : public QObject {
 
   private slots:
     void settingChanged(const QString& channel, const QString& property, const QDBusVariant& value);
+    void readPlasma();
 
   private:
     void hostChanged();
@@ -52,6 +54,8 @@ class PanelTone : public QObject {
     std::optional<bool> sheetDark;    ///< what the colour of the text in a style sheet says
     std::optional<bool> panelDark;    ///< the xfce panel's own switch
     std::optional<bool> gtkThemeDark; ///< what the name of the theme says
+    std::optional<bool> plasmaDark;   ///< what Plasma's settings say
+    QFileSystemWatcher plasmaFiles;
     bool desktopDark = false;
     bool dark = false;
     bool guess = false;

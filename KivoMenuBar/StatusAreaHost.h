@@ -22,10 +22,11 @@ enum class StatusAreaKind {
 struct StatusArea {
     StatusAreaKind kind = StatusAreaKind::none;
     bool namesOnly = false; ///< takes icons by name and ignores pixels
-    bool menuOnly = false;  ///< opens the menu on a left click too, and the item hears nothing
+    bool opensMenu = false; ///< opens the menu on a left click too, and the item hears nothing
     bool usuallyDark =
-        false;           ///< dark unless its owner styled it otherwise, whatever the desktop is
-    bool isXfce = false; ///< has its colours from the xfce settings
+        false;             ///< dark unless its owner styled it otherwise, whatever the desktop is
+    bool isXfce = false;   ///< has its colours from the xfce settings
+    bool isPlasma = false; ///< has its colours from the files of Plasma's settings
     bool hasStyleSheet = false; ///< has its colours from a style sheet of its own
 
     friend bool operator==(const StatusArea&, const StatusArea&) = default;

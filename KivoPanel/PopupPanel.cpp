@@ -1,5 +1,6 @@
 #include "PopupPanel.h"
 
+#include "DisplayServer.h"
 #include "PanelPlacement.h"
 
 #include <QGuiApplication>
@@ -21,14 +22,10 @@ constexpr std::chrono::milliseconds grabDelay{60};
 constexpr Qt::WindowFlags unmanaged =
     Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint | Qt::WindowStaysOnTopHint;
 
-bool isX11() {
-    return QGuiApplication::platformName() == QLatin1String("xcb");
-}
-
 } // namespace
 
-PopupPanel::PopupPanel(QWindow& panelWindow) : window(panelWindow) {
-    window.setFlags(isX11() ? unmanaged : Qt::Window | Qt::FramelessWindowHint);
+PopupPanel::PopupPanel(QWindow& panelWindow) : window(panelWindow), grabs(canGrabAll()) {
+    window.setFlags(grabs ? unmanaged : Qt::Window | Qt::FramelessWindowHint);
     window.installEventFilter(this);
     grabTimer.setSingleShot(true);
     grabTimer.setInterval(grabDelay);
@@ -41,7 +38,7 @@ void PopupPanel::open(QPoint at, QSize size) {
     place(size);
     window.show();
     window.requestActivate();
-    if (isX11()) grabTimer.start();
+    if (grabs) grabTimer.start();
 }
 
 void PopupPanel::resize(QSize size) {
@@ -51,6 +48,9 @@ void PopupPanel::resize(QSize size) {
 void PopupPanel::place(QSize size) {
     const QScreen* screen = QGuiApplication::screenAt(anchor);
     if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+    // Compositors that tile windows leave those alone that have but one size.
+    window.setMinimumSize(size);
+    window.setMaximumSize(size);
     if (screen == nullptr) return window.resize(size);
     window.setGeometry(panelRect(size, anchor, screen->availableGeometry()));
 }
@@ -88,7 +88,7 @@ bool PopupPanel::eventFilter(QObject* watched, QEvent* event) {
     }
     case QEvent::FocusOut:
         // With a grab the keyboard stays here whatever the window manager does.
-        if (!grabbed && !isX11()) close();
+        if (!grabs) close();
         return false;
     case QEvent::Close:
     case QEvent::Hide:

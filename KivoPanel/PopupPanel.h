@@ -13,7 +13,8 @@ namespace kivo {
 /// anywhere else, by Escape, and by losing the keyboard. Main thread only.
 ///
 /// On X11 the pointer and the keyboard are grabbed, since the panel and the desktop take clicks
-/// without ever taking the focus. On Wayland the compositor puts the window where it likes.
+/// without ever taking the focus. Under a Wayland compositor, also as its X11 client, a press
+/// elsewhere takes the focus, and the compositor may put the window where it likes.
 class PopupPanel : public QObject {
     Q_OBJECT
   public:
@@ -40,6 +41,7 @@ class PopupPanel : public QObject {
     void release();
 
     QWindow& window;
+    const bool grabs;
     QPoint anchor;
     QTimer grabTimer;
     bool opened = false;

@@ -99,6 +99,9 @@ TEST_F(HostedWindowTest, FollowsTheThemeWhileItIsShown) {
     theme.setAppearance({.dark = true});
     EXPECT_NE(hosted.existing()->color(), light);
     EXPECT_EQ(hosted.existing()->color(), theme.colors().canvas);
+    hosted.setTranslucent(true);
+    theme.setAppearance({});
+    EXPECT_EQ(hosted.existing()->color().alpha(), 0) << "the content has corners of its own";
 }
 
 TEST_F(HostedWindowTest, IsMirroredWhereTheDesktopReadsFromTheRight) {

@@ -37,6 +37,9 @@ TEST_F(PopupPanelTest, StaysAtItsAnchorWhateverItsSize) {
     EXPECT_TRUE(window.isVisible());
     EXPECT_TRUE(window.flags().testFlag(Qt::FramelessWindowHint));
     EXPECT_EQ(window.geometry(), expected(size));
+    // Compositors that tile windows leave those alone.
+    EXPECT_EQ(window.minimumSize(), size);
+    EXPECT_EQ(window.maximumSize(), size);
     panel.resize({420, 512});
     EXPECT_EQ(window.geometry(), expected({420, 512}));
     panel.close();

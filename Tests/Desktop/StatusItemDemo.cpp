@@ -41,6 +41,9 @@ class DemoSource final : public StatusItemSource {
                            : "42% · 3h 5m",
                 choice.provider, isCodex ? Severity::critical : Severity::normal, "Chosen"};
     }
+    std::string line(const WindowChoice& choice) const override {
+        return choice.label + " " + *title(choice).text;
+    }
     void refresh() override { tell("refresh"); }
 };
 

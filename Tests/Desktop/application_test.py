@@ -7,104 +7,19 @@ where PROGRAM is tokwatch-desktop, with tokwatch beside it.
 """
 
 import json
-import os
 import subprocess
 import sys
 import time
 
 import desktop
-from desktop import HOST, LEFT, RIGHT, TONE, Picture, StatusItem, wait_for
+from application import HOME, PROGRAM, Application, find_item, geometry, names, preference, prepare, press, tokwatch, windows
+from desktop import HOST, TONE, StatusItem, wait_for
 
-PROGRAM = sys.argv[1]
-COMMAND = os.path.join(os.path.dirname(PROGRAM), "tokwatch")
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-HOME = os.path.join(os.environ["HOME"], "demo")
 POPOVER_WIDTH = 420
-IS_X11 = HOST.startswith("xfce") or HOST == "none"
-
-# The session keeps accessibility from the panel, which it slows down.
-os.environ.pop("NO_AT_BRIDGE", None)
-os.environ["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
 
 
 def step(name):
     print(f"{HOST} {TONE}: {name}", flush=True)
-
-
-def tokwatch(*arguments):
-    return subprocess.run([COMMAND, *arguments], check=True, capture_output=True, text=True).stdout
-
-
-def preference(key):
-    return tokwatch("preferences", "get", key).strip()
-
-
-class Application:
-    def __init__(self):
-        self.errors = open(os.path.join(os.environ["HOME"], "errors"), "w+")
-        self.process = subprocess.Popen([PROGRAM, "--home", HOME], stderr=self.errors)
-
-    def is_running(self):
-        return self.process.poll() is None
-
-    def complaints(self):
-        self.errors.seek(0)
-        return self.errors.read()
-
-    def end(self):
-        self.process.terminate()
-        status = self.process.wait(timeout=10)
-        assert status == 0, f"a signal ended it with {status}: {self.complaints()}"
-
-
-def windows(name="Tokwatch"):
-    found = subprocess.run(
-        ["xdotool", "search", "--onlyvisible", "--name", f"^{name}$"], capture_output=True, text=True
-    ).stdout.split()
-    return [window for window in found if geometry(window)["WIDTH"] > 10]
-
-
-def geometry(window):
-    lines = desktop.run("xdotool", "getwindowgeometry", "--shell", window).decode().split()
-    return {key: int(value) for key, value in (line.split("=") for line in lines)}
-
-
-def accessible(*arguments):
-    script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible.py")
-    return subprocess.run([script, *arguments], capture_output=True, text=True, timeout=20)
-
-
-def names():
-    """What a screen reader would read."""
-    return [line.partition("\t")[2] for line in accessible("list").stdout.splitlines()]
-
-
-def press(name):
-    pressing = lambda: accessible("press", name)
-    try:
-        wait_for(f"{name!r} to press", lambda: pressing().returncode == 0)
-    except AssertionError:
-        print(pressing().stderr, names(), file=sys.stderr)
-        raise
-
-
-def is_red(red, green, blue):
-    return red > 150 and red - green > 90 and abs(green - blue) < 40
-
-
-def set_thresholds(warning, critical):
-    tokwatch("preferences", "set", "warningThreshold", str(warning))
-    tokwatch("preferences", "set", "criticalThreshold", str(critical))
-
-
-def find_item():
-    """The middle of the item on the panel, told by its turning red where all limits count as low."""
-    set_thresholds(1, 0.95)
-    wait_for("the item in red", lambda: desktop.panel().count(is_red) > 30, 30)
-    left, right = desktop.settled_panel().columns(is_red)
-    set_thresholds(0.25, 0.1)
-    wait_for("the item's usual colour", lambda: not desktop.panel().count(is_red))
-    return (left + right) // 2, desktop.PANEL_HEIGHT // 2 - 1
 
 
 def open_by_click(place):
@@ -256,9 +171,7 @@ def test_welcome():
         application.end()
 
 
-subprocess.run([os.path.join(ROOT, "script/demo-home"), "--quiet", HOME], check=True)
-tokwatch("index", "--home", HOME)
-tokwatch("preferences", "set", "pinnedProvider", "codex")
+prepare()
 desktop.move_away()
 if HOST == "none":
     test_welcome()

@@ -16,9 +16,11 @@ MENU = "com.canonical.dbusmenu"
 PICTURES = os.environ["DESKTOP_PICTURES"]
 HOST = os.environ["DESKTOP_HOST"]
 TONE = os.environ["DESKTOP_TONE"]
+CLIENT = os.environ["DESKTOP_CLIENT"]
 
 LEFT, MIDDLE, RIGHT, WHEEL_UP, WHEEL_DOWN = 1, 2, 3, 4, 5
-WIDTH, PANEL_HEIGHT = 1280, 32
+WIDTH, HEIGHT, PANEL_HEIGHT = 1280, 720, 32
+MENU_HEIGHT = 400  # the highest, and above where the pointer waits
 
 
 def run(*command):
@@ -80,9 +82,9 @@ def panel():
     return Picture(0, 0, WIDTH, PANEL_HEIGHT)
 
 
-def save(name, x=0, y=0, width=WIDTH, height=720):
+def save(name, x=0, y=0, width=WIDTH, height=HEIGHT):
     """Keeps a picture for people to look at."""
-    path = os.path.join(PICTURES, f"{HOST}-{TONE}-{name}.png")
+    path = os.path.join(PICTURES, "-".join([HOST, *[CLIENT] * (CLIENT != "x11"), TONE, f"{name}.png"]))
     run("import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "+repage", path)
 
 
@@ -101,6 +103,25 @@ def click(x, y, button=LEFT):
     run("xdotool", "mousemove", str(x), str(y))
     time.sleep(0.1)  # some hosts take a press only after they noticed the pointer
     run("xdotool", "click", str(button))
+
+
+def open_menu(x, y, button):
+    """The box of what a click on the panel opens: left, top, right, bottom."""
+    top = 0 if HOST == "waybar" else PANEL_HEIGHT  # waybar opens menus at the pointer, others below the panel
+    move_away()
+    before = Picture(0, top, WIDTH, MENU_HEIGHT)
+    click(x, y, button)
+
+    def box():
+        changed = Picture(0, top, WIDTH, MENU_HEIGHT).changed_box(before)
+        if not changed:
+            return None
+        left, upper, right, lower = changed
+        # The pointer and what it lights up are smaller.
+        return changed if right - left > 80 and lower - upper > 60 else None
+
+    left, upper, right, lower = wait_for("the menu to open and rest", lambda: twice_the_same(box))
+    return left, upper + top, right, lower + top
 
 
 def key(name):

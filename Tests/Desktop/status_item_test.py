@@ -16,8 +16,6 @@ OPENS_MENU_ON_LEFT = HOST == "xfce-indicator"
 SHOWS_LABEL = HOST == "xfce-indicator"
 NUMBER = "claude 42% · 3h 5m"
 FORWARDS_SCROLL = HOST != "xfce-systray"
-# The xfce panel opens menus below itself, waybar at the pointer.
-MENU_TOP = 0 if HOST == "waybar" else desktop.PANEL_HEIGHT
 
 # Shares of red, green and blue that no text, panel or background has.
 TINTS = {
@@ -48,27 +46,9 @@ def middle_of(columns):
     return (columns[0] + columns[1]) // 2, desktop.PANEL_HEIGHT // 2 - 1
 
 
-def open_menu(columns, button):
-    """The menu's box: left, top, right, bottom."""
-    desktop.move_away()
-    before = Picture(0, MENU_TOP, desktop.WIDTH, 300)
-    desktop.click(*middle_of(columns), button)
-
-    def box():
-        changed = Picture(0, MENU_TOP, desktop.WIDTH, 300).changed_box(before)
-        if not changed:
-            return None
-        left, top, right, bottom = changed
-        # The pointer and what it lights up are smaller.
-        return changed if right - left > 80 and bottom - top > 60 else None
-
-    left, top, right, bottom = wait_for("the menu to open and rest", lambda: desktop.twice_the_same(box))
-    return left, top + MENU_TOP, right, bottom + MENU_TOP
-
-
 def click_entry(columns, at_bottom=False):
     """The first or the last entry of the menu."""
-    left, top, right, bottom = open_menu(columns, LEFT if OPENS_MENU_ON_LEFT else RIGHT)
+    left, top, right, bottom = desktop.open_menu(*middle_of(columns), LEFT if OPENS_MENU_ON_LEFT else RIGHT)
     desktop.click((left + right) // 2, bottom - 16 if at_bottom else top + 18)
 
 

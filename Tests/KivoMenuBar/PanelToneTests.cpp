@@ -76,7 +76,7 @@ struct Panel : ::testing::Test {
 TEST_F(Panel, FollowsTheDesktopWhereItHasNoToneOfItsOwn) {
     int changes = 0;
     QObject::connect(&tone, &PanelTone::changed, [&] { ++changes; });
-    appear("plasmashell");
+    appear("lxqt-panel");
     EXPECT_FALSE(tone.isDark());
     tone.setDesktopDark(true);
     tone.setDesktopDark(true);
@@ -112,6 +112,45 @@ TEST_F(Panel, FollowsTheSettingsOfXfceLive) {
     ASSERT_TRUE(until([&] { return !tone.isDark(); }));
     tone.setDesktopDark(true);
     EXPECT_FALSE(tone.isDark()) << "the theme's name knows better";
+}
+
+TEST_F(Panel, FollowsPlasmasFilesLive) {
+    TemporaryDirectory home;
+    const auto colours = [](const char* text, const char* ground) {
+        return std::string("[Colors:View]\nForegroundNormal=1,2,3\n\n[Colors:Window]\n") +
+               "BackgroundNormal=" + ground + "\nForegroundNormal[$i]=" + text + "\n";
+    };
+    const std::string dark = colours("252,252,252", "42,46,50");
+    const std::string light = colours("35,38,41", "239,240,241");
+    home.write("data/plasma/desktoptheme/night/colors", dark);
+    home.write("data/color-schemes/Dusk.colors", dark);
+    home.write("settings/kdedefaults/kdeglobals", light);
+    qputenv("XDG_CONFIG_HOME", (home / "settings").c_str());
+    qputenv("XDG_DATA_HOME", (home / "data").c_str());
+    tone.setDesktopDark(true);
+    appear("plasmashell");
+    EXPECT_FALSE(tone.isDark()) << "the applications are light, by the look's defaults";
+    struct Step {
+        const char *file, *text;
+        bool isDark;
+    };
+    for (const Step& step :
+         {Step{"plasmarc", "[Theme]\nname=night\n", true},
+          {"plasmarc", "[Theme]\nname=without-colours\n", false},
+          {"kdeglobals", dark.c_str(), true},
+          {"kdeglobals", light.c_str(), false},
+          {"plasmarc", "[Theme][Night]\nname=other\n[Theme]\nname = night", true}}) {
+        // As Plasma does it: a new file in the place of the old one.
+        home.write("settings/new", step.text);
+        std::filesystem::rename(home / "settings/new",
+                                home / ("settings/" + std::string(step.file)));
+        EXPECT_TRUE(until([&] { return tone.isDark() == step.isDark; })) << step.text;
+    }
+    std::filesystem::remove(home / "settings/plasmarc");
+    home.write("settings/kdeglobals", "[General]\nColorScheme=Dusk\n");
+    std::filesystem::remove_all(home / "settings/kdedefaults");
+    EXPECT_TRUE(until([&] { return tone.isDark(); })) << "the scheme by its name";
+    qunsetenv("XDG_DATA_HOME");
 }
 
 TEST(BarStyleSheet, TellsTheColourOfText) {

@@ -11,28 +11,6 @@ namespace {
 
 using namespace tokwatch::testing;
 
-TEST(StatusArea, IsKnownByTheHostsProcess) {
-    struct Case {
-        const char* process;
-        StatusAreaKind kind;
-        bool namesOnly, isXfce, usuallyDark;
-    };
-    using enum StatusAreaKind;
-    for (const Case& c : {Case{"waybar", wide, false, false, true},
-                          {"ayatana-indicat", label, true, true, false},
-                          {"gnome-shell", label, false, false, true},
-                          {"panel-2-systray", square, false, true, false},
-                          {"xfce4-panel", square, false, true, false},
-                          {"plasmashell", square, false, false, false},
-                          {"", square, false, false, false}}) {
-        const StatusArea area = statusAreaOf(QString(c.process));
-        EXPECT_EQ(area.kind, c.kind) << c.process;
-        EXPECT_EQ(area.namesOnly, c.namesOnly) << c.process;
-        EXPECT_EQ(area.isXfce, c.isXfce) << c.process;
-        EXPECT_EQ(area.usuallyDark, c.usuallyDark) << c.process;
-    }
-}
-
 struct HostsOnABus : ::testing::Test {
     PrivateBus bus = (needEventLoop(), PrivateBus());
     QDBusConnection ownBus = bus.connect("own");

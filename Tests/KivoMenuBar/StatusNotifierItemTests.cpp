@@ -170,27 +170,5 @@ TEST_F(StatusItemOnABus, PassesOnWhatTheHostTells) {
                 ElementsAre("left 3,4", "middle 5,6", "middle 0,0", "menu 8,9", "v120", "h-1"));
 }
 
-TEST_F(StatusItemOnABus, DoesNothingOnceTheBusIsClosed) {
-    area.appear();
-    auto item = makeItem();
-    ASSERT_TRUE(until([&] { return item->isRegistered(); }));
-    bus.close();
-    ASSERT_TRUE(until([&] { return !itemBus.isConnected(); }));
-    item->setLabel("1%", "8%");
-    item->setToolTip("a", "b");
-    settle();
-    item.reset();
-}
-
-TEST(StatusItemWithoutABus, DoesNothing) {
-    needEventLoop();
-    StatusNotifierItem item(QDBusConnection::connectToBus("unix:path=/none", "none"), "Id",
-                            "Title");
-    item.setLabel("1%", "8%");
-    settle();
-    EXPECT_FALSE(item.isRegistered());
-    EXPECT_TRUE(item.serviceName().isEmpty());
-}
-
 } // namespace
 } // namespace kivo

@@ -48,6 +48,7 @@ struct FakeSource final : StatusItemSource {
         const auto index = std::ranges::find(limits, choice) - limits.begin();
         return titled((std::to_string(index + 1) + "%").c_str(), choice.provider);
     }
+    std::string line(const WindowChoice& choice) const override { return *title(choice).text; }
     void refresh() override { ++refreshes; }
 };
 
@@ -112,7 +113,7 @@ TEST_F(MeterItem, ShowsTheNumberOnceWhateverTheHost) {
     };
     for (const Case& c : {Case{"plasmashell", "42% · 3h 5m", gauge, ""},
                           {"plasmashell", nullptr, mark, ""},
-                          {"xfce4-panel", "0%", gauge, ""},
+                          {"panel-2-systray", "0%", gauge, ""},
                           {"waybar", "42% · 3h 5m", wide, ""},
                           {"waybar", nullptr, mark, ""},
                           {"gnome-shell", "42%", mark, "42%"},
@@ -124,9 +125,11 @@ TEST_F(MeterItem, ShowsTheNumberOnceWhateverTheHost) {
         EXPECT_EQ(text("IconName").empty(), c.shape != named);
         const kivo::IconPixmaps pictures = pixmaps();
         EXPECT_EQ(pictures.isEmpty(), c.shape == named);
-        // These two are taken for dark without proof.
+        // These two are taken for dark without proof; squares stand on whatever a panel shows.
         const bool isGuess = c.process == "waybar" || c.process == "gnome-shell";
-        const Ink ink = statusInk({Severity::normal, isGuess, isGuess});
+        const bool hasHalo =
+            isGuess || c.process == "plasmashell" || c.process == "panel-2-systray";
+        const Ink ink = statusInk({Severity::normal, isGuess, hasHalo});
         for (const kivo::IconPixmap& picture : pictures) {
             if (c.shape == wide) {
                 EXPECT_GT(picture.width, 2 * picture.height);
@@ -217,16 +220,21 @@ TEST_F(MeterItem, OffersAWayInWhereOnlyTheMenuOpens) {
         return result;
     };
     makeIn("plasmashell", titled("42%"));
-    EXPECT_THAT(labels(), ElementsAre("Refresh", "Settings…", "", "Quit Tokwatch"));
+    EXPECT_THAT(labels(), ElementsAre("Refresh", "Settings…", "", "Quit Tokwatch"))
+        << "no updates to look for";
     area.vanish();
     ASSERT_TRUE(until([&] { return !item->hasHost(); }));
-    process = "ayatana-indicat";
+    process = "gnome-shell";
     area.appear();
     ASSERT_TRUE(until([&] { return item->hasHost(); }));
+    EXPECT_THAT(labels(), ElementsAre("Open Tokwatch", "", "1%", "2%", "3%", "", "Refresh",
+                                      "Settings…", "", "Quit Tokwatch"));
+    for (const std::size_t opens : {0, 2})
+        item->menuEntries()[opens].run();
+    EXPECT_EQ(clicks.size(), 2U);
+    source.limits.clear();
     EXPECT_THAT(labels(),
-                ElementsAre("Open Tokwatch", "Refresh", "Settings…", "", "Quit Tokwatch"));
-    item->menuEntries().front().run();
-    EXPECT_EQ(clicks.size(), 1U);
+                ElementsAre("Open Tokwatch", "", "Refresh", "Settings…", "", "Quit Tokwatch"));
 }
 
 TEST_F(MeterItem, SaysOnceWhetherThereIsAStatusArea) {
@@ -267,15 +275,6 @@ TEST_F(MeterItem, ComesBackWithThePanel) {
     EXPECT_EQ(text("IconAccessibleDesc"), "Claude 41%");
 }
 
-TEST_F(MeterItem, OutlivesTheBus) {
-    makeIn("plasmashell", titled("42%"));
-    bus.close();
-    ASSERT_TRUE(until([&] { return !item->hasHost(); }));
-    item->apply(titled("1%", ProviderID::codex, Severity::critical));
-    item->setDesktopDark(true);
-    EXPECT_THAT(hosts, ElementsAre(true, false));
-}
-
 TEST(MeterItemWithoutABus, KnowsAtOnceThatThereIsNoStatusArea) {
     needGuiApplication();
     TemporaryDirectory home;
@@ -291,21 +290,6 @@ TEST(MeterItemWithoutABus, KnowsAtOnceThatThereIsNoStatusArea) {
     EXPECT_TRUE(item.isHostKnown());
     EXPECT_FALSE(item.hasHost());
     EXPECT_EQ(calls, 1);
-}
-
-TEST(StatusMenu, OffersUpdatesOnlyWhereTheyCanBeLookedFor) {
-    const auto labels = [](const StatusMenuActions& actions) {
-        std::vector<std::string> result;
-        for (const kivo::MenuEntry& entry : statusMenu(actions))
-            result.push_back(entry.label.toStdString() + " " +
-                             entry.shortcut.toString(QKeySequence::PortableText).toStdString());
-        return result;
-    };
-    EXPECT_THAT(labels({}),
-                ElementsAre("Refresh Ctrl+R", "Settings… Ctrl+,", " ", "Quit Tokwatch Ctrl+Q"));
-    EXPECT_THAT(labels({{}, {}, [] {}, {}}),
-                ElementsAre("Refresh Ctrl+R", "Settings… Ctrl+,", "Check for Updates… ", " ",
-                            "Quit Tokwatch Ctrl+Q"));
 }
 
 } // namespace

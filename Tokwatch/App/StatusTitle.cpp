@@ -137,6 +137,12 @@ StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& 
     return title;
 }
 
+std::string limitLine(const LimitsByProvider& limits, Date now, const WindowChoice& choice) {
+    const ProviderLimits* known = limitsOf(limits, choice.provider);
+    const LimitWindow* window = known ? windowWithID(*known, choice.windowID) : nullptr;
+    return window ? tooltipLine(choice.provider, *window, now) : std::string();
+}
+
 std::vector<WindowChoice> windowChoices(const LimitsByProvider& limits, ProviderID provider) {
     std::vector<WindowChoice> choices;
     if (const ProviderLimits* known = limitsOf(limits, provider))

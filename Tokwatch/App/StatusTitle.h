@@ -51,6 +51,9 @@ std::vector<WindowChoice> windowChoices(const Preferences& preferences,
 StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now,
                         const WindowChoice& choice);
 
+/// "Claude · Session 42% left · resets in 3h 5m"; empty when the limit is gone.
+std::string limitLine(const LimitsByProvider& limits, Date now, const WindowChoice& choice);
+
 /// The window closest to running out: the smallest part left among those that have not reset yet,
 /// or among all when all have; the first of equals. Null without windows.
 const LimitWindow* tightestWindow(const ProviderLimits& limits, Date now);

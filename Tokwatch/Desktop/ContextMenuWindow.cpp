@@ -1,5 +1,6 @@
 #include "ContextMenuWindow.h"
 
+#include "DisplayServer.h"
 #include "MenuView.h"
 
 #include <QQuickItem>
@@ -28,8 +29,12 @@ void ContextMenuWindow::prepare() {
     hosted.existing()->setTitle(QStringLiteral("Tokwatch"));
     panel = std::make_unique<kivo::PopupPanel>(*hosted.existing());
     connect(panel.get(), &kivo::PopupPanel::closed, this, [this] { hosted.letGo(); });
-    if (QQuickItem* root = hosted.existing()->rootObject())
-        connect(root, SIGNAL(closeRequested()), this, SLOT(close()));
+    QQuickItem* root = hosted.existing()->rootObject();
+    if (root == nullptr) return;
+    connect(root, SIGNAL(closeRequested()), this, SLOT(close()));
+    const bool isRounded = kivo::isComposited();
+    root->setProperty("isRounded", isRounded);
+    hosted.setTranslucent(isRounded);
 }
 
 void ContextMenuWindow::close() {

@@ -29,15 +29,25 @@ void HostedWindow::make() {
     viewObject = content.makeView();
     quickView = std::make_unique<QQuickView>(engine.get(), nullptr);
     quickView->setResizeMode(QQuickView::SizeRootObjectToView);
-    quickView->setColor(runtime.theme().colors().canvas);
+    translucent = false;
+    paintBackground();
     connect(&runtime.theme(), &kivo::Theme::changed, quickView.get(),
-            [this] { quickView->setColor(runtime.theme().colors().canvas); });
+            [this] { paintBackground(); });
     quickView->setInitialProperties({{"view", QVariant::fromValue(viewObject.get())}});
     quickView->setSource(content.source);
     for (const QQmlError& error : quickView->errors())
         systemLog("showing a window failed: " + error.toString().toStdString());
     followLayoutDirection(*quickView);
     emit made();
+}
+
+void HostedWindow::setTranslucent(bool isTranslucent) {
+    translucent = isTranslucent;
+    paintBackground();
+}
+
+void HostedWindow::paintBackground() {
+    quickView->setColor(translucent ? QColor(Qt::transparent) : runtime.theme().colors().canvas);
 }
 
 void HostedWindow::followLayoutDirection(QQuickView& view) {

@@ -37,6 +37,10 @@ class HostedWindow : public QObject {
     /// The view object; null where there is no window.
     QObject* view() const { return viewObject.get(); }
 
+    /// Leaves the background, and with it the corners, to the content, or paints it. Until the
+    /// window is given back.
+    void setTranslucent(bool isTranslucent);
+
     /// The window is not shown any more.
     void letGo();
     /// Gives the window back now.
@@ -53,6 +57,7 @@ class HostedWindow : public QObject {
 
   private:
     void make();
+    void paintBackground();
 
     QmlRuntime& runtime;
     Scheduler& scheduler;
@@ -60,6 +65,7 @@ class HostedWindow : public QObject {
     std::shared_ptr<QQmlEngine> engine;
     std::unique_ptr<QObject> viewObject;
     std::unique_ptr<QQuickView> quickView;
+    bool translucent = false;
     std::unique_ptr<ScheduledCall> releaseCall;
 };
 

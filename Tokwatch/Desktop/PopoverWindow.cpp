@@ -1,10 +1,14 @@
 #include "PopoverWindow.h"
 
+#include "DisplayServer.h"
+
 #include <QEvent>
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QScreen>
+
+#include <algorithm>
 
 namespace tokwatch {
 
@@ -32,7 +36,28 @@ void PopoverWindow::prepare() {
             if (onContentHeight) onContentHeight();
         });
         connect(root, SIGNAL(closeRequested()), this, SLOT(closeRequested()));
+        isRounded = panel && kivo::isComposited();
+        root->setProperty("isRounded", isRounded);
+        hosted.setTranslucent(isRounded);
     }
+    connect(&window, &QWindow::widthChanged, this, &PopoverWindow::fitContent);
+    connect(&window, &QWindow::heightChanged, this, &PopoverWindow::fitContent);
+}
+
+/// Whether the window is another one than is wanted by now.
+bool PopoverWindow::isOutdated() const {
+    if (hosted.existing() == nullptr || isShown()) return false;
+    return preparedStyle != style || (panel && isRounded != kivo::isComposited());
+}
+
+/// A compositor may give a window more than it asks for; lines that long are hard to read.
+void PopoverWindow::fitContent() {
+    const QQuickView& window = *hosted.existing();
+    QQuickItem* root = window.rootObject();
+    if (root == nullptr) return;
+    const int width = std::min(window.width(), PopoverController::width);
+    root->setX((window.width() - width) / 2);
+    root->setWidth(width);
 }
 
 bool PopoverWindow::isShown() const {
@@ -40,7 +65,7 @@ bool PopoverWindow::isShown() const {
 }
 
 void PopoverWindow::show(QPoint anchor, int width, int height) {
-    if (hosted.existing() != nullptr && preparedStyle != style && !isShown()) hosted.release();
+    if (isOutdated()) hosted.release();
     QQuickView& window = hosted.window();
     if (panel) return panel->open(anchor, {width, height});
     window.setMinimumSize({width, 240});

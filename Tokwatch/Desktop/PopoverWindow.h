@@ -45,11 +45,14 @@ class PopoverWindow : public QObject, public PopoverHost {
 
   private:
     void prepare();
+    bool isOutdated() const;
+    void fitContent();
     void wasClosed();
 
     HostedWindow& hosted;
     Style style = Style::popup;
     Style preparedStyle = Style::popup;
+    bool isRounded = false; ///< as it was prepared
     std::unique_ptr<kivo::PopupPanel> panel;
 };
 

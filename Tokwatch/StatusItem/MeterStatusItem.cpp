@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <functional>
+#include <iterator>
 #include <utility>
 
 namespace tokwatch {
@@ -90,12 +92,18 @@ void MeterStatusItem::tellHost() {
 }
 
 std::vector<kivo::MenuEntry> MeterStatusItem::menuEntries() const {
-    std::vector<kivo::MenuEntry> entries = buildMenu();
-    // Where no click arrives, the menu is the only way in.
-    if (host.area().menuOnly)
-        entries.insert(entries.begin(), {QStringLiteral("Open Tokwatch"), {}, [this] {
-                                             if (onClick) onClick(QCursor::pos());
-                                         }});
+    std::vector<kivo::MenuEntry> common = buildMenu();
+    if (!host.area().opensMenu) return common;
+    // A click gives the menu, so the menu is the way in, and tells what the popover would.
+    const std::function<void()> open = [this] {
+        if (onClick) onClick(QCursor::pos());
+    };
+    std::vector<kivo::MenuEntry> entries{{QStringLiteral("Open Tokwatch"), {}, open},
+                                         kivo::MenuEntry::separator()};
+    for (const WindowChoice& limit : source.choices())
+        entries.push_back({QString::fromStdString(source.line(limit)), {}, open});
+    if (!entries.back().isSeparator()) entries.push_back(kivo::MenuEntry::separator());
+    std::ranges::move(common, std::back_inserter(entries));
     return entries;
 }
 
@@ -149,7 +157,9 @@ MeterStatusItem::Face MeterStatusItem::face() const {
 
 void MeterStatusItem::draw(const Face& face) {
     const StatusTitle& title = face.title;
-    const InkChoice kind{title.severity, face.onDarkPanel, face.toneIsGuess, title.isOld};
+    // Panels that squeeze icons are painted in many ways: pictures, gradients, the windows behind.
+    const bool needsEdge = face.toneIsGuess || face.area.kind == StatusAreaKind::square;
+    const InkChoice kind{title.severity, face.onDarkPanel, needsEdge, title.isOld};
     const Ink ink = statusInk(kind);
     const QString text = title.text ? QString::fromStdString(face.prefix + *title.text) : QString();
     const std::optional<int> percent = title.text ? leadingPercent(*title.text) : std::nullopt;

@@ -31,6 +31,10 @@ StatusTitle ModelStatusItemSource::title(const WindowChoice& choice) const {
     return statusTitle(model.preferences(), model.limits(), model.now(), choice);
 }
 
+std::string ModelStatusItemSource::line(const WindowChoice& choice) const {
+    return limitLine(model.limits(), model.now(), choice);
+}
+
 void ModelStatusItemSource::refresh() {
     model.refresh();
 }

@@ -14,6 +14,7 @@ class ModelStatusItemSource final : public StatusItemSource {
     std::vector<WindowChoice> choices() const override;
     std::optional<WindowChoice> usualChoice() const override;
     StatusTitle title(const WindowChoice& choice) const override;
+    std::string line(const WindowChoice& choice) const override;
     void refresh() override;
 
   private:

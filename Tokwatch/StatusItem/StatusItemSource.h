@@ -3,6 +3,7 @@
 #include "StatusTitle.h"
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace tokwatch {
@@ -18,6 +19,8 @@ class StatusItemSource {
     virtual std::optional<WindowChoice> usualChoice() const = 0;
     /// The title that shows this limit.
     virtual StatusTitle title(const WindowChoice& choice) const = 0;
+    /// The limit in words, for a menu.
+    virtual std::string line(const WindowChoice& choice) const = 0;
     virtual void refresh() = 0;
 };
 

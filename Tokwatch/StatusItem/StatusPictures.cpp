@@ -50,11 +50,13 @@ struct GaugeLayout {
     int barHeight;
     int digitHeight;
     int digitGap;
+    int edge; ///< the halo's width
 
     explicit GaugeLayout(int pixels)
         : side(pixels), barHeight(std::max(2, static_cast<int>(std::lround(pixels * 0.14)))),
           digitHeight(pixels - barHeight - std::max(1, static_cast<int>(pixels * 0.09))),
-          digitGap(std::max(1, static_cast<int>(std::lround(pixels * 0.07)))) {}
+          digitGap(std::max(1, static_cast<int>(std::lround(pixels * 0.07)))),
+          edge(std::max(1, pixels / 20)) {}
 };
 
 /// "100" is the one number of three digits; its first one needs less room than the noughts.
@@ -65,34 +67,49 @@ std::vector<int> digitWidths(qsizetype count, const GaugeLayout& layout) {
     return {room - 2 * nought, nought, nought};
 }
 
-void drawDigits(QPainter& painter, const QString& digits, QColor colour,
-                const GaugeLayout& layout) {
+/// The digits' strokes side by side, for a pen of `penWidth`.
+QPainterPath digitLines(const QString& digits, int penWidth, const GaugeLayout& layout) {
     const std::vector<int> widths = digitWidths(digits.size(), layout);
     const int total = std::accumulate(widths.begin(), widths.end(), 0) +
                       layout.digitGap * (static_cast<int>(widths.size()) - 1);
-    const double penShare = digits.size() < 3 ? 0.125 : 0.1;
-    const int penWidth = std::max(1, static_cast<int>(std::lround(layout.side * penShare)));
-    painter.setPen(QPen(colour, penWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
-    painter.setBrush(Qt::NoBrush);
+    QPainterPath lines;
     int left = (layout.side - total) / 2;
     for (std::size_t index = 0; index < widths.size(); ++index) {
         const QRectF box(left, 0, widths[index], layout.digitHeight);
         const int digit = digits[static_cast<qsizetype>(index)].digitValue();
-        painter.drawPath(digitStrokes(digit, box, penWidth));
+        lines.addPath(digitStrokes(digit, box, penWidth));
         left += widths[index] + layout.digitGap;
     }
+    return lines;
 }
 
-void drawBar(QPainter& painter, double share, QColor colour, const GaugeLayout& layout) {
+/// The halo below all digits, so that none covers its neighbour.
+void drawDigits(QPainter& painter, const QString& digits, const Ink& ink,
+                const GaugeLayout& layout) {
+    const double penShare = digits.size() < 3 ? 0.125 : 0.1;
+    const int penWidth = std::max(1, static_cast<int>(std::lround(layout.side * penShare)));
+    const QPainterPath lines = digitLines(digits, penWidth, layout);
+    if (ink.halo.alpha() > 0)
+        painter.strokePath(lines, QPen(ink.halo, penWidth + 2 * layout.edge, Qt::SolidLine,
+                                       Qt::RoundCap, Qt::RoundJoin));
+    painter.strokePath(lines,
+                       QPen(ink.colour, penWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
+}
+
+void drawBar(QPainter& painter, double share, const Ink& ink, const GaugeLayout& layout) {
     const QRectF bar(0, layout.side - layout.barHeight, layout.side, layout.barHeight);
     const double radius = layout.barHeight / 2.0;
     painter.setPen(Qt::NoPen);
-    painter.setBrush(faded(colour, 0.3));
+    if (ink.halo.alpha() > 0) {
+        painter.setBrush(ink.halo);
+        painter.drawRect(bar.adjusted(0, -layout.edge, 0, 0));
+    }
+    painter.setBrush(faded(ink.colour, 0.3));
     painter.drawRoundedRect(bar, radius, radius);
     if (share <= 0) return;
     // Something left is something to see.
     const double filled = std::max<double>(layout.barHeight, std::round(bar.width() * share));
-    painter.setBrush(colour);
+    painter.setBrush(ink.colour);
     painter.drawRoundedRect(QRectF(bar.topLeft(), QSizeF(filled, bar.height())), radius, radius);
 }
 
@@ -157,8 +174,8 @@ QImage gaugePicture(int percentLeft, const Ink& ink, int side) {
     QImage picture = emptyPicture(side, side);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    drawDigits(painter, QString::number(percent), ink.colour, layout);
-    drawBar(painter, percent / 100.0, ink.colour, layout);
+    drawDigits(painter, QString::number(percent), ink, layout);
+    drawBar(painter, percent / 100.0, ink, layout);
     return picture;
 }
 

@@ -17,7 +17,7 @@ QColor statusTint(Severity severity, bool onDarkPanel) {
 Ink statusInk(const InkChoice& choice) {
     Ink ink{statusTint(choice.severity, choice.onDarkPanel)};
     if (choice.isOld) ink.colour.setAlphaF(oldOpacity);
-    if (choice.toneIsGuess)
+    if (choice.hasHalo)
         ink.halo = choice.onDarkPanel ? QColor(0, 0, 0, 0xa0) : QColor(0xff, 0xff, 0xff, 0xa0);
     return ink;
 }

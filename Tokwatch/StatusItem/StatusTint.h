@@ -18,7 +18,7 @@ inline constexpr float oldOpacity = 0.55F;
 struct InkChoice {
     Severity severity = Severity::normal;
     bool onDarkPanel = false;
-    bool toneIsGuess = false; ///< then a halo keeps the drawing legible
+    bool hasHalo = false; ///< keeps the drawing legible where the panel's tone is not certain
     bool isOld = false;
 };
 Ink statusInk(const InkChoice& choice);

@@ -6,6 +6,7 @@ import Tokwatch.Menu
 FocusScope {
     id: menu
     required property MenuView view
+    property bool isRounded: false
     signal closeRequested
 
     implicitWidth: 220
@@ -26,6 +27,7 @@ FocusScope {
 
     Rectangle {
         anchors.fill: parent
+        radius: menu.isRounded ? Theme.space.radius : 0
         color: Theme.colors.card
         border.width: 1
         border.color: Theme.colors.outline

@@ -7,6 +7,7 @@ import Tokwatch.Common
 FocusScope {
     id: popover
     required property PopoverView view
+    property bool isRounded: false
     signal closeRequested
 
     readonly property int edges: tabs.height + 2 * Theme.space.m + banner.height + footer.height
@@ -30,6 +31,7 @@ FocusScope {
 
     Rectangle {
         anchors.fill: parent
+        radius: popover.isRounded ? 2 * Theme.space.radius : 0
         color: Theme.colors.canvas
         border.width: 1
         border.color: Theme.colors.hairline

@@ -1,0 +1,110 @@
+"""The whole application on the desktop of script/desktop-session: starts it, finds its windows, reads and presses what a
+screen reader would. The first argument of the script that uses this is tokwatch-desktop, with tokwatch beside it.
+"""
+
+import json
+import os
+import subprocess
+import sys
+import time
+
+import desktop
+from desktop import wait_for
+
+PROGRAM = sys.argv[1]
+COMMAND = os.path.join(os.path.dirname(PROGRAM), "tokwatch")
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+HOME = os.path.join(os.environ["HOME"], "demo")
+
+# The session keeps accessibility from the panel, which it slows down.
+os.environ.pop("NO_AT_BRIDGE", None)
+os.environ["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
+
+
+def tokwatch(*arguments):
+    return subprocess.run([COMMAND, *arguments], check=True, capture_output=True, text=True).stdout
+
+
+def preference(key):
+    return tokwatch("preferences", "get", key).strip()
+
+
+class Application:
+    def __init__(self, environment=None):
+        self.errors = open(os.path.join(os.environ["HOME"], "errors"), "w+")
+        self.process = subprocess.Popen([PROGRAM, "--home", HOME], stderr=self.errors, env=environment)
+
+    def is_running(self):
+        return self.process.poll() is None
+
+    def complaints(self):
+        self.errors.seek(0)
+        return self.errors.read()
+
+    def end(self):
+        self.process.terminate()
+        status = self.process.wait(timeout=10)
+        assert status == 0, f"a signal ended it with {status}: {self.complaints()}"
+
+
+def windows(name="Tokwatch", environment=None):
+    found = subprocess.run(
+        ["xdotool", "search", "--onlyvisible", "--name", f"^{name}$"], capture_output=True, text=True, env=environment
+    ).stdout.split()
+    return [window for window in found if geometry(window, environment)["WIDTH"] > 10]
+
+
+def geometry(window, environment=None):
+    command = ["xdotool", "getwindowgeometry", "--shell", window]
+    lines = subprocess.run(command, check=True, capture_output=True, text=True, env=environment).stdout.split()
+    return {key: int(value) for key, value in (line.split("=") for line in lines)}
+
+
+def accessible(*arguments):
+    script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible.py")
+    return subprocess.run([script, *arguments], capture_output=True, text=True, timeout=20)
+
+
+def names():
+    """What a screen reader would read."""
+    return [line.partition("\t")[2] for line in accessible("list").stdout.splitlines()]
+
+
+def press(name):
+    pressing = lambda: accessible("press", name)
+    try:
+        wait_for(f"{name!r} to press", lambda: pressing().returncode == 0)
+    except AssertionError:
+        print(pressing().stderr, names(), file=sys.stderr)
+        raise
+
+
+def is_red(red, green, blue):
+    return red > 150 and red - green > 90 and abs(green - blue) < 40
+
+
+def set_thresholds(warning, critical):
+    tokwatch("preferences", "set", "warningThreshold", str(warning))
+    tokwatch("preferences", "set", "criticalThreshold", str(critical))
+
+
+def find_item():
+    """The middle of the item on the panel, told by its turning red where all limits count as low."""
+    set_thresholds(1, 0.95)
+    wait_for("the item in red", lambda: desktop.panel().count(is_red) > 30, 30)
+    left, right = desktop.settled_panel().columns(is_red)
+    set_thresholds(0.25, 0.1)
+    wait_for("the item's usual colour", lambda: not desktop.panel().count(is_red))
+    return (left + right) // 2, desktop.PANEL_HEIGHT // 2 - 1
+
+
+def prepare():
+    """A home with something to show, its usage stored. Its limits are of this minute: older ones fade."""
+    subprocess.run([os.path.join(ROOT, "script/demo-home"), "--quiet", HOME], check=True)
+    limits = {"primary": {"used_percent": 40, "window_minutes": 300, "resets_at": time.time() + 9000},
+              "secondary": {"used_percent": 20, "window_minutes": 10080, "resets_at": time.time() + 400000}}
+    with open(os.path.join(HOME, ".codex/sessions/now.jsonl"), "w", encoding="utf-8") as file:
+        file.write(json.dumps({"timestamp": time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime()), "type": "event_msg",
+                               "payload": {"type": "token_count", "rate_limits": limits}}) + "\n")
+    tokwatch("index", "--home", HOME)
+    tokwatch("preferences", "set", "pinnedProvider", "codex")
