@@ -309,6 +309,19 @@ TEST_F(AppModelTest, PrunesOnceADayAndKeepsNinetyDays) {
     EXPECT_EQ(days(), 2U) << "ninety days before the last one with usage are kept";
 }
 
+TEST_F(AppModelTest, TakesNothingForNewThatCouldNotBeComputed) {
+    startUp();
+    const std::optional<Date> updated = model->lastUpdated();
+    const std::optional<Snapshot> written = SnapshotStore(data.path()).read();
+    sqlite::Connection((data / "usage.sqlite").string()).execute("DROP TABLE daily");
+    const testing::CapturedLog log;
+    model->publish();
+    settle();
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("computing the summary failed")));
+    EXPECT_EQ(model->lastUpdated(), updated);
+    EXPECT_EQ(SnapshotStore(data.path()).read(), written);
+}
+
 TEST_F(AppModelTest, LeavesTheWorkToAnotherProcessAndTakesItBack) {
     const auto isAnythingWritten = [this] { return SnapshotStore(data.path()).read().has_value(); };
     store->setLimits(someLimits(time.now()), ProviderID::claude);
