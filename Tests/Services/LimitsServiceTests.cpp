@@ -30,6 +30,13 @@ class LimitsServiceTest : public ::testing::Test {
             updates.push_back(limits);
         };
     }
+    /// No coroutine may wait for ever and keep what it holds.
+    ~LimitsServiceTest() override {
+        service.onUpdate = {};
+        service.onAttempt = {};
+        while (claude->underWay() > 0)
+            answer(ProviderStatus::unavailable);
+    }
 
     void refresh(bool force = false) {
         service.refresh(ProviderID::claude, force);
