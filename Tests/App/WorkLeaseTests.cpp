@@ -25,7 +25,18 @@ TEST(WorkLease, IsHeldByOneAtATimeAndByADesktopBeforeFollowers) {
         EXPECT_FALSE(another.renew());
     }
     EXPECT_TRUE(first->renew());
-    first.reset();
+    {
+        WorkLease guest(data.path(), Rank::guest);
+        EXPECT_FALSE(guest.renew());
+        EXPECT_FALSE(second.renew());
+        first.reset();
+        EXPECT_FALSE(guest.renew()) << "another wants it";
+        EXPECT_TRUE(second.renew());
+        guest.setRank(Rank::desktop);
+        EXPECT_FALSE(guest.renew());
+        EXPECT_FALSE(second.renew());
+        EXPECT_TRUE(guest.renew());
+    }
     EXPECT_TRUE(second.renew());
 
     std::filesystem::remove(data / "work.lock");

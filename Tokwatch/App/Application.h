@@ -48,6 +48,9 @@ class Application {
     /// Begins to show what is stored, and to work unless another process over the same data does.
     void start(LimitsStart limits = LimitsStart::atOnce) { sharing->start(limits); }
 
+    /// Takes effect within moments.
+    void setRank(WorkLease::Rank rank) { sharing->setRank(rank); }
+
     AppModel& model() { return *appModel; }
     Scheduler& timers() { return scheduler; }
 

@@ -24,6 +24,7 @@ class WorkSharing {
 
     /// Starts the model in the role that falls to it.
     void start(LimitsStart limits);
+    void setRank(WorkLease::Rank rank) { lease.setRank(rank); }
 
   private:
     using FileTime = std::filesystem::file_time_type;

@@ -49,7 +49,11 @@ AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences
       settingsFile(std::move(preferencesFile)), now(surroundings.now),
       loginItem(kivo::LoginItem::userDirectory(), loginProgram()), scheduler(timers),
       appearance(desktopBus.sessionBus()), theme(appearance.current()), runtime(theme) {
-    application.emplace(std::move(surroundings), WorkLease::Rank::desktop, preferences, bus);
+    // Before the welcome is finished nobody is asked; a follower, whose user started it to ask,
+    // does.
+    const auto rank =
+        preferences.hasCompletedOnboarding ? WorkLease::Rank::desktop : WorkLease::Rank::guest;
+    application.emplace(std::move(surroundings), rank, preferences, bus);
     viewClock.emplace(now);
     connect(&appearance, &kivo::DesktopAppearance::changed, this, [this] {
         theme.setAppearance(appearance.current());
@@ -81,6 +85,7 @@ void AppDelegate::launch() {
 void AppDelegate::followOnboarding() {
     if (!preferences.hasCompletedOnboarding) return;
     onboarding->close();
+    application->setRank(WorkLease::Rank::desktop);
     application->model().allowLimits();
     if (isWithoutHost()) application->model().onOpenRequest();
 }

@@ -15,6 +15,7 @@ namespace {
 /// Which of the file's bytes stand for what.
 constexpr off_t workByte = 0;
 constexpr off_t desktopByte = 1;
+constexpr off_t waitingByte = 2; ///< others than guests want to work
 
 struct flock lockOf(off_t byte, short kind) {
     struct flock lock {};
@@ -47,7 +48,7 @@ bool WorkLease::renew() {
     if (path.empty() || !openFile()) return true;
     if (rank == Rank::desktop && !isAnnounced)
         isAnnounced = setLock(file.get(), desktopByte, F_RDLCK) == Outcome::done;
-    if (rank == Rank::follower && isLockedByAnother(file.get(), desktopByte)) {
+    if (mustMakeRoom()) {
         if (isHeld) setLock(file.get(), workByte, F_UNLCK);
         isHeld = false;
         return false;
@@ -55,7 +56,20 @@ bool WorkLease::renew() {
     if (isHeld) return true;
     const Outcome outcome = setLock(file.get(), workByte, F_WRLCK);
     isHeld = outcome == Outcome::done;
+    if (rank != Rank::guest) setLock(file.get(), waitingByte, isHeld ? F_UNLCK : F_RDLCK);
     return outcome != Outcome::heldByAnother;
+}
+
+bool WorkLease::mustMakeRoom() const {
+    switch (rank) {
+    case Rank::guest:
+        return isLockedByAnother(file.get(), waitingByte);
+    case Rank::follower:
+        return isLockedByAnother(file.get(), desktopByte);
+    case Rank::desktop:
+        break;
+    }
+    return false;
 }
 
 bool WorkLease::openFile() {

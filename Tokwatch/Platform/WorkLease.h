@@ -14,7 +14,8 @@ namespace tokwatch {
 /// closed.
 class WorkLease {
   public:
-    enum class Rank { follower, desktop };
+    /// A guest, which may do a part of the work only, works where nobody else would.
+    enum class Rank { guest, follower, desktop };
 
     /// Without a directory everybody works.
     WorkLease(std::optional<std::filesystem::path> directory, Rank rank);
@@ -24,9 +25,11 @@ class WorkLease {
     /// leases cannot be had, for want of a place or of the system's support, everybody works: work
     /// done twice is better than none.
     bool renew();
+    void setRank(Rank newRank) { rank = newRank; }
 
   private:
     bool openFile();
+    bool mustMakeRoom() const;
     bool isFileReplaced() const;
 
     std::filesystem::path path;
