@@ -1,5 +1,6 @@
 #include "NamedIcons.h"
 
+#include "PrivateFiles.h"
 #include "StatusPictures.h"
 
 #include <QImage>
@@ -62,8 +63,12 @@ bool NamedIcons::write() {
     for (const int side : sides) {
         const std::string square = std::to_string(side);
         const auto folder = directory / "hicolor" / (square + "x" + square) / "apps";
-        std::error_code failure;
-        std::filesystem::create_directories(folder, failure);
+        try {
+            makePrivateDirectory(folder);
+        } catch (const std::system_error&) {
+            written = false;
+            return false;
+        }
         for (const auto& provider : allMarks())
             for (const Severity severity : severities)
                 for (const bool dark : {false, true})
