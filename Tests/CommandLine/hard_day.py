@@ -256,7 +256,11 @@ def main():
         inside = [sys.executable, os.path.realpath(__file__), program, desktop, "inside"]
         sys.exit(subprocess.run([*namespaces, "dbus-run-session", "--", *inside], check=False).returncode)
     with tempfile.TemporaryDirectory() as directory:
-        overlay_system_settings(directory)
+        try:
+            overlay_system_settings(directory)
+        except subprocess.CalledProcessError as error:
+            print("skipped: this system allows no settings of its own:", error)
+            sys.exit(77)
         network = Network(directory)
         world = World(program, directory)
         try:
