@@ -1,4 +1,4 @@
-#include "LoginItem.h"
+#include "KivoLaunch/LoginItem.h"
 
 #include <QDir>
 #include <QFile>

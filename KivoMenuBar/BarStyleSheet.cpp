@@ -1,4 +1,4 @@
-#include "BarStyleSheet.h"
+#include "KivoMenuBar/BarStyleSheet.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
-#include "DBusMenu.h"
+#include "KivoMenuBar/DBusMenu.h"
 
-#include "DBusMenuAdaptor.h"
+#include "KivoMenuBar/DBusMenuAdaptor.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DBusMenuTypes.h"
+#include "KivoMenuBar/DBusMenuTypes.h"
 
 #include <QDBusConnection>
 #include <QKeySequence>

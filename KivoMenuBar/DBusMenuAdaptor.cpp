@@ -1,6 +1,6 @@
-#include "DBusMenuAdaptor.h"
+#include "KivoMenuBar/DBusMenuAdaptor.h"
 
-#include "DBusMenu.h"
+#include "KivoMenuBar/DBusMenu.h"
 
 #include <QGuiApplication>
 

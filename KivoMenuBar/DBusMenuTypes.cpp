@@ -1,4 +1,4 @@
-#include "DBusMenuTypes.h"
+#include "KivoMenuBar/DBusMenuTypes.h"
 
 #include <QDBusMetaType>
 

@@ -1,7 +1,7 @@
-#include "PanelTone.h"
+#include "KivoMenuBar/PanelTone.h"
 
-#include "BarStyleSheet.h"
-#include "PlasmaColours.h"
+#include "KivoMenuBar/BarStyleSheet.h"
+#include "KivoMenuBar/PlasmaColours.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>

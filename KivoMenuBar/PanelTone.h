@@ -1,6 +1,6 @@
 #pragma once
 
-#include "StatusAreaHost.h"
+#include "KivoMenuBar/StatusAreaHost.h"
 
 #include <QColor>
 #include <QDBusConnection>

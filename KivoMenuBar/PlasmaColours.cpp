@@ -1,4 +1,4 @@
-#include "PlasmaColours.h"
+#include "KivoMenuBar/PlasmaColours.h"
 
 #include <QColor>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "ScrollStepper.h"
+#include "KivoMenuBar/ScrollStepper.h"
 
 #include <cmath>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "StatusAreaHost.h"
+#include "KivoMenuBar/StatusAreaHost.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>

@@ -1,4 +1,4 @@
-#include "StatusItemTypes.h"
+#include "KivoMenuBar/StatusItemTypes.h"
 
 #include <QDBusMetaType>
 #include <QtEndian>

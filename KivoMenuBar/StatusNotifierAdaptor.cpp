@@ -1,6 +1,6 @@
-#include "StatusNotifierAdaptor.h"
+#include "KivoMenuBar/StatusNotifierAdaptor.h"
 
-#include "StatusNotifierItem.h"
+#include "KivoMenuBar/StatusNotifierItem.h"
 
 namespace kivo {
 

@@ -1,6 +1,6 @@
-#include "StatusNotifierItem.h"
+#include "KivoMenuBar/StatusNotifierItem.h"
 
-#include "StatusNotifierAdaptor.h"
+#include "KivoMenuBar/StatusNotifierAdaptor.h"
 
 #include <QCoreApplication>
 #include <QDBusMessage>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "StatusItemTypes.h"
+#include "KivoMenuBar/StatusItemTypes.h"
 
 #include <QDBusConnection>
 #include <QDBusObjectPath>

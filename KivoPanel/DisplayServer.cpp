@@ -1,4 +1,4 @@
-#include "DisplayServer.h"
+#include "KivoPanel/DisplayServer.h"
 
 #include <QByteArray>
 #include <QGuiApplication>

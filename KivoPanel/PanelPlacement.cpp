@@ -1,4 +1,4 @@
-#include "PanelPlacement.h"
+#include "KivoPanel/PanelPlacement.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
-#include "PopupPanel.h"
+#include "KivoPanel/PopupPanel.h"
 
-#include "DisplayServer.h"
-#include "PanelPlacement.h"
+#include "KivoPanel/DisplayServer.h"
+#include "KivoPanel/PanelPlacement.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>

@@ -1,4 +1,4 @@
-#include "Contrast.h"
+#include "KivoTheme/Contrast.h"
 
 #include <algorithm>
 #include <cmath>

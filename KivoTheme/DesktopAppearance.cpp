@@ -1,4 +1,4 @@
-#include "DesktopAppearance.h"
+#include "KivoTheme/DesktopAppearance.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>

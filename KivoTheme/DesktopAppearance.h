@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Palette.h"
+#include "KivoTheme/Palette.h"
 
 #include <QDBusConnection>
 #include <QDBusVariant>

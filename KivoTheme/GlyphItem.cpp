@@ -1,4 +1,4 @@
-#include "GlyphItem.h"
+#include "KivoTheme/GlyphItem.h"
 
 #include <QPainter>
 

@@ -1,4 +1,4 @@
-#include "Palette.h"
+#include "KivoTheme/Palette.h"
 
 namespace kivo {
 namespace {

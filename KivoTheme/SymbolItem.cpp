@@ -1,4 +1,4 @@
-#include "SymbolItem.h"
+#include "KivoTheme/SymbolItem.h"
 
 #include <QPainter>
 #include <QPainterPath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "GlyphItem.h"
+#include "KivoTheme/GlyphItem.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "Theme.h"
+#include "KivoTheme/Theme.h"
 
 #include <QFontDatabase>
 #include <QFontInfo>

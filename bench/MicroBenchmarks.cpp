@@ -1,12 +1,12 @@
-#include "ClaudeLogParser.h"
-#include "CodexLogParser.h"
-#include "GrokUsageParser.h"
-#include "ISO8601.h"
-#include "JSONLTail.h"
-#include "LogLines.h"
-#include "PriceTable.h"
-#include "TemporaryDirectory.h"
-#include "UsageStore.h"
+#include "Tests/Support/LogLines.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TokwatchCore/Ingestion/ClaudeLogParser.h"
+#include "TokwatchCore/Ingestion/CodexLogParser.h"
+#include "TokwatchCore/Ingestion/GrokUsageParser.h"
+#include "TokwatchCore/Ingestion/JSONLTail.h"
+#include "TokwatchCore/Store/PriceTable.h"
+#include "TokwatchCore/Store/UsageStore.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <benchmark/benchmark.h>
 

@@ -2,10 +2,10 @@
 // display that there is: popover-benchmark HOME DATA. Prints one JSON object. The time of an
 // opening runs from the request to the first frame that was drawn.
 
-#include "AppDelegate.h"
-#include "DesktopBus.h"
-#include "Preferences.h"
-#include "QtScheduler.h"
+#include "Platform/Desktop/DesktopBus.h"
+#include "Platform/Desktop/QtScheduler.h"
+#include "Tokwatch/Desktop/AppDelegate.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
 #include <QDBusConnection>
 #include <QElapsedTimer>

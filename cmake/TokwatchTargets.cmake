@@ -1,5 +1,6 @@
-# One target a folder. A target exports its own folder and nothing else, so that an include which the
-# declared dependencies do not allow fails to compile.
+# One target a folder, named as the folder without its slashes. Headers are included by their full path
+# ("TokwatchCore/Store/UsageStore.h") through a directory of links in which nothing but the target's own folder can be
+# seen, so that an include which the declared dependencies do not allow fails to compile.
 
 add_library(TokwatchBuildFlags INTERFACE)
 target_compile_options(TokwatchBuildFlags INTERFACE
@@ -44,18 +45,52 @@ function(tokwatch_prefer_archives package)
   endforeach()
 endfunction()
 
-# tokwatch_library(NAME SOURCES … [PUBLIC targets that the headers need …] [PRIVATE targets …])
-function(tokwatch_library name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
-  add_library(${name} STATIC ${ARG_SOURCES})
-  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
-  target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE TokwatchBuildFlags ${ARG_PRIVATE})
+# tokwatch_export(TARGET SCOPE): the includes of this folder's headers.
+function(tokwatch_export target scope)
+  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  set(view ${PROJECT_BINARY_DIR}/include/${target})
+  cmake_path(GET folder PARENT_PATH parent)
+  file(MAKE_DIRECTORY ${view}/${parent})
+  file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${view}/${folder} SYMBOLIC)
+  target_include_directories(${target} ${scope} ${view})
 endfunction()
 
-# tokwatch_qml_module(NAME URI uri SOURCES … QML … [PUBLIC …] [PRIVATE …]): a folder with QML beside its C++ types,
-# compiled ahead.
-function(tokwatch_qml_module name)
-  cmake_parse_arguments(ARG "" "URI" "SOURCES;QML;PUBLIC;PRIVATE" ${ARGN})
+# tokwatch_use(TARGET SCOPE dependencies …): stops at one that is not there yet, as folders may not need each other in
+# circles.
+function(tokwatch_use target scope)
+  foreach(dependency IN LISTS ARGN)
+    if(dependency MATCHES "^(Tokwatch|Kivo|Test)" AND NOT TARGET ${dependency})
+      message(FATAL_ERROR "${target} needs ${dependency}, which comes later or not at all")
+    endif()
+  endforeach()
+  target_link_libraries(${target} ${scope} ${ARGN})
+endfunction()
+
+# tokwatch_module([MOC] [EXCEPT sources of programs …] [PUBLIC what the headers need …] [PRIVATE …]): the folder as a
+# library; MOC where it has a Q_OBJECT.
+function(tokwatch_module)
+  cmake_parse_arguments(ARG "MOC" "" "PUBLIC;PRIVATE;EXCEPT" ${ARGN})
+  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  string(REPLACE "/" "" name ${folder})
+  file(GLOB sources CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.cpp *.h)
+  if(ARG_EXCEPT)
+    list(REMOVE_ITEM sources ${ARG_EXCEPT})
+  endif()
+  add_library(${name} STATIC ${sources})
+  set_target_properties(${name} PROPERTIES AUTOMOC ${ARG_MOC})
+  tokwatch_export(${name} PUBLIC)
+  tokwatch_use(${name} PUBLIC ${ARG_PUBLIC})
+  tokwatch_use(${name} PRIVATE TokwatchBuildFlags ${ARG_PRIVATE})
+endfunction()
+
+# tokwatch_qml_module(URI uri [PUBLIC …] [PRIVATE …]): the folder as a library of QML components and the C++ types beside
+# them, compiled ahead.
+function(tokwatch_qml_module)
+  cmake_parse_arguments(ARG "" "URI" "PUBLIC;PRIVATE" ${ARGN})
+  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  string(REPLACE "/" "" name ${folder})
+  file(GLOB sources CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.cpp *.h)
+  file(GLOB components CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.qml)
   set(CMAKE_AUTOMOC ON)
   string(REPLACE "." "/" path ${ARG_URI})
   # The sanitizers are for our C++, not for what the QML compiler makes: there QML is interpreted.
@@ -69,14 +104,17 @@ function(tokwatch_qml_module name)
     VERSION 1.0
     RESOURCE_PREFIX /qt/qml
     ${cache}
-    SOURCES ${ARG_SOURCES}
-    QML_FILES ${ARG_QML})
-  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
-  target_link_libraries(${name} PUBLIC Qt6::Quick ${ARG_PUBLIC} PRIVATE TokwatchBuildFlags ${ARG_PRIVATE})
+    SOURCES ${sources}
+    QML_FILES ${components})
+  tokwatch_export(${name} PUBLIC)
+  # The registration of the types, which the toolkit writes, includes them by their bare names.
+  target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+  tokwatch_use(${name} PUBLIC Qt6::Quick ${ARG_PUBLIC})
+  tokwatch_use(${name} PRIVATE TokwatchBuildFlags ${ARG_PRIVATE})
   # What the QML compiler writes is not ours to warn about.
-  get_target_property(sources ${name} SOURCES)
-  list(FILTER sources INCLUDE REGEX "/\\.rcc/qmlcache/")
-  set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS -w)
+  get_target_property(written ${name} SOURCES)
+  list(FILTER written INCLUDE REGEX "/\\.rcc/qmlcache/")
+  set_source_files_properties(${written} PROPERTIES COMPILE_OPTIONS -w)
 endfunction()
 
 # All that is also run under the thread sanitizer: the tests with the label "concurrent".
@@ -87,7 +125,7 @@ function(tokwatch_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_compile_options(${name} PRIVATE ${TOKWATCH_TEST_OPTIONS})
-  target_link_libraries(${name} PRIVATE TokwatchBuildFlags TestSupport ${ARG_LINK} GTest::gmock GTest::gtest_main)
+  target_link_libraries(${name} PRIVATE TokwatchBuildFlags TestHeaders TestsSupport ${ARG_LINK} GTest::gmock GTest::gtest_main)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   if("concurrent" IN_LIST ARG_LABELS)
     add_dependencies(ConcurrencyTests ${name})
@@ -104,7 +142,7 @@ function(tokwatch_quick_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_compile_options(${name} PRIVATE ${TOKWATCH_TEST_OPTIONS})
-  target_link_libraries(${name} PRIVATE TokwatchBuildFlags TestSupport ${ARG_LINK} Qt6::QuickTest)
+  target_link_libraries(${name} PRIVATE TokwatchBuildFlags TestHeaders TestsSupport ${ARG_LINK} Qt6::QuickTest)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests AUTOMOC ON)
   add_test(NAME ${name} COMMAND ${name} -input ${CMAKE_CURRENT_SOURCE_DIR})
   set_tests_properties(${name} PROPERTIES

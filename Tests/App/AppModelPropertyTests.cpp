@@ -1,4 +1,4 @@
-#include "ModelWorld.h"
+#include "Tests/App/ModelWorld.h"
 
 #include <gtest/gtest.h>
 

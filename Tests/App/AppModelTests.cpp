@@ -1,8 +1,8 @@
-#include "AppModel.h"
+#include "Tokwatch/App/AppModel.h"
 
-#include "CapturedLog.h"
-#include "ModelWorld.h"
-#include "SQLite.h"
+#include "Tests/App/ModelWorld.h"
+#include "Tests/Support/CapturedLog.h"
+#include "TokwatchCore/Store/SQLite.h"
 
 #include <gmock/gmock.h>
 

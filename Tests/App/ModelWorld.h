@@ -1,15 +1,15 @@
 #pragma once
 
-#include "AppModel.h"
-#include "EventLoop.h"
-#include "FakeLimitsProvider.h"
-#include "LimitsService.h"
-#include "ManualScheduler.h"
-#include "Preferences.h"
-#include "StorageAtOnce.h"
-#include "SystemNotifications.h"
-#include "TemporaryDirectory.h"
-#include "UsageStore.h"
+#include "Platform/Desktop/SystemNotifications.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/FakeLimitsProvider.h"
+#include "Tests/Support/ManualScheduler.h"
+#include "Tests/Support/StorageAtOnce.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Limits/LimitsService.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Store/UsageStore.h"
 
 #include <QPromise>
 #include <QSettings>

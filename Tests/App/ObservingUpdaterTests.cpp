@@ -1,6 +1,6 @@
-#include "ObservingUpdater.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
 
-#include "EventLoop.h"
+#include "Tests/Support/EventLoop.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
-#include "StatusTitle.h"
+#include "Tokwatch/Display/StatusTitle.h"
 
-#include "Preferences.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
 #include <QSettings>
 

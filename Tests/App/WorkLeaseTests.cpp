@@ -1,5 +1,5 @@
-#include "TemporaryDirectory.h"
-#include "WorkLease.h"
+#include "Platform/System/WorkLease.h"
+#include "Tests/Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 

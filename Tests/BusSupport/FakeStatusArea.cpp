@@ -1,4 +1,4 @@
-#include "FakeStatusArea.h"
+#include "Tests/BusSupport/FakeStatusArea.h"
 
 #include <QDBusMessage>
 #include <QDBusVariant>

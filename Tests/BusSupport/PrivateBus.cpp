@@ -1,4 +1,4 @@
-#include "PrivateBus.h"
+#include "Tests/BusSupport/PrivateBus.h"
 
 #include <QCoreApplication>
 #include <QDBusConnectionInterface>

@@ -1,6 +1,6 @@
-#include "SignalLog.h"
+#include "Tests/BusSupport/SignalLog.h"
 
-#include "PrivateBus.h"
+#include "Tests/BusSupport/PrivateBus.h"
 
 #include <utility>
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Date.h"
-#include "LogLines.h"
-#include "ProgramRunner.h"
-#include "RecordCoding.h"
-#include "TemporaryDirectory.h"
+#include "Tests/CommandLine/ProgramRunner.h"
+#include "Tests/Support/LogLines.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <gmock/gmock.h>
 

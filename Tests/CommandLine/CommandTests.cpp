@@ -1,5 +1,5 @@
-#include "CommandFixture.h"
-#include "UsageSummary.h"
+#include "Tests/CommandLine/CommandFixture.h"
+#include "TokwatchCore/Store/UsageSummary.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>

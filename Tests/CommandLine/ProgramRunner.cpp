@@ -1,4 +1,4 @@
-#include "ProgramRunner.h"
+#include "Tests/CommandLine/ProgramRunner.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>

@@ -1,7 +1,7 @@
-#include "CommandFixture.h"
-#include "Preferences.h"
-#include "StatusLine.h"
-#include "UsageStore.h"
+#include "Tests/CommandLine/CommandFixture.h"
+#include "Tokwatch/CommandLine/StatusLine.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Store/UsageStore.h"
 
 #include <QSettings>
 

@@ -1,7 +1,7 @@
-#include "Table.h"
+#include "Tokwatch/CommandLine/Table.h"
 
-#include "PlainText.h"
-#include "RecordCoding.h"
+#include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <gtest/gtest.h>
 

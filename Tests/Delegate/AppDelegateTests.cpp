@@ -1,16 +1,16 @@
-#include "AppDelegate.h"
+#include "Tokwatch/Desktop/AppDelegate.h"
 
-#include "DesktopBus.h"
-#include "EventLoop.h"
-#include "FakeStatusArea.h"
-#include "Fakes.h"
-#include "ManualScheduler.h"
-#include "Preferences.h"
-#include "PrivateBus.h"
-#include "ShownWindow.h"
-#include "SignalLog.h"
-#include "TemporaryDirectory.h"
-#include "UsageStore.h"
+#include "Platform/Desktop/DesktopBus.h"
+#include "Tests/BusSupport/FakeStatusArea.h"
+#include "Tests/BusSupport/PrivateBus.h"
+#include "Tests/BusSupport/SignalLog.h"
+#include "Tests/Delegate/ShownWindow.h"
+#include "Tests/Limits/Fakes.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/ManualScheduler.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Store/UsageStore.h"
 
 #include <QDBusMessage>
 #include <QDBusVariant>

@@ -1,9 +1,9 @@
-#include "HostedWindow.h"
+#include "Tokwatch/Desktop/HostedWindow.h"
 
-#include "CapturedLog.h"
-#include "EventLoop.h"
-#include "ManualScheduler.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/CapturedLog.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/ManualScheduler.h"
+#include "Tests/Support/TemporaryDirectory.h"
 
 #include <QGuiApplication>
 #include <QQuickItem>

@@ -1,6 +1,6 @@
-#include "PanelPlacement.h"
+#include "KivoPanel/PanelPlacement.h"
 
-#include "StatusAreaPlace.h"
+#include "Tokwatch/Desktop/StatusAreaPlace.h"
 
 #include <gtest/gtest.h>
 

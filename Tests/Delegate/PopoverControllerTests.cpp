@@ -1,6 +1,6 @@
-#include "PopoverController.h"
+#include "Tokwatch/Desktop/PopoverController.h"
 
-#include "StatusAreaAdvice.h"
+#include "Tokwatch/Desktop/StatusAreaAdvice.h"
 
 #include <QSize>
 

@@ -1,7 +1,7 @@
-#include "PopupPanel.h"
+#include "KivoPanel/PopupPanel.h"
 
-#include "EventLoop.h"
-#include "PanelPlacement.h"
+#include "KivoPanel/PanelPlacement.h"
+#include "Tests/Support/EventLoop.h"
 
 #include <QMouseEvent>
 #include <QScreen>

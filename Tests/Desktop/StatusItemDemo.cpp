@@ -4,9 +4,9 @@
 //   title SEVERITY PROVIDER TEXT…    e.g. "title warning claude 42% · 3h 5m"; "-" for none
 //   desktop dark|light
 
-#include "MeterStatusItem.h"
-#include "QtScheduler.h"
-#include "StatusMenu.h"
+#include "Platform/Desktop/QtScheduler.h"
+#include "Tokwatch/StatusItem/MeterStatusItem.h"
+#include "Tokwatch/StatusItem/StatusMenu.h"
 
 #include <QGuiApplication>
 #include <QSocketNotifier>

@@ -1,6 +1,6 @@
-#include "DemoWorld.h"
+#include "Tests/Gallery/DemoWorld.h"
 
-#include "IndexerService.h"
+#include "Tokwatch/Indexing/IndexerService.h"
 
 #include <cstdlib>
 #include <stdexcept>

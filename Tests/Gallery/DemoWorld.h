@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ModelWorld.h"
-#include "ViewClock.h"
+#include "Tests/App/ModelWorld.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
 
 #include <initializer_list>
 #include <string>

@@ -4,10 +4,10 @@
 //   are any
 // Qt's own option -reverse draws them as where the desktop reads from the right.
 
-#include "HostedWindow.h"
-#include "PictureComparison.h"
-#include "QmlRuntime.h"
-#include "Scene.h"
+#include "Tests/Gallery/PictureComparison.h"
+#include "Tests/Gallery/Scene.h"
+#include "Tokwatch/Desktop/HostedWindow.h"
+#include "Tokwatch/Desktop/QmlRuntime.h"
 
 #include <QCommandLineParser>
 #include <QDir>

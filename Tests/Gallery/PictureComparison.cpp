@@ -1,4 +1,4 @@
-#include "PictureComparison.h"
+#include "Tests/Gallery/PictureComparison.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-#include "PopoverView.h"
-#include "Scene.h"
+#include "Tests/Gallery/Scene.h"
+#include "Tokwatch/Views/Popover/PopoverView.h"
 
 namespace tokwatch::testing {
 namespace {

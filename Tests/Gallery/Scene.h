@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DemoWorld.h"
+#include "Tests/Gallery/DemoWorld.h"
 
 #include <QObject>
 #include <QSize>

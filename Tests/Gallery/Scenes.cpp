@@ -1,4 +1,4 @@
-#include "Scene.h"
+#include "Tests/Gallery/Scene.h"
 
 namespace tokwatch::testing {
 

@@ -1,7 +1,7 @@
-#include "LoginItem.h"
-#include "OnboardingView.h"
-#include "Scene.h"
-#include "SettingsView.h"
+#include "KivoLaunch/LoginItem.h"
+#include "Tests/Gallery/Scene.h"
+#include "Tokwatch/Views/Onboarding/OnboardingView.h"
+#include "Tokwatch/Views/Settings/SettingsView.h"
 
 namespace tokwatch::testing {
 namespace {

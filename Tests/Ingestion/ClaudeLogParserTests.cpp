@@ -1,5 +1,5 @@
-#include "ClaudeLogParser.h"
-#include "ISO8601.h"
+#include "TokwatchCore/Ingestion/ClaudeLogParser.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gtest/gtest.h>
 

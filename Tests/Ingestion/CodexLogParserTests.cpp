@@ -1,5 +1,5 @@
-#include "CodexLogParser.h"
-#include "ISO8601.h"
+#include "TokwatchCore/Ingestion/CodexLogParser.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "GrokUsageParser.h"
-#include "ISO8601.h"
+#include "TokwatchCore/Ingestion/GrokUsageParser.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gtest/gtest.h>
 

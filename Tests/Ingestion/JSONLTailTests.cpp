@@ -1,5 +1,5 @@
-#include "JSONLTail.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TokwatchCore/Ingestion/JSONLTail.h"
 
 #include <gmock/gmock.h>
 

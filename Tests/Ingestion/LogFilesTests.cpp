@@ -1,5 +1,5 @@
-#include "LogFiles.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TokwatchCore/Ingestion/LogFiles.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
-#include "ProviderLocations.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TokwatchCore/Ingestion/ProviderLocations.h"
 
 #include <gtest/gtest.h>
 

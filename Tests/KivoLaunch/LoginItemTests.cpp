@@ -1,6 +1,6 @@
-#include "LoginItem.h"
+#include "KivoLaunch/LoginItem.h"
 
-#include "TemporaryDirectory.h"
+#include "Tests/Support/TemporaryDirectory.h"
 
 #include <QProcess>
 

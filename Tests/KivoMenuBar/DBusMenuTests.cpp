@@ -1,8 +1,8 @@
-#include "DBusMenu.h"
+#include "KivoMenuBar/DBusMenu.h"
 
-#include "EventLoop.h"
-#include "PrivateBus.h"
-#include "SignalLog.h"
+#include "Tests/BusSupport/PrivateBus.h"
+#include "Tests/BusSupport/SignalLog.h"
+#include "Tests/Support/EventLoop.h"
 
 #include <QDBusConnectionInterface>
 

@@ -1,10 +1,10 @@
-#include "PanelTone.h"
+#include "KivoMenuBar/PanelTone.h"
 
-#include "BarStyleSheet.h"
-#include "EventLoop.h"
-#include "FakeStatusArea.h"
-#include "PrivateBus.h"
-#include "TemporaryDirectory.h"
+#include "KivoMenuBar/BarStyleSheet.h"
+#include "Tests/BusSupport/FakeStatusArea.h"
+#include "Tests/BusSupport/PrivateBus.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/TemporaryDirectory.h"
 
 #include <QDBusVirtualObject>
 #include <QMap>

@@ -1,8 +1,8 @@
-#include "StatusAreaHost.h"
+#include "KivoMenuBar/StatusAreaHost.h"
 
-#include "EventLoop.h"
-#include "FakeStatusArea.h"
-#include "PrivateBus.h"
+#include "Tests/BusSupport/FakeStatusArea.h"
+#include "Tests/BusSupport/PrivateBus.h"
+#include "Tests/Support/EventLoop.h"
 
 #include <gmock/gmock.h>
 

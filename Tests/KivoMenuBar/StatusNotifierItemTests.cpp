@@ -1,9 +1,9 @@
-#include "StatusNotifierItem.h"
+#include "KivoMenuBar/StatusNotifierItem.h"
 
-#include "EventLoop.h"
-#include "FakeStatusArea.h"
-#include "PrivateBus.h"
-#include "SignalLog.h"
+#include "Tests/BusSupport/FakeStatusArea.h"
+#include "Tests/BusSupport/PrivateBus.h"
+#include "Tests/BusSupport/SignalLog.h"
+#include "Tests/Support/EventLoop.h"
 
 #include <gmock/gmock.h>
 

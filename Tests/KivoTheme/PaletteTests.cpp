@@ -1,5 +1,5 @@
-#include "Contrast.h"
-#include "Palette.h"
+#include "KivoTheme/Contrast.h"
+#include "KivoTheme/Palette.h"
 
 #include <gmock/gmock.h>
 

@@ -1,11 +1,11 @@
-#include "ClaudeLimitsProvider.h"
+#include "TokwatchCore/Limits/ClaudeLimitsProvider.h"
 
-#include "CursorProvider.h"
-#include "EventLoop.h"
-#include "Fakes.h"
-#include "GrokLimitsProvider.h"
-#include "ISO8601.h"
-#include "WaitFor.h"
+#include "Tests/Limits/Fakes.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/WaitFor.h"
+#include "TokwatchCore/Limits/CursorProvider.h"
+#include "TokwatchCore/Limits/GrokLimitsProvider.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gmock/gmock.h>
 

@@ -1,10 +1,10 @@
-#include "CodexLimitsProvider.h"
+#include "TokwatchCore/Limits/CodexLimitsProvider.h"
 
-#include "EventLoop.h"
-#include "Fakes.h"
-#include "LimitsCache.h"
-#include "UsageStore.h"
-#include "WaitFor.h"
+#include "Tests/Limits/Fakes.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/WaitFor.h"
+#include "TokwatchCore/Limits/LimitsCache.h"
+#include "TokwatchCore/Store/UsageStore.h"
 
 #include <QByteArray>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CredentialSource.h"
-#include "HTTPClient.h"
+#include "TokwatchCore/Limits/CredentialSource.h"
+#include "TokwatchCore/Limits/HTTPClient.h"
 
 #include <optional>
 #include <string>

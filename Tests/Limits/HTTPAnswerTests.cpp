@@ -1,6 +1,6 @@
-#include "CapturedLog.h"
-#include "HTTPAnswer.h"
-#include "SystemProxy.h"
+#include "Tests/Support/CapturedLog.h"
+#include "TokwatchCore/Limits/HTTPAnswer.h"
+#include "TokwatchCore/Limits/SystemProxy.h"
 
 #include <gmock/gmock.h>
 

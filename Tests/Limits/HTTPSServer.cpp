@@ -1,4 +1,4 @@
-#include "HTTPSServer.h"
+#include "Tests/Limits/HTTPSServer.h"
 
 #include <QSslKey>
 #include <QTimer>

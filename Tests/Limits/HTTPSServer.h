@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TestCertificates.h"
+#include "Tests/Limits/TestCertificates.h"
 
 #include <QByteArray>
 #include <QList>

@@ -1,13 +1,13 @@
-#include "CapturedLog.h"
-#include "EventLoop.h"
-#include "Fakes.h"
-#include "HTTPSServer.h"
-#include "LimitsCache.h"
-#include "LimitsProviders.h"
-#include "ProcessState.h"
-#include "URLSessionHTTPClient.h"
-#include "UsageStore.h"
-#include "WaitFor.h"
+#include "Tests/Limits/Fakes.h"
+#include "Tests/Limits/HTTPSServer.h"
+#include "Tests/Limits/ProcessState.h"
+#include "Tests/Support/CapturedLog.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/WaitFor.h"
+#include "TokwatchCore/Limits/LimitsCache.h"
+#include "TokwatchCore/Limits/LimitsProviders.h"
+#include "TokwatchCore/Limits/URLSessionHTTPClient.h"
+#include "TokwatchCore/Store/UsageStore.h"
 
 #include <gmock/gmock.h>
 

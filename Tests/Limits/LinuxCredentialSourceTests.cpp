@@ -1,9 +1,9 @@
-#include "LinuxCredentialSource.h"
+#include "TokwatchCore/Limits/LinuxCredentialSource.h"
 
-#include "EventLoop.h"
-#include "PrivateBus.h"
-#include "TemporaryDirectory.h"
-#include "WaitFor.h"
+#include "Tests/BusSupport/PrivateBus.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Support/WaitFor.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>

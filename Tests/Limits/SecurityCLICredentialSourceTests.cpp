@@ -1,9 +1,9 @@
-#include "SecurityCLICredentialSource.h"
+#include "TokwatchCore/Limits/SecurityCLICredentialSource.h"
 
-#include "EventLoop.h"
-#include "ProcessState.h"
-#include "TemporaryDirectory.h"
-#include "WaitFor.h"
+#include "Tests/Limits/ProcessState.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Support/WaitFor.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
-#include "TestCertificates.h"
+#include "Tests/Limits/TestCertificates.h"
 
-#include "EventLoop.h"
+#include "Tests/Support/EventLoop.h"
 
 #include <cstdlib>
 #include <stdexcept>

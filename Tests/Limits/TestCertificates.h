@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TemporaryDirectory.h"
+#include "Tests/Support/TemporaryDirectory.h"
 
 #include <QSslCertificate>
 #include <QSslKey>

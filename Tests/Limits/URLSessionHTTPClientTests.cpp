@@ -1,8 +1,8 @@
-#include "URLSessionHTTPClient.h"
+#include "TokwatchCore/Limits/URLSessionHTTPClient.h"
 
-#include "EventLoop.h"
-#include "HTTPSServer.h"
-#include "WaitFor.h"
+#include "Tests/Limits/HTTPSServer.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/WaitFor.h"
 
 #include <gmock/gmock.h>
 

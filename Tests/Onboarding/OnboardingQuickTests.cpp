@@ -1,7 +1,7 @@
-#include "LoginItem.h"
-#include "OnboardingView.h"
-#include "Preferences.h"
-#include "TemporaryDirectory.h"
+#include "KivoLaunch/LoginItem.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Onboarding/OnboardingView.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>

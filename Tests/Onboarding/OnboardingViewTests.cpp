@@ -1,8 +1,8 @@
-#include "OnboardingView.h"
+#include "Tokwatch/Views/Onboarding/OnboardingView.h"
 
-#include "LoginItem.h"
-#include "Preferences.h"
-#include "TemporaryDirectory.h"
+#include "KivoLaunch/LoginItem.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
 #include <QSettings>
 #include <QSignalSpy>

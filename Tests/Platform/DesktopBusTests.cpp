@@ -1,7 +1,7 @@
-#include "DesktopBus.h"
+#include "Platform/Desktop/DesktopBus.h"
 
-#include "EventLoop.h"
-#include "PrivateBus.h"
+#include "Tests/BusSupport/PrivateBus.h"
+#include "Tests/Support/EventLoop.h"
 
 #include <QDBusMessage>
 

@@ -1,5 +1,5 @@
-#include "BreakdownModel.h"
-#include "SummaryMaker.h"
+#include "Tests/Popover/SummaryMaker.h"
+#include "Tokwatch/Views/Popover/BreakdownModel.h"
 
 #include <QAbstractItemModelTester>
 

@@ -1,5 +1,5 @@
-#include "ChartDays.h"
-#include "SummaryMaker.h"
+#include "Tests/Popover/SummaryMaker.h"
+#include "Tokwatch/Views/Popover/ChartDays.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
-#include "HeatMapDays.h"
-#include "SummaryMaker.h"
+#include "Tests/Popover/SummaryMaker.h"
+#include "Tokwatch/Views/Popover/HeatMapDays.h"
 
 #include <gmock/gmock.h>
 

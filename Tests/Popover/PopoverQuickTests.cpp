@@ -1,7 +1,7 @@
-#include "ISO8601.h"
-#include "ModelWorld.h"
-#include "PopoverView.h"
-#include "ViewClock.h"
+#include "Tests/App/ModelWorld.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
+#include "Tokwatch/Views/Popover/PopoverView.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

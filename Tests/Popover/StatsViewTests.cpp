@@ -1,9 +1,9 @@
-#include "ModelWorld.h"
-#include "ModelsView.h"
-#include "StatsView.h"
-#include "ViewClock.h"
+#include "Tests/App/ModelWorld.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
+#include "Tokwatch/Views/Popover/ModelsView.h"
+#include "Tokwatch/Views/Popover/StatsView.h"
 
-#include "ISO8601.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ISO8601.h"
-#include "UsageSummary.h"
+#include "TokwatchCore/Store/UsageSummary.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <string>
 #include <vector>

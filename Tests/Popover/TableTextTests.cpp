@@ -1,4 +1,4 @@
-#include "TableText.h"
+#include "Tokwatch/Views/Popover/TableText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "PreferenceKeys.h"
+#include "Tokwatch/Preferences/PreferenceKeys.h"
 
-#include "Preferences.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
 #include <QSettings>
 

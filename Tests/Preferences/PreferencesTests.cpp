@@ -1,8 +1,8 @@
-#include "Preferences.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
-#include "CapturedLog.h"
-#include "EventLoop.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/CapturedLog.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/TemporaryDirectory.h"
 
 #include <QEventLoop>
 #include <QSettings>

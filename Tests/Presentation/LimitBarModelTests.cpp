@@ -1,5 +1,5 @@
-#include "LimitBarModel.h"
-#include "WindowLabel.h"
+#include "TokwatchCore/Presentation/LimitBarModel.h"
+#include "TokwatchCore/Presentation/WindowLabel.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
-#include "DayFormat.h"
-#include "ISO8601.h"
-#include "SummaryDisplay.h"
-#include "SummaryTexts.h"
+#include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/SummaryDisplay.h"
+#include "Tokwatch/Display/SummaryTexts.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gmock/gmock.h>
 

@@ -1,8 +1,8 @@
-#include "Calendar.h"
-#include "CapturedLog.h"
-#include "ISO8601.h"
-#include "LocalZone.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/CapturedLog.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TokwatchCore/Support/Calendar.h"
+#include "TokwatchCore/Support/ISO8601.h"
+#include "TokwatchCore/Support/LocalZone.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "PrivateFiles.h"
+#include "Platform/System/PrivateFiles.h"
 
-#include "TemporaryDirectory.h"
+#include "Tests/Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "RecordCoding.h"
+#include "TokwatchCore/Records/RecordCoding.h"
 
 #include <gtest/gtest.h>
 

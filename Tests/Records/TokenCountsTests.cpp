@@ -1,5 +1,5 @@
-#include "ProviderID.h"
-#include "TokenCounts.h"
+#include "TokwatchCore/Records/ProviderID.h"
+#include "TokwatchCore/Records/TokenCounts.h"
 
 #include <gtest/gtest.h>
 

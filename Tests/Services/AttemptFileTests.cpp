@@ -1,6 +1,6 @@
-#include "AttemptFile.h"
+#include "Tokwatch/Limits/AttemptFile.h"
 
-#include "TemporaryDirectory.h"
+#include "Tests/Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 

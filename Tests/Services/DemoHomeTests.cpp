@@ -1,7 +1,7 @@
-#include "CapturedLog.h"
-#include "ISO8601.h"
-#include "IndexerService.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/CapturedLog.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Indexing/IndexerService.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gmock/gmock.h>
 

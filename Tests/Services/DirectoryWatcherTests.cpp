@@ -1,6 +1,6 @@
-#include "DirectoryWatcher.h"
+#include "Tokwatch/Watching/DirectoryWatcher.h"
 
-#include "TemporaryDirectory.h"
+#include "Tests/Support/TemporaryDirectory.h"
 
 #include <gmock/gmock.h>
 

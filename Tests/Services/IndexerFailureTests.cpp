@@ -1,5 +1,5 @@
-#include "IndexerServiceFixture.h"
-#include "OrdinaryUser.h"
+#include "Tests/Services/IndexerServiceFixture.h"
+#include "Tests/Support/OrdinaryUser.h"
 
 #include <atomic>
 #include <filesystem>

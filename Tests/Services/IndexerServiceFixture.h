@@ -1,11 +1,11 @@
 #pragma once
 
-#include "CapturedLog.h"
-#include "ISO8601.h"
-#include "IndexerService.h"
-#include "LogLines.h"
-#include "ManualScheduler.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/CapturedLog.h"
+#include "Tests/Support/LogLines.h"
+#include "Tests/Support/ManualScheduler.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Indexing/IndexerService.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gmock/gmock.h>
 

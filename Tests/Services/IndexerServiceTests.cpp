@@ -1,4 +1,4 @@
-#include "IndexerServiceFixture.h"
+#include "Tests/Services/IndexerServiceFixture.h"
 
 #include <array>
 #include <atomic>

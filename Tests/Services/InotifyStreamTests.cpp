@@ -1,8 +1,8 @@
-#include "InotifyStream.h"
+#include "Tokwatch/Watching/InotifyStream.h"
 
-#include "CapturedLog.h"
-#include "DirectoryWatcher.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/CapturedLog.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Watching/DirectoryWatcher.h"
 
 #include <gmock/gmock.h>
 

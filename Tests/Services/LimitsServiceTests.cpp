@@ -1,13 +1,13 @@
-#include "LimitsService.h"
+#include "Tokwatch/Limits/LimitsService.h"
 
-#include "AttemptFile.h"
-#include "EventLoop.h"
-#include "FakeLimitsProvider.h"
-#include "ManualScheduler.h"
-#include "Preferences.h"
-#include "StorageAtOnce.h"
-#include "TemporaryDirectory.h"
-#include "UsageStore.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/FakeLimitsProvider.h"
+#include "Tests/Support/ManualScheduler.h"
+#include "Tests/Support/StorageAtOnce.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Limits/AttemptFile.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Store/UsageStore.h"
 
 #include <QSettings>
 

@@ -1,4 +1,4 @@
-#include "RefreshPolicy.h"
+#include "Tokwatch/Limits/RefreshPolicy.h"
 
 #include <gtest/gtest.h>
 

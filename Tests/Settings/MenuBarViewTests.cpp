@@ -1,9 +1,9 @@
-#include "MenuBarView.h"
+#include "Tokwatch/Views/Settings/MenuBarView.h"
 
-#include "Contrast.h"
-#include "SettingsWorld.h"
-#include "StatusPreview.h"
-#include "StatusTint.h"
+#include "KivoTheme/Contrast.h"
+#include "Tests/Settings/SettingsWorld.h"
+#include "Tokwatch/StatusItem/StatusTint.h"
+#include "Tokwatch/Views/Settings/StatusPreview.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
-#include "PreferenceKeys.h"
-#include "SettingsView.h"
-#include "SettingsWorld.h"
+#include "Tests/Settings/SettingsWorld.h"
+#include "Tokwatch/Preferences/PreferenceKeys.h"
+#include "Tokwatch/Views/Settings/SettingsView.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>

@@ -1,7 +1,7 @@
-#include "SettingsView.h"
+#include "Tokwatch/Views/Settings/SettingsView.h"
 
-#include "HomePath.h"
-#include "SettingsWorld.h"
+#include "Tests/Settings/SettingsWorld.h"
+#include "Tokwatch/Views/Common/HomePath.h"
 
 #include <QSignalSpy>
 

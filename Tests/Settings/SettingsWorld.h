@@ -1,9 +1,9 @@
 #pragma once
 
-#include "LoginItem.h"
-#include "ModelWorld.h"
-#include "SettingsPlaces.h"
-#include "ViewClock.h"
+#include "KivoLaunch/LoginItem.h"
+#include "Tests/App/ModelWorld.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
+#include "Tokwatch/Views/Settings/SettingsPlaces.h"
 
 #include <string>
 #include <vector>

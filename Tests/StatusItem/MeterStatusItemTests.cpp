@@ -1,14 +1,14 @@
-#include "MeterStatusItem.h"
+#include "Tokwatch/StatusItem/MeterStatusItem.h"
 
-#include "EventLoop.h"
-#include "FakeStatusArea.h"
-#include "GuiApplication.h"
-#include "ManualScheduler.h"
-#include "PrivateBus.h"
-#include "SignalLog.h"
-#include "StatusMenu.h"
-#include "StatusTint.h"
-#include "TemporaryDirectory.h"
+#include "Tests/BusSupport/FakeStatusArea.h"
+#include "Tests/BusSupport/PrivateBus.h"
+#include "Tests/BusSupport/SignalLog.h"
+#include "Tests/StatusItem/GuiApplication.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/ManualScheduler.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/StatusItem/StatusMenu.h"
+#include "Tokwatch/StatusItem/StatusTint.h"
 
 #include <gmock/gmock.h>
 

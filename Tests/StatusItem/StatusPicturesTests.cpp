@@ -1,10 +1,10 @@
-#include "StatusPictures.h"
+#include "Tokwatch/Pictures/StatusPictures.h"
 
-#include "GuiApplication.h"
-#include "NamedIcons.h"
-#include "ProviderMarks.h"
-#include "StatusTint.h"
-#include "TemporaryDirectory.h"
+#include "Tests/StatusItem/GuiApplication.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Pictures/ProviderMarks.h"
+#include "Tokwatch/StatusItem/NamedIcons.h"
+#include "Tokwatch/StatusItem/StatusTint.h"
 
 #include <gmock/gmock.h>
 

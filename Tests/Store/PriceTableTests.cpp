@@ -1,6 +1,6 @@
-#include "PriceTable.h"
+#include "TokwatchCore/Store/PriceTable.h"
 
-#include "DecodingError.h"
+#include "TokwatchCore/Support/DecodingError.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "ISO8601.h"
-#include "SnapshotStore.h"
-#include "TemporaryDirectory.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TokwatchCore/Store/SnapshotStore.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
-#include "ISO8601.h"
-#include "OrdinaryUser.h"
-#include "TemporaryDirectory.h"
-#include "UsageStore.h"
+#include "Tests/Support/OrdinaryUser.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TokwatchCore/Store/UsageStore.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>

@@ -1,6 +1,6 @@
-#include "ISO8601.h"
-#include "TemporaryDirectory.h"
-#include "UsageStore.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TokwatchCore/Store/UsageStore.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>

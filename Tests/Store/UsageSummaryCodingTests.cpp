@@ -1,5 +1,5 @@
-#include "ISO8601.h"
-#include "UsageSummary.h"
+#include "TokwatchCore/Store/UsageSummary.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gmock/gmock.h>
 

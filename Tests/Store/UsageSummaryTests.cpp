@@ -1,6 +1,6 @@
-#include "ISO8601.h"
-#include "UsageStore.h"
-#include "UsageSummary.h"
+#include "TokwatchCore/Store/UsageStore.h"
+#include "TokwatchCore/Store/UsageSummary.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <gmock/gmock.h>
 

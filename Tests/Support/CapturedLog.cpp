@@ -1,4 +1,4 @@
-#include "CapturedLog.h"
+#include "Tests/Support/CapturedLog.h"
 
 namespace tokwatch::testing {
 

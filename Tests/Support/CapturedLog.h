@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SystemLog.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <mutex>
 #include <string>

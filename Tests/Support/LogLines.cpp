@@ -1,4 +1,4 @@
-#include "LogLines.h"
+#include "Tests/Support/LogLines.h"
 
 #include <cstdio>
 

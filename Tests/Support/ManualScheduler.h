@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Scheduler.h"
+#include "TokwatchCore/Support/Scheduler.h"
 
 #include <algorithm>
 #include <list>

@@ -1,4 +1,4 @@
-#include "OrdinaryUser.h"
+#include "Tests/Support/OrdinaryUser.h"
 
 #include <unistd.h>
 

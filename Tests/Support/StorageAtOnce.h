@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LimitsService.h"
+#include "Tokwatch/Limits/LimitsService.h"
 
 #include <memory>
 #include <utility>

@@ -1,6 +1,6 @@
-#include "LimitRows.h"
+#include "Tokwatch/Views/Popover/LimitRows.h"
 
-#include "StatusNotice.h"
+#include "Tokwatch/Views/Popover/StatusNotice.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
-#include "MenuView.h"
+#include "Tokwatch/Views/Menu/MenuView.h"
 
-#include "EventLoop.h"
+#include "Tests/Support/EventLoop.h"
 
 #include <QSignalSpy>
 

@@ -1,7 +1,7 @@
-#include "PopoverView.h"
+#include "Tokwatch/Views/Popover/PopoverView.h"
 
-#include "ModelWorld.h"
-#include "ViewClock.h"
+#include "Tests/App/ModelWorld.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
 
 #include <QSignalSpy>
 

@@ -1,6 +1,6 @@
-#include "TimeTexts.h"
+#include "Tokwatch/Views/Common/TimeTexts.h"
 
-#include "DayFormat.h"
+#include "Tokwatch/Display/DayFormat.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "AppModel.h"
+#include "Tokwatch/App/AppModel.h"
 
-#include "ISO8601.h"
-#include "LimitsService.h"
-#include "Preferences.h"
-#include "SystemLog.h"
-#include "SystemNotifications.h"
-#include "UsageStore.h"
+#include "Platform/Desktop/SystemNotifications.h"
+#include "Tokwatch/Limits/LimitsService.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Store/UsageStore.h"
+#include "TokwatchCore/Support/ISO8601.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <QCoreApplication>
 #include <QCoroFuture>

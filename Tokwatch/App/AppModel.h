@@ -1,10 +1,10 @@
 #pragma once
 
-#include "AppServices.h"
-#include "AttemptTimes.h"
-#include "CoalescedTask.h"
-#include "LimitRecords.h"
-#include "UsageSummary.h"
+#include "Tokwatch/App/AppServices.h"
+#include "Tokwatch/App/CoalescedTask.h"
+#include "Tokwatch/Limits/AttemptTimes.h"
+#include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Store/UsageSummary.h"
 
 #include <QCoroTask>
 #include <QFuture>

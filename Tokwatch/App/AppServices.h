@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Calendar.h"
-#include "Date.h"
-#include "IndexerService.h"
-#include "PriceTable.h"
-#include "ProviderLocations.h"
-#include "Scheduler.h"
-#include "SnapshotStore.h"
+#include "Tokwatch/Indexing/IndexerService.h"
+#include "TokwatchCore/Ingestion/ProviderLocations.h"
+#include "TokwatchCore/Store/PriceTable.h"
+#include "TokwatchCore/Store/SnapshotStore.h"
+#include "TokwatchCore/Support/Calendar.h"
+#include "TokwatchCore/Support/Date.h"
+#include "TokwatchCore/Support/Scheduler.h"
 
 #include <filesystem>
 #include <functional>

@@ -1,15 +1,15 @@
-#include "Application.h"
+#include "Tokwatch/App/Application.h"
 
-#include "AttemptFile.h"
-#include "DirectoryWatcher.h"
-#include "InotifyStream.h"
-#include "LimitsCache.h"
-#include "LimitsProviders.h"
-#include "LinuxCredentialSource.h"
-#include "Preferences.h"
-#include "SystemLog.h"
-#include "URLSessionHTTPClient.h"
-#include "UsageStore.h"
+#include "Tokwatch/Limits/AttemptFile.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Watching/DirectoryWatcher.h"
+#include "Tokwatch/Watching/InotifyStream.h"
+#include "TokwatchCore/Limits/LimitsCache.h"
+#include "TokwatchCore/Limits/LimitsProviders.h"
+#include "TokwatchCore/Limits/LinuxCredentialSource.h"
+#include "TokwatchCore/Limits/URLSessionHTTPClient.h"
+#include "TokwatchCore/Store/UsageStore.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <string>
 #include <utility>

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "AppModel.h"
-#include "BackgroundThreads.h"
-#include "Calendar.h"
-#include "CredentialSource.h"
-#include "Date.h"
-#include "HTTPClient.h"
-#include "LimitsService.h"
-#include "QtScheduler.h"
-#include "UserPaths.h"
-#include "WorkSharing.h"
+#include "Platform/Desktop/QtScheduler.h"
+#include "Platform/Desktop/UserPaths.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/App/BackgroundThreads.h"
+#include "Tokwatch/App/WorkSharing.h"
+#include "Tokwatch/Limits/LimitsService.h"
+#include "TokwatchCore/Limits/CredentialSource.h"
+#include "TokwatchCore/Limits/HTTPClient.h"
+#include "TokwatchCore/Support/Calendar.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <memory>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "BackgroundThreads.h"
+#include "Tokwatch/App/BackgroundThreads.h"
 
 #include <limits>
 #include <optional>

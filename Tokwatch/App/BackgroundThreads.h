@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BoundedQueue.h"
+#include "Tokwatch/Indexing/BoundedQueue.h"
 
 #include <functional>
 #include <thread>

@@ -1,6 +1,6 @@
-#include "WorkSharing.h"
+#include "Tokwatch/App/WorkSharing.h"
 
-#include "SnapshotStore.h"
+#include "TokwatchCore/Store/SnapshotStore.h"
 
 #include <system_error>
 #include <utility>

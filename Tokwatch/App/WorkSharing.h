@@ -1,8 +1,8 @@
 #pragma once
 
-#include "AppModel.h"
-#include "Scheduler.h"
-#include "WorkLease.h"
+#include "Platform/System/WorkLease.h"
+#include "Tokwatch/App/AppModel.h"
+#include "TokwatchCore/Support/Scheduler.h"
 
 #include <filesystem>
 #include <memory>

@@ -1,16 +1,17 @@
-#include "Arguments.h"
+#include "Tokwatch/CommandLine/Arguments.h"
 
-#include "CommandEnvironment.h"
-#include "DesktopCommand.h"
-#include "DoctorCommand.h"
-#include "IndexCommand.h"
-#include "LimitsCommand.h"
-#include "PreferencesCommand.h"
-#include "RefreshCommand.h"
-#include "RereadCommand.h"
-#include "SnapshotCommand.h"
-#include "StatusCommand.h"
-#include "SummaryCommand.h"
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/DesktopCommand.h"
+#include "Tokwatch/CommandLine/DoctorCommand.h"
+#include "Tokwatch/CommandLine/IndexCommand.h"
+#include "Tokwatch/CommandLine/LimitsCommand.h"
+#include "Tokwatch/CommandLine/PreferencesCommand.h"
+#include "Tokwatch/CommandLine/RefreshCommand.h"
+#include "Tokwatch/CommandLine/RereadCommand.h"
+#include "Tokwatch/CommandLine/SnapshotCommand.h"
+#include "Tokwatch/CommandLine/StatusCommand.h"
+#include "Tokwatch/CommandLine/SummaryCommand.h"
+#include "TokwatchCore/Support/ApplicationVersion.h"
 
 #include <CLI/CLI.hpp>
 
@@ -239,7 +240,7 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     CLI::App app(
         "Rate limits and token usage of AI coding assistants. Without a command: the desktop application.",
         "tokwatch");
-    app.set_version_flag("--version", "tokwatch " TOKWATCH_VERSION);
+    app.set_version_flag("--version", "tokwatch " + std::string(applicationVersion()));
     app.require_subcommand(0, 1);
     app.get_formatter()->column_width(34);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Terminal.h"
+#include "Tokwatch/CommandLine/Terminal.h"
 
 namespace tokwatch {
 

@@ -1,6 +1,6 @@
-#include "CommandEnvironment.h"
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
 
-#include "SystemLog.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <system_error>
 

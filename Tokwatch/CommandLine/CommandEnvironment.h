@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Calendar.h"
-#include "Date.h"
-#include "PriceTable.h"
-#include "ProviderLocations.h"
-#include "Terminal.h"
-#include "UsageStore.h"
-#include "UserPaths.h"
+#include "Platform/Desktop/UserPaths.h"
+#include "Tokwatch/CommandLine/Terminal.h"
+#include "TokwatchCore/Ingestion/ProviderLocations.h"
+#include "TokwatchCore/Store/PriceTable.h"
+#include "TokwatchCore/Store/UsageStore.h"
+#include "TokwatchCore/Support/Calendar.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <memory>
 #include <stdexcept>

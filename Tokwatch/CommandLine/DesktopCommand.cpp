@@ -1,4 +1,4 @@
-#include "DesktopCommand.h"
+#include "Tokwatch/CommandLine/DesktopCommand.h"
 
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CommandEnvironment.h"
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
-#include "DesktopExamination.h"
+#include "Tokwatch/CommandLine/DesktopExamination.h"
 
-#include "DesktopBus.h"
-#include "EventLoop.h"
+#include "Platform/Desktop/DesktopBus.h"
+#include "Tokwatch/CommandLine/EventLoop.h"
 
 #include <QDBusMessage>
 #include <QDBusVariant>

@@ -1,6 +1,6 @@
-#include "Doctor.h"
+#include "Tokwatch/CommandLine/Doctor.h"
 
-#include "Table.h"
+#include "Tokwatch/CommandLine/Table.h"
 
 namespace tokwatch {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "RecordCoding.h"
-#include "Terminal.h"
+#include "Tokwatch/CommandLine/Terminal.h"
+#include "TokwatchCore/Records/RecordCoding.h"
 
 #include <string>
 #include <vector>

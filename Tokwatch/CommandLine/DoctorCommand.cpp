@@ -1,14 +1,14 @@
-#include "DoctorCommand.h"
+#include "Tokwatch/CommandLine/DoctorCommand.h"
 
-#include "ByteFormat.h"
-#include "DesktopExamination.h"
-#include "Doctor.h"
-#include "ISO8601.h"
-#include "LogFiles.h"
-#include "Preferences.h"
-#include "SettingsFile.h"
-#include "SnapshotStore.h"
-#include "WatchExamination.h"
+#include "Tokwatch/CommandLine/DesktopExamination.h"
+#include "Tokwatch/CommandLine/Doctor.h"
+#include "Tokwatch/CommandLine/WatchExamination.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/SettingsFile.h"
+#include "TokwatchCore/Ingestion/LogFiles.h"
+#include "TokwatchCore/Store/SnapshotStore.h"
+#include "TokwatchCore/Support/ByteFormat.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <fcntl.h>
 #include <unistd.h>

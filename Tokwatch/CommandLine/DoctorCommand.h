@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CommandEnvironment.h"
-#include "PrivacyExamination.h"
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/PrivacyExamination.h"
 
 namespace tokwatch {
 

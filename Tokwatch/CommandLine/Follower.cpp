@@ -1,11 +1,11 @@
-#include "Follower.h"
+#include "Tokwatch/CommandLine/Follower.h"
 
-#include "Application.h"
-#include "DesktopBus.h"
-#include "EventLoop.h"
-#include "ObservingUpdater.h"
-#include "Preferences.h"
-#include "TerminationSignals.h"
+#include "Platform/Desktop/DesktopBus.h"
+#include "Platform/Desktop/TerminationSignals.h"
+#include "Tokwatch/App/Application.h"
+#include "Tokwatch/CommandLine/EventLoop.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
 #include <QProperty>
 #include <QSettings>

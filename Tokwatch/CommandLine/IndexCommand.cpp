@@ -1,9 +1,9 @@
-#include "IndexCommand.h"
+#include "Tokwatch/CommandLine/IndexCommand.h"
 
-#include "ByteFormat.h"
-#include "ProgressBar.h"
-#include "RecordCoding.h"
-#include "Table.h"
+#include "Tokwatch/CommandLine/ProgressBar.h"
+#include "Tokwatch/CommandLine/Table.h"
+#include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Support/ByteFormat.h"
 
 #include <chrono>
 #include <cstdio>

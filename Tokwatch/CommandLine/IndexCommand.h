@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CommandEnvironment.h"
-#include "IndexerService.h"
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/Indexing/IndexerService.h"
 
 namespace tokwatch {
 

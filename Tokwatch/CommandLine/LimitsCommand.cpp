@@ -1,13 +1,13 @@
-#include "LimitsCommand.h"
+#include "Tokwatch/CommandLine/LimitsCommand.h"
 
-#include "Application.h"
-#include "AttemptFile.h"
-#include "EventLoop.h"
-#include "LimitsCache.h"
-#include "LimitsPrinter.h"
-#include "LimitsProviders.h"
-#include "Preferences.h"
-#include "StoredLimits.h"
+#include "Tokwatch/App/Application.h"
+#include "Tokwatch/CommandLine/EventLoop.h"
+#include "Tokwatch/CommandLine/LimitsPrinter.h"
+#include "Tokwatch/CommandLine/StoredLimits.h"
+#include "Tokwatch/Limits/AttemptFile.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Limits/LimitsCache.h"
+#include "TokwatchCore/Limits/LimitsProviders.h"
 
 #include <QCoroTask>
 #include <QSettings>

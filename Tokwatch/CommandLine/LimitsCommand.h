@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CommandEnvironment.h"
-#include "ProviderID.h"
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "TokwatchCore/Records/ProviderID.h"
 
 #include <optional>
 

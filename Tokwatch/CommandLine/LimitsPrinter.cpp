@@ -1,13 +1,13 @@
-#include "LimitsPrinter.h"
+#include "Tokwatch/CommandLine/LimitsPrinter.h"
 
-#include "DayFormat.h"
-#include "LimitAge.h"
-#include "LimitBarModel.h"
-#include "MeterFormat.h"
-#include "Preferences.h"
-#include "RefreshPolicy.h"
-#include "Table.h"
-#include "WindowLabel.h"
+#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Limits/RefreshPolicy.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Presentation/LimitAge.h"
+#include "TokwatchCore/Presentation/LimitBarModel.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
+#include "TokwatchCore/Presentation/WindowLabel.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CommandEnvironment.h"
-#include "StatusTitle.h"
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/Display/StatusTitle.h"
 
 #include <vector>
 

@@ -1,9 +1,9 @@
-#include "PreferencesCommand.h"
+#include "Tokwatch/CommandLine/PreferencesCommand.h"
 
-#include "PreferenceKeys.h"
-#include "Preferences.h"
-#include "RecordCoding.h"
-#include "Table.h"
+#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/Preferences/PreferenceKeys.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Records/RecordCoding.h"
 
 #include <QSettings>
 

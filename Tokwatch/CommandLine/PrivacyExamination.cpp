@@ -1,4 +1,4 @@
-#include "PrivacyExamination.h"
+#include "Tokwatch/CommandLine/PrivacyExamination.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

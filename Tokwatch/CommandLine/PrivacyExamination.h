@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Doctor.h"
-#include "UserPaths.h"
+#include "Platform/Desktop/UserPaths.h"
+#include "Tokwatch/CommandLine/Doctor.h"
 
 namespace tokwatch {
 

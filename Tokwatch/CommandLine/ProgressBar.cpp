@@ -1,7 +1,7 @@
-#include "ProgressBar.h"
+#include "Tokwatch/CommandLine/ProgressBar.h"
 
-#include "ByteFormat.h"
-#include "Table.h"
+#include "Tokwatch/CommandLine/Table.h"
+#include "TokwatchCore/Support/ByteFormat.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "IndexerService.h"
-#include "Terminal.h"
+#include "Tokwatch/CommandLine/Terminal.h"
+#include "Tokwatch/Indexing/IndexerService.h"
 
 #include <chrono>
 

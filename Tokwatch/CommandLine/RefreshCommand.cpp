@@ -1,7 +1,7 @@
-#include "RefreshCommand.h"
+#include "Tokwatch/CommandLine/RefreshCommand.h"
 
-#include "DesktopBus.h"
-#include "EventLoop.h"
+#include "Platform/Desktop/DesktopBus.h"
+#include "Tokwatch/CommandLine/EventLoop.h"
 
 #include <QDBusMessage>
 

@@ -1,8 +1,8 @@
-#include "RereadCommand.h"
+#include "Tokwatch/CommandLine/RereadCommand.h"
 
-#include "IndexCommand.h"
-#include "LogFiles.h"
-#include "RecordCoding.h"
+#include "Tokwatch/CommandLine/IndexCommand.h"
+#include "TokwatchCore/Ingestion/LogFiles.h"
+#include "TokwatchCore/Records/RecordCoding.h"
 
 #include <algorithm>
 #include <vector>

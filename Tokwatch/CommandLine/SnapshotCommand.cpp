@@ -1,6 +1,6 @@
-#include "SnapshotCommand.h"
+#include "Tokwatch/CommandLine/SnapshotCommand.h"
 
-#include "SnapshotStore.h"
+#include "TokwatchCore/Store/SnapshotStore.h"
 
 namespace tokwatch {
 

@@ -1,8 +1,8 @@
-#include "StatusCommand.h"
+#include "Tokwatch/CommandLine/StatusCommand.h"
 
-#include "Follower.h"
-#include "Preferences.h"
-#include "StoredLimits.h"
+#include "Tokwatch/CommandLine/Follower.h"
+#include "Tokwatch/CommandLine/StoredLimits.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
 #include <QSettings>
 

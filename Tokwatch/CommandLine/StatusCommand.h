@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CommandEnvironment.h"
-#include "StatusLine.h"
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/StatusLine.h"
 
 namespace tokwatch {
 

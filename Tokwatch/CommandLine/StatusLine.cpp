@@ -1,9 +1,9 @@
-#include "StatusLine.h"
+#include "Tokwatch/CommandLine/StatusLine.h"
 
-#include "LimitBarModel.h"
-#include "Preferences.h"
-#include "RecordCoding.h"
-#include "Table.h"
+#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Presentation/LimitBarModel.h"
+#include "TokwatchCore/Records/RecordCoding.h"
 
 #include <limits>
 #include <string_view>

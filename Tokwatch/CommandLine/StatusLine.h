@@ -1,6 +1,6 @@
 #pragma once
 
-#include "StatusTitle.h"
+#include "Tokwatch/Display/StatusTitle.h"
 
 #include <optional>
 #include <string>

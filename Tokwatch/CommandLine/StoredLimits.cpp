@@ -1,8 +1,8 @@
-#include "StoredLimits.h"
+#include "Tokwatch/CommandLine/StoredLimits.h"
 
-#include "CommandEnvironment.h"
-#include "DecodingError.h"
-#include "UsageStore.h"
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "TokwatchCore/Store/UsageStore.h"
+#include "TokwatchCore/Support/DecodingError.h"
 
 namespace tokwatch {
 

@@ -1,11 +1,11 @@
-#include "SummaryCommand.h"
+#include "Tokwatch/CommandLine/SummaryCommand.h"
 
-#include "DayFormat.h"
-#include "IndexCommand.h"
-#include "MeterFormat.h"
-#include "SummaryDisplay.h"
-#include "SummaryTexts.h"
-#include "Table.h"
+#include "Tokwatch/CommandLine/IndexCommand.h"
+#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/SummaryDisplay.h"
+#include "Tokwatch/Display/SummaryTexts.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
 
 #include <algorithm>
 

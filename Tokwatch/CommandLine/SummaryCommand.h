@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CommandEnvironment.h"
-#include "PreferenceTypes.h"
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/Preferences/PreferenceTypes.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,6 @@
-#include "Table.h"
+#include "Tokwatch/CommandLine/Table.h"
 
-#include "PlainText.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <algorithm>
 #include <cmath>

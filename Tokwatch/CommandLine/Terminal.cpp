@@ -1,6 +1,6 @@
-#include "Terminal.h"
+#include "Tokwatch/CommandLine/Terminal.h"
 
-#include "PlainText.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <stdio_ext.h>
 #include <sys/ioctl.h>

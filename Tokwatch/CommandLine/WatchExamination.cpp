@@ -1,6 +1,6 @@
-#include "WatchExamination.h"
+#include "Tokwatch/CommandLine/WatchExamination.h"
 
-#include "FileDescriptor.h"
+#include "Platform/System/FileDescriptor.h"
 
 #include <sys/inotify.h>
 

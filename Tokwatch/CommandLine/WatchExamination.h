@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Doctor.h"
+#include "Tokwatch/CommandLine/Doctor.h"
 
 #include <filesystem>
 #include <vector>

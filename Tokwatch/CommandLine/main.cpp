@@ -1,6 +1,6 @@
-#include "Arguments.h"
-#include "ProcessHardening.h"
-#include "ProcessLocale.h"
+#include "Platform/Desktop/ProcessHardening.h"
+#include "Platform/Desktop/ProcessLocale.h"
+#include "Tokwatch/CommandLine/Arguments.h"
 
 #include <csignal>
 

@@ -1,13 +1,13 @@
-#include "AppDelegate.h"
+#include "Tokwatch/Desktop/AppDelegate.h"
 
-#include "DesktopBus.h"
-#include "OnboardingView.h"
-#include "PopoverView.h"
-#include "Preferences.h"
-#include "SettingsView.h"
-#include "StatusAreaAdvice.h"
-#include "StatusAreaPlace.h"
-#include "StatusMenu.h"
+#include "Platform/Desktop/DesktopBus.h"
+#include "Tokwatch/Desktop/StatusAreaAdvice.h"
+#include "Tokwatch/Desktop/StatusAreaPlace.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/StatusItem/StatusMenu.h"
+#include "Tokwatch/Views/Onboarding/OnboardingView.h"
+#include "Tokwatch/Views/Popover/PopoverView.h"
+#include "Tokwatch/Views/Settings/SettingsView.h"
 
 #include <QCursor>
 #include <QDesktopServices>

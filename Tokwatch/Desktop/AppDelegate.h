@@ -1,19 +1,19 @@
 #pragma once
 
-#include "Application.h"
-#include "ContentWindow.h"
-#include "ContextMenuWindow.h"
-#include "DesktopAppearance.h"
-#include "HostedWindow.h"
-#include "LoginItem.h"
-#include "MeterStatusItem.h"
-#include "ModelStatusItemSource.h"
-#include "ObservingUpdater.h"
-#include "PopoverController.h"
-#include "PopoverWindow.h"
-#include "QmlRuntime.h"
-#include "Theme.h"
-#include "ViewClock.h"
+#include "KivoLaunch/LoginItem.h"
+#include "KivoTheme/DesktopAppearance.h"
+#include "KivoTheme/Theme.h"
+#include "Tokwatch/App/Application.h"
+#include "Tokwatch/Desktop/ContentWindow.h"
+#include "Tokwatch/Desktop/ContextMenuWindow.h"
+#include "Tokwatch/Desktop/HostedWindow.h"
+#include "Tokwatch/Desktop/PopoverController.h"
+#include "Tokwatch/Desktop/PopoverWindow.h"
+#include "Tokwatch/Desktop/QmlRuntime.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/StatusItem/MeterStatusItem.h"
+#include "Tokwatch/StatusItem/ModelStatusItemSource.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
 
 #include <QObject>
 #include <QPoint>

@@ -1,4 +1,4 @@
-#include "ContentWindow.h"
+#include "Tokwatch/Desktop/ContentWindow.h"
 
 #include <QEvent>
 #include <QQuickView>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "HostedWindow.h"
+#include "Tokwatch/Desktop/HostedWindow.h"
 
 #include <QObject>
 #include <QSize>

@@ -1,7 +1,7 @@
-#include "ContextMenuWindow.h"
+#include "Tokwatch/Desktop/ContextMenuWindow.h"
 
-#include "DisplayServer.h"
-#include "MenuView.h"
+#include "KivoPanel/DisplayServer.h"
+#include "Tokwatch/Views/Menu/MenuView.h"
 
 #include <QQuickItem>
 #include <QQuickView>

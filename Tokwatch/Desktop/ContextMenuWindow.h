@@ -1,8 +1,8 @@
 #pragma once
 
-#include "DBusMenu.h"
-#include "HostedWindow.h"
-#include "PopupPanel.h"
+#include "KivoMenuBar/DBusMenu.h"
+#include "KivoPanel/PopupPanel.h"
+#include "Tokwatch/Desktop/HostedWindow.h"
 
 #include <QObject>
 #include <QPoint>

@@ -1,6 +1,6 @@
-#include "HostedWindow.h"
+#include "Tokwatch/Desktop/HostedWindow.h"
 
-#include "SystemLog.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <QGuiApplication>
 #include <QQmlContext>

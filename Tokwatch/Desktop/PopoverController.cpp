@@ -1,4 +1,4 @@
-#include "PopoverController.h"
+#include "Tokwatch/Desktop/PopoverController.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Date.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <QPoint>
 

@@ -1,6 +1,6 @@
-#include "PopoverWindow.h"
+#include "Tokwatch/Desktop/PopoverWindow.h"
 
-#include "DisplayServer.h"
+#include "KivoPanel/DisplayServer.h"
 
 #include <QEvent>
 #include <QGuiApplication>

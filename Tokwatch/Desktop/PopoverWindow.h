@@ -1,8 +1,8 @@
 #pragma once
 
-#include "HostedWindow.h"
-#include "PopoverController.h"
-#include "PopupPanel.h"
+#include "KivoPanel/PopupPanel.h"
+#include "Tokwatch/Desktop/HostedWindow.h"
+#include "Tokwatch/Desktop/PopoverController.h"
 
 #include <QObject>
 

@@ -1,4 +1,4 @@
-#include "QmlRuntime.h"
+#include "Tokwatch/Desktop/QmlRuntime.h"
 
 #include <QtQml/QQmlExtensionPlugin>
 

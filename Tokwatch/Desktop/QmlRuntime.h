@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Theme.h"
+#include "KivoTheme/Theme.h"
 
 #include <QQmlEngine>
 

@@ -1,4 +1,4 @@
-#include "StatusAreaAdvice.h"
+#include "Tokwatch/Desktop/StatusAreaAdvice.h"
 
 #include <QStringList>
 

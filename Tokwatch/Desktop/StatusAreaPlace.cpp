@@ -1,4 +1,4 @@
-#include "StatusAreaPlace.h"
+#include "Tokwatch/Desktop/StatusAreaPlace.h"
 
 namespace tokwatch {
 

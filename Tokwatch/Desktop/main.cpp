@@ -1,12 +1,12 @@
-#include "AppDelegate.h"
+#include "Tokwatch/Desktop/AppDelegate.h"
 
-#include "ApplicationIcon.h"
-#include "DesktopBus.h"
-#include "Preferences.h"
-#include "ProcessHardening.h"
-#include "ProcessLocale.h"
-#include "QtScheduler.h"
-#include "TerminationSignals.h"
+#include "Platform/Desktop/DesktopBus.h"
+#include "Platform/Desktop/ProcessHardening.h"
+#include "Platform/Desktop/ProcessLocale.h"
+#include "Platform/Desktop/QtScheduler.h"
+#include "Platform/Desktop/TerminationSignals.h"
+#include "Tokwatch/Pictures/ApplicationIcon.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
 #include <QCommandLineParser>
 #include <QDBusConnection>

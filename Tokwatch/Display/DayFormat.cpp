@@ -1,4 +1,4 @@
-#include "DayFormat.h"
+#include "Tokwatch/Display/DayFormat.h"
 
 #include <array>
 #include <string_view>

@@ -1,9 +1,9 @@
-#include "SummaryDisplay.h"
+#include "Tokwatch/Display/SummaryDisplay.h"
 
-#include "CheckedArithmetic.h"
-#include "DayFormat.h"
-#include "MeterFormat.h"
-#include "PlainText.h"
+#include "Tokwatch/Display/DayFormat.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
+#include "TokwatchCore/Support/CheckedArithmetic.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <algorithm>
 #include <cmath>

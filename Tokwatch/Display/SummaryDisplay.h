@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Calendar.h"
-#include "PreferenceTypes.h"
-#include "UsageSummary.h"
+#include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "TokwatchCore/Store/UsageSummary.h"
+#include "TokwatchCore/Support/Calendar.h"
 
 #include <optional>
 #include <string>

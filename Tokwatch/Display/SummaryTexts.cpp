@@ -1,4 +1,4 @@
-#include "SummaryTexts.h"
+#include "Tokwatch/Display/SummaryTexts.h"
 
 namespace tokwatch {
 

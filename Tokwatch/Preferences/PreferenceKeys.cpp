@@ -1,6 +1,6 @@
-#include "PreferenceKeys.h"
+#include "Tokwatch/Preferences/PreferenceKeys.h"
 
-#include "Preferences.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
 #include <algorithm>
 #include <charconv>

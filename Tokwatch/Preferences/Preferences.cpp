@@ -1,8 +1,8 @@
-#include "Preferences.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
-#include "PrivateFiles.h"
-#include "SettingsFile.h"
-#include "SystemLog.h"
+#include "Platform/System/PrivateFiles.h"
+#include "Tokwatch/Preferences/SettingsFile.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Date.h"
-#include "Setting.h"
+#include "Tokwatch/Preferences/Setting.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <filesystem>
 #include <memory>

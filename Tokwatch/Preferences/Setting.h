@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SettingCoding.h"
+#include "Tokwatch/Preferences/SettingCoding.h"
 
 #include <QProperty>
 #include <QSettings>

@@ -1,6 +1,6 @@
-#include "SettingCoding.h"
+#include "Tokwatch/Preferences/SettingCoding.h"
 
-#include "SettingsFile.h"
+#include "Tokwatch/Preferences/SettingsFile.h"
 
 #include <QFile>
 #include <QSettings>

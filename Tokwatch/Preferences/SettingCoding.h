@@ -1,7 +1,7 @@
 #pragma once
 
-#include "PreferenceTypes.h"
-#include "ProviderID.h"
+#include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "TokwatchCore/Records/ProviderID.h"
 
 #include <array>
 #include <map>

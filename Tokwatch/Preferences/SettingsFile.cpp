@@ -1,7 +1,7 @@
-#include "SettingsFile.h"
+#include "Tokwatch/Preferences/SettingsFile.h"
 
-#include "FileDescriptor.h"
-#include "WholeFile.h"
+#include "Platform/System/FileDescriptor.h"
+#include "Platform/System/WholeFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
-#include "MeterStatusItem.h"
+#include "Tokwatch/StatusItem/MeterStatusItem.h"
 
-#include "StatusTint.h"
+#include "Tokwatch/StatusItem/StatusTint.h"
 
 #include <QCursor>
 

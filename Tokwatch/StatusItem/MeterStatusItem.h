@@ -1,17 +1,17 @@
 #pragma once
 
-#include "DBusMenu.h"
-#include "Date.h"
-#include "NamedIcons.h"
-#include "PanelTone.h"
-#include "Scheduler.h"
-#include "ScrollStepper.h"
-#include "StatusAreaHost.h"
-#include "StatusItemSource.h"
-#include "StatusNotifierItem.h"
-#include "StatusPictures.h"
-#include "StatusTint.h"
-#include "StatusTitle.h"
+#include "KivoMenuBar/DBusMenu.h"
+#include "KivoMenuBar/PanelTone.h"
+#include "KivoMenuBar/ScrollStepper.h"
+#include "KivoMenuBar/StatusAreaHost.h"
+#include "KivoMenuBar/StatusNotifierItem.h"
+#include "Tokwatch/Display/StatusTitle.h"
+#include "Tokwatch/Pictures/StatusPictures.h"
+#include "Tokwatch/StatusItem/NamedIcons.h"
+#include "Tokwatch/StatusItem/StatusItemSource.h"
+#include "Tokwatch/StatusItem/StatusTint.h"
+#include "TokwatchCore/Support/Date.h"
+#include "TokwatchCore/Support/Scheduler.h"
 
 #include <QDBusConnection>
 #include <QObject>

@@ -1,7 +1,7 @@
-#include "ModelStatusItemSource.h"
+#include "Tokwatch/StatusItem/ModelStatusItemSource.h"
 
-#include "AppModel.h"
-#include "Preferences.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "StatusItemSource.h"
+#include "Tokwatch/StatusItem/StatusItemSource.h"
 
 namespace tokwatch {
 

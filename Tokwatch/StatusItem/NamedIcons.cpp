@@ -1,7 +1,7 @@
-#include "NamedIcons.h"
+#include "Tokwatch/StatusItem/NamedIcons.h"
 
-#include "PrivateFiles.h"
-#include "StatusPictures.h"
+#include "Platform/System/PrivateFiles.h"
+#include "Tokwatch/Pictures/StatusPictures.h"
 
 #include <QImage>
 

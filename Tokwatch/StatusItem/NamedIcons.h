@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ProviderID.h"
-#include "StatusTint.h"
+#include "Tokwatch/StatusItem/StatusTint.h"
+#include "TokwatchCore/Records/ProviderID.h"
 
 #include <QString>
 

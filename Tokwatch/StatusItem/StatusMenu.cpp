@@ -1,4 +1,4 @@
-#include "StatusMenu.h"
+#include "Tokwatch/StatusItem/StatusMenu.h"
 
 namespace tokwatch {
 

@@ -1,4 +1,4 @@
-#include "StatusTint.h"
+#include "Tokwatch/StatusItem/StatusTint.h"
 
 namespace tokwatch {
 

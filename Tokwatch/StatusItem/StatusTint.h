@@ -1,7 +1,7 @@
 #pragma once
 
-#include "StatusPictures.h"
-#include "StatusTitle.h"
+#include "Tokwatch/Display/StatusTitle.h"
+#include "Tokwatch/Pictures/StatusPictures.h"
 
 #include <QColor>
 

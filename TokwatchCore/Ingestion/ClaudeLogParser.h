@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UsageEvent.h"
+#include "TokwatchCore/Records/UsageEvent.h"
 
 #include <memory>
 #include <optional>

@@ -1,9 +1,9 @@
-#include "CodexLogParser.h"
+#include "TokwatchCore/Ingestion/CodexLogParser.h"
 
-#include "CheckedArithmetic.h"
-#include "ISO8601.h"
-#include "JSONLine.h"
-#include "LeadingType.h"
+#include "TokwatchCore/Ingestion/JSONLine.h"
+#include "TokwatchCore/Ingestion/LeadingType.h"
+#include "TokwatchCore/Support/CheckedArithmetic.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "LimitRecords.h"
-#include "UsageEvent.h"
+#include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Records/UsageEvent.h"
 
 #include <map>
 #include <memory>

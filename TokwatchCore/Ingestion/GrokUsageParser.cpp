@@ -1,8 +1,8 @@
-#include "GrokUsageParser.h"
+#include "TokwatchCore/Ingestion/GrokUsageParser.h"
 
-#include "CheckedArithmetic.h"
-#include "ISO8601.h"
-#include "JSONLine.h"
+#include "TokwatchCore/Ingestion/JSONLine.h"
+#include "TokwatchCore/Support/CheckedArithmetic.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <algorithm>
 

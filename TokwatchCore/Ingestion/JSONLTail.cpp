@@ -1,7 +1,7 @@
-#include "JSONLTail.h"
+#include "TokwatchCore/Ingestion/JSONLTail.h"
 
-#include "FileAccess.h"
-#include "SystemLog.h"
+#include "Platform/System/FileAccess.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileCursor.h"
+#include "TokwatchCore/Records/FileCursor.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "JSONLine.h"
+#include "TokwatchCore/Ingestion/JSONLine.h"
 
 #include <algorithm>
 #include <charconv>

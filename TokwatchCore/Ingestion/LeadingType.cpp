@@ -1,4 +1,4 @@
-#include "LeadingType.h"
+#include "TokwatchCore/Ingestion/LeadingType.h"
 
 namespace tokwatch {
 namespace {

@@ -1,4 +1,4 @@
-#include "LogFiles.h"
+#include "TokwatchCore/Ingestion/LogFiles.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "FileAccess.h"
-#include "ProviderID.h"
+#include "Platform/System/FileAccess.h"
+#include "TokwatchCore/Records/ProviderID.h"
 
 #include <filesystem>
 #include <optional>

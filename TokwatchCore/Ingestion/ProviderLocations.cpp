@@ -1,4 +1,4 @@
-#include "ProviderLocations.h"
+#include "TokwatchCore/Ingestion/ProviderLocations.h"
 
 #include <pwd.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ProviderID.h"
+#include "TokwatchCore/Records/ProviderID.h"
 
 #include <array>
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "BackgroundQueue.h"
+#include "TokwatchCore/Limits/BackgroundQueue.h"
 
 #include <deque>
 #include <mutex>

@@ -1,10 +1,10 @@
-#include "ClaudeLimitsProvider.h"
+#include "TokwatchCore/Limits/ClaudeLimitsProvider.h"
 
-#include "ClaudeUsageResponse.h"
-#include "DecodingError.h"
-#include "ServiceDocument.h"
-#include "UsageEndpoint.h"
-#include "UsageHosts.h"
+#include "TokwatchCore/Limits/ClaudeUsageResponse.h"
+#include "TokwatchCore/Limits/ServiceDocument.h"
+#include "TokwatchCore/Limits/UsageEndpoint.h"
+#include "TokwatchCore/Limits/UsageHosts.h"
+#include "TokwatchCore/Support/DecodingError.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
-#include "ClaudeUsageResponse.h"
+#include "TokwatchCore/Limits/ClaudeUsageResponse.h"
 
-#include "ISO8601.h"
-#include "ServiceDocument.h"
+#include "TokwatchCore/Limits/ServiceDocument.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <QString>
 

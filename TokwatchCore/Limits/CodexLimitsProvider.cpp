@@ -1,11 +1,11 @@
-#include "CodexLimitsProvider.h"
+#include "TokwatchCore/Limits/CodexLimitsProvider.h"
 
-#include "CodexUsageResponse.h"
-#include "DecodingError.h"
-#include "LimitsCache.h"
-#include "ServiceDocument.h"
-#include "UsageEndpoint.h"
-#include "UsageHosts.h"
+#include "TokwatchCore/Limits/CodexUsageResponse.h"
+#include "TokwatchCore/Limits/LimitsCache.h"
+#include "TokwatchCore/Limits/ServiceDocument.h"
+#include "TokwatchCore/Limits/UsageEndpoint.h"
+#include "TokwatchCore/Limits/UsageHosts.h"
+#include "TokwatchCore/Support/DecodingError.h"
 
 #include <QByteArray>
 #include <QCoroFuture>

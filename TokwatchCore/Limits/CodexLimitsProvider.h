@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CredentialSource.h"
-#include "HTTPClient.h"
-#include "LimitsProvider.h"
+#include "TokwatchCore/Limits/CredentialSource.h"
+#include "TokwatchCore/Limits/HTTPClient.h"
+#include "TokwatchCore/Limits/LimitsProvider.h"
 
 #include <filesystem>
 #include <memory>

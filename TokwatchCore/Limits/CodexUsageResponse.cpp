@@ -1,6 +1,6 @@
-#include "CodexUsageResponse.h"
+#include "TokwatchCore/Limits/CodexUsageResponse.h"
 
-#include "ServiceDocument.h"
+#include "TokwatchCore/Limits/ServiceDocument.h"
 
 namespace tokwatch {
 namespace {

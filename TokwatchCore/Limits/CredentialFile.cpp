@@ -1,6 +1,6 @@
-#include "CredentialFile.h"
+#include "TokwatchCore/Limits/CredentialFile.h"
 
-#include "CredentialSource.h"
+#include "TokwatchCore/Limits/CredentialSource.h"
 
 #include <QStringDecoder>
 

@@ -1,4 +1,4 @@
-#include "CredentialSource.h"
+#include "TokwatchCore/Limits/CredentialSource.h"
 
 namespace tokwatch {
 

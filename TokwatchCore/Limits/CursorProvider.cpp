@@ -1,6 +1,6 @@
-#include "CursorProvider.h"
+#include "TokwatchCore/Limits/CursorProvider.h"
 
-#include "UsageEndpoint.h"
+#include "TokwatchCore/Limits/UsageEndpoint.h"
 
 namespace tokwatch {
 

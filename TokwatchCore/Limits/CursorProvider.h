@@ -1,7 +1,7 @@
 #pragma once
 
-#include "LimitsProvider.h"
-#include "UsageEvent.h"
+#include "TokwatchCore/Limits/LimitsProvider.h"
+#include "TokwatchCore/Records/UsageEvent.h"
 
 #include <vector>
 

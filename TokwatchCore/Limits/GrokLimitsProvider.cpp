@@ -1,6 +1,6 @@
-#include "GrokLimitsProvider.h"
+#include "TokwatchCore/Limits/GrokLimitsProvider.h"
 
-#include "UsageEndpoint.h"
+#include "TokwatchCore/Limits/UsageEndpoint.h"
 
 namespace tokwatch {
 

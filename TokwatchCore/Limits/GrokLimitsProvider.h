@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LimitsProvider.h"
+#include "TokwatchCore/Limits/LimitsProvider.h"
 
 namespace tokwatch {
 

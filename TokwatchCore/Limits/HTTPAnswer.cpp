@@ -1,4 +1,4 @@
-#include "HTTPAnswer.h"
+#include "TokwatchCore/Limits/HTTPAnswer.h"
 
 #include <algorithm>
 #include <charconv>

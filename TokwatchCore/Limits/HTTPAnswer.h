@@ -1,6 +1,6 @@
 #pragma once
 
-#include "HTTPClient.h"
+#include "TokwatchCore/Limits/HTTPClient.h"
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
-#include "LimitsCache.h"
+#include "TokwatchCore/Limits/LimitsCache.h"
 
-#include "UsageStore.h"
+#include "TokwatchCore/Store/UsageStore.h"
 
 #include <utility>
 

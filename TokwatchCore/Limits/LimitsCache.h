@@ -1,8 +1,8 @@
 #pragma once
 
-#include "BackgroundQueue.h"
-#include "LimitRecords.h"
-#include "ProviderID.h"
+#include "TokwatchCore/Limits/BackgroundQueue.h"
+#include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Records/ProviderID.h"
 
 #include <QFuture>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Date.h"
-#include "LimitRecords.h"
-#include "ProviderID.h"
+#include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Records/ProviderID.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <QCoroTask>
 

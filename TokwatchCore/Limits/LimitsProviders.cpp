@@ -1,9 +1,9 @@
-#include "LimitsProviders.h"
+#include "TokwatchCore/Limits/LimitsProviders.h"
 
-#include "ClaudeLimitsProvider.h"
-#include "CodexLimitsProvider.h"
-#include "CursorProvider.h"
-#include "GrokLimitsProvider.h"
+#include "TokwatchCore/Limits/ClaudeLimitsProvider.h"
+#include "TokwatchCore/Limits/CodexLimitsProvider.h"
+#include "TokwatchCore/Limits/CursorProvider.h"
+#include "TokwatchCore/Limits/GrokLimitsProvider.h"
 
 namespace tokwatch {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "CredentialSource.h"
-#include "HTTPClient.h"
-#include "LimitsProvider.h"
-#include "ProviderID.h"
+#include "TokwatchCore/Limits/CredentialSource.h"
+#include "TokwatchCore/Limits/HTTPClient.h"
+#include "TokwatchCore/Limits/LimitsProvider.h"
+#include "TokwatchCore/Records/ProviderID.h"
 
 #include <filesystem>
 #include <map>

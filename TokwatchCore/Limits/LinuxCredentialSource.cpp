@@ -1,7 +1,7 @@
-#include "LinuxCredentialSource.h"
+#include "TokwatchCore/Limits/LinuxCredentialSource.h"
 
-#include "ClaudeLimitsProvider.h"
-#include "CredentialFile.h"
+#include "TokwatchCore/Limits/ClaudeLimitsProvider.h"
+#include "TokwatchCore/Limits/CredentialFile.h"
 
 #include <optional>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CredentialSource.h"
-#include "SecretService.h"
+#include "TokwatchCore/Limits/CredentialSource.h"
+#include "TokwatchCore/Limits/SecretService.h"
 
 #include <filesystem>
 #include <string>

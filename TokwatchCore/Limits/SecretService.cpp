@@ -1,7 +1,7 @@
-#include "SecretService.h"
+#include "TokwatchCore/Limits/SecretService.h"
 
-#include "CredentialFile.h"
-#include "CredentialSource.h"
+#include "TokwatchCore/Limits/CredentialFile.h"
+#include "TokwatchCore/Limits/CredentialSource.h"
 
 #include <QCoroDBusPendingCall>
 #include <QDBusArgument>

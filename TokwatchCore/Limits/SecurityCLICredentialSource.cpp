@@ -1,6 +1,6 @@
-#include "SecurityCLICredentialSource.h"
+#include "TokwatchCore/Limits/SecurityCLICredentialSource.h"
 
-#include "CredentialFile.h"
+#include "TokwatchCore/Limits/CredentialFile.h"
 
 #include <QCoroFuture>
 #include <QProcess>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CredentialSource.h"
-#include "Date.h"
+#include "TokwatchCore/Limits/CredentialSource.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <filesystem>
 #include <memory>

@@ -1,6 +1,6 @@
-#include "ServiceDocument.h"
+#include "TokwatchCore/Limits/ServiceDocument.h"
 
-#include "DecodingError.h"
+#include "TokwatchCore/Support/DecodingError.h"
 
 #include <cmath>
 

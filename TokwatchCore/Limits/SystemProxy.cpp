@@ -1,7 +1,7 @@
-#include "SystemProxy.h"
+#include "TokwatchCore/Limits/SystemProxy.h"
 
-#include "HTTPClient.h"
-#include "SystemLog.h"
+#include "TokwatchCore/Limits/HTTPClient.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <QNetworkProxyQuery>
 #include <QUrl>

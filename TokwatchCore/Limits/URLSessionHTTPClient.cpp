@@ -1,7 +1,7 @@
-#include "URLSessionHTTPClient.h"
+#include "TokwatchCore/Limits/URLSessionHTTPClient.h"
 
-#include "HTTPAnswer.h"
-#include "SystemProxy.h"
+#include "TokwatchCore/Limits/HTTPAnswer.h"
+#include "TokwatchCore/Limits/SystemProxy.h"
 
 #include <QCoroFuture>
 #include <QPromise>

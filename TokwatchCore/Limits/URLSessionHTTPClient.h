@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Date.h"
-#include "HTTPClient.h"
-#include "UsageHosts.h"
+#include "TokwatchCore/Limits/HTTPClient.h"
+#include "TokwatchCore/Limits/UsageHosts.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <QList>
 #include <QNetworkProxy>

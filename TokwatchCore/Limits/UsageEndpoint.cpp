@@ -1,6 +1,6 @@
-#include "UsageEndpoint.h"
+#include "TokwatchCore/Limits/UsageEndpoint.h"
 
-#include "ApplicationVersion.h"
+#include "TokwatchCore/Support/ApplicationVersion.h"
 
 #include <exception>
 

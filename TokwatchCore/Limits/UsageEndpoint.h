@@ -1,7 +1,7 @@
 #pragma once
 
-#include "HTTPClient.h"
-#include "LimitRecords.h"
+#include "TokwatchCore/Limits/HTTPClient.h"
+#include "TokwatchCore/Records/LimitRecords.h"
 
 #include <QCoroTask>
 

@@ -1,4 +1,4 @@
-#include "LimitAge.h"
+#include "TokwatchCore/Presentation/LimitAge.h"
 
 namespace tokwatch {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Date.h"
-#include "LimitRecords.h"
+#include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Support/Date.h"
 
 namespace tokwatch {
 

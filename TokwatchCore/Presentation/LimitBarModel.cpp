@@ -1,7 +1,7 @@
-#include "LimitBarModel.h"
+#include "TokwatchCore/Presentation/LimitBarModel.h"
 
-#include "MeterFormat.h"
-#include "SystemLog.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Date.h"
-#include "LimitRecords.h"
-#include "Pace.h"
+#include "TokwatchCore/Presentation/Pace.h"
+#include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <optional>
 #include <string>

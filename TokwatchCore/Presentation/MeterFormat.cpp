@@ -1,4 +1,4 @@
-#include "MeterFormat.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
 
 #include <algorithm>
 #include <array>

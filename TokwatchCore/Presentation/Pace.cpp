@@ -1,4 +1,4 @@
-#include "Pace.h"
+#include "TokwatchCore/Presentation/Pace.h"
 
 namespace tokwatch {
 

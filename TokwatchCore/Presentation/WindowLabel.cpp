@@ -1,6 +1,6 @@
-#include "WindowLabel.h"
+#include "TokwatchCore/Presentation/WindowLabel.h"
 
-#include "PlainText.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <cmath>
 #include <cstdio>

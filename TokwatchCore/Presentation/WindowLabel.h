@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LimitRecords.h"
+#include "TokwatchCore/Records/LimitRecords.h"
 
 #include <string>
 

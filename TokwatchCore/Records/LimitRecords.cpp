@@ -1,4 +1,4 @@
-#include "LimitRecords.h"
+#include "TokwatchCore/Records/LimitRecords.h"
 
 #include <QString>
 

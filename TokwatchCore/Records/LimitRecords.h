@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Date.h"
-#include "ProviderID.h"
+#include "TokwatchCore/Records/ProviderID.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <array>
 #include <map>

@@ -1,4 +1,4 @@
-#include "ProviderID.h"
+#include "TokwatchCore/Records/ProviderID.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
-#include "RecordCoding.h"
+#include "TokwatchCore/Records/RecordCoding.h"
 
-#include "ISO8601.h"
-#include "PlainText.h"
+#include "TokwatchCore/Support/ISO8601.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <cmath>
 #include <limits>

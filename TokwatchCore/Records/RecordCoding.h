@@ -1,10 +1,10 @@
 #pragma once
 
-#include "DecodingError.h"
-#include "FileCursor.h"
-#include "LimitRecords.h"
-#include "ProviderID.h"
-#include "TokenCounts.h"
+#include "TokwatchCore/Records/FileCursor.h"
+#include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Records/ProviderID.h"
+#include "TokwatchCore/Records/TokenCounts.h"
+#include "TokwatchCore/Support/DecodingError.h"
 
 #include <nlohmann/json.hpp>
 

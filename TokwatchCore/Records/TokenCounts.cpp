@@ -1,6 +1,6 @@
-#include "TokenCounts.h"
+#include "TokwatchCore/Records/TokenCounts.h"
 
-#include "CheckedArithmetic.h"
+#include "TokwatchCore/Support/CheckedArithmetic.h"
 
 namespace tokwatch {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Date.h"
-#include "ProviderID.h"
-#include "TokenCounts.h"
+#include "TokwatchCore/Records/ProviderID.h"
+#include "TokwatchCore/Records/TokenCounts.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <optional>
 #include <string>

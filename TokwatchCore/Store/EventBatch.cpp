@@ -1,6 +1,6 @@
-#include "EventBatch.h"
+#include "TokwatchCore/Store/EventBatch.h"
 
-#include "CheckedArithmetic.h"
+#include "TokwatchCore/Support/CheckedArithmetic.h"
 
 #include <algorithm>
 #include <cstdint>

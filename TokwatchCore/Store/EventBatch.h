@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Calendar.h"
-#include "SQLite.h"
-#include "UsageEvent.h"
+#include "TokwatchCore/Records/UsageEvent.h"
+#include "TokwatchCore/Store/SQLite.h"
+#include "TokwatchCore/Support/Calendar.h"
 
 #include <compare>
 #include <cstdint>

@@ -1,8 +1,8 @@
-#include "PriceTable.h"
+#include "TokwatchCore/Store/PriceTable.h"
 
-#include "RecordCoding.h"
-#include "ResourceBundle.h"
-#include "WholeFile.h"
+#include "Platform/System/WholeFile.h"
+#include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Store/ResourceBundle.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TokenCounts.h"
+#include "TokwatchCore/Records/TokenCounts.h"
 
 #include <map>
 #include <optional>

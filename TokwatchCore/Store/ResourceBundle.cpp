@@ -1,6 +1,6 @@
-#include "ResourceBundle.h"
+#include "TokwatchCore/Store/ResourceBundle.h"
 
-#include "SystemLog.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <dlfcn.h>
 

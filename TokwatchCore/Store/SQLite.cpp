@@ -1,6 +1,6 @@
-#include "SQLite.h"
+#include "TokwatchCore/Store/SQLite.h"
 
-#include "UsageStoreError.h"
+#include "TokwatchCore/Store/UsageStoreError.h"
 
 #include <sqlite3.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
-#include "Snapshot.h"
+#include "TokwatchCore/Store/Snapshot.h"
 
-#include "CheckedArithmetic.h"
+#include "TokwatchCore/Support/CheckedArithmetic.h"
 
 #include <algorithm>
 

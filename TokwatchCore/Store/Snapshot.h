@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Calendar.h"
-#include "LimitRecords.h"
-#include "RecordCoding.h"
-#include "UsageSummary.h"
+#include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Store/UsageSummary.h"
+#include "TokwatchCore/Support/Calendar.h"
 
 #include <cstdint>
 #include <map>

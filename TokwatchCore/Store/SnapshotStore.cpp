@@ -1,8 +1,8 @@
-#include "SnapshotStore.h"
+#include "TokwatchCore/Store/SnapshotStore.h"
 
-#include "PrivateFiles.h"
-#include "RecordCoding.h"
-#include "WholeFile.h"
+#include "Platform/System/PrivateFiles.h"
+#include "Platform/System/WholeFile.h"
+#include "TokwatchCore/Records/RecordCoding.h"
 
 #include <cstddef>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Snapshot.h"
+#include "TokwatchCore/Store/Snapshot.h"
 
 #include <filesystem>
 #include <optional>

@@ -1,9 +1,9 @@
-#include "UsageStore.h"
+#include "TokwatchCore/Store/UsageStore.h"
 
-#include "EventBatch.h"
-#include "PrivateFiles.h"
-#include "RecordCoding.h"
-#include "SQLite.h"
+#include "Platform/System/PrivateFiles.h"
+#include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Store/EventBatch.h"
+#include "TokwatchCore/Store/SQLite.h"
 
 #include <sqlite3.h>
 #include <sys/stat.h>

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "Calendar.h"
-#include "FileCursor.h"
-#include "LimitRecords.h"
-#include "UsageEvent.h"
-#include "UsageStoreError.h"
-#include "UsageSummary.h"
+#include "TokwatchCore/Records/FileCursor.h"
+#include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Records/UsageEvent.h"
+#include "TokwatchCore/Store/UsageStoreError.h"
+#include "TokwatchCore/Store/UsageSummary.h"
+#include "TokwatchCore/Support/Calendar.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "UsageSummary.h"
+#include "TokwatchCore/Store/UsageSummary.h"
 
-#include "CheckedArithmetic.h"
-#include "UsageEvent.h"
+#include "TokwatchCore/Records/UsageEvent.h"
+#include "TokwatchCore/Support/CheckedArithmetic.h"
 
 #include <algorithm>
 #include <map>

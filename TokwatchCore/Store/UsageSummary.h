@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Calendar.h"
-#include "PriceTable.h"
-#include "ProviderID.h"
-#include "RecordCoding.h"
-#include "TokenCounts.h"
+#include "TokwatchCore/Records/ProviderID.h"
+#include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Records/TokenCounts.h"
+#include "TokwatchCore/Store/PriceTable.h"
+#include "TokwatchCore/Support/Calendar.h"
 
 #include <cstdint>
 #include <optional>

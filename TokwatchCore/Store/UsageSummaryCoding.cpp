@@ -1,4 +1,4 @@
-#include "UsageSummary.h"
+#include "TokwatchCore/Store/UsageSummary.h"
 
 namespace tokwatch {
 namespace {

@@ -1,4 +1,4 @@
-#include "ByteFormat.h"
+#include "TokwatchCore/Support/ByteFormat.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
-#include "Calendar.h"
+#include "TokwatchCore/Support/Calendar.h"
 
-#include "LocalZone.h"
+#include "TokwatchCore/Support/LocalZone.h"
 
 #include <absl/time/civil_time.h>
 #include <absl/time/time.h>

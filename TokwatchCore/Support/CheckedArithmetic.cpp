@@ -1,6 +1,6 @@
-#include "CheckedArithmetic.h"
+#include "TokwatchCore/Support/CheckedArithmetic.h"
 
-#include "SystemLog.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 namespace tokwatch {
 

@@ -1,4 +1,4 @@
-#include "DecodingError.h"
+#include "TokwatchCore/Support/DecodingError.h"
 
 namespace tokwatch {
 

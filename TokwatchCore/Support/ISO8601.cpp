@@ -1,4 +1,4 @@
-#include "ISO8601.h"
+#include "TokwatchCore/Support/ISO8601.h"
 
 #include <algorithm>
 #include <cmath>

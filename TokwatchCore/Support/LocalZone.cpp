@@ -1,6 +1,6 @@
-#include "LocalZone.h"
+#include "TokwatchCore/Support/LocalZone.h"
 
-#include "SystemLog.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <sys/stat.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Calendar.h"
+#include "TokwatchCore/Support/Calendar.h"
 
 #include <filesystem>
 #include <mutex>

@@ -1,4 +1,4 @@
-#include "PlainText.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
-#include "SystemLog.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
-#include "PlainText.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "HomePath.h"
+#include "Tokwatch/Views/Common/HomePath.h"
 
 #include <QFile>
 

@@ -1,6 +1,6 @@
-#include "ProviderMark.h"
+#include "Tokwatch/Views/Common/ProviderMark.h"
 
-#include "ProviderMarks.h"
+#include "Tokwatch/Pictures/ProviderMarks.h"
 
 #include <QPainter>
 

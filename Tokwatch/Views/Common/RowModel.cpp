@@ -1,4 +1,4 @@
-#include "RowModel.h"
+#include "Tokwatch/Views/Common/RowModel.h"
 
 #include <algorithm>
 

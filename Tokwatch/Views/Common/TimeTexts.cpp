@@ -1,7 +1,7 @@
-#include "TimeTexts.h"
+#include "Tokwatch/Views/Common/TimeTexts.h"
 
-#include "DayFormat.h"
-#include "Text.h"
+#include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Views/Common/Text.h"
 
 #include <cmath>
 

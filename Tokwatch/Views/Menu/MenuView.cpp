@@ -1,4 +1,4 @@
-#include "MenuView.h"
+#include "Tokwatch/Views/Menu/MenuView.h"
 
 #include <QCoreApplication>
 #include <QKeySequence>

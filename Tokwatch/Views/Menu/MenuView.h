@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DBusMenu.h"
+#include "KivoMenuBar/DBusMenu.h"
 
 #include <QObject>
 #include <QString>

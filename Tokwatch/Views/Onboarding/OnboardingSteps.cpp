@@ -1,8 +1,8 @@
-#include "OnboardingSteps.h"
+#include "Tokwatch/Views/Onboarding/OnboardingSteps.h"
 
-#include "HomePath.h"
-#include "Text.h"
-#include "UsageHosts.h"
+#include "Tokwatch/Views/Common/HomePath.h"
+#include "Tokwatch/Views/Common/Text.h"
+#include "TokwatchCore/Limits/UsageHosts.h"
 
 #include <QStringList>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ProviderLocations.h"
+#include "TokwatchCore/Ingestion/ProviderLocations.h"
 
 #include <QObject>
 #include <QString>

@@ -1,8 +1,8 @@
-#include "OnboardingView.h"
+#include "Tokwatch/Views/Onboarding/OnboardingView.h"
 
-#include "LoginItem.h"
-#include "Preferences.h"
-#include "ProviderTexts.h"
+#include "KivoLaunch/LoginItem.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Limits/ProviderTexts.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OnboardingSteps.h"
+#include "Tokwatch/Views/Onboarding/OnboardingSteps.h"
 
 #include <QObject>
 #include <QProperty>

@@ -1,4 +1,4 @@
-#include "BreakdownModel.h"
+#include "Tokwatch/Views/Popover/BreakdownModel.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BreakdownRows.h"
+#include "Tokwatch/Views/Popover/BreakdownRows.h"
 
 #include <QAbstractListModel>
 #include <qqmlregistration.h>

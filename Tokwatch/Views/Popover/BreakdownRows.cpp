@@ -1,7 +1,7 @@
-#include "BreakdownRows.h"
+#include "Tokwatch/Views/Popover/BreakdownRows.h"
 
-#include "LimitRows.h"
-#include "Text.h"
+#include "Tokwatch/Views/Common/Text.h"
+#include "Tokwatch/Views/Popover/LimitRows.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Calendar.h"
-#include "PreferenceTypes.h"
-#include "SummaryDisplay.h"
-#include "TableText.h"
-#include "UsageSummary.h"
+#include "Tokwatch/Display/SummaryDisplay.h"
+#include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "Tokwatch/Views/Popover/TableText.h"
+#include "TokwatchCore/Store/UsageSummary.h"
+#include "TokwatchCore/Support/Calendar.h"
 
 #include <QObject>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "ChartColumns.h"
+#include "Tokwatch/Views/Popover/ChartColumns.h"
 
 #include <QFontMetricsF>
 #include <QPainter>

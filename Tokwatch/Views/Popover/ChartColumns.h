@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ChartDays.h"
-#include "ChartPlot.h"
+#include "Tokwatch/Views/Popover/ChartDays.h"
+#include "Tokwatch/Views/Popover/ChartPlot.h"
 
 namespace tokwatch {
 

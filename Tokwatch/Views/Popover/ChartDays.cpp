@@ -1,11 +1,11 @@
-#include "ChartDays.h"
+#include "Tokwatch/Views/Popover/ChartDays.h"
 
-#include "ChartScale.h"
-#include "DayFormat.h"
-#include "LimitRows.h"
-#include "MeterFormat.h"
-#include "SummaryDisplay.h"
-#include "Text.h"
+#include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/SummaryDisplay.h"
+#include "Tokwatch/Views/Common/Text.h"
+#include "Tokwatch/Views/Popover/ChartScale.h"
+#include "Tokwatch/Views/Popover/LimitRows.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
 
 #include <algorithm>
 #include <cmath>

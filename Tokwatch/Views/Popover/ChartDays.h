@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Calendar.h"
-#include "ChartReadout.h"
-#include "UsageSummary.h"
+#include "Tokwatch/Views/Popover/ChartReadout.h"
+#include "TokwatchCore/Store/UsageSummary.h"
+#include "TokwatchCore/Support/Calendar.h"
 
 #include <QObject>
 #include <QString>

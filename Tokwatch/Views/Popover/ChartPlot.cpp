@@ -1,4 +1,4 @@
-#include "ChartPlot.h"
+#include "Tokwatch/Views/Popover/ChartPlot.h"
 
 #include <QQuickWindow>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ChartReadout.h"
-#include "Palette.h"
-#include "Theme.h"
+#include "KivoTheme/Palette.h"
+#include "KivoTheme/Theme.h"
+#include "Tokwatch/Views/Popover/ChartReadout.h"
 
 #include <QQuickPaintedItem>
 #include <qqmlregistration.h>

@@ -1,8 +1,8 @@
-#include "ChartReadout.h"
+#include "Tokwatch/Views/Popover/ChartReadout.h"
 
-#include "CheckedArithmetic.h"
-#include "MeterFormat.h"
-#include "Text.h"
+#include "Tokwatch/Views/Common/Text.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
+#include "TokwatchCore/Support/CheckedArithmetic.h"
 
 namespace tokwatch {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PreferenceTypes.h"
+#include "Tokwatch/Preferences/PreferenceTypes.h"
 
 #include <QObject>
 #include <QString>

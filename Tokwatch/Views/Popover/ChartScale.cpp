@@ -1,4 +1,4 @@
-#include "ChartScale.h"
+#include "Tokwatch/Views/Popover/ChartScale.h"
 
 #include <array>
 #include <cmath>

@@ -1,13 +1,13 @@
-#include "FooterView.h"
+#include "Tokwatch/Views/Popover/FooterView.h"
 
-#include "AppModel.h"
-#include "ByteFormat.h"
-#include "LimitAge.h"
-#include "LimitRows.h"
-#include "Preferences.h"
-#include "Text.h"
-#include "TimeTexts.h"
-#include "ViewClock.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Common/Text.h"
+#include "Tokwatch/Views/Common/TimeTexts.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
+#include "Tokwatch/Views/Popover/LimitRows.h"
+#include "TokwatchCore/Presentation/LimitAge.h"
+#include "TokwatchCore/Support/ByteFormat.h"
 
 #include <algorithm>
 

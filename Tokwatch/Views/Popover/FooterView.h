@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Date.h"
-#include "ObservingUpdater.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <QObject>
 #include <QProperty>

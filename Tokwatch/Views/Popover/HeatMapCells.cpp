@@ -1,4 +1,4 @@
-#include "HeatMapCells.h"
+#include "Tokwatch/Views/Popover/HeatMapCells.h"
 
 #include <QFontMetricsF>
 #include <QPainter>

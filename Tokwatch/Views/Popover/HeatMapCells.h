@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ChartPlot.h"
-#include "HeatMapDays.h"
+#include "Tokwatch/Views/Popover/ChartPlot.h"
+#include "Tokwatch/Views/Popover/HeatMapDays.h"
 
 namespace tokwatch {
 

@@ -1,7 +1,7 @@
-#include "HeatMapDays.h"
+#include "Tokwatch/Views/Popover/HeatMapDays.h"
 
-#include "DayFormat.h"
-#include "Text.h"
+#include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Views/Common/Text.h"
 
 #include <algorithm>
 #include <map>

@@ -1,15 +1,15 @@
-#include "LimitRows.h"
+#include "Tokwatch/Views/Popover/LimitRows.h"
 
-#include "DayFormat.h"
-#include "LimitAge.h"
-#include "LimitBarModel.h"
-#include "MeterFormat.h"
-#include "PlainText.h"
-#include "ProviderTexts.h"
-#include "StatusNotice.h"
-#include "Text.h"
-#include "TimeTexts.h"
-#include "WindowLabel.h"
+#include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Views/Common/Text.h"
+#include "Tokwatch/Views/Common/TimeTexts.h"
+#include "Tokwatch/Views/Popover/StatusNotice.h"
+#include "TokwatchCore/Limits/ProviderTexts.h"
+#include "TokwatchCore/Presentation/LimitAge.h"
+#include "TokwatchCore/Presentation/LimitBarModel.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
+#include "TokwatchCore/Presentation/WindowLabel.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "AttemptTimes.h"
-#include "Calendar.h"
-#include "LimitRecords.h"
-#include "ProviderID.h"
+#include "Tokwatch/Limits/AttemptTimes.h"
+#include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Records/ProviderID.h"
+#include "TokwatchCore/Support/Calendar.h"
 
 #include <QObject>
 #include <QString>

@@ -1,9 +1,9 @@
-#include "ModelsView.h"
+#include "Tokwatch/Views/Popover/ModelsView.h"
 
-#include "AppModel.h"
-#include "Preferences.h"
-#include "SummaryTexts.h"
-#include "Text.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Display/SummaryTexts.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Common/Text.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "BreakdownModel.h"
-#include "ObservingUpdater.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/Views/Popover/BreakdownModel.h"
 
 #include <QObject>
 #include <QProperty>

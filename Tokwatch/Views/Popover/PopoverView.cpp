@@ -1,7 +1,7 @@
-#include "PopoverView.h"
+#include "Tokwatch/Views/Popover/PopoverView.h"
 
-#include "AppModel.h"
-#include "Preferences.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Preferences/Preferences.h"
 
 namespace tokwatch {
 

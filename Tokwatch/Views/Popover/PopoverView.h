@@ -1,10 +1,10 @@
 #pragma once
 
-#include "FooterView.h"
-#include "ModelsView.h"
-#include "PreferenceTypes.h"
-#include "StatsView.h"
-#include "UsageView.h"
+#include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "Tokwatch/Views/Popover/FooterView.h"
+#include "Tokwatch/Views/Popover/ModelsView.h"
+#include "Tokwatch/Views/Popover/StatsView.h"
+#include "Tokwatch/Views/Popover/UsageView.h"
 
 #include <QObject>
 #include <QProperty>

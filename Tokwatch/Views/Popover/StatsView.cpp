@@ -1,10 +1,10 @@
-#include "StatsView.h"
+#include "Tokwatch/Views/Popover/StatsView.h"
 
-#include "AppModel.h"
-#include "Preferences.h"
-#include "SummaryDisplay.h"
-#include "SummaryTexts.h"
-#include "Text.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Display/SummaryDisplay.h"
+#include "Tokwatch/Display/SummaryTexts.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Common/Text.h"
 
 namespace tokwatch {
 

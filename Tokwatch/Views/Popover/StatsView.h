@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ChartDays.h"
-#include "HeatMapDays.h"
-#include "ObservingUpdater.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/Views/Popover/ChartDays.h"
+#include "Tokwatch/Views/Popover/HeatMapDays.h"
 
 #include <QFutureWatcher>
 #include <QObject>

@@ -1,7 +1,7 @@
-#include "StatusNotice.h"
+#include "Tokwatch/Views/Popover/StatusNotice.h"
 
-#include "DayFormat.h"
-#include "Text.h"
+#include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Views/Common/Text.h"
 
 namespace tokwatch {
 namespace {

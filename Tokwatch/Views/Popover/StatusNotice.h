@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LimitRows.h"
+#include "Tokwatch/Views/Popover/LimitRows.h"
 
 #include <optional>
 

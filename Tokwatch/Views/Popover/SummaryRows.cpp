@@ -1,10 +1,10 @@
-#include "SummaryRows.h"
+#include "Tokwatch/Views/Popover/SummaryRows.h"
 
-#include "LimitRows.h"
-#include "MeterFormat.h"
-#include "SummaryDisplay.h"
-#include "SummaryTexts.h"
-#include "Text.h"
+#include "Tokwatch/Display/SummaryDisplay.h"
+#include "Tokwatch/Display/SummaryTexts.h"
+#include "Tokwatch/Views/Common/Text.h"
+#include "Tokwatch/Views/Popover/LimitRows.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
 
 #include <array>
 #include <string_view>

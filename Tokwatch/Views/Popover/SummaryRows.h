@@ -1,7 +1,7 @@
 #pragma once
 
-#include "PreferenceTypes.h"
-#include "UsageSummary.h"
+#include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "TokwatchCore/Store/UsageSummary.h"
 
 #include <QObject>
 #include <QString>

@@ -1,10 +1,10 @@
-#include "UsageView.h"
+#include "Tokwatch/Views/Popover/UsageView.h"
 
-#include "AppModel.h"
-#include "Preferences.h"
-#include "SummaryTexts.h"
-#include "Text.h"
-#include "ViewClock.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Display/SummaryTexts.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Common/Text.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
 
 #include <algorithm>
 

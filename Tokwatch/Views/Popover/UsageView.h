@@ -1,9 +1,9 @@
 #pragma once
 
-#include "LimitRows.h"
-#include "ObservingUpdater.h"
-#include "RowModel.h"
-#include "SummaryRows.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/Views/Common/RowModel.h"
+#include "Tokwatch/Views/Popover/LimitRows.h"
+#include "Tokwatch/Views/Popover/SummaryRows.h"
 
 #include <QObject>
 #include <QStringList>

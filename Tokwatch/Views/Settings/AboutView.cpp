@@ -1,7 +1,7 @@
-#include "AboutView.h"
+#include "Tokwatch/Views/Settings/AboutView.h"
 
-#include "ApplicationVersion.h"
-#include "Text.h"
+#include "Tokwatch/Views/Common/Text.h"
+#include "TokwatchCore/Support/ApplicationVersion.h"
 
 namespace tokwatch {
 

@@ -1,10 +1,10 @@
-#include "GeneralView.h"
+#include "Tokwatch/Views/Settings/GeneralView.h"
 
-#include "AppModel.h"
-#include "HomePath.h"
-#include "LoginItem.h"
-#include "Preferences.h"
-#include "ViewClock.h"
+#include "KivoLaunch/LoginItem.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Common/HomePath.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
 
 #include <QFile>
 

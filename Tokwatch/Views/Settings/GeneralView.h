@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ObservingUpdater.h"
-#include "SettingsPlaces.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/Views/Settings/SettingsPlaces.h"
 
 #include <QObject>
 #include <QString>

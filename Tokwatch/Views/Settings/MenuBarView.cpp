@@ -1,11 +1,11 @@
-#include "MenuBarView.h"
+#include "Tokwatch/Views/Settings/MenuBarView.h"
 
-#include "AppModel.h"
-#include "MeterFormat.h"
-#include "Preferences.h"
-#include "ProviderTexts.h"
-#include "Text.h"
-#include "ViewClock.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Common/Text.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
+#include "TokwatchCore/Limits/ProviderTexts.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ObservingUpdater.h"
-#include "RowModel.h"
-#include "TitlePreview.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/Views/Common/RowModel.h"
+#include "Tokwatch/Views/Settings/TitlePreview.h"
 
 #include <QObject>
 #include <QStringList>

@@ -1,7 +1,7 @@
-#include "PrivacyView.h"
+#include "Tokwatch/Views/Settings/PrivacyView.h"
 
-#include "PlatformWords.h"
-#include "UsageHosts.h"
+#include "Tokwatch/Views/Common/PlatformWords.h"
+#include "TokwatchCore/Limits/UsageHosts.h"
 
 namespace tokwatch {
 

@@ -1,13 +1,13 @@
-#include "ProvidersView.h"
+#include "Tokwatch/Views/Settings/ProvidersView.h"
 
-#include "AppModel.h"
-#include "ByteFormat.h"
-#include "HomePath.h"
-#include "PlatformWords.h"
-#include "Preferences.h"
-#include "ProviderTexts.h"
-#include "Text.h"
-#include "ViewClock.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Common/HomePath.h"
+#include "Tokwatch/Views/Common/PlatformWords.h"
+#include "Tokwatch/Views/Common/Text.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
+#include "TokwatchCore/Limits/ProviderTexts.h"
+#include "TokwatchCore/Support/ByteFormat.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "ObservingUpdater.h"
-#include "ProviderID.h"
-#include "RowModel.h"
-#include "SettingsPlaces.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/Views/Common/RowModel.h"
+#include "Tokwatch/Views/Settings/SettingsPlaces.h"
+#include "TokwatchCore/Records/ProviderID.h"
 
 #include <QObject>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "SettingsView.h"
+#include "Tokwatch/Views/Settings/SettingsView.h"
 
 namespace tokwatch {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "AboutView.h"
-#include "GeneralView.h"
-#include "MenuBarView.h"
-#include "PrivacyView.h"
-#include "ProvidersView.h"
+#include "Tokwatch/Views/Settings/AboutView.h"
+#include "Tokwatch/Views/Settings/GeneralView.h"
+#include "Tokwatch/Views/Settings/MenuBarView.h"
+#include "Tokwatch/Views/Settings/PrivacyView.h"
+#include "Tokwatch/Views/Settings/ProvidersView.h"
 
 #include <QObject>
 #include <qqmlregistration.h>

@@ -1,7 +1,7 @@
-#include "StatusPreview.h"
+#include "Tokwatch/Views/Settings/StatusPreview.h"
 
-#include "StatusPictures.h"
-#include "StatusTint.h"
+#include "Tokwatch/Pictures/StatusPictures.h"
+#include "Tokwatch/StatusItem/StatusTint.h"
 
 #include <QPainter>
 #include <QQuickWindow>

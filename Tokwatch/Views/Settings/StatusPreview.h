@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TitlePreview.h"
+#include "Tokwatch/Views/Settings/TitlePreview.h"
 
 #include <QColor>
 #include <QImage>

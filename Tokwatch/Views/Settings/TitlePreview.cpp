@@ -1,7 +1,7 @@
-#include "TitlePreview.h"
+#include "Tokwatch/Views/Settings/TitlePreview.h"
 
-#include "Preferences.h"
-#include "Text.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Common/Text.h"
 
 #include <algorithm>
 

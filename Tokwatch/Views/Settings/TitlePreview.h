@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Date.h"
-#include "StatusTitle.h"
+#include "Tokwatch/Display/StatusTitle.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <QObject>
 #include <QString>

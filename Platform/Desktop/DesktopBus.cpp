@@ -1,0 +1,105 @@
+#include "Platform/Desktop/DesktopBus.h"
+
+#include "TokwatchCore/Support/SystemLog.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+
+namespace tokwatch {
+namespace {
+
+void callAll(const std::vector<std::function<void()>>& calls) {
+    for (const std::function<void()>& call : calls)
+        call();
+}
+
+} // namespace
+
+DesktopBus::DesktopBus(QDBusConnection sessionBus, QDBusConnection systemBus)
+    : session(std::move(sessionBus)), system(std::move(systemBus)) {
+    if (!session.isConnected())
+        systemLog("there is no session bus; refresh requests from other programs are not heard");
+}
+
+void DesktopBus::onRefreshRequest(std::function<void()> call) {
+    // From any sender and any path: the notification belongs to nobody.
+    if (refreshCalls.empty() && session.isConnected())
+        session.connect({}, {}, serviceName, refreshMember, this, SLOT(refreshPosted()));
+    refreshCalls.push_back(std::move(call));
+}
+
+void DesktopBus::onResume(std::function<void()> call) {
+    if (resumeCalls.empty() && system.isConnected())
+        system.connect("org.freedesktop.login1", "/org/freedesktop/login1",
+                       "org.freedesktop.login1.Manager", "PrepareForSleep", this,
+                       SLOT(preparingForSleep(bool)));
+    resumeCalls.push_back(std::move(call));
+}
+
+void DesktopBus::onTimeZoneChange(std::function<void()> call) {
+    if (timeZoneCalls.empty() && system.isConnected())
+        system.connect("org.freedesktop.timedate1", "/org/freedesktop/timedate1",
+                       "org.freedesktop.DBus.Properties", "PropertiesChanged", this,
+                       SLOT(timePropertiesChanged(QString)));
+    timeZoneCalls.push_back(std::move(call));
+}
+
+void DesktopBus::onNetworkBack(std::function<void()> call) {
+    if (networkCalls.empty() && system.isConnected()) {
+        system.connect("org.freedesktop.NetworkManager", "/org/freedesktop/NetworkManager",
+                       "org.freedesktop.NetworkManager", "StateChanged", this,
+                       SLOT(networkManagerChanged(uint)));
+        system.connect("org.freedesktop.network1", "/org/freedesktop/network1",
+                       "org.freedesktop.DBus.Properties", "PropertiesChanged", this,
+                       SLOT(networkdChanged(QString, QVariantMap)));
+    }
+    networkCalls.push_back(std::move(call));
+}
+
+DesktopBus::Claim DesktopBus::claim(std::function<void()> open) {
+    if (!session.isConnected()) return Claim::noBus;
+    openCall = std::move(open);
+    // The object first: who sees the name may call it at once.
+    session.registerObject(objectPath, this, QDBusConnection::ExportScriptableSlots);
+    return session.registerService(serviceName) ? Claim::first : Claim::second;
+}
+
+bool DesktopBus::openRunning(QDBusConnection session) {
+    const QDBusMessage call =
+        QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, "Open");
+    constexpr int timeoutMilliseconds = 5000;
+    return session.call(call, QDBus::Block, timeoutMilliseconds).type() ==
+           QDBusMessage::ReplyMessage;
+}
+
+bool DesktopBus::postRefresh(QDBusConnection session) {
+    return session.isConnected() &&
+           session.send(QDBusMessage::createSignal(objectPath, serviceName, refreshMember));
+}
+
+void DesktopBus::Open() {
+    if (openCall) openCall();
+}
+
+void DesktopBus::refreshPosted() {
+    callAll(refreshCalls);
+}
+
+void DesktopBus::preparingForSleep(bool begins) {
+    if (!begins) callAll(resumeCalls);
+}
+
+void DesktopBus::timePropertiesChanged(const QString& interface) {
+    if (interface == "org.freedesktop.timedate1") callAll(timeZoneCalls);
+}
+
+void DesktopBus::networkManagerChanged(uint state) {
+    constexpr uint connectedGlobally = 70; // NM_STATE_CONNECTED_GLOBAL
+    if (state == connectedGlobally) callAll(networkCalls);
+}
+
+void DesktopBus::networkdChanged(const QString& /*interface*/, const QVariantMap& changed) {
+    if (changed.value("OperationalState") == "routable") callAll(networkCalls);
+}
+
+} // namespace tokwatch

@@ -1,0 +1,188 @@
+#include "Platform/System/PrivateFiles.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tokwatch {
+namespace {
+
+constexpr mode_t privateFile = 0600;
+constexpr mode_t privateDirectory = 0700;
+constexpr int mostLinks = 16;
+/// What mkostemp replaces.
+constexpr std::string_view uniquePart = ".XXXXXX";
+
+[[noreturn]] void fail(int error, const std::filesystem::path& path) {
+    throw std::system_error(error, std::generic_category(), path.string());
+}
+
+/// Where the link leads that stands at the path; none where no link stands there. By descriptor,
+/// so that the link whose owner was looked at is the one that is followed.
+std::optional<std::filesystem::path> linkTarget(const std::filesystem::path& path) {
+    const FileDescriptor entry(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status = {};
+    if (!entry.isOpen() || ::fstat(entry.get(), &status) != 0 || !S_ISLNK(status.st_mode))
+        return std::nullopt;
+    if (status.st_uid != ::geteuid() && status.st_uid != 0) throw ForeignLinkError(path);
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = ::readlinkat(entry.get(), "", target.data(), target.size());
+    if (length < 0) fail(errno, path);
+    return path.parent_path() / std::string(target.data(), static_cast<std::size_t>(length));
+}
+
+/// The new file's descriptor; not open where there is a file already.
+FileDescriptor createNew(const std::filesystem::path& path) {
+    constexpr int flags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    FileDescriptor made(::open(path.c_str(), flags, privateFile));
+    if (!made.isOpen() && errno != EEXIST) fail(errno, path);
+    if (made.isOpen() && ::fchmod(made.get(), privateFile) != 0) fail(errno, path);
+    return made;
+}
+
+/// A file beside its target, which takes the target's place or vanishes. It is locked while it
+/// exists, which tells it from one whose writer was killed.
+class ReplacementFile {
+  public:
+    explicit ReplacementFile(const std::filesystem::path& target) {
+        do {
+            path = target.string() + std::string(uniquePart);
+            descriptor = FileDescriptor(::mkostemp(path.data(), O_CLOEXEC));
+            if (!descriptor.isOpen()) {
+                const int error = errno;
+                path.clear();
+                fail(error, target);
+            }
+            ::fchmod(descriptor.get(), privateFile); // the umask may have taken more
+        } while (!lock());
+    }
+    ~ReplacementFile() {
+        if (!path.empty()) ::unlink(path.c_str());
+    }
+    ReplacementFile(const ReplacementFile&) = delete;
+    ReplacementFile& operator=(const ReplacementFile&) = delete;
+
+    void write(std::string_view text) const {
+        while (!text.empty()) {
+            const ssize_t count = ::write(descriptor.get(), text.data(), text.size());
+            if (count >= 0)
+                text.remove_prefix(static_cast<std::size_t>(count));
+            else if (errno != EINTR)
+                fail(errno, path);
+        }
+        // Without this a power cut could leave the new name with none of the bytes.
+        if (::fsync(descriptor.get()) != 0) fail(errno, path);
+    }
+
+    void replace(const std::filesystem::path& target) {
+        if (::rename(path.c_str(), target.c_str()) != 0) fail(errno, target);
+        path.clear();
+    }
+
+  private:
+    /// False where somebody who cleans up was faster, and the file is gone.
+    bool lock() const {
+        struct stat status = {};
+        return ::flock(descriptor.get(), LOCK_EX) != 0 || ::fstat(descriptor.get(), &status) != 0 ||
+               status.st_nlink > 0;
+    }
+
+    std::string path; ///< empty once it has taken the target's place
+    FileDescriptor descriptor;
+};
+
+/// Whether the name is one that a replacement of the target may have had.
+bool isReplacement(const std::string& name, const std::string& target) {
+    return name.size() == target.size() + uniquePart.size() && name.starts_with(target) &&
+           name[target.size()] == uniquePart.front() &&
+           name.find('.', target.size() + 1) == std::string::npos;
+}
+
+void removeIfAbandoned(const std::filesystem::path& path) {
+    const FileDescriptor found(
+        ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat status = {};
+    if (found.isOpen() && ::fstat(found.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+        ::flock(found.get(), LOCK_EX | LOCK_NB) == 0)
+        ::unlink(path.c_str());
+}
+
+/// What cannot be listed or removed is no reason not to write.
+void removeAbandoned(const std::filesystem::path& target) {
+    std::error_code ignored;
+    std::vector<std::filesystem::path> found;
+    std::filesystem::directory_iterator entry(target.parent_path(), ignored);
+    for (; entry != std::filesystem::directory_iterator() && !ignored; entry.increment(ignored)) {
+        if (isReplacement(entry->path().filename().string(), target.filename().string()))
+            found.push_back(entry->path());
+    }
+    for (const std::filesystem::path& path : found)
+        removeIfAbandoned(path);
+}
+
+} // namespace
+
+ForeignLinkError::ForeignLinkError(const std::filesystem::path& link)
+    : std::system_error(EPERM, std::generic_category(),
+                        link.string() + " is a link of another user") {}
+
+std::filesystem::path followOwnLinks(std::filesystem::path file) {
+    for (int links = 0; links < mostLinks; ++links) {
+        std::optional<std::filesystem::path> target = linkTarget(file);
+        if (!target) return file;
+        file = std::move(*target);
+    }
+    fail(ELOOP, file);
+}
+
+void makePrivateDirectory(const std::filesystem::path& directory) {
+    std::filesystem::path made;
+    for (const std::filesystem::path& name : directory) {
+        made /= name;
+        if (::mkdir(made.c_str(), privateDirectory) == 0) {
+            if (::chmod(made.c_str(), privateDirectory) != 0) fail(errno, made);
+        } else if (struct stat status = {}; errno != EEXIST && ::stat(made.c_str(), &status) != 0) {
+            fail(errno, made);
+        }
+    }
+    struct stat status = {};
+    if (::stat(followOwnLinks(directory).c_str(), &status) != 0) fail(errno, directory);
+    if (!S_ISDIR(status.st_mode)) fail(ENOTDIR, directory);
+}
+
+std::filesystem::path createPrivately(const std::filesystem::path& file) {
+    std::filesystem::path real = followOwnLinks(file);
+    createNew(real);
+    return real;
+}
+
+FileDescriptor openPrivately(const std::filesystem::path& file) {
+    const std::filesystem::path real = followOwnLinks(file);
+    FileDescriptor opened = createNew(real);
+    if (!opened.isOpen())
+        opened = FileDescriptor(::open(real.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (!opened.isOpen()) fail(errno, file);
+    struct stat status = {};
+    if (::fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode)) fail(EINVAL, file);
+    return opened;
+}
+
+void replacePrivately(const std::filesystem::path& file, std::string_view contents) {
+    const std::filesystem::path real = followOwnLinks(file);
+    removeAbandoned(real);
+    ReplacementFile replacement(real);
+    replacement.write(contents);
+    replacement.replace(real);
+}
+
+} // namespace tokwatch

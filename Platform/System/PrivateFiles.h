@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Platform/System/FileDescriptor.h"
+
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+/// Making files of ours: 0600, in directories that are 0700 where we make them, whatever the umask
+/// says; what exists keeps its permissions. A link in the place of a file is followed where it is
+/// the user's or the system's own, and refused where another user planted it: what is written must
+/// not land where somebody else chose. Failures are std::system_error and name no more than the
+/// path. Callable from any thread.
+namespace tokwatch {
+
+/// A link that another user planted stands in the place of a file of ours.
+class ForeignLinkError : public std::system_error {
+  public:
+    explicit ForeignLinkError(const std::filesystem::path& link);
+};
+
+/// Where the file really is, the links in its own place followed.
+std::filesystem::path followOwnLinks(std::filesystem::path file);
+
+/// Makes the directory and whatever is missing above it.
+void makePrivateDirectory(const std::filesystem::path& directory);
+
+/// Makes the file, empty, where there is none, and answers where it really is.
+/// An existing file is never opened: closing it again would drop all locks that this process holds
+/// on it, among them those of an open database.
+std::filesystem::path createPrivately(const std::filesystem::path& file);
+
+/// Opens the file for reading and writing, and makes it where there is none. Not for databases.
+FileDescriptor openPrivately(const std::filesystem::path& file);
+
+/// Makes or replaces the file as a whole, so that neither a reader nor a power cut meets half of
+/// it. What earlier calls left behind that were killed is removed.
+void replacePrivately(const std::filesystem::path& file, std::string_view contents);
+
+} // namespace tokwatch

@@ -1,0 +1,2 @@
+#include "TokwatchCore/Ingestion/ClaudeLogParser.h"
+#include "TokwatchCore/Store/UsageStore.h"

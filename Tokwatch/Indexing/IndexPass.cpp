@@ -1,0 +1,327 @@
+#include "Tokwatch/Indexing/IndexPass.h"
+
+#include "Tokwatch/Indexing/BoundedQueue.h"
+#include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Support/SystemLog.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <system_error>
+#include <thread>
+
+namespace tokwatch {
+namespace {
+
+/// Events in one transaction. More of them touch each page of the key index less often; fewer keep
+/// memory low and let other users of the store in sooner.
+constexpr std::size_t groupEventLimit = 16'384;
+/// The first group is smaller and each next one twice as large, so that the writer has something to
+/// do while the first logs are still being read.
+constexpr std::size_t firstGroupEvents = 2'048;
+/// Slices in one transaction: bounds what a killed pass has to read again.
+constexpr std::size_t groupSliceLimit = 1'024;
+/// Below this many unread bytes a second thread costs more than it brings.
+constexpr std::int64_t readAheadBytes = 2'097'152;
+/// How far the reader may run ahead, in events and slices.
+constexpr std::size_t readAheadWeight = 16'384;
+/// How many folders of a root are named that could not be listed.
+constexpr std::size_t namedFailures = 5;
+
+/// Whether the file goes on where its cursor stands, instead of being another one.
+bool continues(const PendingFile& pending) {
+    return pending.cursor && pending.cursor->inode == pending.file.attributes.inode &&
+           pending.cursor->offset <= pending.file.attributes.size;
+}
+
+bool isChanged(const PendingFile& pending) {
+    if (pending.provider == ProviderID::grok)
+        return isChangedDocument(pending.file, pending.cursor);
+    return !continues(pending) || pending.cursor->offset != pending.file.attributes.size;
+}
+
+/// Of a changed file: a document is read whole, a log from its cursor.
+std::int64_t unreadBytes(const PendingFile& pending) {
+    const bool appended = pending.provider != ProviderID::grok && continues(pending);
+    return pending.file.attributes.size - (appended ? pending.cursor->offset : 0);
+}
+
+std::string fileName(const PendingFile& pending) {
+    return std::filesystem::path(pending.file.path).filename().string();
+}
+
+void logFailure(const PendingFile& pending, const std::string& reason) {
+    systemLog("indexing " + fileName(pending) + " failed: " + reason);
+}
+
+} // namespace
+
+IndexPass::IndexPass(Environment environment) : env(environment), groupEvents(firstGroupEvents) {}
+
+IndexOutcome IndexPass::run() {
+    if (!env.scope) cursorTexts = env.store.cursorTexts();
+    for (const ProviderID provider : {ProviderID::claude, ProviderID::codex, ProviderID::grok})
+        findPending(provider);
+    std::int64_t unread = 0;
+    for (const Part& part : parts)
+        unread += part.progress.bytesTotal;
+    if (unread < readAheadBytes) {
+        readInline();
+    } else {
+        readAhead();
+    }
+    flush();
+    logUnstored();
+    noteUnfinished();
+    recordCursorUsage();
+    return outcome;
+}
+
+bool IndexPass::isKnownUnchanged(ProviderID provider, const LogFile& file) const {
+    const auto found = cursorTexts.find(file.path);
+    return provider != ProviderID::grok && found != cursorTexts.end() &&
+           standsAt(found->second, file.attributes.inode, file.attributes.size);
+}
+
+std::vector<LogFile> IndexPass::filesIn(ProviderID provider, const std::filesystem::path& root) {
+    if (!env.scope) {
+        LogListing listing = findLogFiles(provider, root);
+        noteFailures(root, listing.failures);
+        return std::move(listing.files);
+    }
+    std::vector<LogFile> found;
+    for (const std::string& path : *env.scope) {
+        if (std::optional<LogFile> file = findLogFile(provider, root, path))
+            found.push_back(std::move(*file));
+    }
+    // In the order of a pass over all files, and each once however often it was reported.
+    std::ranges::sort(found, {}, &LogFile::path);
+    const auto repeated = std::ranges::unique(found, {}, &LogFile::path);
+    found.erase(repeated.begin(), repeated.end());
+    return found;
+}
+
+void IndexPass::noteFailures(const std::filesystem::path& root,
+                             const std::vector<LogListing::Failure>& failures) {
+    if (failures.empty()) return;
+    unreadableFolders += static_cast<std::int64_t>(failures.size());
+    std::string text = "listing " + root.string() + " failed: ";
+    for (std::size_t i = 0; i < std::min(failures.size(), namedFailures); ++i) {
+        const LogListing::Failure& failure = failures[i];
+        if (i > 0) text += "; ";
+        if (failure.path != root) text += failure.path.substr(root.native().size() + 1) + ": ";
+        text += failure.reason;
+    }
+    if (failures.size() > namedFailures)
+        text += "; and " + std::to_string(failures.size() - namedFailures) + " more";
+    unlisted.push_back(std::move(text));
+}
+
+std::optional<FileCursor> IndexPass::storedCursor(const std::string& path) const {
+    if (env.scope) return env.store.cursor(path);
+    const auto found = cursorTexts.find(path);
+    if (found == cursorTexts.end()) return std::nullopt;
+    return decodeCursorRow(path, found->second);
+}
+
+void IndexPass::findPending(ProviderID provider) {
+    Part& part = parts.emplace_back(Part{{provider, 0, 0}, {provider, 0, 0, 0}});
+    for (const std::filesystem::path& root : env.locations.logRoots(provider)) {
+        for (LogFile& file : filesIn(provider, root)) {
+            ++part.statistics.files;
+            if (isKnownUnchanged(provider, file)) continue;
+            PendingFile candidate{provider, std::move(file), std::nullopt};
+            try {
+                candidate.cursor = storedCursor(candidate.file.path);
+            } catch (const DecodingError& error) {
+                ++unreadableFiles;
+                logFailure(candidate, error.what());
+                continue;
+            }
+            if (!isChanged(candidate)) continue;
+            part.progress.bytesTotal += unreadBytes(candidate);
+            files.push_back(std::move(candidate));
+        }
+    }
+}
+
+void IndexPass::readInline() {
+    SliceReader reader(files, env.now);
+    while (!env.stop) {
+        std::optional<Slice> slice = reader.next();
+        if (!slice) return;
+        take(std::move(*slice));
+    }
+}
+
+void IndexPass::readAhead() {
+    BoundedQueue<Slice> queue(readAheadWeight);
+    std::thread worker;
+    try {
+        worker = std::thread([this, &queue] {
+            SliceReader reader(files, env.now);
+            while (std::optional<Slice> slice = reader.next()) {
+                const std::size_t weight = slice->events.size() + 1;
+                if (!queue.push(std::move(*slice), weight)) return;
+            }
+            queue.close();
+        });
+    } catch (const std::system_error&) {
+        return readInline(); // the system allows no more threads
+    }
+    try {
+        while (!env.stop) {
+            std::optional<Slice> slice = queue.pop();
+            if (!slice) break;
+            take(std::move(*slice));
+        }
+    } catch (...) {
+        queue.close();
+        worker.join();
+        throw;
+    }
+    queue.close();
+    worker.join();
+}
+
+void IndexPass::take(Slice slice) {
+    const PendingFile& pending = files[slice.file];
+    Part& part = partOf(pending.provider);
+    if (present != &part) {
+        // What is shown while a long pass runs goes provider by provider.
+        flush();
+        present = &part;
+    }
+    part.progress.bytesRead += slice.bytes;
+    part.statistics.bytesRead += slice.bytes;
+    if (!slice.failure.empty()) {
+        ++unreadableFiles;
+        logFailure(pending, slice.failure);
+    } else if (!unstored.contains(slice.file)) {
+        group.push_back({slice.file, events.size(), slice.events.size(), std::move(slice.cursor),
+                         slice.cursorMoved});
+        std::move(slice.events.begin(), slice.events.end(), std::back_inserter(events));
+        noteCodexLimits(std::move(slice.limits));
+        if (slice.heldUntil) held.emplace(slice.file, *slice.heldUntil);
+    }
+    if (events.size() >= groupEvents || group.size() >= groupSliceLimit) {
+        flush();
+        groupEvents = std::min(groupEvents * 2, groupEventLimit);
+    }
+    // A value for each slice: the receiver decides how often to show one.
+    if (env.progress) env.progress(part.progress);
+}
+
+IndexPass::Part& IndexPass::partOf(ProviderID provider) {
+    return *std::find_if(parts.begin(), parts.end(), [provider](const Part& part) {
+        return part.progress.provider == provider;
+    });
+}
+
+IndexStatistics IndexPass::statistics() const {
+    IndexStatistics all;
+    for (const Part& part : parts)
+        all.providers.push_back(part.statistics);
+    all.unreadableFiles = unreadableFiles;
+    all.unreadableFolders = unreadableFolders;
+    all.unstoredFiles = static_cast<std::int64_t>(unstored.size());
+    return all;
+}
+
+void IndexPass::noteCodexLimits(std::optional<ProviderLimits> limits) {
+    if (limits && replaceIfNewer(codexLimits, std::move(*limits))) codexLimitsPending = true;
+}
+
+void IndexPass::flush() {
+    try {
+        std::vector<FileCursor> cursors;
+        for (const StoredSlice& slice : group) {
+            if (slice.cursorMoved) cursors.push_back(slice.cursor);
+        }
+        // Nothing to write means no transaction either: a pass over unchanged files leaves the
+        // database alone.
+        if (!events.empty()) addEvents(events);
+        if (codexLimitsPending) storeCodexLimits();
+        if (!cursors.empty()) env.store.save(cursors);
+    } catch (const UsageStoreError& error) {
+        // The lock's holder is not going to be quicker for a single slice, and each try waits.
+        if (error.isLocked()) {
+            giveUpGroup(error.what());
+        } else {
+            storeOneByOne();
+        }
+    }
+    group.clear();
+    events.clear();
+}
+
+void IndexPass::addEvents(std::span<const UsageEvent> batch) {
+    const std::int64_t added = env.ingestEvents(batch, env.calendar);
+    outcome.newEvents += added;
+    present->statistics.newEvents += added;
+}
+
+void IndexPass::storeCodexLimits() {
+    // What was fetched meanwhile may be newer than what Codex last wrote into its log.
+    if (env.store.setLimitsIfNewer(*codexLimits, ProviderID::codex, env.now()))
+        outcome.codexLimitsUpdated = true;
+    codexLimitsPending = false;
+}
+
+void IndexPass::storeOneByOne() {
+    for (const StoredSlice& slice : group) {
+        // A cursor past a slice that is not stored would lose that slice for good.
+        if (unstored.contains(slice.file)) continue;
+        try {
+            if (slice.count > 0) addEvents(std::span(events).subspan(slice.first, slice.count));
+            if (codexLimitsPending) storeCodexLimits();
+            if (slice.cursorMoved) env.store.save(slice.cursor);
+        } catch (const UsageStoreError& error) {
+            giveUp(slice.file, error.what());
+        }
+    }
+}
+
+void IndexPass::giveUpGroup(const std::string& reason) {
+    for (const StoredSlice& slice : group) {
+        if (!unstored.contains(slice.file)) giveUp(slice.file, reason);
+    }
+}
+
+void IndexPass::giveUp(std::size_t file, const std::string& reason) {
+    unstored.insert(file);
+    unstoredFor[reason].push_back(file);
+}
+
+/// One line for each reason: a full disk has the same one for thousands of files.
+void IndexPass::logUnstored() const {
+    for (const auto& [reason, which] : unstoredFor) {
+        const std::size_t others = which.size() - 1;
+        logFailure(files[which.front()],
+                   reason + (others == 0 ? ""
+                                         : "; so did " + std::to_string(others) + " other file" +
+                                               (others == 1 ? "" : "s")));
+    }
+}
+
+void IndexPass::noteUnfinished() {
+    for (const auto& [file, due] : held) {
+        if (!unstored.contains(file)) outcome.unfinished.push_back({files[file].file.path, due});
+    }
+    if (unstored.empty()) return;
+    const Date due = env.now() + IndexerService::retryInterval;
+    for (const std::size_t file : unstored)
+        outcome.unfinished.push_back({files[file].file.path, due});
+}
+
+void IndexPass::recordCursorUsage() {
+    if (!env.cursor) return;
+    try {
+        const std::vector<UsageEvent> usage = env.cursor();
+        if (!usage.empty()) outcome.newEvents += env.ingestEvents(usage, env.calendar);
+    } catch (const std::exception& error) {
+        systemLog(std::string("storing Cursor usage failed: ") + error.what());
+    }
+}
+
+} // namespace tokwatch

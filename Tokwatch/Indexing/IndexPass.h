@@ -1,0 +1,106 @@
+#pragma once
+
+#include "Tokwatch/Indexing/IndexerService.h"
+#include "Tokwatch/Indexing/SliceReader.h"
+#include "TokwatchCore/Ingestion/ProviderLocations.h"
+#include "TokwatchCore/Store/UsageStore.h"
+#include "TokwatchCore/Support/Calendar.h"
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <set>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace tokwatch {
+
+/// One pass over the log files in its scope. Large amounts are read and parsed on a thread that
+/// runs ahead, while this thread writes what it read in file order; the result does not depend on
+/// timing.
+///
+/// Slices are stored in groups: the events of a group in one transaction, then its cursors in
+/// another. A pass that dies in between finds its events already seen the next time.
+class IndexPass {
+  public:
+    struct Environment {
+        UsageStore& store;
+        const ProviderLocations& locations;
+        const Calendar& calendar;
+        const Clock& now;
+        const IndexerService::IngestEvents& ingestEvents;
+        const IndexerService::CursorUsage& cursor; ///< may be empty
+        const IndexerService::ProgressHandler& progress;
+        const IndexScope& scope;
+        const std::atomic<bool>& stop; ///< ends the pass after the present slice
+    };
+
+    explicit IndexPass(Environment environment);
+
+    /// Throws UsageStoreError when the cursors cannot be read; failures of single files are logged.
+    IndexOutcome run();
+
+    IndexStatistics statistics() const;
+
+    /// One for each root that could not be listed whole, ready for the log.
+    const std::vector<std::string>& listingFailures() const { return unlisted; }
+
+  private:
+    /// A slice whose events wait in `events` for the group's transaction.
+    struct StoredSlice {
+        std::size_t file = 0;
+        std::size_t first = 0; ///< of its events
+        std::size_t count = 0;
+        FileCursor cursor;
+        bool cursorMoved = false;
+    };
+
+    /// What concerns one provider.
+    struct Part {
+        IndexingProgress progress;
+        IndexStatistics::Provider statistics;
+    };
+
+    void findPending(ProviderID provider);
+    Part& partOf(ProviderID provider);
+    bool isKnownUnchanged(ProviderID provider, const LogFile& file) const;
+    std::vector<LogFile> filesIn(ProviderID provider, const std::filesystem::path& root);
+    void noteFailures(const std::filesystem::path& root,
+                      const std::vector<LogListing::Failure>& failures);
+    std::optional<FileCursor> storedCursor(const std::string& path) const;
+    void readInline();
+    void readAhead();
+    void take(Slice slice);
+    void noteCodexLimits(std::optional<ProviderLimits> limits);
+    void flush();
+    void addEvents(std::span<const UsageEvent> batch);
+    void storeCodexLimits();
+    void storeOneByOne();
+    void giveUpGroup(const std::string& reason);
+    void giveUp(std::size_t file, const std::string& reason);
+    void logUnstored() const;
+    void noteUnfinished();
+    void recordCursorUsage();
+
+    Environment env;
+    std::unordered_map<std::string, std::string> cursorTexts; ///< of a pass over all files
+    std::vector<Part> parts;
+    std::vector<PendingFile> files; ///< changed ones, provider by provider
+    std::set<std::size_t> unstored; ///< files of which a slice could not be stored
+    std::map<std::string, std::vector<std::size_t>> unstoredFor; ///< the same by reason
+    std::map<std::size_t, Date> held; ///< files that end in an unfinished response, until when
+    std::vector<StoredSlice> group;
+    std::size_t groupEvents; ///< how many events make a group full
+    std::vector<UsageEvent> events;
+    std::optional<ProviderLimits> codexLimits; ///< the newest of this pass
+    bool codexLimitsPending = false;           ///< not stored yet
+    Part* present = nullptr;                   ///< whose slices are being taken
+    std::int64_t unreadableFiles = 0;
+    std::int64_t unreadableFolders = 0;
+    std::vector<std::string> unlisted;
+    IndexOutcome outcome;
+};
+
+} // namespace tokwatch

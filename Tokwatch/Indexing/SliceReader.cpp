@@ -1,0 +1,174 @@
+#include "Tokwatch/Indexing/SliceReader.h"
+
+#include "Platform/System/FileAccess.h"
+#include "TokwatchCore/Ingestion/GrokUsageParser.h"
+#include "TokwatchCore/Support/CheckedArithmetic.h"
+
+#include <algorithm>
+#include <charconv>
+#include <exception>
+#include <utility>
+
+namespace tokwatch {
+namespace {
+
+constexpr const char* providerEntry = "provider";
+constexpr const char* sizeEntry = "size";
+constexpr const char* modifiedEntry = "mtime";
+constexpr const char* lastTurnEntry = "lastTurn";
+
+std::optional<std::string> entry(const FileCursor& cursor, const char* key) {
+    const auto found = cursor.context.find(key);
+    if (found == cursor.context.end()) return std::nullopt;
+    return found->second;
+}
+
+/// The turn in "session#turn#model".
+std::int64_t turnOf(const UsageEvent& event) {
+    std::int64_t turn = 0;
+    const std::string_view rest =
+        std::string_view(event.dedupKey).substr(event.sessionID.size() + 1);
+    std::from_chars(rest.data(), rest.data() + rest.size(), turn);
+    return turn;
+}
+
+std::string readWhole(const InputFile& input, std::int64_t size) {
+    std::string document(static_cast<std::size_t>(size), '\0');
+    document.resize(input.read(document.data(), document.size(), 0));
+    return document;
+}
+
+/// A line from the future, as a clock that was set back since leaves it, would be the newest for as
+/// long as that takes.
+ProviderLimits datedNoLaterThan(Date now, ProviderLimits limits) {
+    if (limits.fetchedAt <= now) return limits;
+    limits.fetchedAt = now;
+    for (LimitWindow& window : limits.windows)
+        window.source = LimitSource::local(now);
+    return limits;
+}
+
+} // namespace
+
+bool replaceIfNewer(std::optional<ProviderLimits>& known, ProviderLimits reading) {
+    if (known && known->fetchedAt > reading.fetchedAt) return false;
+    known = std::move(reading);
+    return true;
+}
+
+bool isChangedDocument(const LogFile& file, const std::optional<FileCursor>& cursor) {
+    return !cursor || cursor->inode != file.attributes.inode ||
+           entry(*cursor, sizeEntry) != std::to_string(file.attributes.size) ||
+           entry(*cursor, modifiedEntry) != std::to_string(file.attributes.modified);
+}
+
+SliceReader::SliceReader(const std::vector<PendingFile>& pendingFiles, Clock clock)
+    : files(pendingFiles), now(std::move(clock)) {}
+
+std::optional<Slice> SliceReader::next() {
+    if (at == files.size()) return std::nullopt;
+    const PendingFile& pending = files[at];
+    const auto path = [&pending] { return pending.file.path; };
+    const SumOrigin origin(path);
+    Slice slice;
+    try {
+        slice = pending.provider == ProviderID::grok ? readDocument(pending) : readLines(pending);
+    } catch (const std::exception& error) {
+        slice = {};
+        slice.failure = error.what();
+    }
+    slice.file = at;
+    const bool isWhole = pending.provider == ProviderID::grok || !slice.failure.empty();
+    if (isWhole || isAtEnd(pending, slice.bytes)) nextFile();
+    return slice;
+}
+
+bool SliceReader::isAtEnd(const PendingFile& pending, std::int64_t bytes) const {
+    return bytes == 0 || reached->offset >= pending.file.attributes.size;
+}
+
+void SliceReader::nextFile() {
+    ++at;
+    reached.reset();
+    given.reset();
+    events.clear();
+    buffer.shrink(JSONLTail::sliceBytes);
+}
+
+Slice SliceReader::readLines(const PendingFile& pending) {
+    JSONLTail::Result read = JSONLTail::read(pending.file.path, reached ? reached : pending.cursor,
+                                             JSONLTail::sliceBytes, buffer);
+    // What is open was read from a file that is gone.
+    if (read.reset) events.clear();
+    Slice slice;
+    if (pending.provider == ProviderID::codex) {
+        parseCodex(slice, read);
+    } else {
+        parseClaude(read);
+    }
+    slice.bytes = read.bytesRead;
+    read.cursor.context[providerEntry] = rawValue(pending.provider);
+    reached = std::move(read.cursor);
+    slice.cursor = *reached;
+    const bool isLast = isAtEnd(pending, slice.bytes);
+    if (isLast) events.endFile(now(), reached->offset);
+    slice.events = events.take();
+    if (const std::optional<SliceEvents::Open> open = events.open()) {
+        slice.cursor.offset = open->firstLine;
+        if (isLast) slice.heldUntil = open->completeAt;
+    }
+    const std::optional<FileCursor>& before = given ? given : pending.cursor;
+    slice.cursorMoved = !before || slice.cursor != *before;
+    given = slice.cursor;
+    return slice;
+}
+
+void SliceReader::parseClaude(const JSONLTail::Result& read) {
+    const std::int64_t start = read.cursor.offset - read.bytesRead;
+    for (const std::string_view line : read.lines) {
+        if (std::optional<ClaudeLine> parsed = claude.parseLine(line))
+            events.add(std::move(*parsed), start + (line.data() - buffer.data()));
+    }
+}
+
+void SliceReader::parseCodex(Slice& slice, JSONLTail::Result& read) {
+    CodexLogParser parser;
+    parser.context = std::move(read.cursor.context);
+    const Date latest = now();
+    for (const std::string_view line : read.lines) {
+        std::optional<CodexLine> parsed = parser.parse(line);
+        if (!parsed) continue;
+        if (auto* event = std::get_if<UsageEvent>(&parsed->value)) {
+            events.add(std::move(*event));
+        } else {
+            auto& limits = std::get<ProviderLimits>(parsed->value);
+            replaceIfNewer(slice.limits, datedNoLaterThan(latest, std::move(limits)));
+        }
+    }
+    read.cursor.context = std::move(parser.context);
+}
+
+Slice SliceReader::readDocument(const PendingFile& pending) {
+    const InputFile input(pending.file.path);
+    // Taken before the contents: a document rewritten meanwhile is seen as changed by the next
+    // pass.
+    const FileAttributes attributes = input.attributes();
+    Slice slice;
+    slice.events = GrokUsageParser::parse(readWhole(input, attributes.size));
+    slice.bytes = attributes.size;
+    slice.cursor = {pending.file.path, attributes.inode, attributes.size, {}};
+
+    // Every turn is given each time, older ones, too: one may end late, or gain a model. The keys
+    // see to it that nothing counts twice, so the last turn is for people who look.
+    std::int64_t lastTurn = 0;
+    for (const UsageEvent& event : slice.events)
+        lastTurn = std::max(lastTurn, turnOf(event));
+    slice.cursor.context = {{providerEntry, std::string(rawValue(ProviderID::grok))},
+                            {sizeEntry, std::to_string(attributes.size)},
+                            {modifiedEntry, std::to_string(attributes.modified)},
+                            {lastTurnEntry, std::to_string(lastTurn)}};
+    slice.cursorMoved = !pending.cursor || slice.cursor != *pending.cursor;
+    return slice;
+}
+
+} // namespace tokwatch

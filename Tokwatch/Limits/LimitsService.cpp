@@ -1,0 +1,387 @@
+#include "Tokwatch/Limits/LimitsService.h"
+
+#include "Tokwatch/Preferences/Preferences.h"
+
+#include <QCoroFuture>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace tokwatch {
+namespace {
+
+/// How long a network may take after a sleep for nobody to be asked meanwhile.
+constexpr Seconds networkPatience{15};
+/// How long after a sleep an unreachable service says nothing about the service.
+constexpr Seconds wakingTime{60};
+/// An attempt that has no status after this belongs to a process that was killed: a fetch takes no
+/// longer.
+constexpr Seconds longestFetch{20};
+
+struct Claim {
+    bool isGranted = false;
+    AttemptRecord record;
+};
+
+/// What is shown of a provider after a fetch: its stored numbers, marked stale, where the fetch
+/// failed and brought none.
+ProviderLimits merged(const ProviderLimits& fresh, const std::optional<ProviderLimits>& stored) {
+    if (!stored || (stored->windows.empty() && !stored->credits)) return fresh;
+    ProviderLimits result = stored->markedStale();
+    result.status = fresh.status;
+    return result;
+}
+
+bool broughtNothing(const ProviderLimits& fresh) {
+    return fresh.status != ProviderStatus::ok && fresh.windows.empty();
+}
+
+} // namespace
+
+LimitsService::LimitsService(Providers ownProviders, Storage storage, Preferences& userPreferences,
+                             Clock clock, Scheduler& timers)
+    : providers(std::move(ownProviders)), results(std::move(storage.results)),
+      ledger(std::move(storage.attempts)), ledgerCalls(std::move(storage.run)),
+      preferences(userPreferences), now(std::move(clock)), scheduler(timers),
+      life(std::make_shared<Life>()) {}
+
+LimitsService::~LimitsService() = default;
+
+// What the application asks for
+
+void LimitsService::start(std::span<const ProviderID> ids) {
+    isStopped = false;
+    for (const ProviderID id : ids) {
+        if (providers.contains(id)) startOne(id);
+    }
+}
+
+void LimitsService::stop() {
+    isStopped = true;
+    networkTimer.reset();
+    for (const auto& [id, state] : states)
+        cancel(id);
+}
+
+QCoro::Task<> LimitsService::startOne(ProviderID id) {
+    const std::weak_ptr<Life> weak = life;
+    if (!isGated(id)) {
+        co_await showStored(id);
+        if (weak.expired()) co_return;
+    }
+    co_await wished(id, Wish::ownAccord);
+}
+
+QCoro::Task<> LimitsService::refresh(ProviderID id, bool force) {
+    if (!providers.contains(id)) co_return;
+    const Wish wish = force ? Wish::aRetry : Wish::ownAccord;
+    co_await wished(id, wish);
+}
+
+void LimitsService::refreshIfDue(std::span<const ProviderID> ids, Wish wish) {
+    for (const ProviderID id : ids) {
+        if (!providers.contains(id)) continue;
+        const State& state = states[id];
+        const AttemptRecord& record = state.record;
+        if (record.lastStatus == ProviderStatus::accessDenied) continue;
+        if (!RefreshPolicy::shouldFetch(record.lastAttempt, record.lastSuccess, now())) continue;
+        const bool isRetry = wish == Wish::aLook && state.hasFailedAfterSleep;
+        wished(id, isRetry ? Wish::aRetry : wish);
+    }
+}
+
+void LimitsService::cancel(ProviderID id) {
+    State& state = states[id];
+    state.scheduled.reset();
+    state.scheduledFor.reset();
+    tellTimes(id);
+}
+
+void LimitsService::reconsider() {
+    for (const auto& [id, provider] : providers) {
+        const auto state = states.find(id);
+        if (state == states.end()) continue; // nobody has asked for it yet
+        if (isGated(id))
+            closeGate(id);
+        else if (!isActive(id))
+            cancel(id);
+        else if (!state->second.scheduled &&
+                 state->second.record.lastStatus != ProviderStatus::accessDenied)
+            wished(id, Wish::ownAccord);
+    }
+}
+
+void LimitsService::resumed() {
+    wokeAt = now();
+    if (isStopped) return;
+    networkTimer = scheduler.after(networkPatience, [this] { networkIsBack(); });
+}
+
+void LimitsService::networkIsBack() {
+    networkTimer.reset();
+    if (isStopped) return;
+    for (const auto& [id, state] : states) {
+        const AttemptRecord& record = state.record;
+        if (!isActive(id) || record.lastStatus == ProviderStatus::accessDenied) continue;
+        if (record.lastStatus != ProviderStatus::unreachable) {
+            wished(id, Wish::ownAccord);
+            continue;
+        }
+        const Seconds elapsed = RefreshPolicy::elapsed(record.lastAttempt, now());
+        if (elapsed > RefreshPolicy::minimumAttemptSpacing)
+            wished(id, Wish::aRetry);
+        else
+            schedule(id, RefreshPolicy::minimumAttemptSpacing - elapsed, Wish::aRetry);
+    }
+}
+
+// Times
+
+AttemptTimes LimitsService::attemptTimes(ProviderID id) const {
+    const auto found = states.find(id);
+    if (found == states.end()) return {};
+    const State& state = found->second;
+    // A timer that a user's retry has set may come before the service may be asked by itself.
+    const std::optional<Date> nextFetch =
+        state.scheduledFor ? std::max(state.scheduledFor, nextAttempt(id, false)) : std::nullopt;
+    return {state.record.lastAttempt, nextAttempt(id, true), nextFetch, state.inFlight};
+}
+
+std::optional<Date> LimitsService::nextAttempt(ProviderID id, bool force) const {
+    const auto found = states.find(id);
+    if (found == states.end()) return std::nullopt;
+    const AttemptRecord& record = found->second.record;
+    if (record.wait(force, now()) <= Seconds{0}) return std::nullopt;
+    return *record.lastAttempt + record.spacing(force);
+}
+
+void LimitsService::tellTimes(ProviderID id) const {
+    if (onAttempt) onAttempt(id, attemptTimes(id));
+}
+
+void LimitsService::schedule(ProviderID id, Seconds delay, Wish wish) {
+    if (isStopped) return;
+    State& state = states[id];
+    state.scheduled = scheduler.after(delay, [this, id, wish] { wished(id, wish); });
+    state.scheduledFor = now() + delay;
+    tellTimes(id);
+}
+
+// Who may be asked
+
+bool LimitsService::isActive(ProviderID id) const {
+    const std::vector<ProviderID> enabled = preferences.enabledProviders();
+    return std::ranges::find(enabled, id) != enabled.end() && !isGated(id);
+}
+
+bool LimitsService::isGated(ProviderID id) const {
+    return id == ProviderID::claude && !preferences.claudeLiveLimits;
+}
+
+/// Claude with its live limits off: what was known stays to be seen, as stale and unavailable, and
+/// neither the login nor the service is touched.
+QCoro::Task<> LimitsService::closeGate(ProviderID id) {
+    const std::weak_ptr<Life> weak = life;
+    cancel(id);
+    const QFuture<std::optional<ProviderLimits>> reading = results->limits(id);
+    const std::optional<ProviderLimits> known = co_await reading;
+    if (weak.expired() || !isGated(id)) co_return;
+    ProviderLimits closed;
+    closed.fetchedAt = now();
+    if (known) {
+        closed = known->markedStale();
+        if (known->status != ProviderStatus::unavailable) states[id].beforeGate = known;
+    }
+    closed.status = ProviderStatus::unavailable;
+    if (closed != known) {
+        const QFuture<void> writing = results->setLimits(closed, id);
+        co_await writing;
+        if (weak.expired() || !isGated(id)) co_return;
+    }
+    update(id, closed);
+}
+
+/// Takes back what closing the gate has made of the numbers: the service may not be due for long.
+QCoro::Task<> LimitsService::reopenGate(ProviderID id) {
+    const std::weak_ptr<Life> weak = life;
+    const std::optional<ProviderLimits> before = std::exchange(states[id].beforeGate, std::nullopt);
+    if (!before) co_return;
+    const ProviderLimits known = aged(*before);
+    const QFuture<void> writing = results->setLimits(known, id);
+    co_await writing;
+    if (!weak.expired() && !isGated(id)) update(id, known);
+}
+
+// Asking
+
+/// Begins a consideration, or adds the wish to the one that is under way, and ends with it.
+QCoro::Task<> LimitsService::wished(ProviderID id, Wish wish) {
+    if (isGated(id)) {
+        co_await closeGate(id);
+        co_return;
+    }
+    if (wish == Wish::ownAccord && (isStopped || isWaitingForNetwork())) {
+        states[id]; // so that it is looked at when the network is back
+        co_return;
+    }
+    State& state = states[id];
+    state.wantsRetry = state.wantsRetry || wish == Wish::aRetry;
+    if (!state.consideration) {
+        state.consideration = std::make_shared<QPromise<void>>();
+        state.consideration->start();
+        consider(id);
+    }
+    const std::shared_ptr<QPromise<void>> consideration = states[id].consideration;
+    if (!consideration) co_return;
+    const QFuture<void> end = consideration->future();
+    co_await end;
+}
+
+QCoro::Task<> LimitsService::consider(ProviderID id) {
+    const std::weak_ptr<Life> weak = life;
+    const std::shared_ptr<QPromise<void>> consideration = states[id].consideration;
+    co_await reopenGate(id);
+    bool isDecided = weak.expired();
+    while (!isDecided) {
+        const bool force = std::exchange(states[id].wantsRetry, false);
+        const QFuture<Claim> claiming = ledgerCalls.call([ledger = ledger, clock = now, id, force] {
+            Claim claim;
+            claim.record = ledger->edit(id, [&](AttemptRecord& record) {
+                const Date present = clock();
+                claim.isGranted = record.wait(force, present) <= Seconds{0};
+                if (!claim.isGranted) return false;
+                record.lastAttempt = present;
+                record.isAnswered = false;
+                return true;
+            });
+            return claim;
+        });
+        const Claim claim = co_await claiming;
+        if (weak.expired()) break;
+        const AttemptRecord before = std::exchange(states[id].record, claim.record);
+        isDecided = claim.isGranted || !states[id].wantsRetry;
+        if (claim.isGranted)
+            co_await fetch(id, *claim.record.lastAttempt);
+        else if (before != claim.record)
+            co_await showStored(id);
+        if (weak.expired()) break;
+        if (!claim.isGranted && isDecided) postpone(id, claim.record, force);
+    }
+    if (!weak.expired()) {
+        states[id].consideration.reset();
+        states[id].wantsRetry = false;
+    }
+    consideration->finish();
+}
+
+/// Sets the timer for a provider that may not be asked yet.
+void LimitsService::postpone(ProviderID id, const AttemptRecord& seen, bool force) {
+    // Asking again for a login that the user refused would nag.
+    if (!isActive(id) || seen.lastStatus == ProviderStatus::accessDenied) return cancel(id);
+    Seconds delay = std::max(seen.wait(force, now()), Seconds{0});
+    // Another process is asking; its answer is worth a look.
+    const Seconds age = RefreshPolicy::elapsed(seen.lastAttempt, now());
+    if (!seen.isAnswered && age < longestFetch) delay = std::min(delay, longestFetch - age);
+    schedule(id, delay);
+}
+
+QCoro::Task<> LimitsService::fetch(ProviderID id, Date attempt) {
+    const std::weak_ptr<Life> weak = life;
+    const std::shared_ptr<LimitsProvider> provider = providers.at(id);
+    if (isGated(id)) {
+        co_await forget(id); // the gate was closed since
+        co_return;
+    }
+    states[id].inFlight = true;
+    cancel(id);
+    const ProviderLimits fresh = co_await provider->fetch(attempt);
+    if (weak.expired()) co_return;
+    states[id].inFlight = false;
+    if (!isActive(id)) {
+        co_await forget(id);
+        co_return;
+    }
+
+    ProviderLimits result = fresh;
+    if (broughtNothing(fresh)) {
+        const QFuture<std::optional<ProviderLimits>> reading = results->limits(id);
+        const std::optional<ProviderLimits> stored = co_await reading;
+        result = merged(fresh, stored);
+        if (weak.expired()) co_return;
+    }
+    // The row before the note: who sees that another process has asked looks for its result.
+    const QFuture<void> writing = results->setLimits(result, id);
+    co_await writing;
+    if (weak.expired()) co_return;
+    const QFuture<AttemptRecord> noting = note(id, attempt, fresh.status);
+    const AttemptRecord record = co_await noting;
+    if (weak.expired()) co_return;
+
+    State& state = states[id];
+    state.record = record;
+    state.hasFailedAfterSleep =
+        fresh.status == ProviderStatus::unreachable && isAfterSleep(attempt);
+    if (isGated(id)) co_return; // since the answer came; the gate has been shown
+    update(id, result);
+    // Asking again for a login that the user refused would nag.
+    if (fresh.status == ProviderStatus::accessDenied)
+        cancel(id);
+    else
+        schedule(id, record.currentDelay);
+}
+
+/// Whoever turns the provider on again has never asked.
+QCoro::Task<> LimitsService::forget(ProviderID id) {
+    states[id].record = {};
+    tellTimes(id);
+    const QFuture<AttemptRecord> forgetting = ledgerCalls.call([ledger = ledger, id] {
+        return ledger->edit(id, [](AttemptRecord& record) {
+            record = {};
+            return true;
+        });
+    });
+    co_await forgetting;
+}
+
+QFuture<AttemptRecord> LimitsService::note(ProviderID id, Date attempt, ProviderStatus outcome) {
+    const bool isExcused = outcome == ProviderStatus::unreachable && isAfterSleep(attempt);
+    return ledgerCalls.call([ledger = ledger, clock = now, id, attempt, outcome, isExcused] {
+        return ledger->edit(id, [&](AttemptRecord& record) {
+            if (!record.lastAttempt) record.lastAttempt = attempt;
+            // Unless another process has begun one since.
+            if (record.lastAttempt == attempt) record.isAnswered = true;
+            record.lastStatus = outcome;
+            if (outcome == ProviderStatus::ok) record.lastSuccess = clock();
+            if (!isExcused)
+                record.currentDelay = RefreshPolicy::nextDelay(outcome, record.currentDelay);
+            return true;
+        });
+    });
+}
+
+bool LimitsService::isAfterSleep(Date attempt) const {
+    return RefreshPolicy::elapsed(wokeAt, attempt) < wakingTime;
+}
+
+// What is shown
+
+QCoro::Task<> LimitsService::showStored(ProviderID id) {
+    const std::weak_ptr<Life> weak = life;
+    const QFuture<std::optional<ProviderLimits>> reading = results->limits(id);
+    const std::optional<ProviderLimits> stored = co_await reading;
+    if (weak.expired() || isGated(id) || !stored) co_return;
+    update(id, aged(*stored));
+}
+
+/// What is not recent is stale: it stands where a fetch would have brought newer numbers.
+ProviderLimits LimitsService::aged(const ProviderLimits& limits) const {
+    const bool isRecent = std::chrono::abs(now() - limits.fetchedAt) <= RefreshPolicy::baseInterval;
+    return isRecent ? limits : limits.markedStale();
+}
+
+void LimitsService::update(ProviderID id, const ProviderLimits& limits) const {
+    if (onUpdate) onUpdate(id, limits);
+}
+
+} // namespace tokwatch

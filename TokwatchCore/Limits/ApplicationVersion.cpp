@@ -1,9 +1,0 @@
-#include "ApplicationVersion.h"
-
-namespace tokwatch {
-
-std::string_view applicationVersion() {
-    return TOKWATCH_VERSION;
-}
-
-} // namespace tokwatch
