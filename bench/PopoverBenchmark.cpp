@@ -2,8 +2,8 @@
 // display that there is: popover-benchmark HOME DATA. Prints one JSON object. The time of an
 // opening runs from the request to the first frame that was drawn.
 
-#include "Platform/Desktop/DesktopBus.h"
-#include "Platform/Desktop/QtScheduler.h"
+#include "Platform/Linux/DesktopBus.h"
+#include "Platform/Linux/QtScheduler.h"
 #include "Tokwatch/Desktop/AppDelegate.h"
 #include "Tokwatch/Preferences/Preferences.h"
 

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -20,6 +21,7 @@ namespace {
 constexpr mode_t privateFile = 0600;
 constexpr mode_t privateDirectory = 0700;
 constexpr int mostLinks = 16;
+constexpr std::chrono::milliseconds lockPause{2};
 /// What mkostemp replaces.
 constexpr std::string_view uniquePart = ".XXXXXX";
 
@@ -175,6 +177,22 @@ FileDescriptor openPrivately(const std::filesystem::path& file) {
     struct stat status = {};
     if (::fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode)) fail(EINVAL, file);
     return opened;
+}
+
+FileDescriptor lockPrivately(const std::filesystem::path& file,
+                             std::chrono::milliseconds patience) {
+    try {
+        FileDescriptor lock = openPrivately(file);
+        while (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+            if ((errno != EWOULDBLOCK && errno != EINTR) || patience <= lockPause)
+                return FileDescriptor();
+            std::this_thread::sleep_for(lockPause);
+            patience -= lockPause;
+        }
+        return lock;
+    } catch (const std::system_error&) {
+        return FileDescriptor();
+    }
 }
 
 void replacePrivately(const std::filesystem::path& file, std::string_view contents) {

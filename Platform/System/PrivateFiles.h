@@ -2,6 +2,7 @@
 
 #include "Platform/System/FileDescriptor.h"
 
+#include <chrono>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -32,6 +33,10 @@ std::filesystem::path createPrivately(const std::filesystem::path& file);
 
 /// Opens the file for reading and writing, and makes it where there is none. Not for databases.
 FileDescriptor openPrivately(const std::filesystem::path& file);
+
+/// Takes the lock that the file stands for, made where there is none; held until the descriptor is
+/// closed. Not open where it is not to be had within `patience`, or not at all.
+FileDescriptor lockPrivately(const std::filesystem::path& file, std::chrono::milliseconds patience);
 
 /// Makes or replaces the file as a whole, so that neither a reader nor a power cut meets half of
 /// it. What earlier calls left behind that were killed is removed.

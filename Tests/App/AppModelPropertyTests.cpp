@@ -155,11 +155,11 @@ class Days : protected testing::ModelWorld {
     }
 
     void burst() {
-        if (!watch.onChange) return;
+        if (!watch.onEvents) return;
         finishAllPasses();
         const int before = indexer.passes;
         for (int i = 0; i < 20; ++i)
-            watch.onChange({"/x/a.jsonl"});
+            watch.onChange({logPath("a.jsonl")});
         settle();
         EXPECT_EQ(indexer.passes, before + 1);
         finishAllPasses();

@@ -178,10 +178,10 @@ TEST_F(AppModelTest, TakesCodexLimitsFromItsLogs) {
     startUp();
     const ProviderLimits local = someLimits(time.now(), 0.25);
     store->setLimits(local, ProviderID::codex);
-    change({"/x/a.jsonl"});
+    change({logPath("a.jsonl")});
     finishPass();
     EXPECT_FALSE(model->limits().contains(ProviderID::codex));
-    change({"/x/a.jsonl"});
+    change({logPath("a.jsonl")});
     finishPass({1, true});
     EXPECT_EQ(model->limits().at(ProviderID::codex), local);
 }
@@ -189,9 +189,9 @@ TEST_F(AppModelTest, TakesCodexLimitsFromItsLogs) {
 TEST_F(AppModelTest, MakesAPassOnlyForChangesOfLogs) {
     startUp();
     const int before = indexer.passes;
-    change({"/x/notes.txt", "/x/todo.json"});
+    change({logPath("notes.txt"), logPath("todo.json")});
     EXPECT_EQ(indexer.passes, before);
-    change({"/x/notes.txt", "/x/a.jsonl"});
+    change({logPath("notes.txt"), logPath("a.jsonl")});
     EXPECT_EQ(indexer.passes, before + 1);
     finishPass();
     change({home / ".claude/projects"}); // anything below may have changed
@@ -202,7 +202,7 @@ TEST_F(AppModelTest, MakesOneFurtherPassForABurstOfChanges) {
     startUp();
     const int before = indexer.passes;
     for (int i = 0; i < 10; ++i)
-        change({"/x/a.jsonl"});
+        change({logPath("a.jsonl")});
     EXPECT_EQ(indexer.passes, before + 1);
     finishAllPasses();
     EXPECT_EQ(indexer.passes, before + 2);
@@ -243,14 +243,14 @@ TEST_F(AppModelTest, ShowsProgressAndPublishesProviderByProvider) {
 TEST_F(AppModelTest, RereadsAProviderOnceAtATime) {
     startUp();
     FileCursor cursor;
-    cursor.path = "/x/a.jsonl";
+    cursor.path = logPath("a.jsonl");
     cursor.context["provider"] = "claude";
     store->save(cursor);
     model->reread(ProviderID::claude);
     model->reread(ProviderID::claude);
     EXPECT_THAT(model->rereading(), ElementsAre(ProviderID::claude));
     settle();
-    EXPECT_FALSE(store->cursor("/x/a.jsonl"));
+    EXPECT_FALSE(store->cursor(logPath("a.jsonl")));
     EXPECT_EQ(indexer.waiting(), 1U);
     EXPECT_THAT(model->rereading(), ElementsAre(ProviderID::claude));
     finishPass();
@@ -260,7 +260,7 @@ TEST_F(AppModelTest, RereadsAProviderOnceAtATime) {
 TEST_F(AppModelTest, GivesARereadUpWhenTheStoreFails) {
     startUp();
     FileCursor cursor;
-    cursor.path = "/x/a.jsonl";
+    cursor.path = logPath("a.jsonl");
     cursor.context["provider"] = "claude";
     store->save(cursor);
     sqlite::Connection((data / "usage.sqlite").string())
@@ -299,7 +299,7 @@ TEST_F(AppModelTest, PrunesOnceADayAndKeepsNinetyDays) {
     store->ingest(std::vector{eventBefore(time.now(), 95, "later")}, Calendar::utc());
     const auto passAfter = [this](double seconds) {
         time.jump(Seconds{seconds});
-        change({"/x/a.jsonl"});
+        change({logPath("a.jsonl")});
         finishAllPasses();
     };
     passAfter(day - 3600);
@@ -376,7 +376,7 @@ TEST_F(AppModelTest, TriesToPruneAgainWhenItFailed) {
     EXPECT_THAT(log.lines(), ::testing::Each(HasSubstr("Tokwatch: prune failed: ")));
     EXPECT_FALSE(preferences->lastPruneAt());
     other.execute("DROP TRIGGER no_delete");
-    change({"/x/a.jsonl"});
+    change({logPath("a.jsonl")});
     finishPass();
     EXPECT_GE(preferences->lastPruneAt(), time.now());
 }
@@ -408,19 +408,19 @@ TEST_F(AppModelTest, RefreshesForThePopoverOnlyWhatIsDue) {
 TEST_F(AppModelTest, ReadsWhatHasChangedAndEverythingWhereThatIsUnknown) {
     startUp();
     EXPECT_EQ(indexer.lastScope, std::nullopt);
-    change({"/x/b.jsonl", "/x/notes.txt"});
-    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre("/x/b.jsonl")));
-    change({"/x/c.jsonl", "/x/a.jsonl"});
-    change({"/x/a.jsonl"});
+    change({logPath("b.jsonl"), logPath("notes.txt")});
+    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre(logPath("b.jsonl"))));
+    change({logPath("c.jsonl"), logPath("a.jsonl")});
+    change({logPath("a.jsonl")});
     finishPass();
-    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre("/x/a.jsonl", "/x/c.jsonl")));
-    change({"/x/a.jsonl"});
-    change({home.path().string(), "/x/a.jsonl"});
+    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre(logPath("a.jsonl"), logPath("c.jsonl"))));
+    change({logPath("a.jsonl")});
+    change({(home / ".claude/projects").string(), logPath("a.jsonl")});
     finishPass();
     EXPECT_EQ(indexer.lastScope, std::nullopt) << "a whole directory may have changed";
-    change({"/x/a.jsonl"});
+    change({logPath("a.jsonl")});
     finishPass();
-    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre("/x/a.jsonl")));
+    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre(logPath("a.jsonl"))));
 }
 
 TEST_F(AppModelTest, PublishesAnewWhereTheTimeZoneIsAnother) {
@@ -435,24 +435,26 @@ TEST_F(AppModelTest, PublishesAnewWhereTheTimeZoneIsAnother) {
     EXPECT_EQ(model->calendar(), calendar);
     EXPECT_EQ(model->summary().windowEnd, calendar.startOfDay(time.now()));
     calendar = *Calendar::named("America/Lima");
-    change({"/x/a.jsonl"});
+    change({logPath("a.jsonl")});
     finishPass();
     EXPECT_EQ(model->calendar(), calendar) << "no signal, but another pass";
 }
 
 TEST_F(AppModelTest, LooksAgainWhenUnfinishedFilesAreDue) {
     startUp();
-    change({"/x/a.jsonl"});
+    change({logPath("a.jsonl")});
     const Date begin = time.now();
     finishPass(
-        {0, false, {{"/x/a.jsonl", begin + Seconds{20}}, {"/x/b.jsonl", begin + Seconds{40}}}});
+        {0,
+         false,
+         {{logPath("a.jsonl"), begin + Seconds{20}}, {logPath("b.jsonl"), begin + Seconds{40}}}});
     advance(19.9);
     EXPECT_EQ(indexer.waiting(), 0U);
     advance(0.1);
-    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre("/x/a.jsonl", "/x/b.jsonl")));
-    finishPass({1, false, {{"/x/b.jsonl", begin + Seconds{40}}}});
+    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre(logPath("a.jsonl"), logPath("b.jsonl"))));
+    finishPass({1, false, {{logPath("b.jsonl"), begin + Seconds{40}}}});
     advance(20);
-    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre("/x/b.jsonl")));
+    EXPECT_THAT(indexer.lastScope, Optional(ElementsAre(logPath("b.jsonl"))));
     // The store itself fails: everything is looked at again, without waiting for an event.
     const testing::CapturedLog log;
     indexer.fail("the cursors cannot be read");
@@ -475,10 +477,12 @@ TEST_F(AppModelTest, MayEndWhileEverythingIsUnderWay) {
     model->refresh();
     model->reread(ProviderID::claude);
     indexer.report({ProviderID::claude, 1, 2});
-    change({"/x/a.jsonl"});
-    const auto onChange = watch.onChange;
+    change({logPath("a.jsonl")});
+    const auto onChange = [late = watch](const std::vector<std::string>& paths) {
+        late.onChange(paths);
+    };
     model.reset();
-    onChange({"/x/a.jsonl"});
+    onChange({logPath("a.jsonl")});
     notifications.refresh();
     claude().answer(someLimits(time.now()));
     holdBackground = false;

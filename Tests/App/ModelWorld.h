@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Desktop/SystemNotifications.h"
+#include "Platform/Seams/SystemNotifications.h"
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/FakeLimitsProvider.h"
 #include "Tests/Support/ManualScheduler.h"
@@ -76,23 +76,29 @@ class FakeNotifications final : public SystemNotifications {
 /// The watch that the model holds at the moment.
 struct FakeWatch {
     std::vector<std::filesystem::path> roots;
-    std::function<void(std::vector<std::string>)> onChange;
+    FileEventStream::OnEvents onEvents;
     int started = 0;
     int ended = 0;
     bool isRunning = true;
 
-    std::unique_ptr<FileWatch> start(std::vector<std::filesystem::path> newRoots,
-                                     std::function<void(std::vector<std::string>)> call) {
-        roots = std::move(newRoots);
-        onChange = std::move(call);
+    std::unique_ptr<FileEventStream> start(const std::vector<std::string>& newRoots,
+                                           FileEventStream::OnEvents call) {
+        roots.assign(newRoots.begin(), newRoots.end());
+        onEvents = std::move(call);
         ++started;
-        struct Handle final : FileWatch {
-            explicit Handle(FakeWatch& owner) : watch(owner) {}
-            ~Handle() override { ++watch.ended; }
+        struct Stream final : FileEventStream {
+            explicit Stream(FakeWatch& owner) : watch(owner) {}
+            ~Stream() override { ++watch.ended; }
             bool isRunning() const override { return watch.isRunning; }
             FakeWatch& watch;
         };
-        return std::make_unique<Handle>(*this);
+        return std::make_unique<Stream>(*this);
+    }
+    void onChange(const std::vector<std::string>& paths) const {
+        std::vector<FileEvent> events;
+        for (const std::string& path : paths)
+            events.push_back({path});
+        onEvents(std::move(events));
     }
 };
 
@@ -134,8 +140,8 @@ class ModelWorld {
             [](std::string_view path) {
                 return path.ends_with(".jsonl") ? std::optional(ProviderID::claude) : std::nullopt;
             },
-            [this](auto roots, auto onChange) {
-                return watch.start(std::move(roots), std::move(onChange));
+            [this](const auto& roots, Seconds, auto onEvents) {
+                return watch.start(roots, std::move(onEvents));
             },
             notifications, time,
             [this](std::function<void()> work) { background.push_back(std::move(work)); },
@@ -157,6 +163,10 @@ class ModelWorld {
     }
     void advance(double seconds) {
         time.advance(Seconds{seconds}, [this] { settle(); });
+    }
+    /// Below a root that is watched.
+    std::string logPath(const std::string& name) const {
+        return (home / ".claude/projects" / name).string();
     }
     void finishPass(const IndexOutcome& outcome = {}) {
         indexer.finish(outcome);

@@ -1,6 +1,6 @@
 #include "Tokwatch/Desktop/AppDelegate.h"
 
-#include "Platform/Desktop/DesktopBus.h"
+#include "Platform/Linux/DesktopBus.h"
 #include "Tests/BusSupport/FakeStatusArea.h"
 #include "Tests/BusSupport/PrivateBus.h"
 #include "Tests/BusSupport/SignalLog.h"

@@ -4,7 +4,7 @@
 //   title SEVERITY PROVIDER TEXT…    e.g. "title warning claude 42% · 3h 5m"; "-" for none
 //   desktop dark|light
 
-#include "Platform/Desktop/QtScheduler.h"
+#include "Platform/Linux/QtScheduler.h"
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
 #include "Tokwatch/StatusItem/StatusMenu.h"
 

@@ -1,4 +1,4 @@
-#include "TokwatchCore/Limits/LinuxCredentialSource.h"
+#include "Platform/Linux/LinuxCredentialSource.h"
 
 #include "Tests/BusSupport/PrivateBus.h"
 #include "Tests/Support/EventLoop.h"

@@ -1,4 +1,4 @@
-#include "Platform/Desktop/DesktopBus.h"
+#include "Platform/Linux/DesktopBus.h"
 
 #include "Tests/BusSupport/PrivateBus.h"
 #include "Tests/Support/EventLoop.h"

@@ -1,4 +1,4 @@
-#include "Tokwatch/Watching/InotifyStream.h"
+#include "Platform/Linux/InotifyStream.h"
 
 #include "Tests/Support/CapturedLog.h"
 #include "Tests/Support/TemporaryDirectory.h"

@@ -1,21 +1,21 @@
 #include "Tokwatch/App/AppModel.h"
 
-#include "Platform/Desktop/SystemNotifications.h"
+#include "Platform/Seams/SystemNotifications.h"
+#include "Tokwatch/App/MainThread.h"
+#include "Tokwatch/App/ProgressRelay.h"
+#include "Tokwatch/App/Pruning.h"
 #include "Tokwatch/Limits/LimitsService.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Store/UsageStore.h"
-#include "TokwatchCore/Support/ISO8601.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
-#include <QCoreApplication>
 #include <QCoroFuture>
 #include <QPointer>
 #include <QPromise>
 
 #include <algorithm>
 #include <exception>
-#include <mutex>
-#include <ranges>
+#include <iterator>
 #include <system_error>
 #include <type_traits>
 
@@ -23,12 +23,8 @@ namespace tokwatch {
 namespace {
 
 constexpr Seconds watchInterval{300};
+constexpr Seconds watchLatency{2};
 constexpr Seconds pruneInterval{86'400};
-
-/// Runs the call from the main thread's event loop. Callable from any thread.
-void onMainThread(std::function<void()> call) {
-    QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(call), Qt::QueuedConnection);
-}
 
 std::string what(const std::exception& error) {
     return error.what();
@@ -48,58 +44,11 @@ LimitsByProvider storedLimits(UsageStore& store, const std::vector<ProviderID>& 
     return found;
 }
 
-/// A moment in the day of this key.
-std::optional<Date> momentOf(const std::string& key, const Calendar& calendar) {
-    const std::optional<Date> noon = parseISO8601(key + "T12:00:00Z"); // UTC's, not the zone's
-    if (!noon) return std::nullopt;
-    const std::string there = calendar.dayKey(*noon);
-    if (there == key) return noon;
-    return calendar.addingDays(*noon, there < key ? 1 : -1);
-}
-
-/// Where the days begin that are kept: so long before the present, or before the last day with
-/// usage where that is earlier. A clock that is a year ahead for an hour must not empty the store.
-Date pruneLimit(Date now, const std::optional<std::string>& newestDay, int keptDays,
-                const Calendar& calendar) {
-    const std::optional<Date> newest =
-        newestDay ? momentOf(*newestDay, calendar) : std::optional<Date>();
-    return calendar.addingDays(newest ? std::min(now, *newest) : now, -keptDays);
-}
-
 } // namespace
 
-/// Brings the indexer's progress to the main thread: the latest value at a time, however fast they
-/// come, and none after the end of its pass.
-class AppModel::ProgressRelay : public std::enable_shared_from_this<ProgressRelay> {
-  public:
-    explicit ProgressRelay(AppModel* owner) : model(owner) {}
-
-    /// On the indexer's thread.
-    void post(const IndexingProgress& progress) {
-        const std::lock_guard lock(mutex);
-        const bool underWay = latest.has_value();
-        latest = progress;
-        if (!underWay) onMainThread([self = shared_from_this()] { self->deliver(); });
-    }
-
-    void end() { ended = true; }
-
-  private:
-    void deliver() {
-        std::unique_lock lock(mutex);
-        const std::optional<IndexingProgress> progress = std::exchange(latest, std::nullopt);
-        lock.unlock();
-        if (model && !ended) model->setIndexing(progress);
-    }
-
-    const QPointer<AppModel> model; ///< looked at on the main thread only
-    bool ended = false;             ///< likewise
-    std::mutex mutex;
-    std::optional<IndexingProgress> latest; ///< on its way to the main thread
-};
-
 AppModel::AppModel(AppServices parts)
-    : services(std::move(parts)), calendarState(services.calendar()) {}
+    : services(std::move(parts)), calendarState(services.calendar()),
+      requests(services.scheduler, services.now, [this] { runRequestedPass(); }) {}
 
 AppModel::~AppModel() = default;
 
@@ -156,8 +105,7 @@ void AppModel::beginWork() {
 
 void AppModel::endWork() {
     services.limitsService.stop();
-    nextFollowUp.reset();
-    unfinishedFiles.clear();
+    requests.forgetUnfinished();
     watcher.reset();
     watchedRoots.clear();
 }
@@ -335,7 +283,9 @@ void AppModel::reconsiderLimits() {
 
 QCoro::Task<> AppModel::pass(IndexScope scope) {
     const QPointer<AppModel> self(this);
-    const auto relay = std::make_shared<ProgressRelay>(this);
+    const auto relay = std::make_shared<ProgressRelay>([self](const IndexingProgress& progress) {
+        if (self) self->setIndexing(progress);
+    });
     const QFuture<IndexOutcome> indexing =
         services.index([relay](const IndexingProgress& progress) { relay->post(progress); }, scope);
     IndexOutcome outcome;
@@ -344,15 +294,10 @@ QCoro::Task<> AppModel::pass(IndexScope scope) {
         co_await ended;
         if (indexing.resultCount() == 0) co_return; // the indexer went away
         outcome = indexing.result();
-        if (self) followUp(scope, outcome.unfinished);
+        if (self) requests.passed(scope, outcome.unfinished);
     } catch (const std::exception& error) {
         systemLog("indexing failed: " + what(error));
-        if (self) {
-            everythingMayHaveChanged = true;
-            // The empty path stands for all of them.
-            followUp(IndexScope{std::in_place},
-                     {{{}, services.now() + IndexerService::retryInterval}});
-        }
+        if (self) requests.failed(services.now() + IndexerService::retryInterval);
     }
     relay->end();
     if (!self) co_return;
@@ -482,41 +427,18 @@ QCoro::Task<> AppModel::runFirstPass() {
 
 void AppModel::requestPass(const IndexScope& scope) {
     if (ownRole == Role::showing) return;
-    if (scope)
-        changedPaths.insert(scope->begin(), scope->end());
-    else
-        everythingMayHaveChanged = true;
-    if (passing.request()) passWhileWanted();
+    requests.add(scope);
+    runRequestedPass();
 }
 
-void AppModel::followUp(const IndexScope& scope, const std::vector<UnfinishedFile>& files) {
-    if (scope) {
-        for (const std::string& path : *scope)
-            unfinishedFiles.erase(path);
-    } else {
-        unfinishedFiles.clear();
-    }
-    for (const UnfinishedFile& file : files)
-        unfinishedFiles.insert_or_assign(file.path, file.due);
-    nextFollowUp.reset();
-    if (unfinishedFiles.empty()) return;
-    const Date due = std::ranges::min(unfinishedFiles | std::views::values);
-    nextFollowUp = services.scheduler.after(due - services.now(), [this] {
-        const auto paths = unfinishedFiles | std::views::keys;
-        requestPass(std::vector<std::string>(paths.begin(), paths.end()));
-    });
-}
-
-IndexScope AppModel::takeRequestedScope() {
-    const std::set<std::string> paths = std::exchange(changedPaths, {});
-    if (std::exchange(everythingMayHaveChanged, false)) return std::nullopt;
-    return std::vector<std::string>(paths.begin(), paths.end());
+void AppModel::runRequestedPass() {
+    if (ownRole == Role::working && passing.request()) passWhileWanted();
 }
 
 QCoro::Task<> AppModel::passWhileWanted() {
     const QPointer<AppModel> self(this);
     do {
-        const IndexScope scope = takeRequestedScope();
+        const IndexScope scope = requests.take();
         co_await pass(scope);
         if (!self) co_return;
     } while (passing.finish());
@@ -552,11 +474,16 @@ void AppModel::startWatching() {
     if (watcher && watcher->isRunning() && roots == watchedRoots) return;
     const QPointer<AppModel> self(this);
     // The new watch begins before the old one ends, so that no change falls between them.
-    watcher = services.watchFiles(roots, [self](std::vector<std::string> paths) {
-        onMainThread([self, paths = std::move(paths)] {
-            if (self) self->pathsChanged(paths);
-        });
-    });
+    auto next = std::make_unique<DirectoryWatcher>(
+        roots, watchLatency,
+        [self](std::vector<std::string> paths) {
+            onMainThread([self, paths = std::move(paths)] {
+                if (self) self->pathsChanged(paths);
+            });
+        },
+        services.openFileEvents);
+    next->start();
+    watcher = std::move(next);
     watchedRoots = std::move(roots);
 }
 

@@ -2,7 +2,9 @@
 
 #include "Tokwatch/App/AppServices.h"
 #include "Tokwatch/App/CoalescedTask.h"
+#include "Tokwatch/App/PassRequests.h"
 #include "Tokwatch/Limits/AttemptTimes.h"
+#include "Tokwatch/Watching/DirectoryWatcher.h"
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Store/UsageSummary.h"
 
@@ -114,8 +116,6 @@ class AppModel : public QObject {
     Date now() const { return services.now(); }
 
   private:
-    class ProgressRelay;
-
     // The model may be gone whenever one of these resumes.
     QCoro::Task<> publishWhileWanted();
     QCoro::Task<> passWhileWanted();
@@ -145,9 +145,7 @@ class AppModel : public QObject {
     void refreshRequested();
     void setRereading(ProviderID provider, bool isRereading);
     void requestPass(const IndexScope& scope);
-    /// Sees to it that files of which no event will tell are looked at when they are due.
-    void followUp(const IndexScope& scope, const std::vector<UnfinishedFile>& files);
-    IndexScope takeRequestedScope();
+    void runRequestedPass();
     /// Makes up for what neither events nor timers tell: a lost event, an assistant installed
     /// since, a sleep.
     void lookAround();
@@ -170,16 +168,13 @@ class AppModel : public QObject {
 
     CoalescedTask publishing;
     CoalescedTask passing; ///< for changed files; passes that somebody asked for run besides
-    std::set<std::string> changedPaths; ///< for the next of those passes
-    bool everythingMayHaveChanged = false;
+    PassRequests requests; ///< for the next of those passes
     bool isPruning = false;
     Role ownRole = Role::showing;
     CoalescedTask refreshing;
     std::map<ProviderID, QCoro::Task<>> fetches; ///< the last of each that a refresh waits for
-    std::map<std::string, Date> unfinishedFiles; ///< by path, when they are due
-    std::unique_ptr<ScheduledCall> nextFollowUp;
     std::vector<std::filesystem::path> watchedRoots;
-    std::unique_ptr<FileWatch> watcher;
+    std::unique_ptr<DirectoryWatcher> watcher;
     std::unique_ptr<ScheduledCall> periodicLook;
     std::vector<QPropertyNotifier> preferenceNotifiers;
 };

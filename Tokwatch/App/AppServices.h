@@ -1,12 +1,13 @@
 #pragma once
 
+#include "Platform/Seams/FileEventStream.h"
+#include "Platform/Seams/Scheduler.h"
 #include "Tokwatch/Indexing/IndexerService.h"
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
 #include "TokwatchCore/Store/PriceTable.h"
 #include "TokwatchCore/Store/SnapshotStore.h"
 #include "TokwatchCore/Support/Calendar.h"
 #include "TokwatchCore/Support/Date.h"
-#include "TokwatchCore/Support/Scheduler.h"
 
 #include <filesystem>
 #include <functional>
@@ -20,21 +21,6 @@ class LimitsService;
 class Preferences;
 class SystemNotifications;
 class UsageStore;
-
-/// A running watch over directories, which ends with it.
-class FileWatch {
-  public:
-    virtual ~FileWatch() = default;
-
-    /// False where it could not begin, or has ended by itself.
-    virtual bool isRunning() const = 0;
-};
-
-/// Watches existing directories with all that is below them. The callback gets changed paths, or a
-/// directory's own path when everything below it may have changed; it comes on any thread.
-using WatchFiles = std::function<std::unique_ptr<FileWatch>(
-    std::vector<std::filesystem::path> roots,
-    std::function<void(std::vector<std::string>)> onChange)>;
 
 /// Runs work on a thread other than the main one, later.
 using RunInBackground = std::function<void(std::function<void()> work)>;
@@ -50,7 +36,7 @@ struct AppServices {
     /// The indexer's operations.
     std::function<QFuture<IndexOutcome>(IndexerService::ProgressHandler, const IndexScope&)> index;
     std::function<std::optional<ProviderID>(std::string_view path)> providerForChangedPath;
-    WatchFiles watchFiles;
+    OpenFileEventStream openFileEvents;
     SystemNotifications& notifications;
     Scheduler& scheduler;
     RunInBackground runInBackground;

@@ -1,12 +1,11 @@
 #include "Tokwatch/App/Application.h"
 
+#include "Platform/Linux/InotifyStream.h"
+#include "Platform/Linux/LinuxCredentialSource.h"
 #include "Tokwatch/Limits/AttemptFile.h"
 #include "Tokwatch/Preferences/Preferences.h"
-#include "Tokwatch/Watching/DirectoryWatcher.h"
-#include "Tokwatch/Watching/InotifyStream.h"
 #include "TokwatchCore/Limits/LimitsCache.h"
 #include "TokwatchCore/Limits/LimitsProviders.h"
-#include "TokwatchCore/Limits/LinuxCredentialSource.h"
 #include "TokwatchCore/Limits/URLSessionHTTPClient.h"
 #include "TokwatchCore/Store/UsageStore.h"
 #include "TokwatchCore/Support/SystemLog.h"
@@ -17,30 +16,9 @@
 namespace tokwatch {
 namespace {
 
-constexpr Seconds watchLatency{2};
-
 /// Summaries and snapshots come one by one; the others let a reset of cursors pass them, and what
 /// the limits service keeps while the store waits for another process.
 constexpr int backgroundThreads = 4;
-
-class WatchedDirectories final : public FileWatch {
-  public:
-    WatchedDirectories(std::vector<std::filesystem::path> roots,
-                       DirectoryWatcher::OnChange onChange)
-        : watcher(std::move(roots), watchLatency, std::move(onChange), InotifyStream::open) {
-        watcher.start();
-    }
-
-    bool isRunning() const override { return watcher.isRunning(); }
-
-  private:
-    DirectoryWatcher watcher;
-};
-
-std::unique_ptr<FileWatch> watchDirectories(std::vector<std::filesystem::path> roots,
-                                            DirectoryWatcher::OnChange onChange) {
-    return std::make_unique<WatchedDirectories>(std::move(roots), std::move(onChange));
-}
 
 std::optional<std::filesystem::path> dataDirectory(const UserPaths& paths) {
     const std::optional<std::filesystem::path> database = paths.database();
@@ -103,7 +81,7 @@ Application::Application(Surroundings world, WorkLease::Rank rank, Preferences& 
             },
         .providerForChangedPath =
             [this](std::string_view path) { return indexer->providerForChangedPath(path); },
-        .watchFiles = watchDirectories,
+        .openFileEvents = InotifyStream::open,
         .notifications = notifications,
         .scheduler = scheduler,
         .runInBackground = runInBackground,

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Desktop/QtScheduler.h"
-#include "Platform/Desktop/UserPaths.h"
+#include "Platform/Linux/QtScheduler.h"
+#include "Platform/Linux/UserPaths.h"
 #include "Tokwatch/App/AppModel.h"
 #include "Tokwatch/App/BackgroundThreads.h"
 #include "Tokwatch/App/WorkSharing.h"

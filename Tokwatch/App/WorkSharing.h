@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Platform/Seams/Scheduler.h"
 #include "Platform/System/WorkLease.h"
 #include "Tokwatch/App/AppModel.h"
-#include "TokwatchCore/Support/Scheduler.h"
 
 #include <filesystem>
 #include <memory>

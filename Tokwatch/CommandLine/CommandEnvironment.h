@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Desktop/UserPaths.h"
+#include "Platform/Linux/UserPaths.h"
 #include "Tokwatch/CommandLine/Terminal.h"
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
 #include "TokwatchCore/Store/PriceTable.h"

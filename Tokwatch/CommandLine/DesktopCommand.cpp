@@ -1,5 +1,7 @@
 #include "Tokwatch/CommandLine/DesktopCommand.h"
 
+#include "Platform/System/Places.h"
+
 #include <unistd.h>
 
 #include <cerrno>
@@ -25,9 +27,7 @@ int runDesktop(const std::vector<std::string>& options) {
         throw CommandError(
             "there is no display to show windows on; without one there are the commands summary, "
             "limits, status and doctor (see tokwatch --help)");
-    std::error_code ignored;
-    const std::filesystem::path program =
-        std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / "tokwatch-desktop";
+    const std::filesystem::path program = programDirectory() / "tokwatch-desktop";
     std::vector<std::string> command{program.string()};
     command.insert(command.end(), options.begin(), options.end());
     std::vector<char*> arguments;

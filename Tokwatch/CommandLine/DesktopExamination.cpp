@@ -1,6 +1,6 @@
 #include "Tokwatch/CommandLine/DesktopExamination.h"
 
-#include "Platform/Desktop/DesktopBus.h"
+#include "Platform/Linux/DesktopBus.h"
 #include "Tokwatch/CommandLine/EventLoop.h"
 
 #include <QDBusMessage>

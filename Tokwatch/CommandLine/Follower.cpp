@@ -1,7 +1,7 @@
 #include "Tokwatch/CommandLine/Follower.h"
 
-#include "Platform/Desktop/DesktopBus.h"
-#include "Platform/Desktop/TerminationSignals.h"
+#include "Platform/Linux/DesktopBus.h"
+#include "Platform/Linux/TerminationSignals.h"
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/CommandLine/EventLoop.h"
 #include "Tokwatch/Display/ObservingUpdater.h"

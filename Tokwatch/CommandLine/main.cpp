@@ -1,5 +1,5 @@
-#include "Platform/Desktop/ProcessHardening.h"
-#include "Platform/Desktop/ProcessLocale.h"
+#include "Platform/Linux/ProcessHardening.h"
+#include "Platform/Linux/ProcessLocale.h"
 #include "Tokwatch/CommandLine/Arguments.h"
 
 #include <csignal>

@@ -1,6 +1,6 @@
 #include "Tokwatch/Desktop/AppDelegate.h"
 
-#include "Platform/Desktop/DesktopBus.h"
+#include "Platform/Linux/DesktopBus.h"
 #include "Tokwatch/Desktop/StatusAreaAdvice.h"
 #include "Tokwatch/Desktop/StatusAreaPlace.h"
 #include "Tokwatch/Preferences/Preferences.h"

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Platform/Seams/Scheduler.h"
 #include "Tokwatch/Desktop/QmlRuntime.h"
-#include "TokwatchCore/Support/Scheduler.h"
 
 #include <QObject>
 #include <QUrl>

@@ -1,10 +1,10 @@
 #include "Tokwatch/Desktop/AppDelegate.h"
 
-#include "Platform/Desktop/DesktopBus.h"
-#include "Platform/Desktop/ProcessHardening.h"
-#include "Platform/Desktop/ProcessLocale.h"
-#include "Platform/Desktop/QtScheduler.h"
-#include "Platform/Desktop/TerminationSignals.h"
+#include "Platform/Linux/DesktopBus.h"
+#include "Platform/Linux/ProcessHardening.h"
+#include "Platform/Linux/ProcessLocale.h"
+#include "Platform/Linux/QtScheduler.h"
+#include "Platform/Linux/TerminationSignals.h"
 #include "Tokwatch/Pictures/ApplicationIcon.h"
 #include "Tokwatch/Preferences/Preferences.h"
 

@@ -5,37 +5,16 @@
 #include "Platform/System/WholeFile.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 
-#include <sys/file.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <string>
 #include <system_error>
-#include <thread>
 
 namespace tokwatch {
 namespace {
 
 constexpr std::size_t largestFile = 65'536; ///< bytes; real ones have a few hundred
-constexpr std::chrono::milliseconds lockPause{2};
-
-/// Held until the descriptor is closed; none where it is not to be had.
-FileDescriptor lock(const std::filesystem::path& path, std::chrono::milliseconds patience) {
-    try {
-        FileDescriptor file = openPrivately(path);
-        while (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
-            if ((errno != EWOULDBLOCK && errno != EINTR) || patience <= lockPause)
-                return FileDescriptor();
-            std::this_thread::sleep_for(lockPause);
-            patience -= lockPause;
-        }
-        return file;
-    } catch (const std::system_error&) {
-        return FileDescriptor(); // then the processes go by what the others have noted before
-    }
-}
 
 Json encode(const AttemptRecord& record) {
     Json json = Json::object();
@@ -83,7 +62,8 @@ AttemptFile::AttemptFile(std::filesystem::path dataDirectory,
 
 AttemptRecord AttemptFile::edit(ProviderID provider, const Edit& edit) {
     const std::lock_guard guard(mutex);
-    const FileDescriptor held = lock(directory / "attempts.lock", patience);
+    // Without the lock the processes go by what the others have noted before.
+    const FileDescriptor held = lockPrivately(directory / "attempts.lock", patience);
     Records records = read();
     AttemptRecord& record = records[provider];
     if (const auto known = own.find(provider); known != own.end() && isLater(known->second, record))

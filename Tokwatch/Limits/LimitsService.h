@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Seams/Scheduler.h"
 #include "Tokwatch/Limits/AttemptLedger.h"
 #include "Tokwatch/Limits/AttemptTimes.h"
 #include "Tokwatch/Limits/RefreshPolicy.h"
@@ -9,7 +10,6 @@
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Records/ProviderID.h"
 #include "TokwatchCore/Support/Date.h"
-#include "TokwatchCore/Support/Scheduler.h"
 
 #include <QCoroTask>
 #include <QPromise>

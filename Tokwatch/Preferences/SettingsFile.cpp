@@ -1,12 +1,7 @@
 #include "Tokwatch/Preferences/SettingsFile.h"
 
-#include "Platform/System/FileDescriptor.h"
 #include "Platform/System/WholeFile.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <sstream>
 #include <system_error>
 
@@ -25,13 +20,13 @@ bool isSettingLine(const std::string& line) {
 } // namespace
 
 std::optional<std::string> settingsObstacle(const std::filesystem::path& file) {
-    struct stat status = {};
-    if (::stat(file.c_str(), &status) != 0) return std::nullopt;
-    if (!S_ISREG(status.st_mode)) return "is not a regular file";
-    if (static_cast<std::size_t>(status.st_size) > largestSettings) return "is too large";
-    const FileDescriptor input(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!input.isOpen()) return "cannot be read: " + std::generic_category().message(errno);
-    return std::nullopt;
+    std::error_code obstacle;
+    if (readWholeFile(file, largestSettings, obstacle) ||
+        obstacle == std::errc::no_such_file_or_directory || obstacle == std::errc::not_a_directory)
+        return std::nullopt;
+    if (obstacle == std::errc::invalid_argument) return "is not a regular file";
+    if (obstacle == std::errc::file_too_large) return "is too large";
+    return "cannot be read: " + obstacle.message();
 }
 
 std::vector<int> linesThatAreNoSettings(const std::filesystem::path& file) {

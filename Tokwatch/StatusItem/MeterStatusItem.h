@@ -5,13 +5,13 @@
 #include "KivoMenuBar/ScrollStepper.h"
 #include "KivoMenuBar/StatusAreaHost.h"
 #include "KivoMenuBar/StatusNotifierItem.h"
+#include "Platform/Seams/Scheduler.h"
 #include "Tokwatch/Display/StatusTitle.h"
 #include "Tokwatch/Pictures/StatusPictures.h"
 #include "Tokwatch/StatusItem/NamedIcons.h"
 #include "Tokwatch/StatusItem/StatusItemSource.h"
 #include "Tokwatch/StatusItem/StatusTint.h"
 #include "TokwatchCore/Support/Date.h"
-#include "TokwatchCore/Support/Scheduler.h"
 
 #include <QDBusConnection>
 #include <QObject>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/Watching/FileEventStream.h"
+#include "Platform/Seams/FileEventStream.h"
 
 #include <filesystem>
 #include <functional>

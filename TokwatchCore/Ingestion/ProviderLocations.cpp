@@ -1,9 +1,7 @@
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
 
-#include <pwd.h>
-#include <unistd.h>
+#include "Platform/System/Places.h"
 
-#include <cstdlib>
 #include <system_error>
 #include <vector>
 
@@ -16,26 +14,10 @@ bool isThere(const std::filesystem::path& path) {
     return std::filesystem::exists(path, ignored);
 }
 
-std::filesystem::path homeOfAccount() {
-    std::vector<char> buffer(16'384);
-    struct passwd account = {};
-    struct passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &account, buffer.data(), buffer.size(), &found) != 0 ||
-        found == nullptr)
-        return {};
-    return found->pw_dir;
-}
-
-std::filesystem::path homeOfUser() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
-    const char* home = std::getenv("HOME");
-    return home == nullptr || *home == '\0' ? homeOfAccount() : std::filesystem::path(home);
-}
-
 } // namespace
 
 const ProviderLocations& ProviderLocations::shared() {
-    static const ProviderLocations own{homeOfUser()};
+    static const ProviderLocations own{homeDirectory()};
     return own;
 }
 

@@ -1,13 +1,13 @@
 #include "TokwatchCore/Limits/CredentialFile.h"
 
+#include "Platform/System/WholeFile.h"
 #include "TokwatchCore/Limits/CredentialSource.h"
 
 #include <QStringDecoder>
 
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <optional>
+#include <system_error>
+#include <utility>
 
 namespace tokwatch {
 namespace {
@@ -15,41 +15,15 @@ namespace {
 /// Real ones have one to five thousand bytes.
 constexpr std::size_t largestFile = 1'000'000;
 
-class Descriptor {
-  public:
-    explicit Descriptor(int opened) : number(opened) {}
-    ~Descriptor() {
-        if (number >= 0) ::close(number);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    const int number;
-};
-
 } // namespace
 
 std::string readCredentialFile(const std::filesystem::path& file) {
-    // Without O_NONBLOCK, a named pipe at the path would hold us up.
-    const Descriptor input(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (input.number < 0) {
-        const bool isMissing = errno == ENOENT || errno == ENOTDIR;
-        throw CredentialError(isMissing ? CredentialError::notFound : CredentialError::denied);
-    }
-    struct stat status {};
-    if (::fstat(input.number, &status) != 0 || !S_ISREG(status.st_mode))
-        throw CredentialError(CredentialError::denied);
-
-    std::string data;
-    char buffer[16 * 1024];
-    for (;;) {
-        const ssize_t count = ::read(input.number, buffer, sizeof buffer);
-        if (count == 0) return data;
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0 || data.size() + static_cast<std::size_t>(count) > largestFile)
-            throw CredentialError(CredentialError::denied);
-        data.append(buffer, static_cast<std::size_t>(count));
-    }
+    std::error_code obstacle;
+    std::optional<std::string> login = readWholeFile(file, largestFile, obstacle);
+    if (login) return std::move(*login);
+    const bool isMissing =
+        obstacle == std::errc::no_such_file_or_directory || obstacle == std::errc::not_a_directory;
+    throw CredentialError(isMissing ? CredentialError::notFound : CredentialError::denied);
 }
 
 std::string checkedText(std::string text) {

@@ -1,8 +1,7 @@
 #include "TokwatchCore/Store/ResourceBundle.h"
 
+#include "Platform/System/Places.h"
 #include "TokwatchCore/Support/SystemLog.h"
-
-#include <dlfcn.h>
 
 #include <array>
 #include <system_error>
@@ -12,24 +11,11 @@ namespace {
 
 constexpr const char* bundleName = "Tokwatch_TokwatchCore.bundle";
 
-std::filesystem::path programDirectory() {
-    std::error_code ignored;
-    return std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
-}
-
-/// The directory of the shared library that this code was linked into. For the program itself the
-/// loader knows only the name it was called by, which may be relative to anything: none then.
-std::filesystem::path libraryDirectory() {
-    Dl_info info{};
-    static const int marker = 0;
-    if (dladdr(&marker, &info) == 0 || info.dli_fname == nullptr) return {};
-    const std::filesystem::path library(info.dli_fname);
-    return library.is_absolute() ? library.parent_path() : std::filesystem::path();
-}
-
 std::filesystem::path find() {
-    for (const std::filesystem::path& base : std::array{programDirectory() / "../share/tokwatch",
-                                                        libraryDirectory(), programDirectory()}) {
+    static const int marker = 0; // lies where this library is
+    for (const std::filesystem::path& base :
+         std::array{programDirectory() / "../share/tokwatch", libraryDirectory(&marker),
+                    programDirectory()}) {
         if (base.empty()) continue;
         std::error_code ignored;
         std::filesystem::path bundle = base / bundleName;

@@ -1,4 +1,4 @@
-#include "Tokwatch/Watching/InotifyWatches.h"
+#include "Platform/Linux/InotifyWatches.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TokwatchCore/Support/Scheduler.h"
+#include "Platform/Seams/Scheduler.h"
 
 namespace tokwatch {
 

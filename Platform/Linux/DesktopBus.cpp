@@ -1,4 +1,4 @@
-#include "Platform/Desktop/DesktopBus.h"
+#include "Platform/Linux/DesktopBus.h"
 
 #include "TokwatchCore/Support/SystemLog.h"
 

@@ -1,4 +1,4 @@
-#include "Platform/Desktop/ProcessLocale.h"
+#include "Platform/Linux/ProcessLocale.h"
 
 #include <langinfo.h>
 #include <locale.h>

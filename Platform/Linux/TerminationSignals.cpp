@@ -1,4 +1,4 @@
-#include "Platform/Desktop/TerminationSignals.h"
+#include "Platform/Linux/TerminationSignals.h"
 
 #include <sys/eventfd.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "TokwatchCore/Limits/LinuxCredentialSource.h"
+#include "Platform/Linux/LinuxCredentialSource.h"
 
 #include "TokwatchCore/Limits/ClaudeLimitsProvider.h"
 #include "TokwatchCore/Limits/CredentialFile.h"

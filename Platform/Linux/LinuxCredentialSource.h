@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Platform/Linux/SecretService.h"
 #include "TokwatchCore/Limits/CredentialSource.h"
-#include "TokwatchCore/Limits/SecretService.h"
 
 #include <filesystem>
 #include <string>

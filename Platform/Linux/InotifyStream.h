@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Platform/Linux/InotifyWatches.h"
+#include "Platform/Seams/FileEventStream.h"
 #include "Platform/System/FileDescriptor.h"
-#include "Tokwatch/Watching/FileEventStream.h"
-#include "Tokwatch/Watching/InotifyWatches.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "Tokwatch/Watching/InotifyStream.h"
+#include "Platform/Linux/InotifyStream.h"
 
 #include "TokwatchCore/Support/SystemLog.h"
 

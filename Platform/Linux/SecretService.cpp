@@ -1,4 +1,4 @@
-#include "TokwatchCore/Limits/SecretService.h"
+#include "Platform/Linux/SecretService.h"
 
 #include "TokwatchCore/Limits/CredentialFile.h"
 #include "TokwatchCore/Limits/CredentialSource.h"

@@ -1,4 +1,4 @@
-#include "Platform/Desktop/ProcessHardening.h"
+#include "Platform/Linux/ProcessHardening.h"
 
 #include <sys/resource.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Desktop/SystemNotifications.h"
+#include "Platform/Seams/SystemNotifications.h"
 
 #include <QDBusConnection>
 #include <QObject>

@@ -1,4 +1,4 @@
-#include "Platform/Desktop/QtScheduler.h"
+#include "Platform/Linux/QtScheduler.h"
 
 #include <QTimer>
 

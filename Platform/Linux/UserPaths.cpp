@@ -1,4 +1,4 @@
-#include "Platform/Desktop/UserPaths.h"
+#include "Platform/Linux/UserPaths.h"
 
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
 

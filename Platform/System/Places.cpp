@@ -1,0 +1,44 @@
+#include "Platform/System/Places.h"
+
+#include <dlfcn.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <system_error>
+#include <vector>
+
+namespace tokwatch {
+namespace {
+
+std::filesystem::path homeOfAccount() {
+    std::vector<char> buffer(16'384);
+    struct passwd account = {};
+    struct passwd* found = nullptr;
+    if (getpwuid_r(getuid(), &account, buffer.data(), buffer.size(), &found) != 0 ||
+        found == nullptr)
+        return {};
+    return found->pw_dir;
+}
+
+} // namespace
+
+std::filesystem::path programDirectory() {
+    std::error_code ignored;
+    return std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
+}
+
+std::filesystem::path libraryDirectory(const void* address) {
+    Dl_info info{};
+    if (dladdr(address, &info) == 0 || info.dli_fname == nullptr) return {};
+    const std::filesystem::path library(info.dli_fname);
+    return library.is_absolute() ? library.parent_path() : std::filesystem::path();
+}
+
+std::filesystem::path homeDirectory() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
+    const char* home = std::getenv("HOME");
+    return home == nullptr || *home == '\0' ? homeOfAccount() : std::filesystem::path(home);
+}
+
+} // namespace tokwatch
