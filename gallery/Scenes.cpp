@@ -1,4 +1,4 @@
-#include "Tests/Gallery/Scene.h"
+#include "gallery/Scene.h"
 
 namespace tokwatch::testing {
 

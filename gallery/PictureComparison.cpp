@@ -1,4 +1,4 @@
-#include "Tests/Gallery/PictureComparison.h"
+#include "gallery/PictureComparison.h"
 
 #include <algorithm>
 #include <cstdlib>

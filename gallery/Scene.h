@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tests/Gallery/DemoWorld.h"
+#include "gallery/DemoWorld.h"
 
 #include <QObject>
 #include <QSize>

@@ -4,10 +4,10 @@
 //   are any
 // Qt's own option -reverse draws them as where the desktop reads from the right.
 
-#include "Tests/Gallery/PictureComparison.h"
-#include "Tests/Gallery/Scene.h"
 #include "Tokwatch/Desktop/HostedWindow.h"
 #include "Tokwatch/Desktop/QmlRuntime.h"
+#include "gallery/PictureComparison.h"
+#include "gallery/Scene.h"
 
 #include <QCommandLineParser>
 #include <QDir>

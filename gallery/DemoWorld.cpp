@@ -1,4 +1,4 @@
-#include "Tests/Gallery/DemoWorld.h"
+#include "gallery/DemoWorld.h"
 
 #include "Tokwatch/Indexing/IndexerService.h"
 

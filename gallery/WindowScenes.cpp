@@ -1,7 +1,7 @@
 #include "KivoLaunch/LoginItem.h"
-#include "Tests/Gallery/Scene.h"
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 #include "Tokwatch/Views/Settings/SettingsView.h"
+#include "gallery/Scene.h"
 
 namespace tokwatch::testing {
 namespace {

@@ -1,5 +1,5 @@
-#include "Tests/Gallery/Scene.h"
 #include "Tokwatch/Views/Popover/PopoverView.h"
+#include "gallery/Scene.h"
 
 namespace tokwatch::testing {
 namespace {
