@@ -2,6 +2,10 @@
 
 #include <sys/resource.h>
 
+#include <latch>
+#include <thread>
+#include <vector>
+
 namespace tokwatch {
 
 void preventCoreDumps() {
@@ -10,6 +14,19 @@ void preventCoreDumps() {
     // value. PR_SET_DUMPABLE would do too, but hides /proc/self from desktop portals.
     const rlimit limit{1, 1};
     ::setrlimit(RLIMIT_CORE, &limit);
+}
+
+void requireThreads(int count) {
+    std::latch release(1);
+    std::vector<std::jthread> threads;
+    try {
+        for (int i = 0; i < count; ++i)
+            threads.emplace_back([&release] { release.wait(); });
+    } catch (...) {
+        release.count_down();
+        throw;
+    }
+    release.count_down();
 }
 
 } // namespace tokwatch

@@ -6,4 +6,8 @@ namespace tokwatch {
 /// every program that reads logins, before it does.
 void preventCoreDumps();
 
+/// Throws std::system_error where this process may not have so many threads at once. The toolkit
+/// would wait for ever for one of its own that never began.
+void requireThreads(int count);
+
 } // namespace tokwatch

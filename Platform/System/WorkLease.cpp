@@ -16,6 +16,12 @@ namespace {
 constexpr off_t workByte = 0;
 constexpr off_t desktopByte = 1;
 constexpr off_t waitingByte = 2; ///< others than guests want to work
+constexpr off_t standInByte = 3;
+/// Who works moves a lock through these, at each look by one: signs of life that cost no disk.
+constexpr off_t firstBeat = 1'000;
+constexpr off_t mostBeats = 1'000'000;
+/// So many looks without one, half a minute, and another process stands in.
+constexpr int mostSilentLooks = 15;
 
 struct flock lockOf(off_t byte, short kind) {
     struct flock lock {};
@@ -39,6 +45,14 @@ bool isLockedByAnother(int file, off_t byte) {
     return ::fcntl(file, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
+/// Where the lock is that another moves; 0 where there is none.
+off_t beatOfAnother(int file) {
+    struct flock lock = lockOf(firstBeat, F_WRLCK);
+    lock.l_len = mostBeats;
+    if (::fcntl(file, F_OFD_GETLK, &lock) != 0 || lock.l_type == F_UNLCK) return 0;
+    return lock.l_start;
+}
+
 } // namespace
 
 WorkLease::WorkLease(std::optional<std::filesystem::path> directory, Rank ownRank)
@@ -49,15 +63,47 @@ bool WorkLease::renew() {
     if (rank == Rank::desktop && !isAnnounced)
         isAnnounced = setLock(file.get(), desktopByte, F_RDLCK) == Outcome::done;
     if (mustMakeRoom()) {
-        if (isHeld) setLock(file.get(), workByte, F_UNLCK);
+        if (isHeld) {
+            setLock(file.get(), workByte, F_UNLCK);
+            setLock(file.get(), firstBeat + beats % mostBeats, F_UNLCK);
+        }
         isHeld = false;
+        return standIn();
+    }
+    Outcome outcome = Outcome::done;
+    if (!isHeld) {
+        outcome = setLock(file.get(), workByte, F_WRLCK);
+        isHeld = outcome == Outcome::done;
+        if (rank != Rank::guest) setLock(file.get(), waitingByte, isHeld ? F_UNLCK : F_RDLCK);
+    }
+    if (outcome == Outcome::heldByAnother) return standIn();
+    if (isHeld) beat();
+    leaveStandIn();
+    return true;
+}
+
+void WorkLease::beat() {
+    const off_t before = firstBeat + beats % mostBeats;
+    ++beats;
+    setLock(file.get(), firstBeat + beats % mostBeats, F_WRLCK);
+    setLock(file.get(), before, F_UNLCK);
+}
+
+/// Whether to work although another is to: it gives no sign of life, and nobody else stands in.
+bool WorkLease::standIn() {
+    const off_t beat = beatOfAnother(file.get());
+    silentLooks = beat == std::exchange(seenBeat, beat) ? silentLooks + 1 : 0;
+    if (silentLooks < mostSilentLooks) {
+        leaveStandIn();
         return false;
     }
-    if (isHeld) return true;
-    const Outcome outcome = setLock(file.get(), workByte, F_WRLCK);
-    isHeld = outcome == Outcome::done;
-    if (rank != Rank::guest) setLock(file.get(), waitingByte, isHeld ? F_UNLCK : F_RDLCK);
-    return outcome != Outcome::heldByAnother;
+    if (!standsIn) standsIn = setLock(file.get(), standInByte, F_WRLCK) == Outcome::done;
+    return standsIn;
+}
+
+void WorkLease::leaveStandIn() {
+    if (standsIn) setLock(file.get(), standInByte, F_UNLCK);
+    standsIn = false;
 }
 
 bool WorkLease::mustMakeRoom() const {
@@ -74,7 +120,7 @@ bool WorkLease::mustMakeRoom() const {
 
 bool WorkLease::openFile() {
     if (file.isOpen() && !isFileReplaced()) return true;
-    isAnnounced = isHeld = false;
+    isAnnounced = isHeld = standsIn = false;
     try {
         file = openPrivately(path);
     } catch (const std::system_error&) {

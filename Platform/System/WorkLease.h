@@ -2,6 +2,7 @@
 
 #include "Platform/System/FileDescriptor.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 
@@ -25,18 +26,28 @@ class WorkLease {
     /// leases cannot be had, for want of a place or of the system's support, everybody works: work
     /// done twice is better than none.
     bool renew();
+    /// Whether this process works in the place of one that holds the lease and gives no sign of
+    /// life: it was stopped, and may be continued.
+    bool isStandIn() const { return standsIn; }
     void setRank(Rank newRank) { rank = newRank; }
 
   private:
     bool openFile();
     bool mustMakeRoom() const;
     bool isFileReplaced() const;
+    void beat();
+    bool standIn();
+    void leaveStandIn();
 
     std::filesystem::path path;
     Rank rank;
     FileDescriptor file;
     bool isAnnounced = false; ///< that a desktop application is here
     bool isHeld = false;
+    bool standsIn = false;
+    std::int64_t beats = 0;
+    std::int64_t seenBeat = 0; ///< of who holds the lease
+    int silentLooks = 0;       ///< since it moved
 };
 
 } // namespace tokwatch

@@ -45,6 +45,26 @@ TEST(WorkLease, IsHeldByOneAtATimeAndByADesktopBeforeFollowers) {
     EXPECT_FALSE(second.renew()) << "the lease is on the file that is there";
 }
 
+TEST(WorkLease, IsStoodInForWhileItsHolderGivesNoSignOfLife) {
+    const TemporaryDirectory data;
+    WorkLease desktop(data.path(), WorkLease::Rank::desktop);
+    WorkLease first(data.path(), WorkLease::Rank::follower);
+    WorkLease second(data.path(), WorkLease::Rank::follower);
+    for (int looks = 0; looks < 40; ++looks) {
+        EXPECT_TRUE(desktop.renew());
+        EXPECT_FALSE(first.renew() || second.renew());
+    }
+    bool worked = false;
+    for (int looks = 0; looks < 16; ++looks)
+        worked = first.renew();
+    EXPECT_TRUE(worked && first.isStandIn());
+    for (int looks = 0; looks < 16; ++looks)
+        worked = second.renew();
+    EXPECT_FALSE(worked) << "one is enough";
+    EXPECT_TRUE(desktop.renew());
+    EXPECT_FALSE(first.renew() || first.isStandIn());
+}
+
 TEST(WorkLease, IsForEverybodyWhereItCannotBeHad) {
     const TemporaryDirectory data;
     for (const std::optional<std::filesystem::path>& directory :

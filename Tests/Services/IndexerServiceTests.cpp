@@ -163,6 +163,12 @@ TEST_F(IndexerServiceTest, StoresTheNewestCodexLimits) {
     EXPECT_EQ(index(), (IndexOutcome{0, false}));
     EXPECT_EQ(stored(), fetched);
 
+    // An attempt that brought no windows is no newer than anything.
+    fetched.windows.clear();
+    store->setLimits(fetched, ProviderID::codex);
+    home.append(codexLog, CodexLog::limits(45, "2026-03-10T12:29:59Z"));
+    EXPECT_EQ(index(), (IndexOutcome{0, true}));
+
     // What a wrong clock dated ahead counts as of now, and does not stand in the way.
     fetched.fetchedAt = time.now() + Seconds{3600};
     store->setLimits(fetched, ProviderID::codex);

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -41,6 +42,10 @@ TEST(UsageStoreFailure, IsTypedWhenTheFileCannotBeOpened) {
     std::filesystem::create_directory(home / "directory");
     EXPECT_EQ(openFailure(home / "file/usage.sqlite"), SQLITE_CANTOPEN);
     EXPECT_EQ(openFailure(home / "directory"), SQLITE_CANTOPEN);
+    ASSERT_EQ(::mkfifo((home / "pipe").c_str(), 0600), 0);
+    EXPECT_THROW(UsageStore::readOnly(home / "pipe"), UsageStoreError) << "and does not wait";
+    std::filesystem::create_symlink("loop", home / "loop");
+    EXPECT_EQ(openFailure(home / "loop"), SQLITE_CANTOPEN);
     EXPECT_EQ(openFailure(home.write("broken.sqlite", std::string(5000, 'x'))), SQLITE_NOTADB);
 }
 
@@ -115,6 +120,14 @@ TEST(UsageStoreFailure, LosesNothingToOtherProcessesThatOpenAndCloseTheFile) {
         EXPECT_TRUE(std::filesystem::exists(file.string() + "-wal"));
     }
     EXPECT_EQ(store.integrity(), "ok");
+
+    // Somebody removed the file alone: the side files are those of the store that is open.
+    std::filesystem::remove(file);
+    EXPECT_TRUE(store.isDetached());
+    EXPECT_TRUE(store.reattach());
+    store.ingest(events(0, 10), Calendar::utc());
+    readByAnotherProcess(file, "SELECT COUNT(*) FROM seen");
+    EXPECT_TRUE(std::filesystem::exists(file.string() + "-wal"));
 }
 
 TEST(UsageStoreFailure, WaitsForOthersThatOpenANewFileAtTheSameTime) {

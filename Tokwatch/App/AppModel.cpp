@@ -120,8 +120,15 @@ QCoro::Task<> AppModel::showStoredLimits() {
     const QFuture<LimitsByProvider> reading = readStoredLimits(present());
     const LimitsByProvider stored = co_await reading;
     if (!self) co_return;
-    setLimits(stored);
+    setStoredLimits(stored);
     publish();
+}
+
+void AppModel::lookAtStore(bool isTouched) {
+    if (services.store->isDetached())
+        reattachStore();
+    else if (isTouched)
+        lookForOthersDoing();
 }
 
 void AppModel::refreshRequested() {
@@ -232,6 +239,16 @@ void AppModel::setLimits(const LimitsByProvider& newer) {
     limitsState.setValue(std::move(all));
 }
 
+void AppModel::setStoredLimits(LimitsByProvider stored) {
+    // What this process was just told may be on its way to the store.
+    std::erase_if(stored, [this](const auto& entry) {
+        const auto known = limits().find(entry.first);
+        return known != limits().end() && known->second.fetchedAt > entry.second.fetchedAt &&
+               known->second.fetchedAt <= services.now();
+    });
+    setLimits(stored);
+}
+
 QFuture<LimitsByProvider> AppModel::readStoredLimits(std::vector<ProviderID> providers) const {
     return inBackground([store = services.store, providers = std::move(providers)] {
         return storedLimits(*store, providers);
@@ -304,6 +321,7 @@ QCoro::Task<> AppModel::pass(IndexScope scope) {
     if (outcome.codexLimitsUpdated) co_await readCodexLimits();
     if (!self) co_return;
     updatePresent();
+    if (watcher && watcher->isRunning()) startWatching(); // roots may have appeared
     co_await pruneDaily();
     if (!self) co_return;
     indexingState.setValue(std::nullopt);
@@ -452,8 +470,25 @@ void AppModel::lookAround() {
     if (asksForLimits()) services.limitsService.refreshIfDue(present());
 }
 
+QCoro::Task<> AppModel::lookForOthersDoing() {
+    const QPointer<AppModel> self(this);
+    const QFuture<std::optional<std::int64_t>> looking =
+        inBackground([store = services.store]() -> std::optional<std::int64_t> {
+            try {
+                return store->dataVersion();
+            } catch (const std::exception&) {
+                return std::nullopt; // the next operation says so
+            }
+        });
+    const std::optional<std::int64_t> version = co_await looking;
+    if (!self || !version || version == storeVersion) co_return;
+    storeVersion = version;
+    storeChanged();
+}
+
 QCoro::Task<> AppModel::reattachStore() {
     const QPointer<AppModel> self(this);
+    if (std::exchange(isReattaching, true)) co_return;
     const QFuture<bool> reattaching = inBackground([store = services.store] {
         try {
             if (!store->reattach()) return false;
@@ -464,14 +499,22 @@ QCoro::Task<> AppModel::reattachStore() {
         }
     });
     const bool isAnother = co_await reattaching;
-    if (!self || !isAnother) co_return;
+    if (!self) co_return;
+    isReattaching = false;
+    if (!isAnother) co_return;
     requestPass({});
     storeChanged();
 }
 
 void AppModel::startWatching() {
-    std::vector<std::filesystem::path> roots = existingRoots();
-    if (watcher && watcher->isRunning() && roots == watchedRoots) return;
+    const std::vector<std::filesystem::path> roots = logRoots();
+    std::vector<std::filesystem::path> existing = roots;
+    std::erase_if(existing, [](const std::filesystem::path& root) {
+        std::error_code ignored;
+        return !std::filesystem::is_directory(root, ignored);
+    });
+    // A root that appears may be another by a link than the one that was waited for.
+    if (watcher && watcher->isRunning() && existing == watchedRoots) return;
     const QPointer<AppModel> self(this);
     // The new watch begins before the old one ends, so that no change falls between them.
     auto next = std::make_unique<DirectoryWatcher>(
@@ -484,18 +527,13 @@ void AppModel::startWatching() {
         services.openFileEvents);
     next->start();
     watcher = std::move(next);
-    watchedRoots = std::move(roots);
+    watchedRoots = std::move(existing);
 }
 
-std::vector<std::filesystem::path> AppModel::existingRoots() const {
-    const ProviderLocations& locations = services.locations;
-    std::vector<std::filesystem::path> roots{locations.claudeProjects()};
-    std::ranges::copy(locations.codexRoots(), std::back_inserter(roots));
-    roots.push_back(locations.grokSessions());
-    std::erase_if(roots, [](const std::filesystem::path& root) {
-        std::error_code ignored;
-        return !std::filesystem::is_directory(root, ignored);
-    });
+std::vector<std::filesystem::path> AppModel::logRoots() const {
+    std::vector<std::filesystem::path> roots;
+    for (const ProviderID provider : allCases<ProviderID>)
+        std::ranges::copy(services.locations.logRoots(provider), std::back_inserter(roots));
     return roots;
 }
 

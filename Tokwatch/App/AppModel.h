@@ -52,8 +52,11 @@ class AppModel : public QObject {
     /// Begins to work, or leaves the work to another process. What is under way is finished.
     void setRole(Role role);
     Role role() const { return ownRole; }
-    /// Where another process works: it stored something, which is to be shown.
+    /// Another process stored something, which is to be shown.
     void storeChanged();
+    /// To be called every few seconds: finds that somebody removed the store's file, and where its
+    /// files were touched, by whomever, what others stored.
+    void lookAtStore(bool isTouched);
     /// Begins to ask for limits. Until then no login is read and no provider asked, whoever wants a
     /// refresh. Further calls do nothing.
     void allowLimits();
@@ -121,6 +124,7 @@ class AppModel : public QObject {
     QCoro::Task<> passWhileWanted();
     QCoro::Task<> runFirstPass();
     QCoro::Task<> reattachStore();
+    QCoro::Task<> lookForOthersDoing();
     QCoro::Task<> showStoredLimits();
     QCoro::Task<> refreshWhileWanted();
     void askForLimits();
@@ -139,6 +143,8 @@ class AppModel : public QObject {
     void beginWork();
     void endWork();
     void setLimits(const LimitsByProvider& newer);
+    /// But for those that are older than what is known.
+    void setStoredLimits(LimitsByProvider stored);
     /// By itself, not only when the user wants it.
     bool asksForLimits() const;
     void reconsiderLimits();
@@ -151,7 +157,7 @@ class AppModel : public QObject {
     void lookAround();
     void startWatching();
     void pathsChanged(const std::vector<std::string>& paths);
-    std::vector<std::filesystem::path> existingRoots() const;
+    std::vector<std::filesystem::path> logRoots() const;
     void observePreferences();
 
     AppServices services;
@@ -170,10 +176,12 @@ class AppModel : public QObject {
     CoalescedTask passing; ///< for changed files; passes that somebody asked for run besides
     PassRequests requests; ///< for the next of those passes
     bool isPruning = false;
+    bool isReattaching = false;
+    std::optional<std::int64_t> storeVersion; ///< when what others stored was last shown
     Role ownRole = Role::showing;
     CoalescedTask refreshing;
-    std::map<ProviderID, QCoro::Task<>> fetches; ///< the last of each that a refresh waits for
-    std::vector<std::filesystem::path> watchedRoots;
+    std::map<ProviderID, QCoro::Task<>> fetches;     ///< the last of each that a refresh waits for
+    std::vector<std::filesystem::path> watchedRoots; ///< those that existed when it began
     std::unique_ptr<DirectoryWatcher> watcher;
     std::unique_ptr<ScheduledCall> periodicLook;
     std::vector<QPropertyNotifier> preferenceNotifiers;

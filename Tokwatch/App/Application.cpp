@@ -89,7 +89,7 @@ Application::Application(Surroundings world, WorkLease::Rank rank, Preferences& 
         .now = world.now,
     });
     sharing.emplace(*appModel, scheduler, WorkLease(dataDirectory(world.paths), rank),
-                    world.paths.snapshotDirectory());
+                    world.paths.database());
 }
 
 Application::~Application() {

@@ -4,9 +4,12 @@
 #include "Platform/System/WorkLease.h"
 #include "Tokwatch/App/AppModel.h"
 
+#include <array>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace tokwatch {
 
@@ -18,26 +21,27 @@ class WorkSharing {
     /// it stored.
     static constexpr Seconds lookInterval{2};
 
-    /// References outlive it. The snapshot's directory is absent where there is none.
+    /// References outlive it. The database's path is absent where there is none.
     WorkSharing(AppModel& model, Scheduler& scheduler, WorkLease lease,
-                const std::optional<std::filesystem::path>& snapshotDirectory);
+                const std::optional<std::filesystem::path>& database);
 
     /// Starts the model in the role that falls to it.
     void start(LimitsStart limits);
     void setRank(WorkLease::Rank rank) { lease.setRank(rank); }
 
   private:
-    using FileTime = std::filesystem::file_time_type;
+    /// Sizes and times of the database's files, which change with every commit of any process.
+    using FileStates = std::array<std::pair<std::uintmax_t, std::filesystem::file_time_type>, 2>;
 
     void look();
-    /// Whoever works replaces the snapshot after each change.
-    std::optional<FileTime> snapshotTime() const;
+    void takeRole();
+    FileStates fileStates() const;
 
     AppModel& model;
     Scheduler& scheduler;
     WorkLease lease;
-    std::optional<std::filesystem::path> snapshot;
-    std::optional<FileTime> seen;
+    const std::array<std::filesystem::path, 2> files; ///< the database and its write-ahead log
+    FileStates seen;
     std::unique_ptr<ScheduledCall> looking;
 };
 

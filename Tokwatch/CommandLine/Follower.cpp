@@ -1,6 +1,7 @@
 #include "Tokwatch/CommandLine/Follower.h"
 
 #include "Platform/Linux/DesktopBus.h"
+#include "Platform/Linux/ProcessHardening.h"
 #include "Platform/Linux/TerminationSignals.h"
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/CommandLine/EventLoop.h"
@@ -25,6 +26,9 @@ namespace {
 
 /// The times to the resets in the title count down in minutes.
 constexpr Seconds titlePeriod{30};
+
+/// Ours, the toolkit's, and a few to spare.
+constexpr int followersThreads = 10;
 
 /// Standard output as a stream of lines, each sent off at once.
 class LineOutput {
@@ -118,6 +122,11 @@ class Follower {
 } // namespace
 
 int follow(const CommandEnvironment& environment, StatusFormat format) {
+    try {
+        requireThreads(followersThreads);
+    } catch (const std::system_error& error) {
+        throw CommandError(std::string("threads cannot be started: ") + error.what());
+    }
     return Follower(environment, format).run();
 }
 

@@ -1,5 +1,6 @@
 #include "Tokwatch/Preferences/SettingsFile.h"
 
+#include "Platform/System/PrivateFiles.h"
 #include "Platform/System/WholeFile.h"
 
 #include <sstream>
@@ -20,6 +21,11 @@ bool isSettingLine(const std::string& line) {
 } // namespace
 
 std::optional<std::string> settingsObstacle(const std::filesystem::path& file) {
+    try {
+        followOwnLinks(file);
+    } catch (const std::system_error& error) {
+        return std::string("cannot be used: ") + error.what();
+    }
     std::error_code obstacle;
     if (readWholeFile(file, largestSettings, obstacle) ||
         obstacle == std::errc::no_such_file_or_directory || obstacle == std::errc::not_a_directory)

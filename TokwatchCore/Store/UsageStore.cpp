@@ -33,6 +33,9 @@ constexpr const char* schema =
     "CREATE TABLE IF NOT EXISTS cursors(path TEXT PRIMARY KEY, json TEXT NOT NULL);\n"
     "CREATE TABLE IF NOT EXISTS limits(provider TEXT PRIMARY KEY, json TEXT NOT NULL);";
 
+/// How long moving to another file waits for others who open it.
+constexpr std::chrono::milliseconds reattachPatience{500};
+
 constexpr const char* saveCursor = "INSERT OR REPLACE INTO cursors(path, json) VALUES(?1, ?2)";
 
 constexpr const char* selectDaily =
@@ -42,11 +45,11 @@ constexpr const char* selectDaily =
 constexpr const char* selectSessions =
     "SELECT provider, day, COUNT(*) FROM sessions WHERE day >= ?1 AND day <= ?2 GROUP BY provider, day";
 
-/// Refuses to follow another user's links.
+/// Refuses to follow another user's links, and links that lead nowhere.
 std::filesystem::path realPath(const std::filesystem::path& file) {
     try {
         return followOwnLinks(file);
-    } catch (const ForeignLinkError& error) {
+    } catch (const std::system_error& error) {
         throw UsageStoreError(SQLITE_CANTOPEN, error.what());
     }
 }
@@ -174,6 +177,9 @@ std::shared_ptr<UsageStore> UsageStore::temporary(const std::filesystem::path& p
 
 std::shared_ptr<UsageStore> UsageStore::readOnly(const std::filesystem::path& path) {
     const std::filesystem::path real = realPath(path);
+    std::error_code none;
+    if (std::filesystem::exists(real, none) && !std::filesystem::is_regular_file(real, none))
+        throw UsageStoreError(SQLITE_CANTOPEN, real.string() + " is not a regular file");
     const auto opened = [&path, &real](sqlite::Access access) {
         auto db = std::make_unique<sqlite::Connection>(real.string(), access, lockPatience);
         probe(*db);
@@ -184,7 +190,6 @@ std::shared_ptr<UsageStore> UsageStore::readOnly(const std::filesystem::path& pa
     } catch (const UsageStoreError&) {
         // The side files are missing and cannot be made. The file alone is the whole database where
         // no write-ahead log is left to be taken into it.
-        std::error_code none;
         if (std::filesystem::file_size(path.string() + "-wal", none) > 0 && !none) throw;
         return opened(sqlite::Access::immutable);
     }
@@ -213,14 +218,36 @@ std::unique_ptr<sqlite::Connection> UsageStore::open(const std::filesystem::path
     }
 }
 
+bool UsageStore::isDetached() const {
+    if (isInMemory(file)) return false;
+    const std::lock_guard lock(identityMutex);
+    return identity != identityOf(file);
+}
+
 bool UsageStore::reattach() {
     const std::lock_guard lock(queue);
-    if (isInMemory(file) || (identity && identity == identityOf(file))) return false;
-    std::unique_ptr<sqlite::Connection> opened = open(file, std::chrono::milliseconds{0});
+    if (isInMemory(file) || (identity && !isDetached())) return false;
+    // What is open is closed before anything is opened: where the file was removed and its side
+    // files were not, a later close of theirs would drop the locks of the new connection.
+    std::unique_ptr<sqlite::Connection> meanwhile = openInMemory();
+    carryLimits(*db, *meanwhile);
+    db = std::move(meanwhile);
+    setIdentity(std::nullopt);
+    std::unique_ptr<sqlite::Connection> opened = open(file, reattachPatience);
     carryLimits(*db, *opened);
     db = std::move(opened);
-    identity = identityOf(file);
+    setIdentity(identityOf(file));
     return true;
+}
+
+void UsageStore::setIdentity(std::optional<FileIdentity> present) {
+    const std::lock_guard lock(identityMutex);
+    identity = present;
+}
+
+std::int64_t UsageStore::dataVersion() {
+    const std::lock_guard lock(queue);
+    return db->number("PRAGMA data_version");
 }
 
 std::int64_t UsageStore::ingest(std::span<const UsageEvent> events, const Calendar& calendar) {
@@ -289,7 +316,9 @@ bool UsageStore::setLimitsIfNewer(const ProviderLimits& limits, ProviderID provi
     sqlite::Transaction transaction(*db);
     try {
         const std::optional<ProviderLimits> stored = readLimits(*db, provider);
-        if (stored && stored->fetchedAt >= limits.fetchedAt && stored->fetchedAt <= now)
+        // An attempt that found no windows says nothing about any, however late it was.
+        if (stored && !stored->windows.empty() && stored->fetchedAt >= limits.fetchedAt &&
+            stored->fetchedAt <= now)
             return false;
     } catch (const DecodingError&) {
         // What nobody can read is as good as nothing.

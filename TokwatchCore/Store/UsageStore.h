@@ -54,11 +54,17 @@ class UsageStore {
     UsageStore(const UsageStore&) = delete;
     UsageStore& operator=(const UsageStore&) = delete;
 
-    /// Opens the file at the store's path where it is not the one in use: it could not be opened so
-    /// far, or somebody removed or replaced it. True when that changed what the store holds, so
-    /// that all logs are to be looked at anew. The last known limits are taken along. A file that
-    /// still cannot be opened throws, and leaves the store as it was.
+    /// Whether the file at the store's path is not the one in use: somebody removed or replaced it,
+    /// or it appeared where none could be opened. Waits for no operation.
+    bool isDetached() const;
+
+    /// Opens the file at the store's path where it is not the one in use. True when that changed
+    /// what the store holds, so that all logs are to be looked at anew. The last known limits are
+    /// taken along. A file that cannot be opened throws; the store is one in memory then.
     bool reattach();
+
+    /// A number that changes whenever anybody else commits something to the file.
+    std::int64_t dataVersion();
 
     /// Adds the events whose keys are new, and returns how many were. One transaction: all or none.
     std::int64_t ingest(std::span<const UsageEvent> events, const Calendar& calendar);
@@ -80,7 +86,8 @@ class UsageStore {
 
     std::optional<ProviderLimits> limits(ProviderID provider);
     void setLimits(const ProviderLimits& limits, ProviderID provider);
-    /// Stores a reading unless the stored one is as new; one from the future does not count.
+    /// Stores a reading unless the stored one is as new; one from the future does not count, nor
+    /// one without windows.
     /// Whether it was stored. Atomic among processes.
     bool setLimitsIfNewer(const ProviderLimits& limits, ProviderID provider, Date now);
 
@@ -111,6 +118,7 @@ class UsageStore {
     };
 
     UsageStore(std::filesystem::path path, std::unique_ptr<sqlite::Connection> connection);
+    void setIdentity(std::optional<FileIdentity> present);
     static std::optional<FileIdentity> identityOf(const std::filesystem::path& path);
     static std::unique_ptr<sqlite::Connection> open(const std::filesystem::path& path,
                                                     std::chrono::milliseconds patience);
@@ -118,6 +126,7 @@ class UsageStore {
     const std::filesystem::path file;
     std::mutex queue; ///< entered for the whole of every operation
     std::unique_ptr<sqlite::Connection> db;
+    mutable std::mutex identityMutex;
     std::optional<FileIdentity> identity; ///< of the open file; none in memory
 };
 
