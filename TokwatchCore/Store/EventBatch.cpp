@@ -31,19 +31,13 @@ constexpr const char* upsertSession =
     "INSERT INTO sessions(provider, session_id, day) VALUES(?1, ?2, ?3)\n"
     "ON CONFLICT(provider, session_id) DO UPDATE SET day = MIN(day, excluded.day)";
 
-/// The key as it is stored: the database's texts end at a NUL.
-std::string_view storedKey(const UsageEvent& event) {
-    const std::string_view key = event.dedupKey;
-    return key.substr(0, key.find('\0'));
-}
-
 /// How many bytes all keys begin with: the tools' keys share a prefix such as "msg_".
 std::size_t commonPrefix(std::span<const UsageEvent> events) {
     if (events.empty()) return 0;
-    const std::string_view first = storedKey(events.front());
+    const std::string_view first = events.front().dedupKey;
     std::size_t length = first.size();
     for (const UsageEvent& event : events) {
-        const std::string_view key = storedKey(event);
+        const std::string_view key = event.dedupKey;
         length = std::min(length, key.size());
         while (length > 0 && key.compare(0, length, first, 0, length) != 0)
             --length;
@@ -71,10 +65,10 @@ std::vector<std::uint32_t> inKeyOrder(std::span<const UsageEvent> events) {
     entries.reserve(events.size());
     for (const UsageEvent& event : events)
         entries.push_back(
-            {bytesAt(storedKey(event), prefix), static_cast<std::uint32_t>(entries.size())});
+            {bytesAt(event.dedupKey, prefix), static_cast<std::uint32_t>(entries.size())});
     std::sort(entries.begin(), entries.end(), [events](const Entry& a, const Entry& b) {
         if (a.bytes != b.bytes) return a.bytes < b.bytes;
-        const int order = storedKey(events[a.position]).compare(storedKey(events[b.position]));
+        const int order = events[a.position].dedupKey.compare(events[b.position].dedupKey);
         return order != 0 ? order < 0 : a.position < b.position;
     });
     std::vector<std::uint32_t> positions;

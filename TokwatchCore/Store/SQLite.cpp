@@ -69,7 +69,8 @@ void Statement::fail(int code) const {
 }
 
 Statement& Statement::bind(int index, const std::string& text) {
-    const int code = sqlite3_bind_text(handle.get(), index, text.c_str(), -1, SQLITE_STATIC);
+    const int code = sqlite3_bind_text64(handle.get(), index, text.data(), text.size(),
+                                         SQLITE_STATIC, SQLITE_UTF8);
     if (code != SQLITE_OK) fail(code);
     return *this;
 }

@@ -19,7 +19,7 @@ class Statement {
   public:
     Statement(sqlite3* connection, const char* sql);
 
-    /// The text must outlive the last `step`; it ends at its first NUL.
+    /// The text must outlive the last `step`. It may hold NULs.
     Statement& bind(int index, const std::string& text);
     Statement& bind(int index, std::int64_t value);
     Statement& bind(int index, double value);
