@@ -3,9 +3,10 @@
 responses that it meets half written, and how long does a response take from its last line to the snapshot?
 
 Sessions write responses of 1 to 5 lines, 0.2 to 3 s apart, as the assistant does while it streams: lines before the last
-have a null stop reason, and either a placeholder or a growing count of output tokens. Half of the sessions have tool
-output and agents' responses between those lines. At the end the follower's store must equal that of one pass; exits
-with 1 when it does not. Latencies are those of responses whose last line names a reason."""
+have a null stop reason, and either a placeholder or a growing count of output tokens. Two write into each log, as agents
+do side by side, and half of them have tool output and whole responses of others between those lines. At the end the
+follower's store must equal that of one pass; exits with 1 when it does not. Latencies are those of responses whose last
+line names a reason."""
 import argparse
 import json
 import os
@@ -114,7 +115,7 @@ def main():
         time.sleep(2)
         watch = Watch(database)
         watch.start()
-        sessions = [Session(n, "%s/.claude/projects/p/%d.jsonl" % (home, n), options.minutes * 60, options.seed * 100 + n)
+        sessions = [Session(n, "%s/.claude/projects/p/%d.jsonl" % (home, n // 2), options.minutes * 60, options.seed * 100 + n)
                     for n in range(options.sessions)]
         for session in sessions:
             session.start()

@@ -54,7 +54,7 @@ TEST_F(IndexerServiceTest, HoldsAResponseBackThatMayGoOn) {
         ClaudeResponse response{.id = "msg_2", .timestamp = "2026-03-10T12:00:00Z"};
         response.stopReason = "null";
         const std::string before = ClaudeResponse{"msg_1"}.line();
-        const std::string first = response.line() + "{\"type\":\"user\"}\n";
+        const std::string first = response.line() + ClaudeResponse{"msg_3"}.line();
         response.stopReason = c.stopReason;
         response.timestamp = c.newestLine;
         response.output = 500;
@@ -62,11 +62,12 @@ TEST_F(IndexerServiceTest, HoldsAResponseBackThatMayGoOn) {
         const IndexOutcome outcome = index();
         std::vector<UnfinishedFile> held;
         if (c.heldUntil) held.push_back({path, *parseISO8601(*c.heldUntil)});
-        EXPECT_EQ(outcome, (IndexOutcome{c.heldUntil ? 1 : 2, false, held}));
+        EXPECT_EQ(outcome, (IndexOutcome{c.heldUntil ? 2 : 3, false, held}));
         EXPECT_EQ(store->cursor(path)->offset,
                   std::filesystem::file_size(path) -
                       (c.heldUntil ? first.size() + response.line().size() : 0));
-        EXPECT_EQ(outputTokens(), c.heldUntil ? 5 : 505);
+        EXPECT_EQ(outputTokens(), c.heldUntil ? 10 : 510);
+        EXPECT_EQ(index().newEvents, 0) << "what follows it is read again, and counted once";
     }
 }
 
@@ -75,9 +76,9 @@ TEST_F(IndexerServiceTest, CountsAHeldResponseOnceItGoesNoFurther) {
         .id = "msg_1", .timestamp = "2026-03-10T12:30:00Z", .stopReason = "null"};
     home.write(claudeLog, response.line());
     EXPECT_EQ(index().newEvents, 0);
-    // An agent answers meanwhile, whole; it need not wait for the conversation.
-    ClaudeResponse agent{.id = "msg_2", .timestamp = "2026-03-10T12:30:01Z", .isSidechain = true};
-    home.append(claudeLog, agent.line());
+    // An agent answers meanwhile, at length; that need not wait for the conversation.
+    home.append(claudeLog, R"({"type":"user","x":")" + std::string(9 << 20, 'y') + "\"}\n" +
+                               ClaudeResponse{"msg_2"}.line());
     EXPECT_EQ(index().newEvents, 1);
     EXPECT_EQ(index().newEvents, 0);
     time.advance(Seconds{60});
@@ -96,18 +97,18 @@ TEST_F(IndexerServiceTest, LosesNothingOfWhatIsStreamedBetweenItsPasses) {
         const auto upTo = [&random](unsigned limit) {
             return static_cast<unsigned>(random()) % limit;
         };
-        // The conversation and its agents, who write into one log.
-        std::array<ClaudeResponse, 2> writers;
-        std::array<unsigned, 2> linesLeft{};
+        // The conversation and its agents, who write into one log side by side.
+        std::array<ClaudeResponse, 3> writers;
+        std::array<unsigned, 3> linesLeft{};
         std::string unwritten;
         std::int64_t responses = 0;
         std::int64_t counted = 0;
         for (int step = 0; step < 100; ++step) {
             time.advance(Seconds{0.2 + upTo(28) / 10.0});
-            const unsigned who = upTo(2);
+            const unsigned who = upTo(3);
             ClaudeResponse& response = writers.at(who);
             if (linesLeft.at(who)-- == 0) {
-                response = {.id = "msg_" + std::to_string(responses++), .isSidechain = who == 1};
+                response = {.id = "msg_" + std::to_string(responses++)};
                 linesLeft.at(who) = upTo(5);
             }
             response.timestamp = formatISO8601(time.now());
@@ -201,9 +202,10 @@ TEST_F(IndexerServiceTest, CountsOnlyWhatIsNewInARewrittenGrokDocument) {
 }
 
 TEST_F(IndexerServiceTest, ReadsAFileLargerThanASliceInOnePass) {
-    std::string lines;
+    ClaudeResponse longest{.id = "longest", .output = 1, .stopReason = "null"};
+    std::string lines = longest.line();
     const std::string noise = R"({"type":"user","content":")" + std::string(1 << 20, 'x') + "\"}\n";
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 19; ++i) {
         // Slices end between a response's lines, too.
         ClaudeResponse response{
             .id = "msg_" + std::to_string(i), .output = 1, .stopReason = "null"};
@@ -212,7 +214,8 @@ TEST_F(IndexerServiceTest, ReadsAFileLargerThanASliceInOnePass) {
         response.stopReason = "\"end_turn\"";
         lines += response.line();
     }
-    home.write(claudeLog, lines);
+    longest.output = 5;
+    home.write(claudeLog, lines += longest.line());
     std::vector<IndexingProgress> seen;
     EXPECT_EQ(
         index([&seen](const IndexingProgress& progress) { seen.push_back(progress); }).newEvents,

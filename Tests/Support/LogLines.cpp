@@ -5,9 +5,8 @@
 namespace tokwatch::testing {
 
 std::string ClaudeResponse::line() const {
-    return R"({"parentUuid":null,"isSidechain":)" + std::string(isSidechain ? "true" : "false") +
-           R"(,"sessionId":")" + session + R"(","message":{"model":")" + model + R"(","id":")" +
-           id + R"(","role":"assistant",)" +
+    return R"({"parentUuid":null,"isSidechain":false,"sessionId":")" + session +
+           R"(","message":{"model":")" + model + R"(","id":")" + id + R"(","role":"assistant",)" +
            (stopReason.empty() ? "" : R"("stop_reason":)" + stopReason + ",") +
            R"("usage":{"input_tokens":)" + std::to_string(input) + R"(,"output_tokens":)" +
            std::to_string(output) + R"(}},"type":"assistant","timestamp":")" + timestamp + "\"}\n";

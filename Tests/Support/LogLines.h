@@ -14,7 +14,6 @@ struct ClaudeResponse {
     std::int64_t input = 10;
     std::int64_t output = 5;
     std::string stopReason = ""; ///< as JSON; the key is absent when empty
-    bool isSidechain = false;
 
     std::string line() const;
 };

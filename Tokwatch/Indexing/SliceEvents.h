@@ -4,7 +4,6 @@
 #include "TokwatchCore/Records/UsageEvent.h"
 #include "TokwatchCore/Support/Date.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -17,28 +16,30 @@ namespace tokwatch {
 /// The events of one log file in the order of its lines, slice by slice. Lines of one response
 /// repeat its key and replace each other: the last one has the final counts.
 ///
-/// While an assistant writes, a file may end between the lines of a response, and so does every
-/// slice of a large one. Once a response is counted its key is known and later lines count for
-/// nothing; so the last response of the conversation, and that of its agents, stays open while its
-/// newest line has a null "stop_reason". Its event goes over to the next slice. At the end of the
-/// file it waits for a later pass, but only while its newest line is young: logs of older versions
-/// end in such lines, and so do those of sessions that were killed.
+/// While assistants write, a file may end between the lines of a response, and so does every slice
+/// of a large one. Once a response is counted its key is known and later lines count for nothing;
+/// so every response whose newest line has a null "stop_reason" stays open, however many write
+/// into one log by turns. Its event goes over to the next slice. At the end of the file it waits
+/// for a later pass, but only while its newest line is young: logs of older versions end in such
+/// lines, and so do those of sessions that were killed.
 class SliceEvents {
   public:
     /// How long after its newest line a response may still go on, and how far ahead of our clock
     /// that line may be dated.
     static constexpr Seconds patience{60};
+    /// How far behind the last line read, in bytes, the first line of an open response may lie.
+    /// What follows that line is read again by each pass until the response is complete, and its
+    /// keys see to it that nothing counts twice; this much takes tens of milliseconds. More than
+    /// assistants write within a minute, their agents' output between two lines included.
+    static constexpr std::int64_t mostReadAgain = 67'108'864;
 
     void add(UsageEvent event);
     /// `offset`: where the line begins in the file, in bytes.
     void add(ClaudeLine line, std::int64_t offset);
 
-    /// No more lines are there at present, and this is where they end. Responses that do not wait
-    /// are complete as they are.
-    void endFile(Date now, std::int64_t end);
-
-    /// The complete events; those still open stay.
-    std::vector<UsageEvent> take();
+    /// The complete events of what was read, which ends at this offset; those still open stay.
+    /// `now` at the end of the file, where the age of their newest lines counts, too.
+    std::vector<UsageEvent> take(std::int64_t end, std::optional<Date> now);
 
     /// Begins with another file; open responses are dropped.
     void clear();
@@ -47,17 +48,21 @@ class SliceEvents {
         std::int64_t firstLine = 0; ///< where the next pass has to go on
         Date completeAt;            ///< when the last of them is complete as it is
     };
-    /// What all open responses together ask for; none without any.
+    /// What all responses that `take` left open together ask for; none without any.
     std::optional<Open> open() const;
 
   private:
-    std::size_t put(UsageEvent event, std::int64_t offset);
-    bool isToWait(std::size_t position, Date now, std::int64_t end) const;
+    struct Lines {
+        std::int64_t first = 0; ///< where it begins
+        bool isUnfinished = false;
+    };
 
-    std::vector<UsageEvent> events;
-    std::vector<std::int64_t> firstLines;                   ///< of the events' responses
+    void put(UsageEvent event, Lines lines);
+    bool isOpen(std::size_t position, std::int64_t end, std::optional<Date> now) const;
+
+    std::vector<UsageEvent> events;                         ///< in the order of their first lines
+    std::vector<Lines> lines;                               ///< of each of them
     std::unordered_map<std::string, std::size_t> positions; ///< of the keys among the events
-    std::array<std::optional<std::size_t>, 2> openOnes;     ///< the conversation's, its agents'
 };
 
 } // namespace tokwatch

@@ -111,8 +111,7 @@ Slice SliceReader::readLines(const PendingFile& pending) {
     reached = std::move(read.cursor);
     slice.cursor = *reached;
     const bool isLast = isAtEnd(pending, slice.bytes);
-    if (isLast) events.endFile(now(), reached->offset);
-    slice.events = events.take();
+    slice.events = events.take(reached->offset, isLast ? std::optional(now()) : std::nullopt);
     if (const std::optional<SliceEvents::Open> open = events.open()) {
         slice.cursor.offset = open->firstLine;
         if (isLast) slice.heldUntil = open->completeAt;

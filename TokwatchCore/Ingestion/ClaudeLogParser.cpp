@@ -24,7 +24,6 @@ struct Line {
     bool hasMessage = false;
     bool hasUsage = false;
     bool isUnfinished = false;
-    bool isSidechain = false;
     Usage usage;
 };
 
@@ -76,7 +75,6 @@ bool readLine(JSONReader& reader, std::string_view text, Line& line) {
         if (key == "timestamp") return readString(field, line.timestamp);
         if (key == "sessionId") return readString(field, line.session);
         if (key == "message") return readMessage(field, line);
-        if (key == "isSidechain") return readBool(field, line.isSidechain);
         return skip(field);
     });
 }
@@ -125,8 +123,7 @@ std::optional<ClaudeLine> ClaudeLogParser::parseLine(std::string_view text) {
     return ClaudeLine{{ProviderID::claude, std::string(line.model.value_or("unknown")),
                        std::string(line.session.value_or("")), std::string(*identity), *timestamp,
                        tokens, std::nullopt},
-                      line.isUnfinished,
-                      line.isSidechain};
+                      line.isUnfinished};
 }
 
 } // namespace tokwatch

@@ -16,8 +16,6 @@ struct ClaudeLine {
     /// An explicit null "stop_reason": further lines of the response, with higher counts, may
     /// follow. Lines that do not name a reason at all say nothing of the kind.
     bool isUnfinished = false;
-    /// Of an agent that works for the conversation and writes between its lines.
-    bool isSidechain = false;
 };
 
 /// Turns lines of Claude Code's session logs into events. Lines do not depend on each other; the
