@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <charconv>
 #include <exception>
+#include <system_error>
 #include <utility>
 
 namespace tokwatch {
@@ -16,6 +17,12 @@ constexpr const char* providerEntry = "provider";
 constexpr const char* sizeEntry = "size";
 constexpr const char* modifiedEntry = "mtime";
 constexpr const char* lastTurnEntry = "lastTurn";
+
+/// The largest document that is read, in bytes: a session of a hundred thousand turns.
+constexpr std::int64_t largestDocument = 33'554'432;
+
+// No response stays open across a line that is stepped over: its cursor would stand before it.
+static_assert(SliceEvents::mostReadAgain <= longestLine);
 
 std::optional<std::string> entry(const FileCursor& cursor, const char* key) {
     const auto found = cursor.context.find(key);
@@ -33,6 +40,8 @@ std::int64_t turnOf(const UsageEvent& event) {
 }
 
 std::string readWhole(const InputFile& input, std::int64_t size) {
+    if (size > largestDocument)
+        throw std::system_error(std::make_error_code(std::errc::file_too_large));
     std::string document(static_cast<std::size_t>(size), '\0');
     document.resize(input.read(document.data(), document.size(), 0));
     return document;
@@ -95,9 +104,17 @@ void SliceReader::nextFile() {
     buffer.shrink(JSONLTail::sliceBytes);
 }
 
+JSONLTail::Result SliceReader::readOn(const LogFile& file,
+                                      const std::optional<FileCursor>& cursor) {
+    // Files that cannot hold an overlong line need not be searched for one.
+    if (file.attributes.size > longestLine) {
+        if (auto skipped = skipOverlongLine(file.path, cursor)) return *std::move(skipped);
+    }
+    return JSONLTail::read(file.path, cursor, JSONLTail::sliceBytes, buffer);
+}
+
 Slice SliceReader::readLines(const PendingFile& pending) {
-    JSONLTail::Result read = JSONLTail::read(pending.file.path, reached ? reached : pending.cursor,
-                                             JSONLTail::sliceBytes, buffer);
+    JSONLTail::Result read = readOn(pending.file, reached ? reached : pending.cursor);
     // What is open was read from a file that is gone.
     if (read.reset) events.clear();
     Slice slice;

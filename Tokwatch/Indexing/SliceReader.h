@@ -48,6 +48,7 @@ class SliceReader {
     std::optional<Slice> next();
 
   private:
+    JSONLTail::Result readOn(const LogFile& file, const std::optional<FileCursor>& cursor);
     Slice readLines(const PendingFile& pending);
     Slice readDocument(const PendingFile& pending);
     void parseClaude(const JSONLTail::Result& read);

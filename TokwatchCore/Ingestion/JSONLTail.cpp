@@ -4,10 +4,14 @@
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace tokwatch {
 namespace {
+
+/// In the context of a cursor that stands within a line to be stepped over.
+constexpr const char* overlongEntry = "overlong";
 
 /// Whether the stored cursor still speaks of this very file.
 bool isCurrent(const FileCursor& stored, const FileAttributes& now) {
@@ -57,6 +61,26 @@ std::size_t readLines(const InputFile& input, std::int64_t offset, std::int64_t 
     }
 }
 
+/// Where the first line feed from `offset` on is; where looking stopped when there is none in the
+/// next `longestLine` bytes.
+struct LineEnd {
+    std::int64_t offset = 0; ///< just past it
+    bool found = false;
+};
+
+LineEnd findLineEnd(const InputFile& input, std::int64_t offset) {
+    std::array<char, 65'536> block;
+    std::int64_t at = offset;
+    while (at - offset <= longestLine) {
+        const std::size_t got = input.read(block.data(), block.size(), at);
+        if (const void* feed = std::memchr(block.data(), '\n', got))
+            return {at + (static_cast<const char*>(feed) - block.data()) + 1, true};
+        at += static_cast<std::int64_t>(got);
+        if (got < block.size()) break;
+    }
+    return {at, false};
+}
+
 } // namespace
 
 void TailBuffer::grow(std::size_t wanted, std::size_t used) {
@@ -88,6 +112,27 @@ JSONLTail::Result JSONLTail::read(const std::filesystem::path& file,
     split({buffer.data(), consumed}, result.lines);
     result.bytesRead = static_cast<std::int64_t>(consumed);
     result.cursor.offset += result.bytesRead;
+    return result;
+}
+
+std::optional<JSONLTail::Result> skipOverlongLine(const std::filesystem::path& file,
+                                                  const std::optional<FileCursor>& stored) {
+    const InputFile input(file);
+    JSONLTail::Result result;
+    start(result, file, stored, input.attributes());
+    FileCursor& cursor = result.cursor;
+    const LineEnd end = findLineEnd(input, cursor.offset);
+    result.bytesRead = end.offset - cursor.offset;
+    const bool isWithin = cursor.context.contains(overlongEntry);
+    if (!isWithin && result.bytesRead <= longestLine) return std::nullopt;
+    if (!isWithin)
+        systemLog("indexing " + file.filename().string() + ": an endless line is passed over");
+    cursor.offset = end.offset;
+    if (end.found) {
+        cursor.context.erase(overlongEntry);
+    } else {
+        cursor.context[overlongEntry] = "true";
+    }
     return result;
 }
 

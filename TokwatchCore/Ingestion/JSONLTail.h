@@ -49,4 +49,15 @@ struct JSONLTail {
                        std::int64_t maxBytes, TailBuffer& buffer);
 };
 
+/// The longest line that the indexer takes into memory, in bytes. Assistants' own are a hundredth
+/// of that; a longer one is a log that lost its line feeds, or no log at all.
+inline constexpr std::int64_t longestLine = 67'108'864;
+
+/// Steps over a line of more than `longestLine` bytes at the cursor, whether or not it has ended,
+/// without keeping it: the result has no lines. Goes at most about `longestLine` bytes in one call;
+/// the cursor's context remembers that the rest is still to be stepped over. None where the line
+/// there is an ordinary one, to be read as usual. Throws as `JSONLTail::read` does.
+std::optional<JSONLTail::Result> skipOverlongLine(const std::filesystem::path& file,
+                                                  const std::optional<FileCursor>& cursor);
+
 } // namespace tokwatch
