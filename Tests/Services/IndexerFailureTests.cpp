@@ -27,13 +27,15 @@ TEST_F(IndexerFailureTest, GoesOnPastFilesThatCannotBeRead) {
     };
     home.write(".claude/projects/p/3.jsonl", ClaudeResponse{"msg_3"}.line());
     home.write(".claude/projects/p/4.jsonl", ClaudeResponse{"msg_4"}.line());
+    const std::filesystem::path gone = home.write(".claude/projects/p/5.jsonl", "x\n");
+    const auto removeIt = [&gone](const IndexingProgress&) { std::filesystem::remove(gone); };
     const std::filesystem::path huge = home.write(".grok/sessions/s/usage.json", "{");
     std::filesystem::resize_file(huge, 1U << 30U);
-    EXPECT_EQ(index().newEvents, 3);
+    EXPECT_EQ(index(removeIt).newEvents, 3);
     EXPECT_THAT(log.lines(),
                 ElementsAre("Tokwatch: indexing usage.json failed: File too large",
                             "Tokwatch: indexing 3.jsonl failed: database or disk is full (13)"));
-    EXPECT_EQ(indexer().statistics().unreadableFiles, 1);
+    EXPECT_EQ(indexer().statistics().unreadableFiles, 1) << "what is gone is none";
     EXPECT_EQ(indexer().statistics().unstoredFiles, 1);
     EXPECT_FALSE(store->cursor((home / ".claude/projects/p/3.jsonl").string()).has_value());
     service.reset();

@@ -39,6 +39,12 @@ std::int64_t turnOf(const UsageEvent& event) {
     return turn;
 }
 
+/// Files that were renamed or removed since they were listed are no failure: another pass finds
+/// them where they are.
+bool isGone(const std::error_code& code) {
+    return code == std::errc::no_such_file_or_directory || code == std::errc::not_a_directory;
+}
+
 std::string readWhole(const InputFile& input, std::int64_t size) {
     if (size > largestDocument)
         throw std::system_error(std::make_error_code(std::errc::file_too_large));
@@ -82,6 +88,9 @@ std::optional<Slice> SliceReader::next() {
     Slice slice;
     try {
         slice = pending.provider == ProviderID::grok ? readDocument(pending) : readLines(pending);
+    } catch (const std::system_error& error) {
+        slice = {};
+        if (!isGone(error.code())) slice.failure = error.what();
     } catch (const std::exception& error) {
         slice = {};
         slice.failure = error.what();
