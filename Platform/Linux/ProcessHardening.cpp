@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 
 #include <latch>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -22,9 +23,9 @@ void requireThreads(int count) {
     try {
         for (int i = 0; i < count; ++i)
             threads.emplace_back([&release] { release.wait(); });
-    } catch (...) {
+    } catch (const std::system_error& error) {
         release.count_down();
-        throw;
+        throw std::system_error(error.code(), "starting threads");
     }
     release.count_down();
 }

@@ -1,6 +1,7 @@
 #include "Platform/Linux/UserPaths.h"
 
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
+#include "TokwatchCore/Store/SnapshotStore.h"
 
 #include <cstdlib>
 
@@ -36,7 +37,7 @@ std::optional<std::filesystem::path> UserPaths::database() const {
 
 std::optional<std::filesystem::path> UserPaths::snapshotDirectory() const {
     if (!dataHome) return std::nullopt;
-    return *dataHome / "Q7K2M9X4PL.app.tokwatch";
+    return *dataHome / SnapshotStore::appGroup;
 }
 
 } // namespace tokwatch

@@ -35,8 +35,8 @@ enum class Role { working, showing };
 /// The state that every surface is drawn from, and the one who decides when logs are read, limits
 /// fetched, summaries computed and the snapshot written.
 ///
-/// Main thread only. Reading an observable inside a binding or a tracked computation observes it;
-/// the bindables are for notifiers. Equal values are not assigned, so nobody is woken for nothing.
+/// Main thread only. Reading an observable inside a binding or a tracked computation observes it.
+/// Equal values are not assigned, so nobody is woken for nothing.
 class AppModel : public QObject {
   public:
     /// The days of the published summary.
@@ -80,16 +80,7 @@ class AppModel : public QObject {
     /// Providers may be asked for their limits.
     bool areLimitsAllowed() const { return areLimitsAllowedState.value(); }
 
-    QBindable<UsageSummary> bindableSummary() const { return &summaryState; }
-    QBindable<LimitsByProvider> bindableLimits() const { return &limitsState; }
-    QBindable<std::map<ProviderID, AttemptTimes>> bindableAttempts() const {
-        return &attemptsState;
-    }
-    QBindable<std::vector<ProviderID>> bindablePresent() const { return &presentState; }
-    QBindable<std::optional<IndexingProgress>> bindableIndexing() const { return &indexingState; }
     QBindable<std::optional<Date>> bindableLastUpdated() const { return &lastUpdatedState; }
-    QBindable<std::set<ProviderID>> bindableRereading() const { return &rereadingState; }
-    QBindable<bool> bindableIsRefreshing() const { return &isRefreshingState; }
 
     /// Computes and publishes a new summary in the background. Any number of requests during one
     /// computation lead to one more.

@@ -122,11 +122,7 @@ class Follower {
 } // namespace
 
 int follow(const CommandEnvironment& environment, StatusFormat format) {
-    try {
-        requireThreads(followersThreads);
-    } catch (const std::system_error& error) {
-        throw CommandError(std::string("threads cannot be started: ") + error.what());
-    }
+    requireThreads(followersThreads);
     return Follower(environment, format).run();
 }
 

@@ -172,6 +172,7 @@ void Preferences::watchFile() {
     makeFile(fileOf(settings));
     const QFileInfo file(settings.fileName());
     const QString directory = file.absolutePath();
+    if (!QFileInfo(directory).isDir()) return; // what stands there cannot be used
     if (!watcher->directories().contains(directory)) watcher->addPath(directory);
     if (!watcher->files().contains(file.absoluteFilePath()))
         watcher->addPath(file.absoluteFilePath());
