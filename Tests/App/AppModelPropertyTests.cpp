@@ -27,12 +27,6 @@ struct Expectation {
         if (byUser) return 30;
         return failsForNow(*lastStatus) ? delay : 300;
     }
-    /// A provider that nobody wants any more when its answer comes.
-    void forget() {
-        lastAttempt.reset();
-        lastStatus.reset();
-        delay = 300;
-    }
     void end(ProviderStatus status) {
         lastStatus = status;
         delay = failsForNow(status) ? std::min(2 * delay, 1800.0) : 300;
@@ -74,55 +68,28 @@ class Days : protected testing::ModelWorld {
     double between(double low, double high) {
         return std::uniform_real_distribution(low, high)(random);
     }
-    template<typename Container>
-    auto any(const Container& container) {
-        return container[std::uniform_int_distribution<std::size_t>(0,
-                                                                    container.size() - 1)(random)];
+    auto any(const auto& all) {
+        return all[std::uniform_int_distribution<std::size_t>(0, all.size() - 1)(random)];
     }
 
     /// One thing that happens; the seconds that it took.
     double step() {
-        switch (std::uniform_int_distribution(0, 12)(random)) {
-        case 0:
-            time.jump(Seconds{between(-3 * day, 3 * day)});
-            break;
-        case 1:
-            time.jump(Seconds{between(-400, 400)});
-            break;
-        case 2:
-            flip();
-            break;
-        case 3:
-            burst();
-            break;
-        case 4:
-            model->refresh();
-            settle();
-            check(true);
-            break;
-        case 5:
-            model->popoverOpened();
-            settle();
-            break;
-        case 6:
-            model->reread(any(allCases<ProviderID>));
-            settle();
-            break;
-        case 7:
-        case 8:
-            finishAllPasses();
-            break;
-        case 9:
-        case 10:
-            answerAll();
-            break;
-        default: {
-            const double seconds = chance(0.5) ? between(0, 60) : between(60, 900);
-            passTime(seconds);
-            return seconds;
-        }
-        }
-        return 0;
+        const int what = std::uniform_int_distribution(0, 12)(random);
+        if (what == 0) time.jump(Seconds{between(-3 * day, 3 * day)});
+        if (what == 1) time.jump(Seconds{between(-400, 400)});
+        if (what == 2) flip();
+        if (what == 3) burst();
+        if (what == 4) model->refresh();
+        if (what == 5) model->popoverOpened();
+        if (what == 6) model->reread(any(allCases<ProviderID>));
+        if (what >= 4 && what <= 6) settle();
+        check(what == 4);
+        if (what == 7 || what == 8) finishAllPasses();
+        if (what == 9 || what == 10) answerAll();
+        if (what < 11) return 0;
+        const double seconds = chance(0.5) ? between(0, 60) : between(60, 900);
+        passTime(seconds);
+        return seconds;
     }
 
     /// Lets time pass in the steps of the timers, so that each attempt is seen at its moment.
@@ -134,22 +101,18 @@ class Days : protected testing::ModelWorld {
     }
 
     void flip() {
-        switch (std::uniform_int_distribution(0, 2)(random)) {
-        case 0:
-            preferences->claudeLiveLimits = !preferences->claudeLiveLimits.value();
-            break;
-        case 1: {
+        const int which = std::uniform_int_distribution(0, 2)(random);
+        if (which == 0) preferences->claudeLiveLimits = !preferences->claudeLiveLimits.value();
+        if (which == 1) {
             std::set<ProviderID> disabled;
             for (const ProviderID id : allCases<ProviderID>)
                 if (chance(0.2)) disabled.insert(id);
             preferences->disabledProviders = disabled;
-            break;
         }
-        default: {
+        if (which == 2) {
             std::vector<ProviderID> order(allCases<ProviderID>.begin(), allCases<ProviderID>.end());
             std::ranges::shuffle(order, random);
             preferences->providerOrder = order;
-        }
         }
         settle();
     }
@@ -180,10 +143,13 @@ class Days : protected testing::ModelWorld {
             if (source->underWay() == 0) continue;
             const ProviderStatus status =
                 chance(0.4) ? ProviderStatus::ok : any(allProviderStatuses);
+            // Of a provider that nobody wants any more when its answer comes nothing is kept.
+            Expectation forgotten;
+            forgotten.attempts = expected[id].attempts;
             if (isActive(id))
                 expected[id].end(status);
             else
-                expected[id].forget();
+                expected[id] = forgotten;
             if (status == ProviderStatus::ok)
                 source->answer(testing::someLimits(time.now(), between(0, 1)));
             else

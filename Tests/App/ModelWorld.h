@@ -41,16 +41,12 @@ class FakeIndexer {
     }
     void report(const IndexingProgress& progress) { requests.front().progress(progress); }
     void finish(const IndexOutcome& outcome = {}) {
-        Request request = std::move(requests.front());
-        requests.pop_front();
-        request.promise.addResult(outcome);
-        request.promise.finish();
+        end([&](auto& promise) { promise.addResult(outcome); });
     }
     void fail(const std::string& reason) {
-        Request request = std::move(requests.front());
-        requests.pop_front();
-        request.promise.setException(std::make_exception_ptr(std::runtime_error(reason)));
-        request.promise.finish();
+        end([&](auto& promise) {
+            promise.setException(std::make_exception_ptr(std::runtime_error(reason)));
+        });
     }
 
   private:
@@ -58,6 +54,12 @@ class FakeIndexer {
         QPromise<IndexOutcome> promise;
         IndexerService::ProgressHandler progress;
     };
+    void end(const auto& answer) {
+        Request request = std::move(requests.front());
+        requests.pop_front();
+        answer(request.promise);
+        request.promise.finish();
+    }
     std::deque<Request> requests;
 };
 

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "Tests/CommandLine/ProgramRunner.h"
 #include "Tests/Support/LogLines.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 #include "TokwatchCore/Support/Date.h"
+
+#include <QProcess>
 
 #include <gmock/gmock.h>
 
@@ -14,6 +15,31 @@
 #include <vector>
 
 namespace tokwatch::testing {
+
+struct ProgramResult {
+    int status = -1; ///< exit status
+    std::string out;
+    std::string err;
+};
+
+/// Runs a program to its end with an environment of PATH, TZ=UTC and `environment` alone, so that
+/// nothing of the user's reaches it.
+inline ProgramResult runProgram(const std::vector<std::string>& command,
+                                const std::vector<std::string>& environment = {}) {
+    QStringList arguments;
+    for (const std::string& each : command)
+        arguments.append(QString::fromStdString(each));
+    QStringList variables{"PATH=/usr/bin:/bin", "TZ=UTC"};
+    for (const std::string& each : environment)
+        variables.append(QString::fromStdString(each));
+    QProcess program;
+    program.setEnvironment(variables);
+    program.setStandardInputFile(QProcess::nullDevice());
+    program.start(arguments.takeFirst(), arguments);
+    program.waitForFinished(-1);
+    return {program.exitCode(), program.readAllStandardOutput().toStdString(),
+            program.readAllStandardError().toStdString()};
+}
 
 /// Runs the program in a world of its own.
 class CommandTest : public ::testing::Test {

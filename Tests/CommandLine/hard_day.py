@@ -21,7 +21,7 @@ import tempfile
 import threading
 import time
 
-from headless import DEADLINE, Network, World, check, now, stop
+from headless import DEADLINE, Network, World, check, enter_namespaces, now, stop
 
 DATA = "home/.local/share"
 CLOCK_AHEAD = {"LD_PRELOAD": "/usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1", "FAKETIME": "+400d",
@@ -247,14 +247,7 @@ def show(world, network, desktop):
 
 
 def main():
-    program, desktop = (os.path.realpath(path) for path in sys.argv[1:3])
-    if sys.argv[3:] != ["inside"]:
-        namespaces = ["unshare", "--net", "--mount"] + ([] if os.getuid() == 0 else ["--map-root-user"])
-        if subprocess.run([*namespaces, "true"], stderr=subprocess.DEVNULL, check=False).returncode != 0:
-            print("skipped: this system allows no namespaces")
-            sys.exit(77)
-        inside = [sys.executable, os.path.realpath(__file__), program, desktop, "inside"]
-        sys.exit(subprocess.run([*namespaces, "dbus-run-session", "--", *inside], check=False).returncode)
+    program, desktop = enter_namespaces(__file__)
     with tempfile.TemporaryDirectory() as directory:
         try:
             overlay_system_settings(directory)

@@ -47,30 +47,27 @@ def children(process):
         return [int(pid) for pid in file.read().split()]
 
 
-def make_certificates(directory):
-    """An authority that the processes here trust, and its server certificate for both services: the file's path."""
-    def openssl(*arguments):
-        return subprocess.run(["openssl", *arguments], cwd=directory, check=True, capture_output=True, text=True).stdout
-    os.makedirs(os.path.join(directory, "authorities"))
-    key = ["-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-days", "2"]
-    openssl("req", "-x509", *key, "-keyout", "ca.key", "-out", "authorities/ca.pem", "-subj", "/CN=Test authority")
-    openssl("req", "-new", *key, "-keyout", "server.key", "-out", "server.csr", "-subj", "/CN=server")
-    with open(os.path.join(directory, "names"), "w", encoding="utf-8") as file:
-        file.write("subjectAltName=" + ",".join("DNS:" + host for host in sorted(HOSTS)))
-    openssl("x509", "-req", "-in", "server.csr", "-CA", "authorities/ca.pem", "-CAkey", "ca.key", "-CAcreateserial",
-            "-days", "2", "-extfile", "names", "-out", "server.pem")
-    name = openssl("x509", "-hash", "-noout", "-in", "authorities/ca.pem").strip()
-    os.symlink("ca.pem", os.path.join(directory, "authorities", name + ".0"))
-    subprocess.run(["mount", "--bind", os.path.join(directory, "authorities"), "/etc/ssl/certs"], check=True)
+def make_certificate(directory):
+    """A server certificate for both services that the processes here trust."""
+    authorities = os.path.join(directory, "authorities")
+    os.makedirs(authorities)
+    subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+                    "-keyout", "server.key", "-out", "authorities/server.pem", "-days", "2", "-subj", "/CN=server",
+                    "-addext", "subjectAltName=" + ",".join("DNS:" + host for host in sorted(HOSTS))],
+                   cwd=directory, check=True, capture_output=True)
+    name = subprocess.check_output(["openssl", "x509", "-hash", "-noout", "-in", "server.pem"], cwd=authorities, text=True)
+    os.symlink("server.pem", os.path.join(authorities, name.strip() + ".0"))
+    subprocess.run(["mount", "--bind", authorities, "/etc/ssl/certs"], check=True)
 
 
 class Network:
     """Answers every name with this machine's address, and every question with 503."""
 
     def __init__(self, directory):
-        make_certificates(directory)
+        make_certificate(directory)
         self.context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-        self.context.load_cert_chain(os.path.join(directory, "server.pem"), os.path.join(directory, "server.key"))
+        self.context.load_cert_chain(os.path.join(directory, "authorities/server.pem"),
+                                     os.path.join(directory, "server.key"))
         interface = bytearray(struct.pack("16sh", b"lo", 1))  # up
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as control:
             fcntl.ioctl(control, 0x8914, interface)
@@ -359,7 +356,8 @@ def check_secret_free(where, data):
             sys.exit("FAILED: a login is in " + where)
 
 
-def main():
+def enter_namespaces(script):
+    """Runs the script again in namespaces and on a bus of its own, and ends with it; answers the programs once there."""
     programs = [os.path.realpath(path) for path in sys.argv[1:] if path != "inside"]
     if sys.argv[-1] != "inside":
         namespaces = ["unshare", "--net", "--mount"] + ([] if os.getuid() == 0 else ["--map-root-user"])
@@ -367,8 +365,13 @@ def main():
         if trial.returncode != 0:
             print("skipped: this system allows no namespaces: " + trial.stderr.strip())
             sys.exit(77)
-        inside = [sys.executable, os.path.realpath(__file__), *programs, "inside"]
+        inside = [sys.executable, os.path.realpath(script), *programs, "inside"]
         sys.exit(subprocess.run([*namespaces, "dbus-run-session", "--", *inside], check=False).returncode)
+    return programs
+
+
+def main():
+    programs = enter_namespaces(__file__)
     with tempfile.TemporaryDirectory() as directory:
         network = Network(directory)
         worlds = [World(programs[0], os.path.join(directory, name)) for name in ("first", "second")]

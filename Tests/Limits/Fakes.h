@@ -3,6 +3,8 @@
 #include "TokwatchCore/Limits/CredentialSource.h"
 #include "TokwatchCore/Limits/HTTPClient.h"
 
+#include <filesystem>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <variant>
@@ -10,13 +12,19 @@
 
 namespace tokwatch::testing {
 
+inline std::size_t openDescriptors() {
+    return static_cast<std::size_t>(
+        std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
+}
+
+using Secret = std::variant<std::string, CredentialError::Reason>;
+
 /// Answers every read with the same secret, or fails.
 struct FakeCredentials final : CredentialSource {
-    std::variant<std::string, CredentialError::Reason> secret;
+    Secret secret;
     std::vector<std::string> asked; ///< services and files
 
-    explicit FakeCredentials(std::variant<std::string, CredentialError::Reason> kept)
-        : secret(std::move(kept)) {}
+    explicit FakeCredentials(Secret kept) : secret(std::move(kept)) {}
 
     std::string read() const {
         if (const auto* reason = std::get_if<CredentialError::Reason>(&secret))

@@ -1,9 +1,12 @@
 #include "Tests/Limits/HTTPSServer.h"
 
-#include <QSslKey>
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/TemporaryDirectory.h"
+
 #include <QTimer>
 
 #include <algorithm>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace tokwatch::testing {
@@ -16,6 +19,50 @@ QByteArray takeHead(QSslSocket* socket) {
 }
 
 } // namespace
+
+const TestCertificates& certificates() {
+    needEventLoop(); // TLS wants it
+    static const TestCertificates made = [] {
+        const TemporaryDirectory directory;
+        const auto openssl = [&directory](const std::string& arguments) {
+            const std::string command =
+                "cd " + directory.path().string() + " && openssl " + arguments + " 2>errors";
+            if (std::system(command.c_str()) != 0)
+                throw std::runtime_error(command + ": " + directory.read("errors"));
+        };
+        const auto certificate = [&directory](const std::string& name) {
+            return QSslCertificate(QByteArray::fromStdString(directory.read(name + ".pem")));
+        };
+        const std::string newKey = "-newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes ";
+        const auto make = [&](const std::string& name, const std::string& issuer,
+                              const std::string& hosts, const std::string& end) {
+            directory.write("extensions", "subjectAltName=" + hosts + "\n");
+            openssl("req " + newKey + "-subj /CN=" + name + " -keyout " + name +
+                    ".key -out request");
+            // Not "x509 -days -1": OpenSSL 3.5 refuses an end that lies before the beginning.
+            openssl("ca -batch -notext -config authority.conf -name it -outdir . -cert " + issuer +
+                    ".pem -keyfile " + issuer +
+                    ".key -extfile extensions -startdate 200101000000Z" + " -enddate " + end +
+                    " -in request -out " + name + ".pem");
+            const QByteArray key = QByteArray::fromStdString(directory.read(name + ".key"));
+            return Identity{certificate(name), QSslKey(key, QSsl::Ec)};
+        };
+        directory.write("index", "");
+        directory.write("authority.conf",
+                        "[it]\ndatabase=index\nrand_serial=yes\ndefault_md=sha256\n"
+                        "policy=names\n[names]\ncommonName=supplied\n");
+        for (const std::string name : {"authority", "unknown"})
+            openssl("req -x509 " + newKey + "-days 3650 -subj /CN=" + name + " -keyout " + name +
+                    ".key -out " + name + ".pem");
+        const std::string late = "491231235959Z";
+        const std::string hosts = "IP:127.0.0.1,DNS:api.anthropic.com,DNS:chatgpt.com";
+        return TestCertificates{certificate("authority"), make("good", "authority", hosts, late),
+                                make("expired", "authority", hosts, "200102000000Z"),
+                                make("other", "authority", "DNS:example.invalid", late),
+                                make("stranger", "unknown", hosts, late)};
+    }();
+    return made;
+}
 
 Behaviour answer(const QByteArray& status, const QByteArray& body, const QByteArray& headers) {
     Behaviour behaviour;

@@ -1,16 +1,35 @@
 #pragma once
 
-#include "Tests/Limits/TestCertificates.h"
-
 #include <QByteArray>
 #include <QList>
+#include <QSslCertificate>
+#include <QSslKey>
 #include <QSslSocket>
 #include <QTcpServer>
 
 #include <cstdint>
 #include <limits>
+#include <string>
 
 namespace tokwatch::testing {
+
+/// What a server shows of itself.
+struct Identity {
+    QSslCertificate certificate;
+    QSslKey key;
+};
+
+/// Certificates of an authority of the tests' own, made anew for each run.
+struct TestCertificates {
+    QSslCertificate authority;
+    Identity good;      ///< for 127.0.0.1 and both services' hosts
+    Identity expired;   ///< the same, but its time is over
+    Identity otherName; ///< for another host
+    Identity stranger;  ///< of an authority that nobody knows
+};
+
+/// Made on first use.
+const TestCertificates& certificates();
 
 /// What a server does with every request.
 struct Behaviour {

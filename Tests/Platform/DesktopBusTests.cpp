@@ -30,7 +30,7 @@ TEST(DesktopBus, HearsOfTheEndOfSleepAndOfTheNetwork) {
     const QString login = "org.freedesktop.login1";
     const QString manager = "org.freedesktop.NetworkManager";
     const QString networkd = "org.freedesktop.network1";
-    for (const bool begins : {true, false})
+    for (const bool begins : {true, true, false})
         say(login, "/org/freedesktop/login1", login + ".Manager", "PrepareForSleep", {begins});
     for (const uint state : {20u, 40u, 60u, 70u})
         say(manager, "/org/freedesktop/NetworkManager", manager, "StateChanged", {state});

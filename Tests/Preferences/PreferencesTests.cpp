@@ -3,6 +3,7 @@
 #include "Tests/Support/CapturedLog.h"
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Preferences/PreferenceKeys.h"
 
 #include <QEventLoop>
 #include <QSettings>
@@ -28,6 +29,10 @@ using enum ProviderID;
 struct Process {
     explicit Process(const std::filesystem::path& file)
         : settings(settingsFile(file)), preferences(*settings) {}
+    std::string get(std::string_view name) const { return preferenceKey(name)->get(preferences); }
+    std::optional<std::string> set(std::string_view name, std::string_view text) {
+        return preferenceKey(name)->set(preferences, text);
+    }
     std::unique_ptr<QSettings> settings;
     Preferences preferences;
 };
@@ -58,96 +63,86 @@ class PreferencesTest : public ::testing::Test {
     }
 };
 
-TEST_F(PreferencesTest, HasDefaultsWithoutAFile) {
-    Process fresh(file);
-    const Preferences& preferences = fresh.preferences;
-    EXPECT_FALSE(preferences.showDockIcon);
-    EXPECT_FALSE(preferences.hasCompletedOnboarding);
-    EXPECT_EQ(preferences.menuBarStyle, MenuBarStyle::provider);
-    EXPECT_EQ(preferences.pinnedProvider, claude);
-    EXPECT_TRUE(preferences.showResetTime);
-    EXPECT_THAT(preferences.menuBarWindows.value(), IsEmpty());
-    EXPECT_EQ(preferences.warningThreshold, 0.25);
-    EXPECT_EQ(preferences.criticalThreshold, 0.1);
-    EXPECT_TRUE(preferences.tintEnabled);
-    EXPECT_THAT(preferences.enabledProviders(), ElementsAre(claude, codex, grok, cursor));
-    EXPECT_TRUE(preferences.claudeLiveLimits);
-    EXPECT_EQ(preferences.summaryUnit, SummaryUnit::cost);
-    EXPECT_EQ(preferences.popoverTab, PopoverTab::usage);
-    EXPECT_FALSE(preferences.lastPruneAt());
-}
+/// Every setting, as text: what it is at first, what it is set to and reads as then, what makes no
+/// sense in the file and reads as this.
+struct Setting {
+    std::string_view name, initial, text, expected, nonsense, fallback = initial;
+};
+constexpr Setting settings[]{{"showDockIcon", "false", "yes", "true", "7"},
+                             {"hasCompletedOnboarding", "false", "TRUE", "true", "a, b"},
+                             {"menuBarStyle", "provider", "icon", "icon", "Icon"},
+                             {"pinnedProvider", "claude", " grok ", "grok", "copilot"},
+                             {"showResetTime", "true", "0", "false", "maybe"},
+                             {"menuBarWindows", "", "codex=weekly, claude=weekly.opus-4",
+                              "claude=weekly.opus-4,codex=weekly", "session"},
+                             {"warningThreshold", "0.25", "0.3", "0.3", "high"},
+                             {"criticalThreshold", "0.1", "0.25", "0.25", ""},
+                             {"tintEnabled", "true", "no", "false", "a, b"},
+                             {"providerOrder", "claude,codex,grok,cursor", "grok, codex",
+                              "grok,codex,claude,cursor", "grok, copilot, grok, codex",
+                              "grok,codex,claude,cursor"},
+                             {"disabledProviders", "", "grok", "grok", "copilot, cursor", "cursor"},
+                             {"claudeLiveLimits", "true", "false", "false", "@Invalid()"},
+                             {"summaryUnit", "cost", "tokens", "tokens", "Tokens"},
+                             {"popoverTab", "usage", "stats", "stats", "@Invalid()"}};
 
-TEST_F(PreferencesTest, FindsEverythingAgainAfterARestart) {
+TEST_F(PreferencesTest, FindsEverySettingAgainAfterARestart) {
     const Date pruned = dateFromUnixSeconds(1'773'147'600.5);
     {
         Process before(file);
-        Preferences& preferences = before.preferences;
-        preferences.showDockIcon = true;
-        preferences.hasCompletedOnboarding = true;
-        preferences.menuBarStyle = MenuBarStyle::icon;
-        preferences.pinnedProvider = grok;
-        preferences.showResetTime = false;
-        preferences.menuBarWindows = WindowChoices{{"claude", "weekly.opus-4"}, {"codex", "a,b=c"}};
-        preferences.warningThreshold = 0.4;
-        preferences.criticalThreshold = 0.15;
-        preferences.tintEnabled = false;
-        preferences.providerOrder = ProviderList{codex};
-        preferences.disabledProviders = ProviderSet{cursor};
-        preferences.claudeLiveLimits = false;
-        preferences.summaryUnit = SummaryUnit::tokens;
-        preferences.popoverTab = PopoverTab::models;
-        preferences.setLastPruneAt(pruned);
+        ASSERT_EQ(preferenceKeys().size(), std::size(settings));
+        for (const Setting& each : settings) {
+            EXPECT_EQ(before.get(each.name), each.initial) << each.name;
+            EXPECT_EQ(before.set(each.name, each.text), std::nullopt) << each.name;
+        }
+        before.preferences.setLastPruneAt(pruned);
     }
-    EXPECT_THAT(contents(), HasSubstr("disabledProviders=cursor\n"));
+    EXPECT_THAT(contents(), HasSubstr("disabledProviders=grok\n"));
     EXPECT_THAT(contents(), HasSubstr("[menuBarWindows]\nclaude=weekly.opus-4\n"));
     Process after(file);
-    Preferences& preferences = after.preferences;
-    EXPECT_TRUE(preferences.showDockIcon);
-    EXPECT_TRUE(preferences.hasCompletedOnboarding);
-    EXPECT_EQ(preferences.menuBarStyle, MenuBarStyle::icon);
-    EXPECT_EQ(preferences.pinnedProvider, grok);
-    EXPECT_FALSE(preferences.showResetTime);
-    EXPECT_THAT(preferences.menuBarWindows.value(),
-                ElementsAre(Pair("claude", "weekly.opus-4"), Pair("codex", "a,b=c")));
-    EXPECT_EQ(preferences.warningThreshold, 0.4);
-    EXPECT_EQ(preferences.criticalThreshold, 0.15);
-    EXPECT_FALSE(preferences.tintEnabled);
-    EXPECT_THAT(preferences.providerOrder.value(), ElementsAre(codex, claude, grok, cursor));
-    EXPECT_THAT(preferences.enabledProviders(), ElementsAre(codex, claude, grok));
-    EXPECT_FALSE(preferences.claudeLiveLimits);
-    EXPECT_EQ(preferences.summaryUnit, SummaryUnit::tokens);
-    EXPECT_EQ(preferences.popoverTab, PopoverTab::models);
-    EXPECT_EQ(preferences.lastPruneAt(), pruned);
-
-    preferences.disabledProviders = ProviderSet{};
-    preferences.menuBarWindows = WindowChoices{};
-    EXPECT_TRUE(preferences.save());
-    Process again(file);
-    EXPECT_THAT(again.preferences.disabledProviders.value(), IsEmpty());
-    EXPECT_THAT(again.preferences.menuBarWindows.value(), IsEmpty());
+    for (const Setting& each : settings)
+        EXPECT_EQ(after.get(each.name), each.expected) << each.name;
+    EXPECT_EQ(after.preferences.lastPruneAt(), pruned);
+    for (const char* name : {"disabledProviders", "menuBarWindows"})
+        EXPECT_EQ(after.set(name, ""), std::nullopt);
+    EXPECT_TRUE(after.preferences.save());
+    for (const char* name : {"disabledProviders", "menuBarWindows"})
+        EXPECT_EQ(Process(file).get(name), "");
+    EXPECT_EQ(preferenceKey("ShowDockIcon"), nullptr);
 }
 
 TEST_F(PreferencesTest, FallsBackWhereTheFileMakesNoSense) {
-    Process odd = reading("[General]\nmenuBarStyle=Icon\npinnedProvider=copilot\n"
-                          "showResetTime=maybe\ntintEnabled=a, b\nmenuBarWindows=session\n"
-                          "warningThreshold=high\ncriticalThreshold=\n"
-                          "providerOrder=grok, copilot, grok, codex\n"
-                          "disabledProviders=copilot, cursor\nclaudeLiveLimits=0\n"
-                          "summaryUnit=Tokens\npopoverTab=@Invalid()\nlastPruneAt=yesterday\n");
-    const Preferences& preferences = odd.preferences;
-    EXPECT_EQ(preferences.menuBarStyle, MenuBarStyle::provider);
-    EXPECT_EQ(preferences.pinnedProvider, claude);
-    EXPECT_TRUE(preferences.showResetTime);
-    EXPECT_TRUE(preferences.tintEnabled);
-    EXPECT_THAT(preferences.menuBarWindows.value(), IsEmpty());
-    EXPECT_EQ(preferences.warningThreshold, 0.25);
-    EXPECT_EQ(preferences.criticalThreshold, 0.1);
-    EXPECT_THAT(preferences.providerOrder.value(), ElementsAre(grok, codex, claude, cursor));
-    EXPECT_THAT(preferences.disabledProviders.value(), ElementsAre(cursor));
-    EXPECT_FALSE(preferences.claudeLiveLimits);
-    EXPECT_EQ(preferences.summaryUnit, SummaryUnit::cost);
-    EXPECT_EQ(preferences.popoverTab, PopoverTab::usage);
-    EXPECT_FALSE(preferences.lastPruneAt());
+    std::string text = "[General]\nlastPruneAt=yesterday\n";
+    for (const Setting& each : settings)
+        text += std::string(each.name) + '=' + std::string(each.nonsense) + '\n';
+    Process odd = reading(text);
+    for (const Setting& each : settings)
+        EXPECT_EQ(odd.get(each.name), each.fallback) << each.name;
+    EXPECT_FALSE(odd.preferences.lastPruneAt());
+}
+
+TEST_F(PreferencesTest, SaysWhatAValueMayBe) {
+    Process process(file);
+    EXPECT_EQ(process.set("warningThreshold", "x"),
+              "warningThreshold is a number from 0.1 to 1, not \"x\"");
+    EXPECT_EQ(process.set("menuBarStyle", "Icon"),
+              "menuBarStyle is icon or provider, not \"Icon\"");
+    const std::vector<std::pair<std::string_view, std::vector<std::string_view>>> refused{
+        {"showDockIcon", {""}},
+        {"warningThreshold", {"0.05", "1.01", "nan", "0.5x"}},
+        {"criticalThreshold", {"0.21", "0.04"}},
+        {"providerOrder", {"claude,claude", "claude,"}},
+        {"disabledProviders", {"copilot"}},
+        {"menuBarWindows", {"claude", "claude=", "copilot=x", "claude=a,claude=b"}}};
+    for (const auto& [name, texts] : refused) {
+        const std::string before = process.get(name);
+        for (const std::string_view text : texts)
+            EXPECT_NE(process.set(name, text), std::nullopt) << name << ' ' << text;
+        EXPECT_EQ(process.get(name), before);
+    }
+    EXPECT_EQ(process.set("criticalThreshold", "0.2"), std::nullopt); // the highest below 0.25
+    EXPECT_EQ(process.set("warningThreshold", "0.15"), std::nullopt);
+    EXPECT_EQ(process.get("criticalThreshold"), "0.1");
 }
 
 TEST_F(PreferencesTest, NamesLinesThatAreNoSettingsAndSavesTheOthers) {
@@ -166,43 +161,30 @@ TEST_F(PreferencesTest, NamesLinesThatAreNoSettingsAndSavesTheOthers) {
 TEST_F(PreferencesTest, NeitherWaitsForNorReplacesWhatIsNoOrdinaryFile) {
     const testing::CapturedLog log;
     Process process = reading("[General]\nwarningThreshold=0.3\n");
-    const auto isRefused = [&](const char* reason) {
-        process.preferences.reload();
-        process.preferences.tintEnabled = !process.preferences.tintEnabled;
-        EXPECT_FALSE(process.preferences.save());
-        Process fresh(file);
-        EXPECT_EQ(fresh.preferences.warningThreshold, 0.25) << "the defaults hold";
-        fresh.preferences.tintEnabled = false;
-        EXPECT_FALSE(fresh.preferences.save());
-        EXPECT_THAT(log.lines().back(), HasSubstr(reason));
-    };
-    std::filesystem::resize_file(file, 2'000'000);
-    isRefused("is too large");
     std::filesystem::remove(file);
     ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
-    isRefused("is not a regular file");
-    std::filesystem::remove(file);
-    std::filesystem::create_directory(file);
-    isRefused("is not a regular file");
+    process.preferences.reload();
+    process.preferences.tintEnabled = false;
+    EXPECT_FALSE(process.preferences.save());
     EXPECT_EQ(process.preferences.warningThreshold, 0.3) << "what was read last";
+    Process fresh(file);
+    EXPECT_EQ(fresh.preferences.warningThreshold, 0.25) << "the defaults hold";
+    EXPECT_THAT(log.lines().back(), HasSubstr("is not a regular file"));
 }
 
 TEST_F(PreferencesTest, KeepsCriticalBelowWarningWhenReading) {
-    struct Case {
-        const char *warning, *critical;
-        double expectedWarning, expectedCritical;
-    };
-    for (const auto& [warning, critical, expectedWarning, expectedCritical] :
-         {Case{"0.05", "0.1", 0.1, 0.05}, Case{"0.15", "0.3", 0.15, 0.1},
-          Case{"0.25", "0.2", 0.25, 0.2}, Case{"0.25", "0.24", 0.25, 0.2},
-          Case{"0.25", "0.01", 0.25, 0.05}, Case{"0.1", "0.01", 0.1, 0.05},
-          Case{"nan", "nan", 0.1, 0.05}, Case{"-1", "-1", 0.1, 0.05}}) {
-        const TemporaryDirectory directory;
-        Process process(
-            directory.write("settings.conf", std::string("[General]\nwarningThreshold=") + warning +
-                                                 "\ncriticalThreshold=" + critical + '\n'));
-        EXPECT_EQ(process.preferences.warningThreshold, expectedWarning) << warning;
-        EXPECT_EQ(process.preferences.criticalThreshold, expectedCritical) << critical;
+    for (const auto& [read, expected] : {std::pair{std::pair{"0.05", "0.1"}, std::pair{0.1, 0.05}},
+                                         {{"0.15", "0.3"}, {0.15, 0.1}},
+                                         {{"0.25", "0.2"}, {0.25, 0.2}},
+                                         {{"0.25", "0.24"}, {0.25, 0.2}},
+                                         {{"0.25", "0.01"}, {0.25, 0.05}},
+                                         {{"nan", "nan"}, {0.1, 0.05}}}) {
+        const TemporaryDirectory another; // as a process's QSettings share what they know of a file
+        Process process(another.write("settings.conf",
+                                      std::string("[General]\nwarningThreshold=") + read.first +
+                                          "\ncriticalThreshold=" + read.second + '\n'));
+        EXPECT_EQ(process.preferences.warningThreshold, expected.first) << read.first;
+        EXPECT_EQ(process.preferences.criticalThreshold, expected.second) << read.second;
     }
 }
 
@@ -227,21 +209,6 @@ TEST_F(PreferencesTest, KeepsCriticalBelowWarningWhenAssigning) {
     preferences.criticalThreshold = preferences.criticalThreshold.peek(); // what is shown is meant
     preferences.warningThreshold = 0.5;
     EXPECT_DOUBLE_EQ(preferences.criticalThreshold, 0.2);
-}
-
-TEST_F(PreferencesTest, NotifiesOfOtherValuesOnly) {
-    Process process(file);
-    Preferences& preferences = process.preferences;
-    int changes = 0;
-    const auto notifier = preferences.disabledProviders.addNotifier([&changes] { ++changes; });
-    QProperty<std::size_t> enabled;
-    enabled.setBinding([&preferences] { return preferences.enabledProviders().size(); });
-    preferences.disabledProviders = ProviderSet{};
-    EXPECT_EQ(changes, 0);
-    preferences.disabledProviders = ProviderSet{grok};
-    preferences.disabledProviders = ProviderSet{grok};
-    EXPECT_EQ(changes, 1);
-    EXPECT_EQ(enabled.value(), 3U); // a binding that reads settings follows them
 }
 
 TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
@@ -277,16 +244,6 @@ TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
     EXPECT_TRUE(application.preferences.save());
     EXPECT_THAT(contents(), HasSubstr("showDockIcon=true"));
     EXPECT_THAT(contents(), HasSubstr("summaryUnit=tokens"));
-}
-
-TEST_F(PreferencesTest, KeepsTheFileToItsOwner) {
-    Process process(file);
-    process.preferences.showDockIcon = true;
-    ASSERT_TRUE(process.preferences.save());
-    using std::filesystem::perms;
-    using std::filesystem::status;
-    EXPECT_EQ(status(file).permissions(), perms::owner_read | perms::owner_write);
-    EXPECT_EQ(status(file.parent_path()).permissions(), perms::owner_all);
 }
 
 } // namespace

@@ -1,52 +1,22 @@
-#include "Tests/Support/TemporaryDirectory.h"
 #include "TokwatchCore/Store/UsageStore.h"
+
+#include "Tests/Support/OrdinaryUser.h"
+#include "Tests/Support/TemporaryDirectory.h"
 #include "TokwatchCore/Support/ISO8601.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
+#include <cstdio>
 #include <filesystem>
-#include <limits>
 #include <thread>
 
 namespace tokwatch {
 namespace {
 
 using ::testing::ElementsAre;
-using testing::TemporaryDirectory;
-
-/// Looks into the database behind the store's back.
-class Inspector {
-  public:
-    explicit Inspector(const std::filesystem::path& file) { sqlite3_open(file.c_str(), &db); }
-    ~Inspector() { sqlite3_close(db); }
-    Inspector(const Inspector&) = delete;
-    Inspector& operator=(const Inspector&) = delete;
-
-    /// The rows, their columns joined by "|".
-    std::vector<std::string> rows(const char* sql) const {
-        std::vector<std::string> found;
-        sqlite3_stmt* statement = nullptr;
-        EXPECT_EQ(sqlite3_prepare_v2(db, sql, -1, &statement, nullptr), SQLITE_OK)
-            << sqlite3_errmsg(db);
-        while (sqlite3_step(statement) == SQLITE_ROW) {
-            std::string row;
-            for (int i = 0; i < sqlite3_column_count(statement); ++i) {
-                const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, i));
-                row += (i > 0 ? "|" : "") + std::string(text == nullptr ? "NULL" : text);
-            }
-            found.push_back(row);
-        }
-        sqlite3_finalize(statement);
-        return found;
-    }
-    void execute(const char* sql) const {
-        EXPECT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK);
-    }
-
-  private:
-    sqlite3* db = nullptr;
-};
+namespace fs = std::filesystem;
 
 UsageEvent event(const std::string& key, const char* when = "2024-03-10T12:00:00Z",
                  std::int64_t input = 1) {
@@ -55,74 +25,68 @@ UsageEvent event(const std::string& key, const char* when = "2024-03-10T12:00:00
         std::nullopt};
 }
 
+std::vector<UsageEvent> events(int first, int count) {
+    std::vector<UsageEvent> batch;
+    for (int i = first; i < first + count; ++i)
+        batch.push_back(event("key" + std::to_string(i)));
+    return batch;
+}
+
+int openFailure(const fs::path& path) {
+    try {
+        const UsageStore store(path, std::chrono::milliseconds{0});
+    } catch (const UsageStoreError& error) {
+        EXPECT_FALSE(error.message.empty());
+        return error.code;
+    }
+    return SQLITE_OK;
+}
+
 class UsageStoreTest : public ::testing::Test {
   protected:
-    std::int64_t ingest(const std::vector<UsageEvent>& events) {
-        return store->ingest(events, utc);
-    }
-    std::vector<std::string> rows(const char* sql) const { return Inspector(file).rows(sql); }
-    std::vector<std::string> daily() const {
-        return rows("SELECT * FROM daily ORDER BY provider, model, day");
+    std::int64_t ingest(const std::vector<UsageEvent>& batch) { return store->ingest(batch, utc); }
+    /// Does it behind the store's back; the rows, their columns joined by "|".
+    std::vector<std::string> rows(const char* sql) const {
+        std::vector<std::string> found;
+        const auto collect = [](void* all, int count, char** columns, char**) {
+            std::string row;
+            for (int i = 0; i < count; ++i)
+                row += (i > 0 ? "|" : "") + std::string(columns[i] ? columns[i] : "NULL");
+            static_cast<std::vector<std::string>*>(all)->push_back(row);
+            return 0;
+        };
+        sqlite3* db = nullptr;
+        sqlite3_open(file.c_str(), &db);
+        EXPECT_EQ(sqlite3_exec(db, sql, collect, &found, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
+        sqlite3_close(db);
+        return found;
     }
 
-    TemporaryDirectory directory;
-    std::filesystem::path file = directory / "Tokwatch/usage.sqlite";
+    testing::TemporaryDirectory home;
+    fs::path file = home / "Tokwatch/usage.sqlite";
     Calendar utc = Calendar::utc();
     std::unique_ptr<UsageStore> store = std::make_unique<UsageStore>(file);
 };
 
-TEST_F(UsageStoreTest, CountsEveryKeyOnce) {
+TEST_F(UsageStoreTest, CountsEveryKeyOnceWithTheCostsThatAreReported) {
+    using namespace std::string_literals;
     EXPECT_EQ(ingest({}), 0);
     const std::vector<UsageEvent> batch{event("b"), event("a"),
                                         event("b", "2024-03-11T00:00:00Z", 100)};
     EXPECT_EQ(ingest(batch), 2);
-    const std::vector<std::string> once{"claude|m|2024-03-10|2|4|6|8|10|12|NULL"};
-    EXPECT_EQ(daily(), once);
     EXPECT_EQ(ingest(batch), 0);
-    EXPECT_EQ(daily(), once);
-    EXPECT_EQ(ingest({event("c")}), 1);
-    EXPECT_EQ(daily(), std::vector<std::string>{"claude|m|2024-03-10|3|6|9|12|15|18|NULL"});
-    EXPECT_THAT(rows("SELECT key, day FROM seen ORDER BY key"),
-                ElementsAre("a|2024-03-10", "b|2024-03-10", "c|2024-03-10"));
-}
-
-TEST_F(UsageStoreTest, KeepsKeysApartThatDifferBehindANUL) {
-    using namespace std::string_literals;
-    EXPECT_EQ(ingest({event("k\0b"s), event("k\0a"s), event("k"), event("k\0b"s)}), 3);
-    EXPECT_EQ(ingest({event("k\0a"s), event("k\0c"s)}), 1);
-}
-
-TEST_F(UsageStoreTest, SumsReportedCostsOverTheEventsThatHaveOne) {
-    UsageEvent reporting = event("a");
+    const char* const daily = "SELECT * FROM daily";
+    EXPECT_THAT(rows(daily), ElementsAre("claude|m|2024-03-10|2|4|6|8|10|12|NULL"));
+    UsageEvent reporting = event("c");
     reporting.reportedCostUSD = 0.5;
-    EXPECT_EQ(ingest({event("b"), reporting, event("c")}), 3);
-    EXPECT_EQ(daily(), std::vector<std::string>{"claude|m|2024-03-10|3|6|9|12|15|18|0.5"});
-    reporting.dedupKey = "d";
-    reporting.reportedCostUSD = 0.25;
-    ingest({reporting, event("e")});
-    EXPECT_EQ(daily(), std::vector<std::string>{"claude|m|2024-03-10|5|10|15|20|25|30|0.75"});
-}
-
-TEST_F(UsageStoreTest, KeepsTheEarliestDayOfASession) {
-    ingest({event("a", "2024-03-12T00:00:00Z"), event("b", "2024-03-11T00:00:00Z")});
-    ingest({event("c", "2024-03-10T00:00:00Z")});
-    ingest({event("d", "2024-03-14T00:00:00Z")});
-    EXPECT_EQ(rows("SELECT * FROM sessions"), std::vector<std::string>{"claude|s|2024-03-10"});
-}
-
-TEST_F(UsageStoreTest, PutsEventsOnTheCalendarsDays) {
-    const Calendar saoPaulo =
-        Calendar::named("America/Sao_Paulo").value(); // its day of 2018-11-04 has no midnight
-    const std::vector<UsageEvent> events{
-        event("a", "2018-11-04T02:59:59.999Z"), event("b", "2018-11-04T03:00:00Z"),
-        event("c", "2018-11-05T01:59:59Z"), event("d", "2018-11-05T02:00:00Z")};
-    EXPECT_EQ(store->ingest(events, saoPaulo), 4);
-    EXPECT_THAT(rows("SELECT key, day FROM seen ORDER BY key"),
-                ElementsAre("a|2018-11-03", "b|2018-11-04", "c|2018-11-04", "d|2018-11-05"));
+    EXPECT_EQ(ingest({reporting}), 1);
+    EXPECT_THAT(rows(daily), ElementsAre("claude|m|2024-03-10|3|6|9|12|15|18|0.5"));
+    EXPECT_EQ(ingest({event("k\0b"s), event("k\0a"s), event("k"), event("k\0b"s)}), 3);
+    EXPECT_EQ(ingest({event("k\0a"s), event("k\0c"s)}), 1) << "they differ behind a NUL";
+    EXPECT_EQ(store->models(), std::vector<std::string>{"m"});
 }
 
 TEST_F(UsageStoreTest, KeepsCursorsAndLimits) {
-    EXPECT_FALSE(store->cursor("/a").has_value());
     const FileCursor first{"/a\n\xff", 7, 9, {{"provider", "claude"}}};
     store->save(first);
     EXPECT_EQ(store->cursor(first.path), first);
@@ -131,19 +95,12 @@ TEST_F(UsageStoreTest, KeepsCursorsAndLimits) {
     EXPECT_EQ(store->cursor(first.path), both[0]);
     EXPECT_EQ(store->cursorTexts().size(), 2U);
 
-    EXPECT_FALSE(store->limits(ProviderID::codex).has_value());
     ProviderLimits limits;
-    limits.windows = {{"session",
-                       "Session",
-                       0.5,
-                       18000.0,
-                       {},
-                       LimitSource::local(dateFromUnixSeconds(1.7e9 + 0.1))}};
     limits.fetchedAt = dateFromUnixSeconds(1773147600.123);
     store->setLimits(limits, ProviderID::codex);
     EXPECT_EQ(store->limits(ProviderID::codex), limits);
     EXPECT_FALSE(store->limits(ProviderID::claude).has_value());
-    Inspector(file).execute("UPDATE limits SET json = '{}'");
+    rows("UPDATE limits SET json = '{}'");
     EXPECT_THROW(store->limits(ProviderID::codex), DecodingError);
 }
 
@@ -167,7 +124,7 @@ TEST_F(UsageStoreTest, ResetsTheCursorsOfOneProvider) {
                                           {"/b", 1, 1, {{"provider", "codex"}}},
                                           {"/c", 1, 1, {}}};
     store->save(cursors);
-    Inspector(file).execute("INSERT INTO cursors VALUES('/broken', '{\"provider\":\"claude\"')");
+    rows("INSERT INTO cursors VALUES('/broken', '{\"provider\":\"claude\"')");
     store->resetCursors(ProviderID::claude);
     EXPECT_THAT(rows("SELECT path FROM cursors ORDER BY path"), ElementsAre("/b", "/broken", "/c"));
     EXPECT_THROW(store->cursor("/broken"), DecodingError);
@@ -184,41 +141,25 @@ TEST_F(UsageStoreTest, PrunesDaysBeforeTheCutOff) {
     EXPECT_EQ(rows("SELECT key FROM seen"), std::vector<std::string>{"b"});
 }
 
-TEST_F(UsageStoreTest, LastsFromOneOpeningToTheNext) {
+TEST_F(UsageStoreTest, LastsFromOneOpeningToTheNextForItsUserAlone) {
     ingest({event("a")});
+    store->save(FileCursor{"/a", 1, 1, {}});
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(home.path()))
+        EXPECT_EQ(entry.status().permissions(), fs::perms{entry.is_directory() ? 0700U : 0600U})
+            << entry.path();
     store = nullptr;
     store = std::make_unique<UsageStore>(file);
     EXPECT_EQ(ingest({event("a")}), 0);
-    EXPECT_EQ(rows("PRAGMA user_version"), std::vector<std::string>{"1"});
-    EXPECT_EQ(rows("PRAGMA journal_mode"), std::vector<std::string>{"wal"});
+    EXPECT_THAT(rows("PRAGMA user_version"), ElementsAre("1"));
+    EXPECT_THAT(rows("PRAGMA journal_mode"), ElementsAre("wal"));
     EXPECT_EQ(store->integrity(), "ok");
-    EXPECT_EQ(store->models(), std::vector<std::string>{"m"});
-}
-
-TEST_F(UsageStoreTest, IsPrivateToItsUser) {
-    ingest({event("a")});
-    namespace fs = std::filesystem;
-    EXPECT_EQ(fs::status(file.parent_path()).permissions(), fs::perms::owner_all);
-    for (const fs::directory_entry& entry : fs::directory_iterator(file.parent_path()))
-        EXPECT_EQ(entry.status().permissions(), fs::perms::owner_read | fs::perms::owner_write)
-            << entry.path();
-}
-
-TEST_F(UsageStoreTest, LivesInMemoryWhenAskedTo) {
-    const std::filesystem::path memory = directory / ":memory:";
-    {
-        UsageStore temporary(memory);
-        const std::vector<UsageEvent> events{event("a")};
-        EXPECT_EQ(temporary.ingest(events, utc), 1);
-    }
-    const std::vector<UsageEvent> events{event("a")};
-    EXPECT_EQ(UsageStore(memory).ingest(events, utc), 1);
-    EXPECT_FALSE(std::filesystem::exists(memory));
+    EXPECT_EQ(UsageStore(":memory:").ingest(events(0, 1), utc), 1);
+    EXPECT_FALSE(fs::exists(":memory:"));
 }
 
 TEST_F(UsageStoreTest, ServesSeveralThreads) {
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
+    std::vector<std::jthread> threads;
+    for (int t = 0; t < 4; ++t)
         threads.emplace_back([this, t] {
             for (int i = 0; i < 50; ++i) {
                 ingest({event(std::to_string(t) + "/" + std::to_string(i)),
@@ -227,21 +168,142 @@ TEST_F(UsageStoreTest, ServesSeveralThreads) {
                 store->cursorTexts();
             }
         });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(rows("SELECT COUNT(*) FROM seen"), std::vector<std::string>{"250"});
-    EXPECT_EQ(rows("SELECT uncached FROM daily"), std::vector<std::string>{"250"});
+    threads.clear();
+    EXPECT_THAT(rows("SELECT uncached FROM daily"), ElementsAre("250"));
 }
 
-TEST_F(UsageStoreTest, StopsTheProgramRatherThanStoreAWrappedSum) {
-    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
-    UsageEvent huge = event("a");
-    huge.tokens = {most, 0, 0, 0, 0, 0};
-    ingest({huge});
-    EXPECT_EXIT(ingest({event("b")}), ::testing::ExitedWithCode(1),
-                "exceeds 64 bits \\(claude, .*, 20..-..-..\\)");
-    EXPECT_EQ(rows("SELECT key FROM seen"), std::vector<std::string>{"a"});
+TEST_F(UsageStoreTest, SaysWhyTheFileCannotBeOpenedOrWritten) {
+    ingest(events(0, 3));
+    store = nullptr;
+    home.write("file", "");
+    EXPECT_EQ(openFailure(home / "file/usage.sqlite"), SQLITE_CANTOPEN);
+    EXPECT_EQ(openFailure(home.path()), SQLITE_CANTOPEN);
+    ASSERT_EQ(::mkfifo((home / "pipe").c_str(), 0600), 0);
+    EXPECT_THROW(UsageStore::readOnly(home / "pipe"), UsageStoreError) << "and does not wait";
+    fs::create_symlink("loop", home / "loop");
+    EXPECT_EQ(openFailure(home / "loop"), SQLITE_CANTOPEN);
+    EXPECT_EQ(openFailure(home.write("broken.sqlite", std::string(5000, 'x'))), SQLITE_NOTADB);
+    fs::permissions(home.path(), fs::perms{0755});
+    fs::permissions(file.parent_path(), fs::perms{0555});
+    fs::permissions(file, fs::perms{0444});
+    {
+        const testing::OrdinaryUser user;
+        EXPECT_EQ(openFailure(file), SQLITE_READONLY);
+        EXPECT_EQ(openFailure(file.parent_path() / "another.sqlite"), SQLITE_CANTOPEN);
+        EXPECT_EQ(UsageStore::readOnly(file)->newestDay(), "2024-03-10");
+    }
+    fs::permissions(file.parent_path(), fs::perms::owner_all);
+    fs::permissions(file, fs::perms{0600});
+    EXPECT_EQ(UsageStore(file).ingest(events(0, 4), utc), 1) << "nothing may be lost";
+}
+
+TEST_F(UsageStoreTest, SaysThatAnotherProcessHoldsTheLock) {
+    ingest(events(0, 3));
+    store = std::make_unique<UsageStore>(file, std::chrono::milliseconds{0});
+    sqlite3* other = nullptr;
+    sqlite3_open(file.c_str(), &other);
+    sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+    try {
+        ingest(events(0, 9));
+        ADD_FAILURE() << "it was written";
+    } catch (const UsageStoreError& error) {
+        EXPECT_TRUE(error.isLocked());
+    }
+    EXPECT_THROW(store->save(FileCursor{"/a", 1, 1, {}}), UsageStoreError);
+    // Readers are not held up, and opening a database that exists writes nothing.
+    EXPECT_FALSE(store->cursor("/a").has_value());
+    EXPECT_EQ(openFailure(file), SQLITE_OK);
+    sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
+    EXPECT_EQ(ingest(events(0, 9)), 6);
+    sqlite3_close(other);
+}
+
+/// What another program makes of the file: it opens and closes it, which deletes the write-ahead
+/// log where it finds nobody else's lock.
+std::string readByAnotherProcess(const fs::path& file, const std::string& query) {
+    const std::string command = "sqlite3 '" + file.string() + "' '" + query + "'";
+    FILE* pipe = ::popen(command.c_str(), "r");
+    std::string text;
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
+        text += static_cast<char>(c);
+    EXPECT_EQ(::pclose(pipe), 0) << text;
+    return text;
+}
+
+TEST_F(UsageStoreTest, LosesNothingToOtherProcessesThatOpenAndCloseTheFile) {
+    for (int round = 0; round < 3; ++round) {
+        store->ingest(events(round * 10, 10), utc);
+        // The locks of a process on a file are gone once it closes any descriptor of that file.
+        { UsageStore second(file); }
+        EXPECT_EQ(readByAnotherProcess(file, "SELECT COUNT(*) FROM seen"),
+                  std::to_string((round + 1) * 10) + "\n");
+        EXPECT_TRUE(fs::exists(file.string() + "-wal"));
+    }
+    EXPECT_EQ(store->integrity(), "ok");
+
+    // Somebody removed the file alone: the side files are those of the store that is open.
+    fs::remove(file);
+    EXPECT_TRUE(store->isDetached());
+    EXPECT_TRUE(store->reattach());
+    ingest(events(0, 10));
+    readByAnotherProcess(file, "SELECT COUNT(*) FROM seen");
+    EXPECT_TRUE(fs::exists(file.string() + "-wal"));
+}
+
+TEST_F(UsageStoreTest, WaitsForOthersThatOpenANewFileAtTheSameTime) {
+    for (int round = 0; round < 40; ++round) {
+        const fs::path fresh = home / (std::to_string(round) + "/usage.sqlite");
+        std::vector<std::jthread> openers;
+        for (int i = 0; i < 4; ++i)
+            openers.emplace_back(
+                [&, i] { EXPECT_NO_THROW(UsageStore(fresh).ingest(events(i, 1), utc)); });
+        openers.clear();
+        EXPECT_EQ(UsageStore(fresh).ingest(events(0, 5), utc), 1);
+    }
+}
+
+TEST_F(UsageStoreTest, MovesFromMemoryToTheFileOnceThatCanBeOpened) {
+    const fs::path later = home.write("data", "in the way").parent_path() / "data/u";
+    const std::shared_ptr<UsageStore> memory = UsageStore::temporary(later);
+    ProviderLimits limits;
+    limits.fetchedAt = dateFromUnixSeconds(1'000);
+    memory->setLimits(limits, ProviderID::codex);
+    EXPECT_THROW(memory->reattach(), UsageStoreError);
+    memory->ingest(events(0, 3), utc);
+
+    fs::remove(home / "data");
+    EXPECT_TRUE(memory->reattach());
+    EXPECT_FALSE(memory->reattach()) << "it is the one in use";
+    EXPECT_EQ(memory->limits(ProviderID::codex), limits);
+    EXPECT_EQ(memory->ingest(events(0, 3), utc), 3) << "the file knows none of them";
+
+    fs::rename(home / "data", home / "moved away");
+    EXPECT_TRUE(memory->reattach());
+    EXPECT_EQ(memory->ingest(events(0, 2), utc), 2);
+    EXPECT_EQ(UsageStore(home / "moved away/u").ingest(events(0, 4), utc), 1);
+    EXPECT_EQ(UsageStore(later).ingest(events(0, 4), utc), 2);
+}
+
+TEST_F(UsageStoreTest, LeavesANewerDatabaseAsItIs) {
+    file = home / "newer.sqlite";
+    rows("CREATE TABLE later(x); PRAGMA user_version = 7");
+    UsageStore newer(file);
+    EXPECT_THROW(newer.ingest(events(0, 1), utc), UsageStoreError);
+    EXPECT_EQ(newer.integrity(), "ok");
+}
+
+TEST_F(UsageStoreTest, RollsAWholeBatchBack) {
+    ingest(events(0, 10));
+    rows("CREATE TRIGGER refuse BEFORE INSERT ON sessions "
+         "BEGIN SELECT RAISE(ABORT, 'refused'); END");
+    try {
+        ingest(events(0, 50));
+        ADD_FAILURE() << "the trigger did not fire";
+    } catch (const UsageStoreError& error) {
+        EXPECT_EQ(error, UsageStoreError(SQLITE_CONSTRAINT, "refused"));
+    }
+    rows("DROP TRIGGER refuse");
+    EXPECT_EQ(ingest(events(0, 50)), 40) << "nothing of the failed batch may have stayed";
 }
 
 } // namespace

@@ -1,22 +1,19 @@
+#include "TokwatchCore/Store/PriceTable.h"
 #include "TokwatchCore/Store/UsageStore.h"
 #include "TokwatchCore/Store/UsageSummary.h"
 #include "TokwatchCore/Support/ISO8601.h"
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <functional>
-#include <limits>
-
 namespace tokwatch {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::ExitedWithCode;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 const Date now = *parseISO8601("2026-11-24T15:00:00Z");
+constexpr const char* today = "2026-11-24";
 
 PriceTable prices() {
     return PriceTable(
@@ -29,9 +26,8 @@ DailyRow row(ProviderID provider, const char* model, const char* day, std::int64
 }
 
 UsageSummary summarizeDays(std::int64_t days, const std::vector<DailyRow>& rows,
-                           const std::vector<SessionCount>& sessions = {},
-                           const Calendar& calendar = Calendar::utc()) {
-    return summarize(days, SummaryWindow(days, now, calendar), rows, sessions, prices());
+                           const std::vector<SessionCount>& sessions = {}) {
+    return summarize(days, SummaryWindow(days, now, Calendar::utc()), rows, sessions, prices());
 }
 
 std::vector<std::string> modelNames(const UsageSummary& summary) {
@@ -44,9 +40,8 @@ std::vector<std::string> modelNames(const UsageSummary& summary) {
 TEST(UsageSummary, AddsUpToolsModelsAndDays) {
     const UsageSummary summary = summarizeDays(
         3,
-        {row(ProviderID::codex, "a", "2026-11-24", 3), row(ProviderID::codex, "b", "2026-11-22", 1),
-         row(ProviderID::grok, "x", "2026-11-24", 4, 8.0),
-         row(ProviderID::claude, "y", "2026-11-22", 2)},
+        {row(ProviderID::codex, "a", today, 3), row(ProviderID::codex, "b", "2026-11-22", 1),
+         row(ProviderID::grok, "x", today, 4, 8.0), row(ProviderID::claude, "y", "2026-11-22", 2)},
         {{ProviderID::codex, "2026-11-24", 2}, {ProviderID::cursor, "2026-11-23", 1}});
     EXPECT_EQ(summary.totalCostUSD, 12);
     EXPECT_EQ(summary.sessions, 3);
@@ -82,7 +77,7 @@ TEST(UsageSummary, AddsUpToolsModelsAndDays) {
 }
 
 TEST(UsageSummary, AddsUpEveryKindOfTokenAndWhatCachesSaved) {
-    DailyRow mixed = row(ProviderID::claude, "a", "2026-11-24", 1);
+    DailyRow mixed = row(ProviderID::claude, "a", today, 1);
     mixed.tokens = {1'000'000, 2'000'000, 3'000'000, 4'000'000, 5'000'000, 6};
     const UsageSummary summary = summarizeDays(2, {mixed, mixed});
     EXPECT_EQ(summary.tokens,
@@ -92,87 +87,64 @@ TEST(UsageSummary, AddsUpEveryKindOfTokenAndWhatCachesSaved) {
     EXPECT_EQ(summary.cacheSavingsUSD, 2);
     EXPECT_EQ(summary.tools[0].tokens, 30'000'000);
 
-    DailyRow single = row(ProviderID::claude, "a", "2026-11-24", 0);
+    DailyRow single = row(ProviderID::claude, "a", today, 0);
     single.tokens.output = 1;
     EXPECT_EQ(summarizeDays(1, {single}).tools[0].tokenShare, 1);
 }
 
-TEST(UsageSummary, OrdersEqualModels) {
-    EXPECT_THAT(
-        modelNames(summarizeDays(1, {row(ProviderID::grok, "a", "2026-11-24", 1),
-                                     row(ProviderID::codex, "b", "2026-11-24", 1),
-                                     row(ProviderID::codex, "a", "2026-11-24", 1),
-                                     row(ProviderID::claude, "z", "2026-11-24", 9),
-                                     row(ProviderID::cursor, "a", "2026-11-24", 1),
-                                     row(ProviderID::grok, "small", "2026-11-24", 1, 1.0),
-                                     row(ProviderID::grok, "large", "2026-11-24", 2, 1.0)})),
-        ElementsAre("large", "a", "b", "a", "a", "small", "z"));
+TEST(UsageSummary, OrdersEqualToolsAndModels) {
+    const UsageSummary summary = summarizeDays(
+        1, {row(ProviderID::grok, "a", today, 1), row(ProviderID::codex, "b", today, 1),
+            row(ProviderID::codex, "a", today, 1), row(ProviderID::claude, "z", today, 9),
+            row(ProviderID::cursor, "a", today, 2), row(ProviderID::grok, "small", today, 1, 1.0),
+            row(ProviderID::claude, "large", today, 2, 1.0)});
+    EXPECT_THAT(modelNames(summary), ElementsAre("a", "large", "a", "b", "a", "small", "z"));
+    std::vector<ProviderID> tools;
+    for (const UsageSummary::Tool& tool : summary.tools)
+        tools.push_back(tool.provider);
+    EXPECT_THAT(tools, ElementsAre(ProviderID::codex, ProviderID::grok, ProviderID::cursor,
+                                   ProviderID::claude));
 }
 
-TEST(UsageSummary, OfNothingIsEmpty) {
-    for (const std::int64_t days : {-3, 0, 1}) {
-        const UsageSummary summary = summarizeDays(days, {});
-        EXPECT_EQ(summary.days, 1);
-        EXPECT_THAT(summary.tools, IsEmpty());
-        EXPECT_THAT(summary.daily, IsEmpty());
-        EXPECT_THAT(summary.perDay, IsEmpty());
-        EXPECT_FALSE(summary.hasUnknownPrices);
-    }
-    EXPECT_EQ(summarizeDays(1, {row(ProviderID::claude, "y", "2026-11-24", 1)}).tools[0].costShare,
-              0);
+TEST(UsageSummary, StaysApproximateOnceAnyRowIs) {
+    const UsageSummary summary = summarizeDays(
+        2, {row(ProviderID::grok, "x", "2026-11-23", 1, 0.25), row(ProviderID::grok, "x", today, 1),
+            row(ProviderID::grok, "a", today, 1), row(ProviderID::claude, "a", today, 1)});
+    for (const UsageSummary::Tool& tool : summary.tools)
+        EXPECT_EQ(tool.approximate, tool.provider == ProviderID::grok) << rawValue(tool.provider);
+    for (const UsageSummary::ModelRow& model : summary.models)
+        EXPECT_EQ(model.approximate, model.model == "x") << model.model;
+    EXPECT_EQ(summary.models.back().costUSD, 0.25) << "the day without a report adds tokens only";
+    const UsageSummary nothing = summarizeDays(0, {});
+    EXPECT_EQ(nothing.days, 1);
+    EXPECT_FALSE(nothing.hasUnknownPrices);
+    EXPECT_THAT(nothing.daily, IsEmpty());
+    EXPECT_EQ(summarizeDays(1, {row(ProviderID::claude, "y", today, 1)}).tools[0].costShare, 0);
 }
 
 TEST(SummaryWindow, HoldsExactlyTheDaysUpToToday) {
     struct Case {
-        const char* zone;
-        const char* now;
+        const char *zone, *now;
         std::int64_t days;
-        const char* firstKey;
-        const char* todayKey;
-        const char* todayStart;
+        const char *firstKey, *todayKey;
         std::size_t count;
     };
-    const std::vector<Case> cases{
-        {"UTC", "2026-03-10T12:00:00Z", 1, "2026-03-10", "2026-03-10", "2026-03-10T00:00:00Z", 1},
-        {"UTC", "2026-03-10T00:00:00Z", 0, "2026-03-10", "2026-03-10", "2026-03-10T00:00:00Z", 1},
-        {"UTC", "2026-03-10T23:59:59Z", -7, "2026-03-10", "2026-03-10", "2026-03-10T00:00:00Z", 1},
-        {"UTC", "2024-03-01T12:00:00Z", 2, "2024-02-29", "2024-03-01", "2024-03-01T00:00:00Z", 2},
-        {"UTC", "2026-03-10T12:00:00Z", 90, "2025-12-11", "2026-03-10", "2026-03-10T00:00:00Z", 90},
-        // The same moment is another day elsewhere.
-        {"Asia/Tokyo", "2026-03-10T15:00:00Z", 2, "2026-03-10", "2026-03-11",
-         "2026-03-10T15:00:00Z", 2},
-        {"America/Los_Angeles", "2026-03-11T06:59:59Z", 2, "2026-03-09", "2026-03-10",
-         "2026-03-10T07:00:00Z", 2},
-        // A day of 23 hours in the window, and one of 25.
-        {"Europe/Berlin", "2026-03-30T21:30:00Z", 30, "2026-03-01", "2026-03-30",
-         "2026-03-29T22:00:00Z", 30},
-        {"Europe/Berlin", "2026-10-26T23:30:00Z", 30, "2026-09-28", "2026-10-27",
-         "2026-10-26T23:00:00Z", 30},
-        // Clocks go from 0:00 to 1:00: the day has no midnight and begins at one.
-        {"Africa/Cairo", "2026-04-24T12:00:00Z", 30, "2026-03-26", "2026-04-24",
-         "2026-04-23T22:00:00Z", 30},
-        {"Africa/Cairo", "2026-04-30T22:30:00Z", 30, "2026-04-02", "2026-05-01",
-         "2026-04-30T21:00:00Z", 30},
-        {"America/Sao_Paulo", "2018-11-05T01:00:00Z", 30, "2018-10-06", "2018-11-04",
-         "2018-11-04T03:00:00Z", 30},
-        // The island skipped 30 December 2011: that day never was.
-        {"Pacific/Apia", "2011-12-31T12:00:00Z", 4, "2011-12-29", "2012-01-01",
-         "2011-12-31T10:00:00Z", 3},
-    };
-    for (const Case& each : cases) {
-        SCOPED_TRACE(std::string(each.zone) + " " + each.now + " " + std::to_string(each.days));
-        const Calendar calendar = Calendar::named(each.zone).value();
-        const SummaryWindow window(each.days, *parseISO8601(each.now), calendar);
-        EXPECT_THAT(window.days, SizeIs(each.count));
-        EXPECT_EQ(window.firstKey(), each.firstKey);
-        EXPECT_EQ(window.todayKey, each.todayKey);
-        EXPECT_EQ(formatISO8601(window.today), each.todayStart);
-        ASSERT_THAT(window.keys, SizeIs(window.days.size()));
+    // A day of 23 hours in the window; one without a midnight; one that never was.
+    for (const auto& [zone, moment, days, firstKey, todayKey, count] :
+         {Case{"UTC", "2026-03-10T23:59:59Z", -7, "2026-03-10", "2026-03-10", 1},
+          Case{"Europe/Berlin", "2026-03-30T22:30:00Z", 30, "2026-03-02", "2026-03-31", 30},
+          Case{"Africa/Cairo", "2026-04-24T12:00:00Z", 30, "2026-03-26", "2026-04-24", 30},
+          Case{"Pacific/Apia", "2011-12-31T12:00:00Z", 4, "2011-12-29", "2012-01-01", 3}}) {
+        SCOPED_TRACE(zone);
+        const Calendar calendar = Calendar::named(zone).value();
+        const SummaryWindow window(days, *parseISO8601(moment), calendar);
+        EXPECT_EQ(window.firstKey(), firstKey);
+        EXPECT_EQ(window.todayKey, todayKey);
         EXPECT_EQ(window.days.back(), window.today);
         EXPECT_EQ(window.keys.back(), window.todayKey);
-        EXPECT_TRUE(std::ranges::is_sorted(window.keys, std::ranges::less_equal()));
-        for (std::size_t i = 0; i < window.days.size(); ++i) {
-            EXPECT_EQ(calendar.dayKey(window.days[i]), window.keys[i]);
+        ASSERT_THAT(window.days, SizeIs(count));
+        for (std::size_t i = 0; i < count; ++i) {
+            EXPECT_EQ(calendar.dayKey(window.days[i]), window.keys.at(i));
             EXPECT_EQ(calendar.startOfDay(window.days[i]), window.days[i]);
         }
     }
@@ -194,37 +166,49 @@ TEST(UsageSummary, OfAStoreLeavesOutWhatLiesOutsideTheWindow) {
     EXPECT_EQ(summary.sessions, 1) << "a session belongs to its first day alone";
 }
 
-TEST(UsageSummary, OrdersEqualToolsAsDeclared) {
-    const UsageSummary summary = summarizeDays(1, {row(ProviderID::cursor, "a", "2026-11-24", 1),
-                                                   row(ProviderID::grok, "a", "2026-11-24", 2),
-                                                   row(ProviderID::codex, "a", "2026-11-24", 1),
-                                                   row(ProviderID::claude, "a", "2026-11-24", 1)});
-    std::vector<ProviderID> tools;
-    for (const UsageSummary::Tool& tool : summary.tools)
-        tools.push_back(tool.provider);
-    EXPECT_THAT(tools, ElementsAre(ProviderID::grok, ProviderID::claude, ProviderID::codex,
-                                   ProviderID::cursor));
+ModelPrice price(double input) {
+    return {input, 50, 1, 12.5, 20, {}, "test", "2026-01-01"};
 }
 
-TEST(UsageSummary, StaysApproximateOnceAnyRowIs) {
-    const UsageSummary summary =
-        summarizeDays(2, {row(ProviderID::grok, "x", "2026-11-23", 1, 0.25),
-                          row(ProviderID::grok, "x", "2026-11-24", 1),
-                          row(ProviderID::grok, "a", "2026-11-24", 1),
-                          row(ProviderID::claude, "a", "2026-11-24", 1)});
-    for (const UsageSummary::Tool& tool : summary.tools)
-        EXPECT_EQ(tool.approximate, tool.provider == ProviderID::grok) << rawValue(tool.provider);
-    for (const UsageSummary::ModelRow& model : summary.models)
-        EXPECT_EQ(model.approximate, model.model == "x") << model.model;
-    EXPECT_EQ(summary.models.back().costUSD, 0.25); // the day without a report adds tokens only
-    EXPECT_TRUE(summary.hasUnknownPrices);
+TEST(PriceTable, FindsExactNamesAndDatedOnes) {
+    const PriceTable table(
+        {{"claude-x", price(10)}, {"claude-x-20250101", price(7)}, {"-20250101", price(3)}});
+    EXPECT_EQ(table.price("claude-x")->input, 10);
+    EXPECT_EQ(table.price("claude-x-20250101")->input, 7);
+    EXPECT_EQ(table.price("claude-x-20250929")->input, 10);
+    EXPECT_EQ(table.price("-20250101")->input, 3);
+    for (const char* unknown :
+         {"Claude-x", "claude-x-2025092", "claude-x-202509290", "claude-x-20250929-beta",
+          "claude-x20250929", "claude-x-2025-09-29", "claude", "-20250102", "", "20250101"})
+        EXPECT_EQ(table.price(unknown), nullptr) << unknown;
 }
 
-TEST(UsageSummary, StopsTheProgramWhenASumDoesNotFit) {
-    DailyRow most = row(ProviderID::claude, "a", "2026-11-24", 0);
-    most.tokens.cacheRead = std::numeric_limits<std::int64_t>::max();
-    EXPECT_EXIT(summarizeDays(1, {most, row(ProviderID::codex, "a", "2026-11-24", 1)}),
-                ExitedWithCode(1), "fatal: .*\\(codex, a, 2026-11-24\\)");
+TEST(BundledPrices, ArePlausibleAndSaid) {
+    const PriceTable table = PriceTable::bundled();
+    ASSERT_GE(table.models().size(), 100U);
+    for (const auto& [name, p] : table.models()) {
+        EXPECT_TRUE(0 < p.cacheRead && p.cacheRead <= p.input && p.input <= p.cacheWrite5m &&
+                    p.cacheWrite5m <= p.cacheWrite1h && p.cacheWrite1h <= 2 * p.input &&
+                    p.input <= p.output && p.output <= 1000 && !p.source.empty() &&
+                    p.asOf.size() == 10)
+            << name;
+        if (!p.proxyFor) continue;
+        ASSERT_TRUE(table.models().contains(*p.proxyFor)) << name;
+        EXPECT_FALSE(table.models().at(*p.proxyFor).proxyFor) << name << "'s lender borrows itself";
+    }
+}
+
+TEST(BundledPrices, KnowTheNamesThatToolsWrite) {
+    const PriceTable table = PriceTable::bundled();
+    for (const char* name :
+         {"claude-opus-4-1-20250805", "claude-sonnet-4-20250514", "claude-sonnet-4-5-20250929",
+          "claude-haiku-4-5-20251001", "claude-3-5-haiku-20241022", "claude-opus-4-5-20251101",
+          "claude-opus-5-5", "gpt-5-codex", "gpt-5.1-codex-max", "gpt-5.2-codex",
+          "codex-mini-latest", "gpt-5.3-codex", "gpt-4.1-2025-04-14", "o3", "codex-auto-review",
+          "grok-code-fast-1", "grok-4-0709", "grok-4-fast-reasoning", "grok-build-0.1"})
+        EXPECT_NE(table.price(name), nullptr) << name;
+    for (const char* name : {"unknown", "<synthetic>", "claude-preview-next", "gpt-oss-120b"})
+        EXPECT_EQ(table.price(name), nullptr) << name;
 }
 
 } // namespace

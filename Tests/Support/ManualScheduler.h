@@ -23,17 +23,23 @@ class ManualScheduler final : public Scheduler {
 
     /// Lets time pass, making the calls that fall due on the way. `settle` runs after each call and
     /// once at the end: the place to drain an event loop.
-    void advance(Seconds time, const std::function<void()>& settle = {}) {
+    void advance(
+        Seconds time, const std::function<void()>& settle = [] {}) {
         const Seconds until = elapsed + time;
         for (;;) {
             const auto next = std::ranges::min_element(entries, {}, &Entry::due);
             if (next == entries.end() || next->due > until) break;
             pass(std::max(next->due, elapsed));
-            fire(next);
-            if (settle) settle();
+            const auto call = next->call; // outlives a call that cancels itself
+            if (next->period)
+                next->due += *next->period;
+            else
+                entries.erase(next);
+            (*call)();
+            settle();
         }
         pass(until);
-        if (settle) settle();
+        settle();
     }
 
     /// Sets the wall clock forwards or backwards; timers do not notice.
@@ -49,19 +55,19 @@ class ManualScheduler final : public Scheduler {
     std::size_t pending() const { return entries.size(); }
 
   private:
+    using Call = std::shared_ptr<std::function<void()>>;
     struct Entry {
         Seconds due;
         std::optional<Seconds> period;
-        std::shared_ptr<std::function<void()>> call;
+        Call call;
     };
     struct Handle final : ScheduledCall {
-        Handle(ManualScheduler& owner, std::shared_ptr<std::function<void()>> ownedCall)
-            : scheduler(owner), call(std::move(ownedCall)) {}
+        Handle(ManualScheduler& owner, Call owned) : scheduler(owner), call(std::move(owned)) {}
         ~Handle() override {
             std::erase_if(scheduler.entries, [this](const Entry& e) { return e.call == call; });
         }
         ManualScheduler& scheduler;
-        std::shared_ptr<std::function<void()>> call;
+        Call call;
     };
 
     std::unique_ptr<ScheduledCall> add(Seconds delay, std::optional<Seconds> period,
@@ -70,19 +76,9 @@ class ManualScheduler final : public Scheduler {
         entries.push_back({elapsed + std::max(delay, Seconds{0}), period, shared});
         return std::make_unique<Handle>(*this, shared);
     }
-
     void pass(Seconds until) {
         wallClock += until - elapsed;
         elapsed = until;
-    }
-
-    void fire(std::list<Entry>::iterator entry) {
-        const auto call = entry->call; // outlives a call that cancels itself
-        if (entry->period)
-            entry->due += *entry->period;
-        else
-            entries.erase(entry);
-        (*call)();
     }
 
     Date wallClock;

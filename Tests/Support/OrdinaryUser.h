@@ -1,6 +1,8 @@
 #pragma once
 
-#include <sys/types.h>
+#include <unistd.h>
+
+#include <cstdlib>
 
 namespace tokwatch::testing {
 
@@ -8,13 +10,17 @@ namespace tokwatch::testing {
 /// tests run in containers, reads and writes files whatever their permissions.
 class OrdinaryUser {
   public:
-    OrdinaryUser();
-    ~OrdinaryUser();
+    OrdinaryUser() { become(before == 0 ? nobody : before); }
+    ~OrdinaryUser() { become(before); }
     OrdinaryUser(const OrdinaryUser&) = delete;
     OrdinaryUser& operator=(const OrdinaryUser&) = delete;
 
   private:
-    uid_t before;
+    static constexpr uid_t nobody = 65534;
+    static void become(uid_t user) {
+        if (::seteuid(user) != 0) std::abort(); // the rest of the run would be as the wrong user
+    }
+    const uid_t before = ::geteuid();
 };
 
 } // namespace tokwatch::testing

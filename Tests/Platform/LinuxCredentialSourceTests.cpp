@@ -111,10 +111,10 @@ struct LinuxCredentials : ::testing::Test {
     std::optional<CredentialError::Reason> failure() {
         try {
             read();
-            return std::nullopt;
         } catch (const CredentialError& error) {
             return error.reason;
         }
+        return std::nullopt;
     }
 };
 

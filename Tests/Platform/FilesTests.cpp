@@ -1,5 +1,6 @@
 #include "Platform/System/PrivateFiles.h"
 
+#include "Platform/System/WholeFile.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace tokwatch {
 namespace {
 
@@ -15,6 +18,28 @@ namespace fs = std::filesystem;
 
 unsigned modeOf(const fs::path& path) {
     return static_cast<unsigned>(fs::status(path).permissions());
+}
+
+TEST(WholeFile, IsARegularOneOfABoundedSize) {
+    const testing::TemporaryDirectory home;
+    const std::string bytes("a\0\377\n", 4);
+    home.write("file", bytes);
+    home.write("large", "12345");
+    ::mkfifo((home / "pipe").c_str(), 0600);
+    fs::create_symlink("loop", home / "loop");
+    for (const auto& [file, obstacle] : {std::pair{"file", 0},
+                                         {"missing", ENOENT},
+                                         {"file/below", ENOTDIR},
+                                         {".", EINVAL},
+                                         {"pipe", EINVAL},
+                                         {"loop", ELOOP},
+                                         {"large", EFBIG}}) {
+        std::error_code found;
+        EXPECT_EQ(readWholeFile(home / file, 4, found).value_or("none"),
+                  obstacle == 0 ? bytes : "none");
+        EXPECT_EQ(found.value(), obstacle) << file;
+    }
+    EXPECT_FALSE(readWholeFile("/dev/zero", 4));
 }
 
 TEST(PrivateFiles, ArePrivateWithAllFoldersOnTheWayWhateverTheUmask) {

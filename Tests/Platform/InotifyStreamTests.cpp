@@ -2,7 +2,6 @@
 
 #include "Tests/Support/CapturedLog.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "Tokwatch/Watching/DirectoryWatcher.h"
 
 #include <gmock/gmock.h>
 
@@ -90,64 +89,42 @@ class InotifyStreamTest : public ::testing::Test {
 
 TEST_F(InotifyStreamTest, ReportsWhatHappensFromNowOn) {
     start({root});
-    append("project/before.jsonl"); // perhaps before its directory is watched
+    settle();
+    EXPECT_THAT(received.all(), Each(Field(&FileEvent::path, HasSubstr("/mark-"))));
+    append("project/before.jsonl");
     EXPECT_TRUE(received.has(root / "project/before.jsonl"));
-    received.clear();
     const fs::path created = write("project/new.jsonl");
     EXPECT_TRUE(received.has(created));
     fs::rename(created, root / "project/renamed.jsonl");
     EXPECT_TRUE(received.has(root / "project/renamed.jsonl"));
     fs::remove(root / "project/renamed.jsonl");
-    settle();
     home.write("elsewhere/x", "");
     settle();
-    for (const FileEvent& event : received.all()) {
-        EXPECT_THAT(event.path, ::testing::StartsWith(root.string() + '/'));
-        EXPECT_FALSE(event.isRescan);
-        EXPECT_NE(event.path, (root / "project/before.jsonl").string());
-    }
+    EXPECT_THAT(received.all(), Each(Field(&FileEvent::path, HasSubstr(root.string() + '/'))));
+    EXPECT_THAT(received.all(), Each(Field(&FileEvent::isRescan, false)));
 }
 
-TEST_F(InotifyStreamTest, DoesNotReportWhatIsOlder) {
-    start({root});
-    settle();
-    EXPECT_THAT(received.all(), Each(Field(&FileEvent::path, HasSubstr("/mark-"))));
-}
-
-TEST_F(InotifyStreamTest, FollowsNewDirectories) {
+TEST_F(InotifyStreamTest, FollowsDirectoriesThatComeMoveAndGo) {
     start({root});
     settle();
     // Files that are there before a watch can be.
-    const fs::path deep = write("2026/03/10/rollout.jsonl");
-    EXPECT_TRUE(received.has(deep));
-    received.clear();
-    append("2026/03/10/rollout.jsonl");
-    EXPECT_TRUE(received.has(deep));
-
+    EXPECT_TRUE(received.has(write("2026/03/10/rollout.jsonl")));
     home.write("outside/inner/moved.jsonl", "");
     fs::rename(home / "outside", root / "project/inside");
     EXPECT_TRUE(received.has(root / "project/inside/inner/moved.jsonl"));
     received.clear();
-    append("project/inside/inner/moved.jsonl");
-    EXPECT_TRUE(received.has(root / "project/inside/inner/moved.jsonl"));
-}
-
-TEST_F(InotifyStreamTest, FollowsDirectoriesThatMove) {
-    write("project/inner/a.jsonl");
-    start({root});
-    settle();
     fs::rename(root / "project", root / "renamed");
     EXPECT_TRUE(received.has(root / "project")); // all in it is gone
-    EXPECT_TRUE(received.has(root / "renamed/inner/a.jsonl"));
+    EXPECT_TRUE(received.has(root / "renamed/inside/inner/moved.jsonl"));
     received.clear();
-    append("renamed/inner/a.jsonl");
-    EXPECT_TRUE(received.has(root / "renamed/inner/a.jsonl"));
+    append("renamed/inside/inner/moved.jsonl");
+    EXPECT_TRUE(received.has(root / "renamed/inside/inner/moved.jsonl"));
 
     fs::rename(root / "renamed", home / "away");
     EXPECT_TRUE(received.has(root / "renamed"));
     settle();
     received.clear();
-    home.append("away/inner/a.jsonl", "line\n");
+    home.append("away/inside/inner/moved.jsonl", "line\n");
     settle();
     EXPECT_THAT(received.all(), Each(Field(&FileEvent::path, HasSubstr("/mark-"))));
 }
@@ -182,15 +159,11 @@ TEST_F(InotifyStreamTest, FindsRootsThatVanishAndComeBack) {
 }
 
 TEST_F(InotifyStreamTest, DeliversEachPathOnceABatchEvenUnderASteadyStream) {
-    Received batches;
     std::mutex mutex;
-    std::vector<std::vector<FileEvent>> delivered;
+    std::vector<std::size_t> delivered; // sizes
     stream = InotifyStream::open({root.string()}, Seconds{0.02}, [&](const auto& batch) {
-        {
-            const std::lock_guard lock(mutex);
-            delivered.push_back(batch);
-        }
-        batches.add(batch);
+        const std::lock_guard lock(mutex);
+        delivered.push_back(batch.size());
     });
     // Written without a pause until two batches have come: waiting for silence would never end.
     const auto deliveries = [&] {
@@ -204,8 +177,7 @@ TEST_F(InotifyStreamTest, DeliversEachPathOnceABatchEvenUnderASteadyStream) {
     }
     stream.reset();
     ASSERT_GE(delivered.size(), 2U);
-    for (const auto& batch : delivered)
-        EXPECT_LE(batch.size(), 2U);
+    EXPECT_THAT(delivered, Each(::testing::Le(2U)));
 }
 
 TEST_F(InotifyStreamTest, RescansWhenEventsWereLost) {
@@ -256,27 +228,6 @@ TEST_F(InotifyStreamTest, RescansWhenThereAreTooManyDirectories) {
     const fs::path fresh = write("fresh/x.jsonl");
     EXPECT_TRUE(received.has(fresh));
     EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("Tokwatch: there are more log folders")));
-}
-
-TEST_F(InotifyStreamTest, DrivesTheWatcherThroughALink) {
-    fs::create_directory_symlink(root, home / "link");
-    Received paths;
-    DirectoryWatcher watcher(
-        {home / "link", home / "link/project"}, Seconds{0.001},
-        [&paths](const std::vector<std::string>& changed) {
-            std::vector<FileEvent> batch;
-            for (const std::string& path : changed)
-                batch.push_back({path});
-            paths.add(batch);
-        },
-        InotifyStream::open);
-    watcher.start();
-    const fs::path file = write("project/x.jsonl");
-    EXPECT_TRUE(paths.has(file));
-    watcher.stop();
-    write("project/y.jsonl");
-    watcher.start();
-    EXPECT_TRUE(paths.has(write("project/z.jsonl")));
 }
 
 TEST_F(InotifyStreamTest, SurvivesACrowd) {

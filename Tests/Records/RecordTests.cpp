@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace tokwatch {
 namespace {
 
@@ -63,63 +65,53 @@ TEST(RecordCoding, ReadsBackWhatItWrote) {
         EXPECT_EQ(decodeProviderStatus(encode(status)), status);
 }
 
-TEST(RecordCoding, TakesNullForAnAbsentOptional) {
-    const LimitWindow window = decodeLimitWindow(
-        parseJson(
-            R"({"id":"a","label":"A","usedFraction":1,"duration":null,"resetsAt":null,"source":{"live":{}},"x":1})"),
-        stored);
-    EXPECT_EQ(window, (LimitWindow{"a", "A", 1, {}, {}, LimitSource::live()}));
-}
-
-TEST(RecordCoding, NamesTheDateSettings) {
-    EXPECT_EQ(decodeLimitSource(parseJson(R"({"local":{"asOf":0}})"), stored),
-              LimitSource::local(after2001(0)));
-    EXPECT_EQ(decodeDate(parseJson("\"2001-01-01T00:00:01Z\""), DateCoding::iso8601), after2001(1));
-    EXPECT_EQ(failureOf("5", [](const Json& json) { decodeDate(json, DateCoding::iso8601); }),
-              "Expected a string.");
-}
-
-TEST(RecordCoding, RefusesEnumerationsWithoutExactlyOneKey) {
+TEST(RecordCoding, RefusesMissingKeysNullsAndWrongTypes) {
+    struct Case {
+        void (*decode)(const Json&);
+        std::vector<std::string> texts;
+        const char* says = "";
+    };
     const auto source = [](const Json& json) { decodeLimitSource(json, stored); };
     const auto status = [](const Json& json) { decodeProviderStatus(json); };
-    const std::string expected = "Invalid number of keys found, expected one.";
-    EXPECT_EQ(failureOf("{}", source), expected);
-    EXPECT_EQ(failureOf(R"({"live":{},"stale":{"asOf":0}})", source), expected);
-    EXPECT_EQ(failureOf("{}", status), expected);
-    EXPECT_EQ(failureOf(R"({"ok":{},"unavailable":{}})", status), expected);
-    EXPECT_NE(failureOf(R"({"alive":{}})", source), "decoded");
-    EXPECT_NE(failureOf(R"({"OK":{}})", status), "decoded");
-    EXPECT_NE(failureOf(R"("ok")", status), "decoded");
-    EXPECT_NE(failureOf(R"({"local":{}})", source), "decoded");
-}
-
-TEST(RecordCoding, RefusesMissingKeysNullsAndWrongTypes) {
     const auto tokens = [](const Json& json) { decodeTokenCounts(json); };
     const auto cursor = [](const Json& json) { decodeFileCursor(json); };
     const auto limits = [](const Json& json) { decodeProviderLimits(json, stored); };
-    EXPECT_NE(
-        failureOf(
-            R"({"uncachedInput":1,"cacheRead":2,"cacheWrite5m":3,"cacheWrite1h":4,"output":5})",
-            tokens)
-            .find("reasoning"),
-        std::string::npos);
-    for (const char* value : {"null", "\"5\"", "1.5", "true", "9223372036854775808", "[]"}) {
-        const std::string text =
-            R"({"uncachedInput":1,"cacheRead":2,"cacheWrite5m":3,"cacheWrite1h":4,"output":5,)"
-            R"("reasoning":)" +
-            std::string(value) + "}";
-        EXPECT_NE(failureOf(text.c_str(), tokens), "decoded") << value;
-    }
-    for (const char* text : {R"({"path":"/a","inode":-1,"offset":0,"context":{}})",
-                             R"({"path":"/a","inode":1,"offset":0})",
-                             R"({"path":"/a","inode":1,"offset":0,"context":{"a":1}})", "[]", "7"})
-        EXPECT_NE(failureOf(text, cursor), "decoded") << text;
-    for (const char* text :
+    const std::string counts =
+        R"({"uncachedInput":1,"cacheRead":2,"cacheWrite5m":3,"cacheWrite1h":4,"output":5)";
+    std::vector<std::string> wrongCounts;
+    for (const char* value : {"null", "\"5\"", "1.5", "true", "9223372036854775808", "[]"})
+        wrongCounts.push_back(counts + ",\"reasoning\":" + value + "}");
+    const Case cases[]{
+        {source,
+         {"{}", R"({"live":{},"stale":{"asOf":0}})"},
+         "Invalid number of keys found, expected one."},
+        {status,
+         {"{}", R"({"ok":{},"unavailable":{}})"},
+         "Invalid number of keys found, expected one."},
+        {source, {R"({"alive":{}})", R"({"local":{}})"}},
+        {status, {R"({"OK":{}})", R"("ok")"}},
+        {tokens, {counts + "}"}, "reasoning"},
+        {tokens, wrongCounts},
+        {cursor,
+         {R"({"path":"/a","inode":-1,"offset":0,"context":{}})",
+          R"({"path":"/a","inode":1,"offset":0})",
+          R"({"path":"/a","inode":1,"offset":0,"context":{"a":1}})", "[]", "7"}},
+        {limits,
          {R"({"windows":null,"status":{"ok":{}},"fetchedAt":0})",
           R"({"windows":[],"status":null,"fetchedAt":0})", R"({"windows":[],"status":{"ok":{}}})",
-          R"({"windows":[],"plan":5,"status":{"ok":{}},"fetchedAt":0})"})
-        EXPECT_NE(failureOf(text, limits), "decoded") << text;
-    EXPECT_THROW(parseJson("{"), DecodingError);
+          R"({"windows":[],"plan":5,"status":{"ok":{}},"fetchedAt":0})"}},
+        {[](const Json& json) { decodeDate(json, DateCoding::iso8601); },
+         {"5"},
+         "Expected a string."},
+        {[](const Json&) {}, {"{", std::string(65, '[') + std::string(65, ']')}}};
+    EXPECT_NO_THROW(parseJson(std::string(64, '[') + std::string(64, ']')));
+    for (const Case& each : cases) {
+        for (const std::string& text : each.texts) {
+            const std::string failure = failureOf(text.c_str(), each.decode);
+            EXPECT_NE(failure, "decoded") << text;
+            EXPECT_NE(failure.find(each.says), std::string::npos) << failure;
+        }
+    }
 }
 
 TEST(ProviderLimits, MarksLiveAndLocalWindowsStale) {
@@ -132,6 +124,24 @@ TEST(ProviderLimits, MarksLiveAndLocalWindowsStale) {
     limits.windows[0].source = stale.windows[0].source;
     limits.windows[1].source = stale.windows[1].source;
     EXPECT_EQ(stale, limits);
+}
+
+constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+
+TEST(TokenCounts, LeavesReasoningOutOfTheTotal) {
+    EXPECT_EQ((TokenCounts{1, 2, 4, 8, 16, 32}).total(), 31);
+    EXPECT_EQ((TokenCounts{1, 2, 4, 8, 16, 32}).cacheWrite(), 12);
+    EXPECT_EQ((TokenCounts{1, 2, 4, 8, 16, 32} + TokenCounts{1, 1, 1, 1, 1, 1}),
+              (TokenCounts{2, 3, 5, 9, 17, 33}));
+}
+
+TEST(TokenCountsDeathTest, StopsTheProgramRatherThanWrap) {
+    const TokenCounts full{most, 0, most, 1, 0, 0};
+    const auto stops = ::testing::ExitedWithCode(1);
+    EXPECT_EXIT((void)(full + full), stops,
+                "tokwatch: fatal: a sum of token counts exceeds 64 bits");
+    EXPECT_EXIT((void)full.total(), stops, "exceeds 64 bits");
+    EXPECT_EXIT((void)full.cacheWrite(), stops, "exceeds 64 bits");
 }
 
 } // namespace

@@ -1,0 +1,171 @@
+#include "Tests/Indexing/IndexerServiceFixture.h"
+#include "Tests/Support/OrdinaryUser.h"
+#include "Tokwatch/Indexing/BoundedQueue.h"
+
+#include <filesystem>
+#include <limits>
+#include <thread>
+
+namespace tokwatch {
+namespace {
+
+using testing::ClaudeResponse;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+const std::string claudeLog = ".claude/projects/p/a.jsonl";
+
+class IndexerFailureTest : public IndexerServiceTest {
+  protected:
+    /// Lets the store fail as with a full disk whenever this response is to be stored.
+    void refuse(const char* key) {
+        ingest = [this, key](std::span<const UsageEvent> events, const Calendar& calendar) {
+            for (const UsageEvent& event : events)
+                if (event.dedupKey == key) throw UsageStoreError(13, "database or disk is full");
+            return store->ingest(events, calendar);
+        };
+    }
+};
+
+TEST(BoundedQueue, LetsAWaitingProducerGoWhenItIsClosed) {
+    BoundedQueue<int> queue(1);
+    queue.push(1, 1);
+    const std::jthread producer([&queue] { EXPECT_FALSE(queue.push(2, 1)); });
+    queue.close();
+}
+
+/// With others of its file behind it that could be: in the same group of slices, and in a later
+/// one.
+TEST_F(IndexerFailureTest, NeverMovesACursorPastASliceThatIsNotStored) {
+    const std::string noise = R"({"type":"user","content":")" + std::string(9 << 20, 'x') + "\"}\n";
+    for (const int responses : {1, 2'100}) {
+        SCOPED_TRACE(responses);
+        store = std::make_shared<UsageStore>(":memory:");
+        std::string lines;
+        for (int i = 0; i < responses; ++i)
+            lines += ClaudeResponse{"msg_" + std::to_string(i)}.line();
+        home.write(claudeLog, lines + noise + ClaudeResponse{"last"}.line());
+        service.reset();
+        refuse("msg_0");
+        EXPECT_EQ(index().newEvents, 0);
+        service.reset();
+        ingest = {};
+        EXPECT_EQ(index().newEvents, responses + 1);
+    }
+}
+
+TEST_F(IndexerFailureTest, GoesOnPastFilesThatCannotBeReadOrStored) {
+    for (const char* id : {"msg_1", "msg_2", "msg_3"})
+        home.write(std::string(".claude/projects/p/\xff\n") + id + ".jsonl", // which is no text
+                   ClaudeResponse{id}.line());
+    const std::filesystem::path gone = home.write(".claude/projects/q/5.jsonl", "x\n");
+    const auto removeIt = [&gone](const IndexingProgress&) { std::filesystem::remove(gone); };
+    refuse("msg_2");
+    EXPECT_EQ(index(removeIt).newEvents, 2);
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("failed: database or disk is full (13)")));
+    EXPECT_EQ(indexer().statistics().unreadableFiles, 0) << "what is gone is none";
+    EXPECT_EQ(indexer().statistics().unstoredFiles, 1);
+    service.reset();
+    ingest = {};
+    EXPECT_EQ(index().newEvents, 1) << "what could not be stored is read again";
+    index();
+    EXPECT_EQ(indexer().statistics().providers[0].bytesRead, 0) << "their cursors are not found";
+}
+
+TEST_F(IndexerFailureTest, TriesALockedStoreOnceAGroupNotOnceAFile) {
+    for (int i = 0; i < 3; ++i) {
+        const std::string number = std::to_string(i);
+        home.write(".claude/projects/p/" + number + ".jsonl",
+                   ClaudeResponse{"msg_" + number}.line());
+    }
+    int tries = 0;
+    ingest = [&tries](std::span<const UsageEvent>, const Calendar&) -> std::int64_t {
+        ++tries;
+        throw UsageStoreError(5, "database is locked");
+    };
+    const IndexOutcome outcome = index();
+    EXPECT_EQ(tries, 1) << "each try waits for seconds";
+    EXPECT_THAT(outcome.unfinished,
+                ::testing::Each(::testing::Field(&UnfinishedFile::due, time.now() + Seconds{15})));
+    EXPECT_THAT(outcome.unfinished, ::testing::SizeIs(3));
+    EXPECT_THAT(log.lines(), ElementsAre("Tokwatch: indexing 0.jsonl failed: database is locked "
+                                         "(5); so did 2 other files"));
+    EXPECT_EQ(indexer().statistics().unstoredFiles, 3);
+    service.reset();
+    ingest = {};
+    EXPECT_EQ(index().newEvents, 3);
+}
+
+TEST_F(IndexerFailureTest, LogsFilesThatItMayNotReadAndReadsTheRest) {
+    namespace fs = std::filesystem;
+    home.write(".claude/projects/p/1.jsonl", ClaudeResponse{"msg_1"}.line());
+    home.write(".claude/projects/p/2.jsonl", ClaudeResponse{"msg_2"}.line());
+    home.write(".claude/projects/q/3.jsonl", ClaudeResponse{"msg_3"}.line());
+    fs::resize_file(home.write(".grok/sessions/s/usage.json", "{"), 1U << 30U);
+    fs::permissions(home.path(), fs::perms{0755});
+    const fs::path closed[]{home / ".claude/projects/p/1.jsonl", home / ".claude/projects/q"};
+    for (const fs::path& path : closed)
+        fs::permissions(path, fs::perms::none);
+    {
+        const testing::OrdinaryUser user;
+        EXPECT_EQ(index().newEvents, 1);
+        EXPECT_THAT(log.lines(),
+                    ElementsAre("Tokwatch: indexing 1.jsonl failed: 1.jsonl: Permission denied",
+                                "Tokwatch: indexing usage.json failed: File too large",
+                                "Tokwatch: listing " + (home / ".claude/projects").string() +
+                                    " failed: q: Permission denied"));
+        EXPECT_EQ(indexer().statistics().unreadableFiles, 2);
+        EXPECT_EQ(indexer().statistics().unreadableFolders, 1);
+        index();
+        EXPECT_EQ(log.lines().size(), 5U) << "a folder is named once";
+    }
+    for (const fs::path& path : closed)
+        fs::permissions(path, fs::perms::owner_all);
+    EXPECT_EQ(index().newEvents, 2);
+}
+
+TEST_F(IndexerFailureTest, SurvivesWhatRealLogsHold) {
+    const std::string good = ClaudeResponse{"next"}.line();
+    const std::string other = ClaudeResponse{"msg_1"}.line();
+    for (const auto& [lines, events] :
+         {std::pair{R"({"x":")" + std::string(20 << 20, 'y') + "\"," + other.substr(1), 2},
+          {std::string(other).insert(other.size() - 1, "\r"), 2},
+          {other.substr(0, 60) + other, 1},
+          {"\n\r\n\n\xff\xfe\n", 1}}) {
+        SCOPED_TRACE(lines.substr(0, 20));
+        // Every case in a store of its own: their keys are the same.
+        store = std::make_shared<UsageStore>(":memory:");
+        service.reset();
+        home.write(claudeLog, lines + good);
+        EXPECT_EQ(index().newEvents, events);
+        EXPECT_EQ(index().newEvents, 0);
+        EXPECT_EQ(outputTokens(), 5 * events);
+    }
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(IndexerFailureTest, PassesOverAnEndlessLineOnce) {
+    const std::filesystem::path file = home.write(claudeLog, ClaudeResponse{"msg_1"}.line());
+    std::filesystem::resize_file(file, 65U << 20U);
+    EXPECT_EQ(index().newEvents, 1);
+    home.append(claudeLog, "more");
+    index();
+    EXPECT_EQ(indexer().statistics().providers[0].bytesRead, 4);
+    home.append(claudeLog, "\n" + ClaudeResponse{"msg_2"}.line());
+    EXPECT_EQ(index().newEvents, 1);
+    EXPECT_THAT(log.lines(),
+                ElementsAre("Tokwatch: indexing a.jsonl: an endless line is passed over"));
+}
+
+TEST_F(IndexerFailureTest, NamesTheFileOfAnAbsurdCount) {
+    ClaudeResponse absurd{"msg_1"};
+    absurd.input = absurd.output = std::numeric_limits<std::int64_t>::max();
+    home.write(claudeLog, absurd.line());
+    EXPECT_EXIT(index(), ::testing::ExitedWithCode(1),
+                "exceeds 64 bits \\(claude, " + absurd.model + ", " + absurd.timestamp +
+                    "; .*/a.jsonl");
+}
+
+} // namespace
+} // namespace tokwatch

@@ -1,0 +1,88 @@
+#include "Tokwatch/Limits/AttemptFile.h"
+
+#include "Tests/Support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <atomic>
+#include <thread>
+
+namespace tokwatch {
+namespace {
+
+const Date noon = dateFromUnixSeconds(1'768'000'000.125);
+
+AttemptRecord recordOf(AttemptLedger& ledger) {
+    return ledger.edit(ProviderID::codex, [](AttemptRecord&) { return false; });
+}
+
+bool claim(AttemptLedger& ledger) {
+    bool isGranted = false;
+    ledger.edit(ProviderID::codex, [&](AttemptRecord& record) {
+        isGranted = record.wait(false, noon) <= Seconds{0};
+        record.lastAttempt = noon;
+        record.isAnswered = false;
+        return isGranted;
+    });
+    return isGranted;
+}
+
+TEST(AttemptFile, IsWhatAllProcessesKnow) {
+    const testing::TemporaryDirectory directory;
+    const AttemptRecord noted{noon, noon - Seconds{1}, ProviderStatus::rateLimited, Seconds{1200},
+                              true};
+    AttemptFile(directory.path()).edit(ProviderID::codex, [&](AttemptRecord& record) {
+        record = noted;
+        return true;
+    });
+    AttemptFile other(directory.path());
+    EXPECT_EQ(recordOf(other), noted);
+    for (const auto& entry : std::filesystem::directory_iterator(directory.path()))
+        EXPECT_EQ(static_cast<unsigned>(entry.status().permissions()), 0600u) << entry.path();
+}
+
+TEST(AttemptFile, GrantsAnAttemptToOneOfThoseWhoWantItAtOnce) {
+    const testing::TemporaryDirectory directory;
+    for (int round = 0; round < 20; ++round) {
+        std::filesystem::remove(directory / "attempts.json");
+        std::atomic<int> granted = 0;
+        std::vector<std::jthread> threads;
+        for (int each = 0; each < 8; ++each)
+            threads.emplace_back([&] {
+                AttemptFile file(directory.path(), std::chrono::hours(1));
+                if (claim(file)) ++granted;
+            });
+        threads.clear();
+        EXPECT_EQ(granted, 1);
+    }
+}
+
+TEST(AttemptFile, GoesOnWithWhateverStandsInItsPlace) {
+    const auto goesOnIn = [](const std::filesystem::path& data) {
+        AttemptFile file(data, std::chrono::milliseconds(0));
+        EXPECT_TRUE(claim(file)) << data;
+        EXPECT_FALSE(claim(file)) << data;
+        EXPECT_EQ(recordOf(file).lastAttempt, noon);
+    };
+    const testing::TemporaryDirectory directory;
+    for (const char* nonsense : {"{\"codex\"", R"({"codex": {"lastAttempt": "noon"}})",
+                                 R"({"codex": {"lastAttempt": 700000000, "isAnswered": true}})"}) {
+        directory.write("attempts.json", nonsense);
+        goesOnIn(directory.path());
+    }
+    std::filesystem::remove(directory / "attempts.json");
+    std::filesystem::create_symlink("missing/file", directory / "attempts.json");
+    goesOnIn(directory.path());
+    directory.write("no lock/attempts.lock/below", "");
+    goesOnIn(directory / "no lock");
+    const std::filesystem::path kept = directory.write("kept/attempts.lock", "");
+    ::flock(::open(kept.c_str(), O_RDWR), LOCK_EX); // until the process ends
+    goesOnIn(directory / "kept");
+    goesOnIn(directory / "missing");
+}
+
+} // namespace
+} // namespace tokwatch

@@ -1,0 +1,283 @@
+#include "Tokwatch/Limits/LimitsService.h"
+
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/FakeLimitsProvider.h"
+#include "Tests/Support/ManualScheduler.h"
+#include "Tests/Support/StorageAtOnce.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Limits/AttemptFile.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Store/UsageStore.h"
+
+#include <QSettings>
+
+#include <gmock/gmock.h>
+
+namespace tokwatch {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::settle;
+using testing::someLimits;
+
+class LimitsServiceTest : public ::testing::Test {
+  protected:
+    LimitsServiceTest() {
+        service.onUpdate = [this](ProviderID id, const ProviderLimits& limits) {
+            EXPECT_EQ(id, ProviderID::claude);
+            updates.push_back(limits);
+        };
+    }
+    /// No coroutine may wait for ever and keep what it holds.
+    ~LimitsServiceTest() override {
+        service.onUpdate = {};
+        service.onAttempt = {};
+        while (claude->underWay() > 0)
+            answer(ProviderStatus::unavailable);
+    }
+
+    void refresh(bool force = false) {
+        service.refresh(ProviderID::claude, force);
+        settle();
+    }
+    void answer(const auto& result) {
+        claude->answer(result);
+        settle();
+    }
+    void pass(double seconds) { time.advance(Seconds{seconds}, settle); }
+    /// A fetch that ends at once in this way.
+    void fetch(ProviderStatus status) {
+        refresh(true);
+        answer(status);
+    }
+    /// As another process has it, too.
+    LimitsService another() {
+        return LimitsService{
+            {{ProviderID::claude, claude}},
+            testing::storageAtOnce(store, std::make_shared<AttemptFile>(directory.path())),
+            preferences,
+            time.clock(),
+            time};
+    }
+    int attempts() const { return static_cast<int>(claude->attempts.size()); }
+
+    struct Loop {
+        Loop() { testing::needEventLoop(); }
+    } loop;
+    testing::TemporaryDirectory directory;
+    testing::ManualScheduler time;
+    std::unique_ptr<QSettings> settings = settingsFile(directory / "settings.conf");
+    Preferences preferences{*settings};
+    std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(":memory:");
+    std::shared_ptr<testing::FakeLimitsProvider> claude =
+        std::make_shared<testing::FakeLimitsProvider>(ProviderID::claude);
+    LimitsService service = another();
+    std::vector<ProviderLimits> updates;
+};
+
+TEST_F(LimitsServiceTest, BacksOffFromAServiceThatFailsUntilItAnswers) {
+    refresh();
+    for (const double delay : {600, 1200, 1800, 1800}) {
+        answer(ProviderStatus::unreachable);
+        const int before = attempts();
+        pass(delay - 1);
+        EXPECT_EQ(attempts(), before) << delay;
+        pass(1);
+        EXPECT_EQ(attempts(), before + 1) << delay;
+    }
+    answer(someLimits(time.now()));
+    pass(300);
+    EXPECT_EQ(attempts(), 6);
+}
+
+TEST_F(LimitsServiceTest, SpacesByTheLastStatus) {
+    struct Case {
+        ProviderStatus status;
+        bool force;
+        double spacing;
+    };
+    using enum ProviderStatus;
+    for (const auto& [status, force, spacing] :
+         {Case{ok, false, 300}, Case{ok, true, 300}, Case{signInNeeded, false, 300},
+          Case{signInNeeded, true, 30}, Case{unavailable, false, 300}, Case{accessDenied, true, 30},
+          Case{accessDenied, false, 300}, Case{rateLimited, false, 600},
+          Case{rateLimited, true, 30}}) {
+        SCOPED_TRACE(rawValue(status));
+        pass(4000);
+        while (claude->underWay() > 0)
+            answer(someLimits(time.now()));
+        service.cancel(ProviderID::claude);
+        pass(4000);
+        fetch(status);
+        EXPECT_EQ(service.attemptTimes(ProviderID::claude).nextRetry,
+                  time.now() + Seconds{status == ok ? 300.0 : 30.0});
+        service.cancel(ProviderID::claude);
+        const int before = attempts();
+        pass(spacing - 0.5);
+        refresh(force);
+        service.cancel(ProviderID::claude);
+        EXPECT_EQ(attempts(), before);
+        pass(0.5);
+        refresh(force);
+        EXPECT_EQ(attempts(), before + 1);
+    }
+}
+
+TEST_F(LimitsServiceTest, DropsTheResultOfAProviderThatWasDisabledMeanwhile) {
+    refresh();
+    preferences.disabledProviders = std::set{ProviderID::claude};
+    service.reconsider();
+    answer(someLimits(time.now()));
+    EXPECT_THAT(updates, IsEmpty());
+    EXPECT_FALSE(store->limits(ProviderID::claude));
+}
+
+TEST_F(LimitsServiceTest, LeavesARefusedLoginAloneUntilAsked) {
+    fetch(ProviderStatus::accessDenied);
+    EXPECT_EQ(updates.back().status, ProviderStatus::accessDenied);
+    pass(100'000);
+    service.refreshIfDue(std::array{ProviderID::claude});
+    settle();
+    EXPECT_EQ(attempts(), 1);
+    refresh(true);
+    EXPECT_EQ(attempts(), 2);
+}
+
+TEST_F(LimitsServiceTest, ShowsWhatIsStoredAsStaleUnlessItIsRecent) {
+    const ProviderLimits good = someLimits(time.now());
+    refresh();
+    answer(good);
+    for (const bool isGate : {true, false}) {
+        if (isGate)
+            preferences.claudeLiveLimits = false;
+        else
+            preferences.disabledProviders = std::set{ProviderID::claude};
+        service.reconsider();
+        preferences.claudeLiveLimits = true;
+        preferences.disabledProviders = std::set<ProviderID>();
+        service.reconsider();
+        service.start(std::array{ProviderID::claude});
+        settle();
+        EXPECT_EQ(updates.back(), good) << isGate;
+    }
+    pass(301);
+    service.start(std::array{ProviderID::claude, ProviderID::cursor});
+    settle();
+    ProviderLimits expected = good.markedStale();
+    EXPECT_EQ(updates.back(), expected);
+    for (const ProviderStatus failure :
+         {ProviderStatus::rateLimited, ProviderStatus::unreachable}) {
+        answer(failure);
+        expected.status = failure;
+        EXPECT_EQ(updates.back(), expected) << "as stale as before, not as of the first failure";
+        EXPECT_EQ(store->limits(ProviderID::claude), expected);
+        pass(600);
+    }
+}
+
+TEST_F(LimitsServiceTest, NeverTouchesClaudeWhileItsLiveLimitsAreOffAndTakesItBack) {
+    const ProviderLimits known = someLimits(time.now());
+    store->setLimits(known, ProviderID::claude);
+    preferences.claudeLiveLimits = false;
+    service.start(std::array{ProviderID::claude});
+    refresh(true);
+    pass(100'000);
+    EXPECT_EQ(attempts(), 0);
+    ProviderLimits expected = known.markedStale();
+    expected.status = ProviderStatus::unavailable;
+    EXPECT_EQ(updates.back(), expected) << "the plan and the windows stay to be seen";
+    EXPECT_EQ(store->limits(ProviderID::claude), expected);
+
+    preferences.claudeLiveLimits = true;
+    service.reconsider();
+    settle();
+    preferences.claudeLiveLimits = false;
+    service.reconsider();
+    answer(someLimits(time.now())); // which came while it was off
+    EXPECT_EQ(updates.back().status, ProviderStatus::unavailable);
+    preferences.claudeLiveLimits = true;
+    service.reconsider();
+    settle();
+    answer(someLimits(time.now()));
+    EXPECT_EQ(updates.back(), someLimits(time.now()));
+}
+
+TEST_F(LimitsServiceTest, CountsAttemptsWhoseProcessWasKilled) {
+    for (int restart = 0; restart < 10; ++restart) {
+        LimitsService killed = another();
+        killed.start(std::array{ProviderID::claude});
+        pass(2);
+    }
+    refresh(true);
+    EXPECT_EQ(attempts(), 1);
+    pass(10);
+    refresh(true);
+    EXPECT_EQ(attempts(), 2);
+}
+
+TEST_F(LimitsServiceTest, AsksWithOtherProcessesAsOftenAsOneWould) {
+    LimitsService other = another();
+    std::vector<ProviderLimits> shown;
+    other.onUpdate = [&](ProviderID, const ProviderLimits& limits) { shown.push_back(limits); };
+    refresh();
+    other.start(std::array{ProviderID::claude});
+    pass(10);
+    answer(someLimits(time.now()));
+    pass(10);
+    EXPECT_THAT(shown, ElementsAre(updates.back())) << "the other's answer is not looked at";
+    for (int round = 0; round < 9; ++round) {
+        pass(300);
+        answer(someLimits(time.now()));
+    }
+    EXPECT_EQ(attempts(), 10);
+
+    pass(300);
+    answer(ProviderStatus::rateLimited);
+    for (int second = 0; second < 90; ++second) { // a script that asks each second
+        pass(1);
+        LimitsService command = another();
+        command.refresh(ProviderID::claude, true);
+        if (claude->underWay() > 0) answer(ProviderStatus::rateLimited);
+    }
+    EXPECT_EQ(attempts(), 11 + 3);
+    EXPECT_EQ(claude->mostUnderWay, 1);
+}
+
+TEST_F(LimitsServiceTest, GivesTheNetworkTimeAfterSleep) {
+    refresh();
+    answer(someLimits(time.now()));
+    const auto sleep = [&] {
+        time.jump(Seconds{3600});
+        service.resumed();
+        settle();
+    };
+    pass(295);
+    sleep();
+    pass(14); // the timer fell due in these
+    EXPECT_EQ(attempts(), 1);
+    pass(1);
+    EXPECT_EQ(attempts(), 2);
+    answer(ProviderStatus::unreachable);
+    EXPECT_EQ(service.attemptTimes(ProviderID::claude).nextFetch, time.now() + Seconds{300});
+    pass(61); // more than a minute after the sleep
+    service.refreshIfDue(std::array{ProviderID::claude}, LimitsService::Wish::aLook);
+    settle();
+    answer(ProviderStatus::unreachable);
+    EXPECT_EQ(service.attemptTimes(ProviderID::claude).nextFetch, time.now() + Seconds{600});
+    EXPECT_EQ(attempts(), 3);
+
+    sleep();
+    service.networkIsBack();
+    settle();
+    EXPECT_EQ(attempts(), 4);
+    answer(ProviderStatus::unreachable);
+    service.networkIsBack(); // once more
+    pass(59);
+    EXPECT_EQ(attempts(), 4);
+    pass(1);
+    EXPECT_EQ(attempts(), 5);
+}
+
+} // namespace
+} // namespace tokwatch

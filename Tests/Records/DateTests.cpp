@@ -1,0 +1,138 @@
+#include "Tests/Support/CapturedLog.h"
+#include "Tests/Support/TemporaryDirectory.h"
+#include "TokwatchCore/Support/Calendar.h"
+#include "TokwatchCore/Support/ISO8601.h"
+#include "TokwatchCore/Support/LocalZone.h"
+
+#include <gtest/gtest.h>
+
+namespace tokwatch {
+namespace {
+
+Date at(const char* text) {
+    return parseISO8601(text).value();
+}
+
+TEST(Calendar, PutsMomentsOnTheDayOfTheirZone) {
+    struct Case {
+        const char* zone;
+        const char* moment;
+        const char* day;
+    };
+    for (const Case& c :
+         {Case{"UTC", "2026-01-31T23:59:59.999Z", "2026-01-31"},
+          {"Europe/Berlin", "2026-01-31T22:59:59Z", "2026-01-31"},
+          {"Europe/Berlin", "2026-01-31T23:00:00Z", "2026-02-01"},
+          {"America/Los_Angeles", "2026-03-08T07:59:59Z", "2026-03-07"},
+          {"America/Los_Angeles", "2026-03-09T06:59:59Z", "2026-03-08"}, // 23 hours long
+          {"America/Los_Angeles", "2026-11-02T07:59:59Z", "2026-11-01"}, // 25 hours long
+          {"Pacific/Apia", "2011-12-30T09:59:59Z", "2011-12-29"},        // the day after never was
+          {"America/Sao_Paulo", "2018-11-04T02:59:59Z", "2018-11-03"},
+          {"America/Sao_Paulo", "2018-11-04T03:00:00Z", "2018-11-04"}}) {
+        const Calendar calendar = Calendar::named(c.zone).value();
+        EXPECT_EQ(calendar.dayKey(at(c.moment)), c.day) << c.zone << " " << c.moment;
+        EXPECT_EQ(calendar.dayHolding(at(c.moment)).key, c.day) << c.zone << " " << c.moment;
+        EXPECT_EQ(calendar.dayKey(calendar.startOfDay(at(c.moment))), c.day);
+    }
+}
+
+TEST(Calendar, CountsDaysNotHours) {
+    const Calendar berlin = Calendar::named("Europe/Berlin").value();
+    EXPECT_EQ(berlin.addingDays(at("2026-03-28T12:00:00Z"), 1), at("2026-03-29T11:00:00Z"));
+    EXPECT_EQ(berlin.addingDays(at("2026-03-30T11:00:00Z"), -90), at("2025-12-30T12:00:00Z"));
+    for (const char* zone : {"UTC", "Europe/Berlin", "America/Sao_Paulo", "Australia/Lord_Howe"}) {
+        const Calendar calendar = Calendar::named(zone).value();
+        const std::vector<Date> days = calendar.daysEnding(at("2018-11-20T12:00:00Z"), 30);
+        ASSERT_EQ(days.size(), 30U) << zone;
+        for (std::size_t i = 1; i < days.size(); ++i)
+            EXPECT_LT(calendar.dayKey(days[i - 1]), calendar.dayKey(days[i])) << zone;
+    }
+    // A day that the zone skipped when it crossed the date line is left out.
+    EXPECT_EQ(Calendar::named("Pacific/Apia")->daysEnding(at("2012-01-05T00:00:00Z"), 10).size(),
+              9U);
+}
+
+TEST(Calendar, ClaimsNoMomentOfAnotherDayAroundAMidnightThatCameTwice) {
+    // Clocks went back from 00:01 to 23:01, so the first minute of the day came an hour before the
+    // day went on.
+    const Calendar calendar = Calendar::named("America/St_Johns").value();
+    const Date change = at("2008-11-02T02:31:00Z");
+    EXPECT_EQ(calendar.startOfDay(at("2008-11-02T15:00:00Z")), at("2008-11-02T02:30:00Z"))
+        << "at the first of them";
+    const Calendar::Day day = calendar.dayHolding(change + Seconds{4 * 3600});
+    for (int minute = -120; minute < 120; ++minute) {
+        const Date moment = change + Seconds{minute * 60.0};
+        if (day.start <= moment && moment < day.end) {
+            EXPECT_EQ(calendar.dayKey(moment), day.key) << minute;
+        }
+    }
+}
+
+TEST(LocalZone, FollowsAReplacedZoneFileButNotTheVariablesOwnZone) {
+    const std::filesystem::path zones = "/usr/share/zoneinfo";
+    const testing::TemporaryDirectory etc;
+    const std::filesystem::path file = etc / "localtime";
+    testing::CapturedLog log;
+    LocalZone local(std::nullopt, file);
+    const auto dayThen = [&local] { return local.calendar().dayKey(at("2026-03-10T23:30:00Z")); };
+    EXPECT_EQ(dayThen(), "2026-03-10") << "no file is UTC";
+    for (const auto& [zone, day] : {std::pair{"Asia/Tokyo", "2026-03-11"},
+                                    {"America/Lima", "2026-03-10"},
+                                    {"Europe/Berlin", "2026-03-11"}}) {
+        std::filesystem::remove(file);
+        std::filesystem::create_symlink(zones / zone, file); // as timedated does it
+        EXPECT_EQ(dayThen(), day) << zone;
+        EXPECT_EQ(local.calendar().zoneName(), zone);
+        std::filesystem::remove(file);
+        std::filesystem::copy_file(zones / zone, file); // as an image has it
+        EXPECT_EQ(dayThen(), day) << zone;
+    }
+    etc.write("localtime", "no zone");
+    EXPECT_EQ(dayThen(), "2026-03-10");
+    EXPECT_EQ(dayThen(), "2026-03-10");
+    EXPECT_EQ(log.lines().size(), 1U) << "told once";
+    EXPECT_EQ(LocalZone(":Asia/Tokyo", file).calendar().zoneName(), "Asia/Tokyo");
+    EXPECT_EQ(LocalZone("Mars/Olympus_Mons", file).calendar(), Calendar::utc());
+}
+
+TEST(ISO8601, ReadsInternetDateTimes) {
+    struct Case {
+        const char* text;
+        double seconds;
+    };
+    for (const Case& c : {Case{"1970-01-01T00:00:00Z", 0},
+                          {"2025-06-01T12:34:56Z", 1748781296},
+                          {"2025-06-01T12:34:56.789Z", 1748781296.789},
+                          {"2025-06-01T12:34:56.1Z", 1748781296.1},
+                          {"2025-06-01T12:34:56.123456789Z", 1748781296.123456789},
+                          {"2025-06-01T14:34:56+02:00", 1748781296},
+                          {"2025-06-01T04:04:56.5-08:30", 1748781296.5},
+                          {"2024-02-29T00:00:00Z", 1709164800},
+                          {"2016-12-31T23:59:60Z", 1483228800},
+                          {"1969-12-31T23:59:59Z", -1}}) {
+        const std::optional<Date> date = parseISO8601(c.text);
+        ASSERT_TRUE(date.has_value()) << c.text;
+        EXPECT_DOUBLE_EQ(unixSeconds(*date), c.seconds) << c.text;
+    }
+}
+
+TEST(ISO8601, RefusesEverythingElse) {
+    for (const char* text :
+         {"", "tomorrow", "2025-06-01", "2025-06-01 12:34:56", "2025-06-01T12:34:56",
+          "2025-06-01T12:34Z", "2025-06-01T12:34:56.Z", "2025-06-01T12:34:56.1234567890Z",
+          "2025-13-01T00:00:00Z", "2025-02-29T00:00:00Z", "2025-06-01T24:00:00Z",
+          "2025-06-01T12:60:00Z", "2025-06-01T12:34:56Zjunk", " 2025-06-01T12:34:56Z",
+          "2025-06-01T12:34:56+2:00", "2025-06-01T12:34:56+25:00", "+025-06-01T12:34:56Z",
+          "2025-6-01T12:34:56Z"})
+        EXPECT_FALSE(parseISO8601(text).has_value()) << text;
+}
+
+TEST(ISO8601, WritesWholeSecondsRoundedDown) {
+    EXPECT_EQ(formatISO8601(dateFromUnixSeconds(1748781296.999)), "2025-06-01T12:34:56Z");
+    EXPECT_EQ(formatISO8601(dateFromUnixSeconds(-0.5)), "1969-12-31T23:59:59Z");
+    EXPECT_EQ(formatISO8601(dateFromUnixSeconds(1e300)), "9999-12-31T23:59:59Z");
+    EXPECT_EQ(formatISO8601(dateFromUnixSeconds(-1e300)), "0000-01-01T00:00:00Z");
+}
+
+} // namespace
+} // namespace tokwatch
