@@ -15,7 +15,7 @@ using ::testing::ElementsAre;
 
 using Segment = SummaryDisplay::Segment;
 using Stat = SummaryDisplay::Stat;
-using Row = SummaryDisplay::BreakdownRow;
+using Row = SummaryDisplay::Row;
 
 const Calendar berlin = *Calendar::named("Europe/Berlin");
 
@@ -60,11 +60,14 @@ TEST(SummaryDisplay, RanksModels) {
         ElementsAre(
             Row{"claude/opus", 1, ProviderID::claude, "opus", "$7.50", "75.0%", "2.00K", 0.75},
             Row{"grok/grok-4", 2, ProviderID::grok, "grok-4", "~$2.50", "100.0%", "1.00K", 1},
-            Row{"codex/new", 3, ProviderID::codex, "new", "—", "0%", "999", 0}));
+            Row{"codex/new", 3, ProviderID::codex, "new", "—", "—", "999", 0}));
+    UsageSummary cheap = example();
+    cheap.models[2].tokens.uncachedInput = 2001;
     const std::vector<Row> byTokens =
-        SummaryDisplay::breakdown(example(), BreakdownMode::model, SummaryUnit::tokens, berlin);
-    EXPECT_EQ(byTokens[0].share, "50.0%");
-    EXPECT_EQ(byTokens[2].share, "25.0%");
+        SummaryDisplay::breakdown(cheap, BreakdownMode::model, SummaryUnit::tokens, berlin);
+    EXPECT_EQ(byTokens[0],
+              (Row{"codex/new", 1, ProviderID::codex, "new", "—", "25.0%", "2.00K", 0.25}));
+    EXPECT_EQ(byTokens[1].share, "50.0%");
 }
 
 TEST(SummaryDisplay, TitlesDaysInTheUsersZone) {

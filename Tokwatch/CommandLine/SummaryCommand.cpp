@@ -32,9 +32,9 @@ Tone toneOf(std::optional<ProviderID> provider) {
 }
 
 /// Bars compare rows with each other, so the largest row fills its bar.
-double largestShare(const std::vector<SummaryDisplay::BreakdownRow>& rows) {
+double largestShare(const std::vector<SummaryDisplay::Row>& rows) {
     double largest = 0;
-    for (const SummaryDisplay::BreakdownRow& row : rows)
+    for (const SummaryDisplay::Row& row : rows)
         largest = std::max(largest, row.shareFraction);
     return largest;
 }
@@ -124,7 +124,7 @@ class SummaryPrinter {
     }
 
     void printBreakdown(BreakdownMode mode, const char* title) {
-        const std::vector<SummaryDisplay::BreakdownRow> rows =
+        const std::vector<SummaryDisplay::Row> rows =
             SummaryDisplay::breakdown(summary, mode, unit, environment.calendar());
         if (rows.empty()) return;
         Table table({{title},
@@ -133,11 +133,11 @@ class SummaryPrinter {
                      {"Share", Table::Align::right},
                      {""}});
         const double largest = largestShare(rows);
-        for (const SummaryDisplay::BreakdownRow& row : rows) {
+        for (const SummaryDisplay::Row& row : rows) {
             table.add({{fitted(row.title, longestName), Tone::bold},
                        {row.tokens},
                        {row.cost},
-                       {row.cost == "—" ? row.cost : row.share},
+                       {row.share},
                        {relativeBar(row.shareFraction, largest), toneOf(row.provider)}});
         }
         terminal.line();

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace tokwatch {
 namespace {
@@ -25,23 +26,32 @@ void addIfAny(std::vector<SummaryDisplay::Segment>& segments, const char* label,
     if (usd > 0) segments.push_back({label, usd, MeterFormat::money(usd)});
 }
 
-SummaryDisplay::BreakdownRow rowOf(const UsageSummary::ModelRow& model, int rank,
-                                   SummaryUnit unit) {
-    const double share =
-        std::min(1.0, unit == SummaryUnit::cost ? model.costShare : model.tokenShare);
-    return {std::string(rawValue(model.provider)) + "/" + model.model,
-            rank,
-            model.provider,
-            plainText(model.model),
-            costText(model.costUSD, model.approximate),
-            MeterFormat::share(share),
-            MeterFormat::tokens(model.tokens.total()),
-            share};
+} // namespace
+
+std::vector<UsageSummary::ModelRow>
+SummaryDisplay::ranked(std::vector<UsageSummary::ModelRow> models, SummaryUnit unit) {
+    // The summary's own order is by cost.
+    if (unit == SummaryUnit::tokens)
+        std::ranges::stable_sort(
+            models, std::ranges::greater(),
+            [](const UsageSummary::ModelRow& model) { return model.tokens.total(); });
+    return models;
 }
 
-SummaryDisplay::BreakdownRow rowOf(const UsageSummary::DayRow& day, int rank,
-                                   const UsageSummary& summary, SummaryUnit unit,
-                                   const Calendar& calendar) {
+SummaryDisplay::Row SummaryDisplay::row(const UsageSummary::ModelRow& model, int rank,
+                                        SummaryUnit unit) {
+    const bool isCost = unit == SummaryUnit::cost;
+    const double share = std::min(1.0, isCost ? model.costShare : model.tokenShare);
+    return {std::string(rawValue(model.provider)) + "/" + model.model, rank, model.provider,
+            plainText(model.model), costText(model.costUSD, model.approximate),
+            // A part of the cost is no more known than the cost.
+            isCost && !model.costUSD ? unknown : MeterFormat::share(share),
+            MeterFormat::tokens(model.tokens.total()), share};
+}
+
+SummaryDisplay::Row SummaryDisplay::row(const UsageSummary::DayRow& day, int rank,
+                                        const UsageSummary& summary, SummaryUnit unit,
+                                        const Calendar& calendar) {
     const double part = unit == SummaryUnit::cost ? day.costUSD : static_cast<double>(day.tokens);
     const double whole = unit == SummaryUnit::cost ? summary.totalCostUSD
                                                    : static_cast<double>(summary.tokens.total());
@@ -55,8 +65,6 @@ SummaryDisplay::BreakdownRow rowOf(const UsageSummary::DayRow& day, int rank,
             MeterFormat::tokens(day.tokens),
             share};
 }
-
-} // namespace
 
 std::vector<SummaryDisplay::Segment> SummaryDisplay::segments(const UsageSummary& summary,
                                                               SummaryUnit unit) {
@@ -101,20 +109,19 @@ std::vector<SummaryDisplay::ToolLine> SummaryDisplay::toolLines(const UsageSumma
     return lines;
 }
 
-std::vector<SummaryDisplay::BreakdownRow> SummaryDisplay::breakdown(const UsageSummary& summary,
-                                                                    BreakdownMode mode,
-                                                                    SummaryUnit unit,
-                                                                    const Calendar& calendar) {
-    std::vector<BreakdownRow> rows;
+std::vector<SummaryDisplay::Row> SummaryDisplay::breakdown(const UsageSummary& summary,
+                                                           BreakdownMode mode, SummaryUnit unit,
+                                                           const Calendar& calendar) {
+    std::vector<Row> rows;
     int rank = 0;
     switch (mode) {
     case BreakdownMode::model:
-        for (const UsageSummary::ModelRow& model : summary.models)
-            rows.push_back(rowOf(model, ++rank, unit));
+        for (const UsageSummary::ModelRow& model : ranked(summary.models, unit))
+            rows.push_back(row(model, ++rank, unit));
         break;
     case BreakdownMode::day:
         for (const UsageSummary::DayRow& day : summary.perDay)
-            rows.push_back(rowOf(day, ++rank, summary, unit, calendar));
+            rows.push_back(row(day, ++rank, summary, unit, calendar));
         break;
     }
     return rows;

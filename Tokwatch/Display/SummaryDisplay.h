@@ -35,25 +35,36 @@ struct SummaryDisplay {
         std::string detail; ///< "12.5% of cost"
         friend bool operator==(const ToolLine&, const ToolLine&) = default;
     };
-    struct BreakdownRow {
+    /// A model or a day.
+    struct Row {
         std::string id;
         int rank = 0; ///< from 1
         std::optional<ProviderID> provider;
         std::string title;
-        std::string cost; ///< "~" in front of an approximate one, "—" for an unknown one
-        std::string share;
+        std::string cost;  ///< "~" in front of an approximate one, "—" for an unknown one
+        std::string share; ///< of the unit; "—" of an unknown cost
         std::string tokens;
         double shareFraction = 0; ///< for the row's bar, 0…1
-        friend bool operator==(const BreakdownRow&, const BreakdownRow&) = default;
+        friend bool operator==(const Row&, const Row&) = default;
     };
+    /// What stands for an amount that nobody knows.
+    static constexpr const char* unknown = "—";
 
     /// The bar's parts above zero, in their fixed order.
     static std::vector<Segment> segments(const UsageSummary& summary, SummaryUnit unit);
     /// Always the same five.
     static std::vector<Stat> tokenStatistics(const UsageSummary& summary);
     static std::vector<ToolLine> toolLines(const UsageSummary& summary, SummaryUnit unit);
-    static std::vector<BreakdownRow> breakdown(const UsageSummary& summary, BreakdownMode mode,
-                                               SummaryUnit unit, const Calendar& calendar);
+
+    /// The models by what they used of the unit, the most first.
+    static std::vector<UsageSummary::ModelRow> ranked(std::vector<UsageSummary::ModelRow> models,
+                                                      SummaryUnit unit);
+    static Row row(const UsageSummary::ModelRow& model, int rank, SummaryUnit unit);
+    static Row row(const UsageSummary::DayRow& day, int rank, const UsageSummary& summary,
+                   SummaryUnit unit, const Calendar& calendar);
+    /// All rows: the models ranked, or the days from the newest.
+    static std::vector<Row> breakdown(const UsageSummary& summary, BreakdownMode mode,
+                                      SummaryUnit unit, const Calendar& calendar);
 
     /// The headline: "$12", "$9.50", "1.5K".
     static std::string compactCost(double usd);

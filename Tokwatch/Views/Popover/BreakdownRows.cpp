@@ -4,7 +4,6 @@
 #include "Tokwatch/Views/Popover/LimitRows.h"
 
 #include <algorithm>
-#include <functional>
 #include <utility>
 
 namespace tokwatch {
@@ -14,16 +13,11 @@ QString nameOf(std::optional<ProviderID> provider) {
     return provider ? text(displayName(*provider)) : QString();
 }
 
-constexpr const char* unknown = "—";
+constexpr const char* unknown = SummaryDisplay::unknown;
 
 QString spokenCost(const QString& cost) {
     if (cost == unknown) return "price unknown";
     return cost.startsWith('~') ? "about " + cost.mid(1) : cost;
-}
-
-/// A part of the cost is no more known than the cost.
-void forgetUnknownShare(SummaryDisplay::BreakdownRow& row, SummaryUnit unit) {
-    if (unit == SummaryUnit::cost && row.cost == unknown) row.share = unknown;
 }
 
 /// What the longest of the days' bars stands for.
@@ -37,7 +31,7 @@ double largestDay(const UsageSummary& summary, SummaryUnit unit) {
     return whole > 0 ? largest / whole : 0;
 }
 
-BreakdownRow rowOf(const SummaryDisplay::BreakdownRow& shown, SummaryUnit unit) {
+BreakdownRow rowOf(const SummaryDisplay::Row& shown, SummaryUnit unit) {
     const bool isCost = unit == SummaryUnit::cost;
     const QString cost = text(shown.cost);
     const QString tokens = text(shown.tokens);
@@ -70,31 +64,18 @@ QString number(double value) {
 Breakdown::Breakdown(UsageSummary whole, BreakdownMode mode, SummaryUnit shownUnit, Calendar days)
     : summary(std::move(whole)), breakdownMode(mode), unit(shownUnit), calendar(std::move(days)),
       largestShare(largestDay(summary, unit)) {
-    // The summary ranks by cost; who looks at tokens wants them ranked.
-    if (unit == SummaryUnit::tokens)
-        std::ranges::stable_sort(
-            summary.models, std::ranges::greater(),
-            [](const UsageSummary::ModelRow& row) { return row.tokens.total(); });
+    summary.models = SummaryDisplay::ranked(std::move(summary.models), unit);
 }
 
 std::size_t Breakdown::count() const {
     return breakdownMode == BreakdownMode::model ? summary.models.size() : summary.perDay.size();
 }
 
-SummaryDisplay::BreakdownRow Breakdown::shown(std::size_t at) const {
-    // The whole with this row alone: shares are still of the whole.
-    UsageSummary one;
-    one.totalCostUSD = summary.totalCostUSD;
-    one.tokens = summary.tokens;
-    if (breakdownMode == BreakdownMode::model)
-        one.models = {summary.models[at]};
-    else
-        one.perDay = {summary.perDay[at]};
-    SummaryDisplay::BreakdownRow row =
-        SummaryDisplay::breakdown(one, breakdownMode, unit, calendar).front();
-    row.rank = static_cast<int>(at) + 1;
-    forgetUnknownShare(row, unit);
-    return row;
+SummaryDisplay::Row Breakdown::shown(std::size_t at) const {
+    const int rank = static_cast<int>(at) + 1;
+    return breakdownMode == BreakdownMode::model
+               ? SummaryDisplay::row(summary.models[at], rank, unit)
+               : SummaryDisplay::row(summary.perDay[at], rank, summary, unit, calendar);
 }
 
 BreakdownRow Breakdown::row(std::size_t at) const {
@@ -113,7 +94,7 @@ TableText Breakdown::table() const {
         table.columns = {{"Day"}};
     table.columns.insert(table.columns.end(), {{"Tokens", true}, {"Cost", true}, {"Share", true}});
     for (std::size_t at = 0; at < count(); ++at) {
-        const SummaryDisplay::BreakdownRow row = shown(at);
+        const SummaryDisplay::Row row = shown(at);
         QStringList fields;
         if (isModels) fields << QString::number(row.rank) << nameOf(row.provider);
         fields << text(row.title) << text(row.tokens) << text(row.cost) << text(row.share);

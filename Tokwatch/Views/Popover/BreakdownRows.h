@@ -56,7 +56,7 @@ class Breakdown {
     TableText data() const;
 
   private:
-    SummaryDisplay::BreakdownRow shown(std::size_t at) const;
+    SummaryDisplay::Row shown(std::size_t at) const;
 
     UsageSummary summary; ///< its models ranked by the unit
     BreakdownMode breakdownMode;
