@@ -25,7 +25,9 @@ void SliceEvents::add(ClaudeLine line, std::int64_t offset) {
 }
 
 bool SliceEvents::isOpen(std::size_t position, std::int64_t end, std::optional<Date> now) const {
-    if (!lines[position].isUnfinished || end - lines[position].first > mostReadAgain) return false;
+    if (!lines[position].isUnfinished || end - lines[position].first > mostReadAgain ||
+        events.size() - position > mostOpen)
+        return false;
     if (!now) return true;
     const Seconds age = *now - events[position].timestamp;
     return age < patience && age >= -patience;

@@ -32,6 +32,9 @@ class SliceEvents {
     /// keys see to it that nothing counts twice; this much takes tens of milliseconds. More than
     /// assistants write within a minute, their agents' output between two lines included.
     static constexpr std::int64_t mostReadAgain = 67'108'864;
+    /// How many of the newest responses may be open: far more than assistants begin in a minute,
+    /// and little memory where a log never names a reason.
+    static constexpr std::size_t mostOpen = 4096;
 
     void add(UsageEvent event);
     /// `offset`: where the line begins in the file, in bytes.
