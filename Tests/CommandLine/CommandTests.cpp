@@ -86,14 +86,14 @@ TEST_F(CommandTest, IndexesOnceAndSaysWhatCouldNotBeRead) {
 TEST_F(CommandTest, SummarisesADemoHome) {
     ASSERT_EQ(
         testing::runProgram({"python3", TOKWATCH_DEMO_HOME, (world / "home").string()}).status, 0);
-    const UsageSummary summary = decodeUsageSummary(json({"summary"}), DateCoding::iso8601);
+    const UsageSummary summary = decode<UsageSummary>(json({"summary"}), DateCoding::iso8601);
     EXPECT_EQ(summary.days, 30);
     EXPECT_EQ(summary.tools.size(), 3U);
     EXPECT_EQ(summary.daily.size(), 90U);
     EXPECT_GT(summary.totalCostUSD, 10);
     EXPECT_TRUE(summary.hasUnknownPrices);
     EXPECT_EQ(
-        decodeUsageSummary(json({"summary", "--no-index", "--days", "0"}), DateCoding::iso8601)
+        decode<UsageSummary>(json({"summary", "--no-index", "--days", "0"}), DateCoding::iso8601)
             .days,
         1);
 
@@ -167,21 +167,21 @@ TEST_F(CommandTest, LosesNothingWhenTheDiskIsFull) {
     EXPECT_EQ(std::count(full.err.begin(), full.err.end(), '\n'), 2) << full.err;
     // Room again: what was stored is still there, and the rest follows.
     json({"index"});
-    EXPECT_EQ(decodeUsageSummary(json({"summary"}), DateCoding::iso8601).tokens.output,
+    EXPECT_EQ(decode<UsageSummary>(json({"summary"}), DateCoding::iso8601).tokens.output,
               40 * 200 * 5);
 }
 
 TEST_F(CommandTest, ReadsOnWhereAKilledPassStopped) {
     ASSERT_EQ(
         testing::runProgram({"python3", TOKWATCH_DEMO_HOME, (world / "home").string()}).status, 0);
-    const UsageSummary whole = decodeUsageSummary(json({"summary"}), DateCoding::iso8601);
+    const UsageSummary whole = decode<UsageSummary>(json({"summary"}), DateCoding::iso8601);
     std::filesystem::remove_all(world / "data");
     // Kills at different moments of a pass; whichever it hits, the sums must not tell.
     for (const char* after : {"0.001", "0.003", "0.005", "0.008", "0.012", "0.02", "0.03"}) {
         testing::runProgram({"timeout", "-s", "KILL", after, TOKWATCH_PROGRAM, "index", "--home",
                              (world / "home").string(), "--data-dir", (world / "data").string()});
     }
-    EXPECT_EQ(decodeUsageSummary(json({"summary"}), DateCoding::iso8601), whole);
+    EXPECT_EQ(decode<UsageSummary>(json({"summary"}), DateCoding::iso8601), whole);
 }
 
 TEST_F(CommandTest, ExaminesTheInstallation) {

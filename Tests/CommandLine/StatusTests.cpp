@@ -103,7 +103,7 @@ TEST_F(LimitsCommandTest, PrintsWhatIsStored) {
 
     const Json all = json({"limits"});
     EXPECT_EQ(all.begin().key(), "claude");
-    EXPECT_EQ(decodeProviderLimits(all["codex"], DateCoding::iso8601).status,
+    EXPECT_EQ(decode<ProviderLimits>(all["codex"], DateCoding::iso8601).status,
               ProviderStatus::unreachable);
     EXPECT_EQ(all["codex"]["fetchedAt"], "2027-01-15T08:00:00Z");
     EXPECT_FALSE(json({"limits", "--provider", "codex"}).contains("claude"));
@@ -142,7 +142,7 @@ TEST_F(LimitsCommandTest, RefreshesWithoutALoginOrANeed) {
     const Json merged = json({"limits", "--refresh"})["claude"];
     old = old.markedStale();
     old.status = ProviderStatus::signInNeeded;
-    EXPECT_EQ(decodeProviderLimits(merged, DateCoding::iso8601), old);
+    EXPECT_EQ(decode<ProviderLimits>(merged, DateCoding::iso8601), old);
 
     const ProviderLimits fresh = limits({window("session", "Session", 0.5)}, systemNow());
     store(ProviderID::claude, fresh);

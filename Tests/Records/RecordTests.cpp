@@ -54,15 +54,15 @@ TEST(RecordCoding, WritesKeysInOrderAndLeavesAbsentOnesOut) {
 
 TEST(RecordCoding, ReadsBackWhatItWrote) {
     const ProviderLimits limits = fullLimits();
-    EXPECT_EQ(decodeProviderLimits(parseJson(jsonText(encode(limits, stored))), stored), limits);
+    EXPECT_EQ(decode<ProviderLimits>(parseJson(jsonText(encode(limits, stored))), stored), limits);
     ProviderLimits bare;
     bare.fetchedAt = after2001(0);
-    EXPECT_EQ(decodeProviderLimits(encode(bare, stored), stored), bare);
+    EXPECT_EQ(decode<ProviderLimits>(encode(bare, stored), stored), bare);
     const FileCursor cursor{
         "/with \"quotes\"\nand lines", ~std::uint64_t{0}, 1LL << 40, {{"a", ""}}};
-    EXPECT_EQ(decodeFileCursor(parseJson(jsonText(encode(cursor)))), cursor);
+    EXPECT_EQ(decode<FileCursor>(parseJson(jsonText(encode(cursor)))), cursor);
     for (const ProviderStatus status : allProviderStatuses)
-        EXPECT_EQ(decodeProviderStatus(encode(status)), status);
+        EXPECT_EQ(decode<ProviderStatus>(encode(status)), status);
 }
 
 TEST(RecordCoding, RefusesMissingKeysNullsAndWrongTypes) {
@@ -71,11 +71,11 @@ TEST(RecordCoding, RefusesMissingKeysNullsAndWrongTypes) {
         std::vector<std::string> texts;
         const char* says = "";
     };
-    const auto source = [](const Json& json) { decodeLimitSource(json, stored); };
-    const auto status = [](const Json& json) { decodeProviderStatus(json); };
-    const auto tokens = [](const Json& json) { decodeTokenCounts(json); };
-    const auto cursor = [](const Json& json) { decodeFileCursor(json); };
-    const auto limits = [](const Json& json) { decodeProviderLimits(json, stored); };
+    const auto source = [](const Json& json) { decode<LimitSource>(json, stored); };
+    const auto status = [](const Json& json) { decode<ProviderStatus>(json); };
+    const auto tokens = [](const Json& json) { decode<TokenCounts>(json); };
+    const auto cursor = [](const Json& json) { decode<FileCursor>(json); };
+    const auto limits = [](const Json& json) { decode<ProviderLimits>(json, stored); };
     const std::string counts =
         R"({"uncachedInput":1,"cacheRead":2,"cacheWrite5m":3,"cacheWrite1h":4,"output":5)";
     std::vector<std::string> wrongCounts;
@@ -100,7 +100,7 @@ TEST(RecordCoding, RefusesMissingKeysNullsAndWrongTypes) {
          {R"({"windows":null,"status":{"ok":{}},"fetchedAt":0})",
           R"({"windows":[],"status":null,"fetchedAt":0})", R"({"windows":[],"status":{"ok":{}}})",
           R"({"windows":[],"plan":5,"status":{"ok":{}},"fetchedAt":0})"}},
-        {[](const Json& json) { decodeDate(json, DateCoding::iso8601); },
+        {[](const Json& json) { decode<Date>(json, DateCoding::iso8601); },
          {"5"},
          "Expected a string."},
         {[](const Json&) {}, {"{", std::string(65, '[') + std::string(65, ']')}}};

@@ -46,7 +46,7 @@ TEST(UsageSummaryCoding, HasTheFieldsInTheirOrderAndReadsThemBack) {
         R"("costByType":{"input":1.0,"cacheRead":2.0,"cacheWrite":3.0,"output":4.0,"other":5.0},)"
         R"("cacheSavingsUSD":-0.5,"hasUnknownPrices":true})");
     for (const DateCoding dates : {DateCoding::iso8601, DateCoding::secondsSince2001})
-        EXPECT_EQ(decodeUsageSummary(parseJson(jsonText(encode(example(), dates))), dates),
+        EXPECT_EQ(decode<UsageSummary>(parseJson(jsonText(encode(example(), dates))), dates),
                   example());
 }
 
@@ -73,15 +73,15 @@ TEST(UsageSummaryCoding, RefusesAnyPartMissingOrOfAnotherType) {
         Json wrong = whole;
         // A string where there was none, and a number where there was a string.
         wrong[place] = whole[place].is_string() ? Json(1.5) : Json("text");
-        EXPECT_THROW(decodeUsageSummary(wrong, DateCoding::iso8601), DecodingError);
+        EXPECT_THROW(decode<UsageSummary>(wrong, DateCoding::iso8601), DecodingError);
         if (place.empty() || optional) return;
         wrong[place] = nullptr;
-        EXPECT_THROW(decodeUsageSummary(wrong, DateCoding::iso8601), DecodingError);
+        EXPECT_THROW(decode<UsageSummary>(wrong, DateCoding::iso8601), DecodingError);
         wrong = whole;
         Json& parent = wrong[place.parent_pointer()];
         if (!parent.is_object()) return;
         parent.erase(place.back());
-        EXPECT_THROW(decodeUsageSummary(wrong, DateCoding::iso8601), DecodingError);
+        EXPECT_THROW(decode<UsageSummary>(wrong, DateCoding::iso8601), DecodingError);
         ++refused;
     });
     EXPECT_GT(refused, 50);
@@ -89,7 +89,7 @@ TEST(UsageSummaryCoding, RefusesAnyPartMissingOrOfAnotherType) {
          {std::pair{"/tools/0/provider", Json("Codex")}, {"/sessions", Json(1.5)}}) {
         Json json = whole;
         json[Json::json_pointer(place)] = wrong;
-        EXPECT_THROW(decodeUsageSummary(json, DateCoding::iso8601), DecodingError) << place;
+        EXPECT_THROW(decode<UsageSummary>(json, DateCoding::iso8601), DecodingError) << place;
     }
 }
 

@@ -3,7 +3,7 @@
 #include "Platform/System/FileDescriptor.h"
 #include "Platform/System/PrivateFiles.h"
 #include "Platform/System/WholeFile.h"
-#include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Records/RecordFields.h"
 
 #include <algorithm>
 #include <chrono>
@@ -16,37 +16,6 @@ namespace {
 
 constexpr std::size_t largestFile = 65'536; ///< bytes; real ones have a few hundred
 
-Json encode(const AttemptRecord& record) {
-    Json json = Json::object();
-    const auto add = [&json](const char* key, const std::optional<Date>& date) {
-        if (date) json[key] = tokwatch::encode(*date, DateCoding::secondsSince2001);
-    };
-    add("lastAttempt", record.lastAttempt);
-    add("lastSuccess", record.lastSuccess);
-    if (record.lastStatus) json["lastStatus"] = tokwatch::encode(*record.lastStatus);
-    json["currentDelay"] = record.currentDelay.count();
-    json["isAnswered"] = record.isAnswered;
-    return json;
-}
-
-AttemptRecord decode(const Json& json) {
-    const auto date = [&json](const char* key) -> std::optional<Date> {
-        const Json* value = coding::optional(json, key);
-        if (value == nullptr) return std::nullopt;
-        return decodeDate(*value, DateCoding::secondsSince2001);
-    };
-    AttemptRecord record;
-    record.lastAttempt = date("lastAttempt");
-    record.lastSuccess = date("lastSuccess");
-    if (const Json* status = coding::optional(json, "lastStatus"))
-        record.lastStatus = decodeProviderStatus(*status);
-    const double delay = coding::number(coding::required(json, "currentDelay"));
-    record.currentDelay = std::clamp(Seconds{std::isnan(delay) ? 0 : delay},
-                                     RefreshPolicy::baseInterval, RefreshPolicy::maximumBackoff);
-    record.isAnswered = coding::boolean(coding::required(json, "isAnswered"));
-    return record;
-}
-
 /// Whether what this process knows is newer than what the file has: it could not be written, or has
 /// been lost since.
 bool isLater(const AttemptRecord& known, const AttemptRecord& read) {
@@ -55,6 +24,26 @@ bool isLater(const AttemptRecord& known, const AttemptRecord& read) {
 }
 
 } // namespace
+
+template<>
+Json encode(const Seconds& seconds, DateCoding) {
+    return seconds.count();
+}
+
+/// A delay within its bounds, whoever wrote it.
+template<>
+Seconds decode(const Json& json, DateCoding) {
+    const double delay = coding::number(json);
+    return std::clamp(Seconds{std::isnan(delay) ? 0 : delay}, RefreshPolicy::baseInterval,
+                      RefreshPolicy::maximumBackoff);
+}
+
+constexpr auto fieldsOf(const AttemptRecord*) {
+    using R = AttemptRecord;
+    return std::tuple{Field{"lastAttempt", &R::lastAttempt}, Field{"lastSuccess", &R::lastSuccess},
+                      Field{"lastStatus", &R::lastStatus}, Field{"currentDelay", &R::currentDelay},
+                      Field{"isAnswered", &R::isAnswered}};
+}
 
 AttemptFile::AttemptFile(std::filesystem::path dataDirectory,
                          std::chrono::milliseconds lockPatience)
@@ -86,7 +75,7 @@ AttemptFile::Records AttemptFile::read() const {
         for (const ProviderID provider : allCases<ProviderID>) {
             const std::string key(rawValue(provider));
             if (const Json* record = coding::optional(coding::object(json), key.c_str()))
-                records.emplace(provider, decode(*record));
+                records.emplace(provider, decode<AttemptRecord>(*record));
         }
     } catch (const DecodingError&) {
         // Whoever wrote that, the next attempt replaces it.

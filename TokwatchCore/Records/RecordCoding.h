@@ -31,27 +31,31 @@ Json parseJson(std::string_view text);
 /// with U+FFFD for the rest; what could command a terminal or turn text around is escaped.
 std::string jsonText(const Json& json);
 
-Json encode(Date date, DateCoding dates);
-Json encode(ProviderID provider);
-Json encode(const TokenCounts& tokens);
-Json encode(const FileCursor& cursor);
+/// Both for what the system stores or prints. Without dates in it, `dates` means nothing.
+template<typename Value>
+Json encode(const Value& value, DateCoding dates = DateCoding::secondsSince2001);
+template<typename Value>
+Value decode(const Json& json, DateCoding dates = DateCoding::secondsSince2001);
+
+// What is no list of fields.
+template<>
+Json encode(const Date& date, DateCoding dates);
+template<>
+Json encode(const ProviderID& provider, DateCoding dates);
+template<>
+Json encode(const ProviderStatus& status, DateCoding dates);
+template<>
 Json encode(const LimitSource& source, DateCoding dates);
-Json encode(const LimitWindow& window, DateCoding dates);
-Json encode(const Credits& credits);
-Json encode(ProviderStatus status);
-Json encode(const ProviderLimits& limits, DateCoding dates);
+template<>
+Date decode(const Json& json, DateCoding dates);
+template<>
+ProviderID decode(const Json& json, DateCoding dates);
+template<>
+ProviderStatus decode(const Json& json, DateCoding dates);
+template<>
+LimitSource decode(const Json& json, DateCoding dates);
 
-Date decodeDate(const Json& json, DateCoding dates);
-ProviderID decodeProviderID(const Json& json);
-TokenCounts decodeTokenCounts(const Json& json);
-FileCursor decodeFileCursor(const Json& json);
-LimitSource decodeLimitSource(const Json& json, DateCoding dates);
-LimitWindow decodeLimitWindow(const Json& json, DateCoding dates);
-Credits decodeCredits(const Json& json);
-ProviderStatus decodeProviderStatus(const Json& json);
-ProviderLimits decodeProviderLimits(const Json& json, DateCoding dates);
-
-/// The building stones of the above, for the other records of the system.
+/// The building stones of the above.
 namespace coding {
 
 const Json& object(const Json& json);
@@ -63,9 +67,8 @@ const Json* optional(const Json& object, const char* key);
 std::string string(const Json& json);
 double number(const Json& json);
 std::int64_t integer(const Json& json);
+std::uint64_t unsignedInteger(const Json& json);
 bool boolean(const Json& json);
-/// The one key of an enumeration's object, and the object's value.
-std::pair<std::string, const Json&> singleCase(const Json& json);
 
 } // namespace coding
 } // namespace tokwatch

@@ -1,7 +1,7 @@
 #include "TokwatchCore/Store/PriceTable.h"
 
 #include "Platform/System/WholeFile.h"
-#include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Records/RecordFields.h"
 #include "TokwatchCore/Store/ResourceBundle.h"
 
 #include <algorithm>
@@ -30,24 +30,19 @@ double costOf(double usdPerMillion, std::int64_t tokens) {
     return usdPerMillion * static_cast<double>(tokens) / million;
 }
 
-ModelPrice decodePrice(const Json& json) {
-    const auto number = [&json](const char* key) {
-        return coding::number(coding::required(json, key));
-    };
-    ModelPrice price;
-    price.input = number("input");
-    price.output = number("output");
-    price.cacheRead = number("cacheRead");
-    price.cacheWrite5m = number("cacheWrite5m");
-    price.cacheWrite1h = number("cacheWrite1h");
-    if (const Json* proxy = coding::optional(json, "proxyFor"))
-        price.proxyFor = coding::string(*proxy);
-    price.source = coding::string(coding::required(json, "source"));
-    price.asOf = coding::string(coding::required(json, "asOf"));
-    return price;
-}
-
 } // namespace
+
+constexpr auto fieldsOf(const ModelPrice*) {
+    using R = ModelPrice;
+    return std::tuple{Field{"input", &R::input},
+                      Field{"output", &R::output},
+                      Field{"cacheRead", &R::cacheRead},
+                      Field{"cacheWrite5m", &R::cacheWrite5m},
+                      Field{"cacheWrite1h", &R::cacheWrite1h},
+                      Field{"proxyFor", &R::proxyFor},
+                      Field{"source", &R::source},
+                      Field{"asOf", &R::asOf}};
+}
 
 CostBreakdown& CostBreakdown::operator+=(const CostBreakdown& added) {
     input += added.input;
@@ -75,10 +70,8 @@ PriceTable PriceTable::bundled() {
 
 PriceTable PriceTable::decode(std::string_view text) {
     const Json document = parseJson(text);
-    std::map<std::string, ModelPrice, std::less<>> models;
-    for (const auto& [name, price] : coding::object(coding::required(document, "models")).items())
-        models.emplace(name, decodePrice(price));
-    return PriceTable(std::move(models));
+    return PriceTable(tokwatch::decode<std::map<std::string, ModelPrice, std::less<>>>(
+        coding::required(document, "models")));
 }
 
 const ModelPrice* PriceTable::price(std::string_view model) const {

@@ -1,5 +1,6 @@
 #include "TokwatchCore/Store/Snapshot.h"
 
+#include "TokwatchCore/Records/RecordFields.h"
 #include "TokwatchCore/Support/CheckedArithmetic.h"
 
 #include <algorithm>
@@ -28,36 +29,6 @@ std::map<ProviderID, ProviderTotals> totalsByProvider(const UsageSummary& summar
         totals[point.provider].costUSD += point.costUSD;
     }
     return totals;
-}
-
-Json encode(const Snapshot::Provider& provider, DateCoding dates) {
-    Json json = Json::object();
-    json["id"] = encode(provider.id);
-    if (provider.plan) json["plan"] = *provider.plan;
-    json["windows"] = Json::array();
-    for (const LimitWindow& window : provider.windows)
-        json["windows"].push_back(encode(window, dates));
-    if (provider.credits) json["credits"] = encode(*provider.credits);
-    json["status"] = encode(provider.status);
-    json["tokens30d"] = provider.tokens30d;
-    json["cost30dUSD"] = provider.cost30dUSD;
-    json["approximate"] = provider.approximate;
-    return json;
-}
-
-Snapshot::Provider decodeProvider(const Json& json, DateCoding dates) {
-    Snapshot::Provider provider;
-    provider.id = decodeProviderID(coding::required(json, "id"));
-    if (const Json* plan = coding::optional(json, "plan")) provider.plan = coding::string(*plan);
-    for (const Json& window : coding::array(coding::required(json, "windows")))
-        provider.windows.push_back(decodeLimitWindow(window, dates));
-    if (const Json* credits = coding::optional(json, "credits"))
-        provider.credits = decodeCredits(*credits);
-    provider.status = decodeProviderStatus(coding::required(json, "status"));
-    provider.tokens30d = coding::integer(coding::required(json, "tokens30d"));
-    provider.cost30dUSD = coding::number(coding::required(json, "cost30dUSD"));
-    provider.approximate = coding::boolean(coding::required(json, "approximate"));
-    return provider;
 }
 
 } // namespace
@@ -113,28 +84,26 @@ Snapshot Snapshot::make(const UsageSummary& summary,
     return snapshot;
 }
 
-Json encode(const Snapshot& snapshot, DateCoding dates) {
-    Json json = Json::object();
-    json["generatedAt"] = encode(snapshot.generatedAt, dates);
-    json["providers"] = Json::array();
-    for (const Snapshot::Provider& provider : snapshot.providers)
-        json["providers"].push_back(encode(provider, dates));
-    json["costTodayUSD"] = snapshot.costTodayUSD;
-    json["cost30dUSD"] = snapshot.cost30dUSD;
-    json["dailyCost30"] = snapshot.dailyCost30;
-    return json;
+constexpr auto fieldsOf(const Snapshot::Provider*) {
+    using R = Snapshot::Provider;
+    return std::tuple{Field{"id", &R::id},
+                      Field{"plan", &R::plan},
+                      Field{"windows", &R::windows},
+                      Field{"credits", &R::credits},
+                      Field{"status", &R::status},
+                      Field{"tokens30d", &R::tokens30d},
+                      Field{"cost30dUSD", &R::cost30dUSD},
+                      Field{"approximate", &R::approximate}};
 }
 
-Snapshot decodeSnapshot(const Json& json, DateCoding dates) {
-    Snapshot snapshot;
-    snapshot.generatedAt = decodeDate(coding::required(json, "generatedAt"), dates);
-    for (const Json& provider : coding::array(coding::required(json, "providers")))
-        snapshot.providers.push_back(decodeProvider(provider, dates));
-    snapshot.costTodayUSD = coding::number(coding::required(json, "costTodayUSD"));
-    snapshot.cost30dUSD = coding::number(coding::required(json, "cost30dUSD"));
-    for (const Json& cost : coding::array(coding::required(json, "dailyCost30")))
-        snapshot.dailyCost30.push_back(coding::number(cost));
-    return snapshot;
+constexpr auto fieldsOf(const Snapshot*) {
+    using R = Snapshot;
+    return std::tuple{Field{"generatedAt", &R::generatedAt}, Field{"providers", &R::providers},
+                      Field{"costTodayUSD", &R::costTodayUSD}, Field{"cost30dUSD", &R::cost30dUSD},
+                      Field{"dailyCost30", &R::dailyCost30}};
 }
+
+template Json encode(const Snapshot&, DateCoding);
+template Snapshot decode(const Json&, DateCoding);
 
 } // namespace tokwatch

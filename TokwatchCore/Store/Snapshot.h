@@ -41,7 +41,4 @@ struct Snapshot {
     friend bool operator==(const Snapshot&, const Snapshot&) = default;
 };
 
-Json encode(const Snapshot& snapshot, DateCoding dates);
-Snapshot decodeSnapshot(const Json& json, DateCoding dates);
-
 } // namespace tokwatch

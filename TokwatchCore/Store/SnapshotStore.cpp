@@ -38,7 +38,7 @@ std::optional<Snapshot> SnapshotStore::read() const {
     const std::optional<std::string> text = readWholeFile(fileIn(*directory), largestSnapshot);
     if (!text) return std::nullopt;
     try {
-        return decodeSnapshot(parseJson(*text), DateCoding::iso8601);
+        return decode<Snapshot>(parseJson(*text), DateCoding::iso8601);
     } catch (const DecodingError&) {
         return std::nullopt; // damaged or another build's: no snapshot for this reader
     }

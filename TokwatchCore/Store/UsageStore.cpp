@@ -106,7 +106,7 @@ std::optional<ProviderLimits> readLimits(sqlite::Connection& db, ProviderID prov
     const sqlite::Use query(db.statement("SELECT json FROM limits WHERE provider = ?1"));
     query->bind(1, id);
     if (!query->step()) return std::nullopt;
-    return decodeProviderLimits(parseJson(query->text(0)), DateCoding::secondsSince2001);
+    return decode<ProviderLimits>(parseJson(query->text(0)), DateCoding::secondsSince2001);
 }
 
 void writeLimits(sqlite::Connection& db, const ProviderLimits& limits, ProviderID provider) {
@@ -156,7 +156,7 @@ bool standsAt(const std::string& json, std::uint64_t inode, std::int64_t offset)
 }
 
 FileCursor decodeCursorRow(const std::string& path, const std::string& json) {
-    FileCursor cursor = decodeFileCursor(parseJson(json));
+    FileCursor cursor = decode<FileCursor>(parseJson(json));
     cursor.path = path;
     return cursor;
 }

@@ -101,9 +101,4 @@ UsageSummary summarize(std::int64_t days, const SummaryWindow& window,
                        const std::vector<DailyRow>& rows, const std::vector<SessionCount>& sessions,
                        const PriceTable& prices);
 
-Json encode(const CostBreakdown& cost);
-Json encode(const UsageSummary& summary, DateCoding dates);
-CostBreakdown decodeCostBreakdown(const Json& json);
-UsageSummary decodeUsageSummary(const Json& json, DateCoding dates);
-
 } // namespace tokwatch
