@@ -3,7 +3,6 @@
 #include "Tests/Support/CapturedLog.h"
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "Tokwatch/Preferences/PreferenceKeys.h"
 
 #include <QEventLoop>
 #include <QSettings>
@@ -29,9 +28,9 @@ using enum ProviderID;
 struct Process {
     explicit Process(const std::filesystem::path& file)
         : settings(settingsFile(file)), preferences(*settings) {}
-    std::string get(std::string_view name) const { return preferenceKey(name)->get(preferences); }
+    std::string get(std::string_view name) const { return preferences.named(name)->text(); }
     std::optional<std::string> set(std::string_view name, std::string_view text) {
-        return preferenceKey(name)->set(preferences, text);
+        return preferences.named(name)->assignText(text);
     }
     std::unique_ptr<QSettings> settings;
     Preferences preferences;
@@ -90,7 +89,7 @@ TEST_F(PreferencesTest, FindsEverySettingAgainAfterARestart) {
     const Date pruned = dateFromUnixSeconds(1'773'147'600.5);
     {
         Process before(file);
-        ASSERT_EQ(preferenceKeys().size(), std::size(settings));
+        ASSERT_EQ(before.preferences.all().size(), std::size(settings));
         for (const Setting& each : settings) {
             EXPECT_EQ(before.get(each.name), each.initial) << each.name;
             EXPECT_EQ(before.set(each.name, each.text), std::nullopt) << each.name;
@@ -108,7 +107,7 @@ TEST_F(PreferencesTest, FindsEverySettingAgainAfterARestart) {
     EXPECT_TRUE(after.preferences.save());
     for (const char* name : {"disabledProviders", "menuBarWindows"})
         EXPECT_EQ(Process(file).get(name), "");
-    EXPECT_EQ(preferenceKey("ShowDockIcon"), nullptr);
+    EXPECT_EQ(after.preferences.named("ShowDockIcon"), nullptr);
 }
 
 TEST_F(PreferencesTest, FallsBackWhereTheFileMakesNoSense) {

@@ -1,5 +1,5 @@
 #include "Tests/Settings/SettingsWorld.h"
-#include "Tokwatch/Preferences/PreferenceKeys.h"
+#include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Settings/SettingsView.h"
 
 #include <QQmlContext>
@@ -29,10 +29,10 @@ class QuickWorld : public QObject {
 
     /// A setting as the command line prints it.
     Q_INVOKABLE QString preference(const QString& key) const {
-        return QString::fromStdString(preferenceKey(key.toStdString())->get(*world.preferences));
+        return QString::fromStdString(world.preferences->named(key.toStdString())->text());
     }
     Q_INVOKABLE void setPreference(const QString& key, const QString& value) {
-        preferenceKey(key.toStdString())->set(*world.preferences, value.toStdString());
+        world.preferences->named(key.toStdString())->assignText(value.toStdString());
         world.settle();
     }
     Q_INVOKABLE void blockAutostart() { world.home.write(".config/autostart", "no directory"); }

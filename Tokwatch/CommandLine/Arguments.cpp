@@ -1,6 +1,7 @@
 #include "Tokwatch/CommandLine/Arguments.h"
 
 #include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/Completion.h"
 #include "Tokwatch/CommandLine/DesktopCommand.h"
 #include "Tokwatch/CommandLine/DoctorCommand.h"
 #include "Tokwatch/CommandLine/IndexCommand.h"
@@ -175,11 +176,14 @@ void addPreferences(CLI::App& app, Invocation& invocation, SettingArguments& set
     CLI::App& command = *app.add_subcommand("preferences", "Print and change settings");
     command.require_subcommand(1);
     const auto addName = [&setting](CLI::App& action) {
-        const std::vector<std::string> names = settingNames();
+        // Asked for only where a setting is named; most commands name none.
+        const auto isSetting = [](const std::string& name) {
+            return CLI::IsMember(settingNames())(name);
+        };
         action.add_option("key", setting.name, "The setting")
             ->required()
             ->type_name("KEY")
-            ->check(CLI::IsMember(names).description(""));
+            ->check(isSetting);
     };
     const auto addJSON = [&invocation](CLI::App& action) {
         action.add_flag("--json", invocation.json, "Print JSON for programs");
@@ -262,6 +266,12 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     addPreferences(app, invocation, setting);
     addDoctor(app, invocation, fix);
 
+    // Shells ask for this and people do not; the words may be anything.
+    if (argc > 1 && std::string_view(argv[1]) == "complete") {
+        for (const std::string& offer : completions(app, {argv + 2, argv + argc}))
+            terminal.write(offer + '\n');
+        return terminal.flush() ? exitFailure : exitOk;
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& wanted) {

@@ -1,7 +1,6 @@
 #include "Tokwatch/CommandLine/PreferencesCommand.h"
 
 #include "Tokwatch/CommandLine/Table.h"
-#include "Tokwatch/Preferences/PreferenceKeys.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 
@@ -10,9 +9,9 @@
 namespace tokwatch {
 namespace {
 
-/// The user's settings for the time of one command.
-struct UserPreferences {
-    std::unique_ptr<QSettings> settings = userSettings();
+/// Settings for the time of one command.
+struct HeldPreferences {
+    std::unique_ptr<QSettings> settings;
     Preferences preferences{*settings};
 };
 
@@ -24,41 +23,42 @@ Json jsonOf(const std::string& text) {
 } // namespace
 
 std::vector<std::string> settingNames() {
+    const HeldPreferences nobody{settingsOfNobody()};
     std::vector<std::string> names;
-    for (const PreferenceKey& key : preferenceKeys())
-        names.emplace_back(key.name);
+    for (const AnySetting* setting : nobody.preferences.all())
+        names.emplace_back(setting->name);
     return names;
 }
 
 int runPreferencesList(const CommandEnvironment& environment) {
-    const UserPreferences user;
+    const HeldPreferences user{userSettings()};
     if (environment.json) {
         Json all = Json::object();
-        for (const PreferenceKey& key : preferenceKeys())
-            all[std::string(key.name)] = jsonOf(key.get(user.preferences));
+        for (const AnySetting* setting : user.preferences.all())
+            all[setting->name] = jsonOf(setting->text());
         environment.terminal.line(jsonText(all));
         return exitOk;
     }
     Table table({{"Setting"}, {"Value"}, {"May be"}});
-    for (const PreferenceKey& key : preferenceKeys())
-        table.add({{std::string(key.name), Tone::bold},
-                   {fitted(key.get(user.preferences), 200)},
-                   {std::string(key.values), Tone::dim}});
+    for (const AnySetting* setting : user.preferences.all())
+        table.add({{setting->name, Tone::bold},
+                   {fitted(setting->text(), 200)},
+                   {setting->domain().values, Tone::dim}});
     table.print(environment.terminal);
     return exitOk;
 }
 
 int runPreferencesGet(const CommandEnvironment& environment, const std::string& name) {
-    const UserPreferences user;
-    const std::string value = preferenceKey(name)->get(user.preferences);
+    const HeldPreferences user{userSettings()};
+    const std::string value = user.preferences.named(name)->text();
     environment.terminal.line(environment.json ? jsonText(jsonOf(value)) : value);
     return exitOk;
 }
 
 int runPreferencesSet(const CommandEnvironment& environment, const std::string& name,
                       const std::string& value) {
-    UserPreferences user;
-    if (const auto refusal = preferenceKey(name)->set(user.preferences, value)) {
+    HeldPreferences user{userSettings()};
+    if (const auto refusal = user.preferences.named(name)->assignText(value)) {
         environment.terminal.error(*refusal);
         return exitUsage;
     }

@@ -66,25 +66,32 @@ std::filesystem::path configHome() {
 
 } // namespace
 
-Preferences::Preferences(QSettings& storage)
-    : showDockIcon(storage, "showDockIcon", false),
-      hasCompletedOnboarding(storage, "hasCompletedOnboarding", false),
-      menuBarStyle(storage, "menuBarStyle", MenuBarStyle::provider),
-      pinnedProvider(storage, "pinnedProvider", ProviderID::claude),
-      showResetTime(storage, "showResetTime", true), menuBarWindows(storage, "menuBarWindows", {}),
-      warningThreshold(storage, "warningThreshold", 0.25,
-                       [](double value) { return atLeast(lowestWarning, value); }),
-      criticalThreshold(storage, "criticalThreshold", 0.1,
-                        [this](double value) {
-                            return std::min(atLeast(lowestCritical, value),
-                                            highestCritical(warningThreshold.peek()));
-                        }),
-      tintEnabled(storage, "tintEnabled", true),
-      providerOrder(storage, "providerOrder", everyProvider(), completed),
-      disabledProviders(storage, "disabledProviders", {}),
-      claudeLiveLimits(storage, "claudeLiveLimits", true),
-      summaryUnit(storage, "summaryUnit", SummaryUnit::cost),
-      popoverTab(storage, "popoverTab", PopoverTab::usage), settings(storage),
+Preferences::Preferences(QSettings& settings)
+    : list{settings, {}},
+      showDockIcon(list, "showDockIcon", "a task-bar entry for the window", false),
+      hasCompletedOnboarding(list, "hasCompletedOnboarding", "the welcome window has been seen",
+                             false),
+      menuBarStyle(list, "menuBarStyle", "what stands in the status area", MenuBarStyle::provider),
+      pinnedProvider(list, "pinnedProvider", "the provider shown in the status area",
+                     ProviderID::claude),
+      showResetTime(list, "showResetTime", "the time of the reset beside the number", true),
+      menuBarWindows(list, "menuBarWindows", "the limit shown for each provider", {}),
+      warningThreshold(
+          list, "warningThreshold", "the fraction left below which a limit warns", 0.25,
+          [](double value) { return atLeast(lowestWarning, value); }, "a number from 0.1 to 1"),
+      criticalThreshold(
+          list, "criticalThreshold", "the fraction left below which a limit is critical", 0.1,
+          [this](double value) {
+              return std::min(atLeast(lowestCritical, value),
+                              highestCritical(warningThreshold.peek()));
+          },
+          "a number from 0.05 to warningThreshold - 0.05"),
+      tintEnabled(list, "tintEnabled", "colour the number by its severity", true),
+      providerOrder(list, "providerOrder", "the order of providers", everyProvider(), completed),
+      disabledProviders(list, "disabledProviders", "providers that are not shown", {}),
+      claudeLiveLimits(list, "claudeLiveLimits", "ask for live limits of Claude", true),
+      summaryUnit(list, "summaryUnit", "lead with cost or tokens", SummaryUnit::cost),
+      popoverTab(list, "popoverTab", "the tab that opens", PopoverTab::usage),
       // What was asked for holds again as soon as the warning level leaves room for it.
       warningChanged(warningThreshold.addNotifier([this] { criticalThreshold.reload(); })) {
     tellFaults();
@@ -98,6 +105,11 @@ double Preferences::highestCritical(double warning) {
     return std::round((warning - thresholdGap) * digits) / digits;
 }
 
+AnySetting* Preferences::named(std::string_view name) const {
+    const auto found = std::ranges::find(list.all, name, &AnySetting::name);
+    return found == list.all.end() ? nullptr : *found;
+}
+
 std::vector<ProviderID> Preferences::enabledProviders() const {
     std::vector<ProviderID> enabled;
     const ProviderSet& disabled = disabledProviders;
@@ -108,16 +120,16 @@ std::vector<ProviderID> Preferences::enabledProviders() const {
 
 std::optional<Date> Preferences::lastPruneAt() const {
     bool isNumber = false;
-    const double seconds = settings.value(lastPruneKey).toDouble(&isNumber);
+    const double seconds = list.storage.value(lastPruneKey).toDouble(&isNumber);
     return isNumber ? std::optional(dateFromUnixSeconds(seconds)) : std::nullopt;
 }
 
 void Preferences::setLastPruneAt(Date date) {
-    if (storageIsSound(settings)) settings.setValue(lastPruneKey, unixSeconds(date));
+    if (storageIsSound(list.storage)) list.storage.setValue(lastPruneKey, unixSeconds(date));
 }
 
 void Preferences::tellFaults() {
-    std::vector<std::string> faults = settingsFaults(fileOf(settings));
+    std::vector<std::string> faults = settingsFaults(fileOf(list.storage));
     if (faults == toldFaults) return;
     for (const std::string& fault : faults)
         systemLog(fault);
@@ -126,31 +138,19 @@ void Preferences::tellFaults() {
 
 void Preferences::reload() {
     tellFaults();
-    if (!storageIsSound(settings)) return; // what was read last holds
-    settings.sync();
-    showDockIcon.reload();
-    hasCompletedOnboarding.reload();
-    menuBarStyle.reload();
-    pinnedProvider.reload();
-    showResetTime.reload();
-    menuBarWindows.reload();
-    warningThreshold.reload();
-    criticalThreshold.reload();
-    tintEnabled.reload();
-    providerOrder.reload();
-    disabledProviders.reload();
-    claudeLiveLimits.reload();
-    summaryUnit.reload();
-    popoverTab.reload();
+    if (!storageIsSound(list.storage)) return; // what was read last holds
+    list.storage.sync();
+    for (AnySetting* setting : list.all)
+        setting->reload();
 }
 
 bool Preferences::save() {
-    if (!storageIsSound(settings)) return false;
-    settings.sync();
+    if (!storageIsSound(list.storage)) return false;
+    list.storage.sync();
     // A line that is no setting makes QSettings speak of an error for good and of no other: then it
     // has to do that the file may be written.
-    if (settings.status() == QSettings::FormatError) return settings.isWritable();
-    return settings.status() == QSettings::NoError;
+    if (list.storage.status() == QSettings::FormatError) return list.storage.isWritable();
+    return list.storage.status() == QSettings::NoError;
 }
 
 void Preferences::followFile() {
@@ -169,8 +169,8 @@ void Preferences::followFile() {
 /// Writers replace the file, which ends the watch on it; the directory's watch tells of the new
 /// one. The file's own is for those who write into it.
 void Preferences::watchFile() {
-    makeFile(fileOf(settings));
-    const QFileInfo file(settings.fileName());
+    makeFile(fileOf(list.storage));
+    const QFileInfo file(list.storage.fileName());
     const QString directory = file.absolutePath();
     if (!QFileInfo(directory).isDir()) return; // what stands there cannot be used
     if (!watcher->directories().contains(directory)) watcher->addPath(directory);
@@ -191,11 +191,15 @@ std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file) {
     if (settingsObstacle(file)) {
         for (const std::string& fault : settingsFaults(file))
             systemLog(fault);
-        // A file that can neither be there nor be made.
-        return std::make_unique<QSettings>(QStringLiteral("/dev/null/Tokwatch.conf"),
-                                           QSettings::IniFormat);
+        return settingsOfNobody();
     }
     return std::make_unique<QSettings>(QFile::decodeName(file.c_str()), QSettings::IniFormat);
+}
+
+std::unique_ptr<QSettings> settingsOfNobody() {
+    // A file that can neither be there nor be made.
+    return std::make_unique<QSettings>(QStringLiteral("/dev/null/Tokwatch.conf"),
+                                       QSettings::IniFormat);
 }
 
 } // namespace tokwatch

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class QFileSystemWatcher;
@@ -33,6 +34,10 @@ class Preferences {
     Preferences(const Preferences&) = delete;
     Preferences& operator=(const Preferences&) = delete;
 
+  private:
+    SettingList list;
+
+  public:
     Setting<bool> showDockIcon;
     Setting<bool> hasCompletedOnboarding;
     Setting<MenuBarStyle> menuBarStyle;
@@ -54,6 +59,11 @@ class Preferences {
     Setting<SummaryUnit> summaryUnit;
     Setting<PopoverTab> popoverTab;
 
+    /// All of the above, in their order.
+    const std::vector<AnySetting*>& all() const { return list.all; }
+    /// The setting of that name, or none.
+    AnySetting* named(std::string_view name) const;
+
     /// `providerOrder` less `disabledProviders`.
     std::vector<ProviderID> enabledProviders() const;
 
@@ -73,7 +83,6 @@ class Preferences {
     void watchFile();
     void tellFaults();
 
-    QSettings& settings;
     QPropertyNotifier warningChanged;
     std::vector<std::string> toldFaults; ///< of the file, in the log
     std::unique_ptr<QFileSystemWatcher> watcher;
@@ -86,5 +95,7 @@ std::unique_ptr<QSettings> userSettings();
 std::filesystem::path settingsPath();
 /// The settings file at the path. It and its directory are made when they are missing.
 std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file);
+/// Settings without a file, all at their defaults: for their names and what they may be.
+std::unique_ptr<QSettings> settingsOfNobody();
 
 } // namespace tokwatch

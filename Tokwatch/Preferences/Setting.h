@@ -5,28 +5,69 @@
 #include <QProperty>
 #include <QSettings>
 
+#include <cmath>
+#include <concepts>
 #include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace tokwatch {
 
-/// One of the user's settings: an observable value that is kept in the settings file. Main thread.
+class AnySetting;
+
+/// The settings that stand in one file, in the order in which they are made.
+struct SettingList {
+    QSettings& storage;
+    std::vector<AnySetting*> all;
+};
+
+/// A setting as it is named, read and assigned in text, as on the command line. Main thread.
+class AnySetting {
+  public:
+    const char* const name;
+    const char* const about; ///< "a task-bar entry for the window", for lists of settings
+
+    virtual SettingDomain domain() const = 0;
+    virtual std::string text() const = 0;
+    /// Answers why the text was refused: "warningThreshold is a number from 0.1 to 1, not \"x\"".
+    virtual std::optional<std::string> assignText(std::string_view text) = 0;
+    /// Takes over what the file holds. What is missing or malformed there reads as the default.
+    virtual void reload() = 0;
+
+  protected:
+    AnySetting(SettingList& list, const char* itsName, const char* whatItIs)
+        : name(itsName), about(whatItIs), settings(list.storage) {
+        list.all.push_back(this);
+    }
+    AnySetting(const AnySetting&) = delete;
+    AnySetting& operator=(const AnySetting&) = delete;
+    ~AnySetting() = default;
+
+    QSettings& settings;
+};
+
+/// One of the user's settings: an observable value that is kept in the settings file under
+/// its name. Main thread.
 ///
 /// Reading it inside a binding or a tracked computation observes it. Assigning writes the file and
 /// notifies when the value is another one.
 template<typename Value>
-class Setting {
+class Setting final : public AnySetting {
   public:
     using Reference = typename QProperty<Value>::parameter_type;
     /// Brings any value into the setting's bounds.
     using Accept = std::function<Value(Value)>;
 
-    Setting(QSettings& storage, const char* storageKey, Value valueWhenMissing, Accept bounds = {})
-        : settings(storage), name(storageKey), fallback(std::move(valueWhenMissing)),
-          accept(std::move(bounds)) {
-        reload();
+    /// `bounds` in words, where the type does not say what the value may be.
+    Setting(SettingList& list, const char* itsName, const char* whatItIs, Value valueWhenMissing,
+            Accept bounds = {}, const char* boundsInWords = nullptr)
+        : AnySetting(list, itsName, whatItIs), fallback(std::move(valueWhenMissing)),
+          accept(std::move(bounds)), words(boundsInWords) {
+        Setting::reload();
     }
-    Setting(const Setting&) = delete;
 
     Reference value() const { return state.value(); }
     operator Reference() const { return state.value(); }
@@ -44,13 +85,25 @@ class Setting {
         state.setValue(std::move(wanted));
         return *this;
     }
-    Setting& operator=(const Setting&) = delete;
+
+    SettingDomain domain() const override {
+        SettingDomain domain = domainOf(fallback);
+        if (words != nullptr) domain.values = words;
+        return domain;
+    }
+    std::string text() const override { return textOf(peek()); }
+    std::optional<std::string> assignText(std::string_view text) override {
+        Value wanted{};
+        if (!parseText(text, wanted) || !isWithinBounds(wanted))
+            return name + (" is " + domain().values) + ", not \"" + std::string(text) + '"';
+        *this = std::move(wanted);
+        return std::nullopt;
+    }
 
     /// Whether anybody ever chose a value, be it the default.
     bool isChosen() const { return settings.contains(name); }
 
-    /// Takes over what the file holds. What is missing or malformed there reads as the default.
-    void reload() {
+    void reload() override {
         Value stored = fallback;
         loadSetting(settings, name, stored);
         state.setValue(accept ? accept(std::move(stored)) : std::move(stored));
@@ -61,13 +114,19 @@ class Setting {
     [[nodiscard]] QPropertyNotifier addNotifier(Call call) {
         return state.addNotifier(std::move(call));
     }
-    QBindable<Value> bindable() const { return &state; }
 
   private:
-    QSettings& settings;
-    const char* name;
+    /// Numbers outside their bounds are refused where somebody typed them; lists are completed.
+    bool isWithinBounds(const Value& value) const {
+        // Room for what decimal fractions lose: 0.25 − 0.05 is to allow 0.2.
+        if constexpr (std::same_as<Value, double>)
+            return !accept || std::abs(accept(value) - value) <= 1e-9;
+        return true;
+    }
+
     Value fallback;
     Accept accept;
+    const char* words;
     QProperty<Value> state;
 };
 
