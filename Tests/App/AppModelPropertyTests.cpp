@@ -142,7 +142,7 @@ class Days : protected testing::ModelWorld {
         for (const auto& [id, source] : sources) {
             if (source->underWay() == 0) continue;
             const ProviderStatus status =
-                chance(0.4) ? ProviderStatus::ok : any(allProviderStatuses);
+                chance(0.4) ? ProviderStatus::ok : any(allCases<ProviderStatus>);
             // Of a provider that nobody wants any more when its answer comes nothing is kept.
             Expectation forgotten;
             forgotten.attempts = expected[id].attempts;

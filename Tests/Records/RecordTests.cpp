@@ -61,7 +61,7 @@ TEST(RecordCoding, ReadsBackWhatItWrote) {
     const FileCursor cursor{
         "/with \"quotes\"\nand lines", ~std::uint64_t{0}, 1LL << 40, {{"a", ""}}};
     EXPECT_EQ(decode<FileCursor>(parseJson(jsonText(encode(cursor)))), cursor);
-    for (const ProviderStatus status : allProviderStatuses)
+    for (const ProviderStatus status : allCases<ProviderStatus>)
         EXPECT_EQ(decode<ProviderStatus>(encode(status)), status);
 }
 

@@ -507,7 +507,7 @@ QCoro::Task<> AppModel::reattachStore() {
 }
 
 void AppModel::startWatching() {
-    const std::vector<std::filesystem::path> roots = logRoots();
+    const std::vector<std::filesystem::path> roots = services.locations.allLogRoots();
     std::vector<std::filesystem::path> existing = roots;
     std::erase_if(existing, [](const std::filesystem::path& root) {
         std::error_code ignored;
@@ -528,13 +528,6 @@ void AppModel::startWatching() {
     next->start();
     watcher = std::move(next);
     watchedRoots = std::move(existing);
-}
-
-std::vector<std::filesystem::path> AppModel::logRoots() const {
-    std::vector<std::filesystem::path> roots;
-    for (const ProviderID provider : allCases<ProviderID>)
-        std::ranges::copy(services.locations.logRoots(provider), std::back_inserter(roots));
-    return roots;
 }
 
 void AppModel::pathsChanged(const std::vector<std::string>& paths) {

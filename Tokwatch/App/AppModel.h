@@ -148,7 +148,6 @@ class AppModel : public QObject {
     void lookAround();
     void startWatching();
     void pathsChanged(const std::vector<std::string>& paths);
-    std::vector<std::filesystem::path> logRoots() const;
     void observePreferences();
 
     AppServices services;

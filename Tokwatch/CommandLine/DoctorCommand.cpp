@@ -33,10 +33,9 @@ class Examination {
         : environment(e), closing(c), places(e.locations()) {}
 
     std::vector<Finding> run() {
-        examineRoot(ProviderID::claude, places.claudeProjects());
-        for (const std::filesystem::path& root : places.codexRoots())
-            examineRoot(ProviderID::codex, root);
-        examineRoot(ProviderID::grok, places.grokSessions());
+        for (const ProviderID provider : allCases<ProviderID>)
+            for (const std::filesystem::path& root : places.logRoots(provider))
+                examineRoot(provider, root);
         examineCursor();
         examineLogins();
         examineStore();

@@ -22,7 +22,7 @@ constexpr std::size_t longestLabel = 40;
 std::string sentence(ProviderID provider, const ProviderLimits& limits, bool claudeLiveLimits) {
     const bool isClaude = provider == ProviderID::claude;
     const std::string name(displayName(provider));
-    const std::string tool = isClaude ? "Claude Code" : name;
+    const std::string tool(traits(provider).toolName);
     switch (limits.status) {
     case ProviderStatus::ok:
         return limits.windows.empty() && !limits.credits

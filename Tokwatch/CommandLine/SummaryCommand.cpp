@@ -70,17 +70,15 @@ class SummaryPrinter {
         terminal.line("Looked in:");
         const ProviderLocations places = environment.locations();
         Table table({{"Tool"}, {"Path"}, {""}});
-        const auto add = [&table](ProviderID provider, const std::filesystem::path& path) {
-            std::error_code ignored;
-            const bool found = std::filesystem::exists(path, ignored);
-            table.add({{std::string(displayName(provider))},
-                       {fitted(path.string(), 200)},
-                       {found ? "nothing in these days" : "not found", Tone::dim}});
-        };
-        add(ProviderID::claude, places.claudeProjects());
-        for (const std::filesystem::path& root : places.codexRoots())
-            add(ProviderID::codex, root);
-        add(ProviderID::grok, places.grokSessions());
+        for (const ProviderID provider : allCases<ProviderID>) {
+            for (const std::filesystem::path& path : places.logRoots(provider)) {
+                std::error_code ignored;
+                const bool found = std::filesystem::exists(path, ignored);
+                table.add({{std::string(displayName(provider))},
+                           {fitted(path.string(), 200)},
+                           {found ? "nothing in these days" : "not found", Tone::dim}});
+            }
+        }
         table.print(terminal);
     }
 

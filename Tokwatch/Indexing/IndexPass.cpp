@@ -28,6 +28,11 @@ constexpr std::size_t readAheadWeight = 16'384;
 /// How many folders of a root are named that could not be listed.
 constexpr std::size_t namedFailures = 5;
 
+/// Whether the provider's files are replaced as a whole, instead of growing by lines.
+bool isDocument(ProviderID provider) {
+    return traits(provider).logFormat == LogFormat::grokDocument;
+}
+
 /// Whether the file goes on where its cursor stands, instead of being another one.
 bool continues(const PendingFile& pending) {
     return pending.cursor && pending.cursor->inode == pending.file.attributes.inode &&
@@ -35,14 +40,13 @@ bool continues(const PendingFile& pending) {
 }
 
 bool isChanged(const PendingFile& pending) {
-    if (pending.provider == ProviderID::grok)
-        return isChangedDocument(pending.file, pending.cursor);
+    if (isDocument(pending.provider)) return isChangedDocument(pending.file, pending.cursor);
     return !continues(pending) || pending.cursor->offset != pending.file.attributes.size;
 }
 
 /// Of a changed file: a document is read whole, a log from its cursor.
 std::int64_t unreadBytes(const PendingFile& pending) {
-    const bool appended = pending.provider != ProviderID::grok && continues(pending);
+    const bool appended = !isDocument(pending.provider) && continues(pending);
     return pending.file.attributes.size - (appended ? pending.cursor->offset : 0);
 }
 
@@ -60,7 +64,7 @@ IndexPass::IndexPass(Environment environment) : env(environment), groupEvents(fi
 
 IndexOutcome IndexPass::run() {
     if (!env.scope) cursorTexts = env.store.cursorTexts();
-    for (const ProviderID provider : {ProviderID::claude, ProviderID::codex, ProviderID::grok})
+    for (const ProviderID provider : allCases<ProviderID>)
         findPending(provider);
     std::int64_t unread = 0;
     for (const Part& part : parts)
@@ -79,7 +83,7 @@ IndexOutcome IndexPass::run() {
 
 bool IndexPass::isKnownUnchanged(ProviderID provider, const LogFile& file) const {
     const auto found = cursorTexts.find(file.path);
-    return provider != ProviderID::grok && found != cursorTexts.end() &&
+    return !isDocument(provider) && found != cursorTexts.end() &&
            standsAt(found->second, file.attributes.inode, file.attributes.size);
 }
 

@@ -144,13 +144,11 @@ IndexStatistics IndexerService::statistics() const {
 
 std::optional<ProviderID> IndexerService::providerForChangedPath(std::string_view path) const {
     const std::string_view name = path.substr(path.rfind('/') + 1);
-    if (isLogName(ProviderID::claude, name) && isBelow(path, locations.claudeProjects()))
-        return ProviderID::claude;
-    for (const std::filesystem::path& root : locations.codexRoots()) {
-        if (isLogName(ProviderID::codex, name) && isBelow(path, root)) return ProviderID::codex;
+    for (const ProviderID provider : allCases<ProviderID>) {
+        if (!isLogName(provider, name)) continue;
+        for (const std::filesystem::path& root : locations.logRoots(provider))
+            if (isBelow(path, root)) return provider;
     }
-    if (isLogName(ProviderID::grok, name) && isBelow(path, locations.grokSessions()))
-        return ProviderID::grok;
     return std::nullopt;
 }
 

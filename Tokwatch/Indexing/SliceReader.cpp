@@ -87,7 +87,7 @@ std::optional<Slice> SliceReader::next() {
     const SumOrigin origin(path);
     Slice slice;
     try {
-        slice = pending.provider == ProviderID::grok ? readDocument(pending) : readLines(pending);
+        slice = read(pending);
     } catch (const std::system_error& error) {
         slice = {};
         if (!isGone(error.code())) slice.failure = error.what();
@@ -96,8 +96,8 @@ std::optional<Slice> SliceReader::next() {
         slice.failure = error.what();
     }
     slice.file = at;
-    const bool isWhole = pending.provider == ProviderID::grok || !slice.failure.empty();
-    if (isWhole || isAtEnd(pending, slice.bytes)) nextFile();
+    const bool isDocument = traits(pending.provider).logFormat == LogFormat::grokDocument;
+    if (isDocument || !slice.failure.empty() || isAtEnd(pending, slice.bytes)) nextFile();
     return slice;
 }
 
@@ -122,12 +122,25 @@ JSONLTail::Result SliceReader::readOn(const LogFile& file,
     return JSONLTail::read(file.path, cursor, JSONLTail::sliceBytes, buffer);
 }
 
+Slice SliceReader::read(const PendingFile& pending) {
+    switch (traits(pending.provider).logFormat) {
+    case LogFormat::claudeLines:
+    case LogFormat::codexLines:
+        return readLines(pending);
+    case LogFormat::grokDocument:
+        return readDocument(pending);
+    case LogFormat::none:
+        break;
+    }
+    return {};
+}
+
 Slice SliceReader::readLines(const PendingFile& pending) {
     JSONLTail::Result read = readOn(pending.file, reached ? reached : pending.cursor);
     // What is open was read from a file that is gone.
     if (read.reset) events.clear();
     Slice slice;
-    if (pending.provider == ProviderID::codex) {
+    if (traits(pending.provider).logFormat == LogFormat::codexLines) {
         parseCodex(slice, read);
     } else {
         parseClaude(read);

@@ -49,6 +49,7 @@ class SliceReader {
 
   private:
     JSONLTail::Result readOn(const LogFile& file, const std::optional<FileCursor>& cursor);
+    Slice read(const PendingFile& pending);
     Slice readLines(const PendingFile& pending);
     Slice readDocument(const PendingFile& pending);
     void parseClaude(const JSONLTail::Result& read);

@@ -3,7 +3,6 @@
 #include "Tokwatch/Preferences/PreferenceTypes.h"
 #include "TokwatchCore/Records/ProviderID.h"
 
-#include <array>
 #include <map>
 #include <optional>
 #include <set>
@@ -15,33 +14,6 @@
 class QSettings;
 
 namespace tokwatch {
-
-/// The names under which the cases of `Case` are stored, in declaration order.
-template<typename Case>
-inline constexpr std::array<std::string_view, 0> caseNames{};
-template<>
-inline constexpr std::array<std::string_view, 2> caseNames<MenuBarStyle>{"icon", "provider"};
-template<>
-inline constexpr std::array<std::string_view, 2> caseNames<SummaryUnit>{"cost", "tokens"};
-template<>
-inline constexpr std::array<std::string_view, 3> caseNames<PopoverTab>{"usage", "stats", "models"};
-template<>
-inline constexpr std::array caseNames<ProviderID>{
-    rawValue(ProviderID::claude), rawValue(ProviderID::codex), rawValue(ProviderID::grok),
-    rawValue(ProviderID::cursor)};
-
-template<typename Case>
-constexpr std::string_view caseName(Case value) {
-    return caseNames<Case>[static_cast<std::size_t>(value)];
-}
-
-/// The case with exactly this name (case-sensitive), or none.
-template<typename Case>
-constexpr std::optional<Case> caseNamed(std::string_view name) {
-    for (std::size_t index = 0; index < caseNames<Case>.size(); ++index)
-        if (caseNames<Case>[index] == name) return static_cast<Case>(index);
-    return std::nullopt;
-}
 
 /// Whether settings may be read from and written to their file (`settingsObstacle`).
 bool storageIsSound(const QSettings& settings);
@@ -60,10 +32,6 @@ std::string enumerated(std::span<const std::string_view> words, std::string_view
 
 // How each type of setting stands in the settings file. Loading leaves `value` alone when the key
 // is missing or holds something else.
-
-template<typename Case>
-concept NamedCase = caseNames<Case>
-.size() > 0;
 
 void loadSetting(const QSettings& settings, const char* key, bool& value);
 void loadSetting(const QSettings& settings, const char* key, double& value);
@@ -84,7 +52,7 @@ void storeSetting(QSettings& settings, const char* key, const ProviderSet& value
 void storeSetting(QSettings& settings, const char* key, const WindowChoices& value);
 template<NamedCase Case>
 void storeSetting(QSettings& settings, const char* key, Case value) {
-    storeText(settings, key, caseName(value));
+    storeText(settings, key, rawValue(value));
 }
 
 // How each type of setting is written on a command line: lists as "claude,codex", pairs as
@@ -97,7 +65,7 @@ std::string textOf(const ProviderSet& value);
 std::string textOf(const WindowChoices& value);
 template<NamedCase Case>
 std::string textOf(Case value) {
-    return std::string(caseName(value));
+    return std::string(rawValue(value));
 }
 
 // False where the text is not of the type; the value is of no use then.

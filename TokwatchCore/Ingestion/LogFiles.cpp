@@ -103,13 +103,13 @@ std::optional<std::string_view> withoutPrefix(std::string_view path, std::string
 } // namespace
 
 bool isLogName(ProviderID provider, std::string_view fileName) {
-    switch (provider) {
-    case ProviderID::claude:
-    case ProviderID::codex:
+    switch (traits(provider).logFormat) {
+    case LogFormat::claudeLines:
+    case LogFormat::codexLines:
         return fileName.size() > 6 && fileName.ends_with(".jsonl");
-    case ProviderID::grok:
+    case LogFormat::grokDocument:
         return fileName == "usage.json";
-    case ProviderID::cursor:
+    case LogFormat::none:
         return false;
     }
     return false;

@@ -2,6 +2,9 @@
 
 #include "Platform/System/Places.h"
 
+#include <algorithm>
+#include <iterator>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -21,32 +24,18 @@ const ProviderLocations& ProviderLocations::shared() {
     return own;
 }
 
-std::filesystem::path ProviderLocations::claudeProjects() const {
-    return home / ".claude/projects";
-}
-
-std::array<std::filesystem::path, 2> ProviderLocations::codexRoots() const {
-    return {home / ".codex/sessions", home / ".codex/archived_sessions"};
-}
-
-std::filesystem::path ProviderLocations::grokSessions() const {
-    return home / ".grok/sessions";
-}
-
 std::vector<std::filesystem::path> ProviderLocations::logRoots(ProviderID provider) const {
-    switch (provider) {
-    case ProviderID::claude:
-        return {claudeProjects()};
-    case ProviderID::codex: {
-        const auto roots = codexRoots();
-        return {roots.begin(), roots.end()};
-    }
-    case ProviderID::grok:
-        return {grokSessions()};
-    case ProviderID::cursor:
-        return {};
-    }
-    return {};
+    std::vector<std::filesystem::path> roots;
+    for (const std::string_view root : traits(provider).logRoots)
+        if (!root.empty()) roots.push_back(home / root);
+    return roots;
+}
+
+std::vector<std::filesystem::path> ProviderLocations::allLogRoots() const {
+    std::vector<std::filesystem::path> all;
+    for (const ProviderID provider : allCases<ProviderID>)
+        std::ranges::move(logRoots(provider), std::back_inserter(all));
+    return all;
 }
 
 std::filesystem::path ProviderLocations::codexHome() const {
@@ -69,17 +58,10 @@ std::filesystem::path ProviderLocations::cursorStateDBOnLinux() const {
 }
 
 bool ProviderLocations::isPresent(ProviderID provider) const {
-    switch (provider) {
-    case ProviderID::claude:
-        return isThere(claudeProjects());
-    case ProviderID::codex:
-        return isThere(codexRoots()[0]) || isThere(codexAuthFile());
-    case ProviderID::grok:
-        return isThere(grokSessions());
-    case ProviderID::cursor:
-        return isThere(cursorStateDB());
-    }
-    return false;
+    const std::vector<std::filesystem::path> roots = logRoots(provider);
+    if (!roots.empty() && isThere(roots.front())) return true;
+    if (provider == ProviderID::codex) return isThere(codexAuthFile());
+    return provider == ProviderID::cursor && isThere(cursorStateDB());
 }
 
 } // namespace tokwatch

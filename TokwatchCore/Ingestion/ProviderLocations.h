@@ -2,7 +2,6 @@
 
 #include "TokwatchCore/Records/ProviderID.h"
 
-#include <array>
 #include <filesystem>
 #include <vector>
 
@@ -15,12 +14,14 @@ struct ProviderLocations {
     /// Of the user's own home: $HOME, else the password database's. Found out at the first call.
     static const ProviderLocations& shared();
 
-    std::filesystem::path claudeProjects() const;
-    /// Running sessions, then archived ones.
-    std::array<std::filesystem::path, 2> codexRoots() const;
-    std::filesystem::path grokSessions() const;
     /// Where the assistant's logs are, in the order of reading; Cursor keeps none.
     std::vector<std::filesystem::path> logRoots(ProviderID provider) const;
+    /// Those of all assistants.
+    std::vector<std::filesystem::path> allLogRoots() const;
+    std::filesystem::path claudeProjects() const { return logRoots(ProviderID::claude).front(); }
+    /// Running sessions, then archived ones.
+    std::vector<std::filesystem::path> codexRoots() const { return logRoots(ProviderID::codex); }
+    std::filesystem::path grokSessions() const { return logRoots(ProviderID::grok).front(); }
     std::filesystem::path codexHome() const;
     std::filesystem::path codexAuthFile() const;
     /// The state database of Cursor: the place of its macOS edition, or of its Linux one where that

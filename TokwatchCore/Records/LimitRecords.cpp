@@ -7,12 +7,6 @@
 
 namespace tokwatch {
 
-std::string_view rawValue(ProviderStatus status) {
-    constexpr std::array<std::string_view, 6> names{"ok",          "signInNeeded", "unreachable",
-                                                    "rateLimited", "accessDenied", "unavailable"};
-    return names[static_cast<std::size_t>(status)];
-}
-
 ProviderLimits ProviderLimits::markedStale() const {
     ProviderLimits copy = *this;
     for (LimitWindow& window : copy.windows) {

@@ -73,12 +73,9 @@ enum class ProviderStatus {
     unavailable,  ///< there is no login to use, or live limits are off
 };
 
-inline constexpr std::array allProviderStatuses{
-    ProviderStatus::ok,          ProviderStatus::signInNeeded, ProviderStatus::unreachable,
-    ProviderStatus::rateLimited, ProviderStatus::accessDenied, ProviderStatus::unavailable};
-
-/// "signInNeeded": the case's name, as encoded.
-std::string_view rawValue(ProviderStatus status);
+template<>
+inline constexpr std::array<std::string_view, 6> caseNames<ProviderStatus>{
+    "ok", "signInNeeded", "unreachable", "rateLimited", "accessDenied", "unavailable"};
 
 /// All that is known about one provider's limits. Producers keep `usedFraction` within 0…1.
 struct ProviderLimits {

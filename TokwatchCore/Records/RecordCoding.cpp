@@ -154,9 +154,7 @@ Json encode(const ProviderStatus& status, DateCoding) {
 template<>
 ProviderStatus decode(const Json& json, DateCoding) {
     const auto [name, payload] = singleCase(json);
-    for (const ProviderStatus status : allProviderStatuses) {
-        if (rawValue(status) == name) return status;
-    }
+    if (const auto status = caseNamed<ProviderStatus>(name)) return *status;
     throw DecodingError("Unknown provider status \"" + name + "\".");
 }
 

@@ -10,23 +10,20 @@ namespace tokwatch {
 namespace {
 
 OnboardingStep step(ProviderID provider, const ProviderLocations& locations) {
-    const auto path = [&locations](const std::filesystem::path& whole) {
-        return homePath(whole, locations.home);
-    };
     OnboardingStep step{text(rawValue(provider)), text(displayName(provider)), {}, {}, false};
+    if (const auto roots = locations.logRoots(provider); !roots.empty())
+        step.reads = "reads " + homePath(roots.front(), locations.home);
     switch (provider) {
     case ProviderID::claude:
-        step.reads = "reads " + path(locations.claudeProjects());
         step.asks = QString("Asks %1 what is left, with Claude Code's login").arg(claudeHost);
         step.isLiveLimits = true;
         break;
     case ProviderID::codex:
-        step.reads = "reads " + path(locations.codexRoots()[0]);
         step.asks =
             QString("Asks %1 with Codex's login when the sessions tell no limits").arg(codexHost);
         break;
     case ProviderID::grok:
-        step.reads = "reads " + path(locations.grokSessions()) + ", asks nobody";
+        step.reads += ", asks nobody";
         break;
     case ProviderID::cursor:
         step.reads = "is only detected, shows no usage yet";
@@ -40,9 +37,8 @@ OnboardingStep nothingFound(const ProviderLocations& locations) {
     const auto add = [&](const std::filesystem::path& whole) {
         places.append(homePath(whole, locations.home));
     };
-    add(locations.claudeProjects());
-    add(locations.codexRoots()[0]);
-    add(locations.grokSessions());
+    for (const ProviderID provider : allCases<ProviderID>)
+        if (const auto roots = locations.logRoots(provider); !roots.empty()) add(roots.front());
     add(locations.cursorStateDBOnLinux());
     return {{},
             "No assistant was found yet",

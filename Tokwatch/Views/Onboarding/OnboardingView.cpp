@@ -2,7 +2,6 @@
 
 #include "KivoLaunch/LoginItem.h"
 #include "Tokwatch/Preferences/Preferences.h"
-#include "TokwatchCore/Limits/ProviderTexts.h"
 
 #include <algorithm>
 
@@ -78,7 +77,7 @@ void OnboardingView::pinWhatHasANumber() {
     if (preferences.pinnedProvider.isChosen() || locations.isPresent(ProviderID::claude)) return;
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
     const auto found = std::ranges::find_if(enabled, [this](ProviderID provider) {
-        return publishesLimits(provider) && locations.isPresent(provider);
+        return traits(provider).publishesLimits && locations.isPresent(provider);
     });
     if (found != enabled.end()) preferences.pinnedProvider = *found;
 }

@@ -4,7 +4,6 @@
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/TimeTexts.h"
 #include "Tokwatch/Views/Popover/StatusNotice.h"
-#include "TokwatchCore/Limits/ProviderTexts.h"
 #include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Presentation/LimitBarModel.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
@@ -90,7 +89,7 @@ AttemptTimes attemptsOf(const ProvidersKnown& known, ProviderID provider) {
 bool isQuiet(const ProvidersKnown& known, ProviderID provider) {
     const ProviderLimits* limits = limitsOf(known, provider);
     if (limits != nullptr && (!limits->windows.empty() || limits->credits)) return false;
-    return !publishesLimits(provider) || std::ranges::count(known.present, provider) == 0;
+    return !traits(provider).publishesLimits || std::ranges::count(known.present, provider) == 0;
 }
 
 ProviderRow providerRow(const ProvidersKnown& known, ProviderID provider, Date now,

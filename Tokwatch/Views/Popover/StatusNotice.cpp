@@ -8,7 +8,7 @@ namespace {
 
 /// What the user signs in with.
 QString toolName(ProviderID provider) {
-    return provider == ProviderID::claude ? QString("Claude Code") : text(displayName(provider));
+    return text(traits(provider).toolName);
 }
 
 StatusNotice retry(const QString& sentence, bool isCalm = false) {

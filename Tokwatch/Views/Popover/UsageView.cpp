@@ -70,13 +70,9 @@ QString UsageView::estimateExplanation() {
 QStringList UsageView::searchedPlaces() const {
     if (!model.present().empty() || !model.summary().tools.empty()) return {};
     const ProviderLocations& locations = model.locations();
-    std::vector<std::filesystem::path> paths{locations.claudeProjects()};
-    for (const std::filesystem::path& root : locations.codexRoots())
-        paths.push_back(root);
-    paths.push_back(locations.grokSessions());
     QStringList texts;
     const std::string home = locations.home.string() + "/";
-    for (const std::filesystem::path& path : paths) {
+    for (const std::filesystem::path& path : locations.allLogRoots()) {
         const std::string whole = path.string();
         texts.append(whole.starts_with(home) ? "~/" + text(whole.substr(home.size()))
                                              : text(whole));

@@ -4,7 +4,6 @@
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
-#include "TokwatchCore/Limits/ProviderTexts.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
 
 #include <algorithm>
@@ -28,7 +27,7 @@ std::vector<ProviderID> offered(const Preferences& preferences, const LimitsByPr
     std::vector<ProviderID> providers = preferences.enabledProviders();
     const ProviderID pinned = preferences.pinnedProvider;
     std::erase_if(providers, [&](ProviderID provider) {
-        return provider != pinned && !publishesLimits(provider) &&
+        return provider != pinned && !traits(provider).publishesLimits &&
                windowChoices(limits, provider).empty();
     });
     return providers;
@@ -99,7 +98,7 @@ std::vector<WindowRow> MenuBarView::windowRows() const {
     std::vector<WindowRow> rows;
     for (const ProviderID provider : model.preferences().enabledProviders()) {
         const std::vector<WindowChoice> choices = windowChoices(model.limits(), provider);
-        if (choices.empty() && !publishesLimits(provider)) continue;
+        if (choices.empty() && !traits(provider).publishesLimits) continue;
         WindowRow row{text(rawValue(provider)), text(displayName(provider)), {"Lowest left"}, 0};
         const auto choice = chosen.find(std::string(rawValue(provider)));
         for (const WindowChoice& window : choices) {

@@ -6,7 +6,6 @@
 #include "Tokwatch/Views/Common/PlatformWords.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
-#include "TokwatchCore/Limits/ProviderTexts.h"
 #include "TokwatchCore/Support/ByteFormat.h"
 
 #include <algorithm>
@@ -14,7 +13,7 @@
 namespace tokwatch {
 
 QString readsText(ProviderID provider, const ProviderLocations& locations) {
-    QString reads = text(providerTexts(provider).reads);
+    QString reads = text(traits(provider).reads);
     if (provider != ProviderID::cursor) return reads;
     // The sentence names the place of Cursor's macOS edition. The Linux one is elsewhere, and is
     // what people look for here unless only the other exists.
@@ -52,12 +51,12 @@ ProviderSettingsRow ProvidersView::row(ProviderID provider) const {
     row.isFound = model.locations().isPresent(provider);
     row.foundText = (row.isFound ? "Found on this " : "Not found on this ") + machineWord();
     row.reads = readsText(provider, model.locations());
-    row.note = text(providerTexts(provider).note);
+    row.note = text(traits(provider).note);
     row.canTurnLiveLimitsOff = provider == ProviderID::claude;
     row.liveLimits = preferences.claudeLiveLimits;
     row.liveLimitsText = "Asks Anthropic how much is left, with the login that Claude Code stored.";
     row.isRereading = model.rereading().contains(provider);
-    row.canReread = provider != ProviderID::cursor && row.isFound && row.isEnabled;
+    row.canReread = traits(provider).logFormat != LogFormat::none && row.isFound && row.isEnabled;
     if (!row.isRereading) return row;
     row.rereadingText = "Re-reading…";
     const std::optional<IndexingProgress>& progress = model.indexing();
@@ -103,7 +102,7 @@ void ProvidersView::reread(const QString& provider) {
 
 void ProvidersView::openUsagePage(const QString& provider) {
     if (const auto id = providerFromRawValue(provider.toStdString()))
-        places.open(QUrl(text(providerTexts(*id).usagePage)));
+        places.open(QUrl(text(traits(*id).usagePage)));
 }
 
 } // namespace tokwatch
