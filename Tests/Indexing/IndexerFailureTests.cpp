@@ -147,7 +147,7 @@ TEST_F(IndexerFailureTest, SurvivesWhatRealLogsHold) {
 
 TEST_F(IndexerFailureTest, PassesOverAnEndlessLineOnce) {
     const std::filesystem::path file = home.write(claudeLog, ClaudeResponse{"msg_1"}.line());
-    std::filesystem::resize_file(file, 65U << 20U);
+    std::filesystem::resize_file(file, 513U << 20U);
     EXPECT_EQ(index().newEvents, 1);
     home.append(claudeLog, "more");
     index();

@@ -49,9 +49,9 @@ struct JSONLTail {
                        std::int64_t maxBytes, TailBuffer& buffer);
 };
 
-/// The longest line that the indexer takes into memory, in bytes. Assistants' own are a hundredth
-/// of that; a longer one is a log that lost its line feeds, or no log at all.
-inline constexpr std::int64_t longestLine = 67'108'864;
+/// The longest line that the indexer takes into memory, in bytes: a thousand times the longest that
+/// assistants are known to write. A longer one is no log.
+inline constexpr std::int64_t longestLine = 536'870'912;
 
 /// Steps over a line of more than `longestLine` bytes at the cursor, whether or not it has ended,
 /// without keeping it: the result has no lines. Goes at most about `longestLine` bytes in one call;
