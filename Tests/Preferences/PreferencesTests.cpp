@@ -81,7 +81,7 @@ constexpr Setting settings[]{{"showDockIcon", "false", "yes", "true", "7"},
                               "grok,codex,claude,cursor", "grok, copilot, grok, codex",
                               "grok,codex,claude,cursor"},
                              {"disabledProviders", "", "grok", "grok", "copilot, cursor", "cursor"},
-                             {"claudeLiveLimits", "true", "false", "false", "@Invalid()"},
+                             {"claudeLiveLimits", "true", "false", "false", "off", "false"},
                              {"summaryUnit", "cost", "tokens", "tokens", "Tokens"},
                              {"popoverTab", "usage", "stats", "stats", "@Invalid()"}};
 
@@ -114,7 +114,9 @@ TEST_F(PreferencesTest, FallsBackWhereTheFileMakesNoSense) {
     std::string text = "[General]\nlastPruneAt=yesterday\n";
     for (const Setting& each : settings)
         text += std::string(each.name) + '=' + std::string(each.nonsense) + '\n';
+    const testing::CapturedLog log;
     Process odd = reading(text);
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("is neither true nor false")));
     for (const Setting& each : settings)
         EXPECT_EQ(odd.get(each.name), each.fallback) << each.name;
     EXPECT_FALSE(odd.preferences.lastPruneAt());
@@ -168,6 +170,8 @@ TEST_F(PreferencesTest, NeitherWaitsForNorReplacesWhatIsNoOrdinaryFile) {
     EXPECT_EQ(process.preferences.warningThreshold, 0.3) << "what was read last";
     Process fresh(file);
     EXPECT_EQ(fresh.preferences.warningThreshold, 0.25) << "the defaults hold";
+    EXPECT_TRUE(process.preferences.areKnown());
+    EXPECT_FALSE(fresh.preferences.areKnown());
     EXPECT_THAT(log.lines().back(), HasSubstr("is not a regular file"));
 }
 

@@ -172,7 +172,8 @@ void LimitsService::schedule(ProviderID id, Seconds delay, Wish wish) {
 
 bool LimitsService::isActive(ProviderID id) const {
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
-    return std::ranges::find(enabled, id) != enabled.end() && !isGated(id);
+    return preferences.areKnown() && std::ranges::find(enabled, id) != enabled.end() &&
+           !isGated(id);
 }
 
 bool LimitsService::isGated(ProviderID id) const {
@@ -221,6 +222,7 @@ QCoro::Task<> LimitsService::wished(ProviderID id, Wish wish) {
         co_await closeGate(id);
         co_return;
     }
+    if (!preferences.areKnown()) co_return; // they may forbid it
     if (wish == Wish::ownAccord && (isStopped || isWaitingForNetwork())) {
         states[id]; // so that it is looked at when the network is back
         co_return;

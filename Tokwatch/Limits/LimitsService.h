@@ -27,7 +27,8 @@ class Preferences;
 /// Decides when each provider's live limits are fetched, backs off from services that fail, shows
 /// the last stored result in place of a failure, and stores and hands on every result. At most one
 /// fetch a provider is under way, and all processes over one ledger ask as often as one would: what
-/// another one has fetched meanwhile is shown instead. Main thread only, which waits neither for
+/// another one has fetched meanwhile is shown instead. Nobody is asked while the preferences are
+/// not known. Main thread only, which waits neither for
 /// the store nor for the ledger; failures are statuses, nothing is thrown.
 class LimitsService {
   public:

@@ -20,6 +20,8 @@ namespace tokwatch {
 namespace {
 
 constexpr const char* lastPruneKey = "lastPruneAt";
+/// A file that can neither be there nor be made.
+constexpr const char* nowhere = "/dev/null/Tokwatch.conf";
 
 /// The lower bound for anything that is not above it, as for what is not a number.
 double atLeast(double bound, double value) {
@@ -89,7 +91,8 @@ Preferences::Preferences(QSettings& settings)
       tintEnabled(list, "tintEnabled", "colour the number by its severity", true),
       providerOrder(list, "providerOrder", "the order of providers", everyProvider(), completed),
       disabledProviders(list, "disabledProviders", "providers that are not shown", {}),
-      claudeLiveLimits(list, "claudeLiveLimits", "ask for live limits of Claude", true),
+      claudeLiveLimits(list, "claudeLiveLimits", "ask for live limits of Claude", true, {}, nullptr,
+                       false),
       summaryUnit(list, "summaryUnit", "lead with cost or tokens", SummaryUnit::cost),
       popoverTab(list, "popoverTab", "the tab that opens", PopoverTab::usage),
       // What was asked for holds again as soon as the warning level leaves room for it.
@@ -108,6 +111,10 @@ double Preferences::highestCritical(double warning) {
 AnySetting* Preferences::named(std::string_view name) const {
     const auto found = std::ranges::find(list.all, name, &AnySetting::name);
     return found == list.all.end() ? nullptr : *found;
+}
+
+bool Preferences::areKnown() const {
+    return fileOf(list.storage) != nowhere;
 }
 
 std::vector<ProviderID> Preferences::enabledProviders() const {
@@ -197,9 +204,7 @@ std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file) {
 }
 
 std::unique_ptr<QSettings> settingsOfNobody() {
-    // A file that can neither be there nor be made.
-    return std::make_unique<QSettings>(QStringLiteral("/dev/null/Tokwatch.conf"),
-                                       QSettings::IniFormat);
+    return std::make_unique<QSettings>(QString::fromLatin1(nowhere), QSettings::IniFormat);
 }
 
 } // namespace tokwatch

@@ -54,7 +54,7 @@ class Preferences {
     /// Always all providers, each once.
     Setting<ProviderList> providerOrder;
     Setting<ProviderSet> disabledProviders;
-    /// Allows fetching Claude's limits with its login.
+    /// Allows fetching Claude's limits with its login. A value that is no boolean forbids it.
     Setting<bool> claudeLiveLimits;
     Setting<SummaryUnit> summaryUnit;
     Setting<PopoverTab> popoverTab;
@@ -63,6 +63,10 @@ class Preferences {
     const std::vector<AnySetting*>& all() const { return list.all; }
     /// The setting of that name, or none.
     AnySetting* named(std::string_view name) const;
+
+    /// Whether the settings are the user's: not where there is a file that could not be read, which
+    /// may forbid what the defaults allow.
+    bool areKnown() const;
 
     /// `providerOrder` less `disabledProviders`.
     std::vector<ProviderID> enabledProviders() const;
@@ -89,8 +93,8 @@ class Preferences {
 };
 
 /// The settings file of the user, $XDG_CONFIG_HOME/Tokwatch/Tokwatch.conf. One that cannot be read,
-/// or is no regular file of bounded size, is a line in the log; the defaults hold then, and nothing
-/// is saved.
+/// or is no regular file of bounded size, is a line in the log; the defaults hold then, nothing is
+/// saved, and the preferences are not `areKnown`.
 std::unique_ptr<QSettings> userSettings();
 std::filesystem::path settingsPath();
 /// The settings file at the path. It and its directory are made when they are missing.

@@ -61,11 +61,14 @@ class Setting final : public AnySetting {
     /// Brings any value into the setting's bounds.
     using Accept = std::function<Value(Value)>;
 
-    /// `bounds` in words, where the type does not say what the value may be.
+    /// `bounds` in words, where the type does not say what the value may be; the value for what
+    /// makes no sense, where that is not to read as missing.
     Setting(SettingList& list, const char* itsName, const char* whatItIs, Value valueWhenMissing,
-            Accept bounds = {}, const char* boundsInWords = nullptr)
+            Accept bounds = {}, const char* boundsInWords = nullptr,
+            std::optional<Value> valueWhenMalformed = std::nullopt)
         : AnySetting(list, itsName, whatItIs), fallback(std::move(valueWhenMissing)),
-          accept(std::move(bounds)), words(boundsInWords) {
+          whenMalformed(std::move(valueWhenMalformed)), accept(std::move(bounds)),
+          words(boundsInWords) {
         Setting::reload();
     }
 
@@ -78,9 +81,7 @@ class Setting final : public AnySetting {
         if (accept) wanted = accept(std::move(wanted));
         // What is shown may be a stored value brought into its bounds, hence the look at the
         // file's.
-        Value stored = fallback;
-        loadSetting(settings, name, stored);
-        if ((!(stored == wanted) || !settings.contains(name)) && storageIsSound(settings))
+        if ((!(stored() == wanted) || !settings.contains(name)) && storageIsSound(settings))
             storeSetting(settings, name, wanted);
         state.setValue(std::move(wanted));
         return *this;
@@ -103,11 +104,7 @@ class Setting final : public AnySetting {
     /// Whether anybody ever chose a value, be it the default.
     bool isChosen() const { return settings.contains(name); }
 
-    void reload() override {
-        Value stored = fallback;
-        loadSetting(settings, name, stored);
-        state.setValue(accept ? accept(std::move(stored)) : std::move(stored));
-    }
+    void reload() override { state.setValue(accept ? accept(stored()) : stored()); }
 
     /// Calls after each change for as long as the result lives.
     template<typename Call>
@@ -116,6 +113,11 @@ class Setting final : public AnySetting {
     }
 
   private:
+    Value stored() const {
+        Value value = whenMalformed && settings.contains(name) ? *whenMalformed : fallback;
+        loadSetting(settings, name, value);
+        return value;
+    }
     /// Numbers outside their bounds are refused where somebody typed them; lists are completed.
     bool isWithinBounds(const Value& value) const {
         // Room for what decimal fractions lose: 0.25 − 0.05 is to allow 0.2.
@@ -125,6 +127,7 @@ class Setting final : public AnySetting {
     }
 
     Value fallback;
+    std::optional<Value> whenMalformed;
     Accept accept;
     const char* words;
     QProperty<Value> state;

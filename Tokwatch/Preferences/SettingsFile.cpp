@@ -2,6 +2,10 @@
 
 #include "Platform/System/PrivateFiles.h"
 #include "Platform/System/WholeFile.h"
+#include "Tokwatch/Preferences/SettingCoding.h"
+
+#include <QFile>
+#include <QSettings>
 
 #include <sstream>
 #include <system_error>
@@ -16,6 +20,12 @@ bool isSettingLine(const std::string& line) {
     const std::size_t start = line.find_first_not_of(" \t\r");
     if (start == std::string::npos || line[start] == ';') return true;
     return line.find(line[start] == '[' ? ']' : '=', start) != std::string::npos;
+}
+
+bool isSwitchMalformed(const std::filesystem::path& file, const char* key) {
+    const QSettings settings(QFile::decodeName(file.c_str()), QSettings::IniFormat);
+    bool value = false;
+    return settings.contains(key) && !parseText(storedText(settings, key).value_or(""), value);
 }
 
 } // namespace
@@ -49,11 +59,15 @@ std::vector<int> linesThatAreNoSettings(const std::filesystem::path& file) {
 std::vector<std::string> settingsFaults(const std::filesystem::path& file) {
     if (const std::optional<std::string> obstacle = settingsObstacle(file))
         return {"the settings file " + file.string() + ' ' + *obstacle +
-                "; the defaults hold, and changes are not kept"};
+                "; who starts now has the defaults, asks no provider for its limits, and keeps "
+                "no changes"};
     std::vector<std::string> faults;
     for (const int number : linesThatAreNoSettings(file))
         faults.push_back("line " + std::to_string(number) + " of " + file.string() +
                          " is no setting; the next change of a setting drops it");
+    if (isSwitchMalformed(file, "claudeLiveLimits"))
+        faults.push_back("claudeLiveLimits in " + file.string() +
+                         " is neither true nor false; Claude's live limits are off");
     return faults;
 }
 

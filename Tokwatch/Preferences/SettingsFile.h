@@ -16,7 +16,8 @@ std::optional<std::string> settingsObstacle(const std::filesystem::path& file);
 /// them out, and out of the file, too, at the next change.
 std::vector<int> linesThatAreNoSettings(const std::filesystem::path& file);
 
-/// Both of the above as sentences for the log and the doctor.
+/// Both of the above, and a switch for Claude's live limits that is no boolean, as sentences for
+/// the log and the doctor.
 std::vector<std::string> settingsFaults(const std::filesystem::path& file);
 
 } // namespace tokwatch
