@@ -206,6 +206,30 @@ TEST(ClaudeLimitsProvider, TakesAWindowThatIsThereWithinZeroAndOne) {
     EXPECT_EQ(used("null"), std::nullopt) << "over the list even without a number";
 }
 
+TEST(ClaudeLimitsProvider, BoundsWhatTheEndpointAnswers) {
+    std::string limits = "null";
+    const auto add = [&limits](const std::string& name) {
+        limits += R"(, {"kind": "weekly_scoped", "percent": 8, "scope":
+            {"model": {"display_name": ")" +
+                  name + "\"}}}";
+    };
+    std::string name;
+    for (int character = 0; character < 120; ++character)
+        name += "é";
+    add(name);
+    add(name + "é");
+    for (int model = 0; model < 1000; ++model)
+        add(std::to_string(model));
+    const std::vector<LimitWindow> windows =
+        Claude()
+            .fetch(R"({"seven_day_opus": {"utilization": 1}, "limits": [)" + limits + "]}")
+            .windows;
+    ASSERT_EQ(windows.size(), 29U);
+    EXPECT_EQ(windows[0].label, "Weekly · " + name);
+    EXPECT_EQ(windows[1].label, "Weekly · " + name.substr(0, 238) + "…");
+    EXPECT_EQ(windows.back().id, "weekly.opus");
+}
+
 TEST(ClaudeLimitsProvider, ReadsExtraUsageInItsUnits) {
     const auto extra = [](const std::string& members) {
         return Claude().fetch(R"({"extra_usage": {)" + members + "}}").credits;
@@ -217,8 +241,10 @@ TEST(ClaudeLimitsProvider, ReadsExtraUsageInItsUnits) {
     EXPECT_EQ(extra(R"("is_enabled": true, )" + amounts), credits(12.34, 50));
     EXPECT_EQ(extra(R"("is_enabled": true, "decimal_places": 3.0, )" + amounts), credits(1.234, 5));
     EXPECT_EQ(extra(R"("is_enabled": true, "used_credits": 0)"), credits(0, std::nullopt));
-    EXPECT_EQ(extra(R"("is_enabled": true, "decimal_places": -999, "used_credits": 5)"),
-              credits(std::nullopt, std::nullopt));
+    for (const char* absurd : {"-999", "-300"})
+        EXPECT_EQ(extra(R"("is_enabled": true, "used_credits": 5, "decimal_places": )" +
+                        std::string(absurd)),
+                  credits(std::nullopt, std::nullopt));
     EXPECT_EQ(extra(R"("is_enabled": true)"), std::nullopt);
     EXPECT_EQ(extra(R"("is_enabled": null, )" + amounts), std::nullopt);
     EXPECT_EQ(extra(amounts), std::nullopt);
@@ -277,6 +303,9 @@ TEST(CodexLimitsProvider, LeavesOutWhatIsIncomplete) {
     };
     EXPECT_EQ(resetsAt("1768010000.5"), dateFromUnixSeconds(1768010000.5));
     EXPECT_EQ(resetsAt("1e300"), std::nullopt);
+    const char* absurd = R"({"rate_limit": {"primary_window": {"used_percent": 1,
+        "limit_window_seconds": 1e300}}})";
+    EXPECT_EQ(Codex().fetch(absurd).windows.at(0).duration, std::nullopt);
 }
 
 TEST(CodexLimitsProvider, PrefersWhatTheLogsSaidInTheLastTenMinutes) {

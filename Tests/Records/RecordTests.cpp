@@ -114,6 +114,26 @@ TEST(RecordCoding, RefusesMissingKeysNullsAndWrongTypes) {
     }
 }
 
+TEST(RecordCoding, RefusesLimitsThatNoSurfaceCanShow) {
+    const auto isRefused = [](auto change) {
+        ProviderLimits limits = fullLimits();
+        change(limits);
+        return failureOf(jsonText(encode(limits, stored)).c_str(), [](const Json& json) {
+                   decode<ProviderLimits>(json, stored);
+               }) != "decoded";
+    };
+    for (const double fraction : {1e17, -1e17, 1e300})
+        EXPECT_TRUE(isRefused([=](auto& limits) { limits.windows[0].usedFraction = fraction; }));
+    const std::string novel(2000, 'x');
+    EXPECT_TRUE(isRefused([&](auto& limits) { limits.windows[1].label = novel; }));
+    EXPECT_TRUE(isRefused([&](auto& limits) { limits.plan = novel; }));
+    EXPECT_TRUE(isRefused([](auto& limits) { limits.windows.resize(33, limits.windows[0]); }));
+    EXPECT_FALSE(isRefused([](auto& limits) {
+        limits.windows.resize(32, limits.windows[0]);
+        limits.windows[0].usedFraction = 12.5;
+    }));
+}
+
 TEST(ProviderLimits, MarksLiveAndLocalWindowsStale) {
     ProviderLimits limits = fullLimits();
     limits.windows.push_back({"old", "Old", 0, {}, {}, LimitSource::stale(after2001(3))});

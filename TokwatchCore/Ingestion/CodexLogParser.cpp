@@ -132,7 +132,7 @@ void addWindow(std::vector<LimitWindow>& windows, const RateWindow& window, cons
     shown.id = id;
     shown.label = label;
     shown.usedFraction = clampedFraction(*window.usedPercent);
-    if (window.windowMinutes) shown.duration = *window.windowMinutes * 60;
+    if (window.windowMinutes) shown.duration = plausibleDuration(*window.windowMinutes * 60);
     if (window.resetsAt) shown.resetsAt = dateFromUnixSeconds(*window.resetsAt);
     shown.source = LimitSource::local(asOf);
     windows.push_back(std::move(shown));
@@ -143,7 +143,8 @@ std::optional<Credits> creditsOf(const RateLimits& read) {
     if (!read.namesCredits) return std::nullopt;
     const bool isEmpty = !read.unlimited && read.balance.value_or(0) == 0;
     if (!read.hasCredits && isEmpty) return std::nullopt;
-    return Credits{"Credits", read.balance, std::nullopt, std::nullopt, read.unlimited};
+    const auto balance = read.balance ? plausibleAmount(*read.balance) : read.balance;
+    return Credits{"Credits", balance, std::nullopt, std::nullopt, read.unlimited};
 }
 
 std::optional<CodexLine> limitsOf(const RateLimits& read, Date asOf) {

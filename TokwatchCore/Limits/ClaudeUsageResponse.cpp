@@ -15,6 +15,8 @@ namespace {
 
 constexpr double sessionSeconds = 5 * 3600;
 constexpr double weekSeconds = 7 * 86400;
+/// Leaves room for the session, the week and the older answers' two.
+constexpr std::size_t mostScopedWeeks = mostWindows - 4;
 
 struct Reading {
     std::optional<double> percent;
@@ -53,7 +55,7 @@ Limit decodeLimit(const document::Value& value) {
     limit.reading = {document::number(value, "percent"), resetTime(value)};
     if (const document::Value* scope = document::object(value, "scope")) {
         if (const document::Value* model = document::object(*scope, "model"))
-            limit.modelName = document::string(*model, "display_name").value_or("");
+            limit.modelName = boundedName(document::string(*model, "display_name").value_or(""));
     }
     return limit;
 }
@@ -105,6 +107,7 @@ std::string scopedID(const std::string& modelName) {
 std::vector<LimitWindow> scopedWeeks(const std::vector<Limit>& limits) {
     std::vector<LimitWindow> windows;
     for (const Limit& limit : limits) {
+        if (windows.size() == mostScopedWeeks) break;
         if (limit.kind != "weekly_scoped" || limit.modelName.empty()) continue;
         const std::string id = scopedID(limit.modelName);
         if (std::ranges::find(windows, id, &LimitWindow::id) == windows.end())
@@ -134,11 +137,7 @@ std::vector<LimitWindow> legacyWeeks(const document::Value& root,
 }
 
 std::optional<double> dollars(std::optional<double> amount, double unitsPerDollar) {
-    if (!amount) return std::nullopt;
-    const double value = *amount / unitsPerDollar;
-    // An absurd number of decimal places; infinity could not be stored.
-    if (!std::isfinite(value)) return std::nullopt;
-    return value;
+    return amount ? plausibleAmount(*amount / unitsPerDollar) : std::nullopt;
 }
 
 std::optional<Credits> creditsOf(const ExtraUsage& extra) {

@@ -17,8 +17,8 @@ void add(std::vector<LimitWindow>& windows, const char* id, const char* label,
     if (!percent || !seconds) return;
     std::optional<Date> resetsAt;
     if (resetAt && *resetAt >= 0 && *resetAt < year10000) resetsAt = dateFromUnixSeconds(*resetAt);
-    windows.push_back(
-        {id, label, clampedFraction(*percent), *seconds, resetsAt, LimitSource::live()});
+    windows.push_back({id, label, clampedFraction(*percent), plausibleDuration(*seconds), resetsAt,
+                       LimitSource::live()});
 }
 
 } // namespace

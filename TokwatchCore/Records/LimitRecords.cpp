@@ -15,12 +15,34 @@ ProviderLimits ProviderLimits::markedStale() const {
     return copy;
 }
 
+std::string boundedName(std::string name) {
+    constexpr std::size_t most = 120;
+    std::size_t characters = 0;
+    std::size_t last = 0; // where the last character begins for which there is room
+    for (std::size_t at = 0; at < name.size(); ++at) {
+        if ((static_cast<unsigned char>(name[at]) & 0xC0U) == 0x80U) continue; // amid a character
+        if (++characters == most) last = at;
+        if (characters > most) return name.substr(0, last) + "…";
+    }
+    return name;
+}
+
 std::optional<std::string> planName(std::string_view raw) {
     if (raw.empty()) return std::nullopt;
-    const QString text = QString::fromUtf8(raw.data(), std::ssize(raw));
-    if (text.toStdString() != raw) return std::string(raw); // not UTF-8: nothing to capitalise
+    const std::string name = boundedName(std::string(raw));
+    const QString text = QString::fromStdString(name);
+    if (text.toStdString() != name) return name; // not UTF-8: nothing to capitalise
     const qsizetype first = text[0].isHighSurrogate() && text.size() > 1 ? 2 : 1;
     return (text.left(first).toUpper() + text.mid(first)).toStdString();
+}
+
+std::optional<double> plausibleDuration(double seconds) {
+    constexpr double most = 30 * 365.25 * 86'400;
+    return std::abs(seconds) <= most ? std::optional(seconds) : std::nullopt;
+}
+
+std::optional<double> plausibleAmount(double usd) {
+    return std::abs(usd) < 1e12 ? std::optional(usd) : std::nullopt;
 }
 
 double clampedFraction(double percent) {

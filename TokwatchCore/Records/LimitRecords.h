@@ -95,10 +95,25 @@ struct ProviderLimits {
 /// The latest limits, as far as known.
 using LimitsByProvider = std::map<ProviderID, ProviderLimits>;
 
+// What services and logs say is bounded before it is a record: a thousand windows, or a name of a
+// megabyte, would keep every surface busy drawing them.
+
+/// Real answers have two to six.
+inline constexpr std::size_t mostWindows = 32;
+
+/// A name of at most 120 characters; a longer one ends with "…".
+std::string boundedName(std::string name);
+
 /// The plan name as shown: first letter upper-cased, the rest as given; absent for an empty name.
 std::optional<std::string> planName(std::string_view raw);
 
 /// Percent to a fraction within 0…1; what is not a number counts as 0.
 double clampedFraction(double percent);
+
+/// The seconds of a window's duration; absent beyond 30 years, which no window has.
+std::optional<double> plausibleDuration(double seconds);
+
+/// An amount of money; absent from a million million dollars on.
+std::optional<double> plausibleAmount(double usd);
 
 } // namespace tokwatch

@@ -24,6 +24,15 @@ std::pair<std::string, const Json&> singleCase(const Json& json) {
     return {json.begin().key(), coding::object(json.begin().value())};
 }
 
+/// No fraction that a service or a log reports is anywhere near; what is beyond cannot be shown.
+constexpr double largestFraction = 1e6;
+/// Bytes of a text that is shown; what our own producers write has half of them.
+constexpr std::size_t longestText = 1024;
+
+void checkText(const std::string& text) {
+    if (text.size() > longestText) throw DecodingError("A text is too long.");
+}
+
 /// Reading a document takes no depth of the call stack, but copying and printing it do.
 constexpr int deepestNesting = 64;
 
@@ -224,6 +233,22 @@ constexpr auto fieldsOf(const ProviderLimits*) {
     return std::tuple{Field{"plan", &R::plan}, Field{"windows", &R::windows},
                       Field{"credits", &R::credits}, Field{"status", &R::status},
                       Field{"fetchedAt", &R::fetchedAt}};
+}
+
+static void checkBounds(const LimitWindow& window) {
+    checkText(window.id);
+    checkText(window.label);
+    if (!(std::abs(window.usedFraction) <= largestFraction))
+        throw DecodingError("A fraction is out of range.");
+}
+
+static void checkBounds(const Credits& credits) {
+    checkText(credits.label);
+}
+
+static void checkBounds(const ProviderLimits& limits) {
+    checkText(limits.plan.value_or(""));
+    if (limits.windows.size() > mostWindows) throw DecodingError("There are too many windows.");
 }
 
 template Json encode(const TokenCounts&, DateCoding);

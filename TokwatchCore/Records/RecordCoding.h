@@ -12,7 +12,8 @@
 
 /// The JSON forms of the records. Keys are the field names in declaration order; an absent optional
 /// leaves its key out, and reads from an absent or null key. All else is required: a missing key, a
-/// null, a wrong type or an unknown case is a DecodingError, never a partial record.
+/// null, a wrong type, an unknown case, or what is beyond the bounds of limit records (a fraction
+/// that no surface can show) is a DecodingError, never a partial record.
 namespace tokwatch {
 
 using Json = nlohmann::ordered_json;

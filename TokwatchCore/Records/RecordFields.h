@@ -14,7 +14,8 @@
 
 /// How records with a field list are encoded and decoded, in the list's order. The list of `Record`
 /// is `constexpr auto fieldsOf(const Record*)` in this namespace, a tuple of `Field`s; the source
-/// that has it instantiates `encode` and `decode` for the others.
+/// that has it instantiates `encode` and `decode` for the others. What a record may not hold is
+/// refused by a `checkBounds(const Record&)` beside its list, by a DecodingError.
 namespace tokwatch {
 
 template<typename Record, typename Value>
@@ -121,6 +122,7 @@ Value decode(const Json& json, DateCoding dates) {
             (coding::decodeField(json, field.key, record.*field.member, dates), ...);
         };
         std::apply(take, fieldsOf(&record));
+        if constexpr (requires { checkBounds(record); }) checkBounds(record);
         return record;
     }
 }
