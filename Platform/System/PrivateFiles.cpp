@@ -181,18 +181,20 @@ FileDescriptor openPrivately(const std::filesystem::path& file) {
 
 FileDescriptor lockPrivately(const std::filesystem::path& file,
                              std::chrono::milliseconds patience) {
+    FileDescriptor lock;
     try {
-        FileDescriptor lock = openPrivately(file);
-        while (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
-            if ((errno != EWOULDBLOCK && errno != EINTR) || patience <= lockPause)
-                return FileDescriptor();
-            std::this_thread::sleep_for(lockPause);
-            patience -= lockPause;
-        }
-        return lock;
+        lock = openPrivately(file);
     } catch (const std::system_error&) {
-        return FileDescriptor();
+        const std::filesystem::path directory = file.parent_path();
+        lock = FileDescriptor(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     }
+    while (lock.isOpen() && ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        if ((errno != EWOULDBLOCK && errno != EINTR) || patience <= lockPause)
+            return FileDescriptor();
+        std::this_thread::sleep_for(lockPause);
+        patience -= lockPause;
+    }
+    return lock;
 }
 
 void replacePrivately(const std::filesystem::path& file, std::string_view contents) {

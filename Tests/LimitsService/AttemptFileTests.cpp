@@ -1,8 +1,9 @@
 #include "Tokwatch/Limits/AttemptFile.h"
 
+#include "Tests/Support/CapturedLog.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -16,18 +17,18 @@ namespace {
 const Date noon = dateFromUnixSeconds(1'768'000'000.125);
 
 AttemptRecord recordOf(AttemptLedger& ledger) {
-    return ledger.edit(ProviderID::codex, [](AttemptRecord&) { return false; });
+    return ledger.edit(ProviderID::codex, [](AttemptRecord&) { return false; }).record;
 }
 
 bool claim(AttemptLedger& ledger) {
     bool isGranted = false;
-    ledger.edit(ProviderID::codex, [&](AttemptRecord& record) {
+    const AttemptLedger::Entry entry = ledger.edit(ProviderID::codex, [&](AttemptRecord& record) {
         isGranted = record.wait(false, noon) <= Seconds{0};
         record.lastAttempt = noon;
         record.isAnswered = false;
         return isGranted;
     });
-    return isGranted;
+    return isGranted && entry.isShared;
 }
 
 TEST(AttemptFile, IsWhatAllProcessesKnow) {
@@ -52,7 +53,7 @@ TEST(AttemptFile, GrantsAnAttemptToOneOfThoseWhoWantItAtOnce) {
         std::vector<std::jthread> threads;
         for (int each = 0; each < 8; ++each)
             threads.emplace_back([&] {
-                AttemptFile file(directory.path(), std::chrono::hours(1));
+                AttemptFile file(directory.path(), {}, std::chrono::hours(1));
                 if (claim(file)) ++granted;
             });
         threads.clear();
@@ -61,13 +62,16 @@ TEST(AttemptFile, GrantsAnAttemptToOneOfThoseWhoWantItAtOnce) {
 }
 
 TEST(AttemptFile, GoesOnWithWhateverStandsInItsPlace) {
-    const auto goesOnIn = [](const std::filesystem::path& data) {
-        AttemptFile file(data, std::chrono::milliseconds(0));
-        EXPECT_TRUE(claim(file)) << data;
-        EXPECT_FALSE(claim(file)) << data;
-        EXPECT_EQ(recordOf(file).lastAttempt, noon);
-    };
     const testing::TemporaryDirectory directory;
+    const auto goesOnIn = [&](const std::filesystem::path& data) {
+        const std::filesystem::path refuge = directory / "run/below";
+        std::filesystem::remove_all(refuge);
+        AttemptFile file(data, refuge, std::chrono::milliseconds(0));
+        EXPECT_TRUE(claim(file)) << data;
+        AttemptFile other(data, refuge, std::chrono::milliseconds(0));
+        EXPECT_FALSE(claim(other)) << data;
+        EXPECT_EQ(recordOf(other).lastAttempt, noon);
+    };
     for (const char* nonsense : {"{\"codex\"", R"({"codex": {"lastAttempt": "noon"}})",
                                  R"({"codex": {"lastAttempt": 700000000, "isAnswered": true}})"}) {
         directory.write("attempts.json", nonsense);
@@ -82,6 +86,19 @@ TEST(AttemptFile, GoesOnWithWhateverStandsInItsPlace) {
     ::flock(::open(kept.c_str(), O_RDWR), LOCK_EX); // until the process ends
     goesOnIn(directory / "kept");
     goesOnIn(directory / "missing");
+}
+
+TEST(AttemptFile, GrantsNothingThatTheOthersCouldNotKnow) {
+    const testing::TemporaryDirectory directory;
+    directory.write("attempts.json/below", "");
+    const testing::CapturedLog log;
+    AttemptFile file(directory.path());
+    EXPECT_FALSE(claim(file));
+    EXPECT_FALSE(claim(file));
+    EXPECT_THAT(log.lines(), ::testing::ElementsAre(::testing::HasSubstr("cannot note when")));
+    std::filesystem::remove_all(directory / "attempts.json");
+    AttemptFile other(directory.path());
+    EXPECT_TRUE(claim(other));
 }
 
 } // namespace

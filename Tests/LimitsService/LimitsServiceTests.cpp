@@ -6,6 +6,7 @@
 #include "Tests/Support/StorageAtOnce.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tokwatch/Limits/AttemptFile.h"
+#include "Tokwatch/Limits/ClaudeGate.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Store/UsageStore.h"
 
@@ -17,7 +18,6 @@ namespace tokwatch {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::settle;
 using testing::someLimits;
 
@@ -124,24 +124,89 @@ TEST_F(LimitsServiceTest, SpacesByTheLastStatus) {
     }
 }
 
-TEST_F(LimitsServiceTest, DropsTheResultOfAProviderThatWasDisabledMeanwhile) {
-    refresh();
-    preferences.disabledProviders = std::set{ProviderID::claude};
-    service.reconsider();
-    answer(someLimits(time.now()));
-    EXPECT_THAT(updates, IsEmpty());
-    EXPECT_FALSE(store->limits(ProviderID::claude));
+TEST_F(LimitsServiceTest, AsksNoMoreOftenWhoeverTurnsAProviderOffAndOn) {
+    const auto turn = [this](bool on, bool isGate) {
+        if (isGate)
+            preferences.claudeLiveLimits = on;
+        else
+            preferences.disabledProviders = on ? ProviderSet() : ProviderSet{ProviderID::claude};
+        service.reconsider();
+        settle();
+    };
+    for (const bool isGate : {false, true}) {
+        SCOPED_TRACE(isGate);
+        refresh();
+        const int asked = attempts();
+        turn(false, isGate);
+        const std::size_t shown = updates.size();
+        answer(someLimits(time.now()));
+        EXPECT_EQ(updates.size(), shown);
+        turn(true, isGate);
+        if (isGate) {
+            EXPECT_EQ(updates.back(), someLimits(time.now())) << "it was asked before";
+        }
+        EXPECT_EQ(attempts(), asked);
+        pass(300);
+        for (int round = 0; round < 60; ++round) { // against a server that has had enough
+            turn(false, isGate);
+            while (claude->underWay() > 0)
+                answer(ProviderStatus::rateLimited);
+            turn(true, isGate);
+            pass(10);
+        }
+        EXPECT_EQ(attempts(), asked + 2);
+        answer(ProviderStatus::ok);
+        pass(300);
+    }
+}
+
+TEST_F(LimitsServiceTest, AsksNobodyWhereTheSettingsCannotBeRead) {
+    const std::unique_ptr<QSettings> unread = settingsFile(directory.path()); // a directory
+    Preferences unknown(*unread);
+    LimitsService careful{
+        {{ProviderID::claude, claude}}, testing::storageAtOnce(store), unknown, time.clock(), time};
+    careful.start(std::array{ProviderID::claude});
+    careful.refresh(ProviderID::claude, true);
+    careful.networkIsBack();
+    pass(4000);
+    EXPECT_EQ(attempts(), 0);
 }
 
 TEST_F(LimitsServiceTest, LeavesARefusedLoginAloneUntilAsked) {
     fetch(ProviderStatus::accessDenied);
     EXPECT_EQ(updates.back().status, ProviderStatus::accessDenied);
-    pass(100'000);
-    service.refreshIfDue(std::array{ProviderID::claude});
-    settle();
+    pass(10);
+    LimitsService restarted = another();
+    restarted.start(std::array{ProviderID::claude});
+    pass(289);
     EXPECT_EQ(attempts(), 1);
-    refresh(true);
+    pass(1);
+    EXPECT_EQ(attempts(), 2) << "what another process was refused says nothing of this one";
+    answer(ProviderStatus::accessDenied);
+    pass(100'000);
+    for (LimitsService* each : {&service, &restarted}) {
+        each->refreshIfDue(std::array{ProviderID::claude});
+        each->networkIsBack();
+        each->reconsider();
+    }
+    settle();
     EXPECT_EQ(attempts(), 2);
+    refresh(true);
+    EXPECT_EQ(attempts(), 3);
+}
+
+TEST_F(LimitsServiceTest, AsksOnceMoreAtMostWhenTheClockJumps) {
+    refresh();
+    answer(someLimits(time.now()));
+    for (const double seconds : {10 * 86'400.0, -10 * 86'400.0, 1.0, -86'400.0, 1.0}) {
+        time.jump(Seconds{seconds});
+        refresh(true);
+        while (claude->underWay() > 0)
+            answer(someLimits(time.now()));
+    }
+    EXPECT_EQ(attempts(), 2);
+    pass(300);
+    EXPECT_EQ(attempts(), 3) << "nobody waits for the moment to come again";
 }
 
 TEST_F(LimitsServiceTest, ShowsWhatIsStoredAsStaleUnlessItIsRecent) {
@@ -187,18 +252,14 @@ TEST_F(LimitsServiceTest, NeverTouchesClaudeWhileItsLiveLimitsAreOffAndTakesItBa
     ProviderLimits expected = known.markedStale();
     expected.status = ProviderStatus::unavailable;
     EXPECT_EQ(updates.back(), expected) << "the plan and the windows stay to be seen";
-    EXPECT_EQ(store->limits(ProviderID::claude), expected);
+    EXPECT_EQ(ClaudeGate::applied({{ProviderID::claude, known}}, preferences, time.now()),
+              (LimitsByProvider{{ProviderID::claude, expected}}));
+    EXPECT_EQ(store->limits(ProviderID::claude), known) << "for whoever turns it on again";
 
     preferences.claudeLiveLimits = true;
     service.reconsider();
     settle();
-    preferences.claudeLiveLimits = false;
-    service.reconsider();
-    answer(someLimits(time.now())); // which came while it was off
-    EXPECT_EQ(updates.back().status, ProviderStatus::unavailable);
-    preferences.claudeLiveLimits = true;
-    service.reconsider();
-    settle();
+    EXPECT_EQ(updates.back(), known.markedStale());
     answer(someLimits(time.now()));
     EXPECT_EQ(updates.back(), someLimits(time.now()));
 }

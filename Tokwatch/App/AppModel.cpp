@@ -4,6 +4,7 @@
 #include "Tokwatch/App/MainThread.h"
 #include "Tokwatch/App/ProgressRelay.h"
 #include "Tokwatch/App/Pruning.h"
+#include "Tokwatch/Limits/ClaudeGate.h"
 #include "Tokwatch/Limits/LimitsService.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Store/UsageStore.h"
@@ -56,7 +57,8 @@ void AppModel::start(Role firstRole, LimitsStart limitsStart) {
     const QPointer<AppModel> self(this);
     updatePresent();
     // At once, so that the first title is right; nobody else uses the store yet.
-    setLimits(storedLimits(*services.store, present()));
+    setLimits(ClaudeGate::applied(storedLimits(*services.store, present()), services.preferences,
+                                  services.now()));
     publish();
     services.limitsService.onUpdate = [self](ProviderID provider, const ProviderLimits& limits) {
         if (self) self->apply(limits, provider);
@@ -246,7 +248,7 @@ void AppModel::setStoredLimits(LimitsByProvider stored) {
         return known != limits().end() && known->second.fetchedAt > entry.second.fetchedAt &&
                known->second.fetchedAt <= services.now();
     });
-    setLimits(stored);
+    setLimits(ClaudeGate::applied(std::move(stored), services.preferences, services.now()));
 }
 
 QFuture<LimitsByProvider> AppModel::readStoredLimits(std::vector<ProviderID> providers) const {
@@ -293,7 +295,10 @@ void AppModel::observePreferences() {
 }
 
 void AppModel::reconsiderLimits() {
-    if (asksForLimits()) services.limitsService.reconsider();
+    if (asksForLimits())
+        services.limitsService.reconsider();
+    else
+        showStoredLimits();
 }
 
 // Index passes

@@ -104,7 +104,7 @@ int runLimits(const CommandEnvironment& environment, const LimitsOptions& option
     Preferences preferences(*settings);
     const std::vector<ProviderID> shown = shownProviders(preferences, options.provider);
 
-    LimitsByProvider limits = storedLimits(*store, shown);
+    LimitsByProvider limits = storedLimits(environment, *store, preferences, shown);
     if (options.refresh) refresh(environment, store, preferences, limits, shown);
     if (environment.json)
         environment.terminal.line(jsonText(encodeAll(limits, shown)));

@@ -120,7 +120,7 @@ class LimitsPrinter {
     std::string ageText(const LimitWindow& window, Date fetchedAt) const {
         const bool isLive = std::holds_alternative<LimitSource::Live>(window.source.value);
         const Date moment = LimitAge::asOf(window, fetchedAt);
-        if (isLive && now - moment < RefreshPolicy::baseInterval) return "";
+        if (isLive && std::chrono::abs(now - moment) < RefreshPolicy::baseInterval) return "";
         return "as of " + DayFormat::moment(moment, now, environment.calendar());
     }
 

@@ -13,8 +13,8 @@ int runStatus(const CommandEnvironment& environment, const StatusOptions& option
     if (options.follow) return follow(environment, options.format);
     const std::unique_ptr<QSettings> settings = userSettings();
     const Preferences preferences(*settings);
-    const LimitsByProvider limits =
-        storedLimits(*environment.openStoreForReading(), preferences.enabledProviders());
+    const LimitsByProvider limits = storedLimits(environment, *environment.openStoreForReading(),
+                                                 preferences, preferences.enabledProviders());
     environment.terminal.line(
         statusLine(statusReport(preferences, limits, environment.now()), options.format));
     return exitOk;

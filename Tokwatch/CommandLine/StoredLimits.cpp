@@ -1,12 +1,15 @@
 #include "Tokwatch/CommandLine/StoredLimits.h"
 
 #include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/Limits/ClaudeGate.h"
 #include "TokwatchCore/Store/UsageStore.h"
 #include "TokwatchCore/Support/DecodingError.h"
 
 namespace tokwatch {
 
-LimitsByProvider storedLimits(UsageStore& store, std::span<const ProviderID> providers) {
+LimitsByProvider storedLimits(const CommandEnvironment& environment, UsageStore& store,
+                              const Preferences& preferences,
+                              std::span<const ProviderID> providers) {
     LimitsByProvider limits;
     for (const ProviderID provider : providers) {
         try {
@@ -17,7 +20,7 @@ LimitsByProvider storedLimits(UsageStore& store, std::span<const ProviderID> pro
             throw CommandError(std::string("reading the usage store failed: ") + error.what());
         }
     }
-    return limits;
+    return ClaudeGate::applied(std::move(limits), preferences, environment.now());
 }
 
 } // namespace tokwatch

@@ -4,26 +4,20 @@
 #include "Platform/System/PrivateFiles.h"
 #include "Platform/System/WholeFile.h"
 #include "TokwatchCore/Records/RecordFields.h"
+#include "TokwatchCore/Support/SystemLog.h"
+
+#include <QByteArray>
+#include <QCryptographicHash>
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <string>
 #include <system_error>
+#include <utility>
 
 namespace tokwatch {
-namespace {
-
-constexpr std::size_t largestFile = 65'536; ///< bytes; real ones have a few hundred
-
-/// Whether what this process knows is newer than what the file has: it could not be written, or has
-/// been lost since.
-bool isLater(const AttemptRecord& known, const AttemptRecord& read) {
-    if (known.lastAttempt != read.lastAttempt) return known.lastAttempt > read.lastAttempt;
-    return known.isAnswered && !read.isAnswered;
-}
-
-} // namespace
 
 template<>
 Json encode(const Seconds& seconds, DateCoding) {
@@ -45,31 +39,34 @@ constexpr auto fieldsOf(const AttemptRecord*) {
                       Field{"isAnswered", &R::isAnswered}};
 }
 
-AttemptFile::AttemptFile(std::filesystem::path dataDirectory,
-                         std::chrono::milliseconds lockPatience)
-    : directory(std::move(dataDirectory)), patience(lockPatience) {}
+namespace {
 
-AttemptRecord AttemptFile::edit(ProviderID provider, const Edit& edit) {
-    const std::lock_guard guard(mutex);
-    // Without the lock the processes go by what the others have noted before.
-    const FileDescriptor held = lockPrivately(directory / "attempts.lock", patience);
-    Records records = read();
-    AttemptRecord& record = records[provider];
-    if (const auto known = own.find(provider); known != own.end() && isLater(known->second, record))
-        record = known->second;
-    AttemptRecord edited = record;
-    if (edit(edited)) {
-        record = edited;
-        write(records);
-    }
-    own.insert_or_assign(provider, record);
-    return record;
+constexpr std::size_t largestFile = 65'536; ///< bytes; real ones have a few hundred
+
+/// Whether one record of a provider is newer than another: a file could not be written, or has been
+/// lost since.
+bool isLater(const AttemptRecord& one, const AttemptRecord& other) {
+    if (one.lastAttempt != other.lastAttempt) return one.lastAttempt > other.lastAttempt;
+    return one.isAnswered && !other.isAnswered;
 }
 
-AttemptFile::Records AttemptFile::read() const {
+using Records = std::map<ProviderID, AttemptRecord>;
+
+void addLater(Records& records, const Records& others) {
+    for (const auto& [provider, other] : others) {
+        const auto [known, isNew] = records.try_emplace(provider, other);
+        if (!isNew && isLater(other, known->second)) known->second = other;
+    }
+}
+
+std::filesystem::path fileIn(const std::filesystem::path& directory) {
+    return directory / "attempts.json";
+}
+
+Records readRecords(const std::filesystem::path& directory) {
     Records records;
     try {
-        const auto text = readWholeFile(directory / "attempts.json", largestFile);
+        const auto text = readWholeFile(fileIn(directory), largestFile);
         if (!text) return records;
         const Json json = parseJson(*text);
         for (const ProviderID provider : allCases<ProviderID>) {
@@ -83,21 +80,87 @@ AttemptFile::Records AttemptFile::read() const {
     return records;
 }
 
-void AttemptFile::write(const Records& records) const {
+std::string textOf(const Records& records) {
     Json json = Json::object();
     for (const auto& [provider, record] : records)
         json[std::string(rawValue(provider))] = encode(record);
+    return jsonText(json) + "\n";
+}
+
+/// Of this user, in memory, and gone with the session; each data directory has its own below it.
+std::optional<std::filesystem::path> refugeOf(const std::filesystem::path& directory) {
+    const char* given = std::getenv("XDG_RUNTIME_DIR");
+    const std::filesystem::path session = given == nullptr ? "" : given;
+    if (!session.is_absolute()) return std::nullopt;
+    const auto path = QByteArray::fromStdString(directory.lexically_normal().string());
+    const QByteArray name = QCryptographicHash::hash(path, QCryptographicHash::Sha1).toHex();
+    return session / "Tokwatch" / name.toStdString();
+}
+
+} // namespace
+
+AttemptFile::AttemptFile(std::filesystem::path dataDirectory,
+                         std::optional<std::filesystem::path> secondDirectory,
+                         std::chrono::milliseconds lockPatience)
+    : directory(std::move(dataDirectory)), refuge(std::move(secondDirectory)),
+      patience(lockPatience) {}
+
+AttemptLedger::Entry AttemptFile::edit(ProviderID provider, const Edit& edit) {
+    const std::lock_guard guard(mutex);
     try {
-        replacePrivately(directory / "attempts.json", jsonText(json) + "\n");
-    } catch (const std::system_error&) {
-        // This process keeps the record; a log line at each attempt would be noise.
+        editIn(directory, provider, edit);
+        return {own[provider]};
+    } catch (const std::system_error& failure) {
+        try {
+            if (refuge) {
+                makePrivateDirectory(*refuge);
+                editIn(*refuge, provider, edit);
+                return {own[provider]};
+            }
+        } catch (const std::system_error&) {
+            // The first reason is the one to be told.
+        }
+        tell(failure.what());
     }
+    AttemptRecord& record = own[provider];
+    AttemptRecord edited = record;
+    if (edit(edited)) record = edited;
+    return {record, false};
+}
+
+/// What is known of all providers, wherever it was kept.
+AttemptFile::Records AttemptFile::known() const {
+    Records records = readRecords(directory);
+    if (refuge) addLater(records, readRecords(*refuge));
+    addLater(records, own);
+    return records;
+}
+
+/// Throws std::system_error where the record cannot be kept there.
+void AttemptFile::editIn(const std::filesystem::path& place, ProviderID provider,
+                         const Edit& edit) {
+    // Without the lock the processes go by what the others have noted before.
+    const FileDescriptor held = lockPrivately(place / "attempts.lock", patience);
+    Records records = known();
+    AttemptRecord edited = records[provider];
+    own.insert_or_assign(provider, edited);
+    if (!edit(edited)) return;
+    records.insert_or_assign(provider, edited);
+    replacePrivately(fileIn(place), textOf(records));
+    own.insert_or_assign(provider, edited);
+}
+
+void AttemptFile::tell(const std::string& reason) {
+    if (std::exchange(isTold, true)) return;
+    systemLog("cannot note when a service was asked (" + reason +
+              "); until that can be noted, none is asked");
 }
 
 std::shared_ptr<AttemptLedger>
 attemptLedgerBeside(const std::optional<std::filesystem::path>& database) {
     if (!database) return std::make_shared<MemoryAttemptLedger>();
-    return std::make_shared<AttemptFile>(database->parent_path());
+    const std::filesystem::path directory = database->parent_path();
+    return std::make_shared<AttemptFile>(directory, refugeOf(directory));
 }
 
 } // namespace tokwatch

@@ -17,12 +17,12 @@ Seconds AttemptRecord::wait(bool force, Date now) const {
     return spacing(force) - RefreshPolicy::elapsed(lastAttempt, now);
 }
 
-AttemptRecord MemoryAttemptLedger::edit(ProviderID provider, const Edit& edit) {
+AttemptLedger::Entry MemoryAttemptLedger::edit(ProviderID provider, const Edit& edit) {
     const std::lock_guard lock(mutex);
     AttemptRecord& kept = records[provider];
     AttemptRecord edited = kept;
     if (edit(edited)) kept = edited;
-    return kept;
+    return {kept};
 }
 
 } // namespace tokwatch

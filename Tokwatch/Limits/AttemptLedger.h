@@ -36,17 +36,25 @@ class AttemptLedger {
     /// Changes a record, or returns false to leave it.
     using Edit = std::function<bool(AttemptRecord& record)>;
 
+    /// A record as it is after an edit.
+    struct Entry {
+        AttemptRecord record;
+        /// All processes see it. What cannot be kept where they do is kept for this process alone,
+        /// and an attempt of which the others cannot know must not be made.
+        bool isShared = true;
+    };
+
     virtual ~AttemptLedger() = default;
 
-    /// Reads, edits and keeps a record with nobody in between; returns it as it then is. Never
-    /// fails: what cannot be kept where all see it is kept for this process.
-    virtual AttemptRecord edit(ProviderID provider, const Edit& edit) = 0;
+    /// Reads, edits and keeps a record with nobody in between. Never fails. The edit may be called
+    /// more than once.
+    virtual Entry edit(ProviderID provider, const Edit& edit) = 0;
 };
 
 /// Attempts of this process alone, for tests and where there is no data directory.
 class MemoryAttemptLedger final : public AttemptLedger {
   public:
-    AttemptRecord edit(ProviderID provider, const Edit& edit) override;
+    Entry edit(ProviderID provider, const Edit& edit) override;
 
   private:
     std::mutex mutex;

@@ -1,5 +1,6 @@
 #include "Tokwatch/Limits/LimitsService.h"
 
+#include "Tokwatch/Limits/ClaudeGate.h"
 #include "Tokwatch/Preferences/Preferences.h"
 
 #include <QCoroFuture>
@@ -18,11 +19,6 @@ constexpr Seconds wakingTime{60};
 /// An attempt that has no status after this belongs to a process that was killed: a fetch takes no
 /// longer.
 constexpr Seconds longestFetch{20};
-
-struct Claim {
-    bool isGranted = false;
-    AttemptRecord record;
-};
 
 /// What is shown of a provider after a fetch: its stored numbers, marked stale, where the fetch
 /// failed and brought none.
@@ -84,7 +80,7 @@ void LimitsService::refreshIfDue(std::span<const ProviderID> ids, Wish wish) {
         if (!providers.contains(id)) continue;
         const State& state = states[id];
         const AttemptRecord& record = state.record;
-        if (record.lastStatus == ProviderStatus::accessDenied) continue;
+        if (isRefused(state)) continue;
         if (!RefreshPolicy::shouldFetch(record.lastAttempt, record.lastSuccess, now())) continue;
         const bool isRetry = wish == Wish::aLook && state.hasFailedAfterSleep;
         wished(id, isRetry ? Wish::aRetry : wish);
@@ -106,8 +102,7 @@ void LimitsService::reconsider() {
             closeGate(id);
         else if (!isActive(id))
             cancel(id);
-        else if (!state->second.scheduled &&
-                 state->second.record.lastStatus != ProviderStatus::accessDenied)
+        else if (!state->second.scheduled && !isRefused(state->second))
             wished(id, Wish::ownAccord);
     }
 }
@@ -123,7 +118,7 @@ void LimitsService::networkIsBack() {
     if (isStopped) return;
     for (const auto& [id, state] : states) {
         const AttemptRecord& record = state.record;
-        if (!isActive(id) || record.lastStatus == ProviderStatus::accessDenied) continue;
+        if (!isActive(id) || isRefused(state)) continue;
         if (record.lastStatus != ProviderStatus::unreachable) {
             wished(id, Wish::ownAccord);
             continue;
@@ -177,41 +172,24 @@ bool LimitsService::isActive(ProviderID id) const {
 }
 
 bool LimitsService::isGated(ProviderID id) const {
-    return id == ProviderID::claude && !preferences.claudeLiveLimits;
+    return ClaudeGate::isClosed(id, preferences);
 }
 
-/// Claude with its live limits off: what was known stays to be seen, as stale and unavailable, and
-/// neither the login nor the service is touched.
+/// Asking again for a login that the user refused would nag. What was refused to another process
+/// says nothing of this one: that may have been yesterday.
+bool LimitsService::isRefused(const State& state) {
+    return state.wasRefused && state.record.lastStatus == ProviderStatus::accessDenied;
+}
+
+/// Claude with its live limits off: what was known stays to be seen, and neither the login nor the
+/// service is touched.
 QCoro::Task<> LimitsService::closeGate(ProviderID id) {
     const std::weak_ptr<Life> weak = life;
     cancel(id);
+    states[id].isShownClosed = true;
     const QFuture<std::optional<ProviderLimits>> reading = results->limits(id);
     const std::optional<ProviderLimits> known = co_await reading;
-    if (weak.expired() || !isGated(id)) co_return;
-    ProviderLimits closed;
-    closed.fetchedAt = now();
-    if (known) {
-        closed = known->markedStale();
-        if (known->status != ProviderStatus::unavailable) states[id].beforeGate = known;
-    }
-    closed.status = ProviderStatus::unavailable;
-    if (closed != known) {
-        const QFuture<void> writing = results->setLimits(closed, id);
-        co_await writing;
-        if (weak.expired() || !isGated(id)) co_return;
-    }
-    update(id, closed);
-}
-
-/// Takes back what closing the gate has made of the numbers: the service may not be due for long.
-QCoro::Task<> LimitsService::reopenGate(ProviderID id) {
-    const std::weak_ptr<Life> weak = life;
-    const std::optional<ProviderLimits> before = std::exchange(states[id].beforeGate, std::nullopt);
-    if (!before) co_return;
-    const ProviderLimits known = aged(*before);
-    const QFuture<void> writing = results->setLimits(known, id);
-    co_await writing;
-    if (!weak.expired() && !isGated(id)) update(id, known);
+    if (!weak.expired() && isGated(id)) update(id, ClaudeGate::shown(known, now()));
 }
 
 // Asking
@@ -243,32 +221,22 @@ QCoro::Task<> LimitsService::wished(ProviderID id, Wish wish) {
 QCoro::Task<> LimitsService::consider(ProviderID id) {
     const std::weak_ptr<Life> weak = life;
     const std::shared_ptr<QPromise<void>> consideration = states[id].consideration;
-    co_await reopenGate(id);
+    // The service may not be due for long.
+    if (std::exchange(states[id].isShownClosed, false)) co_await showStored(id);
     bool isDecided = weak.expired();
     while (!isDecided) {
         const bool force = std::exchange(states[id].wantsRetry, false);
-        const QFuture<Claim> claiming = ledgerCalls.call([ledger = ledger, clock = now, id, force] {
-            Claim claim;
-            claim.record = ledger->edit(id, [&](AttemptRecord& record) {
-                const Date present = clock();
-                claim.isGranted = record.wait(force, present) <= Seconds{0};
-                if (!claim.isGranted) return false;
-                record.lastAttempt = present;
-                record.isAnswered = false;
-                return true;
-            });
-            return claim;
-        });
-        const Claim claim = co_await claiming;
+        const QFuture<Claim> claiming = claim(id, force);
+        const Claim claimed = co_await claiming;
         if (weak.expired()) break;
-        const AttemptRecord before = std::exchange(states[id].record, claim.record);
-        isDecided = claim.isGranted || !states[id].wantsRetry;
-        if (claim.isGranted)
-            co_await fetch(id, *claim.record.lastAttempt);
-        else if (before != claim.record)
+        const AttemptRecord before = std::exchange(states[id].record, claimed.record);
+        isDecided = claimed.isGranted || !states[id].wantsRetry;
+        if (claimed.isGranted)
+            co_await fetch(id, claimed);
+        else if (before != claimed.record)
             co_await showStored(id);
         if (weak.expired()) break;
-        if (!claim.isGranted && isDecided) postpone(id, claim.record, force);
+        if (!claimed.isGranted && isDecided) postpone(id, claimed.record, force);
     }
     if (!weak.expired()) {
         states[id].consideration.reset();
@@ -277,10 +245,42 @@ QCoro::Task<> LimitsService::consider(ProviderID id) {
     consideration->finish();
 }
 
+QFuture<LimitsService::Claim> LimitsService::claim(ProviderID id, bool force) {
+    return ledgerCalls.call([ledger = ledger, clock = now, id, force] {
+        Claim claim;
+        const AttemptLedger::Entry entry = ledger->edit(id, [&](AttemptRecord& record) {
+            const Date present = clock();
+            claim.before = record;
+            // Noted by a clock that has been set back since. Asking at once would be a request for
+            // each time that it jumps to and fro.
+            const bool isAhead = record.lastAttempt && *record.lastAttempt > present;
+            if (isAhead) record.lastAttempt = present;
+            claim.isGranted = record.wait(force, present) <= Seconds{0};
+            if (!claim.isGranted) return isAhead;
+            record.lastAttempt = present;
+            record.isAnswered = false;
+            return true;
+        });
+        claim.record = entry.record;
+        claim.isGranted = claim.isGranted && entry.isShared;
+        return claim;
+    });
+}
+
+/// For a claim of which nothing came.
+QFuture<AttemptLedger::Entry> LimitsService::withdraw(ProviderID id, Claim claim) {
+    return ledgerCalls.call([ledger = ledger, id, claim = std::move(claim)] {
+        return ledger->edit(id, [&claim](AttemptRecord& record) {
+            if (record != claim.record) return false;
+            record = claim.before;
+            return true;
+        });
+    });
+}
+
 /// Sets the timer for a provider that may not be asked yet.
 void LimitsService::postpone(ProviderID id, const AttemptRecord& seen, bool force) {
-    // Asking again for a login that the user refused would nag.
-    if (!isActive(id) || seen.lastStatus == ProviderStatus::accessDenied) return cancel(id);
+    if (!isActive(id) || isRefused(states[id])) return cancel(id);
     Seconds delay = std::max(seen.wait(force, now()), Seconds{0});
     // Another process is asking; its answer is worth a look.
     const Seconds age = RefreshPolicy::elapsed(seen.lastAttempt, now());
@@ -288,22 +288,21 @@ void LimitsService::postpone(ProviderID id, const AttemptRecord& seen, bool forc
     schedule(id, delay);
 }
 
-QCoro::Task<> LimitsService::fetch(ProviderID id, Date attempt) {
+QCoro::Task<> LimitsService::fetch(ProviderID id, Claim claim) {
     const std::weak_ptr<Life> weak = life;
     const std::shared_ptr<LimitsProvider> provider = providers.at(id);
-    if (isGated(id)) {
-        co_await forget(id); // the gate was closed since
+    if (!isActive(id)) { // since a moment ago
+        const QFuture<AttemptLedger::Entry> withdrawing = withdraw(id, claim);
+        const AttemptLedger::Entry entry = co_await withdrawing;
+        if (!weak.expired()) states[id].record = entry.record;
         co_return;
     }
+    const Date attempt = *claim.record.lastAttempt;
     states[id].inFlight = true;
     cancel(id);
     const ProviderLimits fresh = co_await provider->fetch(attempt);
     if (weak.expired()) co_return;
     states[id].inFlight = false;
-    if (!isActive(id)) {
-        co_await forget(id);
-        co_return;
-    }
 
     ProviderLimits result = fresh;
     if (broughtNothing(fresh)) {
@@ -312,41 +311,31 @@ QCoro::Task<> LimitsService::fetch(ProviderID id, Date attempt) {
         result = merged(fresh, stored);
         if (weak.expired()) co_return;
     }
-    // The row before the note: who sees that another process has asked looks for its result.
+    // The row before the note: who sees that another process has asked looks for its result. Both
+    // also where the provider was turned off meanwhile: it was asked, and is not again before it is
+    // due, whoever turns it on.
     const QFuture<void> writing = results->setLimits(result, id);
     co_await writing;
     if (weak.expired()) co_return;
-    const QFuture<AttemptRecord> noting = note(id, attempt, fresh.status);
-    const AttemptRecord record = co_await noting;
+    const QFuture<AttemptLedger::Entry> noting = note(id, attempt, fresh.status);
+    const AttemptLedger::Entry noted = co_await noting;
     if (weak.expired()) co_return;
 
     State& state = states[id];
-    state.record = record;
+    state.record = noted.record;
+    state.wasRefused = fresh.status == ProviderStatus::accessDenied;
     state.hasFailedAfterSleep =
         fresh.status == ProviderStatus::unreachable && isAfterSleep(attempt);
-    if (isGated(id)) co_return; // since the answer came; the gate has been shown
+    if (!isActive(id)) co_return;
     update(id, result);
-    // Asking again for a login that the user refused would nag.
-    if (fresh.status == ProviderStatus::accessDenied)
+    if (state.wasRefused)
         cancel(id);
     else
-        schedule(id, record.currentDelay);
+        schedule(id, noted.record.currentDelay);
 }
 
-/// Whoever turns the provider on again has never asked.
-QCoro::Task<> LimitsService::forget(ProviderID id) {
-    states[id].record = {};
-    tellTimes(id);
-    const QFuture<AttemptRecord> forgetting = ledgerCalls.call([ledger = ledger, id] {
-        return ledger->edit(id, [](AttemptRecord& record) {
-            record = {};
-            return true;
-        });
-    });
-    co_await forgetting;
-}
-
-QFuture<AttemptRecord> LimitsService::note(ProviderID id, Date attempt, ProviderStatus outcome) {
+QFuture<AttemptLedger::Entry> LimitsService::note(ProviderID id, Date attempt,
+                                                  ProviderStatus outcome) {
     const bool isExcused = outcome == ProviderStatus::unreachable && isAfterSleep(attempt);
     return ledgerCalls.call([ledger = ledger, clock = now, id, attempt, outcome, isExcused] {
         return ledger->edit(id, [&](AttemptRecord& record) {

@@ -72,7 +72,7 @@ class LimitsService {
     QCoro::Task<> refresh(ProviderID id, bool force);
 
     /// Considers these, as RefreshPolicy::shouldFetch has it. A provider whose login the user
-    /// refused is left alone.
+    /// refused to this process is left alone.
     void refreshIfDue(std::span<const ProviderID> ids, Wish wish = Wish::ownAccord);
 
     AttemptTimes attemptTimes(ProviderID id) const;
@@ -96,31 +96,39 @@ class LimitsService {
 
   private:
     struct Life {};
+    /// What came of the wish to ask a service.
+    struct Claim {
+        bool isGranted = false;
+        AttemptRecord before;
+        AttemptRecord record;
+    };
     struct State {
-        AttemptRecord record; ///< as last seen in the ledger
+        AttemptRecord record;    ///< as last seen in the ledger
+        bool wasRefused = false; ///< by the user, to this process
         bool hasFailedAfterSleep = false;
         bool inFlight = false;
         bool wantsRetry = false;                       ///< of the consideration that is under way
         std::shared_ptr<QPromise<void>> consideration; ///< while one is under way
-        std::optional<ProviderLimits> beforeGate;      ///< what was known before the gate closed
+        bool isShownClosed = false;                    ///< by Claude's gate
         std::unique_ptr<ScheduledCall> scheduled;
         std::optional<Date> scheduledFor;
     };
 
     bool isActive(ProviderID id) const;
     bool isGated(ProviderID id) const;
+    static bool isRefused(const State& state);
     bool isWaitingForNetwork() const { return networkTimer != nullptr; }
     void schedule(ProviderID id, Seconds delay, Wish wish = Wish::ownAccord);
     QCoro::Task<> startOne(ProviderID id);
     QCoro::Task<> wished(ProviderID id, Wish wish);
     QCoro::Task<> consider(ProviderID id);
     QCoro::Task<> closeGate(ProviderID id);
-    QCoro::Task<> reopenGate(ProviderID id);
-    QCoro::Task<> fetch(ProviderID id, Date attempt);
+    QFuture<Claim> claim(ProviderID id, bool force);
+    QFuture<AttemptLedger::Entry> withdraw(ProviderID id, Claim claim);
+    QCoro::Task<> fetch(ProviderID id, Claim claim);
     QCoro::Task<> showStored(ProviderID id);
     void postpone(ProviderID id, const AttemptRecord& seen, bool force);
-    QCoro::Task<> forget(ProviderID id);
-    QFuture<AttemptRecord> note(ProviderID id, Date attempt, ProviderStatus outcome);
+    QFuture<AttemptLedger::Entry> note(ProviderID id, Date attempt, ProviderStatus outcome);
     bool isAfterSleep(Date attempt) const;
     ProviderLimits aged(const ProviderLimits& limits) const;
     void update(ProviderID id, const ProviderLimits& limits) const;
