@@ -8,6 +8,7 @@
 #include <QSettings>
 
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 namespace tokwatch {
@@ -16,7 +17,12 @@ namespace {
 /// Bytes.
 constexpr std::size_t largestSettings = 1'048'576;
 
+/// QSettings keeps other programs' types in such values, and complains of those that it cannot
+/// read.
+constexpr std::string_view foreignValue = "=@Variant(";
+
 bool isSettingLine(const std::string& line) {
+    if (line.find(foreignValue) != std::string::npos) return false;
     const std::size_t start = line.find_first_not_of(" \t\r");
     if (start == std::string::npos || line[start] == ';') return true;
     return line.find(line[start] == '[' ? ']' : '=', start) != std::string::npos;
