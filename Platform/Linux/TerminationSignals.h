@@ -24,6 +24,10 @@ class TerminationSignals {
     /// itself: a thread that hangs in a system call must not keep it for ever.
     static void boundTheEnd();
 
+    /// Ends the process at once, once what was written is flushed: for when all that is ours has
+    /// ended, and leaving the usual way would wait for threads of others.
+    [[noreturn]] static void endNow(int status);
+
     /// A signal has come, whether or not the call has.
     static bool arrived();
 

@@ -58,7 +58,7 @@ const TestCertificates& certificates() {
         const std::string hosts = "IP:127.0.0.1,DNS:api.anthropic.com,DNS:chatgpt.com";
         return TestCertificates{certificate("authority"), make("good", "authority", hosts, late),
                                 make("expired", "authority", hosts, "200102000000Z"),
-                                make("other", "authority", "DNS:example.invalid", late),
+                                make("127.0.0.1", "authority", "DNS:example.invalid", late),
                                 make("stranger", "unknown", hosts, late)};
     }();
     return made;

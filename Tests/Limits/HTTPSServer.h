@@ -24,7 +24,7 @@ struct TestCertificates {
     QSslCertificate authority;
     Identity good;      ///< for 127.0.0.1 and both services' hosts
     Identity expired;   ///< the same, but its time is over
-    Identity otherName; ///< for another host
+    Identity otherName; ///< for another host, though its subject is called 127.0.0.1
     Identity stranger;  ///< of an authority that nobody knows
 };
 

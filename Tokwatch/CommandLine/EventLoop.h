@@ -3,15 +3,23 @@
 #include <QCoreApplication>
 
 #include <array>
+#include <memory>
 
 namespace tokwatch {
 
 /// The event loop of a command that needs one: for D-Bus, the network, or to follow changes.
 class EventLoop {
   public:
-    EventLoop() : application(argumentCount, arguments.data()) {}
+    EventLoop()
+        : application(std::make_unique<QCoreApplication>(argumentCount, arguments.data())) {}
+    ~EventLoop();
+    EventLoop(const EventLoop&) = delete;
+    EventLoop& operator=(const EventLoop&) = delete;
 
     int run() { return QCoreApplication::exec(); }
+
+    /// To be called when all else has ended: does not return where a thread holds up the exit.
+    static void leaveIfHeldUp(int status);
 
     /// Makes `run` return, also when it has yet to begin.
     static void end(int status) {
@@ -25,7 +33,7 @@ class EventLoop {
     std::array<char, 9> name{"tokwatch"};
     std::array<char*, 2> arguments{name.data(), nullptr};
     int argumentCount = 1;
-    QCoreApplication application;
+    std::unique_ptr<QCoreApplication> application;
 };
 
 } // namespace tokwatch

@@ -1,6 +1,7 @@
 #include "Platform/Linux/ProcessHardening.h"
 #include "Platform/Linux/ProcessLocale.h"
 #include "Tokwatch/CommandLine/Arguments.h"
+#include "Tokwatch/CommandLine/EventLoop.h"
 
 #include <csignal>
 
@@ -12,5 +13,7 @@ int main(int argc, char** argv) {
     tokwatch::preventCoreDumps();
     tokwatch::ensureUTF8Locale();
     tokwatch::Terminal terminal = tokwatch::Terminal::standard();
-    return tokwatch::runCommandLine(argc, argv, terminal);
+    const int status = tokwatch::runCommandLine(argc, argv, terminal);
+    tokwatch::EventLoop::leaveIfHeldUp(status);
+    return status;
 }

@@ -7,6 +7,7 @@
 #include "Platform/Linux/TerminationSignals.h"
 #include "Tokwatch/Pictures/ApplicationIcon.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Limits/URLSessionHTTPClient.h"
 
 #include <QCommandLineParser>
 #include <QDBusConnection>
@@ -84,6 +85,9 @@ int run(int argc, char** argv) {
     const int status = QGuiApplication::exec();
     tokwatch::TerminationSignals::boundTheEnd();
     delegate.reset();
+    preferences.save();
+    if (tokwatch::URLSessionHTTPClient::mayBeLookingUp())
+        tokwatch::TerminationSignals::endNow(status);
     return status;
 }
 

@@ -11,8 +11,10 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <optional>
+#include <utility>
 
 namespace tokwatch {
 namespace {
@@ -49,6 +51,17 @@ QByteArray wireForm(const HTTPRequest& request, const QUrl& url) {
     return wire + "Connection: close\r\n\r\n";
 }
 
+std::atomic<int> lookups = 0; ///< begun and not seen to end
+
+/// Whether the certificate names the host, or its domain, as an alternative name. Qt goes by the
+/// subject's common name as well, which authorities no longer vouch for.
+bool isNamed(const QSslCertificate& certificate, const QString& host) {
+    const QStringList names = certificate.subjectAlternativeNames().values();
+    const QString siblings = "*" + host.mid(host.indexOf('.'));
+    return names.contains(host, Qt::CaseInsensitive) ||
+           names.contains(siblings, Qt::CaseInsensitive);
+}
+
 QSslConfiguration tlsFor(const URLSessionHTTPClient::Options& options) {
     QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
     if (!options.authorities.isEmpty()) tls.setCaCertificates(options.authorities);
@@ -64,11 +77,12 @@ QSslConfiguration tlsFor(const URLSessionHTTPClient::Options& options) {
 class URLSessionHTTPClient::Exchange {
   public:
     Exchange(const QUrl& url, QByteArray wire, const Options& options)
-        : request(std::move(wire)), answer(options.bodyBound) {
-        const std::string host = url.host().toStdString();
+        : host(url.host()), request(std::move(wire)), answer(options.bodyBound) {
         const auto port = static_cast<std::uint16_t>(url.port(httpsPort));
-        socket.setProxy(options.proxy ? *options.proxy : systemProxy(host, port));
+        socket.setProxy(options.proxy ? *options.proxy : systemProxy(host.toStdString(), port));
         socket.setSslConfiguration(tlsFor(options));
+        QObject::connect(&socket, &QSslSocket::hostFound, &context, [this] { endLookup(); });
+        QObject::connect(&socket, &QSslSocket::connected, &context, [this] { endLookup(); });
         QObject::connect(&socket, &QSslSocket::encrypted, &context, [this] { send(); });
         QObject::connect(&socket, &QSslSocket::readyRead, &context, [this] { read(); });
         QObject::connect(&socket, &QSslSocket::disconnected, &context, [this] { end(); });
@@ -81,7 +95,8 @@ class URLSessionHTTPClient::Exchange {
         deadline.start(std::chrono::ceil<std::chrono::milliseconds>(options.deadline));
 
         done.start();
-        socket.connectToHostEncrypted(url.host(), port);
+        ++lookups;
+        socket.connectToHostEncrypted(host, port);
     }
 
     QFuture<void> finished() const { return done.future(); }
@@ -96,8 +111,14 @@ class URLSessionHTTPClient::Exchange {
     }
 
   private:
+    void endLookup() {
+        if (!std::exchange(isLookedUp, true)) --lookups;
+    }
+
     void send() {
         if (isSent || isOver) return;
+        if (!isNamed(socket.peerCertificate(), host))
+            return fail("the certificate does not name the host");
         isSent = true;
         socket.write(request);
     }
@@ -125,6 +146,7 @@ class URLSessionHTTPClient::Exchange {
     }
 
     void stop(QAbstractSocket::SocketError error) {
+        endLookup();
         if (error == QAbstractSocket::RemoteHostClosedError && isSent) return end();
         // Qt's text for this one quotes the server, and nothing that a server says belongs in ours.
         fail(error == QAbstractSocket::ProxyAuthenticationRequiredError
@@ -146,16 +168,22 @@ class URLSessionHTTPClient::Exchange {
         done.finish();
     }
 
+    const QString host;
     const QByteArray request;
     HTTPAnswer answer;
     QPromise<void> done;
     std::optional<std::string> failure;
+    bool isLookedUp = false;
     bool isSent = false;
     bool isOver = false;
     QObject context;
     QTimer deadline;
     QSslSocket socket;
 };
+
+bool URLSessionHTTPClient::mayBeLookingUp() {
+    return lookups > 0;
+}
 
 URLSessionHTTPClient::URLSessionHTTPClient() : URLSessionHTTPClient(Options{}) {}
 

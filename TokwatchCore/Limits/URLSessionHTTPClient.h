@@ -39,6 +39,11 @@ class URLSessionHTTPClient final : public HTTPClient {
 
     QCoro::Task<HTTPResponse> send(HTTPRequest request) override;
 
+    /// Whether a host's name may still be looked up, by a thread that nothing can interrupt, though
+    /// its exchange has ended: for half a minute where name servers do not answer. Qt waits for
+    /// such threads when the application object goes, and again when the process exits.
+    static bool mayBeLookingUp();
+
   private:
     class Exchange;
 
