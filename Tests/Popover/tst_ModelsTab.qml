@@ -87,6 +87,10 @@ Item {
             keyClick(Qt.Key_Down)
             keyClick(Qt.Key_Return)
             verify(world.clipboard().startsWith("Provider,Model,Tokens"), world.clipboard().slice(0, 40))
+            verify(button.activeFocus, "the keyboard is nobody's")
+            keyClick(Qt.Key_Space)
+            keyClick(Qt.Key_Escape)
+            verify(button.activeFocus, "the keyboard is nobody's")
         }
 
         function test_changesToDays() {

@@ -9,6 +9,7 @@ IconButton {
     signal csvWanted
 
     property bool isDone: false
+    property bool byKeyboard: false
     function confirm() {
         isDone = true
         calm.restart()
@@ -16,7 +17,14 @@ IconButton {
 
     symbol: isDone ? "check" : "copy"
     text: isDone ? "Copied" : "Copy table"
-    onClicked: menu.active = true
+    onClicked: {
+        byKeyboard = visualFocus
+        menu.active = true
+    }
+
+    // A window that closes under its menu opens again without it.
+    readonly property bool isOnScreen: Window.visibility !== Window.Hidden
+    onIsOnScreenChanged: if (!isOnScreen) menu.active = false
 
     Timer {
         id: calm
@@ -35,7 +43,11 @@ IconButton {
             width: 168
             height: contentItem.implicitHeight + 2 * padding
             padding: Theme.space.xs
-            onClosed: menu.active = false
+            // The keyboard was the menu's, and nobody else would have it once that is gone.
+            onClosed: {
+                button.forceActiveFocus(button.byKeyboard ? Qt.TabFocusReason : Qt.PopupFocusReason)
+                menu.active = false
+            }
 
             component Choice: T.MenuItem {
                 id: choice
