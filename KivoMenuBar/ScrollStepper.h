@@ -12,10 +12,11 @@ class ScrollStepper {
     /// A pause longer than this ends a gesture.
     static constexpr Seconds gestureGap{0.3};
 
-    /// Steps that this motion completes, with the motion's sign. `delta` is as hosts send it:
-    /// either 120 a notch, in fractions of it for fine wheels, or 1 a notch. `now` counts from any
-    /// fixed moment.
-    int steps(int delta, Seconds now);
+    /// Steps that this motion completes, positive downwards. `delta` is as the host sends it, and
+    /// `notch` what it sends for one notch down (`StatusArea::wheelNotch`); with 0, deltas are
+    /// taken for Qt's, 120 a notch and positive upwards, or for notches when they are that small.
+    /// `now` counts from any fixed moment.
+    int steps(int delta, int notch, Seconds now);
 
   private:
     double accumulated = 0; ///< notches of this gesture

@@ -28,6 +28,7 @@ struct StatusArea {
     bool isXfce = false;   ///< has its colours from the xfce settings
     bool isPlasma = false; ///< has its colours from the files of Plasma's settings
     bool hasStyleSheet = false; ///< has its colours from a style sheet of its own
+    int wheelNotch = 0;         ///< what it sends for one notch down; 0 where nobody knows
 
     friend bool operator==(const StatusArea&, const StatusArea&) = default;
 };

@@ -177,26 +177,26 @@ TEST_F(MeterItem, ReservesTheWidthOfItsLabelAndHasNoToolTipBesideThePopover) {
 TEST_F(MeterItem, ShowsALimitThatWasScrolledToForFiveSeconds) {
     makeIn("gnome-shell", titled("42%"));
     const auto label = [&] { return text("XAyatanaLabel"); };
-    scroll(120);
+    scroll(-120);
     EXPECT_EQ(label(), "Weekly 2%");
     scheduler.advance(Seconds{4.9});
     item->apply(titled("43%")); // must not interrupt
     EXPECT_EQ(label(), "Weekly 2%");
-    scroll(120);
+    scroll(-120);
     EXPECT_EQ(label(), "Session 3%");
     scheduler.advance(Seconds{4.9});
     EXPECT_EQ(label(), "Session 3%") << "each step starts the time anew";
     scheduler.advance(Seconds{0.2});
     EXPECT_EQ(label(), "43%") << "the title that came meanwhile";
-    scroll(-120);
+    scroll(120);
     EXPECT_EQ(label(), "Session 3%") << "from the first back to the last";
     scheduler.advance(Seconds{5});
     EXPECT_EQ(label(), "43%");
 
-    scroll(60);
+    scroll(-60);
     EXPECT_EQ(label(), "43%") << "half a notch";
     source.limits.clear();
-    scroll(120);
+    scroll(-120);
     EXPECT_EQ(label(), "43%") << "nothing to choose";
 }
 

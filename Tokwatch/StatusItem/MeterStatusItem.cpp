@@ -119,7 +119,7 @@ void MeterStatusItem::setPopoverOpen(bool isOpen) {
 }
 
 void MeterStatusItem::scroll(int delta) {
-    const int steps = stepper.steps(delta, now().time_since_epoch());
+    const int steps = stepper.steps(delta, host.area().wheelNotch, now().time_since_epoch());
     if (steps != 0 && currentTitle) choose(steps);
 }
 
