@@ -8,7 +8,10 @@ Flickable {
     id: view
     default property alias content: column.data
     property int inset: Theme.space.l
-    readonly property alias naturalHeight: column.implicitHeight
+    /// How far the view reaches above its content, so that the first item's focus ring is whole; it
+    /// is to be put that much higher.
+    readonly property int ringRoom: 4
+    readonly property int naturalHeight: column.implicitHeight - ringRoom
     readonly property Item focused: Window.activeFocusItem
 
     /// True when the key scrolls.
@@ -49,6 +52,7 @@ Flickable {
         id: column
         x: view.inset
         width: view.width - 2 * view.inset
+        topPadding: view.ringRoom
         bottomPadding: view.inset
         spacing: Theme.space.m
     }

@@ -61,7 +61,7 @@ FocusScope {
         radius: Theme.space.radius
         color: Theme.colors.raised
         border.width: 1
-        border.color: Theme.dark ? Theme.colors.raised : Theme.colors.hairline
+        border.color: Theme.dark && !Theme.highContrast ? Theme.colors.raised : Theme.colors.hairline
         Behavior on x { NumberAnimation { duration: Theme.motion.quick; easing.type: Easing.OutCubic } }
     }
     Row {

@@ -79,6 +79,7 @@ class Theme : public QObject {
     Q_PROPERTY(kivo::Spacing space READ space CONSTANT)
     Q_PROPERTY(kivo::Motion motion READ motion NOTIFY changed)
     Q_PROPERTY(bool dark READ isDark NOTIFY changed)
+    Q_PROPERTY(bool highContrast READ isHighContrast NOTIFY changed)
   public:
     /// No default: the engine would then make its own instead of calling `create`.
     explicit Theme(const Appearance& appearance);
@@ -90,6 +91,7 @@ class Theme : public QObject {
     Spacing space() const { return {}; }
     Motion motion() const { return Motion::of(appearance); }
     bool isDark() const { return appearance.dark; }
+    bool isHighContrast() const { return appearance.highContrast; }
 
     /// Makes this the "Theme" of an engine, which it has to outlive. Before the engine loads
     /// anything.

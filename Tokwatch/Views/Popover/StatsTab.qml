@@ -33,6 +33,7 @@ Item {
         id: column
         visible: !tab.isEmpty
         anchors.fill: parent
+        anchors.topMargin: -ringRoom
 
         ChartTiles {
             width: parent.width

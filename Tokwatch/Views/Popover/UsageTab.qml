@@ -16,12 +16,13 @@ Item {
     ScrollColumn {
         id: column
         anchors.fill: parent
+        anchors.topMargin: -ringRoom
 
         SummaryLine {
             width: column.width - 2 * column.inset
             visible: !summary.isEmpty
             summary: tab.view.summary
-            onClicked: column.moveTo(details.y)
+            onClicked: column.moveTo(details.y - column.ringRoom)
         }
         Repeater {
             model: tab.view.lookedAt.length > 0 ? null : tab.view.providers
