@@ -84,8 +84,8 @@ TEST_F(PopoverViewTest, NamesThePlacesWhenThereIsNothing) {
     start();
     EXPECT_EQ(view->usage()->summary().period, "No usage in the last 30 days");
     EXPECT_EQ(view->usage()->lookedAt(),
-              (QStringList{"~/.claude/projects", "~/.codex/sessions", "~/.codex/archived_sessions",
-                           "~/.grok/sessions"}));
+              (QStringList{"~/.claude/projects", "~/.codex/sessions", "~/.grok/sessions",
+                           "~/.config/Cursor/User/globalStorage/state.vscdb"}));
     home.write(".claude/projects/readme", "");
     model->updatePresent();
     settle();
@@ -164,14 +164,16 @@ TEST_F(PopoverViewTest, TellsWhatIsUnderWay) {
 
 TEST_F(PopoverViewTest, SaysThatARefreshCameTooSoonForLimits) {
     home.write(".claude/projects/readme", "");
+    home.write(".codex/sessions/readme", "");
     start();
     sources[ProviderID::claude]->answer(ProviderStatus::unreachable);
+    sources[ProviderID::codex]->answer(ProviderStatus::rateLimited); // may be asked later
     settle();
     time.jump(Seconds{6});
     clock->advance();
     view->refresh();
     settle();
-    EXPECT_EQ(view->footer()->state().updated, "Limits: tried just now · again in 24 s");
+    EXPECT_EQ(view->footer()->state().updated, "Claude: tried just now · again in 24 s");
     time.jump(FooterView::noteTime);
     clock->advance();
     settle();

@@ -31,16 +31,22 @@ std::optional<Date> oldestLimit(const AppModel& model) {
     return oldest;
 }
 
-/// The times of the provider that a refresh may ask last.
-std::optional<AttemptTimes> latestRetry(const AppModel& model, Date now) {
-    std::optional<AttemptTimes> latest;
+struct Retry {
+    ProviderID provider;
+    AttemptTimes times;
+};
+
+/// The provider that a refresh may ask next, while it has to wait for that.
+std::optional<Retry> nextRetry(const AppModel& model, Date now) {
+    std::optional<Retry> earliest;
     for (const ProviderID provider : model.present()) {
         const auto found = model.attempts().find(provider);
         if (found == model.attempts().end() || found->second.isUnderWay) continue;
         const std::optional<Date> next = found->second.nextRetry;
-        if (next && *next > now && (!latest || *next > *latest->nextRetry)) latest = found->second;
+        if (next && *next > now && (!earliest || *next < *earliest->times.nextRetry))
+            earliest = {provider, found->second};
     }
-    return latest;
+    return earliest;
 }
 
 bool isAsking(const AppModel& model) {
@@ -78,10 +84,12 @@ FooterState FooterView::state(const AppModel& model, Date now) const {
     }
     state.isRefreshing = model.isRefreshing() || isAsking(model);
     const std::optional<Date> pressed = asked.value();
-    const std::optional<AttemptTimes> retry = latestRetry(model, now);
+    const std::optional<Retry> retry = nextRetry(model, now);
     if (pressed && retry && now - *pressed < noteTime) {
-        const QString tried = tryText(*retry, now, model.calendar());
-        state.updated = "Limits: " + tried.left(1).toLower() + tried.mid(1);
+        const QString tried = tryText(retry->times, now, model.calendar());
+        // By its name: the cards may say another time of others.
+        state.updated =
+            text(displayName(retry->provider)) + ": " + tried.left(1).toLower() + tried.mid(1);
         state.countsDown = true;
         return state;
     }
