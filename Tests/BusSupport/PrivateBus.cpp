@@ -11,7 +11,7 @@ namespace tokwatch::testing {
 PrivateBus::PrivateBus() {
     daemon.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
     daemon.waitForReadyRead();
-    address = QString::fromUtf8(daemon.readLine().trimmed());
+    busAddress = QString::fromUtf8(daemon.readLine().trimmed());
 }
 
 PrivateBus::~PrivateBus() {
@@ -22,7 +22,7 @@ PrivateBus::~PrivateBus() {
 
 QDBusConnection PrivateBus::connect(const QString& name) {
     names.append(name);
-    return QDBusConnection::connectToBus(address, name);
+    return QDBusConnection::connectToBus(busAddress, name);
 }
 
 void PrivateBus::close() {

@@ -18,12 +18,13 @@ class PrivateBus {
     ~PrivateBus();
 
     QDBusConnection connect(const QString& name);
+    const QString& address() const { return busAddress; }
     /// Ends the bus while its clients are connected.
     void close();
 
   private:
     QProcess daemon;
-    QString address;
+    QString busAddress;
     QStringList names;
 };
 

@@ -1,6 +1,7 @@
 #include "Tokwatch/Desktop/AppDelegate.h"
 
 #include "Platform/Linux/DesktopBus.h"
+#include "Platform/Linux/MuteSessionBus.h"
 #include "Platform/Linux/ProcessHardening.h"
 #include "Platform/Linux/ProcessLocale.h"
 #include "Platform/Linux/QtScheduler.h"
@@ -40,6 +41,7 @@ int run(int argc, char** argv) {
     tokwatch::preventCoreDumps();
     tokwatch::ensureUTF8Locale();
     tokwatch::requireThreads(threads);
+    tokwatch::leaveOutMuteSessionBus();
     // Pictures of this size are drawn faster, and in a third of the memory, without a graphics
     // driver.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
