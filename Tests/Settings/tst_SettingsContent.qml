@@ -53,7 +53,7 @@ Item {
                 { page: 1, tag: "Show the time until the reset", key: "showResetTime", before: "true", after: "false" },
                 { page: 1, tag: "Tint the item when a limit runs low", key: "tintEnabled", before: "true", after: "false" },
                 { page: 2, tag: "Live limits", key: "claudeLiveLimits", before: "true", after: "false" },
-                { page: 2, tag: "Show Codex", key: "disabledProviders", before: "", after: "codex" },
+                { page: 2, tag: "Show Codex's limits", key: "disabledProviders", before: "", after: "codex" },
             ]
         }
         function test_switches(data) {
@@ -124,7 +124,7 @@ Item {
         }
 
         function test_providersAreReordered() {
-            const control = onPage(2, "Show Claude")
+            const control = onPage(2, "Show Claude's limits")
             keyClick(Qt.Key_Down, Qt.AltModifier)
             compare(world.preference("providerOrder"), "codex,claude,grok,cursor")
             verify(control.activeFocus)

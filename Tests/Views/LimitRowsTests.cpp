@@ -47,7 +47,7 @@ TEST(LimitRows, LayOutAWindow) {
     EXPECT_DOUBLE_EQ(row.leftFraction, 0.4);
     EXPECT_DOUBLE_EQ(row.timeLeftFraction, 0.5);
     EXPECT_TRUE(row.isAhead);
-    EXPECT_EQ(row.timeText, "Where time stands: 50% of it is left");
+    EXPECT_EQ(row.timeText, "This mark is time: 50% of this limit's period is left");
     EXPECT_EQ(row.paceText, "60% used in 50% of the time");
     EXPECT_EQ(row.spoken,
               "Session 40% left. Resets in 2h 30m · 20:10. Using faster than the time elapsed");
@@ -60,6 +60,9 @@ TEST(LimitRows, LayOutAWindow) {
                   plain.paceText,
               QString());
     EXPECT_EQ(plain.spoken, "Session 70% left");
+
+    EXPECT_EQ(windowRow(sessionWindow(1)).spoken, "Session 0% left. Resets in 2h 30m · 20:10")
+        << "where nothing is left, the pace is over";
 
     LimitWindow past = sessionWindow(0.9);
     past.resetsAt = now;

@@ -1,10 +1,9 @@
 #include "Tokwatch/Views/Onboarding/OnboardingSteps.h"
 
 #include "Tokwatch/Views/Common/HomePath.h"
+#include "Tokwatch/Views/Common/SearchedPlaces.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "TokwatchCore/Limits/UsageHosts.h"
-
-#include <QStringList>
 
 namespace tokwatch {
 namespace {
@@ -33,18 +32,11 @@ OnboardingStep step(ProviderID provider, const ProviderLocations& locations) {
 }
 
 OnboardingStep nothingFound(const ProviderLocations& locations) {
-    QStringList places;
-    const auto add = [&](const std::filesystem::path& whole) {
-        places.append(homePath(whole, locations.home));
-    };
-    for (const ProviderID provider : allCases<ProviderID>)
-        if (const auto roots = locations.logRoots(provider); !roots.empty()) add(roots.front());
-    add(locations.cursorStateDBOnLinux());
     return {{},
             "No assistant was found yet",
             {},
             "It will appear by itself once you have used one. Tokwatch looks in " +
-                places.join(QStringLiteral(", ")) + ".",
+                searchedPlaces(locations).join(QStringLiteral(", ")) + ".",
             false};
 }
 

@@ -28,6 +28,8 @@ Column {
             text: bar.limit.label
             font.weight: Font.Medium
             Accessible.ignored: true
+            HoverHandler { id: overLabel }
+            HoverTip { text: label.text; wanted: label.truncated && overLabel.hovered; widest: bar.width }
         }
         Label {
             id: remaining

@@ -45,16 +45,19 @@ LimitRow limitRow(const LimitWindow& window, const ProviderLimits& limits,
     row.label = text(windowLabel(window));
     row.leftText = text(bar.percentLeftText);
     row.resetText = resetSentence(window, bar, now, calendar);
-    row.paceSymbol = text(symbolName(bar.pace));
-    row.paceCaption = text(caption(bar.pace));
+    // Where nothing is left, the pace is over.
+    constexpr double leastLeft = 0.01;
+    const Pace pace = bar.leftFraction < leastLeft ? Pace::unknown : bar.pace;
+    row.paceSymbol = text(symbolName(pace));
+    row.paceCaption = text(caption(pace));
     row.paceText = paceSentence(bar);
     row.leftFraction = std::clamp(bar.leftFraction, 0.0, 1.0);
     row.timeLeftFraction = bar.timeLeftFraction.value_or(-1);
     if (bar.timeLeftFraction)
-        row.timeText = QString("Where time stands: %1% of it is left")
+        row.timeText = QString("This mark is time: %1% of this limit's period is left")
                            .arg(std::lround(*bar.timeLeftFraction * 100));
     row.level = levelOf(bar.leftFraction, judgement);
-    row.isAhead = bar.pace == Pace::over;
+    row.isAhead = pace == Pace::over;
     row.isOld = LimitAge::isOld(window, limits.fetchedAt, now);
     QStringList parts{row.label + " " + row.leftText + " left"};
     for (const QString& part : {row.resetText, row.paceCaption})

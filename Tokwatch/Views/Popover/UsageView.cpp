@@ -3,6 +3,7 @@
 #include "Tokwatch/App/AppModel.h"
 #include "Tokwatch/Display/SummaryTexts.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Common/SearchedPlaces.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 
@@ -69,15 +70,7 @@ QString UsageView::estimateExplanation() {
 
 QStringList UsageView::searchedPlaces() const {
     if (!model.present().empty() || !model.summary().tools.empty()) return {};
-    const ProviderLocations& locations = model.locations();
-    QStringList texts;
-    const std::string home = locations.home.string() + "/";
-    for (const std::filesystem::path& path : locations.allLogRoots()) {
-        const std::string whole = path.string();
-        texts.append(whole.starts_with(home) ? "~/" + text(whole.substr(home.size()))
-                                             : text(whole));
-    }
-    return texts;
+    return tokwatch::searchedPlaces(model.locations());
 }
 
 void UsageView::act(const QString& provider, ProviderAction::Value action) {

@@ -45,7 +45,7 @@ ReorderItem {
                     color: item.row.isEnabled ? Theme.colors.series[series] : Theme.colors.muted
                 }
                 Column {
-                    anchors { left: mark.right; leftMargin: Theme.space.m; right: toggle.left; rightMargin: Theme.space.m }
+                    anchors { left: mark.right; leftMargin: Theme.space.m; right: shows.left; rightMargin: Theme.space.m }
                     anchors.verticalCenter: parent.verticalCenter
                     spacing: 1
                     Label {
@@ -60,10 +60,19 @@ ReorderItem {
                         color: Theme.colors.secondaryText
                     }
                 }
+                Label {
+                    id: shows
+                    anchors { right: toggle.left; rightMargin: Theme.space.s; verticalCenter: parent.verticalCenter }
+                    text: "Show limits"
+                    size: Theme.type.caption
+                    color: Theme.colors.secondaryText
+                    Accessible.ignored: true
+                    TapHandler { onTapped: toggle.flip() }
+                }
                 Toggle {
                     id: toggle
                     anchors { right: parent.right; rightMargin: Theme.space.l; verticalCenter: parent.verticalCenter }
-                    text: "Show " + item.row.name
+                    text: "Show " + item.row.name + "'s limits"
                     checked: item.row.isEnabled
                     onToggled: item.view.setEnabled(item.row.id, checked)
                 }

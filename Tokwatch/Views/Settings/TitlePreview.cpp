@@ -19,7 +19,7 @@ LimitsByProvider sampleLimits(const std::vector<ProviderID>& providers, Date now
     };
     LimitsByProvider limits;
     for (const ProviderID provider : providers)
-        limits[provider] = sample;
+        if (traits(provider).publishesLimits) limits[provider] = sample;
     return limits;
 }
 
@@ -41,10 +41,10 @@ TitlePreview titlePreview(const Preferences& preferences, const LimitsByProvider
                           Date now) {
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
     TitlePreview preview;
-    preview.isSample = windowChoices(preferences, limits).empty() && !enabled.empty();
-    const StatusTitle title = preview.isSample
-                                  ? statusTitle(preferences, sampleLimits(enabled, now), now)
-                                  : statusTitle(preferences, limits, now);
+    const bool isUnknown = windowChoices(preferences, limits).empty();
+    const StatusTitle title =
+        statusTitle(preferences, isUnknown ? sampleLimits(enabled, now) : limits, now);
+    preview.isSample = isUnknown && title.text;
     preview.text = text(title.text.value_or(""));
     preview.severity = static_cast<int>(title.severity);
     if (title.provider) preview.provider = text(rawValue(*title.provider));
