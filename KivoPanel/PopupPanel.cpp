@@ -81,9 +81,11 @@ bool PopupPanel::eventFilter(QObject* watched, QEvent* event) {
     if (watched != &window || !opened) return false;
     switch (event->type()) {
     case QEvent::MouseButtonPress: {
-        const QPoint at = static_cast<QMouseEvent*>(event)->position().toPoint();
-        if (QRect(QPoint(), window.size()).contains(at)) return false;
-        close();
+        const auto* press = static_cast<QMouseEvent*>(event);
+        const QRect inside(QPoint(), window.size());
+        if (inside.contains(press->position().toPoint())) return false;
+        const QPoint at = press->globalPosition().toPoint();
+        if (!onPressElsewhere || !onPressElsewhere(at, press->button())) close();
         return true;
     }
     case QEvent::FocusOut:

@@ -5,6 +5,8 @@
 #include <QSize>
 #include <QTimer>
 
+#include <functional>
+
 class QWindow;
 
 namespace kivo {
@@ -27,6 +29,10 @@ class PopupPanel : public QObject {
     void resize(QSize size);
     void close();
     bool isOpen() const { return opened; }
+
+    /// Called for a press elsewhere, in screen coordinates; true keeps the window open. Whoever was
+    /// pressed does not hear of it.
+    std::function<bool(QPoint at, Qt::MouseButton button)> onPressElsewhere;
 
   signals:
     /// However it came to be closed.

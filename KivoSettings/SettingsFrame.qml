@@ -3,7 +3,8 @@ import Kivo.Theme
 import Kivo.Settings
 
 /// A settings window's content: the list of sections at the side, the chosen one's page beside it.
-/// Ctrl+PgUp and Ctrl+PgDown step through the sections; Escape and Ctrl+W ask for closing.
+/// Ctrl+PgUp and Ctrl+PgDown step through the sections; Escape and Ctrl+W ask for closing,
+/// Ctrl+Q for the program's end.
 FocusScope {
     id: frame
     required property string name
@@ -11,6 +12,7 @@ FocusScope {
     property int currentIndex: 0
     signal chosen(int index)
     signal closeRequested
+    signal quitRequested
 
     function step(distance) {
         chosen((currentIndex + distance + sections.length) % sections.length)
@@ -26,6 +28,7 @@ FocusScope {
     Keys.onEscapePressed: closeRequested()
 
     Shortcut { sequence: "Ctrl+W"; onActivated: frame.closeRequested() }
+    Shortcut { sequence: "Ctrl+Q"; onActivated: frame.quitRequested() }
     Shortcut { sequences: ["Ctrl+PgDown", "Ctrl+Tab"]; onActivated: frame.step(1) }
     Shortcut { sequences: ["Ctrl+PgUp", "Ctrl+Shift+Tab"]; onActivated: frame.step(-1) }
 

@@ -14,6 +14,7 @@
 
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QMouseEvent>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QSettings>
@@ -107,11 +108,11 @@ class AppDelegateTest : public ::testing::Test {
     bool isPopoverFrameless() {
         return shownWindow(popoverTitle)->flags().testFlag(Qt::FramelessWindowHint);
     }
-    QString advice() {
+    QObject* popoverView() {
         auto* view = qobject_cast<QQuickView*>(shownWindow(popoverTitle));
-        const auto* shown = view->rootObject()->property("view").value<QObject*>();
-        return shown->property("hostAdvice").toString();
+        return view->rootObject()->property("view").value<QObject*>();
     }
+    QString advice() { return popoverView()->property("hostAdvice").toString(); }
     QColor popoverColor() { return qobject_cast<QQuickView*>(shownWindow(popoverTitle))->color(); }
 
     PrivateBus bus;
@@ -142,9 +143,35 @@ TEST_F(AppDelegateTest, WelcomesAtTheFirstLaunchBeforeThereIsAnItem) {
     EXPECT_EQ(shownWindow(welcomeTitle), nullptr);
 }
 
-TEST_F(AppDelegateTest, DoesNotWelcomeTwice) {
-    launch();
-    EXPECT_THAT(openings.seen, IsEmpty());
+TEST_F(AppDelegateTest, PinsTheFirstThatHasANumberWheneverItComesUnlessClaudeOrAChoiceIsThere) {
+    using enum ProviderID;
+    struct Case {
+        std::vector<const char*> files;
+        std::optional<ProviderID> chosen;
+        ProviderID pinned;
+    };
+    for (const auto& [files, chosen, pinned] :
+         {Case{{".grok/sessions/a", ".codex/sessions/a"}, {}, codex},
+          Case{{".claude/projects/a", ".codex/sessions/a"}, {}, claude},
+          Case{{".codex/sessions/a"}, claude, claude}, Case{{".grok/sessions/a"}, {}, claude}}) {
+        settings->clear();
+        preferences.reload();
+        preferences.hasCompletedOnboarding = true;
+        if (chosen) preferences.pinnedProvider = *chosen;
+        launch();
+        EXPECT_THAT(openings.seen, IsEmpty()) << "welcomed twice";
+        for (const char* file : files)
+            home.write(file, "");
+        const auto isPinned = [&] { return preferences.pinnedProvider == pinned; };
+        time.advance(Seconds{600}); // the model looks around
+        settle();
+        EXPECT_TRUE(until(isPinned)) << files.front();
+        delegate.reset();
+        settle();
+        area.vanish();
+        for (const char* file : files)
+            std::filesystem::remove_all(home.path() / *std::filesystem::path(file).begin());
+    }
 }
 
 TEST_F(AppDelegateTest, OpensWhatWasAskedForBeforeTheLaunchOnceThereIsAnItem) {
@@ -218,12 +245,19 @@ TEST_F(AppDelegateTest, OpensAsAnOrdinaryWindowWithAdviceWhereNoStatusAreaComes)
     EXPECT_EQ(shownWindow(popoverTitle), nullptr);
 }
 
-TEST_F(AppDelegateTest, EndsWithItsLastWindowWhereThereNeverWasAStatusArea) {
-    for (const bool hasArea : {true, false}) {
-        launch(hasArea);
-        if (!hasArea) time.advance(MeterStatusItem::hostGrace);
-        delegate->open();
-        leaveStatusArea();
+TEST_F(AppDelegateTest, EndsWithItsLastWindowWhereNoStatusAreaCanCome) {
+    enum class Area { goes, neverWas, goesWithTheBus };
+    for (const Area kind : {Area::goes, Area::neverWas, Area::goesWithTheBus}) {
+        launch(kind != Area::neverWas);
+        if (kind == Area::neverWas) time.advance(MeterStatusItem::hostGrace);
+        if (kind == Area::goesWithTheBus) {
+            bus.close();
+            EXPECT_TRUE(until([] { return shownWindow(popoverTitle) != nullptr; }))
+                << "nothing could open it any more";
+        } else {
+            delegate->open();
+            leaveStatusArea();
+        }
         constexpr int lives = 1;
         int turns = 0;
         QTimer idle;
@@ -232,7 +266,7 @@ TEST_F(AppDelegateTest, EndsWithItsLastWindowWhereThereNeverWasAStatusArea) {
             if (turns == 50) QCoreApplication::exit(lives);
         });
         idle.start(0);
-        EXPECT_EQ(QCoreApplication::exec(), hasArea ? lives : 0);
+        EXPECT_EQ(QCoreApplication::exec(), kind == Area::goes ? lives : 0);
         delegate.reset();
         settle();
     }
@@ -248,6 +282,10 @@ TEST_F(AppDelegateTest, TakesItsTaskBarEntryAtTheNextOpening) {
         closePopover();
         delegate->open();
         EXPECT_EQ(isPopoverFrameless(), !showsDockIcon);
+        QMetaObject::invokeMethod(popoverView(), "settingsRequested");
+        EXPECT_EQ(shownWindow(popoverTitle) != nullptr, showsDockIcon)
+            << "a popup gives way to the settings, a window stays";
+        delegate->open();
     }
 }
 
@@ -264,11 +302,19 @@ TEST_F(AppDelegateTest, LetsTheProgramEndWhateverIsOpen) {
     EXPECT_EQ(QCoreApplication::exec(), 0) << "a window kept the program from ending";
 }
 
-TEST_F(AppDelegateTest, EndsWithItsOwnMenuOpen) {
+TEST_F(AppDelegateTest, StaysOpenAtADoubleClickAndGivesItsMenuAtARightPressOnTheItem) {
     launch();
-    answer(hostBus, appBus.baseService(), itemPath, "org.kde.StatusNotifierItem", "ContextMenu",
-           {600, 4});
-    ASSERT_NE(shownWindow(popoverTitle), nullptr);
+    for (int click = 0; click < 2; ++click)
+        answer(hostBus, appBus.baseService(), itemPath, "org.kde.StatusNotifierItem", "Activate",
+               {600, 4});
+    QWindow* popover = shownWindow(popoverTitle);
+    ASSERT_NE(popover, nullptr);
+    const QPointF onTheItem(602, 5);
+    QMouseEvent press(QEvent::MouseButtonPress, popover->mapFromGlobal(onTheItem), onTheItem,
+                      Qt::RightButton, Qt::RightButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(popover, &press);
+    EXPECT_FALSE(popover->isVisible());
+    EXPECT_NE(shownWindow(popoverTitle), nullptr) << "there is no menu";
     delegate.reset();
     EXPECT_EQ(shownWindow(popoverTitle), nullptr);
 }

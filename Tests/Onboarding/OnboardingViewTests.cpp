@@ -1,6 +1,7 @@
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 
 #include "KivoLaunch/LoginItem.h"
+#include "Tests/Support/EventLoop.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tokwatch/Preferences/Preferences.h"
 
@@ -59,32 +60,23 @@ TEST_F(OnboardingTest, SaysWhereItLooksWhenThereIsNone) {
                       HasSubstr("~/.grok/sessions"), HasSubstr("~/.config/Cursor")));
 }
 
-TEST_F(OnboardingTest, FinishingPinsTheFirstThatHasANumberUnlessClaudeOrAChoiceIsThere) {
-    struct Case {
-        std::vector<const char*> files;
-        std::optional<ProviderID> chosen;
-        ProviderID pinned;
-    };
-    const Case cases[]{
-        {{grok, codex}, {}, ProviderID::codex},
-        {{claude, codex}, {}, ProviderID::claude},
-        {{codex}, ProviderID::claude, ProviderID::claude},
-        {{grok, cursor}, {}, ProviderID::claude},
-    };
-    for (const auto& [files, chosen, pinned] : cases) {
-        const testing::TemporaryDirectory place;
-        for (const char* file : files)
-            place.write(file, "");
-        const std::unique_ptr<QSettings> file = settingsFile(place / "settings.conf");
-        Preferences fresh(*file);
-        if (chosen) fresh.pinnedProvider = *chosen;
-        OnboardingView welcome(fresh, ProviderLocations{place.path()}, loginItem);
-        QSignalSpy finished(&welcome, &OnboardingView::finished);
-        welcome.finish();
-        EXPECT_EQ(finished.count(), 1);
-        EXPECT_TRUE(fresh.hasCompletedOnboarding);
-        EXPECT_EQ(fresh.pinnedProvider.peek(), pinned) << files.front();
-    }
+TEST_F(OnboardingTest, ShowsTheSignThatTheItemHas) {
+    testing::needEventLoop();
+    OnboardingView welcome = view();
+    QSignalSpy changes(&welcome, &OnboardingView::signChanged);
+    EXPECT_EQ(welcome.sign(), "claude");
+    preferences.pinnedProvider = ProviderID::codex; // which came first
+    testing::settle();
+    EXPECT_EQ(welcome.sign(), "codex");
+    preferences.menuBarStyle = MenuBarStyle::icon;
+    testing::settle();
+    EXPECT_EQ(welcome.sign(), "");
+    EXPECT_EQ(changes.count(), 2);
+
+    QSignalSpy finished(&welcome, &OnboardingView::finished);
+    welcome.finish();
+    EXPECT_EQ(finished.count(), 1);
+    EXPECT_TRUE(preferences.hasCompletedOnboarding);
 }
 
 TEST_F(OnboardingTest, SwitchesLiveLimitsAndTheStartAtLogin) {

@@ -80,6 +80,7 @@ class AppModel : public QObject {
     /// Providers may be asked for their limits.
     bool areLimitsAllowed() const { return areLimitsAllowedState.value(); }
 
+    QBindable<std::vector<ProviderID>> bindablePresent() const { return &presentState; }
     QBindable<std::optional<Date>> bindableLastUpdated() const { return &lastUpdatedState; }
 
     /// Computes and publishes a new summary in the background. Any number of requests during one

@@ -8,6 +8,7 @@
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 #include "Tokwatch/Views/Popover/PopoverView.h"
 #include "Tokwatch/Views/Settings/SettingsView.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <QCursor>
 #include <QDesktopServices>
@@ -15,11 +16,16 @@
 #include <QQuickView>
 #include <QScreen>
 #include <QStandardPaths>
+#include <QStyleHints>
 
 #include <algorithm>
 
 namespace tokwatch {
 namespace {
+
+bool isAnyWindowShown() {
+    return std::ranges::any_of(QGuiApplication::topLevelWindows(), &QWindow::isVisible);
+}
 
 const QUrl popoverSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Popover.qml"));
 const QUrl settingsSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Settings/SettingsContent.qml"));
@@ -73,6 +79,8 @@ void AppDelegate::launch() {
     AppModel& model = application->model();
     application->start(preferences.hasCompletedOnboarding ? LimitsStart::atOnce
                                                           : LimitsStart::whenAllowed);
+    presentNotifier = model.bindablePresent().addNotifier([this] { pinWhatHasANumber(); });
+    pinWhatHasANumber();
     onboardingNotifier =
         preferences.hasCompletedOnboarding.addNotifier([this] { followOnboarding(); });
     model.onOpenRequest = [this] { popover->open(lastAnchor()); };
@@ -88,6 +96,17 @@ void AppDelegate::followOnboarding() {
     application->setRank(WorkLease::Rank::desktop);
     application->model().allowLimits();
     if (isWithoutHost()) application->model().onOpenRequest();
+}
+
+/// While Claude, whose number is the usual one, is not on the machine and nobody ever chose: the
+/// first provider that has one, whenever it comes.
+void AppDelegate::pinWhatHasANumber() {
+    const AppModel& model = application->model();
+    if (preferences.pinnedProvider.isChosen() || model.locations().isPresent(ProviderID::claude))
+        return;
+    const auto found = std::ranges::find_if(
+        model.present(), [](ProviderID provider) { return traits(provider).publishesLimits; });
+    if (found != model.present().end()) preferences.pinnedProvider = *found;
 }
 
 void AppDelegate::open() {
@@ -114,6 +133,9 @@ void AppDelegate::makePopover() {
     popoverWindow.emplace(*popoverHost);
     popover.emplace(*popoverWindow, now, [this] { popoverOpened(); });
     popoverWindow->onContentHeight = [this] { popover->contentHeightChanged(); };
+    popoverWindow->onPressElsewhere = [this](QPoint at, Qt::MouseButton button) {
+        return pressedElsewhere(at, button);
+    };
     popoverWindow->onClosed = [this] {
         countdown.reset();
         if (statusItem) statusItem->setPopoverOpen(false);
@@ -124,11 +146,31 @@ void AppDelegate::makePopover() {
 
 void AppDelegate::toggle(QPoint anchor) {
     clickedAt = anchor;
+    if (isSecondOfDoubleClick()) return;
     viewClock->advance();
     popover->toggle(anchor);
 }
 
+/// The click before it has opened the popover, which its user meant.
+bool AppDelegate::isSecondOfDoubleClick() const {
+    const Seconds interval{QGuiApplication::styleHints()->mouseDoubleClickInterval() / 1000.0};
+    return popoverWindow->isShown() && now() - openedAt < interval;
+}
+
+/// The popover has the pointer, so that the panel hears nothing of a press on the item.
+bool AppDelegate::pressedElsewhere(QPoint at, Qt::MouseButton button) {
+    constexpr int nearby = 12; // half an item
+    if (!clickedAt || (at - *clickedAt).manhattanLength() > nearby) return false;
+    if (button == Qt::RightButton) {
+        popover->close();
+        contextMenu->open(at);
+        return true;
+    }
+    return isSecondOfDoubleClick();
+}
+
 void AppDelegate::popoverOpened() {
+    openedAt = now();
     viewClock->advance();
     application->model().popoverOpened();
     statusItem->setPopoverOpen(true);
@@ -190,19 +232,25 @@ void AppDelegate::hostChanged() {
     updatePopoverStyle();
     if (auto* welcome = qobject_cast<OnboardingView*>(onboarding->view()))
         welcome->setHasStatusArea(!isWithoutHost());
-    // Once: a status area that goes later goes with its panel, or with the session.
+    // Once: a status area that goes later goes with its panel, or with the session. With the bus,
+    // none can come back.
     const bool isFirstLook = !std::exchange(hasLookedForHost, true);
-    if (isFirstLook && isWithoutHost() && preferences.hasCompletedOnboarding)
+    const bool isNeeded = isFirstLook || (hasLostBus() && !isAnyWindowShown());
+    if (isNeeded && isWithoutHost() && preferences.hasCompletedOnboarding)
         popover->open(lastAnchor());
 }
 
+bool AppDelegate::hasLostBus() const {
+    return !bus.sessionBus().isConnected();
+}
+
 /// Where there never was a status area, a program without a window could not be found again. An
-/// area that went comes back, with its panel.
+/// area that went comes back, with its panel, as long as there is a bus to tell of it.
 void AppDelegate::windowClosed() {
     const auto endIfUnreachable = [this] {
-        const bool isShown =
-            std::ranges::any_of(QGuiApplication::topLevelWindows(), &QWindow::isVisible);
-        if (!isShown && !hadHost && isWithoutHost()) QCoreApplication::quit();
+        if (isAnyWindowShown() || !isWithoutHost() || (hadHost && !hasLostBus())) return;
+        if (hadHost) systemLog("the session bus is gone, and with it the status area: ending");
+        QCoreApplication::quit();
     };
     // Later: one window may give way to another.
     QMetaObject::invokeMethod(this, endIfUnreachable, Qt::QueuedConnection);
@@ -229,10 +277,13 @@ void AppDelegate::makeWindows() {
                               [this] {
                                   const SettingsPlaces places{paths.database(), settingsFile,
                                                               loginItem, QDesktopServices::openUrl};
-                                  return std::make_unique<SettingsView>(application->model(),
-                                                                        *viewClock, places);
+                                  auto view = std::make_unique<SettingsView>(application->model(),
+                                                                             *viewClock, places);
+                                  connect(view.get(), &SettingsView::quitRequested, qApp,
+                                          &QCoreApplication::quit);
+                                  return view;
                               }},
-        ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, true});
+        ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, {560, 300}});
     onboarding.emplace(runtime, scheduler,
                        HostedWindow::Content{onboardingSource, [this] { return makeWelcome(); }},
                        ContentWindow::Frame{OnboardingView::title(), {500, 400}});
@@ -249,13 +300,18 @@ std::unique_ptr<OnboardingView> AppDelegate::makeWelcome() {
     return view;
 }
 
+/// A popup lies above all other windows and keeps the keyboard.
+void AppDelegate::giveWay() {
+    if (!popoverWindow->isShownAsWindow()) popover->close();
+}
+
 void AppDelegate::openWelcome() {
-    popover->close();
+    giveWay();
     onboarding->open();
 }
 
 void AppDelegate::openSettings() {
-    popover->close();
+    giveWay();
     viewClock->advance();
     settingsWindow->open();
 }

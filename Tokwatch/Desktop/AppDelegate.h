@@ -49,6 +49,8 @@ class AppDelegate : public QObject {
     static constexpr Seconds titleInterval{30};
 
     void followOnboarding();
+    void pinWhatHasANumber();
+    void giveWay();
     void openWelcome();
     void openSettings();
     std::unique_ptr<PopoverView> makePopoverView();
@@ -61,8 +63,11 @@ class AppDelegate : public QObject {
     void observeTitle();
     void toggle(QPoint anchor);
     void popoverOpened();
+    bool isSecondOfDoubleClick() const;
+    bool pressedElsewhere(QPoint at, Qt::MouseButton button);
     void updatePopoverStyle();
     bool isWithoutHost() const;
+    bool hasLostBus() const;
     QString hostAdvice() const;
     QPoint lastAnchor() const;
 
@@ -91,7 +96,9 @@ class AppDelegate : public QObject {
     std::unique_ptr<ScheduledCall> countdown; ///< while the popover is open
     QPropertyNotifier dockIconNotifier;
     QPropertyNotifier onboardingNotifier;
+    QPropertyNotifier presentNotifier;
     std::optional<QPoint> clickedAt;
+    Date openedAt = Date::min();
     bool hasLookedForHost = false;
     bool hadHost = false; ///< since the start, at any time
     bool pendingOpen = false;

@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QQuickView>
+#include <QScreen>
 
 #include <utility>
 
@@ -16,9 +17,12 @@ ContentWindow::ContentWindow(QmlRuntime& runtime, Scheduler& scheduler,
 void ContentWindow::prepare() {
     QQuickView& window = *hosted.existing();
     window.setTitle(frame.title);
-    window.resize(frame.size);
-    window.setMinimumSize(frame.size);
-    if (!frame.isResizable) window.setMaximumSize(frame.size);
+    constexpr QSize titleBar{0, 32};
+    const QSize room = window.screen()->availableSize() - titleBar;
+    const QSize size = frame.size.boundedTo(room);
+    window.resize(size);
+    window.setMinimumSize(frame.minimum.isEmpty() ? size : frame.minimum.boundedTo(room));
+    if (frame.minimum.isEmpty()) window.setMaximumSize(size);
     window.installEventFilter(this);
     connect(hosted.view(), SIGNAL(closeRequested()), this, SLOT(close()));
 }

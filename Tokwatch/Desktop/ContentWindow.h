@@ -15,8 +15,8 @@ class ContentWindow : public QObject {
   public:
     struct Frame {
         QString title;
-        QSize size;
-        bool isResizable = false;
+        QSize size;      ///< where the screen has room for it
+        QSize minimum{}; ///< none for a window that always has its size
     };
 
     /// References outlive it.

@@ -28,6 +28,7 @@ void PopoverWindow::prepare() {
     if (style == Style::popup) {
         panel = std::make_unique<kivo::PopupPanel>(window);
         connect(panel.get(), &kivo::PopupPanel::closed, this, &PopoverWindow::wasClosed);
+        panel->onPressElsewhere = onPressElsewhere;
     } else {
         window.installEventFilter(this);
     }

@@ -25,11 +25,15 @@ class PopoverWindow : public QObject, public PopoverHost {
     /// Called when the content has another natural height, and when the window was closed.
     std::function<void()> onContentHeight;
     std::function<void()> onClosed;
+    /// As PopupPanel's.
+    std::function<bool(QPoint at, Qt::MouseButton button)> onPressElsewhere;
 
     /// From the next opening on.
     void setStyle(Style style);
 
     bool isShown() const override;
+    /// Shown as an ordinary window, which stays beside others.
+    bool isShownAsWindow() const { return isShown() && !panel; }
     void show(QPoint anchor, int width, int height) override;
     void resize(int width, int height) override;
     void close() override;

@@ -61,7 +61,7 @@ FocusScope {
 
     ScrollColumn {
         id: page
-        anchors { left: parent.left; right: parent.right; top: tile.bottom; topMargin: 14; bottom: edge.top }
+        anchors { left: parent.left; right: parent.right; top: tile.bottom; topMargin: 14 - ringRoom; bottom: edge.top }
         inset: Theme.space.xl
 
         Card {
@@ -119,6 +119,7 @@ FocusScope {
                 height: 16
                 x: 1
                 y: -1
+                provider: welcome.view.sign
                 color: Theme.colors.secondaryText
             }
         }

@@ -1,18 +1,29 @@
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 
 #include "KivoLaunch/LoginItem.h"
+#include "Tokwatch/Display/StatusTitle.h"
 #include "Tokwatch/Preferences/Preferences.h"
-
-#include <algorithm>
+#include "Tokwatch/Views/Common/Text.h"
 
 namespace tokwatch {
 
-OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocations& where,
+OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocations& locations,
                                kivo::LoginItem& login)
-    : preferences(userPreferences), locations(where), loginItem(login),
-      steps(onboardingSteps(locations)),
+    : preferences(userPreferences), loginItem(login), steps(onboardingSteps(locations)),
       liveLimitsNotifier(
-          preferences.claudeLiveLimits.addNotifier([this] { emit liveLimitsChanged(); })) {
+          preferences.claudeLiveLimits.addNotifier([this] { emit liveLimitsChanged(); })),
+      signUpdater(
+          [this] {
+              // While no limit is known, which is before the welcome is finished.
+              const StatusTitle title = statusTitle(preferences, {}, Date());
+              return title.provider ? text(rawValue(*title.provider)) : QString();
+          },
+          [this](const QString& next) {
+              if (next == itemSign) return;
+              itemSign = next;
+              emit signChanged();
+          }) {
+    signUpdater.arm();
     setHasStatusArea(true);
 }
 
@@ -38,7 +49,8 @@ QString OnboardingView::promise() {
 
 void OnboardingView::setHasStatusArea(bool has) {
     const QString next =
-        has ? QStringLiteral("You will find Tokwatch in your panel's status area, at this sign.")
+        has ? QStringLiteral("You will find Tokwatch in your panel's status area: this sign "
+                             "or its number.")
             : QStringLiteral("There is no status area here: Tokwatch opens as a window.");
     if (next == placeText) return;
     placeText = next;
@@ -68,18 +80,8 @@ void OnboardingView::setStartsAtLogin(bool starts) {
 }
 
 void OnboardingView::finish() {
-    pinWhatHasANumber();
     preferences.hasCompletedOnboarding = true;
     emit finished();
-}
-
-void OnboardingView::pinWhatHasANumber() {
-    if (preferences.pinnedProvider.isChosen() || locations.isPresent(ProviderID::claude)) return;
-    const std::vector<ProviderID> enabled = preferences.enabledProviders();
-    const auto found = std::ranges::find_if(enabled, [this](ProviderID provider) {
-        return traits(provider).publishesLimits && locations.isPresent(provider);
-    });
-    if (found != enabled.end()) preferences.pinnedProvider = *found;
 }
 
 } // namespace tokwatch

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Views/Onboarding/OnboardingSteps.h"
 
 #include <QObject>
@@ -28,6 +29,7 @@ class OnboardingView : public QObject {
     Q_PROPERTY(QVariantList steps READ stepList CONSTANT)
     Q_PROPERTY(QString promise READ promise CONSTANT)
     Q_PROPERTY(QString place READ place NOTIFY placeChanged)
+    Q_PROPERTY(QString sign READ sign NOTIFY signChanged)
     Q_PROPERTY(QString finishText READ finishText CONSTANT)
     Q_PROPERTY(bool liveLimits READ liveLimits WRITE setLiveLimits NOTIFY liveLimitsChanged)
     Q_PROPERTY(
@@ -43,18 +45,20 @@ class OnboardingView : public QObject {
     /// Where the application is to be found from then on.
     const QString& place() const { return placeText; }
     void setHasStatusArea(bool has);
+    /// Whose mark the status item bears: a provider's raw value, empty for the application's own.
+    const QString& sign() const { return itemSign; }
     static QString finishText();
     bool liveLimits() const;
     void setLiveLimits(bool isOn);
     bool startsAtLogin() const;
     void setStartsAtLogin(bool starts);
 
-    /// Sets `hasCompletedOnboarding`. Where Claude is not found and nobody ever chose whose number
-    /// the title shows, it is from then on that of the first provider found that has one.
+    /// Sets `hasCompletedOnboarding`.
     Q_INVOKABLE void finish();
 
   signals:
     void placeChanged();
+    void signChanged();
     void liveLimitsChanged();
     void startsAtLoginChanged();
     /// The user is through; `hasCompletedOnboarding` is set.
@@ -63,14 +67,13 @@ class OnboardingView : public QObject {
     void closeRequested();
 
   private:
-    void pinWhatHasANumber();
-
     Preferences& preferences;
-    const ProviderLocations locations;
     kivo::LoginItem& loginItem;
     const std::vector<OnboardingStep> steps;
     QString placeText;
+    QString itemSign;
     QPropertyNotifier liveLimitsNotifier;
+    ObservingUpdater<QString> signUpdater;
 };
 
 } // namespace tokwatch

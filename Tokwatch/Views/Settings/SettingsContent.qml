@@ -11,6 +11,7 @@ SettingsFrame {
     currentIndex: view.page
     onChosen: index => view.page = index
     onCloseRequested: view.closeRequested()
+    onQuitRequested: view.quitRequested()
 
     SettingsSection {
         title: "General"

@@ -43,6 +43,7 @@ class SettingsView : public QObject {
   signals:
     void pageChanged();
     void closeRequested();
+    void quitRequested();
 
   private:
     Page shown = Page::general;
