@@ -1,6 +1,10 @@
 #include "Tokwatch/Views/Popover/PopoverView.h"
 #include "gallery/Scene.h"
 
+#include <QQuickItem>
+
+#include <algorithm>
+
 namespace tokwatch::testing {
 namespace {
 
@@ -115,6 +119,40 @@ void indexing(DemoWorld& world) {
     world.indexer.report({ProviderID::claude, 812'000'000, 2'400'000'000});
 }
 
+/// Shows the tooltip of this text, which otherwise waits for the pointer and a moment.
+bool showTip(const QQuickItem& below, const QString& beginning) {
+    return std::ranges::any_of(below.childItems(), [&](QQuickItem* item) {
+        const bool isTip = item->property("wanted").isValid();
+        if (!isTip || !item->property("text").toString().startsWith(beginning))
+            return showTip(*item, beginning);
+        item->setProperty("active", true);
+        item->property("item").value<QObject*>()->setProperty("delay", 0);
+        return item->setProperty("wanted", true);
+    });
+}
+
+/// What the time mark and the pace of a limit say to the pointer.
+Scene tips() {
+    Scene tips = scene("usage-tips", PopoverTab::usage, usual);
+    tips.touch = [](const QQuickItem& root) {
+        showTip(root, "This mark is time");
+        showTip(root, "58% used");
+    };
+    tips.size = {420, 340};
+    return tips;
+}
+
+Scene byDay() {
+    Scene days = scene("models-days", PopoverTab::models, usual);
+    days.makeView = [](DemoWorld& world) {
+        auto view = std::make_unique<PopoverView>(*world.model, world.clock);
+        view->models()->setMode(static_cast<int>(BreakdownMode::day));
+        return view;
+    };
+    days.size = {420, 480};
+    return days;
+}
+
 } // namespace
 
 std::vector<Scene> popoverScenes() {
@@ -128,12 +166,14 @@ std::vector<Scene> popoverScenes() {
         scene("usage-denied", PopoverTab::usage, denied),
         scene("usage-indexing", PopoverTab::usage, indexing),
         scene("usage-extreme", PopoverTab::usage, extreme),
+        tips(),
         scene("usage-empty", PopoverTab::usage, {}, DemoWorld::Home::empty),
         scene("stats", stats, usual),
         scene("stats-tokens", stats, inTokens),
         scene("stats-empty", stats, {}, DemoWorld::Home::empty),
         scene("models", models, usual),
         scene("models-extreme", models, extreme),
+        byDay(),
         scene("models-empty", models, {}, DemoWorld::Home::empty),
     };
 }
