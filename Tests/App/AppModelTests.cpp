@@ -111,11 +111,11 @@ TEST_F(AppModelTest, RefreshesLogsAndLimitsUntilTheLastOfOverlappingRefreshesEnd
         model->refresh();
     settle();
     EXPECT_EQ(claude().attempts.size(), 2U) << "a user's retry, long before the timer's";
-    finishPass();
+    finishAllPasses();
     EXPECT_TRUE(model->isRefreshing());
     claude().answer(ProviderStatus::ok);
     settle();
-    finishPass();
+    finishAllPasses();
     EXPECT_FALSE(model->isRefreshing());
     EXPECT_EQ(indexer.passes, before + 2);
 }

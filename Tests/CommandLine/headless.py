@@ -288,6 +288,21 @@ def show_silence(world, network):
     check("with live limits off nobody is contacted", not contacted, contacted)
 
 
+def show_bounds(world):
+    follower = subprocess.Popen([world.program, "status", "--follow"], env=world.environment, stdout=subprocess.PIPE)
+    world.spawned.append(follower)
+    follower.stdout.readline()
+    follower.stdout.close()
+    check("a follower whose bar has gone ends", follower.wait(DEADLINE) == 1)
+    for number in range(9):
+        os.makedirs(world.path("home/.claude/projects/p%d" % number))
+    few = "echo 5 >/proc/sys/user/max_inotify_watches && exec %s status --follow" % world.program
+    follower = world.start(["unshare", "--user", "--map-root-user", "sh", "-c", few], world.environment)
+    wait_for("too many folders are noticed", lambda: b"more log folders than can be watched" in world.printed())
+    print("ok: too many folders are noticed")
+    stop(follower)
+
+
 def show_refresh(world):
     follower = world.follow()
     wait_for("the first pass", lambda: world.tokens("claude"))
@@ -381,6 +396,7 @@ def main():
             world = worlds[0]
             show_contacts(world, network)
             show_silence(world, network)
+            show_bounds(world)
             show_secrecy(worlds, network, show_sharing(world, show_refresh(world)))
         finally:
             for world in worlds:

@@ -43,37 +43,30 @@ TEST_F(IndexerServiceTest, ReadsNoMoreThanItsScope) {
 
 TEST_F(IndexerServiceTest, HoldsAResponseBackThatMayGoOn) {
     struct Case {
-        const char* stopReason;
-        const char* newestLine;
-        std::optional<const char*> heldUntil;
+        const char *stopReason, *newestLine;
+        bool isHeld = false; ///< for a minute after its newest line; it is 12:30
     };
-    // It is 12:30.
-    for (const Case& c : {Case{"null", "2026-03-10T12:29:00.001Z", "2026-03-10T12:30:00.001Z"},
-                          {"null", "2026-03-10T12:31:00Z", "2026-03-10T12:32:00Z"},
-                          {"null", "2026-03-10T12:29:00Z", {}},
-                          {"null", "2026-03-10T12:31:00.001Z", {}},
-                          {"\"null\"", "2026-03-10T12:29:59Z", {}},
-                          {"\"end_turn\"", "2026-03-10T12:29:59Z", {}},
-                          {"", "2026-03-10T12:29:59Z", {}}}) {
-        SCOPED_TRACE(std::string(c.stopReason) + " at " + c.newestLine);
+    for (const auto& [stopReason, newestLine, isHeld] :
+         {Case{"null", "2026-03-10T12:29:00.001Z", true},
+          Case{"null", "2026-03-10T12:31:00Z", true}, Case{"null", "2026-03-10T12:29:00Z"},
+          Case{"null", "2026-03-10T12:31:00.001Z"}, Case{"\"null\"", "2026-03-10T12:29:59Z"},
+          Case{"\"end_turn\"", "2026-03-10T12:29:59Z"}, Case{"", "2026-03-10T12:29:59Z"}}) {
+        SCOPED_TRACE(std::string(stopReason) + " at " + newestLine);
         store = std::make_shared<UsageStore>(":memory:");
         service.reset();
-        ClaudeResponse response{.id = "msg_2", .timestamp = "2026-03-10T12:00:00Z"};
-        response.stopReason = "null";
+        ClaudeResponse response{.id = "msg_2", .stopReason = "null"};
         const std::string before = ClaudeResponse{"msg_1"}.line();
         const std::string first = response.line() + ClaudeResponse{"msg_3"}.line();
-        response.stopReason = c.stopReason;
-        response.timestamp = c.newestLine;
+        response.stopReason = stopReason;
+        response.timestamp = newestLine;
         response.output = 500;
         const std::string path = home.write(claudeLog, before + first + response.line());
-        const IndexOutcome outcome = index();
-        std::vector<UnfinishedFile> held;
-        if (c.heldUntil) held.push_back({path, *parseISO8601(*c.heldUntil)});
-        EXPECT_EQ(outcome, (IndexOutcome{c.heldUntil ? 2 : 3, false, held}));
+        IndexOutcome expected{isHeld ? 2 : 3, false, {}};
+        if (isHeld) expected.unfinished = {{path, *parseISO8601(newestLine) + Seconds{60}}};
+        EXPECT_EQ(index(), expected);
         EXPECT_EQ(store->cursor(path)->offset,
-                  std::filesystem::file_size(path) -
-                      (c.heldUntil ? first.size() + response.line().size() : 0));
-        EXPECT_EQ(outputTokens(), c.heldUntil ? 10 : 510);
+                  isHeld ? before.size() : std::filesystem::file_size(path));
+        EXPECT_EQ(outputTokens(), isHeld ? 10 : 510);
         EXPECT_EQ(index().newEvents, 0) << "what follows it is read again, and counted once";
     }
 }

@@ -185,26 +185,21 @@ TEST(CodexLogParser, CarriesSessionAndModelFromLineToLine) {
 }
 
 TEST(CodexLogParser, ReadsUsage) {
-    struct Case {
-        const char* usage;
-        TokenCounts tokens;
-    };
-    for (
-        const Case& c :
-        {Case{
-             R"({"input_tokens":100,"cached_input_tokens":30,"cache_write_input_tokens":4,"output_tokens":5,"reasoning_output_tokens":6})",
-             {70, 30, 4, 0, 5, 6}},
-         {R"({"input_tokens":100,"cached_input_tokens":120})", {0, 120, 0, 0, 0, 0}},
-         {R"({"input_tokens":"7","output_tokens":2.0})", {0, 0, 0, 0, 2, 0}},
-         {"{}", {}}}) { // a record of nothing is still a record
+    const auto read = [](const std::string& usage) {
         CodexLogParser parser;
-        const UsageEvent event =
-            usageOf(parser, line("token_usage_record",
-                                 R"({"response_id":"r","usage":)" + std::string(c.usage) + "}"));
-        EXPECT_EQ(event,
-                  (UsageEvent{ProviderID::codex, "unknown", "", "r", noon, c.tokens, std::nullopt}))
-            << c.usage;
-    }
+        return usageOf(parser,
+                       line("token_usage_record", R"({"response_id":"r","usage":)" + usage + "}"));
+    };
+    EXPECT_EQ(
+        read(
+            R"({"input_tokens":100,"cached_input_tokens":30,"cache_write_input_tokens":4,"output_tokens":5,"reasoning_output_tokens":6})"),
+        (UsageEvent{
+            ProviderID::codex, "unknown", "", "r", noon, {70, 30, 4, 0, 5, 6}, std::nullopt}));
+    EXPECT_EQ(read(R"({"input_tokens":100,"cached_input_tokens":120})").tokens,
+              (TokenCounts{0, 120, 0, 0, 0, 0}));
+    EXPECT_EQ(read(R"({"input_tokens":"7","output_tokens":2.0})").tokens,
+              (TokenCounts{0, 0, 0, 0, 2, 0}));
+    EXPECT_EQ(read("{}").tokens, TokenCounts()) << "a record of nothing is still a record";
 }
 
 TEST(CodexLogParser, ReadsLimitsAsOfTheirLine) {

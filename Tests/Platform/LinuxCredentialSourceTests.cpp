@@ -18,25 +18,6 @@
 
 namespace tokwatch {
 
-/// A secret as it travels.
-struct WireSecret {
-    QDBusObjectPath session;
-    QByteArray parameters;
-    QByteArray value;
-    QString type;
-};
-
-QDBusArgument& operator<<(QDBusArgument& argument, const WireSecret& secret) {
-    argument.beginStructure();
-    argument << secret.session << secret.parameters << secret.value << secret.type;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, WireSecret&) {
-    return argument;
-}
-
 namespace {
 
 using ObjectPaths = QList<QDBusObjectPath>;
@@ -66,6 +47,13 @@ class FakeSecretService final : public QDBusVirtualObject {
     }
 
   private:
+    static QDBusArgument onTheWire(const QDBusObjectPath& session, const QByteArray& secret) {
+        QDBusArgument argument;
+        argument.beginStructure();
+        argument << session << QByteArray() << secret << QString("text/plain");
+        argument.endStructure();
+        return argument;
+    }
     QDBusMessage reply(const QDBusMessage& message) {
         const QString member = message.member();
         const QDBusObjectPath session("/session");
@@ -85,8 +73,7 @@ class FakeSecretService final : public QDBusVirtualObject {
                 {QVariant::fromValue(unlocksSilently ? item : none),
                  QVariant::fromValue(QDBusObjectPath(unlocksSilently ? "/" : "/prompt"))});
         if (member == "GetSecret")
-            return message.createReply(
-                QVariant::fromValue(WireSecret{session, {}, *secret, "text/plain"}));
+            return message.createReply(QVariant::fromValue(onTheWire(session, *secret)));
         return message.createReply();
     }
 
@@ -99,7 +86,6 @@ struct LinuxCredentials : ::testing::Test {
 
     LinuxCredentials() {
         testing::needEventLoop();
-        qDBusRegisterMetaType<WireSecret>();
         qDBusRegisterMetaType<QMap<QString, QString>>();
     }
 
@@ -173,5 +159,3 @@ TEST_F(LinuxCredentials, AreNotFoundWithoutAServiceThatHasThem) {
 
 } // namespace
 } // namespace tokwatch
-
-Q_DECLARE_METATYPE(tokwatch::WireSecret)

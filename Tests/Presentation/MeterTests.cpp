@@ -95,22 +95,14 @@ LimitWindow window(double used, std::optional<double> duration = std::nullopt,
 }
 
 TEST(WindowLabel, TellsWhenASessionLastsForDays) {
-    struct Case {
-        const char* id;
-        std::optional<double> duration;
-        std::string label;
+    const auto label = [](const char* id, std::optional<double> duration) {
+        return windowLabel({id, "L", 0, duration, {}, LimitSource::live()});
     };
-    for (const Case& c : {Case{"session", {}, "L"},
-                          {"session", fiveHours, "L"},
-                          {"session", 86'400, "L · 1 day"},
-                          {"session", 604'800, "L · 7 days"},
-                          {"session", std::numeric_limits<double>::infinity(), "L"},
-                          {"weekly", 604'800, "L"}}) {
-        LimitWindow shown = window(0, c.duration);
-        shown.id = c.id;
-        shown.label = "L";
-        EXPECT_EQ(windowLabel(shown), c.label);
-    }
+    EXPECT_EQ(label("session", 86'400), "L · 1 day");
+    EXPECT_EQ(label("session", 604'800), "L · 7 days");
+    for (const std::optional<double> other : {std::optional<double>(), {fiveHours}, {infinity}})
+        EXPECT_EQ(label("session", other), "L");
+    EXPECT_EQ(label("weekly", 604'800), "L");
 }
 
 TEST(LimitBarModel, SaysOnlyWhatIsKnown) {
