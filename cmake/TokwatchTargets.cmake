@@ -142,15 +142,3 @@ function(tokwatch_test name)
   endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()
-
-# tokwatch_quick_test(NAME SOURCES … LINK …): one test program for the folder's tst_*.qml, run without a screen.
-function(tokwatch_quick_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
-  add_executable(${name} ${ARG_SOURCES})
-  target_compile_options(${name} PRIVATE ${TOKWATCH_TEST_OPTIONS})
-  target_link_libraries(${name} PRIVATE TokwatchBuildFlags TestHeaders TestsSupport ${ARG_LINK} Qt6::QuickTest)
-  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests AUTOMOC ON)
-  add_test(NAME ${name} COMMAND ${name} -input ${CMAKE_CURRENT_SOURCE_DIR})
-  set_tests_properties(${name} PROPERTIES
-    TIMEOUT 120 ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_QUICK_BACKEND=software;TZ=UTC")
-endfunction()

@@ -6,7 +6,6 @@ script/desktop-session as the tests do; PROGRAM is StatusItemDemo.
 import os
 import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "Tests/Desktop"))
 import desktop
 from desktop import HOST, PICTURES, TONE, Program
 

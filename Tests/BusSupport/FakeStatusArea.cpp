@@ -1,6 +1,7 @@
 #include "Tests/BusSupport/FakeStatusArea.h"
 
-#include <QDBusMessage>
+#include "Tests/BusSupport/PrivateBus.h"
+
 #include <QDBusVariant>
 
 #include <utility>
@@ -10,6 +11,8 @@ namespace {
 
 constexpr auto service = "org.kde.StatusNotifierWatcher";
 constexpr auto path = "/StatusNotifierWatcher";
+constexpr auto itemPath = "/StatusNotifierItem";
+constexpr auto itemInterface = "org.kde.StatusNotifierItem";
 constexpr auto hostPrefix = "org.kde.StatusNotifierHost-";
 
 } // namespace
@@ -40,6 +43,17 @@ void FakeStatusArea::addHost(const QString& suffix) {
 
 void FakeStatusArea::removeHost(const QString& suffix) {
     bus.unregisterService(hostPrefix + suffix);
+}
+
+QVariant FakeStatusArea::shown(const QString& property) {
+    const QDBusMessage reply =
+        answer(bus, registered.value(0), itemPath, "org.freedesktop.DBus.Properties", "Get",
+               {QString(itemInterface), property});
+    return reply.arguments().value(0).value<QDBusVariant>().variant();
+}
+
+QDBusMessage FakeStatusArea::call(const QString& member, const QVariantList& arguments) {
+    return answer(bus, registered.value(0), itemPath, itemInterface, member, arguments);
 }
 
 bool FakeStatusArea::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QString>
 #include <QStringList>
@@ -19,6 +20,10 @@ class FakeStatusArea final : public QDBusVirtualObject {
     /// Another host of the same watcher comes or goes.
     void addHost(const QString& suffix);
     void removeHost(const QString& suffix);
+
+    /// A property of the item that came first, and a call to it.
+    QVariant shown(const QString& property);
+    QDBusMessage call(const QString& member, const QVariantList& arguments);
 
     bool hasHost = true;    ///< what the watcher says about hosts
     int refusals = 0;       ///< how many of the next registrations fail

@@ -6,6 +6,8 @@
 #include <QDeadlineTimer>
 #include <QTimer>
 
+#include <utility>
+
 namespace tokwatch::testing {
 
 PrivateBus::PrivateBus() {
@@ -46,7 +48,11 @@ void drain(QDBusConnection bus) {
     answer(bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId");
 }
 
-QDBusMessage answer(QDBusConnection bus, const QDBusMessage& call) {
+QDBusMessage answer(QDBusConnection bus, const QString& service, const QString& path,
+                    const QString& interface, const QString& member,
+                    const QVariantList& arguments) {
+    QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, member);
+    call.setArguments(arguments);
     const QDBusPendingCall pending = bus.asyncCall(call);
     until([&] { return pending.isFinished(); });
     // What came before the answer may still be queued for this thread.
@@ -54,12 +60,19 @@ QDBusMessage answer(QDBusConnection bus, const QDBusMessage& call) {
     return pending.reply();
 }
 
-QDBusMessage answer(QDBusConnection bus, const QString& service, const QString& path,
-                    const QString& interface, const QString& member,
-                    const QVariantList& arguments) {
-    QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, member);
-    call.setArguments(arguments);
-    return answer(bus, call);
+SignalLog::SignalLog(QDBusConnection connection, const QString& interface)
+    : bus(std::move(connection)) {
+    bus.connect(QString(), QString(), interface, QString(), this, SLOT(heard(QDBusMessage)));
+}
+
+QStringList SignalLog::take(QDBusConnection sender) {
+    drain(sender);
+    drain(bus);
+    return std::exchange(members, {});
+}
+
+void SignalLog::heard(const QDBusMessage& signal) {
+    members.append(signal.member());
 }
 
 } // namespace tokwatch::testing

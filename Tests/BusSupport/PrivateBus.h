@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QObject>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -37,9 +38,25 @@ void drain(QDBusConnection bus);
 
 /// The answer of an object that lives in this thread too, which must not be waited for without an
 /// event loop.
-QDBusMessage answer(QDBusConnection bus, const QDBusMessage& call);
 QDBusMessage answer(QDBusConnection bus, const QString& service, const QString& path,
                     const QString& interface, const QString& member,
                     const QVariantList& arguments = {});
+
+/// The signals of one interface as another program on the bus hears them.
+class SignalLog : public QObject {
+    Q_OBJECT
+  public:
+    SignalLog(QDBusConnection bus, const QString& interface);
+
+    /// The names of those that `sender` sent since the last call, in order.
+    QStringList take(QDBusConnection sender);
+
+  private slots:
+    void heard(const QDBusMessage& signal);
+
+  private:
+    QDBusConnection bus;
+    QStringList members;
+};
 
 } // namespace tokwatch::testing

@@ -1,4 +1,4 @@
-// The windows need an application object that ends before Qt's own statics do.
+// Windows and fonts need an application object that ends before Qt's own statics do.
 
 #include <QGuiApplication>
 

@@ -7,19 +7,17 @@ where PROGRAM is tokwatch-desktop, with tokwatch beside it.
 """
 
 import json
+import os
 import subprocess
 import sys
 import time
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../gallery"))
 import desktop
 from application import HOME, PROGRAM, Application, find_item, geometry, names, preference, prepare, press, tokwatch, windows
-from desktop import HOST, TONE, StatusItem, wait_for
+from desktop import HOST, StatusItem, step, wait_for
 
 POPOVER_WIDTH = 420
-
-
-def step(name):
-    print(f"{HOST} {TONE}: {name}", flush=True)
 
 
 def open_by_click(place):
@@ -125,8 +123,7 @@ def check_return():
 
 
 def test_with_host():
-    application = Application()
-    try:
+    with Application() as application:
         item = StatusItem()
         wait_for("the registration", item.is_registered, 30)
         place = find_item()
@@ -141,40 +138,27 @@ def test_with_host():
         assert application.is_running(), application.complaints()
         complaints = [line for line in application.complaints().splitlines() if "qml" in line.lower()]
         assert not complaints, complaints
-    finally:
-        application.end()
-        print(application.complaints(), file=sys.stderr)
 
 
 def test_without_host():
-    step("opens as an ordinary window and says how to get a status area")
-    application = Application()
-    try:
-        wait_for("the window", windows, 20)
-        wait_for("the advice", lambda: "No status area was found" in names())
-        desktop.save("without-host")
-    finally:
-        application.end()
-
-
-def test_welcome():
     step("welcomes once")
-    application = Application()
-    try:
+    with Application():
         wait_for("the welcome", lambda: windows("Welcome to Tokwatch"), 20)
         desktop.save("welcome")
         press("Start Using Tokwatch")
         wait_for("its end", lambda: not windows("Welcome to Tokwatch"))
         wait_for("the window that it leads to", windows)
         wait_for("the preference", lambda: preference("hasCompletedOnboarding") == "true")
-    finally:
-        application.end()
+    step("opens as an ordinary window and says how to get a status area")
+    with Application():
+        wait_for("the window", windows, 20)
+        wait_for("the advice", lambda: "No status area was found" in names())
+        desktop.save("without-host")
 
 
 prepare()
 desktop.move_away()
 if HOST == "none":
-    test_welcome()
     test_without_host()
 else:
     tokwatch("preferences", "set", "hasCompletedOnboarding", "true")

@@ -6,10 +6,12 @@
 where PROGRAM is StatusItemDemo.
 """
 
+import os
 import sys
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../gallery"))
 import desktop
-from desktop import HOST, LEFT, MIDDLE, RIGHT, TONE, WHEEL_DOWN, Picture, Program, StatusItem, wait_for
+from desktop import HOST, LEFT, MIDDLE, RIGHT, TONE, WHEEL_DOWN, Picture, Program, StatusItem, step, wait_for
 
 PROGRAM = sys.argv[1]
 OPENS_MENU_ON_LEFT = HOST == "xfce-indicator"
@@ -17,25 +19,14 @@ SHOWS_LABEL = HOST == "xfce-indicator"
 NUMBER = "claude 42% · 3h 5m"
 FORWARDS_SCROLL = HOST != "xfce-systray"
 
-# Shares of red, green and blue that no text, panel or background has.
-TINTS = {
-    "orange": lambda r, g, b: r > 130 and r - g > 50 and g - b > 50,
-    "red": lambda r, g, b: r > 150 and r - g > 90 and abs(g - b) < 40,
-}
-
-
-def step(name):
-    print(f"{HOST} {TONE}: {name}", flush=True)
+TINTS = {"orange": lambda r, g, b: r > 130 and r - g > 50 and g - b > 50, "red": desktop.is_red}
 
 
 def find_item(program):
-    """The first and the last column of the item, of its picture where it has a label: what turns red."""
-    program.say(f"title critical {NUMBER}")
-    wait_for("the item to appear in red", lambda: desktop.panel().count(TINTS["red"]) > 30, 30)
-    columns = desktop.settled_panel().columns(TINTS["red"])
-    program.say(f"title normal {NUMBER}")
-    wait_for("the item's usual colour", lambda: not desktop.panel().count(TINTS["red"]))
-    return columns
+    """Of its picture where it has a label: what turns red."""
+    return desktop.item_columns(
+        lambda: program.say(f"title critical {NUMBER}"), lambda: program.say(f"title normal {NUMBER}")
+    )
 
 
 def item_picture(columns):
@@ -106,73 +97,22 @@ def check_return(program):
     program.hear("no host")
     desktop.start_panel()
     program.hear("host", 20)
-    item = StatusItem()
-    wait_for("the registration", item.is_registered)
-    find_item(program)
-
-
-def check_end():
-    step("ends by its menu")
-    program = Program(PROGRAM)
-    try:
-        program.hear("host", 20)
-        columns = find_item(program)
-        click_entry(columns, at_bottom=True)
-        program.hear("menu quit")
-        assert program.process.wait(timeout=10) == 0
-    finally:
-        program.end()
-
-
-def check_bus_closed(program):
-    step("outlives the bus")
-    desktop.end_bus()
-    if HOST != "none":
-        program.hear("no host", 10)
-    program.say("title critical codex 1%")
-    assert program.is_running()
-
-
-def test_without_host():
-    program = Program(PROGRAM)
-    try:
-        step("says that there is no status area, and works")
-        program.hear("no host", 20)
-        program.say("title critical codex 1%")
-        assert StatusItem().label == ""
-        check_bus_closed(program)
-    finally:
-        program.end()
-
-
-def test_with_host():
-    program = Program(PROGRAM)
-    try:
-        program.hear("host", 20)
-        columns = find_item(program)
-        desktop.save("item", x=desktop.WIDTH - 300, width=300, height=desktop.PANEL_HEIGHT)
-        item = StatusItem()
-        check_looks(program, item, columns)
-        check_mouse(program, item, columns)
-        check_return(program)
-        step("is gone with its program")
-        program.say(f"title critical {NUMBER}")
-        wait_for("the item in red", lambda: desktop.panel().count(TINTS["red"]) > 30)
-    finally:
-        program.end()
-    wait_for("the item to leave", lambda: not desktop.panel().count(TINTS["red"]))
-    check_end()
-
-    program = Program(PROGRAM)
-    try:
-        program.hear("host", 20)
-        check_bus_closed(program)
-    finally:
-        program.end()
+    wait_for("the registration", StatusItem().is_registered)
 
 
 desktop.move_away()
-if HOST == "none":
-    test_without_host()
-else:
-    test_with_host()
+with Program(PROGRAM) as program:
+    program.hear("host", 20)
+    columns = find_item(program)
+    desktop.save("item", x=desktop.WIDTH - 300, width=300, height=desktop.PANEL_HEIGHT)
+    check_looks(program, StatusItem(), columns)
+    check_mouse(program, StatusItem(), columns)
+    check_return(program)
+    step("ends by its menu, and is gone with its program")
+    columns = find_item(program)
+    program.say(f"title critical {NUMBER}")
+    wait_for("the item in red", lambda: desktop.panel().count(desktop.is_red) > 30)
+    click_entry(columns, at_bottom=True)
+    program.hear("menu quit")
+    assert program.process.wait(timeout=10) == 0
+wait_for("the item to leave", lambda: not desktop.panel().count(desktop.is_red))

@@ -1,94 +1,57 @@
 #include "KivoTheme/Contrast.h"
 #include "KivoTheme/Palette.h"
 
-#include <gmock/gmock.h>
+#include <QMetaProperty>
+#include <QStringList>
+
+#include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 namespace kivo {
 namespace {
 
+constexpr const char* surfaces = "canvas card raised track hover pressed";
+constexpr const char* grounds = "canvas card";
 constexpr double readable = 4.5;
+constexpr double enhanced = 7;
 constexpr double visible = 3;
-
-struct Named {
-    const char* name;
-    QColor color;
-};
 
 class PaletteTest : public ::testing::TestWithParam<Appearance> {
   protected:
     Palette palette = Palette::of(GetParam());
 
-    std::vector<Named> surfaces() const {
-        return {{"canvas", palette.canvas}, {"card", palette.card},   {"raised", palette.raised},
-                {"track", palette.track},   {"hover", palette.hover}, {"pressed", palette.pressed}};
+    /// The colour, or the colours, that QML knows by the name.
+    QList<QColor> named(const QString& name) const {
+        const QMetaObject& meta = Palette::staticMetaObject;
+        const QVariant found =
+            meta.property(meta.indexOfProperty(qPrintable(name))).readOnGadget(&palette);
+        EXPECT_TRUE(found.isValid()) << name.toStdString();
+        return found.canConvert<QList<QColor>>() ? found.value<QList<QColor>>()
+                                                 : QList<QColor>{found.value<QColor>()};
     }
-    std::vector<Named> grounds() const {
-        return {{"canvas", palette.canvas}, {"card", palette.card}};
-    }
-    static void expectContrast(const std::vector<Named>& marks, const std::vector<Named>& on,
-                               double least) {
-        for (const Named& mark : marks)
-            for (const Named& ground : on)
-                EXPECT_GE(contrastRatio(mark.color, ground.color), least)
-                    << mark.name << " " << mark.color.name().toStdString() << " on " << ground.name
-                    << " " << ground.color.name().toStdString();
-    }
-    static std::vector<Named> all(const char* name, const QList<QColor>& colors) {
-        std::vector<Named> named;
-        for (const QColor& color : colors)
-            named.push_back({name, color});
-        return named;
+    void expectContrast(const char* marks, const char* on, double least) const {
+        for (const QString& mark : QString(marks).split(' '))
+            for (const QColor& color : named(mark))
+                for (const QString& ground : QString(on).split(' '))
+                    EXPECT_GE(contrastRatio(color, named(ground).first()), least)
+                        << mark.toStdString() << " " << color.name().toStdString() << " on "
+                        << ground.toStdString();
     }
 };
 
-TEST_P(PaletteTest, TextsAreReadableOnWhatCarriesThem) {
-    expectContrast({{"text", palette.text}, {"secondaryText", palette.secondaryText}}, surfaces(),
-                   readable);
-    expectContrast({{"accentText", palette.accentText},
-                    {"warningText", palette.warningText},
-                    {"criticalText", palette.criticalText}},
-                   grounds(), readable);
-    expectContrast({{"onAccent", palette.onAccent}}, {{"accent", palette.accent}}, readable);
-}
-
-TEST_P(PaletteTest, HighContrastIsMoreThanEnough) {
-    if (!GetParam().highContrast) return;
-    constexpr double enhanced = 7;
-    expectContrast({{"text", palette.text},
-                    {"secondaryText", palette.secondaryText},
-                    {"accentText", palette.accentText},
-                    {"warningText", palette.warningText},
-                    {"criticalText", palette.criticalText}},
-                   grounds(), enhanced);
-    expectContrast({{"hairline", palette.hairline}}, grounds(), visible);
-}
-
-TEST_P(PaletteTest, MarksStandOutFromTheirGround) {
-    expectContrast({{"accent", palette.accent},
-                    {"warning", palette.warning},
-                    {"critical", palette.critical},
-                    {"muted", palette.muted},
-                    {"outline", palette.outline},
-                    {"focus", palette.focus}},
-                   grounds(), visible);
-    expectContrast(all("series", palette.series), grounds(), visible);
-    expectContrast(all("part", palette.parts), {{"card", palette.card}}, visible);
+TEST_P(PaletteTest, StandsOutFromWhatCarriesIt) {
+    expectContrast("text secondaryText", surfaces, readable);
+    expectContrast("accentText warningText criticalText", grounds, readable);
+    expectContrast("onAccent", "accent", readable);
+    expectContrast("accent warning critical muted outline focus series", grounds, visible);
+    expectContrast("parts", "card", visible);
     // A bar's fill has to be told from the rest of the bar, and symbols from a chosen entry.
-    expectContrast({{"accent", palette.accent},
-                    {"warning", palette.warning},
-                    {"critical", palette.critical},
-                    {"muted", palette.muted},
-                    {"accentText", palette.accentText},
-                    {"focus", palette.focus},
-                    {"timeMark", palette.timeMark}},
-                   {{"track", palette.track}}, visible);
-}
-
-TEST_P(PaletteTest, KnobsStandOutFromASwitchThatIsOff) {
-    expectContrast({{"knob", palette.knob}}, {{"outline", palette.outline}}, visible);
+    expectContrast("accent warning critical muted accentText focus timeMark", "track", visible);
+    expectContrast("knob", "outline", visible);
+    if (!GetParam().highContrast) return;
+    expectContrast("text secondaryText accentText warningText criticalText", grounds, enhanced);
+    expectContrast("hairline", grounds, visible);
 }
 
 TEST_P(PaletteTest, IntensityGrowsStepByStep) {
@@ -102,16 +65,10 @@ TEST_P(PaletteTest, IntensityGrowsStepByStep) {
 INSTANTIATE_TEST_SUITE_P(Appearances, PaletteTest,
                          ::testing::Values(Appearance{}, Appearance{.dark = true},
                                            Appearance{.highContrast = true},
-                                           Appearance{.dark = true, .highContrast = true}),
-                         [](const auto& each) {
-                             return std::string(each.param.dark ? "Dark" : "Light") +
-                                    (each.param.highContrast ? "HighContrast" : "");
-                         });
+                                           Appearance{.dark = true, .highContrast = true}));
 
 TEST(Contrast, IsAsTheGuidelinesDefineIt) {
-    EXPECT_DOUBLE_EQ(contrastRatio(Qt::black, Qt::white), 21);
     EXPECT_DOUBLE_EQ(contrastRatio(Qt::white, Qt::black), 21);
-    EXPECT_DOUBLE_EQ(contrastRatio(Qt::red, Qt::red), 1);
     EXPECT_NEAR(contrastRatio(QColor(0x76, 0x76, 0x76), Qt::white), 4.54, 0.005);
 }
 

@@ -13,7 +13,7 @@ from desktop import wait_for
 
 PROGRAM = sys.argv[1]
 COMMAND = os.path.join(os.path.dirname(PROGRAM), "tokwatch")
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 HOME = os.path.join(os.environ["HOME"], "demo")
 
 # The session keeps accessibility from the panel, which it slows down.
@@ -33,6 +33,13 @@ class Application:
     def __init__(self, environment=None):
         self.errors = open(os.path.join(os.environ["HOME"], "errors"), "w+")
         self.process = subprocess.Popen([PROGRAM, "--home", HOME], stderr=self.errors, env=environment)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.end()
+        print(self.complaints(), file=sys.stderr)
 
     def is_running(self):
         return self.process.poll() is None
@@ -79,22 +86,14 @@ def press(name):
         raise
 
 
-def is_red(red, green, blue):
-    return red > 150 and red - green > 90 and abs(green - blue) < 40
-
-
 def set_thresholds(warning, critical):
     tokwatch("preferences", "set", "warningThreshold", str(warning))
     tokwatch("preferences", "set", "criticalThreshold", str(critical))
 
 
 def find_item():
-    """The middle of the item on the panel, told by its turning red where all limits count as low."""
-    set_thresholds(1, 0.95)
-    wait_for("the item in red", lambda: desktop.panel().count(is_red) > 30, 30)
-    left, right = desktop.settled_panel().columns(is_red)
-    set_thresholds(0.25, 0.1)
-    wait_for("the item's usual colour", lambda: not desktop.panel().count(is_red))
+    """The middle of the item on the panel."""
+    left, right = desktop.item_columns(lambda: set_thresholds(1, 0.95), lambda: set_thresholds(0.25, 0.1))
     return (left + right) // 2, desktop.PANEL_HEIGHT // 2 - 1
 
 

@@ -1,0 +1,206 @@
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Views/ViewWorld.h"
+#include "Tokwatch/Views/Menu/MenuView.h"
+#include "Tokwatch/Views/Onboarding/OnboardingView.h"
+#include "Tokwatch/Views/Settings/MenuBarView.h"
+#include "Tokwatch/Views/Settings/SettingsView.h"
+
+#include <QSignalSpy>
+
+#include <gmock/gmock.h>
+
+namespace tokwatch {
+namespace {
+
+using ::testing::ElementsAre;
+using enum ProviderID;
+using ::testing::IsEmpty;
+using ::testing::Pair;
+
+struct SettingsViewTest : ::testing::Test, testing::ViewWorld {
+    std::optional<SettingsView> view{std::in_place, *model, clock, places};
+
+    std::vector<ProviderSettingsRow> providers() {
+        return testing::rowsOf<ProviderSettingsRow>(*view->providers()->rows());
+    }
+    ProviderSettingsRow provider(ProviderID inTheUsualOrder) {
+        return providers()[static_cast<std::size_t>(inTheUsualOrder)];
+    }
+    std::string order() {
+        std::string ids;
+        for (const ProviderSettingsRow& row : providers())
+            ids += row.id.toStdString() + ' ';
+        return ids;
+    }
+};
+
+TEST_F(SettingsViewTest, StartsAtLoginOrSaysWhyItCannot) {
+    GeneralView& general = *view->general();
+    general.setStartsAtLogin(true);
+    EXPECT_TRUE(loginItem.isEnabled());
+    // Somebody else removes the entry; it is noticed when the clock is looked at.
+    std::filesystem::remove_all(home / ".config/autostart");
+    pass(Seconds{30});
+    EXPECT_FALSE(general.state().startsAtLogin);
+
+    home.write(".config/autostart", "no directory");
+    QSignalSpy changes(&general, &GeneralView::stateChanged);
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        general.setStartsAtLogin(true);
+        settle();
+        EXPECT_GT(changes.count(), attempt) << "the switch has to move back each time";
+        EXPECT_FALSE(general.state().startsAtLogin);
+        EXPECT_EQ(general.state().loginProblem,
+                  "~/.config/autostart/app.tokwatch.desktop could not be written.");
+    }
+    std::filesystem::remove(home / ".config/autostart");
+    general.setStartsAtLogin(true);
+    settle();
+    EXPECT_EQ(general.state().loginProblem, "");
+}
+
+TEST_F(SettingsViewTest, OrdersProviders) {
+    for (const auto& [from, to, expected] : {std::tuple{0, 2, "codex grok claude cursor "},
+                                             {3, 0, "cursor codex grok claude "},
+                                             {0, 4, "cursor codex grok claude "},
+                                             {-1, 2, "cursor codex grok claude "}}) {
+        view->providers()->move(from, to);
+        EXPECT_EQ(order(), expected) << from << " to " << to;
+    }
+    preferences->providerOrder = {grok};
+    settle();
+    EXPECT_EQ(order(), "grok claude codex cursor ");
+}
+
+TEST_F(SettingsViewTest, ReReadsWithProgress) {
+    home.write(".claude/projects/a/b.jsonl", "");
+    home.write(".config/Cursor/User/globalStorage/state.vscdb", "");
+    view.emplace(*model, clock, places);
+    for (const ProviderID id : allCases<ProviderID>)
+        EXPECT_EQ(provider(id).canReread, id == claude) << "the others' logs are not there";
+    view->providers()->reread("claude");
+    for (const auto& [progress, text, fraction] :
+         {std::tuple{IndexingProgress{codex, 5'000'000, 10'000'000}, "Re-reading…", 0.0},
+          {IndexingProgress{claude, 5'000'000, 20'000'000}, "Re-reading: 5.0 MB of 20.0 MB",
+           0.25}}) {
+        settle();
+        EXPECT_TRUE(provider(claude).isRereading);
+        indexer.report(progress);
+        settle();
+        EXPECT_EQ(provider(claude).rereadingText, text);
+        EXPECT_EQ(provider(claude).rereadFraction, fraction);
+    }
+    finishAllPasses();
+    EXPECT_FALSE(provider(claude).isRereading);
+}
+
+struct MenuBarViewTest : ::testing::Test, testing::ViewWorld {
+    MenuBarView view{*model, clock};
+
+    const MenuBarState& state() {
+        settle();
+        return view.state();
+    }
+    std::vector<WindowRow> windows() {
+        settle();
+        return testing::rowsOf<WindowRow>(*view.windows());
+    }
+};
+
+TEST_F(MenuBarViewTest, ChoosesAmongTheEnabledProviders) {
+    EXPECT_EQ(state().providers, (QStringList{"Claude", "Codex"})) << "others have no number";
+    view.setProvider(1);
+    view.setProvider(9);
+    EXPECT_EQ(preferences->pinnedProvider.peek(), codex);
+    EXPECT_EQ(state().provider, 1);
+    // What the item shows while the pinned one is turned off.
+    preferences->disabledProviders = {codex};
+    EXPECT_EQ(state().providers, (QStringList{"Claude"}));
+    EXPECT_EQ(state().provider, 0);
+    preferences->pinnedProvider = grok; // from the command line
+    EXPECT_EQ(state().providers, (QStringList{"Claude", "Grok"}));
+    EXPECT_EQ(state().provider, 1);
+}
+
+TEST_F(MenuBarViewTest, ChoosesAWindowForEachProvider) {
+    // Before any limit is known there is one choice; those without limits have none ever.
+    EXPECT_THAT(windows(), ElementsAre(WindowRow{"claude", "Claude", {"Lowest left"}, 0},
+                                       WindowRow{"codex", "Codex", {"Lowest left"}, 0}));
+    knowLimits(claude, 0.5, 0.75);
+    view.setWindow("claude", 2);
+    EXPECT_EQ(windows()[0],
+              (WindowRow{"claude", "Claude", {"Lowest left", "Session", "Weekly"}, 2}));
+    view.setWindow("claude", 3);
+    view.setWindow("nobody", 1);
+    EXPECT_THAT(preferences->menuBarWindows.peek(), ElementsAre(Pair("claude", "weekly")));
+    view.setWindow("claude", 0);
+    EXPECT_THAT(preferences->menuBarWindows.peek(), IsEmpty());
+    preferences->menuBarWindows = {{"claude", "yearly"}};
+    EXPECT_EQ(windows()[0].current, 0) << "what stands in for one that is gone";
+}
+
+TEST_F(MenuBarViewTest, PreviewsTheItem) {
+    const auto preview = [this] { return state().preview; };
+    EXPECT_TRUE(preview().isSample);
+    EXPECT_EQ(preview().provider + " " + preview().text, "claude 42% · 3h 5m");
+    knowLimits(codex, 0.125, 0.75);
+    EXPECT_FALSE(preview().isSample);
+    EXPECT_EQ(preview().text, "") << "nothing of the pinned provider is known";
+    view.setProvider(1);
+    EXPECT_EQ(preview().spoken, "Codex 12%, yellow");
+    view.setCritical(0.2);
+    EXPECT_EQ(preview().spoken, "Codex 12%, red");
+    view.setTint(false);
+    EXPECT_EQ(preview().spoken, "Codex 12%");
+    view.setWindow("codex", 2);
+    EXPECT_EQ(preview().text, "75%");
+    preferences->disabledProviders = {claude, codex, grok, cursor};
+    EXPECT_EQ(preview().spoken, "Tokwatch");
+}
+
+TEST(OnboardingView, ShowsTheSignThatTheItemHas) {
+    testing::ViewWorld world;
+    Preferences& preferences = *world.preferences;
+    OnboardingView welcome(preferences, ProviderLocations{world.home.path()}, world.loginItem);
+    QSignalSpy changes(&welcome, &OnboardingView::signChanged);
+    EXPECT_EQ(welcome.sign(), "claude");
+    preferences.pinnedProvider = codex; // which came first
+    world.settle();
+    EXPECT_EQ(welcome.sign(), "codex");
+    preferences.menuBarStyle = MenuBarStyle::icon;
+    world.settle();
+    EXPECT_EQ(welcome.sign(), "");
+    EXPECT_EQ(changes.count(), 2);
+    welcome.finish();
+    EXPECT_TRUE(preferences.hasCompletedOnboarding);
+}
+
+TEST(MenuView, IsUsedByKeyboardAndRunsWhatWasChosenOnceItIsClosed) {
+    testing::needEventLoop();
+    int refreshes = 0;
+    MenuView view({{"Refresh", QKeySequence(Qt::CTRL | Qt::Key_R), [&] { ++refreshes; }},
+                   kivo::MenuEntry::separator(),
+                   {"Quit", {}, {}}});
+    std::string walk;
+    for (const int direction : {1, 1, 1, -1, -1}) {
+        view.move(direction);
+        walk += std::to_string(view.current());
+    }
+    EXPECT_EQ(walk, "02020");
+    view.setCurrent(1);
+    EXPECT_EQ(view.current(), -1) << "at a separator";
+    view.move(-1);
+    EXPECT_EQ(view.current(), 2);
+
+    QSignalSpy closed(&view, &MenuView::closeRequested);
+    view.choose(1);
+    EXPECT_EQ(closed.count(), 0);
+    view.choose(0);
+    EXPECT_EQ(closed.count(), 1);
+    EXPECT_EQ(refreshes, 0);
+    testing::settle();
+    EXPECT_EQ(refreshes, 1);
+}
+
+} // namespace
+} // namespace tokwatch
