@@ -354,9 +354,8 @@ TEST_F(AppModelTest, MayEndWhileEverythingIsUnderWay) {
     model->reread(ProviderID::claude);
     indexer.report({ProviderID::claude, 1, 2});
     change({logPath("a.jsonl")});
-    const testing::FakeWatch late = watch;
+    watch.onChange({logPath("a.jsonl")}); // on its way to the main thread
     model.reset();
-    late.onChange({logPath("a.jsonl")});
     notifications.refresh();
     claude().answer(someLimits(time.now()));
     holdBackground = false;

@@ -24,7 +24,7 @@ class FakeLimitsProvider final : public LimitsProvider {
 
     /// Ends the oldest fetch; its continuation runs in the next turn of the event loop.
     void answer(const ProviderLimits& limits) {
-        const auto promise = pending.front();
+        const auto promise = pending.at(0);
         pending.pop_front();
         promise->addResult(limits);
         promise->finish();
