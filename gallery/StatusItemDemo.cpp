@@ -39,7 +39,13 @@ class DemoSource final : public StatusItemSource {
         return {isCodex    ? "8% · 41m"
                 : isWeekly ? "66% · 2d 4h"
                            : "42% · 3h 5m",
-                choice.provider, isCodex ? Severity::critical : Severity::normal, "Chosen"};
+                choice.provider,
+                isCodex ? Severity::critical : Severity::normal,
+                "Chosen",
+                false,
+                isCodex    ? 8
+                : isWeekly ? 66
+                           : 42};
     }
     std::string line(const WindowChoice& choice) const override {
         return choice.label + " " + *title(choice).text;
@@ -61,6 +67,8 @@ StatusTitle titleFrom(std::istream& words) {
     title.severity = severityNamed(severity);
     title.provider = providerFromRawValue(provider);
     if (!text.empty() && text != "-") title.text = text;
+    if (title.text && text.find('%') != std::string::npos)
+        title.percentLeft = std::atoi(text.c_str());
     title.tooltip = "Claude · Session 42% left · resets in 3h 5m\nCodex · Weekly <8%> & more";
     return title;
 }

@@ -51,7 +51,8 @@ TEST_F(StatusTitleTest, ShowsThePinnedProvidersTightestWindow) {
     limits[codex].windows = {window("week", 0.3)};
     EXPECT_EQ(title(), (StatusTitle{"50% · 3h 5m", claude, Severity::normal,
                                     "Claude · The session 50% left · resets in 3h 5m\n"
-                                    "Codex · The week 30% left"}));
+                                    "Codex · The week 30% left",
+                                    false, 50}));
     preferences.showResetTime = false;
     EXPECT_EQ(title().text, "50%");
     preferences.pinnedProvider = codex;
@@ -83,7 +84,8 @@ TEST_F(StatusTitleTest, HasNothingToShow) {
     limits[codex].windows = {window("week", 0.25)};
     preferences.providerOrder = ProviderList{claude, codex};
     preferences.disabledProviders = ProviderSet{claude};
-    EXPECT_EQ(title(), (StatusTitle{"25%", codex, Severity::warning, "Codex · The week 25% left"}))
+    EXPECT_EQ(title(), (StatusTitle{"25%", codex, Severity::warning, "Codex · The week 25% left",
+                                    false, 25}))
         << "the first one that is enabled";
 }
 
@@ -99,8 +101,8 @@ TEST_F(StatusTitleTest, ChoosesTheWindow) {
     EXPECT_EQ(title().text, "25% · 1m");
 
     limits[claude].windows = {window("old", 0.1, 0), window("older", 0, -60)};
-    EXPECT_EQ(title(),
-              (StatusTitle{"100% · now", claude, Severity::normal, "Claude · The old 100% left"}));
+    EXPECT_EQ(title(), (StatusTitle{"100% · now", claude, Severity::normal,
+                                    "Claude · The old 100% left", false, 100}));
 }
 
 TEST_F(StatusTitleTest, TintsByTheLeastOfAllEnabledProviders) {

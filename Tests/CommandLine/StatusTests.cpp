@@ -27,8 +27,8 @@ ProviderLimits limits(std::vector<LimitWindow> windows, Date fetchedAt = now) {
 }
 
 struct StatusLineTest : ::testing::Test {
-    StatusReport report(const LimitsByProvider& known) const {
-        return statusReport(preferences, known, now);
+    StatusTitle report(const LimitsByProvider& known) const {
+        return statusTitle(preferences, known, now);
     }
 
     TemporaryDirectory directory;
@@ -37,7 +37,7 @@ struct StatusLineTest : ::testing::Test {
 };
 
 TEST_F(StatusLineTest, WritesTheTitleInEachFormat) {
-    const StatusReport shown = report(
+    const StatusTitle shown = report(
         {{ProviderID::claude, limits({window("s", "A & <b>", 0.806, now + Seconds{11'100})})},
          {ProviderID::codex, limits({window("w", "Weekly", 0.5)})}});
     EXPECT_EQ(statusLine(shown, StatusFormat::text), "19% · 3h 5m");
@@ -59,7 +59,7 @@ TEST_F(StatusLineTest, HasSomethingToShowWithoutAText) {
               R"({"text":"Tokwatch","alt":"none","tooltip":"Tokwatch","class":"normal"})");
 
     preferences.menuBarStyle = MenuBarStyle::icon;
-    const StatusReport icon =
+    const StatusTitle icon =
         report({{ProviderID::claude, limits({window("s", "S\033[31m", 0.95)})}});
     EXPECT_EQ(statusLine(icon, StatusFormat::text), "Claude · S?[31m 5% left");
     EXPECT_THAT(statusLine(icon, StatusFormat::waybar),

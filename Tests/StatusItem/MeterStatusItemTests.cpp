@@ -26,7 +26,10 @@ constexpr auto itemInterface = "org.kde.StatusNotifierItem";
 StatusTitle titled(const char* text, std::optional<ProviderID> provider = ProviderID::claude,
                    Severity severity = Severity::normal) {
     StatusTitle title{std::nullopt, provider, severity, "Claude · Session 42% left"};
-    if (text) title.text = text;
+    if (text) {
+        title.text = text;
+        title.percentLeft = std::stoi(text);
+    }
     return title;
 }
 

@@ -1,5 +1,6 @@
 #include "Tests/Views/ViewWorld.h"
 #include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/LimitTexts.h"
 #include "Tokwatch/Views/Common/TimeTexts.h"
 #include "Tokwatch/Views/Popover/LimitRows.h"
 #include "Tokwatch/Views/Popover/PopoverView.h"
@@ -99,11 +100,11 @@ TEST(LimitRows, TellCreditsInTheWordsThatTheNumbersAllow) {
         const char* text;
     };
     for (const auto& [credits, text] :
-         {Case{{"", 4.2, {}, {}, false}, "$4.20 left"}, Case{{"", {}, {}, {}, true}, "Unlimited"},
+         {Case{{"", 4.2, {}, {}, false}, "$4.20 left"}, Case{{"", {}, {}, {}, true}, "unlimited"},
           Case{{"", {}, 3.0, {}, true}, "$3.00 used, no limit"},
           Case{{"", {}, 3.0, {}, false}, "$3.00 used"},
-          Case{{"", {}, {}, 50.0, false}, "Limit $50.00"}, Case{{"", {}, {}, {}, false}, ""}})
-        EXPECT_EQ(creditsText(credits).toStdString(), text);
+          Case{{"", {}, {}, 50.0, false}, "limit $50.00"}, Case{{"", {}, {}, {}, false}, ""}})
+        EXPECT_EQ(LimitTexts::credits(credits), text);
 }
 
 TEST(StatusNotices, SayWhatHelps) {

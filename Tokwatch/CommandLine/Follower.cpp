@@ -80,10 +80,8 @@ class Follower {
     Follower(const CommandEnvironment& e, StatusFormat format)
         : environment(e), output(e.terminal),
           application(surroundings(), WorkLease::Rank::follower, preferences, bus),
-          title([this] { return report(); },
-                [this, format](const StatusReport& report) {
-                    output.show(statusLine(report, format));
-                }) {}
+          title([this] { return current(); },
+                [this, format](const StatusTitle& now) { output.show(statusLine(now, format)); }) {}
 
     int run() {
         preferences.followFile();
@@ -102,9 +100,9 @@ class Follower {
         return world;
     }
 
-    StatusReport report() {
+    StatusTitle current() {
         ticks.value(); // time is read, too
-        return statusReport(preferences, application.model().limits(), environment.now());
+        return statusTitle(preferences, application.model().limits(), environment.now());
     }
 
     const CommandEnvironment& environment;
@@ -116,7 +114,7 @@ class Follower {
     DesktopBus bus{QDBusConnection::sessionBus(), QDBusConnection::systemBus()};
     Application application;
     QProperty<int> ticks{0};
-    ObservingUpdater<StatusReport> title;
+    ObservingUpdater<StatusTitle> title;
 };
 
 } // namespace

@@ -2,11 +2,11 @@
 
 #include "Tokwatch/CommandLine/Table.h"
 #include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/LimitTexts.h"
 #include "Tokwatch/Limits/RefreshPolicy.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Presentation/LimitBarModel.h"
-#include "TokwatchCore/Presentation/MeterFormat.h"
 #include "TokwatchCore/Presentation/WindowLabel.h"
 
 #include <algorithm>
@@ -17,55 +17,8 @@ namespace {
 constexpr std::size_t barColumns = 20;
 /// Labels and plans come from services.
 constexpr std::size_t longestLabel = 40;
-
-/// What a status means to the user; empty where there is nothing to say.
-std::string sentence(ProviderID provider, const ProviderLimits& limits, bool claudeLiveLimits) {
-    const bool isClaude = provider == ProviderID::claude;
-    const std::string name(displayName(provider));
-    const std::string tool(traits(provider).toolName);
-    switch (limits.status) {
-    case ProviderStatus::ok:
-        return limits.windows.empty() && !limits.credits
-                   ? name + " reports no limits for this plan."
-                   : "";
-    case ProviderStatus::signInNeeded:
-        return "The login has expired. Using " + tool + " renews it.";
-    case ProviderStatus::unreachable:
-        return name + " could not be reached.";
-    case ProviderStatus::rateLimited:
-        return name + " limits how often Tokwatch may ask.";
-    case ProviderStatus::accessDenied:
-        return "Tokwatch was not allowed to read the login.";
-    case ProviderStatus::unavailable:
-        break;
-    }
-    if (isClaude && !claudeLiveLimits)
-        return "Live limits are turned off; tokwatch preferences set claudeLiveLimits true turns "
-               "them on.";
-    if (provider == ProviderID::grok) return "Grok does not publish its limits.";
-    if (provider == ProviderID::cursor) return "Cursor is only detected.";
-    return "No login was found. Sign in with " + tool + ", then try again.";
-}
-
-std::string resetText(const LimitWindow& window, const LimitBarModel& bar, Date now,
-                      const Calendar& calendar) {
-    if (!bar.resetText) return "";
-    if (*window.resetsAt <= now) return "has reset";
-    return "resets in " + *bar.resetText + " · " +
-           DayFormat::coming(*window.resetsAt, now, calendar);
-}
-
-/// "$12.34 of $50.00 used"; empty when nothing is known.
-std::string amounts(const Credits& credits) {
-    const auto money = [](double usd) { return MeterFormat::money(usd); };
-    if (credits.spentUSD && credits.limitUSD)
-        return money(*credits.spentUSD) + " of " + money(*credits.limitUSD) + " used";
-    if (credits.balanceUSD) return money(*credits.balanceUSD) + " left";
-    if (credits.spentUSD)
-        return money(*credits.spentUSD) + (credits.unlimited ? " used, no limit" : " used");
-    if (credits.unlimited) return "no limit";
-    return credits.limitUSD ? "limit " + money(*credits.limitUSD) : "";
-}
+/// How a sentence goes on that tells that live limits are off.
+constexpr const char* turningOn = "; tokwatch preferences set claudeLiveLimits true turns them on.";
 
 class LimitsPrinter {
   public:
@@ -79,8 +32,11 @@ class LimitsPrinter {
         for (const LimitWindow& window : limits.windows)
             addWindow(window, limits.fetchedAt);
         if (limits.credits) addCredits(*limits.credits);
-        const std::string notice = sentence(provider, limits, preferences.claudeLiveLimits.peek());
-        if (!notice.empty()) table.add({{"  " + notice, toneOf(limits.status)}});
+        LimitNotice notice = limitNotice(provider, limits, preferences.claudeLiveLimits.peek());
+        if (notice.remedy == LimitNotice::Remedy::turnOnLiveLimits)
+            notice.sentence.replace(notice.sentence.size() - 1, 1, turningOn);
+        if (!notice.sentence.empty())
+            table.add({{"  " + notice.sentence, notice.isCalm ? Tone::dim : Tone::yellow}});
     }
 
     void print() {
@@ -97,14 +53,14 @@ class LimitsPrinter {
         table.add({{"  " + fitted(windowLabel(window), longestLabel)},
                    {model.percentLeftText + " left", toneOf(model.leftFraction)},
                    {track(model.leftFraction), toneOf(model.leftFraction)},
-                   {resetText(window, model, now, environment.calendar())},
+                   {LimitTexts::reset(window, model, now, environment.calendar())},
                    {std::string(caption(model.pace)),
                     model.pace == Pace::over ? Tone::yellow : Tone::dim},
                    {ageText(window, fetchedAt), Tone::dim}});
     }
 
     void addCredits(const Credits& credits) {
-        const std::string text = amounts(credits);
+        const std::string text = LimitTexts::credits(credits);
         if (!text.empty()) table.add({{"  " + fitted(credits.label, longestLabel) + ": " + text}});
     }
 
@@ -125,15 +81,16 @@ class LimitsPrinter {
     }
 
     Tone toneOf(double left) const {
-        if (isAtOrBelow(left, preferences.criticalThreshold.peek())) return Tone::red;
-        if (isAtOrBelow(left, preferences.warningThreshold.peek())) return Tone::yellow;
-        return Tone::green;
-    }
-
-    static Tone toneOf(ProviderStatus status) {
-        const bool isCalm = status == ProviderStatus::ok || status == ProviderStatus::unavailable ||
-                            status == ProviderStatus::rateLimited;
-        return isCalm ? Tone::dim : Tone::yellow;
+        switch (severityOf(left, preferences.warningThreshold.peek(),
+                           preferences.criticalThreshold.peek())) {
+        case Severity::normal:
+            return Tone::green;
+        case Severity::warning:
+            return Tone::yellow;
+        case Severity::critical:
+            return Tone::red;
+        }
+        return Tone::plain;
     }
 
     const CommandEnvironment& environment;

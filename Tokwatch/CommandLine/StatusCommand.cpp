@@ -16,7 +16,7 @@ int runStatus(const CommandEnvironment& environment, const StatusOptions& option
     const LimitsByProvider limits = storedLimits(environment, *environment.openStoreForReading(),
                                                  preferences, preferences.enabledProviders());
     environment.terminal.line(
-        statusLine(statusReport(preferences, limits, environment.now()), options.format));
+        statusLine(statusTitle(preferences, limits, environment.now()), options.format));
     return exitOk;
 }
 

@@ -1,8 +1,6 @@
 #include "Tokwatch/CommandLine/StatusLine.h"
 
 #include "Tokwatch/CommandLine/Table.h"
-#include "Tokwatch/Preferences/Preferences.h"
-#include "TokwatchCore/Presentation/LimitBarModel.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 
 #include <limits>
@@ -10,18 +8,6 @@
 
 namespace tokwatch {
 namespace {
-
-std::string_view nameOf(Severity severity) {
-    switch (severity) {
-    case Severity::normal:
-        return "normal";
-    case Severity::warning:
-        return "warning";
-    case Severity::critical:
-        return "critical";
-    }
-    return "";
-}
 
 std::string textLine(const StatusTitle& title) {
     const std::string line = title.text.value_or(title.tooltip.substr(0, title.tooltip.find('\n')));
@@ -58,38 +44,26 @@ std::string escapedForMarkup(std::string_view text) {
     return escaped;
 }
 
-std::string waybarLine(const StatusReport& report) {
-    const StatusTitle& title = report.title;
+std::string waybarLine(const StatusTitle& title) {
     Json json = Json::object();
     json["text"] = escapedForMarkup(title.text.value_or("Tokwatch"));
     json["alt"] = title.text ? std::string(rawValue(*title.provider)) : "none";
     json["tooltip"] = escapedForMarkup(title.tooltip);
     json["class"] = nameOf(title.severity);
-    if (report.percentLeft) json["percentage"] = *report.percentLeft;
+    if (title.percentLeft) json["percentage"] = *title.percentLeft;
     return jsonText(json);
 }
 
 } // namespace
 
-StatusReport statusReport(const Preferences& preferences, const LimitsByProvider& limits,
-                          Date now) {
-    StatusReport report{statusTitle(preferences, limits, now), std::nullopt};
-    if (!report.title.text) return report;
-    const ProviderID provider = *report.title.provider;
-    const LimitWindow* shown = menuBarWindow(preferences, provider, limits.at(provider), now);
-    // Cut off, not rounded, so that it is the number in the text.
-    report.percentLeft = static_cast<int>(wholePercent(LimitBarModel(*shown, now).leftFraction));
-    return report;
-}
-
-std::string statusLine(const StatusReport& report, StatusFormat format) {
+std::string statusLine(const StatusTitle& title, StatusFormat format) {
     switch (format) {
     case StatusFormat::text:
-        return textLine(report.title);
+        return textLine(title);
     case StatusFormat::json:
-        return jsonLine(report.title);
+        return jsonLine(title);
     case StatusFormat::waybar:
-        return waybarLine(report);
+        return waybarLine(title);
     }
     return {};
 }

@@ -62,16 +62,15 @@ Severity severity(const Preferences& preferences, const std::vector<ProviderID>&
         const double left = LimitBarModel(*window, now).leftFraction;
         least = std::min(least.value_or(left), left);
     }
-    if (!least) return Severity::normal;
-    if (isAtOrBelow(*least, preferences.criticalThreshold)) return Severity::critical;
-    if (isAtOrBelow(*least, preferences.warningThreshold)) return Severity::warning;
-    return Severity::normal;
+    return least ? severityOf(*least, preferences.warningThreshold, preferences.criticalThreshold)
+                 : Severity::normal;
 }
 
 void showWindow(StatusTitle& title, const Preferences& preferences, const ProviderLimits& limits,
                 const LimitWindow& window, Date now) {
     const LimitBarModel bar(window, now);
     title.text = bar.percentLeftText;
+    title.percentLeft = static_cast<int>(wholePercent(bar.leftFraction));
     if (preferences.showResetTime && bar.resetText) *title.text += " · " + *bar.resetText;
     title.isOld = LimitAge::isOld(window, limits.fetchedAt, now);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tokwatch/Display/Severity.h"
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Records/ProviderID.h"
 #include "TokwatchCore/Support/Date.h"
@@ -13,16 +14,14 @@ namespace tokwatch {
 
 class Preferences;
 
-/// How close the limits are to running out; drives the tint.
-enum class Severity { normal, warning, critical };
-
 /// What stands in the status area.
 struct StatusTitle {
     std::optional<std::string> text;    ///< "42% · 3h 5m"; none with the icon alone
     std::optional<ProviderID> provider; ///< whose limit the text shows
     Severity severity = Severity::normal;
-    std::string tooltip; ///< one line a provider, never empty
-    bool isOld = false;  ///< what the text shows is no longer current
+    std::string tooltip;              ///< one line a provider, never empty
+    bool isOld = false;               ///< what the text shows is no longer current
+    std::optional<int> percentLeft{}; ///< the number in the text, cut off as it is: 0…100
 
     friend bool operator==(const StatusTitle&, const StatusTitle&) = default;
 };

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <functional>
 #include <iterator>
 #include <utility>
@@ -19,15 +18,6 @@ using kivo::StatusAreaKind;
 // What status areas are high, at one and at two pixels to the point.
 constexpr std::array squareSides{16, 18, 20, 22, 24, 32, 44, 48, 64};
 constexpr std::array wideHeights{21, 42};
-
-/// The number at the beginning of "42% · 3h 5m".
-std::optional<int> leadingPercent(const std::string& text) {
-    int percent = 0;
-    const char* end = text.data() + text.size();
-    const auto [rest, failure] = std::from_chars(text.data(), end, percent);
-    if (failure != std::errc{} || rest == end || *rest != '%') return std::nullopt;
-    return percent;
-}
 
 template<typename Draw>
 QList<QImage> pictures(const auto& sizes, Draw draw) {
@@ -162,7 +152,6 @@ void MeterStatusItem::draw(const Face& face) {
     const InkChoice kind{title.severity, face.onDarkPanel, needsEdge, title.isOld};
     const Ink ink = statusInk(kind);
     const QString text = title.text ? QString::fromStdString(face.prefix + *title.text) : QString();
-    const std::optional<int> percent = title.text ? leadingPercent(*title.text) : std::nullopt;
 
     kivo::StatusIcon icon;
     QString label;
@@ -173,9 +162,9 @@ void MeterStatusItem::draw(const Face& face) {
         icon.pictures = pictures(wideHeights, [&](int height) {
             return titlePicture(title.provider, text, ink, height);
         });
-    } else if (percent) {
-        icon.pictures =
-            pictures(squareSides, [&](int side) { return gaugePicture(*percent, ink, side); });
+    } else if (title.percentLeft) {
+        icon.pictures = pictures(
+            squareSides, [&](int side) { return gaugePicture(*title.percentLeft, ink, side); });
     } else {
         icon = markIcon(face, kind);
     }

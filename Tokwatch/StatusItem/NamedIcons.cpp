@@ -15,18 +15,6 @@ namespace {
 constexpr std::array sides{16, 22, 24, 32, 48};
 constexpr std::array severities{Severity::normal, Severity::warning, Severity::critical};
 
-std::string_view word(Severity severity) {
-    switch (severity) {
-    case Severity::normal:
-        return "normal";
-    case Severity::warning:
-        return "warning";
-    case Severity::critical:
-        return "critical";
-    }
-    return {};
-}
-
 std::vector<std::optional<ProviderID>> allMarks() {
     std::vector<std::optional<ProviderID>> marks{std::nullopt};
     marks.insert(marks.end(), allCases<ProviderID>.begin(), allCases<ProviderID>.end());
@@ -53,7 +41,7 @@ QString NamedIcons::name(std::optional<ProviderID> provider, const InkChoice& in
     if (ink.severity == Severity::normal)
         name += "-symbolic";
     else
-        name.append("-").append(word(ink.severity)).append(ink.onDarkPanel ? "-dark" : "-light");
+        name.append("-").append(nameOf(ink.severity)).append(ink.onDarkPanel ? "-dark" : "-light");
     return QString::fromStdString(name);
 }
 

@@ -1,12 +1,13 @@
 #include "Tokwatch/Views/Popover/LimitRows.h"
 
 #include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/LimitTexts.h"
+#include "Tokwatch/Display/Severity.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/TimeTexts.h"
 #include "Tokwatch/Views/Popover/StatusNotice.h"
 #include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Presentation/LimitBarModel.h"
-#include "TokwatchCore/Presentation/MeterFormat.h"
 #include "TokwatchCore/Presentation/WindowLabel.h"
 #include "TokwatchCore/Support/PlainText.h"
 
@@ -15,20 +16,6 @@
 
 namespace tokwatch {
 namespace {
-
-LimitRow::Level levelOf(double left, const LimitJudgement& judgement) {
-    if (isAtOrBelow(left, judgement.criticalThreshold)) return LimitRow::Level::critical;
-    if (isAtOrBelow(left, judgement.warningThreshold)) return LimitRow::Level::warning;
-    return LimitRow::Level::normal;
-}
-
-QString resetSentence(const LimitWindow& window, const LimitBarModel& bar, Date now,
-                      const Calendar& calendar) {
-    if (!bar.resetText) return {};
-    if (*window.resetsAt <= now) return QStringLiteral("Has reset");
-    return QString("Resets in %1 · %2")
-        .arg(text(*bar.resetText), text(DayFormat::coming(*window.resetsAt, now, calendar)));
-}
 
 /// "60% used, 50% of the time gone"
 QString paceSentence(const LimitBarModel& bar) {
@@ -44,7 +31,7 @@ LimitRow limitRow(const LimitWindow& window, const ProviderLimits& limits,
     LimitRow row;
     row.label = text(windowLabel(window));
     row.leftText = text(bar.percentLeftText);
-    row.resetText = resetSentence(window, bar, now, calendar);
+    row.resetText = sentence(LimitTexts::reset(window, bar, now, calendar));
     // Where nothing is left, the pace is over.
     constexpr double leastLeft = 0.01;
     const Pace pace = bar.leftFraction < leastLeft ? Pace::unknown : bar.pace;
@@ -56,7 +43,8 @@ LimitRow limitRow(const LimitWindow& window, const ProviderLimits& limits,
     if (bar.timeLeftFraction)
         row.timeText = QString("This mark is time: %1% of this limit's period is left")
                            .arg(std::lround(*bar.timeLeftFraction * 100));
-    row.level = levelOf(bar.leftFraction, judgement);
+    row.level = static_cast<LimitRow::Level>(
+        severityOf(bar.leftFraction, judgement.warningThreshold, judgement.criticalThreshold));
     row.isAhead = pace == Pace::over;
     row.isOld = LimitAge::isOld(window, limits.fetchedAt, now);
     QStringList parts{row.label + " " + row.leftText + " left"};
@@ -108,7 +96,7 @@ ProviderRow providerRow(const ProvidersKnown& known, ProviderID provider, Date n
             row.windows.append(
                 QVariant::fromValue(limitRow(window, *limits, known.judgement, now, calendar)));
         if (limits->credits) {
-            row.creditsText = creditsText(*limits->credits);
+            row.creditsText = sentence(LimitTexts::credits(*limits->credits));
             if (!row.creditsText.isEmpty())
                 row.creditsLabel = text(plainText(limits->credits->label));
         }
@@ -132,17 +120,6 @@ ProviderRow providerRow(const ProvidersKnown& known, ProviderID provider, Date n
 
 int seriesOf(ProviderID provider) {
     return static_cast<int>(provider);
-}
-
-QString creditsText(const Credits& credits) {
-    const auto money = [](double usd) { return text(MeterFormat::money(usd)); };
-    if (credits.spentUSD && credits.limitUSD)
-        return QString("%1 of %2 used").arg(money(*credits.spentUSD), money(*credits.limitUSD));
-    if (credits.balanceUSD) return money(*credits.balanceUSD) + " left";
-    if (credits.unlimited)
-        return credits.spentUSD ? money(*credits.spentUSD) + " used, no limit" : "Unlimited";
-    if (credits.spentUSD) return money(*credits.spentUSD) + " used";
-    return credits.limitUSD ? "Limit " + money(*credits.limitUSD) : QString();
 }
 
 QString tryText(const AttemptTimes& times, Date now, const Calendar& calendar) {

@@ -31,7 +31,7 @@ struct LimitRow {
     Q_PROPERTY(QString timeText MEMBER timeText)
     Q_PROPERTY(QString paceText MEMBER paceText)
   public:
-    enum class Level { normal, warning, critical };
+    enum class Level { normal, warning, critical }; ///< as Severity has them
     Q_ENUM(Level)
 
     QString label;
@@ -132,8 +132,5 @@ std::vector<QuietProvider> quietProviders(const ProvidersKnown& known);
 
 /// "Tried just now · again in 24 s"; empty when the provider may be asked at once.
 QString tryText(const AttemptTimes& times, Date now, const Calendar& calendar);
-
-/// "$12.40 of $50.00 used", "$4.20 left", "Unlimited".
-QString creditsText(const Credits& credits);
 
 } // namespace tokwatch

@@ -1,18 +1,32 @@
 #include "Tokwatch/Views/Popover/StatusNotice.h"
 
 #include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/LimitTexts.h"
 #include "Tokwatch/Views/Common/Text.h"
 
 namespace tokwatch {
 namespace {
 
-/// What the user signs in with.
-QString toolName(ProviderID provider) {
-    return text(traits(provider).toolName);
+StatusNotice withAction(const LimitNotice& notice) {
+    const auto with = [&notice](ProviderAction::Value action, const char* words) {
+        return StatusNotice{text(notice.sentence), notice.isCalm, action, words};
+    };
+    switch (notice.remedy) {
+    case LimitNotice::Remedy::none:
+        break;
+    case LimitNotice::Remedy::retry:
+        return with(ProviderAction::retry, "Try Again");
+    case LimitNotice::Remedy::allowAccess:
+        return with(ProviderAction::allowAccess, "Allow Access");
+    case LimitNotice::Remedy::turnOnLiveLimits:
+        return with(ProviderAction::turnOnLiveLimits, "Turn On");
+    }
+    return with(ProviderAction::none, "");
 }
 
-StatusNotice retry(const QString& sentence, bool isCalm = false) {
-    return {sentence, isCalm, ProviderAction::retry, "Try Again"};
+QString nextTry(std::optional<Date> moment, Date now, const Calendar& calendar) {
+    if (!moment || *moment <= now) return QStringLiteral("It asks again by itself.");
+    return "Next try at\u00a0" + text(DayFormat::coming(*moment, now, calendar)) + ".";
 }
 
 StatusNotice waiting(const QString& sentence) {
@@ -23,16 +37,8 @@ bool areLiveLimitsOff(const StatusSubject& subject) {
     return subject.provider == ProviderID::claude && !subject.judgement.claudeLiveLimits;
 }
 
-StatusNotice unavailable(const StatusSubject& subject) {
-    if (areLiveLimitsOff(subject))
-        return {"Live limits are turned off.", true, ProviderAction::turnOnLiveLimits, "Turn On"};
-    return retry(QString("No login was found. Sign in with %1, then try again.")
-                     .arg(toolName(subject.provider)),
-                 true);
-}
-
 StatusNotice unknown(const StatusSubject& subject) {
-    if (areLiveLimitsOff(subject)) return unavailable(subject);
+    if (areLiveLimitsOff(subject)) return withAction(liveLimitsAreOff());
     if (!subject.judgement.mayAsk)
         return {"The limits are asked for once the welcome is finished.", true,
                 ProviderAction::finishWelcome, "Open Welcome"};
@@ -43,32 +49,12 @@ StatusNotice unknown(const StatusSubject& subject) {
 
 StatusNotice statusNotice(const StatusSubject& subject, Date now, const Calendar& calendar) {
     if (subject.limits == nullptr) return unknown(subject);
-    const QString name = text(displayName(subject.provider));
-    switch (subject.limits->status) {
-    case ProviderStatus::ok:
-        if (subject.limits->windows.empty() && !subject.limits->credits)
-            return waiting(name + " reports no limits for this plan.");
-        return {};
-    case ProviderStatus::signInNeeded:
-        return retry(
-            QString("The login has expired. Using %1 renews it.").arg(toolName(subject.provider)));
-    case ProviderStatus::unreachable:
-        return retry(name + " could not be reached.");
-    case ProviderStatus::rateLimited: {
-        const QString next = subject.nextFetch && *subject.nextFetch > now
-                                 ? "Next try at\u00a0" +
-                                       text(DayFormat::coming(*subject.nextFetch, now, calendar)) +
-                                       "."
-                                 : QStringLiteral("It asks again by itself.");
-        return waiting(name + " limits how often Tokwatch may ask. " + next);
-    }
-    case ProviderStatus::accessDenied:
-        return {"Tokwatch was not allowed to read the login.", false, ProviderAction::allowAccess,
-                "Allow Access"};
-    case ProviderStatus::unavailable:
-        break;
-    }
-    return unavailable(subject);
+    const ProviderLimits& limits = *subject.limits;
+    StatusNotice notice =
+        withAction(limitNotice(subject.provider, limits, subject.judgement.claudeLiveLimits));
+    if (limits.status == ProviderStatus::rateLimited)
+        notice.sentence += u' ' + nextTry(subject.nextFetch, now, calendar);
+    return notice;
 }
 
 } // namespace tokwatch

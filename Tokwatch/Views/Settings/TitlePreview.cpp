@@ -48,7 +48,7 @@ TitlePreview titlePreview(const Preferences& preferences, const LimitsByProvider
     preview.text = text(title.text.value_or(""));
     preview.severity = static_cast<int>(title.severity);
     if (title.provider) preview.provider = text(rawValue(*title.provider));
-    if (title.text) preview.percent = preview.text.section(u'%', 0, 0).toInt();
+    preview.percent = title.percentLeft.value_or(-1);
     const QString name = title.provider ? text(displayName(*title.provider)) : "Tokwatch";
     preview.spoken = (name + u' ' + preview.text).trimmed() + spokenSeverity(title.severity);
     return preview;

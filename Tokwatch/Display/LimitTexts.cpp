@@ -1,0 +1,64 @@
+#include "Tokwatch/Display/LimitTexts.h"
+
+#include "Tokwatch/Display/DayFormat.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
+
+namespace tokwatch {
+namespace {
+
+using enum LimitNotice::Remedy;
+
+LimitNotice unavailable(ProviderID provider, const std::string& tool, bool claudeLiveLimits) {
+    if (provider == ProviderID::claude && !claudeLiveLimits) return liveLimitsAreOff();
+    if (provider == ProviderID::grok) return {"Grok does not publish its limits."};
+    if (provider == ProviderID::cursor) return {"Cursor is only detected."};
+    return {"No login was found. Sign in with " + tool + ", then try again.", true, retry};
+}
+
+} // namespace
+
+std::string LimitTexts::reset(const LimitWindow& window, const LimitBarModel& bar, Date now,
+                              const Calendar& calendar) {
+    if (!bar.resetText) return "";
+    if (*window.resetsAt <= now) return "has reset";
+    return "resets in " + *bar.resetText + " · " +
+           DayFormat::coming(*window.resetsAt, now, calendar);
+}
+
+std::string LimitTexts::credits(const Credits& credits) {
+    const auto money = [](double usd) { return MeterFormat::money(usd); };
+    if (credits.spentUSD && credits.limitUSD)
+        return money(*credits.spentUSD) + " of " + money(*credits.limitUSD) + " used";
+    if (credits.balanceUSD) return money(*credits.balanceUSD) + " left";
+    if (credits.spentUSD)
+        return money(*credits.spentUSD) + (credits.unlimited ? " used, no limit" : " used");
+    if (credits.unlimited) return "unlimited";
+    return credits.limitUSD ? "limit " + money(*credits.limitUSD) : "";
+}
+
+LimitNotice liveLimitsAreOff() {
+    return {"Live limits are turned off.", true, turnOnLiveLimits};
+}
+
+LimitNotice limitNotice(ProviderID provider, const ProviderLimits& limits, bool claudeLiveLimits) {
+    const std::string name(displayName(provider));
+    const std::string tool(traits(provider).toolName);
+    switch (limits.status) {
+    case ProviderStatus::ok:
+        if (!limits.windows.empty() || limits.credits) return {};
+        return {name + " reports no limits for this plan."};
+    case ProviderStatus::signInNeeded:
+        return {"The login has expired. Using " + tool + " renews it.", false, retry};
+    case ProviderStatus::unreachable:
+        return {name + " could not be reached.", false, retry};
+    case ProviderStatus::rateLimited:
+        return {name + " limits how often Tokwatch may ask."};
+    case ProviderStatus::accessDenied:
+        return {"Tokwatch was not allowed to read the login.", false, allowAccess};
+    case ProviderStatus::unavailable:
+        break;
+    }
+    return unavailable(provider, tool, claudeLiveLimits);
+}
+
+} // namespace tokwatch
