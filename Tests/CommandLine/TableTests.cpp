@@ -23,13 +23,13 @@ std::string printed(const Table& table, bool colour) {
     return all;
 }
 
-TEST(Table, AlignsByCharactersNotBytes) {
-    Table table({{"Tool"}, {"Cost", Table::Align::right}, {""}});
+TEST(Table, AlignsByColumnsOfTheScreen) {
+    Table table({{"Tool"}, {"Cost", Align::right}, {""}});
     table.add({{"Ünïcödé"}, {"—"}, {"█"}});
-    table.add({{"x"}, {"$1,234.50"}, {""}});
+    table.add({{"模型"}, {"$1,234.50"}, {""}});
     EXPECT_EQ(printed(table, false), "Tool          Cost\n"
                                      "Ünïcödé          —  █\n"
-                                     "x        $1,234.50\n");
+                                     "模型     $1,234.50\n");
 }
 
 TEST(Table, PaintsOnlyTheText) {
@@ -45,6 +45,7 @@ TEST(Table, DrawsBarsToAnEighth) {
     EXPECT_EQ(bar(7, 2), "██");
     EXPECT_EQ(bar(std::nan(""), 2), "");
     EXPECT_EQ(fitted("ünïcödé", 4), "ünï…");
+    EXPECT_EQ(fitted("模型テスト", 6), "模型…");
 }
 
 TEST(Terminal, IsCommandedByOurColoursAlone) {

@@ -29,10 +29,8 @@ std::string secondsText(double seconds) {
 }
 
 void print(Terminal& terminal, const IndexReport& report) {
-    Table table({{"Tool"},
-                 {"New events", Table::Align::right},
-                 {"Read", Table::Align::right},
-                 {"Files", Table::Align::right}});
+    Table table(
+        {{"Tool"}, {"New events", Align::right}, {"Read", Align::right}, {"Files", Align::right}});
     for (const IndexStatistics::Provider& provider : report.statistics.providers) {
         if (provider.files == 0) continue;
         table.add({{std::string(displayName(provider.provider)), Tone::bold},

@@ -96,7 +96,7 @@ class LimitsPrinter {
     const CommandEnvironment& environment;
     const Preferences& preferences;
     Date now;
-    Table table{{{""}, {"", Table::Align::right}, {""}, {""}, {""}, {""}}};
+    Table table{{{""}, {"", Align::right}, {""}, {""}, {""}, {""}}};
 };
 
 } // namespace

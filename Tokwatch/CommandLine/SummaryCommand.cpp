@@ -98,10 +98,10 @@ class SummaryPrinter {
 
     void printTools() {
         Table table({{"Tool"},
-                     {"Sessions", Table::Align::right},
-                     {"Tokens", Table::Align::right},
-                     {"Cost", Table::Align::right},
-                     {"Share", Table::Align::right},
+                     {"Sessions", Align::right},
+                     {"Tokens", Align::right},
+                     {"Cost", Align::right},
+                     {"Share", Align::right},
                      {""}});
         const auto share = [this](const UsageSummary::Tool& tool) {
             return unit == SummaryUnit::cost ? tool.costShare : tool.tokenShare;
@@ -126,9 +126,9 @@ class SummaryPrinter {
             SummaryDisplay::breakdown(summary, mode, unit, environment.calendar());
         if (rows.empty()) return;
         Table table({{title},
-                     {"Tokens", Table::Align::right},
-                     {"Cost", Table::Align::right},
-                     {"Share", Table::Align::right},
+                     {"Tokens", Align::right},
+                     {"Cost", Align::right},
+                     {"Share", Align::right},
                      {""}});
         const double largest = largestShare(rows);
         for (const SummaryDisplay::Row& row : rows) {

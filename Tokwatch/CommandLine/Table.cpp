@@ -7,35 +7,6 @@
 #include <utility>
 
 namespace tokwatch {
-namespace {
-
-bool continuesCharacter(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
-}
-
-std::string padded(const Terminal& terminal, const Table::Cell& cell, std::size_t width,
-                   Table::Align align) {
-    const std::string padding(width - std::min(width, displayWidth(cell.text)), ' ');
-    const std::string text = terminal.paint(cell.tone, cell.text);
-    return align == Table::Align::left ? text + padding : padding + text;
-}
-
-} // namespace
-
-std::size_t displayWidth(std::string_view text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return !continuesCharacter(c); }));
-}
-
-std::string fitted(std::string_view text, std::size_t most) {
-    const std::string clean = plainText(text);
-    if (displayWidth(clean) <= most) return clean;
-    std::size_t end = 0;
-    for (std::size_t columns = 0; end < clean.size(); ++end) {
-        if (!continuesCharacter(clean[end]) && ++columns == most) break;
-    }
-    return clean.substr(0, end) + "…";
-}
 
 std::string bar(double fraction, std::size_t width) {
     constexpr const char* eighths[] = {"", "▏", "▎", "▍", "▌", "▋", "▊", "▉"};
@@ -56,30 +27,27 @@ void Table::add(std::vector<Cell> row) {
 }
 
 void Table::print(Terminal& terminal) const {
-    std::vector<std::size_t> widths;
-    for (const Column& column : columns)
-        widths.push_back(displayWidth(column.title));
-    for (const std::vector<Cell>& row : rows) {
-        for (std::size_t i = 0; row.size() > 1 && i < row.size(); ++i)
-            widths[i] = std::max(widths[i], displayWidth(row[i].text));
-    }
-    const auto printRow = [&](const std::vector<Cell>& row) {
-        std::string text;
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            if (i > 0) text += "  ";
-            text += padded(terminal, row[i], widths[i], columns[i].align);
-        }
-        text.erase(text.find_last_not_of(' ') + 1);
-        terminal.line(text);
-    };
+    std::vector<Align> aligns;
     std::vector<Cell> titles;
-    for (const Column& column : columns)
+    for (const Column& column : columns) {
+        aligns.push_back(column.align);
         titles.push_back({column.title, Tone::dim});
-    const bool isTitled = std::any_of(columns.begin(), columns.end(),
-                                      [](const Column& column) { return !column.title.empty(); });
-    if (isTitled) printRow(titles);
-    for (const std::vector<Cell>& row : rows)
-        printRow(row);
+    }
+    std::vector<std::vector<Cell>> cells;
+    if (std::ranges::any_of(columns, [](const Column& each) { return !each.title.empty(); }))
+        cells.push_back(titles);
+    cells.insert(cells.end(), rows.begin(), rows.end());
+    std::vector<std::vector<std::string>> texts;
+    for (const std::vector<Cell>& row : cells) {
+        std::vector<std::string>& line = texts.emplace_back();
+        for (const Cell& cell : row)
+            line.push_back(plainText(cell.text));
+    }
+    const auto paint = [&](std::size_t row, std::size_t column) {
+        return terminal.paint(cells[row][column].tone, texts[row][column]);
+    };
+    for (const std::string& line : alignedLines(texts, aligns, paint))
+        terminal.line(line);
 }
 
 } // namespace tokwatch

@@ -1,20 +1,13 @@
 #pragma once
 
 #include "Tokwatch/CommandLine/Terminal.h"
+#include "Tokwatch/Display/AlignedText.h"
 
 #include <cstddef>
 #include <string>
 #include <vector>
 
 namespace tokwatch {
-
-/// Columns a text takes on a terminal: characters, not bytes. Every character of ours is one column
-/// wide.
-std::size_t displayWidth(std::string_view text);
-
-/// The text cut to at most `most` columns, with an ellipsis where something is missing, and
-/// plain (`plainText`).
-std::string fitted(std::string_view text, std::size_t most);
 
 /// A horizontal bar of `width` columns whose `fraction` (0…1) is filled, to an eighth of a column.
 std::string bar(double fraction, std::size_t width);
@@ -27,7 +20,6 @@ class Table {
         std::string text;
         Tone tone = Tone::plain;
     };
-    enum class Align { left, right };
     struct Column {
         std::string title;
         Align align = Align::left;

@@ -27,7 +27,4 @@ struct TableText {
 /// and those that turn the direction of text become spaces.
 QString inOneLine(const QString& text);
 
-/// Columns that a text takes in a fixed-width type: combining marks none, wide letters two.
-int fixedWidth(const QString& text);
-
 } // namespace tokwatch
