@@ -1,4 +1,4 @@
-#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/CommandLine/Terminal/Table.h"
 
 #include "TokwatchCore/Records/RecordCoding.h"
 #include "TokwatchCore/Support/PlainText.h"
@@ -15,7 +15,7 @@ std::string printed(const Table& table, bool colour) {
     char* text = nullptr;
     std::size_t size = 0;
     std::FILE* stream = open_memstream(&text, &size);
-    Terminal terminal(stream, stderr, false, colour, 80);
+    Terminal terminal(stream, stderr, false, colour);
     table.print(terminal);
     std::fclose(stream);
     const std::string all(text, size);

@@ -1,17 +1,8 @@
 #include "Tokwatch/CommandLine/Arguments.h"
 
 #include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/Commands.h"
 #include "Tokwatch/CommandLine/Completion.h"
-#include "Tokwatch/CommandLine/DesktopCommand.h"
-#include "Tokwatch/CommandLine/DoctorCommand.h"
-#include "Tokwatch/CommandLine/IndexCommand.h"
-#include "Tokwatch/CommandLine/LimitsCommand.h"
-#include "Tokwatch/CommandLine/PreferencesCommand.h"
-#include "Tokwatch/CommandLine/RefreshCommand.h"
-#include "Tokwatch/CommandLine/RereadCommand.h"
-#include "Tokwatch/CommandLine/SnapshotCommand.h"
-#include "Tokwatch/CommandLine/StatusCommand.h"
-#include "Tokwatch/CommandLine/SummaryCommand.h"
 #include "TokwatchCore/Support/ApplicationVersion.h"
 
 #include <CLI/CLI.hpp>
@@ -222,13 +213,13 @@ void addReread(CLI::App& app, Invocation& invocation, ProviderID& provider) {
     });
 }
 
-void addDoctor(CLI::App& app, Invocation& invocation, bool& fix) {
+void addDoctor(CLI::App& app, Invocation& invocation, DoctorOptions& options) {
     CLI::App& command = addDataCommand(app, invocation, "doctor",
                                        "Tell what was found, what works and what does not");
-    command.add_flag("--fix", fix, "Close to other users what they may read of the data");
+    command.add_flag("--fix", options.fix, "Close to other users what they may read of the data");
     command.callback([&] {
-        invocation.run = [&fix](const CommandEnvironment& environment) {
-            return runDoctor(environment, fix ? Closing::apply : Closing::offer);
+        invocation.run = [&options](const CommandEnvironment& environment) {
+            return runDoctor(environment, options);
         };
     });
 }
@@ -254,7 +245,7 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     StatusOptions title;
     SettingArguments setting;
     ProviderID rereadProvider = ProviderID::claude;
-    bool fix = false;
+    DoctorOptions doctor;
     addPaths(app, invocation);
     addIndex(app, invocation);
     addSummary(app, invocation, summary);
@@ -264,7 +255,7 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     addReread(app, invocation, rereadProvider);
     addSnapshot(app, invocation);
     addPreferences(app, invocation, setting);
-    addDoctor(app, invocation, fix);
+    addDoctor(app, invocation, doctor);
 
     // Shells ask for this and people do not; the words may be anything.
     if (argc > 1 && std::string_view(argv[1]) == "complete") {

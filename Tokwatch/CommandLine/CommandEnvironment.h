@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Linux/UserPaths.h"
-#include "Tokwatch/CommandLine/Terminal.h"
+#include "Tokwatch/CommandLine/Terminal/Terminal.h"
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
 #include "TokwatchCore/Store/PriceTable.h"
 #include "TokwatchCore/Store/UsageStore.h"

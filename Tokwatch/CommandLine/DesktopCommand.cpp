@@ -1,4 +1,4 @@
-#include "Tokwatch/CommandLine/DesktopCommand.h"
+#include "Tokwatch/CommandLine/Commands.h"
 
 #include "Platform/System/Places.h"
 

@@ -1,8 +1,7 @@
-#include "Tokwatch/CommandLine/DoctorCommand.h"
+#include "Tokwatch/CommandLine/Commands.h"
 
-#include "Tokwatch/CommandLine/DesktopExamination.h"
-#include "Tokwatch/CommandLine/Doctor.h"
-#include "Tokwatch/CommandLine/WatchExamination.h"
+#include "Tokwatch/CommandLine/Doctor/Examinations.h"
+#include "Tokwatch/CommandLine/EventLoop.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Preferences/SettingsFile.h"
 #include "TokwatchCore/Ingestion/LogFiles.h"
@@ -169,8 +168,10 @@ class Examination {
 
 } // namespace
 
-int runDoctor(const CommandEnvironment& environment, Closing closing) {
+int runDoctor(const CommandEnvironment& environment, const DoctorOptions& options) {
     environment.requireHome();
+    const EventLoop loop;
+    const Closing closing = options.fix ? Closing::apply : Closing::offer;
     const std::vector<Finding> findings = Examination(environment, closing).run();
     if (environment.json) {
         environment.terminal.line(jsonText(encode(findings)));

@@ -1,15 +1,47 @@
 #include "Tokwatch/CommandLine/IndexCommand.h"
 
-#include "Tokwatch/CommandLine/ProgressBar.h"
-#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/CommandLine/Commands.h"
+#include "Tokwatch/CommandLine/Terminal/Table.h"
+#include "TokwatchCore/Ingestion/LogFiles.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 #include "TokwatchCore/Support/ByteFormat.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <vector>
 
 namespace tokwatch {
 namespace {
+
+/// Shows how far a pass has come, as one line that is drawn over; nothing where there is no
+/// terminal.
+class ProgressBar {
+  public:
+    explicit ProgressBar(Terminal& t) : terminal(t) {}
+
+    void show(const IndexingProgress& progress) {
+        const auto now = std::chrono::steady_clock::now();
+        // The first tenth of a second shows nothing at all: most passes are over by then.
+        if (!terminal.isInteractive() || progress.bytesTotal <= 0 || now - lastDrawn < redrawPeriod)
+            return;
+        lastDrawn = now;
+        const double fraction = std::min(1.0, static_cast<double>(progress.bytesRead) /
+                                                  static_cast<double>(progress.bytesTotal));
+        std::string filled = bar(fraction, barColumns);
+        filled.append(barColumns - std::min(barColumns, displayWidth(filled)), ' ');
+        terminal.transient("Reading " + std::string(displayName(progress.provider)) + " ▕" +
+                           filled + "▏ " + formatBytes(progress.bytesRead) + " of " +
+                           formatBytes(progress.bytesTotal));
+    }
+
+  private:
+    static constexpr std::chrono::milliseconds redrawPeriod{100};
+    static constexpr std::size_t barColumns = 24;
+
+    Terminal& terminal;
+    std::chrono::steady_clock::time_point lastDrawn = std::chrono::steady_clock::now();
+};
 
 Json encode(const IndexReport& report) {
     Json json = Json::object();
@@ -44,6 +76,31 @@ void print(Terminal& terminal, const IndexReport& report) {
     }
     terminal.line(counted(report.outcome.newEvents, "new event") + ", " +
                   formatBytes(report.bytesRead()) + " read in " + secondsText(report.seconds));
+}
+
+bool decodes(const std::string& path, const std::string& json) {
+    try {
+        decodeCursorRow(path, json);
+        return true;
+    } catch (const DecodingError&) {
+        return false;
+    }
+}
+
+/// The provider's files whose stored positions say nothing: a reset cannot tell whose they are and
+/// leaves them alone, and so does a pass.
+std::vector<std::string> stuckFiles(UsageStore& store, const ProviderLocations& locations,
+                                    ProviderID provider) {
+    std::vector<std::string> stuck;
+    for (const auto& [path, json] : store.cursorTexts()) {
+        const bool isOurs = std::ranges::any_of(locations.logRoots(provider),
+                                                [&path](const std::filesystem::path& root) {
+                                                    return pathBelow(root, path).has_value();
+                                                });
+        if (isOurs && !decodes(path, json)) stuck.push_back(path);
+    }
+    std::ranges::sort(stuck);
+    return stuck;
 }
 
 } // namespace
@@ -105,6 +162,28 @@ int runIndex(const CommandEnvironment& environment) {
     const std::shared_ptr<UsageStore> store = environment.openStore();
     const IndexReport report = runIndexPass(environment, store);
     printIndexReport(environment, report);
+    requireWhole(report);
+    return exitOk;
+}
+
+int runReread(const CommandEnvironment& environment, ProviderID provider) {
+    environment.requireHome();
+    const std::shared_ptr<UsageStore> store = environment.openStore();
+    std::vector<std::string> stuck;
+    try {
+        store->resetCursors(provider);
+        stuck = stuckFiles(*store, environment.locations(), provider);
+    } catch (const UsageStoreError& error) {
+        throw CommandError("resetting " + std::string(rawValue(provider)) +
+                           " cursors failed: " + error.what());
+    }
+    const IndexReport report = runIndexPass(environment, store);
+    printIndexReport(environment, report);
+    if (!stuck.empty())
+        throw CommandError("the stored read positions of " +
+                           counted(static_cast<std::int64_t>(stuck.size()), "file") +
+                           " do not decode, so these are not read again: " + stuck.front() +
+                           (stuck.size() > 1 ? ", …" : ""));
     requireWhole(report);
     return exitOk;
 }

@@ -22,7 +22,4 @@ void requireWhole(const IndexReport& report);
 /// "3 files"
 std::string counted(std::int64_t count, std::string_view noun);
 
-/// `tokwatch index`
-int runIndex(const CommandEnvironment& environment);
-
 } // namespace tokwatch

@@ -1,4 +1,4 @@
-#include "Tokwatch/CommandLine/LimitsCommand.h"
+#include "Tokwatch/CommandLine/Commands.h"
 
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/CommandLine/EventLoop.h"

@@ -1,6 +1,6 @@
 #include "Tokwatch/CommandLine/LimitsPrinter.h"
 
-#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/CommandLine/Terminal/Table.h"
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/LimitTexts.h"
 #include "Tokwatch/Limits/RefreshPolicy.h"

@@ -1,6 +1,6 @@
-#include "Tokwatch/CommandLine/PreferencesCommand.h"
+#include "Tokwatch/CommandLine/Commands.h"
 
-#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/CommandLine/Terminal/Table.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 

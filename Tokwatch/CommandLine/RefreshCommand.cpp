@@ -1,4 +1,4 @@
-#include "Tokwatch/CommandLine/RefreshCommand.h"
+#include "Tokwatch/CommandLine/Commands.h"
 
 #include "Platform/Linux/DesktopBus.h"
 #include "Tokwatch/CommandLine/EventLoop.h"

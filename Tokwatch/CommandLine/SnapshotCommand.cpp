@@ -1,4 +1,4 @@
-#include "Tokwatch/CommandLine/SnapshotCommand.h"
+#include "Tokwatch/CommandLine/Commands.h"
 
 #include "TokwatchCore/Store/SnapshotStore.h"
 

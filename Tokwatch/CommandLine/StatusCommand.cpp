@@ -1,12 +1,129 @@
-#include "Tokwatch/CommandLine/StatusCommand.h"
+#include "Tokwatch/CommandLine/Commands.h"
 
-#include "Tokwatch/CommandLine/Follower.h"
+#include "Platform/Linux/DesktopBus.h"
+#include "Platform/Linux/ProcessHardening.h"
+#include "Platform/Linux/TerminationSignals.h"
+#include "Tokwatch/App/Application.h"
+#include "Tokwatch/CommandLine/EventLoop.h"
 #include "Tokwatch/CommandLine/StoredLimits.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Preferences/Preferences.h"
 
+#include <QProperty>
 #include <QSettings>
+#include <QSocketNotifier>
+
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
 
 namespace tokwatch {
+namespace {
+
+/// The times to the resets in the title count down in minutes.
+constexpr Seconds titlePeriod{30};
+
+/// Ours, the toolkit's, and a few to spare.
+constexpr int followersThreads = 10;
+
+/// Standard output as a stream of lines, each sent off at once.
+class LineOutput {
+  public:
+    explicit LineOutput(Terminal& t) : terminal(t) { watchReader(); }
+
+    /// The same line twice in a row is written once.
+    void show(const std::string& line) {
+        if (line == last || failed) return;
+        last = line;
+        terminal.line(line);
+        if (const std::error_code failure = terminal.flush()) fail(failure);
+    }
+
+  private:
+    /// Learns of a reader that went away though there is nothing to write: an idle follower whose
+    /// bar has ended would stay for ever.
+    void watchReader() {
+        struct stat status {};
+        if (::fstat(STDOUT_FILENO, &status) != 0 || !S_ISFIFO(status.st_mode)) return;
+        // A pipe's end for writing never becomes readable; it is activated by the error alone.
+        reader.emplace(STDOUT_FILENO, QSocketNotifier::Read);
+        QObject::connect(&*reader, &QSocketNotifier::activated, [this] {
+            reader->setEnabled(false);
+            pollfd pipe{STDOUT_FILENO, 0, 0};
+            if (::poll(&pipe, 1, 0) == 1 && (pipe.revents & POLLERR) != 0)
+                fail(std::make_error_code(std::errc::broken_pipe));
+        });
+    }
+
+    void fail(std::error_code failure) {
+        failed = true;
+        if (TerminationSignals::arrived()) return EventLoop::end(exitOk);
+        // That its reader has gone is no news to a program in a pipe.
+        if (failure != std::errc::broken_pipe)
+            terminal.error("writing the output failed: " + failure.message());
+        EventLoop::end(exitFailure);
+    }
+
+    Terminal& terminal;
+    std::string last;
+    bool failed = false;
+    std::optional<QSocketNotifier> reader;
+};
+
+/// The application without its windows.
+class Follower {
+  public:
+    Follower(const CommandEnvironment& e, StatusFormat format)
+        : environment(e), output(e.terminal),
+          application(surroundings(), WorkLease::Rank::follower, preferences, bus),
+          title([this] { return current(); },
+                [this, format](const StatusTitle& now) { output.show(statusLine(now, format)); }) {}
+
+    int run() {
+        preferences.followFile();
+        application.start();
+        const auto ticking =
+            application.timers().every(titlePeriod, [this] { ticks.setValue(ticks.value() + 1); });
+        title.arm();
+        return loop.run();
+    }
+
+  private:
+    Surroundings surroundings() const {
+        Surroundings world = Surroundings::real(environment.paths);
+        world.calendar = environment.calendar;
+        world.now = environment.now;
+        return world;
+    }
+
+    StatusTitle current() {
+        ticks.value(); // time is read, too
+        return statusTitle(preferences, application.model().limits(), environment.now());
+    }
+
+    const CommandEnvironment& environment;
+    EventLoop loop;
+    TerminationSignals termination{[] { EventLoop::end(exitOk); }};
+    LineOutput output;
+    std::unique_ptr<QSettings> settings = userSettings();
+    Preferences preferences{*settings};
+    DesktopBus bus{QDBusConnection::sessionBus(), QDBusConnection::systemBus()};
+    Application application;
+    QProperty<int> ticks{0};
+    ObservingUpdater<StatusTitle> title;
+};
+
+int follow(const CommandEnvironment& environment, StatusFormat format) {
+    requireThreads(followersThreads);
+    return Follower(environment, format).run();
+}
+
+} // namespace
 
 int runStatus(const CommandEnvironment& environment, const StatusOptions& options) {
     environment.requireHome();

@@ -1,6 +1,6 @@
 #include "Tokwatch/CommandLine/StatusLine.h"
 
-#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/CommandLine/Terminal/Table.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 
 #include <limits>

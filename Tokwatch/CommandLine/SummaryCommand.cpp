@@ -1,7 +1,7 @@
-#include "Tokwatch/CommandLine/SummaryCommand.h"
+#include "Tokwatch/CommandLine/Commands.h"
 
 #include "Tokwatch/CommandLine/IndexCommand.h"
-#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/CommandLine/Terminal/Table.h"
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/SummaryDisplay.h"
 #include "Tokwatch/Display/SummaryTexts.h"

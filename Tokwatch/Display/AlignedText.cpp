@@ -2,6 +2,7 @@
 
 #include "TokwatchCore/Support/PlainText.h"
 
+#include <QList>
 #include <QString>
 
 #include <algorithm>
@@ -30,7 +31,7 @@ std::size_t columnsOf(char32_t letter) {
     return std::ranges::any_of(wideBlocks, holds) ? 2 : 1;
 }
 
-auto lettersOf(std::string_view text) {
+QList<uint> lettersOf(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toUcs4();
 }
 

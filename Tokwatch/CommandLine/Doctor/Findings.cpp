@@ -1,6 +1,6 @@
-#include "Tokwatch/CommandLine/Doctor.h"
+#include "Tokwatch/CommandLine/Doctor/Examinations.h"
 
-#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/CommandLine/Terminal/Table.h"
 
 namespace tokwatch {
 namespace {

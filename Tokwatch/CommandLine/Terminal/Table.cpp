@@ -1,4 +1,4 @@
-#include "Tokwatch/CommandLine/Table.h"
+#include "Tokwatch/CommandLine/Terminal/Table.h"
 
 #include "TokwatchCore/Support/PlainText.h"
 

@@ -18,7 +18,7 @@ class Terminal {
     /// TERM=dumb too.
     static Terminal standard();
 
-    Terminal(std::FILE* out, std::FILE* err, bool interactive, bool colour, int columns);
+    Terminal(std::FILE* out, std::FILE* err, bool interactive, bool colour);
 
     void write(std::string_view text);
     /// Whatever is in the text, nothing but a colour of `paint`'s commands the terminal.
@@ -33,7 +33,6 @@ class Terminal {
     std::string paint(Tone tone, std::string_view text) const;
 
     bool isInteractive() const { return interactive; }
-    int columns() const { return width; }
     /// Sends off what was written; what kept it from arriving since the last call: a full disk, a
     /// closed pipe.
     std::error_code flush();
@@ -43,7 +42,6 @@ class Terminal {
     std::FILE* err;
     bool interactive;
     bool colour;
-    int width;
     bool transientShown = false;
     std::error_code failure;
 };

@@ -1,9 +1,8 @@
-#include "Tokwatch/CommandLine/Terminal.h"
+#include "Tokwatch/CommandLine/Terminal/Terminal.h"
 
 #include "TokwatchCore/Support/PlainText.h"
 
 #include <stdio_ext.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,8 +13,6 @@
 
 namespace tokwatch {
 namespace {
-
-constexpr int defaultColumns = 80;
 
 const char* codeOf(Tone tone) {
     switch (tone) {
@@ -52,12 +49,6 @@ bool isSet(const char* name) {
     return value != nullptr && *value != '\0';
 }
 
-int columnsOf(std::FILE* stream) {
-    winsize size{};
-    if (ioctl(fileno(stream), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return defaultColumns;
-    return size.ws_col;
-}
-
 /// The length of one of `paint`'s codes at the front of the text.
 std::size_t colourCode(std::string_view text) {
     if (!text.starts_with("\033[")) return 0;
@@ -72,11 +63,11 @@ Terminal Terminal::standard() {
     const char* kind = variable("TERM");
     const bool dumb = kind != nullptr && std::strcmp(kind, "dumb") == 0;
     return {stdout, stderr, isatty(STDERR_FILENO) != 0 && !dumb,
-            terminal && !dumb && !isSet("NO_COLOR"), terminal ? columnsOf(stdout) : defaultColumns};
+            terminal && !dumb && !isSet("NO_COLOR")};
 }
 
-Terminal::Terminal(std::FILE* o, std::FILE* e, bool isTerminal, bool hasColour, int columns)
-    : out(o), err(e), interactive(isTerminal), colour(hasColour), width(columns) {}
+Terminal::Terminal(std::FILE* o, std::FILE* e, bool isTerminal, bool hasColour)
+    : out(o), err(e), interactive(isTerminal), colour(hasColour) {}
 
 void Terminal::write(std::string_view text) {
     // An empty view may have no address, which the C library must not be given.
@@ -120,7 +111,7 @@ void Terminal::clearTransient() {
 }
 
 std::string Terminal::paint(Tone tone, std::string_view text) const {
-    if (!colour || tone == Tone::plain) return plainText(text);
+    if (!colour || tone == Tone::plain || text.empty()) return plainText(text);
     return codeOf(tone) + plainText(text) + "\033[0m";
 }
 

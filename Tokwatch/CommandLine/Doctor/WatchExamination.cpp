@@ -1,4 +1,4 @@
-#include "Tokwatch/CommandLine/WatchExamination.h"
+#include "Tokwatch/CommandLine/Doctor/Examinations.h"
 
 #include "Platform/System/FileDescriptor.h"
 

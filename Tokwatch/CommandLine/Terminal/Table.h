@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/CommandLine/Terminal.h"
+#include "Tokwatch/CommandLine/Terminal/Terminal.h"
 #include "Tokwatch/Display/AlignedText.h"
 
 #include <cstddef>

@@ -1,7 +1,6 @@
-#include "Tokwatch/CommandLine/DesktopExamination.h"
+#include "Tokwatch/CommandLine/Doctor/Examinations.h"
 
 #include "Platform/Linux/DesktopBus.h"
-#include "Tokwatch/CommandLine/EventLoop.h"
 
 #include <QDBusMessage>
 #include <QDBusVariant>
@@ -97,7 +96,6 @@ class DesktopExamination {
                 "there is none; Claude Code's login is found in its file only");
     }
 
-    EventLoop loop;
     QDBusConnection bus = QDBusConnection::sessionBus();
     std::vector<Finding> findings;
 };

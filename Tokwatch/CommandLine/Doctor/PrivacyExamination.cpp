@@ -1,4 +1,4 @@
-#include "Tokwatch/CommandLine/PrivacyExamination.h"
+#include "Tokwatch/CommandLine/Doctor/Examinations.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/StatusLine.h"
+#include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "TokwatchCore/Records/ProviderID.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What each command does once its arguments are known to be sound. All return the status that the
+/// process ends with; CommandError tells what kept them from their work.
+namespace tokwatch {
+
+/// `tokwatch` alone: becomes the desktop application, `tokwatch-desktop` beside this program, with
+/// the same options. Returns only by CommandError: without a display, or where the desktop part is
+/// not installed.
+int runDesktop(const std::vector<std::string>& options);
+
+/// `tokwatch index`
+int runIndex(const CommandEnvironment& environment);
+/// `tokwatch reread PROVIDER`
+int runReread(const CommandEnvironment& environment, ProviderID provider);
+
+enum class SummaryTable { tool, model, day };
+struct SummaryOptions {
+    std::int64_t days = 30;
+    SummaryUnit unit = SummaryUnit::cost;
+    std::optional<SummaryTable> by; ///< all three when absent
+    bool skipIndex = false;
+};
+/// `tokwatch summary`
+int runSummary(const CommandEnvironment& environment, const SummaryOptions& options);
+
+struct LimitsOptions {
+    bool refresh = false;
+    std::optional<ProviderID> provider; ///< all enabled ones when absent
+};
+/// `tokwatch limits`: what is stored, without any use of the network. With `refresh` the providers'
+/// services are asked first, those of enabled assistants that are present here; CommandError when
+/// afterwards there is nothing to show of any of them.
+int runLimits(const CommandEnvironment& environment, const LimitsOptions& options);
+
+struct StatusOptions {
+    StatusFormat format = StatusFormat::text;
+    bool follow = false;
+};
+/// `tokwatch status`: the title by what is stored, without a look at logs or network. With `follow`
+/// the whole application without its windows, until a signal ends it (status 0) or nobody reads its
+/// output any more (status 1): it indexes, watches, fetches, publishes, and writes the title's line
+/// at once and at each change. Of several followers over one data directory one does the work, and
+/// the others show what it stores; when it ends, another takes over.
+int runStatus(const CommandEnvironment& environment, const StatusOptions& options);
+
+/// `tokwatch refresh`: asks the applications of this session to refresh.
+int runRefresh(const CommandEnvironment& environment);
+
+/// `tokwatch snapshot`: the widgets' snapshot as the application last wrote it, as JSON.
+int runSnapshot(const CommandEnvironment& environment);
+
+/// The names of all settings, in their order.
+std::vector<std::string> settingNames();
+/// `tokwatch preferences list`: in JSON an object, numbers and truth values as such, all else as
+/// text that `set` takes.
+int runPreferencesList(const CommandEnvironment& environment);
+/// `tokwatch preferences get KEY`
+int runPreferencesGet(const CommandEnvironment& environment, const std::string& name);
+/// `tokwatch preferences set KEY VALUE`. A value that the setting does not take is a usage error.
+int runPreferencesSet(const CommandEnvironment& environment, const std::string& name,
+                      const std::string& value);
+
+struct DoctorOptions {
+    bool fix = false; ///< close to other users what they may read of the data
+};
+/// `tokwatch doctor`: what was found where and what of it works. Status 1 when something is broken.
+int runDoctor(const CommandEnvironment& environment, const DoctorOptions& options);
+
+} // namespace tokwatch

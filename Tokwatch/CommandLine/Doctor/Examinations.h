@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Platform/Linux/UserPaths.h"
+#include "Tokwatch/CommandLine/Terminal/Terminal.h"
+#include "TokwatchCore/Records/RecordCoding.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tokwatch {
+
+enum class Health { good, note, bad };
+
+/// One finding of the doctor's.
+struct Finding {
+    std::string topic; ///< what it is about: "Claude", "Store"
+    Health health = Health::good;
+    std::string text; ///< one sentence; never holds a secret
+};
+
+void printFindings(Terminal& terminal, const std::vector<Finding>& findings);
+Json encode(const std::vector<Finding>& findings);
+
+/// The doctor's look at the desktop's buses: whether there is a session bus and who of those that
+/// the application works with is on it. Every question is bounded in time. Starts nothing; needs
+/// an event loop.
+std::vector<Finding> examineDesktop();
+
+/// What other users may do with the folders that hold the data, and the files in them. Closing
+/// takes it from them where that is wanted.
+enum class Closing { offer, apply };
+std::vector<Finding> examinePrivacy(const UserPaths& paths, Closing closing);
+
+/// Whether the system can watch these directories with all below them, of which some may be
+/// missing.
+Finding examineWatches(const std::vector<std::filesystem::path>& roots);
+
+} // namespace tokwatch
