@@ -1,7 +1,7 @@
 #include "Tests/Views/ViewWorld.h"
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/LimitTexts.h"
-#include "Tokwatch/Views/Common/TimeTexts.h"
+#include "Tokwatch/Display/TimeTexts.h"
 #include "Tokwatch/Views/Popover/LimitRows.h"
 #include "Tokwatch/Views/Popover/PopoverView.h"
 #include "Tokwatch/Views/Popover/StatusNotice.h"
@@ -239,9 +239,9 @@ TEST(TimeTexts, SayHowLongAgoAndHowLongStill) {
                                     {3600, "1 h ago"},
                                     {86'399, "23 h ago"},
                                     {86'400, "Mar 11, 17:40"}})
-        EXPECT_EQ(TimeTexts::age(now - Seconds{ago}, now, Calendar::utc()).toStdString(), text);
+        EXPECT_EQ(TimeTexts::age(now - Seconds{ago}, now, Calendar::utc()), text);
     for (const auto& [ahead, text] : {std::pair{0.2, "1 s"}, {59, "59 s"}, {61, "2 min"}})
-        EXPECT_EQ(TimeTexts::remaining(now + Seconds{ahead}, now).toStdString(), text);
+        EXPECT_EQ(TimeTexts::remaining(now + Seconds{ahead}, now), text);
 }
 
 TEST(DayFormat, NamesMomentsAsBrieflyAsTheyAreNear) {

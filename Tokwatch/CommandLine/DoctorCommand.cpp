@@ -6,7 +6,7 @@
 #include "Tokwatch/Preferences/SettingsFile.h"
 #include "TokwatchCore/Ingestion/LogFiles.h"
 #include "TokwatchCore/Store/SnapshotStore.h"
-#include "TokwatchCore/Support/ByteFormat.h"
+#include "TokwatchCore/Support/Amounts.h"
 #include "TokwatchCore/Support/ISO8601.h"
 
 #include <fcntl.h>
@@ -76,8 +76,7 @@ class Examination {
             if (!isReadable(file.path)) ++unreadable;
         }
         add(topic, Health::good,
-            root.string() + ": " + std::to_string(files.size()) +
-                (files.size() == 1 ? " file, " : " files, ") + formatBytes(bytes));
+            root.string() + ": " + counted(std::ssize(files), "file") + ", " + formatBytes(bytes));
         if (unreadable > 0)
             add(topic, Health::bad, std::to_string(unreadable) + " of them cannot be read");
         for (const LogListing::Failure& failure : listing.failures)

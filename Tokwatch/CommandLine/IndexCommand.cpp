@@ -4,7 +4,7 @@
 #include "Tokwatch/CommandLine/Terminal/Table.h"
 #include "TokwatchCore/Ingestion/LogFiles.h"
 #include "TokwatchCore/Records/RecordCoding.h"
-#include "TokwatchCore/Support/ByteFormat.h"
+#include "TokwatchCore/Support/Amounts.h"
 
 #include <algorithm>
 #include <chrono>
@@ -104,10 +104,6 @@ std::vector<std::string> stuckFiles(UsageStore& store, const ProviderLocations& 
 }
 
 } // namespace
-
-std::string counted(std::int64_t count, std::string_view noun) {
-    return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
-}
 
 std::int64_t IndexReport::bytesRead() const {
     std::int64_t sum = 0;

@@ -19,7 +19,4 @@ IndexReport runIndexPass(const CommandEnvironment& environment,
 void printIndexReport(const CommandEnvironment& environment, const IndexReport& report);
 /// Throws CommandError when some files or folders could not be read.
 void requireWhole(const IndexReport& report);
-/// "3 files"
-std::string counted(std::int64_t count, std::string_view noun);
-
 } // namespace tokwatch

@@ -6,6 +6,7 @@
 #include "Tokwatch/Display/SummaryDisplay.h"
 #include "Tokwatch/Display/SummaryTexts.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
+#include "TokwatchCore/Support/Amounts.h"
 
 #include <algorithm>
 
@@ -84,15 +85,14 @@ class SummaryPrinter {
 
     void printHeadline() {
         const std::string days =
-            summary.days == 1 ? "Today" : "Last " + std::to_string(summary.days) + " days";
+            summary.days == 1 ? "Today" : "Last " + counted(summary.days, "day");
         const std::string cost =
             MeterFormat::money(summary.totalCostUSD) + std::string(SummaryTexts::estimateSuffix);
         const std::string tokens = MeterFormat::tokens(summary.tokens.total()) + " tokens";
         const bool costFirst = unit == SummaryUnit::cost;
         terminal.line(terminal.paint(Tone::bold, days + "  " + (costFirst ? cost : tokens)));
         terminal.line(terminal.paint(
-            Tone::dim, (costFirst ? tokens : cost) + " · " + std::to_string(summary.sessions) +
-                           (summary.sessions == 1 ? " session" : " sessions") +
+            Tone::dim, (costFirst ? tokens : cost) + " · " + counted(summary.sessions, "session") +
                            " · cache savings " + MeterFormat::money(summary.cacheSavingsUSD)));
     }
 

@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Display/DayFormat.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
+#include "TokwatchCore/Support/Amounts.h"
 #include "TokwatchCore/Support/CheckedArithmetic.h"
 #include "TokwatchCore/Support/PlainText.h"
 
@@ -99,12 +100,10 @@ std::vector<SummaryDisplay::ToolLine> SummaryDisplay::toolLines(const UsageSumma
     std::vector<ToolLine> lines;
     for (const UsageSummary::Tool& tool : summary.tools) {
         const bool cost = unit == SummaryUnit::cost;
-        lines.push_back(
-            {tool.provider,
-             std::to_string(tool.sessions) + (tool.sessions == 1 ? " session" : " sessions"),
-             cost ? MeterFormat::money(tool.costUSD) : MeterFormat::tokens(tool.tokens),
-             cost ? MeterFormat::share(tool.costShare) + " of cost"
-                  : MeterFormat::share(tool.tokenShare) + " of tokens"});
+        lines.push_back({tool.provider, counted(tool.sessions, "session"),
+                         cost ? MeterFormat::money(tool.costUSD) : MeterFormat::tokens(tool.tokens),
+                         cost ? MeterFormat::share(tool.costShare) + " of cost"
+                              : MeterFormat::share(tool.tokenShare) + " of tokens"});
     }
     return lines;
 }

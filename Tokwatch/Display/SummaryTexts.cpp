@@ -1,9 +1,11 @@
 #include "Tokwatch/Display/SummaryTexts.h"
 
+#include "TokwatchCore/Support/Amounts.h"
+
 namespace tokwatch {
 
 std::string SummaryTexts::noUsage(std::int64_t days) {
-    return "No usage in the last " + std::to_string(days) + (days == 1 ? " day" : " days");
+    return "No usage in the last " + counted(days, "day");
 }
 
 } // namespace tokwatch

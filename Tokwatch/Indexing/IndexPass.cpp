@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Indexing/BoundedQueue.h"
 #include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Support/Amounts.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <algorithm>
@@ -300,11 +301,9 @@ void IndexPass::giveUp(std::size_t file, const std::string& reason) {
 /// One line for each reason: a full disk has the same one for thousands of files.
 void IndexPass::logUnstored() const {
     for (const auto& [reason, which] : unstoredFor) {
-        const std::size_t others = which.size() - 1;
+        const std::int64_t others = std::ssize(which) - 1;
         logFailure(files[which.front()],
-                   reason + (others == 0 ? ""
-                                         : "; so did " + std::to_string(others) + " other file" +
-                                               (others == 1 ? "" : "s")));
+                   reason + (others == 0 ? "" : "; so did " + counted(others, "other file")));
     }
 }
 

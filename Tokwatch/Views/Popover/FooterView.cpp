@@ -1,13 +1,13 @@
 #include "Tokwatch/Views/Popover/FooterView.h"
 
 #include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Display/TimeTexts.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
-#include "Tokwatch/Views/Common/TimeTexts.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 #include "Tokwatch/Views/Popover/LimitRows.h"
 #include "TokwatchCore/Presentation/LimitAge.h"
-#include "TokwatchCore/Support/ByteFormat.h"
+#include "TokwatchCore/Support/Amounts.h"
 
 #include <algorithm>
 
@@ -94,9 +94,9 @@ FooterState FooterView::state(const AppModel& model, Date now) const {
         return state;
     }
     if (const std::optional<Date>& moment = model.lastUpdated())
-        state.updated = "Updated " + TimeTexts::age(*moment, now, model.calendar());
+        state.updated = text("Updated " + TimeTexts::age(*moment, now, model.calendar()));
     if (const std::optional<Date> moment = oldestLimit(model))
-        state.updated += " · limits " + TimeTexts::age(*moment, now, model.calendar());
+        state.updated += text(" · limits " + TimeTexts::age(*moment, now, model.calendar()));
     return state;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Views/Common/Text.h"
+#include "TokwatchCore/Support/Amounts.h"
 
 #include <algorithm>
 #include <map>
@@ -19,7 +20,7 @@ struct Day {
 };
 
 QString sessionsText(std::int64_t sessions) {
-    return QString("%1 session%2").arg(sessions).arg(sessions == 1 ? "" : "s");
+    return text(counted(sessions, "session"));
 }
 
 ChartReadout readoutOf(const Day& day, SummaryUnit unit) {

@@ -3,8 +3,8 @@
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/LimitTexts.h"
 #include "Tokwatch/Display/Severity.h"
+#include "Tokwatch/Display/TimeTexts.h"
 #include "Tokwatch/Views/Common/Text.h"
-#include "Tokwatch/Views/Common/TimeTexts.h"
 #include "Tokwatch/Views/Popover/StatusNotice.h"
 #include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Presentation/LimitBarModel.h"
@@ -125,9 +125,8 @@ int seriesOf(ProviderID provider) {
 QString tryText(const AttemptTimes& times, Date now, const Calendar& calendar) {
     if (times.isUnderWay) return QStringLiteral("Trying…");
     if (!times.lastAttempt || !times.nextRetry || *times.nextRetry <= now) return {};
-    return QString("Tried %1 · again in %2")
-        .arg(TimeTexts::age(*times.lastAttempt, now, calendar),
-             TimeTexts::remaining(*times.nextRetry, now));
+    return text("Tried " + TimeTexts::age(*times.lastAttempt, now, calendar) + " · again in " +
+                TimeTexts::remaining(*times.nextRetry, now));
 }
 
 std::vector<ProviderRow> providerRows(const ProvidersKnown& known, Date now,

@@ -6,7 +6,7 @@
 #include "Tokwatch/Views/Common/PlatformWords.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
-#include "TokwatchCore/Support/ByteFormat.h"
+#include "TokwatchCore/Support/Amounts.h"
 
 #include <algorithm>
 

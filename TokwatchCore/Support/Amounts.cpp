@@ -1,4 +1,4 @@
-#include "TokwatchCore/Support/ByteFormat.h"
+#include "TokwatchCore/Support/Amounts.h"
 
 #include <array>
 #include <cstddef>
@@ -18,6 +18,10 @@ std::string formatBytes(std::int64_t bytes) {
     char text[32];
     std::snprintf(text, sizeof text, "%.1f %s", value, units[unit]);
     return text;
+}
+
+std::string counted(std::int64_t count, std::string_view noun) {
+    return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
 }
 
 } // namespace tokwatch
