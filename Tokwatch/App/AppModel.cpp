@@ -7,6 +7,7 @@
 #include "Tokwatch/Limits/ClaudeGate.h"
 #include "Tokwatch/Limits/LimitsService.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Store/StoredLimits.h"
 #include "TokwatchCore/Store/UsageStore.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
@@ -31,18 +32,13 @@ std::string what(const std::exception& error) {
     return error.what();
 }
 
-/// A row that cannot be read is one that is not there: the next fetch replaces it.
-LimitsByProvider storedLimits(UsageStore& store, const std::vector<ProviderID>& providers) {
-    LimitsByProvider found;
-    for (const ProviderID provider : providers) {
-        try {
-            if (std::optional<ProviderLimits> known = store.limits(provider))
-                found.emplace(provider, std::move(*known));
-        } catch (const std::exception&) {
-            continue;
-        }
+/// Where the store fails, nothing is known; what else needs it will tell.
+LimitsByProvider knownLimits(UsageStore& store, const std::vector<ProviderID>& providers) {
+    try {
+        return storedLimits(store, providers);
+    } catch (const UsageStoreError&) {
+        return {};
     }
-    return found;
 }
 
 } // namespace
@@ -57,7 +53,7 @@ void AppModel::start(Role firstRole, LimitsStart limitsStart) {
     const QPointer<AppModel> self(this);
     updatePresent();
     // At once, so that the first title is right; nobody else uses the store yet.
-    setLimits(ClaudeGate::applied(storedLimits(*services.store, present()), services.preferences,
+    setLimits(ClaudeGate::applied(knownLimits(*services.store, present()), services.preferences,
                                   services.now()));
     publish();
     services.limitsService.onUpdate = [self](ProviderID provider, const ProviderLimits& limits) {
@@ -253,7 +249,7 @@ void AppModel::setStoredLimits(LimitsByProvider stored) {
 
 QFuture<LimitsByProvider> AppModel::readStoredLimits(std::vector<ProviderID> providers) const {
     return inBackground([store = services.store, providers = std::move(providers)] {
-        return storedLimits(*store, providers);
+        return knownLimits(*store, providers);
     });
 }
 

@@ -1,5 +1,7 @@
 #include "Tokwatch/CommandLine/CommandEnvironment.h"
 
+#include "Tokwatch/Limits/ClaudeGate.h"
+#include "TokwatchCore/Store/StoredLimits.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <system_error>
@@ -43,6 +45,15 @@ std::shared_ptr<UsageStore> CommandEnvironment::openStoreForReading() const {
         } catch (const UsageStoreError&) {
             throw openFailure(database, reason);
         }
+    }
+}
+
+LimitsByProvider CommandEnvironment::limits(UsageStore& store, const Preferences& preferences,
+                                            std::span<const ProviderID> providers) const {
+    try {
+        return ClaudeGate::applied(storedLimits(store, providers), preferences, now());
+    } catch (const UsageStoreError& error) {
+        throw CommandError(std::string("reading the usage store failed: ") + error.what());
     }
 }
 

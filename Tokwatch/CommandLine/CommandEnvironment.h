@@ -3,16 +3,20 @@
 #include "Platform/Linux/UserPaths.h"
 #include "Tokwatch/CommandLine/Terminal/Terminal.h"
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
+#include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Store/PriceTable.h"
 #include "TokwatchCore/Store/UsageStore.h"
 #include "TokwatchCore/Support/Calendar.h"
 #include "TokwatchCore/Support/Date.h"
 
 #include <memory>
+#include <span>
 #include <stdexcept>
 #include <string>
 
 namespace tokwatch {
+
+class Preferences;
 
 /// How a process of ours ends.
 enum ExitStatus { exitOk = 0, exitFailure = 1, exitUsage = 2 };
@@ -40,6 +44,11 @@ struct CommandEnvironment {
     /// The same for a command that only reads: a store that is sound but cannot be written, on a
     /// disk that is full or read-only, is shown as it is, with the reason in the log.
     std::shared_ptr<UsageStore> openStoreForReading() const;
+
+    /// The last known limits of these providers as they are to be shown: Claude's by the
+    /// preferences' switch. CommandError when the store fails.
+    LimitsByProvider limits(UsageStore& store, const Preferences& preferences,
+                            std::span<const ProviderID> providers) const;
 
     /// CommandError when the home directory does not exist or is no directory.
     void requireHome() const;

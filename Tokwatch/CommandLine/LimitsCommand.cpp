@@ -3,7 +3,6 @@
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/CommandLine/EventLoop.h"
 #include "Tokwatch/CommandLine/LimitsPrinter.h"
-#include "Tokwatch/CommandLine/StoredLimits.h"
 #include "Tokwatch/Limits/AttemptFile.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Limits/LimitsCache.h"
@@ -104,7 +103,7 @@ int runLimits(const CommandEnvironment& environment, const LimitsOptions& option
     Preferences preferences(*settings);
     const std::vector<ProviderID> shown = shownProviders(preferences, options.provider);
 
-    LimitsByProvider limits = storedLimits(environment, *store, preferences, shown);
+    LimitsByProvider limits = environment.limits(*store, preferences, shown);
     if (options.refresh) refresh(environment, store, preferences, limits, shown);
     if (environment.json)
         environment.terminal.line(jsonText(encodeAll(limits, shown)));

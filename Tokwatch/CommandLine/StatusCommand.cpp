@@ -5,7 +5,6 @@
 #include "Platform/Linux/TerminationSignals.h"
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/CommandLine/EventLoop.h"
-#include "Tokwatch/CommandLine/StoredLimits.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Preferences/Preferences.h"
 
@@ -130,8 +129,8 @@ int runStatus(const CommandEnvironment& environment, const StatusOptions& option
     if (options.follow) return follow(environment, options.format);
     const std::unique_ptr<QSettings> settings = userSettings();
     const Preferences preferences(*settings);
-    const LimitsByProvider limits = storedLimits(environment, *environment.openStoreForReading(),
-                                                 preferences, preferences.enabledProviders());
+    const LimitsByProvider limits = environment.limits(*environment.openStoreForReading(),
+                                                       preferences, preferences.enabledProviders());
     environment.terminal.line(
         statusLine(statusTitle(preferences, limits, environment.now()), options.format));
     return exitOk;
