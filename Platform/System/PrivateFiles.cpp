@@ -199,6 +199,9 @@ FileDescriptor lockPrivately(const std::filesystem::path& file,
 
 void replacePrivately(const std::filesystem::path& file, std::string_view contents) {
     const std::filesystem::path real = followOwnLinks(file);
+    // An administrator may replace anything, also the device that a link was pointed at.
+    struct stat status = {};
+    if (::stat(real.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) fail(EINVAL, file);
     removeAbandoned(real);
     ReplacementFile replacement(real);
     replacement.write(contents);

@@ -40,7 +40,8 @@ FileDescriptor openPrivately(const std::filesystem::path& file);
 FileDescriptor lockPrivately(const std::filesystem::path& file, std::chrono::milliseconds patience);
 
 /// Makes or replaces the file as a whole, so that neither a reader nor a power cut meets half of
-/// it. What earlier calls left behind that were killed is removed.
+/// it; what is there and is no regular file is left alone. What earlier calls left behind that were
+/// killed is removed.
 void replacePrivately(const std::filesystem::path& file, std::string_view contents);
 
 } // namespace tokwatch

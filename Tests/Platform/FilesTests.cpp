@@ -73,6 +73,10 @@ TEST(PrivateFiles, FollowTheUsersOwnLinksOnly) {
     EXPECT_TRUE(fs::is_symlink(home / "link"));
     fs::create_symlink("loop", home / "loop");
     EXPECT_THROW(openPrivately(home / "loop"), std::system_error);
+    ASSERT_EQ(::mkfifo((home / "device").c_str(), 0600), 0);
+    fs::create_symlink("device", home / "discarded");
+    EXPECT_THROW(replacePrivately(home / "discarded", "text"), std::system_error);
+    EXPECT_TRUE(fs::is_fifo(home / "device")) << "what a link was pointed at stays";
     fs::create_symlink("victim", home / "planted");
     if (::lchown((home / "planted").c_str(), 1234, 1234) != 0)
         GTEST_SKIP() << "only the administrator gives links away";
