@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
 
@@ -85,6 +86,8 @@ bool LoginItem::setEnabled(bool isEnabled) {
     const QString path = pathText(entry);
     if (!isEnabled) return !QFile::exists(path) || QFile::remove(path);
     if (!QDir().mkpath(pathText(entry.parent_path()))) return false;
+    // A link to a device masks the entry; saving would put a file in the device's place.
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) return false;
     QSaveFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(contents().toUtf8()) >= 0 && file.commit();
 }
