@@ -158,7 +158,7 @@ TEST_F(MenuBarViewTest, PreviewsTheItem) {
     EXPECT_EQ(preview().spoken, "Tokwatch");
 }
 
-TEST(OnboardingView, ShowsTheSignThatTheItemHas) {
+TEST(OnboardingView, ShowsTheSignThatTheItemHasAndSwitchesWhoIsAsked) {
     testing::ViewWorld world;
     Preferences& preferences = *world.preferences;
     OnboardingView welcome(preferences, ProviderLocations{world.home.path()}, world.loginItem);
@@ -171,6 +171,12 @@ TEST(OnboardingView, ShowsTheSignThatTheItemHas) {
     world.settle();
     EXPECT_EQ(welcome.sign(), "");
     EXPECT_EQ(changes.count(), 2);
+    for (const char* provider : {"claude", "codex"}) {
+        welcome.setAsked(provider, false);
+        EXPECT_EQ(welcome.asked()[provider], false);
+    }
+    EXPECT_FALSE(preferences.claudeLiveLimits);
+    EXPECT_EQ(preferences.disabledProviders.value(), ProviderSet{codex});
     welcome.finish();
     EXPECT_TRUE(preferences.hasCompletedOnboarding);
 }

@@ -125,6 +125,15 @@ std::vector<ProviderID> Preferences::enabledProviders() const {
     return enabled;
 }
 
+void Preferences::setEnabled(ProviderID provider, bool isEnabled) {
+    ProviderSet disabled = disabledProviders.peek();
+    if (isEnabled)
+        disabled.erase(provider);
+    else
+        disabled.insert(provider);
+    disabledProviders = std::move(disabled);
+}
+
 std::optional<Date> Preferences::lastPruneAt() const {
     bool isNumber = false;
     const double seconds = list.storage.value(lastPruneKey).toDouble(&isNumber);

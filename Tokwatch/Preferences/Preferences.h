@@ -70,6 +70,8 @@ class Preferences {
 
     /// `providerOrder` less `disabledProviders`.
     std::vector<ProviderID> enabledProviders() const;
+    /// Keeps the other providers as they are.
+    void setEnabled(ProviderID provider, bool isEnabled);
 
     /// When old days were last deleted; not a setting, but kept with them.
     std::optional<Date> lastPruneAt() const;

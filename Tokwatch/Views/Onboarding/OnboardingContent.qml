@@ -74,8 +74,8 @@ FocusScope {
                     required property var modelData
                     width: page.width - 2 * page.inset - 2 * Theme.space.l
                     step: modelData
-                    liveLimits: welcome.view.liveLimits
-                    onLiveLimitsToggled: isOn => welcome.view.liveLimits = isOn
+                    isAsked: welcome.view.asked[modelData.id] ?? false
+                    onAskedToggled: isAsked => welcome.view.setAsked(modelData.id, isAsked)
                 }
             }
         }

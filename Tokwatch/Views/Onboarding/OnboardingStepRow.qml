@@ -6,8 +6,8 @@ import Tokwatch.Common
 Item {
     id: row
     required property var step
-    required property bool liveLimits
-    signal liveLimitsToggled(bool isOn)
+    required property bool isAsked
+    signal askedToggled(bool isAsked)
 
     readonly property bool isNone: step.id === ""
 
@@ -65,9 +65,9 @@ Item {
     Toggle {
         id: toggle
         anchors { right: parent.right; verticalCenter: texts.verticalCenter }
-        visible: row.step.isLiveLimits
-        text: "Live limits"
-        checked: row.liveLimits
-        onToggled: row.liveLimitsToggled(checked)
+        visible: text !== ""
+        text: row.step.switchText
+        checked: row.isAsked
+        onToggled: row.askedToggled(checked)
     }
 }

@@ -9,17 +9,17 @@ namespace tokwatch {
 namespace {
 
 OnboardingStep step(ProviderID provider, const ProviderLocations& locations) {
-    OnboardingStep step{text(rawValue(provider)), text(displayName(provider)), {}, {}, false};
+    OnboardingStep step{text(rawValue(provider)), text(displayName(provider)), {}, {}, {}};
     if (const auto roots = locations.logRoots(provider); !roots.empty())
         step.reads = "reads " + homePath(roots.front(), locations.home);
     switch (provider) {
     case ProviderID::claude:
         step.asks = QString("Asks %1 what is left, with Claude Code's login").arg(claudeHost);
-        step.isLiveLimits = true;
+        step.switchText = "Live limits";
         break;
     case ProviderID::codex:
-        step.asks =
-            QString("Asks %1 with Codex's login when the sessions tell no limits").arg(codexHost);
+        step.asks = QString("Asks %1 with Codex's login if the logs tell no limits").arg(codexHost);
+        step.switchText = "Show limits";
         break;
     case ProviderID::grok:
         step.reads += ", asks nobody";
@@ -37,7 +37,7 @@ OnboardingStep nothingFound(const ProviderLocations& locations) {
             {},
             "It will appear by itself once you have used one. Tokwatch looks in " +
                 searchedPlaces(locations).join(QStringLiteral(", ")) + ".",
-            false};
+            {}};
 }
 
 } // namespace

@@ -16,13 +16,13 @@ struct OnboardingStep {
     Q_PROPERTY(QString name MEMBER name)
     Q_PROPERTY(QString reads MEMBER reads)
     Q_PROPERTY(QString asks MEMBER asks)
-    Q_PROPERTY(bool isLiveLimits MEMBER isLiveLimits)
+    Q_PROPERTY(QString switchText MEMBER switchText)
   public:
     QString id; ///< the provider's raw value; empty where no provider was found
     QString name;
-    QString reads;             ///< what is read on this machine, to be said after the name
-    QString asks;              ///< who is asked what, with which login; empty when nobody is
-    bool isLiveLimits = false; ///< the setting for live limits decides about the asking
+    QString reads;      ///< what is read on this machine, to be said after the name
+    QString asks;       ///< who is asked what, with which login; empty when nobody is
+    QString switchText; ///< what the switch for that asking is called; empty without one
     friend bool operator==(const OnboardingStep&, const OnboardingStep&) = default;
 };
 

@@ -10,8 +10,8 @@ namespace tokwatch {
 OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocations& locations,
                                kivo::LoginItem& login)
     : preferences(userPreferences), loginItem(login), steps(onboardingSteps(locations)),
-      liveLimitsNotifier(
-          preferences.claudeLiveLimits.addNotifier([this] { emit liveLimitsChanged(); })),
+      liveLimitsNotifier(preferences.claudeLiveLimits.addNotifier([this] { emit askedChanged(); })),
+      disabledNotifier(preferences.disabledProviders.addNotifier([this] { emit askedChanged(); })),
       signUpdater(
           [this] {
               // While no limit is known, which is before the welcome is finished.
@@ -61,12 +61,22 @@ QString OnboardingView::finishText() {
     return QStringLiteral("Start Using Tokwatch");
 }
 
-bool OnboardingView::liveLimits() const {
-    return preferences.claudeLiveLimits.peek();
+QVariantMap OnboardingView::asked() const {
+    QVariantMap asked;
+    for (const ProviderID provider : allCases<ProviderID>)
+        asked.insert(text(rawValue(provider)),
+                     provider == ProviderID::claude
+                         ? preferences.claudeLiveLimits.peek()
+                         : !preferences.disabledProviders.peek().contains(provider));
+    return asked;
 }
 
-void OnboardingView::setLiveLimits(bool isOn) {
-    preferences.claudeLiveLimits = isOn;
+void OnboardingView::setAsked(const QString& name, bool isAsked) {
+    const auto provider = providerFromRawValue(name.toStdString());
+    if (provider == ProviderID::claude)
+        preferences.claudeLiveLimits = isAsked;
+    else if (provider)
+        preferences.setEnabled(*provider, isAsked);
 }
 
 bool OnboardingView::startsAtLogin() const {

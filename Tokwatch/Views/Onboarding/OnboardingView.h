@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QProperty>
 #include <QVariantList>
+#include <QVariantMap>
 #include <qqmlregistration.h>
 
 #include <vector>
@@ -31,7 +32,7 @@ class OnboardingView : public QObject {
     Q_PROPERTY(QString place READ place NOTIFY placeChanged)
     Q_PROPERTY(QString sign READ sign NOTIFY signChanged)
     Q_PROPERTY(QString finishText READ finishText CONSTANT)
-    Q_PROPERTY(bool liveLimits READ liveLimits WRITE setLiveLimits NOTIFY liveLimitsChanged)
+    Q_PROPERTY(QVariantMap asked READ asked NOTIFY askedChanged)
     Q_PROPERTY(
         bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
   public:
@@ -48,8 +49,10 @@ class OnboardingView : public QObject {
     /// Whose mark the status item bears: a provider's raw value, empty for the application's own.
     const QString& sign() const { return itemSign; }
     static QString finishText();
-    bool liveLimits() const;
-    void setLiveLimits(bool isOn);
+    /// Whether a provider, by its raw value, will be asked once the welcome is finished.
+    QVariantMap asked() const;
+    /// Claude's asking has a setting of its own; another provider's goes with its limits.
+    Q_INVOKABLE void setAsked(const QString& provider, bool isAsked);
     bool startsAtLogin() const;
     void setStartsAtLogin(bool starts);
 
@@ -59,7 +62,7 @@ class OnboardingView : public QObject {
   signals:
     void placeChanged();
     void signChanged();
-    void liveLimitsChanged();
+    void askedChanged();
     void startsAtLoginChanged();
     /// The user is through; `hasCompletedOnboarding` is set.
     void finished();
@@ -73,6 +76,7 @@ class OnboardingView : public QObject {
     QString placeText;
     QString itemSign;
     QPropertyNotifier liveLimitsNotifier;
+    QPropertyNotifier disabledNotifier;
     ObservingUpdater<QString> signUpdater;
 };
 

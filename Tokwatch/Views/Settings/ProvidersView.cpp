@@ -82,14 +82,8 @@ void ProvidersView::move(int from, int to) {
 }
 
 void ProvidersView::setEnabled(const QString& provider, bool isEnabled) {
-    const std::optional<ProviderID> id = providerFromRawValue(provider.toStdString());
-    if (!id) return;
-    ProviderSet disabled = model.preferences().disabledProviders.peek();
-    if (isEnabled)
-        disabled.erase(*id);
-    else
-        disabled.insert(*id);
-    model.preferences().disabledProviders = std::move(disabled);
+    if (const auto id = providerFromRawValue(provider.toStdString()))
+        model.preferences().setEnabled(*id, isEnabled);
 }
 
 void ProvidersView::setClaudeLiveLimits(bool isOn) {
