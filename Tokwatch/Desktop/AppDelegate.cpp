@@ -236,6 +236,8 @@ void AppDelegate::hostChanged() {
     // none can come back.
     const bool isFirstLook = !std::exchange(hasLookedForHost, true);
     const bool isNeeded = isFirstLook || (hasLostBus() && !isAnyWindowShown());
+    // A popup that was opened before this was known would go with the first press beside it.
+    if (isFirstLook && isWithoutHost()) giveWay();
     if (isNeeded && isWithoutHost() && preferences.hasCompletedOnboarding)
         popover->open(lastAnchor());
 }
