@@ -59,7 +59,7 @@ endfunction()
 # circles.
 function(tokwatch_use target scope)
   foreach(dependency IN LISTS ARGN)
-    if(dependency MATCHES "^(Tokwatch|Kivo|Test)" AND NOT TARGET ${dependency})
+    if(dependency MATCHES "^(Platform|Tokwatch|Kivo|Test)" AND NOT TARGET ${dependency})
       message(FATAL_ERROR "${target} needs ${dependency}, which comes later or not at all")
     endif()
   endforeach()
