@@ -10,8 +10,14 @@ QRect panelRect(QSize size, QPoint anchor, const QRect& visibleFrame) {
     const int x = std::max(leftmost, std::min(anchor.x() - size.width() / 2, rightmost));
     const bool isAbove = anchor.y() <= visibleFrame.center().y();
     const int highest = visibleFrame.top() + panelMargin;
-    const int lowest = visibleFrame.bottom() + 1 - panelMargin - size.height();
-    return {QPoint(x, isAbove ? highest : std::max(highest, lowest)), size};
+    const int lowest = std::max(highest, visibleFrame.bottom() + 1 - panelMargin - size.height());
+    int y = isAbove ? highest : lowest;
+    if (visibleFrame.contains(anchor)) {
+        const int clear = isAbove ? anchor.y() + anchorClearance
+                                  : anchor.y() + 1 - anchorClearance - size.height();
+        y = std::clamp(clear, highest, lowest);
+    }
+    return {QPoint(x, y), size};
 }
 
 } // namespace kivo

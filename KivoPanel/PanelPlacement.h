@@ -8,9 +8,14 @@ namespace kivo {
 
 /// The distance that a panel keeps from the edges of the visible frame.
 inline constexpr int panelMargin = 8;
+/// Half of a usual bar's height, and the margin: as far it keeps from what opened it on a bar that
+/// nobody told of (one that hides itself, or that belongs to another display server).
+inline constexpr int anchorClearance = 24;
 
 /// Where a panel goes that belongs to something at `anchor`: centred on it along the nearer of the
 /// upper and the lower edge of the visible frame (the screen less its bars), and inside that frame.
+/// An anchor inside the frame stays uncovered where there is room, so that another press on it is
+/// not one on the panel.
 QRect panelRect(QSize size, QPoint anchor, const QRect& visibleFrame);
 
 } // namespace kivo

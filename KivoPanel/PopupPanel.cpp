@@ -9,6 +9,7 @@
 #include <QScreen>
 #include <QWindow>
 
+#include <algorithm>
 #include <chrono>
 
 namespace kivo {
@@ -22,9 +23,18 @@ constexpr std::chrono::milliseconds grabDelay{60};
 constexpr Qt::WindowFlags unmanaged =
     Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint | Qt::WindowStaysOnTopHint;
 
+/// A Wayland compositor centres a window when it appears, keeps its top when it grows, and tells
+/// neither. What it may grow to until it leaves the screen, which bars take a part of.
+int highestInPlace(int heightAtOpening, int screenHeight) {
+    constexpr int bars = 64;
+    return std::max(heightAtOpening, (screenHeight + heightAtOpening - bars) / 2);
+}
+
 } // namespace
 
-PopupPanel::PopupPanel(QWindow& panelWindow) : window(panelWindow), grabs(canGrabAll()) {
+PopupPanel::PopupPanel(QWindow& panelWindow)
+    : window(panelWindow), grabs(canGrabAll()),
+      isPlacedByCompositor(QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
     window.setFlags(grabs ? unmanaged : Qt::Window | Qt::FramelessWindowHint);
     window.installEventFilter(this);
     grabTimer.setSingleShot(true);
@@ -35,6 +45,7 @@ PopupPanel::PopupPanel(QWindow& panelWindow) : window(panelWindow), grabs(canGra
 void PopupPanel::open(QPoint at, QSize size) {
     anchor = at;
     opened = true;
+    heightAtOpening = size.height();
     place(size);
     window.show();
     window.requestActivate();
@@ -48,6 +59,9 @@ void PopupPanel::resize(QSize size) {
 void PopupPanel::place(QSize size) {
     const QScreen* screen = QGuiApplication::screenAt(anchor);
     if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+    if (isPlacedByCompositor && screen != nullptr)
+        size.setHeight(std::min(
+            size.height(), highestInPlace(heightAtOpening, screen->availableGeometry().height())));
     // Compositors that tile windows leave those alone that have but one size.
     window.setMinimumSize(size);
     window.setMaximumSize(size);

@@ -25,7 +25,8 @@ class PopupPanel : public QObject {
 
     /// Shows the window at the anchor, in screen coordinates.
     void open(QPoint anchor, QSize size);
-    /// Another size while it is open; it stays at its anchor.
+    /// Another size while it is open; it stays at its anchor. Where the compositor has placed it,
+    /// it grows no further than it stays on the screen; the next opening gives it its size.
     void resize(QSize size);
     void close();
     bool isOpen() const { return opened; }
@@ -48,6 +49,8 @@ class PopupPanel : public QObject {
 
     QWindow& window;
     const bool grabs;
+    const bool isPlacedByCompositor;
+    int heightAtOpening = 0;
     QPoint anchor;
     QTimer grabTimer;
     bool opened = false;

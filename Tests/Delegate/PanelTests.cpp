@@ -29,6 +29,8 @@ TEST(PanelPlacement, PutsAPanelAtWhatOpenedItAndInsideTheVisibleFrame) {
              {"not beyond the right edge", {1910, 10}, belowAPanel, {1492, 38}},
              {"not beyond the left edge", {3, 10}, belowAPanel, {8, 38}},
              {"on the second screen", {3190, 10}, {1920, 30, 1280, 994}, {2772, 38}},
+             {"beside a press on a bar that nobody told of", {1000, 16}, aboveAPanel, {790, 40}},
+             {"the same at the lower edge", {1000, 1040}, belowAPanel, {790, 417}},
              {"its corner visible on one too small", {100, 390}, {0, 0, 400, 400}, {8, 8}},
          })
         EXPECT_EQ(panelRect({420, 600}, c.anchor, c.visibleFrame),

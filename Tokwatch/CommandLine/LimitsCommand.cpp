@@ -2,11 +2,13 @@
 
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/CommandLine/EventLoop.h"
+#include "Tokwatch/CommandLine/IndexCommand.h"
 #include "Tokwatch/CommandLine/LimitsPrinter.h"
 #include "Tokwatch/Limits/AttemptFile.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Limits/LimitsCache.h"
 #include "TokwatchCore/Limits/LimitsProviders.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <QCoroTask>
 #include <QSettings>
@@ -71,6 +73,24 @@ std::vector<ProviderID> shownProviders(const Preferences& preferences,
     return preferences.enabledProviders();
 }
 
+/// Codex's logs tell its limits, too. On a new data directory nobody has read them yet, and without
+/// a login they are all there is.
+void readLogsNobodyRead(const CommandEnvironment& environment,
+                        const std::shared_ptr<UsageStore>& store, const LimitsByProvider& limits,
+                        const std::vector<ProviderID>& providers) {
+    const auto isUnread = [&limits](ProviderID provider) {
+        const auto known = limits.find(provider);
+        return traits(provider).logFormat == LogFormat::codexLines &&
+               (known == limits.end() || known->second.windows.empty());
+    };
+    if (std::ranges::none_of(providers, isUnread)) return;
+    try {
+        runIndexPass(environment, store);
+    } catch (const CommandError& error) {
+        systemLog(std::string("the session files could not be read for limits: ") + error.what());
+    }
+}
+
 void refresh(const CommandEnvironment& environment, const std::shared_ptr<UsageStore>& store,
              Preferences& preferences, LimitsByProvider& limits,
              std::vector<ProviderID> providers) {
@@ -80,6 +100,7 @@ void refresh(const CommandEnvironment& environment, const std::shared_ptr<UsageS
                !environment.locations().isPresent(provider);
     });
     if (providers.empty()) return;
+    readLogsNobodyRead(environment, store, limits, providers);
     for (auto& [provider, fetched] : Fetch(environment, store, preferences).run(providers))
         limits.insert_or_assign(provider, fetched);
 }
