@@ -1,6 +1,7 @@
 #include "Tokwatch/CommandLine/IndexCommand.h"
 
 #include "Tokwatch/CommandLine/Commands.h"
+#include "Tokwatch/CommandLine/Terminal/ProgressBar.h"
 #include "Tokwatch/CommandLine/Terminal/Table.h"
 #include "TokwatchCore/Ingestion/LogFiles.h"
 #include "TokwatchCore/Records/RecordCoding.h"
@@ -13,35 +14,6 @@
 
 namespace tokwatch {
 namespace {
-
-/// Shows how far a pass has come, as one line that is drawn over; nothing where there is no
-/// terminal.
-class ProgressBar {
-  public:
-    explicit ProgressBar(Terminal& t) : terminal(t) {}
-
-    void show(const IndexingProgress& progress) {
-        const auto now = std::chrono::steady_clock::now();
-        // The first tenth of a second shows nothing at all: most passes are over by then.
-        if (!terminal.isInteractive() || progress.bytesTotal <= 0 || now - lastDrawn < redrawPeriod)
-            return;
-        lastDrawn = now;
-        const double fraction = std::min(1.0, static_cast<double>(progress.bytesRead) /
-                                                  static_cast<double>(progress.bytesTotal));
-        std::string filled = bar(fraction, barColumns);
-        filled.append(barColumns - std::min(barColumns, displayWidth(filled)), ' ');
-        terminal.transient("Reading " + std::string(displayName(progress.provider)) + " ▕" +
-                           filled + "▏ " + formatBytes(progress.bytesRead) + " of " +
-                           formatBytes(progress.bytesTotal));
-    }
-
-  private:
-    static constexpr std::chrono::milliseconds redrawPeriod{100};
-    static constexpr std::size_t barColumns = 24;
-
-    Terminal& terminal;
-    std::chrono::steady_clock::time_point lastDrawn = std::chrono::steady_clock::now();
-};
 
 Json encode(const IndexReport& report) {
     Json json = Json::object();
@@ -120,7 +92,11 @@ IndexReport runIndexPass(const CommandEnvironment& environment,
     IndexReport report;
     try {
         report.outcome =
-            indexer.index([&progress](const IndexingProgress& at) { progress.show(at); }).result();
+            indexer
+                .index([&progress](const IndexingProgress& at) {
+                    progress.show(displayName(at.provider), at.bytesRead, at.bytesTotal);
+                })
+                .result();
     } catch (const UsageStoreError& error) {
         throw CommandError(std::string("reading the usage store failed: ") + error.what());
     }

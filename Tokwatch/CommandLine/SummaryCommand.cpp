@@ -2,6 +2,7 @@
 
 #include "Tokwatch/CommandLine/IndexCommand.h"
 #include "Tokwatch/CommandLine/Terminal/Table.h"
+#include "Tokwatch/CommandLine/Terminal/UsageBar.h"
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/SummaryDisplay.h"
 #include "Tokwatch/Display/SummaryTexts.h"
@@ -13,35 +14,14 @@
 namespace tokwatch {
 namespace {
 
-constexpr std::size_t barColumns = 16;
 /// A model name longer than this would push the numbers out of sight.
 constexpr std::size_t longestName = 40;
 
-Tone toneOf(std::optional<ProviderID> provider) {
-    if (!provider) return Tone::cyan;
-    switch (*provider) {
-    case ProviderID::claude:
-        return Tone::yellow;
-    case ProviderID::codex:
-        return Tone::green;
-    case ProviderID::grok:
-        return Tone::blue;
-    case ProviderID::cursor:
-        return Tone::magenta;
-    }
-    return Tone::plain;
-}
-
-/// Bars compare rows with each other, so the largest row fills its bar.
 double largestShare(const std::vector<SummaryDisplay::Row>& rows) {
     double largest = 0;
     for (const SummaryDisplay::Row& row : rows)
         largest = std::max(largest, row.shareFraction);
     return largest;
-}
-
-std::string relativeBar(double share, double largest) {
-    return bar(largest > 0 ? share / largest : 0, barColumns);
 }
 
 class SummaryPrinter {
@@ -115,7 +95,7 @@ class SummaryPrinter {
                        {MeterFormat::tokens(tool.tokens)},
                        {(tool.approximate ? "~" : "") + MeterFormat::money(tool.costUSD)},
                        {MeterFormat::share(share(tool))},
-                       {relativeBar(share(tool), largest), toneOf(tool.provider)}});
+                       {usageBar(share(tool), largest), usageTone(tool.provider)}});
         }
         terminal.line();
         table.print(terminal);
@@ -136,7 +116,7 @@ class SummaryPrinter {
                        {row.tokens},
                        {row.cost},
                        {row.share},
-                       {relativeBar(row.shareFraction, largest), toneOf(row.provider)}});
+                       {usageBar(row.shareFraction, largest), usageTone(row.provider)}});
         }
         terminal.line();
         table.print(terminal);

@@ -44,17 +44,24 @@ std::size_t displayWidth(std::string_view text) {
     return width;
 }
 
-std::string fitted(std::string_view text, std::size_t most) {
+std::string fitted(std::string_view text, std::size_t most, Cut cut) {
     const std::string clean = plainText(text);
     if (displayWidth(clean) <= most) return clean;
-    QString kept;
+    QList<uint> letters = lettersOf(clean);
+    if (cut == Cut::start) std::ranges::reverse(letters);
+    QList<uint> kept;
     std::size_t width = 1; // the ellipsis
-    for (const char32_t letter : lettersOf(clean)) {
+    for (const char32_t letter : letters) {
         width += columnsOf(letter);
         if (width > most) break;
-        kept += QString::fromUcs4(&letter, 1);
+        kept.append(letter);
     }
-    return kept.toStdString() + "…";
+    if (cut == Cut::start) std::ranges::reverse(kept);
+    static_assert(sizeof(uint) == sizeof(char32_t));
+    const std::string shown =
+        QString::fromUcs4(reinterpret_cast<const char32_t*>(kept.constData()), kept.size())
+            .toStdString();
+    return cut == Cut::start ? "…" + shown : shown + "…";
 }
 
 std::vector<std::string>

@@ -11,9 +11,12 @@ namespace tokwatch {
 /// Columns that a text takes in a fixed-width type: combining marks none, wide letters two.
 std::size_t displayWidth(std::string_view text);
 
+/// Which end of a text goes where there is no room for all of it: of a path the start.
+enum class Cut { end, start };
+
 /// The text cut to at most `most` columns, with an ellipsis where something is missing, and
 /// plain (`plainText`).
-std::string fitted(std::string_view text, std::size_t most);
+std::string fitted(std::string_view text, std::size_t most, Cut cut = Cut::end);
 
 enum class Align { left, right };
 

@@ -16,7 +16,7 @@ std::string_view weekday(const Calendar::Fields& fields) {
     return weekdays[static_cast<std::size_t>(fields.weekday)];
 }
 
-std::string_view month(const Calendar::Fields& fields) {
+std::string_view monthName(const Calendar::Fields& fields) {
     return months[static_cast<std::size_t>(fields.month - 1)];
 }
 
@@ -33,7 +33,16 @@ std::string DayFormat::weekdayAndDay(Date date, const Calendar& calendar) {
 
 std::string DayFormat::day(Date date, const Calendar& calendar) {
     const Calendar::Fields fields = calendar.fields(date);
-    return std::string(month(fields).substr(0, 3)) + " " + std::to_string(fields.day);
+    return std::string(monthName(fields).substr(0, 3)) + " " + std::to_string(fields.day);
+}
+
+std::string DayFormat::month(Date date, const Calendar& calendar) {
+    const Calendar::Fields fields = calendar.fields(date);
+    return std::string(monthName(fields)) + " " + std::to_string(fields.year);
+}
+
+std::string DayFormat::clock(Date date, const Calendar& calendar) {
+    return clockTime(calendar.fields(date));
 }
 
 std::string DayFormat::moment(Date date, Date now, const Calendar& calendar) {
@@ -56,7 +65,7 @@ std::string DayFormat::coming(Date date, Date now, const Calendar& calendar) {
 
 std::string DayFormat::spoken(Date date, const Calendar& calendar) {
     const Calendar::Fields fields = calendar.fields(date);
-    return std::string(weekday(fields)) + ", " + std::string(month(fields)) + " " +
+    return std::string(weekday(fields)) + ", " + std::string(monthName(fields)) + " " +
            std::to_string(fields.day) + ", " + std::to_string(fields.year);
 }
 

@@ -12,6 +12,10 @@ struct DayFormat {
     static std::string weekdayAndDay(Date date, const Calendar& calendar);
     /// "Nov 24"
     static std::string day(Date date, const Calendar& calendar);
+    /// "November 2026"
+    static std::string month(Date date, const Calendar& calendar);
+    /// "14:02"
+    static std::string clock(Date date, const Calendar& calendar);
     /// "14:02" of today, else "Nov 24, 14:02".
     static std::string moment(Date date, Date now, const Calendar& calendar);
     /// A moment to come, to the nearest minute: "14:02" of today, "Fri 14:02" within the week to

@@ -1,7 +1,7 @@
 #include "Tokwatch/Indexing/SliceReader.h"
 
-#include "Platform/System/FileAccess.h"
 #include "TokwatchCore/Ingestion/GrokUsageParser.h"
+#include "TokwatchCore/Ingestion/LogDocument.h"
 #include "TokwatchCore/Support/CheckedArithmetic.h"
 
 #include <algorithm>
@@ -17,9 +17,6 @@ constexpr const char* providerEntry = "provider";
 constexpr const char* sizeEntry = "size";
 constexpr const char* modifiedEntry = "mtime";
 constexpr const char* lastTurnEntry = "lastTurn";
-
-/// The largest document that is read, in bytes: a session of a hundred thousand turns.
-constexpr std::int64_t largestDocument = 33'554'432;
 
 // No response stays open across a line that is stepped over: its cursor would stand before it.
 static_assert(SliceEvents::mostReadAgain <= longestLine);
@@ -37,20 +34,6 @@ std::int64_t turnOf(const UsageEvent& event) {
         std::string_view(event.dedupKey).substr(event.sessionID.size() + 1);
     std::from_chars(rest.data(), rest.data() + rest.size(), turn);
     return turn;
-}
-
-/// Files that were renamed or removed since they were listed are no failure: another pass finds
-/// them where they are.
-bool isGone(const std::error_code& code) {
-    return code == std::errc::no_such_file_or_directory || code == std::errc::not_a_directory;
-}
-
-std::string readWhole(const InputFile& input, std::int64_t size) {
-    if (size > largestDocument)
-        throw std::system_error(std::make_error_code(std::errc::file_too_large));
-    std::string document(static_cast<std::size_t>(size), '\0');
-    document.resize(input.read(document.data(), document.size(), 0));
-    return document;
 }
 
 /// A line from the future, as a clock that was set back since leaves it, would be the newest for as
@@ -90,6 +73,7 @@ std::optional<Slice> SliceReader::next() {
         slice = read(pending);
     } catch (const std::system_error& error) {
         slice = {};
+        // No failure: another pass finds it where it is.
         if (!isGone(error.code())) slice.failure = error.what();
     } catch (const std::exception& error) {
         slice = {};
@@ -113,15 +97,6 @@ void SliceReader::nextFile() {
     buffer.shrink(JSONLTail::sliceBytes);
 }
 
-JSONLTail::Result SliceReader::readOn(const LogFile& file,
-                                      const std::optional<FileCursor>& cursor) {
-    // Files that cannot hold an overlong line need not be searched for one.
-    if (file.attributes.size > longestLine) {
-        if (auto skipped = skipOverlongLine(file.path, cursor)) return *std::move(skipped);
-    }
-    return JSONLTail::read(file.path, cursor, JSONLTail::sliceBytes, buffer);
-}
-
 Slice SliceReader::read(const PendingFile& pending) {
     switch (traits(pending.provider).logFormat) {
     case LogFormat::claudeLines:
@@ -136,7 +111,8 @@ Slice SliceReader::read(const PendingFile& pending) {
 }
 
 Slice SliceReader::readLines(const PendingFile& pending) {
-    JSONLTail::Result read = readOn(pending.file, reached ? reached : pending.cursor);
+    JSONLTail::Result read =
+        readSlice(pending.file, reached ? reached : pending.cursor, JSONLTail::sliceBytes, buffer);
     // What is open was read from a file that is gone.
     if (read.reset) events.clear();
     Slice slice;
@@ -187,12 +163,10 @@ void SliceReader::parseCodex(Slice& slice, JSONLTail::Result& read) {
 }
 
 Slice SliceReader::readDocument(const PendingFile& pending) {
-    const InputFile input(pending.file.path);
-    // Taken before the contents: a document rewritten meanwhile is seen as changed by the next
-    // pass.
-    const FileAttributes attributes = input.attributes();
+    const LogDocument document = readLogDocument(pending.file.path);
+    const FileAttributes& attributes = document.attributes;
     Slice slice;
-    slice.events = GrokUsageParser::parse(readWhole(input, attributes.size));
+    slice.events = GrokUsageParser::parse(document.text);
     slice.bytes = attributes.size;
     slice.cursor = {pending.file.path, attributes.inode, attributes.size, {}};
 

@@ -48,7 +48,6 @@ class SliceReader {
     std::optional<Slice> next();
 
   private:
-    JSONLTail::Result readOn(const LogFile& file, const std::optional<FileCursor>& cursor);
     Slice read(const PendingFile& pending);
     Slice readLines(const PendingFile& pending);
     Slice readDocument(const PendingFile& pending);

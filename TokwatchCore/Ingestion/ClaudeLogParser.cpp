@@ -19,6 +19,7 @@ struct Line {
     std::optional<std::string_view> requestID;
     std::optional<std::string_view> timestamp;
     std::optional<std::string_view> session;
+    std::optional<std::string_view> directory;
     std::optional<std::string_view> messageID;
     std::optional<std::string_view> model;
     bool hasMessage = false;
@@ -74,6 +75,7 @@ bool readLine(JSONReader& reader, std::string_view text, Line& line) {
         if (key == "requestId") return readString(field, line.requestID);
         if (key == "timestamp") return readString(field, line.timestamp);
         if (key == "sessionId") return readString(field, line.session);
+        if (key == "cwd") return readString(field, line.directory);
         if (key == "message") return readMessage(field, line);
         return skip(field);
     });
@@ -84,12 +86,6 @@ TokenCounts countsOf(const Usage& usage) {
     // The flat number repeats the sum of the lifetimes where those are given.
     if (!usage.hasCacheCreation) tokens.cacheWrite5m = usage.flatCacheWrite;
     return tokens;
-}
-
-bool mayBeResponse(std::string_view line) {
-    const LeadingType leading = leadingType(line);
-    return leading.kind == LeadingType::Kind::unknown ||
-           (leading.kind == LeadingType::Kind::found && leading.type == "assistant");
 }
 
 } // namespace
@@ -104,26 +100,40 @@ std::optional<UsageEvent> ClaudeLogParser::parse(std::string_view text) {
     return std::move(line->event);
 }
 
+std::optional<ClaudeLine> ClaudeLogParser::none(LineVerdict why) {
+    last = why;
+    return std::nullopt;
+}
+
 std::optional<ClaudeLine> ClaudeLogParser::parseLine(std::string_view text) {
-    if (!mayBeResponse(text)) return std::nullopt;
+    const LeadingType leading = leadingType(text);
+    if (leading.kind == LeadingType::Kind::notAnObject)
+        return none(text.empty() ? LineVerdict::other : LineVerdict::unknownForm);
+    if (leading.kind == LeadingType::Kind::found && leading.type != "assistant")
+        return none(LineVerdict::other);
     Line line;
-    if (!readLine(*reader, text, line) || line.type != "assistant" || !line.hasMessage ||
-        !line.hasUsage)
-        return std::nullopt;
+    if (!readLine(*reader, text, line)) return none(LineVerdict::cut);
+    if (line.type != "assistant") return none(LineVerdict::other);
+    if (!line.hasMessage || !line.hasUsage) return none(LineVerdict::noUsage);
+    if (line.model == "<synthetic>") return none(LineVerdict::synthetic);
     const std::optional<std::string_view> identity =
         line.messageID ? line.messageID : line.requestID;
-    if (!identity || !line.timestamp || line.model == "<synthetic>") return std::nullopt;
-    const std::optional<Date> timestamp = parseISO8601(*line.timestamp);
+    if (!identity) return none(LineVerdict::unknownForm);
+    const std::optional<Date> timestamp =
+        line.timestamp ? parseISO8601(*line.timestamp) : std::nullopt;
+    if (!timestamp) return none(LineVerdict::noTime);
     const auto origin = [&line] {
         return usageOrigin(ProviderID::claude, line.model.value_or("unknown"), *line.timestamp);
     };
     const SumOrigin sumOrigin(origin);
     const TokenCounts tokens = countsOf(line.usage);
-    if (!timestamp || tokens.total() <= 0) return std::nullopt;
+    if (tokens.total() <= 0) return none(LineVerdict::noUsage);
+    last = LineVerdict::counted;
     return ClaudeLine{{ProviderID::claude, std::string(line.model.value_or("unknown")),
                        std::string(line.session.value_or("")), std::string(*identity), *timestamp,
                        tokens, std::nullopt},
-                      line.isUnfinished};
+                      line.isUnfinished,
+                      line.directory.value_or("")};
 }
 
 } // namespace tokwatch

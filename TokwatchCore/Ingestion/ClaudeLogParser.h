@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TokwatchCore/Ingestion/LineVerdict.h"
 #include "TokwatchCore/Records/UsageEvent.h"
 
 #include <memory>
@@ -16,6 +17,9 @@ struct ClaudeLine {
     /// An explicit null "stop_reason": further lines of the response, with higher counts, may
     /// follow. Lines that do not name a reason at all say nothing of the kind.
     bool isUnfinished = false;
+    /// Where the assistant worked; empty where the line does not say. Valid until the next line is
+    /// parsed: most readers have no use for a copy.
+    std::string_view directory = {};
 };
 
 /// Turns lines of Claude Code's session logs into events. Lines do not depend on each other; the
@@ -31,8 +35,13 @@ class ClaudeLogParser {
     std::optional<UsageEvent> parse(std::string_view line);
     /// The same, with what tells whether the response goes on.
     std::optional<ClaudeLine> parseLine(std::string_view line);
+    /// What the last line came to.
+    LineVerdict verdict() const { return last; }
 
   private:
+    std::optional<ClaudeLine> none(LineVerdict why);
+
+    LineVerdict last = LineVerdict::other;
     std::unique_ptr<JSONReader> reader;
 };
 

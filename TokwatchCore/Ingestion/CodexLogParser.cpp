@@ -43,7 +43,9 @@ struct Payload {
     std::optional<std::string_view> model;
     std::optional<std::string_view> responseID;
     std::optional<std::string_view> session;
+    std::optional<std::string_view> directory;
     bool hasUsage = false;
+    bool hasTotals = false; ///< of the session so far
     Usage usage;
     RateLimits limits;
 };
@@ -92,6 +94,11 @@ bool readLimits(JSONValue value, RateLimits& limits) {
     });
 }
 
+bool readTotals(JSONValue value, bool& hasTotals) {
+    return readObject(value, hasTotals,
+                      [](std::string_view, JSONValue field) { return skip(field); });
+}
+
 bool readPayload(JSONValue value, Payload& payload) {
     return readObject(value, payload.present, [&payload](std::string_view key, JSONValue field) {
         if (key == "type") return readString(field, payload.type);
@@ -99,7 +106,9 @@ bool readPayload(JSONValue value, Payload& payload) {
         if (key == "model") return readString(field, payload.model);
         if (key == "response_id") return readString(field, payload.responseID);
         if (key == "session_id") return readString(field, payload.session);
+        if (key == "cwd") return readString(field, payload.directory);
         if (key == "usage") return readUsage(field, payload.hasUsage, payload.usage);
+        if (key == "info") return readTotals(field, payload.hasTotals);
         if (key == "rate_limits") return readLimits(field, payload.limits);
         return skip(field);
     });
@@ -178,31 +187,45 @@ CodexLogParser::CodexLogParser() : reader(std::make_unique<JSONReader>()) {}
 
 CodexLogParser::~CodexLogParser() = default;
 
+std::optional<CodexLine> CodexLogParser::none(LineVerdict why) {
+    last = why;
+    return std::nullopt;
+}
+
 std::optional<CodexLine> CodexLogParser::parse(std::string_view text) {
     const LeadingType leading = leadingType(text);
-    if (leading.kind == LeadingType::Kind::notAnObject) return std::nullopt;
+    if (leading.kind == LeadingType::Kind::notAnObject)
+        return none(text.empty() ? LineVerdict::other : LineVerdict::unknownForm);
     if (leading.kind == LeadingType::Kind::found && !isOfInterest(leading.type))
-        return std::nullopt;
+        return none(LineVerdict::other);
     Line line;
-    if (!readLine(*reader, text, line) || !line.type || !line.payload.present) return std::nullopt;
+    if (!readLine(*reader, text, line)) return none(LineVerdict::cut);
     const Payload& payload = line.payload;
+    const bool isUsage = line.type == "token_usage_record";
+    if (!line.type || !payload.present)
+        return none(isUsage ? LineVerdict::noUsage : LineVerdict::other);
     if (line.type == "session_meta") {
         if (payload.id) context["session"] = *payload.id;
-        return std::nullopt;
+        if (payload.directory) directory = *payload.directory;
+        return none(LineVerdict::other);
     }
     if (line.type == "turn_context") {
         if (payload.model) context["model"] = *payload.model;
-        return std::nullopt;
+        return none(LineVerdict::other);
     }
     const std::optional<Date> timestamp =
         line.timestamp ? parseISO8601(*line.timestamp) : std::nullopt;
-    if (!timestamp) return std::nullopt;
     if (line.type == "event_msg") {
-        if (payload.type != "token_count" || !payload.limits.present) return std::nullopt;
+        const bool isCount = payload.type == "token_count";
+        last = isCount && payload.hasTotals ? LineVerdict::cumulative : LineVerdict::other;
+        if (!isCount || !timestamp || !payload.limits.present) return std::nullopt;
         return limitsOf(payload.limits, *timestamp);
     }
-    if (line.type != "token_usage_record" || !payload.responseID || !payload.hasUsage)
-        return std::nullopt;
+    if (!isUsage) return none(LineVerdict::other);
+    if (!payload.hasUsage) return none(LineVerdict::noUsage);
+    if (!timestamp) return none(LineVerdict::noTime);
+    if (!payload.responseID) return none(LineVerdict::unknownForm);
+    last = LineVerdict::counted;
     std::string model = entryOr(context, "model", "unknown");
     const auto origin = [&] { return usageOrigin(ProviderID::codex, model, *line.timestamp); };
     const SumOrigin sumOrigin(origin);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TokwatchCore/Ingestion/LineVerdict.h"
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Records/UsageEvent.h"
 
@@ -31,6 +32,9 @@ struct CodexLine {
 class CodexLogParser {
   public:
     std::map<std::string, std::string> context;
+    /// Where the session works, as its log named it last. No sum of the store's needs it, so it is
+    /// no part of the context.
+    std::string directory;
 
     CodexLogParser();
     ~CodexLogParser();
@@ -38,8 +42,14 @@ class CodexLogParser {
     /// Nothing for lines that only change the context, and for every other line, malformed ones
     /// included.
     std::optional<CodexLine> parse(std::string_view line);
+    /// What the last line came to. Limits are `other`, or `cumulative` where they stand beside a
+    /// running total.
+    LineVerdict verdict() const { return last; }
 
   private:
+    std::optional<CodexLine> none(LineVerdict why);
+
+    LineVerdict last = LineVerdict::other;
     std::unique_ptr<JSONReader> reader;
 };
 

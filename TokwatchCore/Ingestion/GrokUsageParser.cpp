@@ -110,16 +110,24 @@ UsageEvent eventOf(const std::string& session, const Turn& turn, const ModelUsag
 
 } // namespace
 
-std::vector<UsageEvent> GrokUsageParser::parse(std::string_view document) {
+GrokDocument GrokUsageParser::read(std::string_view text) {
     Session session;
-    if (!readSession(document, session) || !session.id || !session.hasTurns) return {};
-    std::vector<UsageEvent> events;
+    GrokDocument document;
+    document.isWhole = readSession(text, session) && session.id && session.hasTurns;
+    if (!document.isWhole) return document;
     for (const Turn& turn : session.turns) {
-        if (!turn.number || !turn.endedAt) continue;
+        if (!turn.number || !turn.endedAt) {
+            document.untimed += std::ssize(turn.usage);
+            continue;
+        }
         for (const ModelUsage& usage : turn.usage)
-            events.push_back(eventOf(*session.id, turn, usage));
+            document.events.push_back(eventOf(*session.id, turn, usage));
     }
-    return events;
+    return document;
+}
+
+std::vector<UsageEvent> GrokUsageParser::parse(std::string_view document) {
+    return read(document).events;
 }
 
 } // namespace tokwatch

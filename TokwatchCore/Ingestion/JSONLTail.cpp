@@ -136,4 +136,13 @@ std::optional<JSONLTail::Result> skipOverlongLine(const std::filesystem::path& f
     return result;
 }
 
+JSONLTail::Result readSlice(const LogFile& file, const std::optional<FileCursor>& cursor,
+                            std::int64_t maxBytes, TailBuffer& buffer) {
+    // Files that cannot hold an overlong line need not be searched for one.
+    if (file.attributes.size > longestLine) {
+        if (auto skipped = skipOverlongLine(file.path, cursor)) return *std::move(skipped);
+    }
+    return JSONLTail::read(file.path, cursor, maxBytes, buffer);
+}
+
 } // namespace tokwatch

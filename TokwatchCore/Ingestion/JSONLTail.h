@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TokwatchCore/Ingestion/LogFiles.h"
 #include "TokwatchCore/Records/FileCursor.h"
 
 #include <cstddef>
@@ -59,5 +60,10 @@ inline constexpr std::int64_t longestLine = 536'870'912;
 /// there is an ordinary one, to be read as usual. Throws as `JSONLTail::read` does.
 std::optional<JSONLTail::Result> skipOverlongLine(const std::filesystem::path& file,
                                                   const std::optional<FileCursor>& cursor);
+
+/// One step through a listed file: a line that is too long is stepped over, else a slice is read.
+/// Throws as `JSONLTail::read` does.
+JSONLTail::Result readSlice(const LogFile& file, const std::optional<FileCursor>& cursor,
+                            std::int64_t maxBytes, TailBuffer& buffer);
 
 } // namespace tokwatch

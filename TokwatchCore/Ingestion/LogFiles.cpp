@@ -130,6 +130,10 @@ std::optional<std::string_view> pathBelow(const std::filesystem::path& root,
     return unresolved ? std::nullopt : withoutPrefix(path, real.native());
 }
 
+bool isGone(const std::error_code& failure) {
+    return failure == std::errc::no_such_file_or_directory || failure == std::errc::not_a_directory;
+}
+
 std::optional<LogFile> findLogFile(ProviderID provider, const std::filesystem::path& root,
                                    std::string_view path) {
     const std::optional<std::string_view> below = pathBelow(root, path);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace tokwatch {
@@ -36,6 +37,9 @@ LogListing findLogFiles(ProviderID provider, const std::filesystem::path& root);
 /// What of a path lies below the root, as the root is named or, where that name leads through
 /// links, as it really is; none for other paths.
 std::optional<std::string_view> pathBelow(const std::filesystem::path& root, std::string_view path);
+
+/// Whether a file could not be read because it was renamed or removed since it was listed.
+bool isGone(const std::error_code& failure);
 
 /// The one file of `findLogFiles` that is at this path, in either form; its path is in the root's.
 std::optional<LogFile> findLogFile(ProviderID provider, const std::filesystem::path& root,

@@ -7,6 +7,8 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 
 namespace tokwatch::sqlite {
 namespace {
@@ -184,6 +186,25 @@ Statement& Connection::statement(const char* sql) {
 
 void Connection::releaseMemory() {
     sqlite3_db_release_memory(handle.get());
+}
+
+std::unique_ptr<Connection> openForReading(const std::string& file,
+                                           std::chrono::milliseconds lockPatience) {
+    const auto opened = [&](Access access) {
+        auto db = std::make_unique<Connection>(file, access, lockPatience);
+        // Opening alone does not read from the file.
+        db->number("SELECT COUNT(*) FROM sqlite_schema");
+        return db;
+    };
+    try {
+        return opened(Access::readOnly);
+    } catch (const UsageStoreError&) {
+        // The side files are missing and cannot be made. The file alone is the whole database where
+        // no write-ahead log is left to be taken into it.
+        std::error_code none;
+        if (std::filesystem::file_size(file + "-wal", none) > 0 && !none) throw;
+        return opened(Access::immutable);
+    }
 }
 
 Transaction::Transaction(Connection& connection) : db(connection) {

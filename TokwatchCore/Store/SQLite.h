@@ -83,6 +83,10 @@ class Connection {
     std::map<std::string_view, std::unique_ptr<Statement>> statements;
 };
 
+/// A sound database as it can be read on a disk that is full or read-only, too.
+std::unique_ptr<Connection> openForReading(const std::string& file,
+                                           std::chrono::milliseconds lockPatience);
+
 /// Resets a kept statement when its reader leaves, so that no read lock outlives the read.
 class Use {
   public:

@@ -96,11 +96,6 @@ bool isInMemory(const std::filesystem::path& path) {
     return path.filename() == ":memory:";
 }
 
-/// Reads from the file, which opening alone does not.
-void probe(sqlite::Connection& db) {
-    db.number("SELECT COUNT(*) FROM sqlite_schema");
-}
-
 std::optional<ProviderLimits> readLimits(sqlite::Connection& db, ProviderID provider) {
     const std::string id(rawValue(provider));
     const sqlite::Use query(db.statement("SELECT json FROM limits WHERE provider = ?1"));
@@ -180,19 +175,8 @@ std::shared_ptr<UsageStore> UsageStore::readOnly(const std::filesystem::path& pa
     std::error_code none;
     if (std::filesystem::exists(real, none) && !std::filesystem::is_regular_file(real, none))
         throw UsageStoreError(SQLITE_CANTOPEN, real.string() + " is not a regular file");
-    const auto opened = [&path, &real](sqlite::Access access) {
-        auto db = std::make_unique<sqlite::Connection>(real.string(), access, lockPatience);
-        probe(*db);
-        return std::shared_ptr<UsageStore>(new UsageStore(path, std::move(db)));
-    };
-    try {
-        return opened(sqlite::Access::readOnly);
-    } catch (const UsageStoreError&) {
-        // The side files are missing and cannot be made. The file alone is the whole database where
-        // no write-ahead log is left to be taken into it.
-        if (std::filesystem::file_size(path.string() + "-wal", none) > 0 && !none) throw;
-        return opened(sqlite::Access::immutable);
-    }
+    return std::shared_ptr<UsageStore>(
+        new UsageStore(path, sqlite::openForReading(real.string(), lockPatience)));
 }
 
 std::optional<UsageStore::FileIdentity> UsageStore::identityOf(const std::filesystem::path& path) {

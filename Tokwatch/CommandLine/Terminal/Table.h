@@ -4,6 +4,7 @@
 #include "Tokwatch/Display/AlignedText.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,8 @@ namespace tokwatch {
 std::string bar(double fraction, std::size_t width);
 
 /// Rows of aligned columns, two spaces apart. A row of one cell stands across all of them. Without
-/// any title there is no row of titles.
+/// any title there is no row of titles. Where a line has no room for all columns, those become
+/// narrower that may be cut.
 class Table {
   public:
     struct Cell {
@@ -23,6 +25,7 @@ class Table {
     struct Column {
         std::string title;
         Align align = Align::left;
+        std::optional<Cut> cut = {}; ///< none where each letter counts
     };
 
     explicit Table(std::vector<Column> columns);
@@ -31,6 +34,8 @@ class Table {
     void print(Terminal& terminal) const;
 
   private:
+    void fit(std::vector<std::vector<std::string>>& texts, std::optional<std::size_t> most) const;
+
     std::vector<Column> columns;
     std::vector<std::vector<Cell>> rows;
 };

@@ -3,6 +3,7 @@
 #include "TokwatchCore/Support/PlainText.h"
 
 #include <stdio_ext.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -113,6 +114,12 @@ void Terminal::clearTransient() {
 std::string Terminal::paint(Tone tone, std::string_view text) const {
     if (!colour || tone == Tone::plain || text.empty()) return plainText(text);
     return codeOf(tone) + plainText(text) + "\033[0m";
+}
+
+std::optional<std::size_t> Terminal::columns() const {
+    winsize size{};
+    if (ioctl(fileno(out), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return std::nullopt;
+    return size.ws_col;
 }
 
 std::error_code Terminal::flush() {

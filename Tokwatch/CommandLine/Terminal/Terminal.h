@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -31,6 +33,9 @@ class Terminal {
 
     /// The plain text (`plainText`) in a tone, where there is colour.
     std::string paint(Tone tone, std::string_view text) const;
+
+    /// How many columns a line has; none where the output is no terminal, which takes any line.
+    std::optional<std::size_t> columns() const;
 
     bool isInteractive() const { return interactive; }
     /// Sends off what was written; what kept it from arriving since the last call: a full disk, a
