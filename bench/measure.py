@@ -120,6 +120,10 @@ class Bench:
                  self.paired([self.tokwatch, "summary", "--home", home, "--data-dir", data], ["true"], before=append,
                              runs=11), target)
 
+    def report(self, name, home, baseline, target, runs=11):
+        command = [self.tokwatch, "report", "--since", "2026-01-01", "--home", home]
+        self.row("report, " + name, self.paired(command, baseline, runs=runs), target)
+
     def summary(self, target):
         home, data = os.path.join(self.work, "summary-home"), os.path.join(self.work, "summary-data")
         shutil.rmtree(data, ignore_errors=True)
@@ -170,9 +174,11 @@ def main():
         return
     bound = "2.0 × baseline, 64 MB"
     passes = {0.1: bench.first_pass("100 MB, 200 files", bench.home("home-100", 100, 200), bound, runs=15)}
+    bench.report("20 MB, 40 files", bench.home("home-20", 20, 40), ["true"], "40 ms")
     if not options.quick:
         large = bench.home("home-1000", 1000, 2000)
         passes[1] = bench.first_pass("1 GB, 2,000 files", large, bound, runs=11)
+        bench.report("1 GB, 2,000 files", large, [bench.scan, large], "1.2 × baseline, 96 MB")
         passes[3] = bench.first_pass("3 GB, 6,000 files", bench.home("home-3000", 3000, 6000), bound, runs=5)
         data = bench.steady("2,000 files", large, "25 ms")
         bench.appended(large, data, "30 ms")

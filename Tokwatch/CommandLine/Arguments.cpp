@@ -111,15 +111,18 @@ std::map<std::string, ProviderID> providersByName() {
     return providers;
 }
 
+std::map<std::string, std::optional<ProviderID>> optionalProvidersByName() {
+    const std::map<std::string, ProviderID> providers = providersByName();
+    return {providers.begin(), providers.end()};
+}
+
 void addLimits(CLI::App& app, Invocation& invocation, LimitsOptions& options) {
     CLI::App& command =
         addDataCommand(app, invocation, "limits", "Show how much of each limit is left");
     command.add_flag("--refresh", options.refresh,
                      "Ask the services first, with the logins that the assistants stored");
-    std::map<std::string, std::optional<ProviderID>> providers;
-    for (const auto& [name, provider] : providersByName())
-        providers.emplace(name, provider);
-    addChoice(command, "--provider", options.provider, providers, "Show this provider only");
+    addChoice(command, "--provider", options.provider, optionalProvidersByName(),
+              "Show this provider only");
     command.callback([&] {
         invocation.run = [&options](const CommandEnvironment& environment) {
             return runLimits(environment, options);
@@ -224,6 +227,40 @@ void addDoctor(CLI::App& app, Invocation& invocation, DoctorOptions& options) {
     });
 }
 
+void addReport(CLI::App& app, Invocation& invocation, ReportOptions& options) {
+    CLI::App& command = addDataCommand(app, invocation, "report",
+                                       "Add up what was used, from the assistants' own files");
+    std::map<std::string, ReportBy> subjects;
+    for (const ReportBy each : allCases<ReportBy>)
+        subjects.emplace(rawValue(each), each);
+    addChoice(command, "--by", options.by, subjects, "What has a row (default: project)");
+    command.add_option("--days", options.days, "How many days, today included (default: 30)")
+        ->type_name("N")
+        ->check(CLI::Range(-mostDays, mostDays).description(""));
+    command.add_option("--since", options.since, "The first day, as 2026-01-31")->type_name("DATE");
+    command.add_option("--until", options.until, "The last day (default: today)")
+        ->type_name("DATE");
+    addChoice(command, "--provider", options.provider, optionalProvidersByName(),
+              "Count this provider only");
+    command.add_flag("--csv", options.csv, "Print comma-separated values for spreadsheets");
+    command.callback([&] {
+        invocation.run = [&options](const CommandEnvironment& environment) {
+            return runReport(environment, options);
+        };
+    });
+}
+
+void addAudit(CLI::App& app, Invocation& invocation, bool& all) {
+    CLI::App& command = addDataCommand(
+        app, invocation, "audit", "Compare what is stored with the files, and explain differences");
+    command.add_flag("--all", all, "Show the days and models that agree, too");
+    command.callback([&] {
+        invocation.run = [&all](const CommandEnvironment& environment) {
+            return runAudit(environment, all ? AuditRows::all : AuditRows::differing);
+        };
+    });
+}
+
 /// The first line of what the parser says; some of its messages have several.
 std::string oneLine(const std::string& message) {
     return message.substr(0, message.find('\n'));
@@ -245,6 +282,8 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     StatusOptions title;
     SettingArguments setting;
     ProviderID rereadProvider = ProviderID::claude;
+    ReportOptions report;
+    bool showsAllRows = false;
     DoctorOptions doctor;
     addPaths(app, invocation);
     addIndex(app, invocation);
@@ -255,6 +294,8 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     addReread(app, invocation, rereadProvider);
     addSnapshot(app, invocation);
     addPreferences(app, invocation, setting);
+    addReport(app, invocation, report);
+    addAudit(app, invocation, showsAllRows);
     addDoctor(app, invocation, doctor);
 
     // Shells ask for this and people do not; the words may be anything.
@@ -278,6 +319,9 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
         // That its reader has had enough is no news to a program in a pipe.
         if (failure == std::errc::broken_pipe) return exitFailure;
         throw CommandError("writing the output failed: " + failure.message());
+    } catch (const UsageError& error) {
+        terminal.error(error.what() + std::string(" (see tokwatch --help)"));
+        return exitUsage;
     } catch (const std::exception& error) {
         terminal.error(error.what());
         return exitFailure;

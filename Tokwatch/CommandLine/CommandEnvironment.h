@@ -27,6 +27,12 @@ class CommandError : public std::runtime_error {
     explicit CommandError(const std::string& message) : std::runtime_error(message) {}
 };
 
+/// A command line that asks for what cannot be, or for two things at once.
+class UsageError : public std::runtime_error {
+  public:
+    explicit UsageError(const std::string& message) : std::runtime_error(message) {}
+};
+
 /// The world that a one-shot command runs in. The process's own, but for what options replaced.
 struct CommandEnvironment {
     UserPaths paths;

@@ -3,6 +3,7 @@
 #include "Tokwatch/CommandLine/CommandEnvironment.h"
 #include "Tokwatch/CommandLine/StatusLine.h"
 #include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "Tokwatch/Report/UsageReport.h"
 #include "TokwatchCore/Records/ProviderID.h"
 
 #include <cstdint>
@@ -70,6 +71,24 @@ int runPreferencesGet(const CommandEnvironment& environment, const std::string& 
 /// `tokwatch preferences set KEY VALUE`. A value that the setting does not take is a usage error.
 int runPreferencesSet(const CommandEnvironment& environment, const std::string& name,
                       const std::string& value);
+
+struct ReportOptions {
+    ReportBy by = ReportBy::project;
+    std::optional<std::int64_t> days; ///< today included; 30 where neither is said
+    std::optional<std::string> since; ///< day keys
+    std::optional<std::string> until;
+    std::optional<ProviderID> provider; ///< all when absent
+    bool csv = false;
+};
+/// `tokwatch report`: reads the files that were touched in the window, and the store not at all.
+/// Status 1 when some of them could not be read; the rest is shown.
+int runReport(const CommandEnvironment& environment, const ReportOptions& options);
+
+enum class AuditRows { differing, all };
+/// `tokwatch audit`: what the files hold, line by line, and the store's sums beside theirs, with
+/// the reason of each difference. Reads all files and writes nothing. Status 1 when a difference
+/// has no reason, or something could not be read.
+int runAudit(const CommandEnvironment& environment, AuditRows which);
 
 struct DoctorOptions {
     bool fix = false; ///< close to other users what they may read of the data

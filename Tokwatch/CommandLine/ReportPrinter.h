@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/Report/UsageReport.h"
+
+#include <string>
+
+namespace tokwatch {
+
+/// A report for people, as wide as the terminal. `window`: "Last 30 days".
+void printReport(const CommandEnvironment& environment, const UsageReport& report,
+                 const std::string& window);
+
+} // namespace tokwatch
