@@ -7,11 +7,15 @@
 #include "Tokwatch/Report/LogAudit.h"
 #include "TokwatchCore/Records/RecordFields.h"
 #include "TokwatchCore/Support/Amounts.h"
+#include "TokwatchCore/Support/CheckedArithmetic.h"
 
 #include <algorithm>
 
 namespace tokwatch {
 namespace {
+
+/// How many differing days and models are shown unless all are asked for.
+constexpr std::size_t mostRows = 40;
 
 std::string_view textOf(AuditReason reason) {
     switch (reason) {
@@ -122,6 +126,7 @@ class AuditPrinter {
                             ? "The store agrees with the files on each day and model"
                             : "The store differs from the files on " + std::to_string(differing) +
                                   " of " + std::to_string(all) + " days and models"));
+        printReasons();
         printRows(which);
     }
 
@@ -168,6 +173,20 @@ class AuditPrinter {
 
     void note(const std::string& text) { terminal.line(terminal.paint(Tone::dim, text)); }
 
+    /// What all differences come to: somebody who never indexed has one on each day.
+    void printReasons() {
+        std::map<AuditReason, std::int64_t> totals;
+        for (const auto& [key, row] : audit.rows)
+            for (const auto& [reason, tokens] : row.differences)
+                totals[reason] = checkedAdd(totals[reason], tokens.total());
+        for (const auto& [reason, total] : totals)
+            note(differenceText(reason, total));
+    }
+
+    static std::string differenceText(AuditReason reason, std::int64_t tokens) {
+        return (tokens > 0 ? "+" : "") + grouped(tokens) + " " + std::string(textOf(reason));
+    }
+
     void printRows(AuditRows which) {
         Table table({{"Day"},
                      {"Model", Align::left, Cut::end},
@@ -178,18 +197,18 @@ class AuditPrinter {
                                                                          audit.rows.end());
         std::ranges::stable_sort(newestFirst, std::ranges::greater(),
                                  [](const auto& row) { return row.first.day; });
+        std::size_t shown = 0;
         for (const auto& [key, row] : newestFirst) {
             if (row.differences.empty() && which == AuditRows::differing) continue;
+            if (++shown > mostRows && which == AuditRows::differing) continue;
             std::vector<Table::Cell> line{{key.day},
                                           {key.model, Tone::bold},
                                           {grouped(row.stored.total())},
                                           {grouped(row.inFiles.total())}};
             if (row.differences.empty()) table.add(line);
             for (const auto& [reason, tokens] : row.differences) {
-                const std::int64_t total = tokens.total();
-                line.push_back(
-                    {(total > 0 ? "+" : "") + grouped(total) + " " + std::string(textOf(reason)),
-                     reason == AuditReason::unexplained ? Tone::red : Tone::plain});
+                line.push_back({differenceText(reason, tokens.total()),
+                                reason == AuditReason::unexplained ? Tone::red : Tone::plain});
                 table.add(line);
                 line = {{""}, {""}, {""}, {""}};
             }
@@ -197,6 +216,8 @@ class AuditPrinter {
         if (table.isEmpty()) return;
         terminal.line();
         table.print(terminal);
+        if (which == AuditRows::differing && shown > mostRows)
+            note("and " + std::to_string(shown - mostRows) + " more; --all shows them");
     }
 
     Terminal& terminal;
