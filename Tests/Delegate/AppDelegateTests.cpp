@@ -187,6 +187,22 @@ TEST_F(AppDelegateTest, KeepsThePopoverWhenTheStatusAreaAndTheBusGo) {
     EXPECT_FALSE(isPopoverFrameless()) << "without a status area there is no other way back to it";
 }
 
+TEST_F(AppDelegateTest, TakesTheWindowForWantOfAStatusAreaBackWhenAPanelComesUpLate) {
+    for (const bool isSoon : {true, false}) {
+        launch(false);
+        time.advance(MeterStatusItem::hostGrace);
+        ASSERT_NE(shownWindow(popoverTitle), nullptr);
+        time.advance(Seconds{isSoon ? 5 : 3600});
+        area.appear();
+        until([this] { return !area.registered.empty(); });
+        drain(appBus);
+        settle();
+        EXPECT_EQ(shownWindow(popoverTitle) == nullptr, isSoon);
+        delegate.reset();
+        leaveStatusArea();
+    }
+}
+
 TEST_F(AppDelegateTest, EndsWithItsLastWindowWhereNoStatusAreaCanCome) {
     enum class Area { goes, neverWas, goesWithTheBus };
     for (const Area kind : {Area::goes, Area::neverWas, Area::goesWithTheBus}) {

@@ -138,6 +138,7 @@ void AppDelegate::makePopover() {
     };
     popoverWindow->onClosed = [this] {
         countdown.reset();
+        openedForWantOfHost.reset();
         if (statusItem) statusItem->setPopoverOpen(false);
         popover->closed();
         windowClosed();
@@ -238,8 +239,14 @@ void AppDelegate::hostChanged() {
     const bool isNeeded = isFirstLook || (hasLostBus() && !isAnyWindowShown());
     // A popup that was opened before this was known would go with the first press beside it.
     if (isFirstLook && isWithoutHost()) giveWay();
-    if (isNeeded && isWithoutHost() && preferences.hasCompletedOnboarding)
+    if (isNeeded && isWithoutHost() && preferences.hasCompletedOnboarding) {
         popover->open(lastAnchor());
+        openedForWantOfHost = now();
+    }
+    // The panel of a session that just began comes up beside us. Later the window has its user.
+    constexpr Seconds sessionStart{60};
+    if (openedForWantOfHost && statusItem->hasHost() && now() - *openedForWantOfHost < sessionStart)
+        popover->close();
 }
 
 bool AppDelegate::hasLostBus() const {

@@ -100,7 +100,8 @@ class AppDelegate : public QObject {
     std::optional<QPoint> clickedAt;
     Date openedAt = Date::min();
     bool hasLookedForHost = false;
-    bool hadHost = false; ///< since the start, at any time
+    bool hadHost = false;                    ///< since the start, at any time
+    std::optional<Date> openedForWantOfHost; ///< when, while what opened by itself is still open
     bool pendingOpen = false;
 };
 
