@@ -39,6 +39,10 @@ class DBusMenu : public QObject {
     /// Builds again, and tells the host when something that it shows differs. True in that case.
     bool rebuild();
 
+  signals:
+    /// The host is about to draw the menu, or has begun to.
+    void aboutToShow();
+
   private:
     friend class DBusMenuAdaptor;
 

@@ -60,7 +60,9 @@ QList<int> DBusMenuAdaptor::EventGroup(const QList<MenuEvent>& events) {
 }
 
 bool DBusMenuAdaptor::AboutToShow(int id) {
-    return id == root && menu.rebuild();
+    if (id != root) return false;
+    emit menu.aboutToShow();
+    return menu.rebuild();
 }
 
 QList<int> DBusMenuAdaptor::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {

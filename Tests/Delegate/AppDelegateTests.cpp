@@ -11,6 +11,7 @@
 #include "TokwatchCore/Store/UsageStore.h"
 
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDBusVariant>
 #include <QGuiApplication>
 #include <QMouseEvent>
@@ -271,6 +272,12 @@ TEST_F(AppDelegateTest, StaysOpenAtADoubleClickAndGivesItsMenuAtARightPressOnThe
     QCoreApplication::sendEvent(popover, &press);
     EXPECT_FALSE(popover->isVisible());
     EXPECT_NE(shownWindow(popoverTitle), nullptr) << "there is no menu";
+    // Or the host draws it.
+    delegate->open();
+    QDBusMessage shows = QDBusMessage::createMethodCall(appBus.baseService(), "/MenuBar",
+                                                        "com.canonical.dbusmenu", "AboutToShow");
+    hostBus.asyncCall(shows << 0);
+    EXPECT_TRUE(until([popover] { return !popover->isVisible(); }));
     delegate.reset();
     EXPECT_EQ(shownWindow(popoverTitle), nullptr);
 }

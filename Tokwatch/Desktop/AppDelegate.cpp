@@ -224,6 +224,8 @@ void AppDelegate::makeStatusItem() {
         [this](QPoint anchor) { toggle(anchor); }, [actions] { return statusMenu(actions); });
     contextMenu.emplace(runtime, scheduler, [actions] { return statusMenu(actions); });
     statusItem->onContextMenu = [this](QPoint anchor) { contextMenu->open(anchor); };
+    // Where nothing is grabbed, the popover hears nothing of the press that opens it.
+    statusItem->onMenuShown = [this] { giveWay(); };
     statusItem->setDesktopDark(appearance.current().dark);
     statusItem->onHostChanged = [this] { hostChanged(); };
 }

@@ -63,6 +63,9 @@ MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusItem
         if (onContextMenu) onContextMenu(position);
     });
     QObject::connect(&item, &Item::scrolled, &item, [this](int delta) { scroll(delta); });
+    QObject::connect(&menu, &kivo::DBusMenu::aboutToShow, &item, [this] {
+        if (onMenuShown) onMenuShown();
+    });
     QObject::connect(&tone, &kivo::PanelTone::changed, &item, [this] { update(); });
     QObject::connect(&host, &kivo::StatusAreaHost::changed, &item, [this] { hostChanged(); });
     const Seconds grace = surroundings.bus.isConnected() ? hostGrace : Seconds{0};

@@ -69,6 +69,8 @@ class MeterStatusItem {
     /// Called on a right click at a host that does not draw menus itself; `menuEntries` are what
     /// belongs there.
     std::function<void(QPoint)> onContextMenu;
+    /// Called when a host that draws menus itself is about to.
+    std::function<void()> onMenuShown;
     /// The context menu as it should be at this moment.
     std::vector<kivo::MenuEntry> menuEntries() const;
 
