@@ -2,9 +2,21 @@
 
 #include "TokwatchCore/Limits/ClaudeLimitsProvider.h"
 #include "TokwatchCore/Limits/CodexLimitsProvider.h"
-#include "TokwatchCore/Limits/NoLimitsProvider.h"
+#include "TokwatchCore/Limits/UsageEndpoint.h"
 
 namespace tokwatch {
+namespace {
+
+/// For an assistant whose limits nobody can ask for: without any input or output.
+class NoLimitsProvider final : public LimitsProvider {
+  public:
+    QCoro::Task<ProviderLimits> fetch(Date now) override {
+        ProviderLimits limits = limitsWithout(ProviderStatus::unavailable, now);
+        co_return limits;
+    }
+};
+
+} // namespace
 
 std::map<ProviderID, std::shared_ptr<LimitsProvider>> makeLimitsProviders(
     const std::shared_ptr<LimitsCache>& cache, const std::shared_ptr<CredentialSource>& credentials,
