@@ -66,13 +66,18 @@ function(tokwatch_use target scope)
   target_link_libraries(${target} ${scope} ${ARGN})
 endfunction()
 
+# tokwatch_folder(): sets `name` to the target's and `sources` to what this folder has for the compiler.
+macro(tokwatch_folder)
+  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  string(REPLACE "/" "" name ${folder})
+  file(GLOB sources CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.cpp *.h)
+endmacro()
+
 # tokwatch_module([MOC] [EXCEPT sources of programs …] [PUBLIC what the headers need …] [PRIVATE …]): the folder as a
 # library; MOC where it has a Q_OBJECT.
 function(tokwatch_module)
   cmake_parse_arguments(ARG "MOC" "" "PUBLIC;PRIVATE;EXCEPT" ${ARGN})
-  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
-  string(REPLACE "/" "" name ${folder})
-  file(GLOB sources CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.cpp *.h)
+  tokwatch_folder()
   if(ARG_EXCEPT)
     list(REMOVE_ITEM sources ${ARG_EXCEPT})
   endif()
@@ -93,9 +98,7 @@ endfunction()
 # them, compiled ahead.
 function(tokwatch_qml_module)
   cmake_parse_arguments(ARG "" "URI" "PUBLIC;PRIVATE" ${ARGN})
-  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
-  string(REPLACE "/" "" name ${folder})
-  file(GLOB sources CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.cpp *.h)
+  tokwatch_folder()
   file(GLOB components CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.qml)
   set(CMAKE_AUTOMOC ON)
   string(REPLACE "." "/" path ${ARG_URI})

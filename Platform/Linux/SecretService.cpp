@@ -1,6 +1,5 @@
 #include "Platform/Linux/SecretService.h"
 
-#include "TokwatchCore/Limits/CredentialFile.h"
 #include "TokwatchCore/Limits/CredentialSource.h"
 
 #include <QCoroDBusPendingCall>
@@ -108,8 +107,8 @@ QCoro::Task<std::string> readItem(QDBusConnection bus, QDBusObjectPath item) {
     secret.beginStructure();
     secret >> sameSession >> parameters >> value;
     secret.endStructure();
-    std::string text = checkedText(value.toStdString());
-    co_return text;
+    std::string password = value.toStdString();
+    co_return password;
 }
 
 } // namespace

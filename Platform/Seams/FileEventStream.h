@@ -12,7 +12,7 @@ namespace tokwatch {
 
 struct FileEvent {
     std::string path; ///< without symbolic links
-    /// Anything below the path may have changed: events were lost or could not be had.
+    /// Anything below the path may have changed: events were lost or could not be obtained.
     bool isRescan = false;
 
     friend bool operator==(const FileEvent&, const FileEvent&) = default;

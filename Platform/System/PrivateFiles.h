@@ -35,8 +35,8 @@ std::filesystem::path createPrivately(const std::filesystem::path& file);
 FileDescriptor openPrivately(const std::filesystem::path& file);
 
 /// Takes the lock that the file stands for, made where there is none; held until the descriptor is
-/// closed. Where the file cannot be had, its directory stands for it. Not open where it is not to
-/// be had within `patience`, or not at all.
+/// closed. Where the file cannot be opened, its directory stands for it. Not open where the lock
+/// cannot be taken within `patience`, or not at all.
 FileDescriptor lockPrivately(const std::filesystem::path& file, std::chrono::milliseconds patience);
 
 /// Makes or replaces the file as a whole, so that neither a reader nor a power cut meets half of

@@ -23,8 +23,8 @@ class WorkLease {
 
     /// Whether this process is to work from now on. To be asked time and again: the lease is taken
     /// once it is free, and a follower gives it up when a desktop application wants it. Where
-    /// leases cannot be had, for want of a place or of the system's support, everybody works: work
-    /// done twice is better than none.
+    /// leases cannot be taken, for want of a place or of the system's support, everybody works:
+    /// work done twice is better than none.
     bool renew();
     /// Whether this process works in the place of one that holds the lease and gives no sign of
     /// life: it was stopped, and may be continued.

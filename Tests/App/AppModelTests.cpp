@@ -155,6 +155,15 @@ TEST_F(AppModelTest, ShowsProgressAndPublishesProviderByProvider) {
     indexer.report({ProviderID::codex, 50, 100});
     finishPass(); // the last report arrives with the end of its pass
     EXPECT_FALSE(model->indexing());
+
+    publishes = 0;
+    holdBackground = true;
+    for (int i = 0; i < 20; ++i)
+        model->publish();
+    settle();
+    holdBackground = false;
+    settle();
+    EXPECT_EQ(publishes, 2) << "the first, and one for all that came meanwhile";
 }
 
 TEST_F(AppModelTest, RereadsAProviderOnceAtATimeUnlessTheStoreFails) {

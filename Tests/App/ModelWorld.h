@@ -110,7 +110,7 @@ class ModelWorld {
     ModelWorld() : ModelWorld(dateFromUnixSeconds(1'768'000'000)) {}
     explicit ModelWorld(Date start) : time(start) {
         for (const ProviderID id : allCases<ProviderID>) {
-            sources[id] = std::make_shared<FakeLimitsProvider>(id);
+            sources[id] = std::make_shared<FakeLimitsProvider>();
             providers[id] = sources[id];
         }
         limitsService.emplace(providers, storageAtOnce(store), *preferences, time.clock(), time);

@@ -1,9 +1,6 @@
 #include "Tests/CommandLine/CommandFixture.h"
 #include "Tokwatch/CommandLine/StatusLine.h"
-#include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Store/UsageStore.h"
-
-#include <QSettings>
 
 namespace tokwatch {
 namespace {
@@ -13,7 +10,6 @@ using ::testing::HasSubstr;
 using testing::isOneLine;
 using testing::ProgramResult;
 using ::testing::StartsWith;
-using testing::TemporaryDirectory;
 
 const Date now = dateFromUnixSeconds(1'800'000'000);
 
@@ -26,45 +22,31 @@ ProviderLimits limits(std::vector<LimitWindow> windows, Date fetchedAt = now) {
     return {"Max", std::move(windows), {}, ProviderStatus::ok, fetchedAt};
 }
 
-struct StatusLineTest : ::testing::Test {
-    StatusTitle report(const LimitsByProvider& known) const {
-        return statusTitle(preferences, known, now);
-    }
-
-    TemporaryDirectory directory;
-    std::unique_ptr<QSettings> settings = settingsFile(directory / "Tokwatch.conf");
-    Preferences preferences{*settings};
-};
-
-TEST_F(StatusLineTest, WritesTheTitleInEachFormat) {
-    const StatusTitle shown = report(
-        {{ProviderID::claude, limits({window("s", "A & <b>", 0.806, now + Seconds{11'100})})},
-         {ProviderID::codex, limits({window("w", "Weekly", 0.5)})}});
+TEST(StatusLine, WritesTheTitleInEachFormat) {
+    const StatusTitle shown{"19% · 3h 5m",
+                            ProviderID::claude,
+                            Severity::warning,
+                            "Claude · A & <b> 19% left\nCodex · Weekly 50% left",
+                            false,
+                            19};
     EXPECT_EQ(statusLine(shown, StatusFormat::text), "19% · 3h 5m");
-    EXPECT_EQ(
-        statusLine(shown, StatusFormat::json),
-        R"({"text":"19% · 3h 5m","provider":"claude","severity":"warning",)"
-        R"("tooltip":"Claude · A & <b> 19% left · resets in 3h 5m\nCodex · Weekly 50% left"})");
+    EXPECT_EQ(statusLine(shown, StatusFormat::json),
+              R"({"text":"19% · 3h 5m","provider":"claude","severity":"warning",)"
+              R"("tooltip":"Claude · A & <b> 19% left\nCodex · Weekly 50% left"})");
     EXPECT_EQ(statusLine(shown, StatusFormat::waybar),
               R"({"text":"19% · 3h 5m","alt":"claude","tooltip":)"
-              R"("Claude · A &amp; &lt;b&gt; 19% left · resets in 3h 5m\nCodex · Weekly 50% left",)"
+              R"("Claude · A &amp; &lt;b&gt; 19% left\nCodex · Weekly 50% left",)"
               R"("class":"warning","percentage":19})");
 }
 
-TEST_F(StatusLineTest, HasSomethingToShowWithoutAText) {
-    EXPECT_EQ(statusLine(report({}), StatusFormat::text), "Tokwatch");
-    EXPECT_EQ(statusLine(report({}), StatusFormat::json),
-              R"({"provider":"claude","severity":"normal","tooltip":"Tokwatch"})");
-    EXPECT_EQ(statusLine(report({}), StatusFormat::waybar),
-              R"({"text":"Tokwatch","alt":"none","tooltip":"Tokwatch","class":"normal"})");
-
-    preferences.menuBarStyle = MenuBarStyle::icon;
-    const StatusTitle icon =
-        report({{ProviderID::claude, limits({window("s", "S\033[31m", 0.95)})}});
+TEST(StatusLine, HasSomethingToShowWithoutAText) {
+    const StatusTitle icon{{}, {}, Severity::critical, "Claude · S\033[31m 5% left\nCodex"};
     EXPECT_EQ(statusLine(icon, StatusFormat::text), "Claude · S?[31m 5% left");
-    EXPECT_THAT(statusLine(icon, StatusFormat::waybar),
-                HasSubstr(R"("text":"Tokwatch","alt":"none")"));
-    EXPECT_THAT(statusLine(icon, StatusFormat::waybar), HasSubstr(R"("class":"critical")"));
+    EXPECT_EQ(statusLine(icon, StatusFormat::json),
+              R"({"severity":"critical","tooltip":"Claude · S\u001b[31m 5% left\nCodex"})");
+    EXPECT_EQ(statusLine(icon, StatusFormat::waybar),
+              R"({"text":"Tokwatch","alt":"none","tooltip":"Claude · S\u001b[31m 5% left\nCodex",)"
+              R"("class":"critical"})");
 }
 
 /// With limits in the store, as an application has left them.

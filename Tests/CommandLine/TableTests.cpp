@@ -23,15 +23,6 @@ std::string printed(const Table& table, bool colour) {
     return all;
 }
 
-TEST(Table, AlignsByColumnsOfTheScreen) {
-    Table table({{"Tool"}, {"Cost", Align::right}, {""}});
-    table.add({{"Ünïcödé"}, {"—"}, {"█"}});
-    table.add({{"模型"}, {"$1,234.50"}, {""}});
-    EXPECT_EQ(printed(table, false), "Tool          Cost\n"
-                                     "Ünïcödé          —  █\n"
-                                     "模型     $1,234.50\n");
-}
-
 TEST(Table, PaintsOnlyTheText) {
     Table table({{"A"}, {"B"}});
     table.add({{"x", Tone::red}, {"y"}});

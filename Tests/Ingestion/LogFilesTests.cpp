@@ -107,8 +107,8 @@ TEST(LogFiles, AreRegularVisibleFilesOfTheRightNameInPathOrder) {
     const TemporaryDirectory home;
     for (const char* name :
          {"root/b/2.jsonl", "root/b/1.jsonl", "root/a.jsonl", "root/B.jsonl", "root/b-1.jsonl",
-          "root/.hidden.jsonl", "root/.hidden/x.jsonl", "root/notes.txt", "root/c.jsonl.bak",
-          "root/.jsonl", "root/x.JSONL", "root/deep/er/st.jsonl"})
+          "root/.hidden.jsonl", "root/.hidden/x.jsonl", "root/b/.hidden/x.jsonl", "root/notes.txt",
+          "root/c.jsonl.bak", "root/.jsonl", "root/x.JSONL", "root/deep/er/st.jsonl"})
         home.write(name, "x\n");
     std::filesystem::create_directory(home / "root/directory.jsonl");
     std::filesystem::create_symlink(home / "root/a.jsonl", home / "root/link.jsonl");

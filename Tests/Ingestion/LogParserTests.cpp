@@ -81,6 +81,9 @@ TEST(ClaudeLogParser, FindsIdentityModelAndSession) {
     EXPECT_EQ(parse(assistant(R"({"id":"m\u0031\n","model":"\u00e9\ud83d\ude00",)" + tokens + "}"))
                   ->dedupKey,
               "m1\n");
+    std::string escaped = usage(R"("output_tokens":1)");
+    escaped.replace(escaped.find("assistant"), 1, R"(\u0061)");
+    EXPECT_TRUE(parse(escaped).has_value()) << "a type is what it says, however it is written";
 }
 
 TEST(ClaudeLogParser, SkipsWhatDoesNotCount) {

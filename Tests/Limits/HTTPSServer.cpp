@@ -35,8 +35,8 @@ const TestCertificates& certificates() {
         };
         const std::string newKey = "-newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes ";
         const auto make = [&](const std::string& name, const std::string& issuer,
-                              const std::string& hosts, const std::string& end) {
-            directory.write("extensions", "subjectAltName=" + hosts + "\n");
+                              const std::string& names, const std::string& end) {
+            directory.write("extensions", "subjectAltName=" + names + "\n");
             openssl("req " + newKey + "-subj /CN=" + name + " -keyout " + name +
                     ".key -out request");
             // Not "x509 -days -1": OpenSSL 3.5 refuses an end that lies before the beginning.
@@ -55,36 +55,19 @@ const TestCertificates& certificates() {
             openssl("req -x509 " + newKey + "-days 3650 -subj /CN=" + name + " -keyout " + name +
                     ".key -out " + name + ".pem");
         const std::string late = "491231235959Z";
-        const std::string hosts = "IP:127.0.0.1,DNS:api.anthropic.com,DNS:chatgpt.com";
-        return TestCertificates{certificate("authority"), make("good", "authority", hosts, late),
-                                make("expired", "authority", hosts, "200102000000Z"),
+        const std::string names = "IP:127.0.0.1,DNS:api.anthropic.com,DNS:chatgpt.com";
+        return TestCertificates{certificate("authority"), make("good", "authority", names, late),
+                                make("expired", "authority", names, "200102000000Z"),
                                 make("127.0.0.1", "authority", "DNS:example.invalid", late),
-                                make("stranger", "unknown", hosts, late)};
+                                make("stranger", "unknown", names, late)};
     }();
     return made;
 }
 
 Behaviour answer(const QByteArray& status, const QByteArray& body, const QByteArray& headers) {
-    Behaviour behaviour;
-    behaviour.answer = "HTTP/1.1 " + status +
-                       "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" + headers +
-                       "\r\n" + body;
-    behaviour.staysOpen = true;
-    return behaviour;
-}
-
-Behaviour filled(const QByteArray& answer, std::int64_t filler) {
-    Behaviour behaviour;
-    behaviour.answer = answer;
-    behaviour.filler = filler;
-    return behaviour;
-}
-
-Behaviour dripping(const QByteArray& answer) {
-    Behaviour behaviour = filled(answer, endless);
-    behaviour.bytesAtATime = 1;
-    behaviour.pause = 5;
-    return behaviour;
+    return {.answer = "HTTP/1.1 " + status + "\r\nContent-Length: " +
+                      QByteArray::number(body.size()) + "\r\n" + headers + "\r\n" + body,
+            .staysOpen = true};
 }
 
 HTTPSServer::HTTPSServer(Role played, Identity shown) : role(played), identity(std::move(shown)) {

@@ -22,9 +22,9 @@ struct Identity {
 /// Certificates of an authority of the tests' own, made anew for each run.
 struct TestCertificates {
     QSslCertificate authority;
-    Identity good;      ///< for 127.0.0.1 and both services' hosts
+    Identity good;      ///< for 127.0.0.1 and both services' servers
     Identity expired;   ///< the same, but its time is over
-    Identity otherName; ///< for another host, though its subject is called 127.0.0.1
+    Identity otherName; ///< for another server, though its subject is called 127.0.0.1
     Identity stranger;  ///< of an authority that nobody knows
 };
 
@@ -33,8 +33,8 @@ const TestCertificates& certificates();
 
 /// What a server does with every request.
 struct Behaviour {
-    QByteArray answer;        ///< as it goes over the wire; nothing: the connection is closed
-    std::int64_t filler = 0;  ///< bytes of body that follow
+    QByteArray answer = {};   ///< as it goes over the wire; nothing: the connection is closed
+    std::int64_t filler = 0;  ///< bytes of body that follow as fast as they are taken
     int bytesAtATime = 65536; ///< of the filler
     int pause = 0;            ///< milliseconds after each of them
     bool staysOpen = false;   ///< else the connection is closed at the end
@@ -46,13 +46,8 @@ Behaviour answer(const QByteArray& status, const QByteArray& body = {},
 
 constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max();
 
-/// This, followed by so many bytes as fast as they are taken.
-Behaviour filled(const QByteArray& answer, std::int64_t filler);
-/// This, followed by single bytes without end.
-Behaviour dripping(const QByteArray& answer);
-
 /// A server on 127.0.0.1 that speaks TLS at once, or, as the end of a proxy's tunnel, after a
-/// CONNECT to whatever host: it then is that host.
+/// CONNECT to whatever server: it then is that one.
 class HTTPSServer : public QTcpServer {
   public:
     enum class Role { server, tunnel };

@@ -14,7 +14,6 @@ using testing::answer;
 using testing::Behaviour;
 using ::testing::Contains;
 using testing::endless;
-using testing::filled;
 using ::testing::HasSubstr;
 using testing::HTTPSServer;
 using ::testing::IsEmpty;
@@ -25,7 +24,7 @@ constexpr const char* token = "token-that-nobody-may-see";
 
 URLSessionHTTPClient::Options optionsFor(const HTTPSServer& server) {
     URLSessionHTTPClient::Options options;
-    options.hosts = {"127.0.0.1"};
+    options.servers = {"127.0.0.1"};
     options.port = server.serverPort();
     options.proxy = QNetworkProxy(QNetworkProxy::NoProxy);
     options.authorities = {testing::certificates().authority};
@@ -85,8 +84,8 @@ TEST(URLSessionHTTPClient, GoesThroughAProxysTunnelAndLeavesNothingBehind) {
     std::size_t descriptors = 0;
     for (int round = 0; round < 20; ++round) {
         for (const Behaviour& behaviour :
-             {answer("200 OK", "{}"), filled("", 0), filled("HTTP/1.1 200 OK\r\n\r\n", endless),
-              filled("HTTP/1.1 200 OK\r\nContent-Length: 999\r\n\r\n{", 0)}) {
+             {answer("200 OK", "{}"), Behaviour{}, Behaviour{"HTTP/1.1 200 OK\r\n\r\n", endless},
+              Behaviour{"HTTP/1.1 200 OK\r\nContent-Length: 999\r\n\r\n{"}}) {
             server.behaviour = behaviour;
             server.tunnels.clear();
             EXPECT_EQ(failure(options, request("https://chatgpt.com/usage")).empty(),
@@ -134,7 +133,7 @@ TEST(URLSessionHTTPClient, RefusesBeforeItConnects) {
         EXPECT_EQ(failure(optionsFor(server), HTTPRequest(server.url(), {header})),
                   "a malformed header");
     const URLSessionHTTPClient::Options real;
-    EXPECT_THAT(real.hosts, ::testing::ElementsAre("api.anthropic.com", "chatgpt.com"));
+    EXPECT_THAT(real.servers, ::testing::ElementsAre("api.anthropic.com", "chatgpt.com"));
     EXPECT_EQ(real.deadline, Seconds{15});
     EXPECT_NE(failure(real, request("https://api.anthropic.com:8443/")), "");
     EXPECT_NE(failure(real, request("https://chatgpt.com@127.0.0.1/")), "");
@@ -161,12 +160,9 @@ TEST(URLSessionHTTPClient, SendsNothingToAServerThatItCannotVerify) {
 }
 
 TEST(URLSessionHTTPClient, EndsWhenItsTimeIsUpHoweverSlowlyBytesDrip) {
-    Behaviour silent;
-    silent.staysOpen = true;
-    for (const Behaviour& behaviour : {silent, testing::dripping("HTTP/1.1 200 OK\r\n\r\n"),
-                                       testing::dripping("HTTP/1.1 200 OK\r\nX-Long:")}) {
+    for (const char* sent : {"", "HTTP/1.1 200 OK\r\n\r\n", "HTTP/1.1 200 OK\r\nX-Long:"}) {
         HTTPSServer server;
-        server.behaviour = behaviour;
+        server.behaviour = {sent, *sent ? endless : 0, 1, 5, true};
         URLSessionHTTPClient::Options options = optionsFor(server);
         options.deadline = soon;
         EXPECT_EQ(failure(options, request(server.url())), "the time is up");
@@ -184,13 +180,14 @@ TEST(URLSessionHTTPClient, EndsWhenItsTimeIsUpHoweverSlowlyBytesDrip) {
 TEST(URLSessionHTTPClient, BoundsTheAnswer) {
     constexpr std::int64_t bound = 1'000'000;
     HTTPSServer server;
-    server.behaviour = filled("HTTP/1.1 200 OK\r\n\r\n", bound);
+    server.behaviour = {"HTTP/1.1 200 OK\r\n\r\n", bound};
     EXPECT_EQ(send(optionsFor(server), request(server.url())).body.size(), bound);
 
     for (const Behaviour& beyond :
-         {filled("HTTP/1.1 200 OK\r\n\r\n", bound + 1), filled("HTTP/1.1 200 OK\r\n\r\n", endless),
-          filled("HTTP/1.1 200 OK\r\nContent-Length: 100000000\r\n\r\n", 100'000'000),
-          filled("HTTP/1.1 503 Later\r\n\r\n", endless)}) {
+         {Behaviour{"HTTP/1.1 200 OK\r\n\r\n", bound + 1},
+          {"HTTP/1.1 200 OK\r\n\r\n", endless},
+          {"HTTP/1.1 200 OK\r\nContent-Length: 100000000\r\n\r\n", 100'000'000},
+          {"HTTP/1.1 503 Later\r\n\r\n", endless}}) {
         server.behaviour = beyond;
         server.fillerSent = 0;
         EXPECT_EQ(failure(server), "the answer is too long");
@@ -198,7 +195,7 @@ TEST(URLSessionHTTPClient, BoundsTheAnswer) {
         EXPECT_LT(server.fillerSent, 16 * bound);
     }
     for (const char* head : {"HTTP/1.1 200 OK\r\nX-Long: ", "HTTP/1.1 ", ""}) {
-        server.behaviour = filled(head, endless);
+        server.behaviour = {head, endless};
         server.fillerSent = 0;
         EXPECT_EQ(failure(server), "the answer's head is too long");
         EXPECT_LT(server.fillerSent, 16 * bound);
@@ -207,8 +204,7 @@ TEST(URLSessionHTTPClient, BoundsTheAnswer) {
 
 TEST(URLSessionHTTPClient, EndsItsExchangesWithIt) {
     HTTPSServer server;
-    server.behaviour = Behaviour{};
-    server.behaviour.staysOpen = true;
+    server.behaviour = {.staysOpen = true};
     auto client = std::make_unique<URLSessionHTTPClient>(optionsFor(server));
     auto first = client->send(request(server.url()));
     auto second = client->send(request(server.url()));

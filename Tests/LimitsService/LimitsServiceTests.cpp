@@ -71,7 +71,7 @@ class LimitsServiceTest : public ::testing::Test {
     Preferences preferences{*settings};
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(":memory:");
     std::shared_ptr<testing::FakeLimitsProvider> claude =
-        std::make_shared<testing::FakeLimitsProvider>(ProviderID::claude);
+        std::make_shared<testing::FakeLimitsProvider>();
     LimitsService service = another();
     std::vector<ProviderLimits> updates;
 };

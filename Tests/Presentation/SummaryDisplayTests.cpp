@@ -1,4 +1,3 @@
-#include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/SummaryDisplay.h"
 #include "TokwatchCore/Support/ISO8601.h"
 
@@ -21,18 +20,9 @@ const Calendar berlin = *Calendar::named("Europe/Berlin");
 
 UsageSummary example() {
     UsageSummary summary;
-    summary.totalCostUSD = 10;
     summary.tokens = {1000, 2000, 300, 200, 500, 400};
     summary.costByType = {1, 2, 3, 4, 0};
     summary.cacheSavingsUSD = 1234.5;
-    summary.tools = {{ProviderID::claude, 1, 3000, 7.5, 0.75, 0.6, false},
-                     {ProviderID::grok, 0, 1000, 2.5, 0.25, 0.4, true}};
-    summary.models = {
-        {ProviderID::claude, "opus", 7.5, 0.75, 0.5, {2000, 0, 0, 0, 0, 0}, false},
-        {ProviderID::grok, "grok-4", 2.5, 1.25, 0.25, {1000, 0, 0, 0, 0, 0}, true},
-        {ProviderID::codex, "new", std::nullopt, 0, 0.25, {999, 0, 0, 0, 0, 0}, false}};
-    summary.perDay = {{*parseISO8601("2026-03-29T22:00:00Z"), 7.5, 3000, 1},
-                      {*parseISO8601("2026-03-08T23:00:00Z"), 2.5, 1000, 0}};
     return summary;
 }
 
@@ -54,33 +44,14 @@ TEST(SummaryDisplay, AlwaysHasFiveStatistics) {
                             Stat{"Cache savings", "$1,234.50"}));
 }
 
-TEST(SummaryDisplay, RanksModels) {
-    EXPECT_THAT(
-        SummaryDisplay::breakdown(example(), BreakdownMode::model, SummaryUnit::cost, berlin),
-        ElementsAre(
-            Row{"claude/opus", 1, ProviderID::claude, "opus", "$7.50", "75.0%", "2.00K", 0.75},
-            Row{"grok/grok-4", 2, ProviderID::grok, "grok-4", "~$2.50", "100.0%", "1.00K", 1},
-            Row{"codex/new", 3, ProviderID::codex, "new", "—", "—", "999", 0}));
-    UsageSummary cheap = example();
-    cheap.models[2].tokens.uncachedInput = 2001;
-    const std::vector<Row> byTokens =
-        SummaryDisplay::breakdown(cheap, BreakdownMode::model, SummaryUnit::tokens, berlin);
-    EXPECT_EQ(byTokens[0],
-              (Row{"codex/new", 1, ProviderID::codex, "new", "—", "25.0%", "2.00K", 0.25}));
-    EXPECT_EQ(byTokens[1].share, "50.0%");
-}
-
-TEST(SummaryDisplay, TitlesDaysInTheUsersZone) {
-    EXPECT_THAT(
-        SummaryDisplay::breakdown(example(), BreakdownMode::day, SummaryUnit::cost, berlin),
-        ElementsAre(
-            Row{"day/2026-03-30", 1, std::nullopt, "Mon, Mar 30", "$7.50", "75.0%", "3.00K", 0.75},
-            Row{"day/2026-03-09", 2, std::nullopt, "Mon, Mar 9", "$2.50", "25.0%", "1.00K", 0.25}));
-    UsageSummary free = example();
-    free.totalCostUSD = 0;
-    EXPECT_EQ(
-        SummaryDisplay::breakdown(free, BreakdownMode::day, SummaryUnit::cost, berlin)[0].share,
-        "0%");
+TEST(SummaryDisplay, HasNoShareBeyondTheWholeAndNoneOfNothing) {
+    UsageSummary::ModelRow model{ProviderID::grok, "grok-4", 2.5, 1.25, 0.25, {}, true};
+    const Row row = SummaryDisplay::row(model, 2, SummaryUnit::cost);
+    EXPECT_EQ(row.share, "100.0%");
+    EXPECT_EQ(row.shareFraction, 1);
+    const Row day = SummaryDisplay::row({*parseISO8601("2026-03-29T22:00:00Z"), 7.5, 3000, 1}, 1,
+                                        UsageSummary(), SummaryUnit::cost, berlin);
+    EXPECT_EQ(day.id + " " + day.title + " " + day.share, "day/2026-03-30 Mon, Mar 30 0%");
 }
 
 TEST(SummaryDisplay, ShortensHeadlines) {
@@ -94,14 +65,6 @@ TEST(SummaryDisplay, ShortensHeadlines) {
         {10'000, "10K"}, {1'230'000, "1.23M"}, {1'000'000'000, "1B"}};
     for (const auto& [count, text] : tokens)
         EXPECT_EQ(SummaryDisplay::compactTokens(count), text);
-}
-
-TEST(DayFormat, IsEnglish) {
-    const Date date = *parseISO8601("2026-11-24T23:30:00Z");
-    EXPECT_EQ(DayFormat::weekdayAndDay(date, Calendar::utc()), "Tue, Nov 24");
-    EXPECT_EQ(DayFormat::weekdayAndDay(date, berlin), "Wed, Nov 25");
-    EXPECT_EQ(DayFormat::day(date, berlin), "Nov 25");
-    EXPECT_EQ(DayFormat::spoken(date, Calendar::utc()), "Tuesday, November 24, 2026");
 }
 
 } // namespace

@@ -20,18 +20,13 @@ UsageSummary::DayPoint point(const char* noonUTC, ProviderID provider, std::int6
     return {berlin.startOfDay(*parseISO8601(noonUTC)), provider, tokens, cost};
 }
 
-ProviderLimits claudeLimits() {
-    ProviderLimits limits;
-    limits.plan = "Max 5x";
-    limits.windows = {
-        {"session", "Session", 0.58, 18000.0, now + Seconds{3600}, LimitSource::live()},
-        {"weekly", "Weekly", 0.2, std::nullopt, std::nullopt,
-         LimitSource::stale(now - Seconds{60})}};
-    limits.credits = Credits{"Extra usage", std::nullopt, 1.5, 20.0, false};
-    limits.status = ProviderStatus::ok;
-    limits.fetchedAt = now;
-    return limits;
-}
+const ProviderLimits claudeLimits{
+    "Max 5x",
+    {{"session", "Session", 0.58, 18000.0, now + Seconds{3600}, LimitSource::live()},
+     {"weekly", "Weekly", 0.2, std::nullopt, std::nullopt, LimitSource::stale(now - Seconds{60})}},
+    Credits{"Extra usage", std::nullopt, 1.5, 20.0, false},
+    ProviderStatus::ok,
+    now};
 
 Snapshot example() {
     UsageSummary summary;
@@ -40,7 +35,7 @@ Snapshot example() {
     summary.daily = {point("2026-03-01T12:00:00Z", ProviderID::claude, 400, 2.5),
                      point("2026-03-30T08:00:00Z", ProviderID::claude, 500, 4),
                      point("2026-03-30T08:00:00Z", ProviderID::codex, 1, 0.5)};
-    return Snapshot::make(summary, {{ProviderID::claude, claudeLimits()}},
+    return Snapshot::make(summary, {{ProviderID::claude, claudeLimits}},
                           {ProviderID::codex, ProviderID::claude, ProviderID::grok}, now, berlin);
 }
 
@@ -48,15 +43,9 @@ TEST(Snapshot, CondensesProvidersInTheUsersOrder) {
     const Snapshot snapshot = example();
     const Snapshot::Provider codex{ProviderID::codex,           {}, {},  {},
                                    ProviderStatus::unavailable, 1,  0.5, false};
-    const ProviderLimits limits = claudeLimits();
-    const Snapshot::Provider claude{ProviderID::claude,
-                                    limits.plan,
-                                    limits.windows,
-                                    limits.credits,
-                                    limits.status,
-                                    900,
-                                    6.5,
-                                    true};
+    const auto& [plan, windows, credits, status, fetchedAt] = claudeLimits;
+    const Snapshot::Provider claude{
+        ProviderID::claude, plan, windows, credits, status, 900, 6.5, true};
     EXPECT_THAT(snapshot.providers, ElementsAre(codex, claude))
         << "grok has neither limits nor usage";
     ASSERT_THAT(snapshot.dailyCost30, SizeIs(30)) << "though clocks changed";

@@ -166,6 +166,49 @@ TEST(UsageSummary, OfAStoreLeavesOutWhatLiesOutsideTheWindow) {
     EXPECT_EQ(summary.sessions, 1) << "a session belongs to its first day alone";
 }
 
+UsageSummary oneOfEverything() {
+    const Date day = *parseISO8601("2026-03-10T00:00:00Z");
+    UsageSummary summary;
+    summary.days = 30;
+    summary.windowEnd = day;
+    summary.totalCostUSD = 12.345678901234567;
+    summary.sessions = 3;
+    summary.tools = {{ProviderID::codex, 3, 9'007'199'254'740'993, 12.5, 1, 0.1, true}};
+    summary.daily = {{day, ProviderID::codex, 5, 0.1}};
+    summary.models = {
+        {ProviderID::codex, "gpt \"quoted\" ü", 1.5, 0.5, 0.25, {1, 2, 3, 4, 5, 6}, true},
+        {ProviderID::claude, "unlisted", std::nullopt, 0, 0.75, {}, false}};
+    summary.perDay = {{day, 0.1, 5, 2}};
+    summary.tokens = {1, 2, 3, 4, 5, 6};
+    summary.costByType = {1, 2, 3, 4, 5};
+    summary.cacheSavingsUSD = -0.5;
+    summary.hasUnknownPrices = true;
+    return summary;
+}
+
+TEST(UsageSummary, HasItsFieldsInTheirOrderAsJsonAndReadsThemBack) {
+    // A model without a price leaves the cost out, so that nobody reads it as free.
+    EXPECT_EQ(
+        jsonText(encode(oneOfEverything(), DateCoding::iso8601)),
+        R"({"days":30,"windowEnd":"2026-03-10T00:00:00Z","totalCostUSD":12.345678901234567,"sessions":3,)"
+        R"("tools":[{"provider":"codex","sessions":3,"tokens":9007199254740993,"costUSD":12.5,"costShare":1.0,)"
+        R"("tokenShare":0.1,"approximate":true}],)"
+        R"("daily":[{"day":"2026-03-10T00:00:00Z","provider":"codex","tokens":5,"costUSD":0.1}],)"
+        R"("models":[{"provider":"codex","model":"gpt \"quoted\" ü","costUSD":1.5,"costShare":0.5,)"
+        R"("tokenShare":0.25,"tokens":{"uncachedInput":1,"cacheRead":2,"cacheWrite5m":3,"cacheWrite1h":4,)"
+        R"("output":5,"reasoning":6},"approximate":true},)"
+        R"({"provider":"claude","model":"unlisted","costShare":0.0,"tokenShare":0.75,"tokens":{"uncachedInput":0,)"
+        R"("cacheRead":0,"cacheWrite5m":0,"cacheWrite1h":0,"output":0,"reasoning":0},"approximate":false}],)"
+        R"("perDay":[{"day":"2026-03-10T00:00:00Z","costUSD":0.1,"tokens":5,"sessions":2}],)"
+        R"("tokens":{"uncachedInput":1,"cacheRead":2,"cacheWrite5m":3,"cacheWrite1h":4,"output":5,"reasoning":6},)"
+        R"("costByType":{"input":1.0,"cacheRead":2.0,"cacheWrite":3.0,"output":4.0,"other":5.0},)"
+        R"("cacheSavingsUSD":-0.5,"hasUnknownPrices":true})");
+    for (const DateCoding dates : {DateCoding::iso8601, DateCoding::secondsSince2001})
+        EXPECT_EQ(
+            decode<UsageSummary>(parseJson(jsonText(encode(oneOfEverything(), dates))), dates),
+            oneOfEverything());
+}
+
 ModelPrice price(double input) {
     return {input, 50, 1, 12.5, 20, {}, "test", "2026-01-01"};
 }

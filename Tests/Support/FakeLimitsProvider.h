@@ -15,8 +15,6 @@ namespace tokwatch::testing {
 /// A source whose fetches stay under way until the test answers them.
 class FakeLimitsProvider final : public LimitsProvider {
   public:
-    explicit FakeLimitsProvider(ProviderID provider) : which(provider) {}
-
     std::vector<Date> attempts; ///< when each fetch began
     std::size_t mostUnderWay = 0;
 
@@ -38,8 +36,6 @@ class FakeLimitsProvider final : public LimitsProvider {
         answer(limits);
     }
 
-    ProviderID id() const override { return which; }
-
     QCoro::Task<ProviderLimits> fetch(Date now) override {
         attempts.push_back(now);
         const auto promise = std::make_shared<QPromise<ProviderLimits>>();
@@ -52,7 +48,6 @@ class FakeLimitsProvider final : public LimitsProvider {
     }
 
   private:
-    ProviderID which;
     std::deque<std::shared_ptr<QPromise<ProviderLimits>>> pending;
 };
 

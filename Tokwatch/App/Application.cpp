@@ -62,12 +62,11 @@ Application::Application(Surroundings world, WorkLease::Rank rank, Preferences& 
         background->run(std::move(work));
     };
     const auto results = std::make_shared<LimitsCache>(store, runInBackground);
-    limitsService.emplace(makeLimitsProviders(results, std::move(world.credentials),
-                                              std::move(world.http), locations.codexHome()),
-                          LimitsService::Storage{results,
-                                                 attemptLedgerBeside(world.paths.database()),
-                                                 runInBackground},
-                          preferences, world.now, scheduler);
+    limitsService.emplace(
+        makeLimitsProviders(results, world.credentials, world.http, locations.codexHome()),
+        LimitsService::Storage{results, attemptLedgerBeside(world.paths.database()),
+                               runInBackground},
+        preferences, world.now, scheduler);
     appModel.emplace(AppServices{
         .preferences = preferences,
         .store = store,

@@ -39,7 +39,8 @@ std::shared_ptr<UsageStore> openStoreOrTemporary(const UserPaths& paths);
 /// files, timers and threads. Main thread only.
 class Application {
   public:
-    /// References outlive the application. Throws std::system_error when a thread cannot be had.
+    /// References outlive the application. Throws std::system_error when a thread cannot be
+    /// started.
     Application(Surroundings surroundings, WorkLease::Rank rank, Preferences& preferences,
                 SystemNotifications& notifications);
     /// Waits for what is under way in the background.

@@ -27,8 +27,8 @@ class DirectoryWatcher {
     DirectoryWatcher(const DirectoryWatcher&) = delete;
     DirectoryWatcher& operator=(const DirectoryWatcher&) = delete;
 
-    /// Does nothing when it runs already or has no paths. Where the stream could not be had, or has
-    /// ended by itself, a further call tries again.
+    /// Does nothing when it runs already or has no paths. Where the stream could not be opened, or
+    /// has ended by itself, a further call tries again.
     void start();
     void stop();
     bool isRunning() const { return stream && stream->isRunning(); }

@@ -3,7 +3,7 @@
 #include "TokwatchCore/Limits/ClaudeUsageResponse.h"
 #include "TokwatchCore/Limits/ServiceDocument.h"
 #include "TokwatchCore/Limits/UsageEndpoint.h"
-#include "TokwatchCore/Limits/UsageHosts.h"
+#include "TokwatchCore/Limits/UsageServers.h"
 #include "TokwatchCore/Support/DecodingError.h"
 
 #include <optional>
@@ -63,11 +63,17 @@ QCoro::Task<Secret> readSecret(std::shared_ptr<CredentialSource> credentials) {
 }
 
 HTTPRequest usageRequest(const OAuth& login) {
-    HTTPRequest request(std::string("https://") + claudeHost + "/api/oauth/usage");
+    HTTPRequest request(std::string("https://") + claudeServer + "/api/oauth/usage");
     request.headers.push_back(bearerHeader(login.accessToken));
     request.headers.emplace_back("anthropic-beta", "oauth-2025-04-20");
     request.headers.push_back(userAgentHeader());
     return request;
+}
+
+void readUsage(const std::string& body, ProviderLimits& limits) {
+    ClaudeUsageResponse response = ClaudeUsageResponse::decode(body);
+    limits.windows = std::move(response.windows);
+    limits.credits = std::move(response.credits);
 }
 
 } // namespace
@@ -90,17 +96,8 @@ QCoro::Task<ProviderLimits> ClaudeLimitsProvider::fetch(Date now) {
     if (login->expiresAt && *login->expiresAt <= now) co_return limits;
 
     const HTTPRequest request = usageRequest(*login);
-    const UsageAnswer answer = co_await askUsageEndpoint(client, request);
-    limits.status = answer.status;
-    if (answer.status != ProviderStatus::ok) co_return limits;
-    try {
-        ClaudeUsageResponse response = ClaudeUsageResponse::decode(answer.body);
-        limits.windows = std::move(response.windows);
-        limits.credits = std::move(response.credits);
-    } catch (const DecodingError&) {
-        limits.status = ProviderStatus::unreachable;
-    }
-    co_return limits;
+    ProviderLimits answered = co_await askUsageEndpoint(client, request, limits, readUsage);
+    co_return answered;
 }
 
 } // namespace tokwatch

@@ -17,7 +17,6 @@ class ClaudeLimitsProvider final : public LimitsProvider {
     ClaudeLimitsProvider(std::shared_ptr<CredentialSource> credentials,
                          std::shared_ptr<HTTPClient> http);
 
-    ProviderID id() const override { return ProviderID::claude; }
     QCoro::Task<ProviderLimits> fetch(Date now) override;
 
   private:

@@ -4,7 +4,7 @@
 #include "TokwatchCore/Limits/LimitsCache.h"
 #include "TokwatchCore/Limits/ServiceDocument.h"
 #include "TokwatchCore/Limits/UsageEndpoint.h"
-#include "TokwatchCore/Limits/UsageHosts.h"
+#include "TokwatchCore/Limits/UsageServers.h"
 #include "TokwatchCore/Support/DecodingError.h"
 
 #include <QByteArray>
@@ -51,12 +51,18 @@ bool sparesTheEndpoint(const ProviderLimits& stored, Date now) {
 }
 
 HTTPRequest usageRequest(const Login& login) {
-    HTTPRequest request(std::string("https://") + codexHost + "/backend-api/wham/usage");
+    HTTPRequest request(std::string("https://") + codexServer + "/backend-api/wham/usage");
     request.headers.push_back(bearerHeader(login.accessToken));
     if (!login.accountID.empty())
         request.headers.emplace_back("ChatGPT-Account-Id", login.accountID);
     request.headers.push_back(userAgentHeader());
     return request;
+}
+
+void readUsage(const std::string& body, ProviderLimits& limits) {
+    CodexUsageResponse response = CodexUsageResponse::decode(body);
+    limits.plan = std::move(response.plan);
+    limits.windows = std::move(response.windows);
 }
 
 QCoro::Task<ProviderLimits> fetchLive(std::shared_ptr<CredentialSource> credentials,
@@ -71,17 +77,8 @@ QCoro::Task<ProviderLimits> fetchLive(std::shared_ptr<CredentialSource> credenti
     if (expiry && *expiry <= now) co_return limits;
 
     const HTTPRequest request = usageRequest(*login);
-    const UsageAnswer answer = co_await askUsageEndpoint(http, request);
-    limits.status = answer.status;
-    if (answer.status != ProviderStatus::ok) co_return limits;
-    try {
-        CodexUsageResponse response = CodexUsageResponse::decode(answer.body);
-        limits.plan = std::move(response.plan);
-        limits.windows = std::move(response.windows);
-    } catch (const DecodingError&) {
-        limits.status = ProviderStatus::unreachable;
-    }
-    co_return limits;
+    ProviderLimits answered = co_await askUsageEndpoint(http, request, limits, readUsage);
+    co_return answered;
 }
 
 ProviderLimits combine(ProviderLimits live, const std::optional<ProviderLimits>& stored) {

@@ -23,7 +23,6 @@ class CodexLimitsProvider final : public LimitsProvider {
                         std::shared_ptr<CredentialSource> credentials,
                         std::shared_ptr<HTTPClient> http, std::filesystem::path codexHome);
 
-    ProviderID id() const override { return ProviderID::codex; }
     QCoro::Task<ProviderLimits> fetch(Date now) override;
 
   private:

@@ -8,7 +8,7 @@
 
 namespace tokwatch {
 
-/// Why a stored secret was not had.
+/// Why a stored secret could not be read.
 class CredentialError : public std::exception {
   public:
     enum Reason {

@@ -45,7 +45,7 @@ class HTTPClient {
   public:
     virtual ~HTTPClient() = default;
 
-    /// Throws HTTPError when no answer was had.
+    /// Throws HTTPError when no answer came.
     virtual QCoro::Task<HTTPResponse> send(HTTPRequest request) = 0;
 };
 

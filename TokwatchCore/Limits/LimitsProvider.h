@@ -1,7 +1,6 @@
 #pragma once
 
 #include "TokwatchCore/Records/LimitRecords.h"
-#include "TokwatchCore/Records/ProviderID.h"
 #include "TokwatchCore/Support/Date.h"
 
 #include <QCoroTask>
@@ -13,8 +12,6 @@ namespace tokwatch {
 class LimitsProvider {
   public:
     virtual ~LimitsProvider() = default;
-
-    virtual ProviderID id() const = 0;
 
     /// The limits as of now, `fetchedAt` being `now`. Never throws: a failure is the result's
     /// status, normally without windows.

@@ -2,24 +2,40 @@
 
 #include "TokwatchCore/Limits/ClaudeLimitsProvider.h"
 #include "TokwatchCore/Limits/CodexLimitsProvider.h"
-#include "TokwatchCore/Limits/CursorProvider.h"
-#include "TokwatchCore/Limits/GrokLimitsProvider.h"
+#include "TokwatchCore/Limits/UsageEndpoint.h"
 
 namespace tokwatch {
+namespace {
 
-std::map<ProviderID, std::shared_ptr<LimitsProvider>>
-makeLimitsProviders(std::shared_ptr<LimitsCache> cache,
-                    std::shared_ptr<CredentialSource> credentials, std::shared_ptr<HTTPClient> http,
-                    const std::filesystem::path& codexHome) {
-    std::map<ProviderID, std::shared_ptr<LimitsProvider>> providers;
-    const auto add = [&providers](std::shared_ptr<LimitsProvider> provider) {
-        const ProviderID id = provider->id();
-        providers.emplace(id, std::move(provider));
+/// For an assistant whose limits nobody can ask for: without any input or output.
+class NoLimitsProvider final : public LimitsProvider {
+  public:
+    QCoro::Task<ProviderLimits> fetch(Date now) override {
+        ProviderLimits limits = limitsWithout(ProviderStatus::unavailable, now);
+        co_return limits;
+    }
+};
+
+} // namespace
+
+std::map<ProviderID, std::shared_ptr<LimitsProvider>> makeLimitsProviders(
+    const std::shared_ptr<LimitsCache>& cache, const std::shared_ptr<CredentialSource>& credentials,
+    const std::shared_ptr<HTTPClient>& http, const std::filesystem::path& codexHome) {
+    const auto make = [&](ProviderID provider) -> std::shared_ptr<LimitsProvider> {
+        switch (provider) {
+        case ProviderID::claude:
+            return std::make_shared<ClaudeLimitsProvider>(credentials, http);
+        case ProviderID::codex:
+            return std::make_shared<CodexLimitsProvider>(cache, credentials, http, codexHome);
+        case ProviderID::grok:
+        case ProviderID::cursor:
+            break;
+        }
+        return std::make_shared<NoLimitsProvider>();
     };
-    add(std::make_shared<ClaudeLimitsProvider>(credentials, http));
-    add(std::make_shared<CodexLimitsProvider>(std::move(cache), credentials, http, codexHome));
-    add(std::make_shared<GrokLimitsProvider>());
-    add(std::make_shared<CursorProvider>());
+    std::map<ProviderID, std::shared_ptr<LimitsProvider>> providers;
+    for (const ProviderID provider : allCases<ProviderID>)
+        providers.emplace(provider, make(provider));
     return providers;
 }
 

@@ -18,16 +18,16 @@ QString variable(const char* name) {
     return value.isEmpty() ? qEnvironmentVariable(QByteArray(name).toUpper().constData()) : value;
 }
 
-/// Whether "no_proxy" names the host: "*", its name, or a domain that it lies in.
-bool isExcepted(const QString& host) {
+/// Whether "no_proxy" names the server: "*", its name, or a domain that it lies in.
+bool isExcepted(const QString& server) {
     const QStringList exceptions = variable("no_proxy").split(',', Qt::SkipEmptyParts);
-    return std::ranges::any_of(exceptions, [&host](const QString& exception) {
+    return std::ranges::any_of(exceptions, [&server](const QString& exception) {
         QString domain = exception.trimmed();
         if (domain == "*") return true;
         while (domain.startsWith('.') || domain.startsWith('*'))
             domain.remove(0, 1);
-        return !domain.isEmpty() && (host.compare(domain, Qt::CaseInsensitive) == 0 ||
-                                     host.endsWith('.' + domain, Qt::CaseInsensitive));
+        return !domain.isEmpty() && (server.compare(domain, Qt::CaseInsensitive) == 0 ||
+                                     server.endsWith('.' + domain, Qt::CaseInsensitive));
     });
 }
 
@@ -54,8 +54,8 @@ QNetworkProxy proxyFrom(const char* name, const QString& value) {
 
 } // namespace
 
-QNetworkProxy systemProxy(const std::string& host, std::uint16_t port) {
-    const QString name = QString::fromStdString(host);
+QNetworkProxy systemProxy(const std::string& server, std::uint16_t port) {
+    const QString name = QString::fromStdString(server);
     for (const char* each : {"https_proxy", "all_proxy", "http_proxy"}) {
         const QString value = variable(each).trimmed();
         if (value.isEmpty()) continue;

@@ -30,9 +30,9 @@ QUrl checkedAddress(const HTTPRequest& request, const URLSessionHTTPClient::Opti
     QUrl url(QString::fromStdString(request.url), QUrl::StrictMode);
     if (!url.isValid() || url.scheme() != "https") throw HTTPError("not an https address");
     if (!url.userInfo().isEmpty()) throw HTTPError("an address with a user name");
-    if (std::ranges::find(options.hosts, url.host().toStdString()) == options.hosts.end() ||
+    if (std::ranges::find(options.servers, url.host().toStdString()) == options.servers.end() ||
         url.port(httpsPort) != options.port.value_or(httpsPort))
-        throw HTTPError("not a host that may be contacted");
+        throw HTTPError("not a server that may be contacted");
     if (request.method != "GET") throw HTTPError("not a method that is in use");
     return url;
 }
@@ -53,12 +53,12 @@ QByteArray wireForm(const HTTPRequest& request, const QUrl& url) {
 
 std::atomic<int> lookups = 0; ///< begun and not seen to end
 
-/// Whether the certificate names the host, or its domain, as an alternative name. Qt goes by the
+/// Whether the certificate names the server, or its domain, as an alternative name. Qt goes by the
 /// subject's common name as well, which authorities no longer vouch for.
-bool isNamed(const QSslCertificate& certificate, const QString& host) {
+bool isNamed(const QSslCertificate& certificate, const QString& server) {
     const QStringList names = certificate.subjectAlternativeNames().values();
-    const QString siblings = "*" + host.mid(host.indexOf('.'));
-    return names.contains(host, Qt::CaseInsensitive) ||
+    const QString siblings = "*" + server.mid(server.indexOf('.'));
+    return names.contains(server, Qt::CaseInsensitive) ||
            names.contains(siblings, Qt::CaseInsensitive);
 }
 
@@ -77,9 +77,9 @@ QSslConfiguration tlsFor(const URLSessionHTTPClient::Options& options) {
 class URLSessionHTTPClient::Exchange {
   public:
     Exchange(const QUrl& url, QByteArray wire, const Options& options)
-        : host(url.host()), request(std::move(wire)), answer(options.bodyBound) {
+        : server(url.host()), request(std::move(wire)), answer(options.bodyBound) {
         const auto port = static_cast<std::uint16_t>(url.port(httpsPort));
-        socket.setProxy(options.proxy ? *options.proxy : systemProxy(host.toStdString(), port));
+        socket.setProxy(options.proxy ? *options.proxy : systemProxy(server.toStdString(), port));
         socket.setSslConfiguration(tlsFor(options));
         QObject::connect(&socket, &QSslSocket::hostFound, &context, [this] { endLookup(); });
         QObject::connect(&socket, &QSslSocket::connected, &context, [this] { endLookup(); });
@@ -96,7 +96,7 @@ class URLSessionHTTPClient::Exchange {
 
         done.start();
         ++lookups;
-        socket.connectToHostEncrypted(host, port);
+        socket.connectToHostEncrypted(server, port);
     }
 
     QFuture<void> finished() const { return done.future(); }
@@ -117,8 +117,8 @@ class URLSessionHTTPClient::Exchange {
 
     void send() {
         if (isSent || isOver) return;
-        if (!isNamed(socket.peerCertificate(), host))
-            return fail("the certificate does not name the host");
+        if (!isNamed(socket.peerCertificate(), server))
+            return fail("the certificate does not name the server");
         isSent = true;
         socket.write(request);
     }
@@ -168,7 +168,7 @@ class URLSessionHTTPClient::Exchange {
         done.finish();
     }
 
-    const QString host;
+    const QString server;
     const QByteArray request;
     HTTPAnswer answer;
     QPromise<void> done;

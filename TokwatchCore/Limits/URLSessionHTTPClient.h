@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TokwatchCore/Limits/HTTPClient.h"
-#include "TokwatchCore/Limits/UsageHosts.h"
+#include "TokwatchCore/Limits/UsageServers.h"
 #include "TokwatchCore/Support/Date.h"
 
 #include <QList>
@@ -19,14 +19,15 @@ namespace tokwatch {
 /// HTTPS with a connection of its own for each exchange, on which one request goes out, with its
 /// own headers, "Host" and "Connection" alone: no cookies, no cache, no stored credentials, nothing
 /// about the user, and no second try. A redirect is an answer like any other and is not followed.
-/// Before anything is connected, all but https to an allowed host and the default port is refused.
+/// Before anything is connected, all but https to an allowed server and the default port is
+/// refused.
 class URLSessionHTTPClient final : public HTTPClient {
   public:
     /// What tests change; the application uses the defaults.
     struct Options {
         Seconds deadline{15};               ///< for the whole exchange, however slowly bytes drip
         std::int64_t bodyBound = 1'000'000; ///< bytes; real answers have about two thousand
-        std::vector<std::string> hosts{claudeHost, codexHost};
+        std::vector<std::string> servers{claudeServer, codexServer};
         std::optional<std::uint16_t> port;  ///< the default one when absent
         std::optional<QNetworkProxy> proxy; ///< the system's when absent
         QList<QSslCertificate> authorities; ///< the system's when empty
@@ -39,9 +40,9 @@ class URLSessionHTTPClient final : public HTTPClient {
 
     QCoro::Task<HTTPResponse> send(HTTPRequest request) override;
 
-    /// Whether a host's name may still be looked up, by a thread that nothing can interrupt, though
-    /// its exchange has ended: for half a minute where name servers do not answer. Qt waits for
-    /// such threads when the application object goes, and again when the process exits.
+    /// Whether a server's name may still be looked up, by a thread that nothing can interrupt,
+    /// though its exchange has ended: for half a minute where name servers do not answer. Qt waits
+    /// for such threads when the application object goes, and again when the process exits.
     static bool mayBeLookingUp();
 
   private:

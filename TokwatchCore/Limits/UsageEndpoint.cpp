@@ -16,18 +16,18 @@ ProviderStatus statusOf(const HTTPResponse& response) {
 
 } // namespace
 
-QCoro::Task<UsageAnswer> askUsageEndpoint(std::shared_ptr<HTTPClient> http, HTTPRequest request) {
+QCoro::Task<ProviderLimits> askUsageEndpoint(std::shared_ptr<HTTPClient> http, HTTPRequest request,
+                                             ProviderLimits limits, UsageReader read) {
     try {
-        HTTPResponse response = co_await http->send(request);
-        const ProviderStatus status = statusOf(response);
-        UsageAnswer answer(status, std::move(response.body));
-        co_return answer;
+        const HTTPResponse response = co_await http->send(request);
+        limits.status = statusOf(response);
+        if (limits.status == ProviderStatus::ok) read(response.body, limits);
     } catch (const std::exception&) {
         // Why there was no answer is of no use to the user beyond the status, and a line in the log
         // at each attempt without a network would be noise.
+        limits.status = ProviderStatus::unreachable;
     }
-    UsageAnswer failure(ProviderStatus::unreachable);
-    co_return failure;
+    co_return limits;
 }
 
 HTTPHeader bearerHeader(const std::string& token) {
@@ -43,11 +43,6 @@ ProviderLimits limitsWithout(ProviderStatus status, Date now) {
     limits.status = status;
     limits.fetchedAt = now;
     return limits;
-}
-
-QCoro::Task<ProviderLimits> unavailableLimits(Date now) {
-    ProviderLimits limits = limitsWithout(ProviderStatus::unavailable, now);
-    co_return limits;
 }
 
 } // namespace tokwatch

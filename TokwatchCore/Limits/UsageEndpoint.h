@@ -10,17 +10,13 @@
 
 namespace tokwatch {
 
-/// What asking a usage endpoint came to: with `ok` a body to decode, else the failure.
-struct UsageAnswer {
-    explicit UsageAnswer(ProviderStatus outcome, std::string answered = {})
-        : status(outcome), body(std::move(answered)) {}
+/// Takes what a body says into the limits, or throws and leaves them as they are.
+using UsageReader = void (*)(const std::string& body, ProviderLimits& limits);
 
-    ProviderStatus status;
-    std::string body;
-};
-
-/// Sends the request and reads the status of what comes back. Never throws.
-QCoro::Task<UsageAnswer> askUsageEndpoint(std::shared_ptr<HTTPClient> http, HTTPRequest request);
+/// These limits with the status of what the endpoint answers, and, with `ok`, with what the reader
+/// takes from the body. Never throws: an answer that cannot be read is as good as none.
+QCoro::Task<ProviderLimits> askUsageEndpoint(std::shared_ptr<HTTPClient> http, HTTPRequest request,
+                                             ProviderLimits limits, UsageReader read);
 
 /// "Authorization", with the token as its bearer.
 HTTPHeader bearerHeader(const std::string& token);
@@ -29,7 +25,5 @@ HTTPHeader userAgentHeader();
 
 /// A result without windows, as of `now`.
 ProviderLimits limitsWithout(ProviderStatus status, Date now);
-/// What a provider without live limits answers.
-QCoro::Task<ProviderLimits> unavailableLimits(Date now);
 
 } // namespace tokwatch

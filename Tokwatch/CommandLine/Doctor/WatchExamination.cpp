@@ -48,7 +48,7 @@ Finding examineWatches(const std::vector<std::filesystem::path>& roots) {
     const std::optional<std::int64_t> allowed = allowedWatches();
     if (!allowed) return {"Watches", Health::good, text};
     text += ", the system allows " + std::to_string(*allowed);
-    // The system does not tell how many are left; one that cannot be had does.
+    // The system does not tell how many are left; one that is refused does.
     if (::inotify_add_watch(instance.get(), "/", IN_DELETE_SELF) < 0 && errno == ENOSPC)
         return {"Watches", Health::bad,
                 text + " (fs.inotify.max_user_watches), and all of these are used up; changes are "

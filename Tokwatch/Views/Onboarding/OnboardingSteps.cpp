@@ -3,7 +3,7 @@
 #include "Tokwatch/Views/Common/HomePath.h"
 #include "Tokwatch/Views/Common/SearchedPlaces.h"
 #include "Tokwatch/Views/Common/Text.h"
-#include "TokwatchCore/Limits/UsageHosts.h"
+#include "TokwatchCore/Limits/UsageServers.h"
 
 namespace tokwatch {
 namespace {
@@ -14,11 +14,12 @@ OnboardingStep step(ProviderID provider, const ProviderLocations& locations) {
         step.reads = "reads " + homePath(roots.front(), locations.home);
     switch (provider) {
     case ProviderID::claude:
-        step.asks = QString("Asks %1 what is left, with Claude Code's login").arg(claudeHost);
+        step.asks = QString("Asks %1 what is left, with Claude Code's login").arg(claudeServer);
         step.switchText = "Live limits";
         break;
     case ProviderID::codex:
-        step.asks = QString("Asks %1 with Codex's login if the logs tell no limits").arg(codexHost);
+        step.asks =
+            QString("Asks %1 with Codex's login if the logs tell no limits").arg(codexServer);
         step.switchText = "Show limits";
         break;
     case ProviderID::grok:

@@ -1,7 +1,7 @@
 #include "Tokwatch/Views/Settings/PrivacyView.h"
 
 #include "Tokwatch/Views/Common/PlatformWords.h"
-#include "TokwatchCore/Limits/UsageHosts.h"
+#include "TokwatchCore/Limits/UsageServers.h"
 
 namespace tokwatch {
 
@@ -23,7 +23,7 @@ QVariantList PrivacyView::facts() {
         fact("lock", "What is asked with your logins",
              QString("Claude's goes to %1 and Codex's to %2, to ask how much of your limits is "
                      "left. A login is read at that moment and never stored or logged.")
-                 .arg(claudeHost, codexHost)),
+                 .arg(claudeServer, codexServer)),
         fact("layers", "What is kept",
              "Sums for each model and day of the last 90 days, and the latest limits. The files "
              "can be read by your account only."),
