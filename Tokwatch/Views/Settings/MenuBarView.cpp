@@ -4,7 +4,7 @@
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
-#include "TokwatchCore/Presentation/MeterFormat.h"
+#include "TokwatchCore/Presentation/WindowLabel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,6 +21,12 @@ QString percentText(double fraction) {
     return QString("%1%").arg(std::lround(fraction * 100));
 }
 
+const std::vector<LimitWindow>& windowsOf(const LimitsByProvider& limits, ProviderID provider) {
+    static const std::vector<LimitWindow> none;
+    const auto found = limits.find(provider);
+    return found == limits.end() ? none : found->second.windows;
+}
+
 /// The providers whose number the item can show: those that can have one, and the one that is
 /// chosen, which is to be seen.
 std::vector<ProviderID> offered(const Preferences& preferences, const LimitsByProvider& limits) {
@@ -28,7 +34,7 @@ std::vector<ProviderID> offered(const Preferences& preferences, const LimitsByPr
     const ProviderID pinned = preferences.pinnedProvider;
     std::erase_if(providers, [&](ProviderID provider) {
         return provider != pinned && !traits(provider).publishesLimits &&
-               windowChoices(limits, provider).empty();
+               windowsOf(limits, provider).empty();
     });
     return providers;
 }
@@ -98,14 +104,14 @@ std::vector<WindowRow> MenuBarView::windowRows() const {
     const WindowChoices& chosen = model.preferences().menuBarWindows;
     std::vector<WindowRow> rows;
     for (const ProviderID provider : model.preferences().enabledProviders()) {
-        const std::vector<WindowChoice> choices = windowChoices(model.limits(), provider);
-        if (choices.empty() && !traits(provider).publishesLimits) continue;
+        const std::vector<LimitWindow>& windows = windowsOf(model.limits(), provider);
+        if (windows.empty() && !traits(provider).publishesLimits) continue;
         WindowRow row{text(rawValue(provider)), text(displayName(provider)), {"Lowest left"}, 0};
         const auto choice = chosen.find(std::string(rawValue(provider)));
-        for (const WindowChoice& window : choices) {
-            if (choice != chosen.end() && choice->second == window.windowID)
+        for (const LimitWindow& window : windows) {
+            if (choice != chosen.end() && choice->second == window.id)
                 row.current = static_cast<int>(row.labels.size());
-            row.labels.append(text(window.label));
+            row.labels.append(text(windowLabel(window)));
         }
         rows.push_back(std::move(row));
     }
@@ -125,12 +131,12 @@ void MenuBarView::setProvider(int index) {
 void MenuBarView::setWindow(const QString& provider, int index) {
     const std::optional<ProviderID> id = providerFromRawValue(provider.toStdString());
     if (!id) return;
-    const std::vector<WindowChoice> windows = windowChoices(model.limits(), *id);
+    const std::vector<LimitWindow>& windows = windowsOf(model.limits(), *id);
     WindowChoices choices = model.preferences().menuBarWindows.peek();
     if (index <= 0)
         choices.erase(provider.toStdString());
     else if (index <= static_cast<int>(windows.size()))
-        choices[provider.toStdString()] = windows[static_cast<std::size_t>(index) - 1].windowID;
+        choices[provider.toStdString()] = windows[static_cast<std::size_t>(index) - 1].id;
     model.preferences().menuBarWindows = std::move(choices);
 }
 

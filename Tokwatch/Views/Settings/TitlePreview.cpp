@@ -41,7 +41,7 @@ TitlePreview titlePreview(const Preferences& preferences, const LimitsByProvider
                           Date now) {
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
     TitlePreview preview;
-    const bool isUnknown = windowChoices(preferences, limits).empty();
+    const bool isUnknown = statusContent(preferences, limits, now).steps.empty();
     const StatusTitle title =
         statusTitle(preferences, isUnknown ? sampleLimits(enabled, now) : limits, now);
     preview.isSample = isUnknown && title.text;
