@@ -6,11 +6,8 @@
 
 namespace tokwatch {
 
-void ProviderMark::setProvider(const QString& provider) {
-    if (provider == name) return;
-    name = provider;
-    update();
-    emit providerChanged();
+ProviderMark::ProviderMark(QQuickItem* parent) : GlyphItem(parent) {
+    connect(this, &ProviderMark::providerChanged, this, [this] { update(); });
 }
 
 int ProviderMark::series() const {

@@ -18,11 +18,7 @@ OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocat
               const StatusTitle title = statusTitle(preferences, {}, Date());
               return title.provider ? text(rawValue(*title.provider)) : QString();
           },
-          [this](const QString& next) {
-              if (next == itemSign) return;
-              itemSign = next;
-              emit signChanged();
-          }) {
+          [this](const QString& next) { itemSign = next; }) {
     signUpdater.arm();
     setHasStatusArea(true);
 }
@@ -48,13 +44,10 @@ QString OnboardingView::promise() {
 }
 
 void OnboardingView::setHasStatusArea(bool has) {
-    const QString next =
+    placeText =
         has ? QStringLiteral("You will find Tokwatch in your panel's status area: this sign "
                              "or its number.")
             : QStringLiteral("There is no status area here: Tokwatch opens as a window.");
-    if (next == placeText) return;
-    placeText = next;
-    emit placeChanged();
 }
 
 QString OnboardingView::finishText() {

@@ -44,10 +44,10 @@ class OnboardingView : public QObject {
     QVariantList stepList() const;
     static QString promise();
     /// Where the application is to be found from then on.
-    const QString& place() const { return placeText; }
+    const QString& place() const { return placeText.value(); }
     void setHasStatusArea(bool has);
     /// Whose mark the status item bears: a provider's raw value, empty for the application's own.
-    const QString& sign() const { return itemSign; }
+    const QString& sign() const { return itemSign.value(); }
     static QString finishText();
     /// Whether a provider, by its raw value, will be asked once the welcome is finished.
     QVariantMap asked() const;
@@ -73,8 +73,8 @@ class OnboardingView : public QObject {
     Preferences& preferences;
     kivo::LoginItem& loginItem;
     const std::vector<OnboardingStep> steps;
-    QString placeText;
-    QString itemSign;
+    Q_OBJECT_BINDABLE_PROPERTY(OnboardingView, QString, placeText, &OnboardingView::placeChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(OnboardingView, QString, itemSign, &OnboardingView::signChanged)
     QPropertyNotifier liveLimitsNotifier;
     QPropertyNotifier disabledNotifier;
     ObservingUpdater<QString> signUpdater;

@@ -32,11 +32,8 @@ QPainterPath roundedAbove(const QRectF& rect, double radius) {
 
 } // namespace
 
-void ChartColumns::setChart(const ChartDays& chart) {
-    if (chart == days) return;
-    days = chart;
-    emit chartChanged();
-    daysChanged();
+ChartColumns::ChartColumns(QQuickItem* parent) : ChartPlot(parent) {
+    connect(this, &ChartColumns::chartChanged, this, [this] { daysChanged(); });
 }
 
 const ChartReadout& ChartColumns::readoutOf(int day) const {
@@ -51,7 +48,7 @@ int ChartColumns::dayAfter(int day, Qt::Key key) const {
 
 int ChartColumns::dayAt(QPointF position) const {
     const Layout plan = layout();
-    const double x = (isMirrored() ? width() - position.x() : position.x()) - plan.left;
+    const double x = (mirrored ? width() - position.x() : position.x()) - plan.left;
     if (count() == 0 || x < 0 || position.y() < 0) return -1;
     return std::min(static_cast<int>(x / plan.pitch), count() - 1);
 }

@@ -9,12 +9,9 @@ namespace tokwatch {
 class ChartColumns : public ChartPlot {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(tokwatch::ChartDays chart READ chart WRITE setChart NOTIFY chartChanged)
+    Q_PROPERTY(tokwatch::ChartDays chart MEMBER days NOTIFY chartChanged)
   public:
-    using ChartPlot::ChartPlot;
-
-    const ChartDays& chart() const { return days; }
-    void setChart(const ChartDays& chart);
+    explicit ChartColumns(QQuickItem* parent = nullptr);
 
     void paint(QPainter* painter) override;
 

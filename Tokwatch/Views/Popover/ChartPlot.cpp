@@ -10,6 +10,10 @@ namespace tokwatch {
 ChartPlot::ChartPlot(QQuickItem* parent) : QQuickPaintedItem(parent) {
     setAcceptHoverEvents(true);
     setAcceptedMouseButtons(Qt::LeftButton);
+    const auto redraw = [this] { update(); };
+    connect(this, &ChartPlot::mirroredChanged, this, redraw);
+    connect(this, &ChartPlot::currentChanged, this, redraw);
+    connect(this, &ChartPlot::currentChanged, this, &ChartPlot::readoutChanged);
 }
 
 void ChartPlot::setColors(const kivo::Palette& colors) {
@@ -22,37 +26,20 @@ void ChartPlot::setType(const kivo::TypeScale& type) {
     update();
 }
 
-void ChartPlot::setMirrored(bool isMirrored) {
-    if (mirrored == isMirrored) return;
-    mirrored = isMirrored;
-    update();
-    emit mirroredChanged();
-}
-
 const ChartReadout& ChartPlot::readout() const {
     return readoutOf(current());
 }
 
 void ChartPlot::daysChanged() {
-    hovered = std::min(hovered, count() - 1);
-    reached = std::min(reached, count() - 1);
+    look(std::min(hovered, count() - 1), std::min(reached, count() - 1));
     update();
-    emit currentChanged();
+    emit readoutChanged();
 }
 
 void ChartPlot::look(int hoveredDay, int reachedDay) {
-    const int before = current();
     hovered = hoveredDay;
     reached = reachedDay;
-    if (current() == before) return;
-    update();
-    emit currentChanged();
-}
-
-void ChartPlot::setVisualFocus(bool focus) {
-    if (visualFocus == focus) return;
-    visualFocus = focus;
-    emit visualFocusChanged();
+    shown = hovered >= 0 ? hovered : reached;
 }
 
 double ChartPlot::snapped(double length) const {
@@ -133,18 +120,18 @@ void ChartPlot::keyPressEvent(QKeyEvent* event) {
         event->ignore();
         return;
     }
-    setVisualFocus(true);
+    visualFocus = true;
     if (next >= 0 && next < count()) look(-1, next);
 }
 
 void ChartPlot::focusInEvent(QFocusEvent* event) {
-    setVisualFocus(event->reason() != Qt::MouseFocusReason &&
-                   event->reason() != Qt::ActiveWindowFocusReason);
+    visualFocus =
+        event->reason() != Qt::MouseFocusReason && event->reason() != Qt::ActiveWindowFocusReason;
     if (reached < 0) look(hovered, count() - 1);
 }
 
 void ChartPlot::focusOutEvent(QFocusEvent*) {
-    setVisualFocus(false);
+    visualFocus = false;
     look(hovered, -1);
 }
 

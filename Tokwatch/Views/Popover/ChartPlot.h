@@ -4,6 +4,7 @@
 #include "KivoTheme/Theme.h"
 #include "Tokwatch/Views/Popover/ChartReadout.h"
 
+#include <QProperty>
 #include <QQuickPaintedItem>
 #include <qqmlregistration.h>
 
@@ -19,26 +20,25 @@ class ChartPlot : public QQuickPaintedItem {
     QML_ANONYMOUS
     Q_PROPERTY(kivo::Palette colors MEMBER palette WRITE setColors)
     Q_PROPERTY(kivo::TypeScale type MEMBER typeScale WRITE setType)
-    Q_PROPERTY(bool mirrored READ isMirrored WRITE setMirrored NOTIFY mirroredChanged)
+    Q_PROPERTY(bool mirrored MEMBER mirrored NOTIFY mirroredChanged)
     Q_PROPERTY(int current READ current NOTIFY currentChanged)
-    Q_PROPERTY(tokwatch::ChartReadout readout READ readout NOTIFY currentChanged)
+    Q_PROPERTY(tokwatch::ChartReadout readout READ readout NOTIFY readoutChanged)
     Q_PROPERTY(bool visualFocus READ hasVisualFocus NOTIFY visualFocusChanged)
   public:
     explicit ChartPlot(QQuickItem* parent = nullptr);
 
     void setColors(const kivo::Palette& colors);
     void setType(const kivo::TypeScale& type);
-    bool isMirrored() const { return mirrored; }
-    void setMirrored(bool isMirrored);
 
     /// The day that is looked at, by its place from the oldest; −1 for none.
-    int current() const { return hovered >= 0 ? hovered : reached; }
+    int current() const { return shown; }
     const ChartReadout& readout() const;
     bool hasVisualFocus() const { return visualFocus; }
 
   signals:
     void mirroredChanged();
     void currentChanged();
+    void readoutChanged();
     void visualFocusChanged();
 
   protected:
@@ -65,6 +65,7 @@ class ChartPlot : public QQuickPaintedItem {
 
     kivo::Palette palette;
     kivo::TypeScale typeScale;
+    bool mirrored = false;
 
     void hoverEnterEvent(QHoverEvent* event) override;
     void hoverMoveEvent(QHoverEvent* event) override;
@@ -76,12 +77,11 @@ class ChartPlot : public QQuickPaintedItem {
 
   private:
     void look(int hoveredDay, int reachedDay);
-    void setVisualFocus(bool focus);
 
-    bool mirrored = false;
-    bool visualFocus = false;
     int hovered = -1;
     int reached = -1;
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(ChartPlot, int, shown, -1, &ChartPlot::currentChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(ChartPlot, bool, visualFocus, &ChartPlot::visualFocusChanged)
 };
 
 } // namespace tokwatch

@@ -58,11 +58,7 @@ bool isAsking(const AppModel& model) {
 
 FooterView::FooterView(AppModel& model, const ViewClock& viewClock)
     : clock(viewClock), updater([this, &model] { return state(model, clock.now()); },
-                                [this](FooterState next) {
-                                    if (next == current) return;
-                                    current = std::move(next);
-                                    emit stateChanged();
-                                }) {
+                                [this](FooterState next) { current = std::move(next); }) {
     updater.arm();
 }
 

@@ -43,11 +43,8 @@ void paintRinged(QPainter& painter, const QRectF& rect, const QColor& fill, cons
 
 } // namespace
 
-void HeatMapCells::setCalendar(const HeatMapDays& calendar) {
-    if (calendar == days) return;
-    days = calendar;
-    emit calendarChanged();
-    daysChanged();
+HeatMapCells::HeatMapCells(QQuickItem* parent) : ChartPlot(parent) {
+    connect(this, &HeatMapCells::calendarChanged, this, [this] { daysChanged(); });
 }
 
 const ChartReadout& HeatMapCells::readoutOf(int day) const {
@@ -72,7 +69,7 @@ int HeatMapCells::dayAfter(int day, Qt::Key key) const {
 
 int HeatMapCells::dayAt(QPointF position) const {
     const Layout plan = layout();
-    const double x = (isMirrored() ? width() - position.x() : position.x()) - plan.left;
+    const double x = (mirrored ? width() - position.x() : position.x()) - plan.left;
     const double y = position.y() - plan.top;
     if (x < 0 || y < 0) return -1;
     const int week = static_cast<int>(x / plan.pitchX);

@@ -9,13 +9,9 @@ namespace tokwatch {
 class HeatMapCells : public ChartPlot {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(
-        tokwatch::HeatMapDays calendar READ calendar WRITE setCalendar NOTIFY calendarChanged)
+    Q_PROPERTY(tokwatch::HeatMapDays calendar MEMBER days NOTIFY calendarChanged)
   public:
-    using ChartPlot::ChartPlot;
-
-    const HeatMapDays& calendar() const { return days; }
-    void setCalendar(const HeatMapDays& calendar);
+    explicit HeatMapCells(QQuickItem* parent = nullptr);
 
     void paint(QPainter* painter) override;
 

@@ -33,19 +33,18 @@ void ModelsView::setActive(bool active) {
     if (active == isActive()) return;
     if (active) {
         updater.emplace([this] { return compute(); },
-                        [this](State next) { apply(std::move(next)); });
+                        [this](State next) {
+                            rowModel.assign(std::move(next.breakdown));
+                            texts = std::move(next.texts);
+                        });
         updater->arm();
     } else {
         updater.reset();
     }
-    emit activeChanged();
 }
 
 void ModelsView::setMode(int mode) {
-    const BreakdownMode next = mode == 0 ? BreakdownMode::model : BreakdownMode::day;
-    if (next == breakdownMode.value()) return;
-    breakdownMode = next;
-    emit modeChanged();
+    breakdownMode = mode == 0 ? BreakdownMode::model : BreakdownMode::day;
 }
 
 Breakdown ModelsView::breakdown() const {
@@ -57,19 +56,12 @@ ModelsView::State ModelsView::compute() const {
     const UsageSummary& summary = model.summary();
     State state;
     if (summary.tools.empty()) {
-        state.emptyText = text(SummaryTexts::noUsage(AppModel::readingDays));
+        state.texts.emptyText = text(SummaryTexts::noUsage(AppModel::readingDays));
         return state;
     }
     state.breakdown = breakdown();
-    state.notes = notesOf(summary);
+    state.texts.notes = notesOf(summary);
     return state;
-}
-
-void ModelsView::apply(State next) {
-    rowModel.assign(std::exchange(next.breakdown, std::nullopt));
-    const bool textsDiffer = next.emptyText != current.emptyText || next.notes != current.notes;
-    current = std::move(next);
-    if (textsDiffer) emit textsChanged();
 }
 
 QString ModelsView::asText() const {

@@ -21,7 +21,7 @@ class ModelsView : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
-    Q_PROPERTY(bool active READ isActive WRITE setActive NOTIFY activeChanged)
+    Q_PROPERTY(bool active READ isActive WRITE setActive)
     Q_PROPERTY(int mode READ mode WRITE setMode NOTIFY modeChanged)
     Q_PROPERTY(tokwatch::BreakdownModel* rows READ rows CONSTANT)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY textsChanged)
@@ -39,9 +39,9 @@ class ModelsView : public QObject {
 
     BreakdownModel* rows() { return &rowModel; }
     /// Instead of rows; empty when there are some.
-    const QString& emptyText() const { return current.emptyText; }
+    const QString& emptyText() const { return texts.value().emptyText; }
     /// What the numbers leave out or guess; empty when nothing.
-    const QString& notes() const { return current.notes; }
+    const QString& notes() const { return texts.value().notes; }
 
     /// The whole table as it is ordered here.
     QString asText() const;
@@ -50,24 +50,27 @@ class ModelsView : public QObject {
     Q_INVOKABLE void copyCSV() const;
 
   signals:
-    void activeChanged();
     void modeChanged();
     void textsChanged();
 
   private:
-    struct State {
-        std::optional<Breakdown> breakdown;
+    struct Texts {
         QString emptyText;
         QString notes;
+        friend bool operator==(const Texts&, const Texts&) = default;
+    };
+    struct State {
+        std::optional<Breakdown> breakdown;
+        Texts texts;
     };
     Breakdown breakdown() const;
     State compute() const;
-    void apply(State next);
 
     AppModel& model;
     BreakdownModel rowModel;
-    State current;
-    QProperty<BreakdownMode> breakdownMode{BreakdownMode::model};
+    Q_OBJECT_BINDABLE_PROPERTY(ModelsView, Texts, texts, &ModelsView::textsChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(ModelsView, BreakdownMode, breakdownMode,
+                                         BreakdownMode::model, &ModelsView::modeChanged)
     std::optional<ObservingUpdater<State>> updater;
 };
 

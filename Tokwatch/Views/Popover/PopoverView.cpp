@@ -20,12 +20,6 @@ void PopoverView::setTab(int tab) {
     model.preferences().popoverTab = static_cast<PopoverTab>(tab);
 }
 
-void PopoverView::setHostAdvice(const QString& next) {
-    if (next == advice) return;
-    advice = next;
-    emit hostAdviceChanged();
-}
-
 void PopoverView::refresh() {
     model.refresh();
     footerView.refreshAsked();

@@ -33,8 +33,8 @@ class PopoverView : public QObject {
     int tab() const;
     void setTab(int tab);
     /// How to get a status area; empty where there is one.
-    const QString& hostAdvice() const { return advice; }
-    void setHostAdvice(const QString& advice);
+    const QString& hostAdvice() const { return advice.value(); }
+    void setHostAdvice(const QString& next) { advice = next; }
     UsageView* usage() { return &usageView; }
     StatsView* stats() { return &statsView; }
     ModelsView* models() { return &modelsView; }
@@ -52,7 +52,7 @@ class PopoverView : public QObject {
 
   private:
     AppModel& model;
-    QString advice;
+    Q_OBJECT_BINDABLE_PROPERTY(PopoverView, QString, advice, &PopoverView::hostAdviceChanged)
     UsageView usageView;
     StatsView statsView;
     ModelsView modelsView;

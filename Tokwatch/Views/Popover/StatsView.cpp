@@ -14,17 +14,9 @@ StatsView::StatsView(AppModel& appModel, const ViewClock&) : model(appModel) {
 
 StatsView::Updates::Updates(StatsView& view)
     : state([&view] { return view.computeState(); },
-            [&view](StatsState next) {
-                if (next == view.currentState) return;
-                view.currentState = std::move(next);
-                emit view.stateChanged();
-            }),
+            [&view](StatsState next) { view.currentState = std::move(next); }),
       calendar([&view] { return view.computeCalendar(); },
-               [&view](HeatMapDays next) {
-                   if (next == view.currentCalendar) return;
-                   view.currentCalendar = std::move(next);
-                   emit view.calendarChanged();
-               }),
+               [&view](HeatMapDays next) { view.currentCalendar = std::move(next); }),
       publishing(view.model.bindableLastUpdated().addNotifier([&view] { view.readStoredDays(); })) {
 }
 
@@ -38,7 +30,6 @@ void StatsView::setActive(bool active) {
     } else {
         updates.reset();
     }
-    emit activeChanged();
 }
 
 StatsState StatsView::computeState() const {

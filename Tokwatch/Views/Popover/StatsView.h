@@ -47,7 +47,7 @@ class StatsView : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
-    Q_PROPERTY(bool active READ isActive WRITE setActive NOTIFY activeChanged)
+    Q_PROPERTY(bool active READ isActive WRITE setActive)
     Q_PROPERTY(tokwatch::StatsState state READ state NOTIFY stateChanged)
     Q_PROPERTY(tokwatch::HeatMapDays calendar READ calendar NOTIFY calendarChanged)
   public:
@@ -57,11 +57,10 @@ class StatsView : public QObject {
     /// Brings `state` up to date at once, and the calendar as soon as its summary is computed.
     void setActive(bool active);
 
-    const StatsState& state() const { return currentState; }
-    const HeatMapDays& calendar() const { return currentCalendar; }
+    const StatsState& state() const { return currentState.value(); }
+    const HeatMapDays& calendar() const { return currentCalendar.value(); }
 
   signals:
-    void activeChanged();
     void stateChanged();
     void calendarChanged();
 
@@ -79,8 +78,8 @@ class StatsView : public QObject {
     void takeStoredDays();
 
     AppModel& model;
-    StatsState currentState;
-    HeatMapDays currentCalendar;
+    Q_OBJECT_BINDABLE_PROPERTY(StatsView, StatsState, currentState, &StatsView::stateChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(StatsView, HeatMapDays, currentCalendar, &StatsView::calendarChanged)
     QProperty<UsageSummary> storedDays; ///< covers no day until it was computed
     QFutureWatcher<UsageSummary> reading;
     bool isOutdated = false; ///< something was published since the reading began

@@ -21,23 +21,13 @@ UsageView::UsageView(AppModel& appModel, const ViewClock& clock)
                        QVariantList next;
                        for (const QuietProvider& provider : quiet)
                            next.append(QVariant::fromValue(provider));
-                       if (next == quietList) return;
                        quietList = std::move(next);
-                       emit quietChanged();
                    }),
       summaryUpdater(
           [this] { return summaryCard(model.summary(), model.preferences().summaryUnit); },
-          [this](SummaryCard next) {
-              if (next == card) return;
-              card = std::move(next);
-              emit summaryChanged();
-          }),
+          [this](SummaryCard next) { card = std::move(next); }),
       placesUpdater([this] { return searchedPlaces(); },
-                    [this](QStringList next) {
-                        if (next == places) return;
-                        places = std::move(next);
-                        emit lookedAtChanged();
-                    }) {
+                    [this](QStringList next) { places = std::move(next); }) {
     providersUpdater.arm();
     quietUpdater.arm();
     summaryUpdater.arm();

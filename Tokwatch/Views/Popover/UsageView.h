@@ -6,6 +6,7 @@
 #include "Tokwatch/Views/Popover/SummaryRows.h"
 
 #include <QObject>
+#include <QProperty>
 #include <QStringList>
 #include <QVariantList>
 #include <qqmlregistration.h>
@@ -31,14 +32,14 @@ class UsageView : public QObject {
 
     RowModel* providers() { return &providerModel; }
     /// Of QuietProvider.
-    const QVariantList& quiet() const { return quietList; }
+    const QVariantList& quiet() const { return quietList.value(); }
     /// Something shown changes with every second.
     bool countsDown() const { return hasCountdown; }
-    const SummaryCard& summary() const { return card; }
+    const SummaryCard& summary() const { return card.value(); }
     static QString estimateTitle();
     static QString estimateExplanation();
     /// The places where assistants were looked for; empty unless none was found.
-    const QStringList& lookedAt() const { return places; }
+    const QStringList& lookedAt() const { return places.value(); }
 
     Q_INVOKABLE void act(const QString& provider, tokwatch::ProviderAction::Value action);
     /// Leads with money instead of tokens, or the other way round.
@@ -57,10 +58,10 @@ class UsageView : public QObject {
 
     AppModel& model;
     RowModel providerModel;
-    QVariantList quietList;
     bool hasCountdown = false;
-    SummaryCard card;
-    QStringList places;
+    Q_OBJECT_BINDABLE_PROPERTY(UsageView, QVariantList, quietList, &UsageView::quietChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(UsageView, SummaryCard, card, &UsageView::summaryChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(UsageView, QStringList, places, &UsageView::lookedAtChanged)
     ObservingUpdater<std::vector<ProviderRow>> providersUpdater;
     ObservingUpdater<std::vector<QuietProvider>> quietUpdater;
     ObservingUpdater<SummaryCard> summaryUpdater;

@@ -18,12 +18,9 @@ QUrl directoryOf(const std::filesystem::path& file) {
 } // namespace
 
 GeneralView::GeneralView(AppModel& appModel, const ViewClock& clock, const SettingsPlaces& where)
-    : model(appModel), places(where), updater([this, &clock] { return computed(clock); },
-                                              [this](GeneralState next) {
-                                                  if (next == current) return;
-                                                  current = std::move(next);
-                                                  emit stateChanged();
-                                              }) {
+    : model(appModel), places(where),
+      updater([this, &clock] { return computed(clock); },
+              [this](GeneralState next) { current = std::move(next); }) {
     updater.arm();
 }
 
@@ -49,7 +46,9 @@ void GeneralView::setStartsAtLogin(bool starts) {
     loginProblem = isDone ? QString()
                           : QString("%1 could not be written.")
                                 .arg(homePath(places.loginItem.file(), model.locations().home));
-    current.startsAtLogin = places.loginItem.isEnabled();
+    GeneralState next = current;
+    next.startsAtLogin = places.loginItem.isEnabled();
+    current.setValueBypassingBindings(next);
     // Also when nothing changed: then the switch, which moved already, has to move back.
     emit stateChanged();
 }

@@ -4,6 +4,7 @@
 #include "Tokwatch/Views/Settings/SettingsPlaces.h"
 
 #include <QObject>
+#include <QProperty>
 #include <QString>
 #include <qqmlregistration.h>
 
@@ -40,7 +41,7 @@ class GeneralView : public QObject {
   public:
     GeneralView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places);
 
-    const GeneralState& state() const { return current; }
+    const GeneralState& state() const { return current.value(); }
 
     Q_INVOKABLE void setStartsAtLogin(bool starts);
     Q_INVOKABLE void setShowDockIcon(bool shows);
@@ -58,7 +59,7 @@ class GeneralView : public QObject {
     AppModel& model;
     SettingsPlaces places;
     QProperty<QString> loginProblem;
-    GeneralState current;
+    Q_OBJECT_BINDABLE_PROPERTY(GeneralView, GeneralState, current, &GeneralView::stateChanged)
     ObservingUpdater<GeneralState> updater;
 };
 

@@ -43,11 +43,7 @@ std::vector<ProviderID> offered(const Preferences& preferences, const LimitsByPr
 
 MenuBarView::MenuBarView(AppModel& appModel, const ViewClock& clock)
     : model(appModel), stateUpdater([this, &clock] { return computed(clock); },
-                                    [this](MenuBarState next) {
-                                        if (next == current) return;
-                                        current = std::move(next);
-                                        emit stateChanged();
-                                    }),
+                                    [this](MenuBarState next) { current = std::move(next); }),
       windowsUpdater([this] { return windowRows(); },
                      [this](const std::vector<WindowRow>& rows) { windowModel.assign(rows); }) {
     stateUpdater.arm();
@@ -55,8 +51,8 @@ MenuBarView::MenuBarView(AppModel& appModel, const ViewClock& clock)
 }
 
 QString MenuBarView::previewNote() const {
-    if (current.preview.isSample) return "A sample, until your limits are known.";
-    if (current.preview.percent < 0) return "Without a number, the sign stands alone.";
+    if (current->preview.isSample) return "A sample, until your limits are known.";
+    if (current->preview.percent < 0) return "Without a number, the sign stands alone.";
     return "Panels that give each item a square show the number alone.";
 }
 

@@ -5,6 +5,7 @@
 #include "Tokwatch/Views/Settings/TitlePreview.h"
 
 #include <QObject>
+#include <QProperty>
 #include <QStringList>
 #include <qqmlregistration.h>
 
@@ -74,7 +75,7 @@ class MenuBarView : public QObject {
   public:
     MenuBarView(AppModel& model, const ViewClock& clock);
 
-    const MenuBarState& state() const { return current; }
+    const MenuBarState& state() const { return current.value(); }
     RowModel* windows() { return &windowModel; }
     QString previewNote() const;
     double lowestWarning() const;
@@ -100,7 +101,7 @@ class MenuBarView : public QObject {
     std::vector<WindowRow> windowRows() const;
 
     AppModel& model;
-    MenuBarState current;
+    Q_OBJECT_BINDABLE_PROPERTY(MenuBarView, MenuBarState, current, &MenuBarView::stateChanged)
     RowModel windowModel;
     ObservingUpdater<MenuBarState> stateUpdater;
     ObservingUpdater<std::vector<WindowRow>> windowsUpdater;

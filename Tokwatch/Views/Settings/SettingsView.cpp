@@ -8,9 +8,7 @@ SettingsView::SettingsView(AppModel& model, const ViewClock& clock, const Settin
 
 void SettingsView::setPage(int page) {
     const auto wanted = static_cast<Page>(page);
-    if (wanted < Page::general || wanted > Page::about || wanted == shown) return;
-    shown = wanted;
-    emit pageChanged();
+    if (wanted >= Page::general && wanted <= Page::about) shown = wanted;
 }
 
 } // namespace tokwatch

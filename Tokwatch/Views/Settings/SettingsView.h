@@ -7,6 +7,7 @@
 #include "Tokwatch/Views/Settings/ProvidersView.h"
 
 #include <QObject>
+#include <QProperty>
 #include <qqmlregistration.h>
 
 namespace tokwatch {
@@ -32,7 +33,7 @@ class SettingsView : public QObject {
     SettingsView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places);
 
     /// A Page as a number.
-    int page() const { return static_cast<int>(shown); }
+    int page() const { return static_cast<int>(shown.value()); }
     void setPage(int page);
     GeneralView* general() { return &generalView; }
     MenuBarView* menuBar() { return &menuBarView; }
@@ -46,7 +47,8 @@ class SettingsView : public QObject {
     void quitRequested();
 
   private:
-    Page shown = Page::general;
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(SettingsView, Page, shown, Page::general,
+                                         &SettingsView::pageChanged)
     GeneralView generalView;
     MenuBarView menuBarView;
     ProvidersView providersView;

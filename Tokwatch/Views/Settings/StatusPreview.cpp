@@ -27,27 +27,10 @@ QColor panelColor(bool isDark) {
     return isDark ? QColor(0x1d, 0x1d, 0x21) : QColor(0xf1, 0xf1, 0xf4);
 }
 
-StatusPreview::StatusPreview(QQuickItem* parent) : QQuickPaintedItem(parent) {}
-
-void StatusPreview::setTitle(const TitlePreview& title) {
-    if (title == shown) return;
-    shown = title;
-    redraw();
-    emit titleChanged();
-}
-
-void StatusPreview::setOnDarkPanel(bool isDark) {
-    if (isDark == dark) return;
-    dark = isDark;
-    redraw();
-    emit panelChanged();
-}
-
-void StatusPreview::setSquare(bool isSquare) {
-    if (isSquare == square) return;
-    square = isSquare;
-    redraw();
-    emit shapeChanged();
+StatusPreview::StatusPreview(QQuickItem* parent) : QQuickPaintedItem(parent) {
+    for (const auto changed :
+         {&StatusPreview::titleChanged, &StatusPreview::panelChanged, &StatusPreview::shapeChanged})
+        connect(this, changed, this, &StatusPreview::redraw);
 }
 
 void StatusPreview::itemChange(ItemChange change, const ItemChangeData& data) {

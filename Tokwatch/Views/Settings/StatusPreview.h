@@ -17,20 +17,13 @@ QColor panelColor(bool isDark);
 class StatusPreview : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(tokwatch::TitlePreview title READ title WRITE setTitle NOTIFY titleChanged)
-    Q_PROPERTY(bool onDarkPanel READ isOnDarkPanel WRITE setOnDarkPanel NOTIFY panelChanged)
-    Q_PROPERTY(bool isSquare READ isSquare WRITE setSquare NOTIFY shapeChanged)
+    Q_PROPERTY(tokwatch::TitlePreview title MEMBER shown NOTIFY titleChanged)
+    Q_PROPERTY(bool onDarkPanel MEMBER dark NOTIFY panelChanged)
+    Q_PROPERTY(bool isSquare MEMBER square NOTIFY shapeChanged)
     Q_PROPERTY(QColor panelColor READ panelColor NOTIFY panelChanged)
   public:
     explicit StatusPreview(QQuickItem* parent = nullptr);
 
-    const TitlePreview& title() const { return shown; }
-    void setTitle(const TitlePreview& title);
-    bool isOnDarkPanel() const { return dark; }
-    void setOnDarkPanel(bool isDark);
-    /// As hosts show it that give every item a square.
-    bool isSquare() const { return square; }
-    void setSquare(bool isSquare);
     QColor panelColor() const { return tokwatch::panelColor(dark); }
 
     void paint(QPainter* painter) override;
@@ -49,7 +42,7 @@ class StatusPreview : public QQuickPaintedItem {
 
     TitlePreview shown;
     bool dark = false;
-    bool square = false;
+    bool square = false; ///< as hosts show it that give every item a square
     QImage picture;
 };
 
