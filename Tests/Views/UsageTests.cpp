@@ -78,7 +78,7 @@ TEST(LimitRows, AreDatedWhereTheyAreNotOfTheLatestAnswerAndOldAfterAQuarterOfAnH
         const auto bar = row.windows[0].value<LimitRow>();
         EXPECT_EQ(row.asOfText, asOf);
         EXPECT_EQ(bar.isOld, isOld) << asOf;
-        EXPECT_EQ(bar.level, LimitRow::Level::critical) << "old, and no less low";
+        EXPECT_EQ(bar.level, Level::Critical) << "old, and no less low";
     }
 }
 

@@ -6,12 +6,16 @@
 
 namespace tokwatch {
 
+int seriesOf(ProviderID provider) {
+    return static_cast<int>(provider);
+}
+
 ProviderMark::ProviderMark(QQuickItem* parent) : GlyphItem(parent) {
     connect(this, &ProviderMark::providerChanged, this, [this] { update(); });
 }
 
 int ProviderMark::series() const {
-    return static_cast<int>(providerFromRawValue(name.toStdString()).value_or(ProviderID::claude));
+    return seriesOf(providerFromRawValue(name.toStdString()).value_or(ProviderID::claude));
 }
 
 void ProviderMark::draw(QPainter& painter) const {

@@ -43,7 +43,7 @@ Item {
         visible: delegate.isModel
         anchors { left: rank.right; verticalCenter: title.verticalCenter }
         provider: delegate.row.provider
-        color: Theme.colors.series[delegate.row.series]
+        color: Theme.colors.series[series]
     }
     Label {
         id: title
@@ -77,7 +77,7 @@ Item {
             width: Math.max(delegate.row.fraction > 0 ? height : 0, delegate.row.fraction * parent.width)
             height: parent.height
             radius: 2
-            color: delegate.isModel ? Theme.colors.series[delegate.row.series] : Theme.colors.accent
+            color: delegate.isModel ? Theme.colors.series[mark.series] : Theme.colors.accent
         }
     }
     Label {

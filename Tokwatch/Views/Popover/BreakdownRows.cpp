@@ -1,7 +1,6 @@
 #include "Tokwatch/Views/Popover/BreakdownRows.h"
 
 #include "Tokwatch/Views/Common/Text.h"
-#include "Tokwatch/Views/Popover/LimitRows.h"
 
 #include <algorithm>
 #include <utility>
@@ -47,7 +46,6 @@ BreakdownRow rowOf(const SummaryDisplay::Row& shown, SummaryUnit unit) {
     if (shown.provider) {
         row.rank = QString::number(shown.rank);
         row.provider = text(rawValue(*shown.provider));
-        row.series = seriesOf(*shown.provider);
         parts.insert(1, nameOf(shown.provider));
     }
     row.spoken = parts.join(", ");

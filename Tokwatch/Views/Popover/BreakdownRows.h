@@ -25,7 +25,6 @@ struct BreakdownRow {
     Q_PROPERTY(QString share MEMBER share)
     Q_PROPERTY(QString spoken MEMBER spoken)
     Q_PROPERTY(double fraction MEMBER fraction)
-    Q_PROPERTY(int series MEMBER series)
   public:
     QString id;
     QString rank;     ///< "1"; empty for days, whose order is their own
@@ -36,7 +35,6 @@ struct BreakdownRow {
     QString share; ///< of the unit, "—" when unknown
     QString spoken;
     double fraction = 0; ///< of the bar: a model's share, a day's part of the largest day
-    int series = 0;      ///< of the theme's side-by-side colours
     friend bool operator==(const BreakdownRow&, const BreakdownRow&) = default;
 };
 

@@ -33,7 +33,6 @@ Card {
             model: card.chart.series
             Row {
                 id: entry
-                required property int index
                 required property var modelData
                 // In line with the columns of the statistics above, unless there are too many.
                 width: parent.width / Math.max(3, card.chart.series.length)
@@ -42,7 +41,7 @@ Card {
                 ProviderMark {
                     anchors.verticalCenter: parent.verticalCenter
                     provider: entry.modelData.id
-                    color: Theme.colors.series[entry.modelData.series]
+                    color: Theme.colors.series[series]
                 }
                 Column {
                     Label {
@@ -55,7 +54,7 @@ Card {
                     Label {
                         id: figure
                         width: name.width
-                        text: columns.readout.figures[entry.index] ?? ""
+                        text: columns.readout.figures[entry.modelData.id] ?? ""
                         font.weight: Font.Medium
                     }
                 }

@@ -108,29 +108,29 @@ void ChartColumns::paintAxis(QPainter& painter, const Layout& plan) const {
 }
 
 void ChartColumns::paintColumn(QPainter& painter, const Layout& plan, int day) const {
-    const std::vector<double>& parts = days.columns[static_cast<std::size_t>(day)].parts;
+    const std::vector<ChartPart>& parts = days.columns[static_cast<std::size_t>(day)].parts;
     const double pixel = snapped(1);
     double sum = 0;
-    for (const double part : parts)
-        sum += part;
+    for (const ChartPart& part : parts)
+        sum += part.fraction;
     if (!(sum > 0)) return;
     const double whole = std::max(snapped(sum * (plan.base - plan.top)), leastHeight);
 
     const double top = plan.base - whole;
     double from = plan.base;
     double reachedPart = 0;
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        if (!(parts[i] > 0)) continue;
-        reachedPart += parts[i];
+    for (const ChartPart& part : parts) {
+        if (!(part.fraction > 0)) continue;
+        reachedPart += part.fraction;
         const double to = snapped(plan.base - whole * reachedPart / sum);
-        QRectF part = plan.bar(day, from, to);
+        QRectF box = plan.bar(day, from, to);
         // A line of the ground between two colours, where there is room for it.
-        if (from < plan.base && part.height() >= 3 * pixel) part.setBottom(part.bottom() - pixel);
-        const QColor color = palette.series.value(days.series[i].series);
+        if (from < plan.base && box.height() >= 3 * pixel) box.setBottom(box.bottom() - pixel);
+        const QColor color = palette.series.value(part.series);
         if (to <= top)
-            painter.fillPath(roundedAbove(placed(part), cornerRadius), color);
+            painter.fillPath(roundedAbove(placed(box), cornerRadius), color);
         else
-            painter.fillRect(placed(part), color);
+            painter.fillRect(placed(box), color);
         from = to;
     }
 }

@@ -2,9 +2,9 @@
 
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/SummaryDisplay.h"
+#include "Tokwatch/Views/Common/ProviderMark.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Popover/ChartScale.h"
-#include "Tokwatch/Views/Popover/LimitRows.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
 
 #include <algorithm>
@@ -42,16 +42,21 @@ QString columnLabel(Date day, bool isToday, const Calendar& calendar) {
     return calendar.fields(day).weekday == 0 ? text(DayFormat::day(day, calendar)) : QString();
 }
 
-ChartReadout readoutOf(const std::vector<ChartSeries>& series,
-                       const std::vector<ChartAmount>& amounts, SummaryUnit unit) {
+/// What one provider used.
+struct Use {
+    ProviderID provider;
+    ChartAmount amount;
+};
+
+ChartReadout readoutOf(const std::vector<Use>& uses, SummaryUnit unit) {
     ChartReadout readout;
     ChartAmount sum;
     QStringList spokenParts;
-    for (std::size_t i = 0; i < amounts.size(); ++i) {
-        sum += amounts[i];
-        readout.figures.append(amounts[i].text(unit));
-        if (amounts[i].in(unit) > 0)
-            spokenParts.append(series[i].name + " " + amounts[i].text(unit));
+    for (const auto& [provider, amount] : uses) {
+        sum += amount;
+        readout.figures[text(rawValue(provider))] = amount.text(unit);
+        if (amount.in(unit) > 0)
+            spokenParts.append(text(displayName(provider)) + " " + amount.text(unit));
     }
     readout.value = sum.text(unit);
     readout.note = sum.note(unit);
@@ -62,24 +67,23 @@ ChartReadout readoutOf(const std::vector<ChartSeries>& series,
     return readout;
 }
 
-std::vector<ChartAmount> amountsOf(const std::map<ProviderID, Points>& points, std::size_t day) {
-    std::vector<ChartAmount> amounts;
+std::vector<Use> usesOf(const std::map<ProviderID, Points>& points, std::size_t day) {
+    std::vector<Use> uses;
     for (const auto& [provider, days] : points)
-        amounts.push_back({days[day].costUSD, days[day].tokens});
-    return amounts;
+        uses.push_back({provider, {days[day].costUSD, days[day].tokens}});
+    return uses;
 }
 
 /// The window's amounts: the very numbers that other tabs show.
-std::vector<ChartAmount> wholeOf(const UsageSummary& summary,
-                                 const std::map<ProviderID, Points>& points) {
-    std::vector<ChartAmount> amounts;
-    for (const auto& entry : points) {
-        const auto tool =
-            std::ranges::find(summary.tools, entry.first, &UsageSummary::Tool::provider);
-        amounts.push_back(tool == summary.tools.end() ? ChartAmount{}
-                                                      : ChartAmount{tool->costUSD, tool->tokens});
+std::vector<Use> wholeOf(const UsageSummary& summary, const std::map<ProviderID, Points>& points) {
+    std::vector<Use> uses;
+    for (const auto& [provider, days] : points) {
+        const auto tool = std::ranges::find(summary.tools, provider, &UsageSummary::Tool::provider);
+        uses.push_back({provider, tool == summary.tools.end()
+                                      ? ChartAmount{}
+                                      : ChartAmount{tool->costUSD, tool->tokens}});
     }
-    return amounts;
+    return uses;
 }
 
 } // namespace
@@ -94,10 +98,9 @@ QVariantList ChartDays::seriesList() const {
 ChartDays ChartDays::of(const UsageSummary& summary, SummaryUnit unit, const Calendar& calendar) {
     ChartDays chart;
     const std::map<ProviderID, Points> points = usedProviders(summary);
-    for (const auto& entry : points)
-        chart.series.push_back(
-            {text(rawValue(entry.first)), text(displayName(entry.first)), seriesOf(entry.first)});
-    chart.whole = readoutOf(chart.series, wholeOf(summary, points), unit);
+    for (const auto& [provider, days] : points)
+        chart.series.push_back({text(rawValue(provider)), text(displayName(provider))});
+    chart.whole = readoutOf(wholeOf(summary, points), unit);
     chart.whole.title = QString("Last %1 days").arg(summary.days);
     chart.whole.spoken = chart.whole.title + ": " + chart.whole.spoken;
     if (points.empty()) return chart;
@@ -107,16 +110,16 @@ ChartDays ChartDays::of(const UsageSummary& summary, SummaryUnit unit, const Cal
     for (std::size_t day = 0; day < anyPoints.size(); ++day) {
         const Date date = anyPoints[day].day;
         const bool isToday = day + 1 == anyPoints.size();
-        const std::vector<ChartAmount> amounts = amountsOf(points, day);
+        const std::vector<Use> uses = usesOf(points, day);
         ChartColumn column;
         double height = 0;
-        for (const ChartAmount& amount : amounts) {
-            column.parts.push_back(amount.in(unit));
+        for (const auto& [provider, amount] : uses) {
+            column.parts.push_back({seriesOf(provider), amount.in(unit)});
             height += amount.in(unit);
         }
         most = std::max(most, height);
         column.label = columnLabel(date, isToday, calendar);
-        column.readout = readoutOf(chart.series, amounts, unit);
+        column.readout = readoutOf(uses, unit);
         column.readout.title = isToday ? "Today, " + text(DayFormat::day(date, calendar))
                                        : text(DayFormat::weekdayAndDay(date, calendar));
         column.readout.spoken =
@@ -129,8 +132,8 @@ ChartDays ChartDays::of(const UsageSummary& summary, SummaryUnit unit, const Cal
     for (const double tick : scale.ticks)
         chart.ticks.push_back({tick / scale.top(), tickText(tick, scale.step, unit)});
     for (ChartColumn& column : chart.columns)
-        for (double& part : column.parts)
-            part = scale.top() > 0 ? part / scale.top() : 0;
+        for (ChartPart& part : column.parts)
+            part.fraction = scale.top() > 0 ? part.fraction / scale.top() : 0;
     return chart;
 }
 

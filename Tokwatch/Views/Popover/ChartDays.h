@@ -17,11 +17,9 @@ struct ChartSeries {
     Q_GADGET
     Q_PROPERTY(QString id MEMBER id)
     Q_PROPERTY(QString name MEMBER name)
-    Q_PROPERTY(int series MEMBER series)
   public:
     QString id; ///< the provider's raw value
     QString name;
-    int series = 0; ///< of the theme's side-by-side colours
     friend bool operator==(const ChartSeries&, const ChartSeries&) = default;
 };
 
@@ -31,10 +29,15 @@ struct ChartTick {
     friend bool operator==(const ChartTick&, const ChartTick&) = default;
 };
 
+struct ChartPart {
+    int series = 0;      ///< of the theme's side-by-side colours
+    double fraction = 0; ///< of the axis's length
+    friend bool operator==(const ChartPart&, const ChartPart&) = default;
+};
+
 struct ChartColumn {
-    std::vector<double>
-        parts;     ///< one for each series, from the baseline up, in fractions of the axis
-    QString label; ///< below the column; empty for most
+    std::vector<ChartPart> parts; ///< from the baseline up
+    QString label;                ///< below the column; empty for most
     ChartReadout readout;
     friend bool operator==(const ChartColumn&, const ChartColumn&) = default;
 };

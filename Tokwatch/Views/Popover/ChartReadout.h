@@ -4,7 +4,7 @@
 
 #include <QObject>
 #include <QString>
-#include <QStringList>
+#include <QVariantMap>
 
 #include <cstdint>
 
@@ -16,13 +16,13 @@ struct ChartReadout {
     Q_PROPERTY(QString title MEMBER title)
     Q_PROPERTY(QString note MEMBER note)
     Q_PROPERTY(QString value MEMBER value)
-    Q_PROPERTY(QStringList figures MEMBER figures)
+    Q_PROPERTY(QVariantMap figures MEMBER figures)
     Q_PROPERTY(QString spoken MEMBER spoken)
   public:
     QString title;       ///< "Tue, Nov 24" or "Last 30 days"
     QString note;        ///< the same in the other unit, and what else is known
     QString value;       ///< "$12.40" or "1.23M"
-    QStringList figures; ///< one for each entry of the chart's legend
+    QVariantMap figures; ///< by the ids of the chart's legend
     QString spoken;
     friend bool operator==(const ChartReadout&, const ChartReadout&) = default;
 };

@@ -7,20 +7,21 @@ Card {
     required property var tiles
 
     component Tile: Column {
-        required property var tile
+        required property string label
+        required property string value
         property int size: Theme.type.title
 
         width: (card.width - 2 * card.padding) / 3
         spacing: 2
         Label {
             width: parent.width
-            text: parent.tile?.label ?? ""
+            text: parent.label
             size: Theme.type.caption
             color: Theme.colors.secondaryText
         }
         Label {
             width: parent.width
-            text: parent.tile?.value ?? ""
+            text: parent.value
             size: parent.size
             font.weight: Font.DemiBold
         }
@@ -32,19 +33,21 @@ Card {
         Tile {
             id: processed
             anchors.left: parent.left
-            tile: card.tiles[0]
+            label: "Processed tokens"
+            value: card.tiles.processed
             size: Theme.type.figure
         }
         Tile {
             anchors.right: parent.right
-            tile: card.tiles[4]
+            label: "Cache savings"
+            value: card.tiles.cacheSavings
             size: Theme.type.figure
         }
     }
     Row {
         width: parent.width
-        Tile { tile: card.tiles[1] }
-        Tile { tile: card.tiles[2] }
-        Tile { tile: card.tiles[3] }
+        Tile { label: "Cached input"; value: card.tiles.cachedInput }
+        Tile { label: "Uncached input"; value: card.tiles.uncachedInput }
+        Tile { label: "Output"; value: card.tiles.output }
     }
 }

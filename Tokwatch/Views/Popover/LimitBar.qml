@@ -1,14 +1,18 @@
 import QtQuick
 import Kivo.Theme
+import Tokwatch.Common
 
 /// One limit: how much is left, where time stands, when it starts anew.
 Column {
     id: bar
     required property var limit
 
-    readonly property color fill: aged([Theme.colors.accent, Theme.colors.warning, Theme.colors.critical][limit.level], Theme.colors.muted)
-    readonly property color figure: aged([Theme.colors.text, Theme.colors.warningText, Theme.colors.criticalText][limit.level], Theme.colors.secondaryText)
+    readonly property color fill: aged(byLevel(Theme.colors.accent, Theme.colors.warning, Theme.colors.critical), Theme.colors.muted)
+    readonly property color figure: aged(byLevel(Theme.colors.text, Theme.colors.warningText, Theme.colors.criticalText), Theme.colors.secondaryText)
 
+    function byLevel(normal, warning, critical) {
+        return limit.level === Level.Critical ? critical : limit.level === Level.Warning ? warning : normal
+    }
     /// What is old keeps its colour, but half of it. Both colours stand out from the ground, and so
     /// does what is between them.
     function aged(fresh, muted) {

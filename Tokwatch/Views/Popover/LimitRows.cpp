@@ -43,7 +43,7 @@ LimitRow limitRow(const LimitWindow& window, const ProviderLimits& limits,
     if (bar.timeLeftFraction)
         row.timeText = QString("This mark is time: %1% of this limit's period is left")
                            .arg(std::lround(*bar.timeLeftFraction * 100));
-    row.level = static_cast<LimitRow::Level>(
+    row.level = static_cast<Level::Value>(
         severityOf(bar.leftFraction, judgement.warningThreshold, judgement.criticalThreshold));
     row.isAhead = pace == Pace::over;
     row.isOld = LimitAge::isOld(window, limits.fetchedAt, now);
@@ -88,7 +88,6 @@ ProviderRow providerRow(const ProvidersKnown& known, ProviderID provider, Date n
     ProviderRow row;
     row.id = text(rawValue(provider));
     row.name = text(displayName(provider));
-    row.series = seriesOf(provider);
     const ProviderLimits* limits = limitsOf(known, provider);
     if (limits != nullptr) {
         row.plan = text(plainText(limits->plan.value_or("")));
@@ -118,10 +117,6 @@ ProviderRow providerRow(const ProvidersKnown& known, ProviderID provider, Date n
 
 } // namespace
 
-int seriesOf(ProviderID provider) {
-    return static_cast<int>(provider);
-}
-
 QString tryText(const AttemptTimes& times, Date now, const Calendar& calendar) {
     if (times.isUnderWay) return QStringLiteral("Trying…");
     if (!times.lastAttempt || !times.nextRetry || *times.nextRetry <= now) return {};
@@ -145,8 +140,7 @@ std::vector<QuietProvider> quietProviders(const ProvidersKnown& known) {
         const char* words = !isPresent                     ? " was not found"
                             : provider == ProviderID::grok ? " publishes no limits"
                                                            : " has no usage data yet";
-        quiet.push_back(
-            {text(rawValue(provider)), text(displayName(provider)) + words, seriesOf(provider)});
+        quiet.push_back({text(rawValue(provider)), text(displayName(provider)) + words});
     }
     return quiet;
 }

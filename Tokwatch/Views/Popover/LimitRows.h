@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tokwatch/Limits/AttemptTimes.h"
+#include "Tokwatch/Views/Common/Segment.h"
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Records/ProviderID.h"
 #include "TokwatchCore/Support/Calendar.h"
@@ -25,15 +26,12 @@ struct LimitRow {
     Q_PROPERTY(QString spoken MEMBER spoken)
     Q_PROPERTY(double leftFraction MEMBER leftFraction)
     Q_PROPERTY(double timeLeftFraction MEMBER timeLeftFraction)
-    Q_PROPERTY(Level level MEMBER level)
+    Q_PROPERTY(tokwatch::Level::Value level MEMBER level)
     Q_PROPERTY(bool isAhead MEMBER isAhead)
     Q_PROPERTY(bool isOld MEMBER isOld)
     Q_PROPERTY(QString timeText MEMBER timeText)
     Q_PROPERTY(QString paceText MEMBER paceText)
   public:
-    enum class Level { normal, warning, critical }; ///< as Severity has them
-    Q_ENUM(Level)
-
     QString label;
     QString leftText;   ///< "42%"
     QString resetText;  ///< "Resets in 3h 5m · 20:45", "Has reset"; empty when unknown
@@ -42,7 +40,7 @@ struct LimitRow {
     QString spoken; ///< all of it in one sentence
     double leftFraction = 0;
     double timeLeftFraction = -1; ///< negative when unknown
-    Level level = Level::normal;
+    Level::Value level = Level::Normal;
     bool isAhead = false; ///< used faster than time passes
     bool isOld = false;   ///< by LimitAge
     QString timeText;     ///< what the mark on the bar tells, and …
@@ -64,7 +62,6 @@ struct ProviderRow {
     Q_PROPERTY(QString id MEMBER id)
     Q_PROPERTY(QString name MEMBER name)
     Q_PROPERTY(QString plan MEMBER plan)
-    Q_PROPERTY(int series MEMBER series)
     Q_PROPERTY(QVariantList windows MEMBER windows)
     Q_PROPERTY(QString creditsLabel MEMBER creditsLabel)
     Q_PROPERTY(QString creditsText MEMBER creditsText)
@@ -78,7 +75,6 @@ struct ProviderRow {
     QString id; ///< the provider's raw value
     QString name;
     QString plan;         ///< empty when unknown
-    int series = 0;       ///< of the theme's side-by-side colours
     QVariantList windows; ///< of LimitRow
     QString creditsLabel; ///< empty, with its text, without credits
     QString creditsText;
@@ -96,11 +92,9 @@ struct QuietProvider {
     Q_GADGET
     Q_PROPERTY(QString id MEMBER id)
     Q_PROPERTY(QString text MEMBER text)
-    Q_PROPERTY(int series MEMBER series)
   public:
     QString id;   ///< the provider's raw value
     QString text; ///< "Grok has no published limits"
-    int series = 0;
     friend bool operator==(const QuietProvider&, const QuietProvider&) = default;
 };
 
@@ -111,9 +105,6 @@ struct LimitJudgement {
     bool claudeLiveLimits = true;
     bool mayAsk = true; ///< the welcome is finished
 };
-
-/// A provider's place among the theme's side-by-side colours, the same everywhere.
-int seriesOf(ProviderID provider);
 
 /// What is known of the providers, in the user's order.
 struct ProvidersKnown {

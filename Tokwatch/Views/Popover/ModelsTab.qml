@@ -1,5 +1,6 @@
 import QtQuick
 import Kivo.Theme
+import Tokwatch.Common
 import Tokwatch.Popover
 
 /// The breakdown of the reading window by model or by day.
@@ -37,10 +38,10 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             small: true
             name: "Breakdown"
-            labels: ["By model", "By day"]
-            currentIndex: tab.view.mode
-            onChosen: index => {
-                tab.view.mode = index
+            segments: [{ value: Segment.ByModel, text: "By model" }, { value: Segment.ByDay, text: "By day" }]
+            value: tab.view.mode
+            onChosen: value => {
+                tab.view.mode = value
                 table.currentIndex = 0
             }
         }

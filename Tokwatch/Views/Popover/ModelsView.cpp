@@ -43,10 +43,6 @@ void ModelsView::setActive(bool active) {
     }
 }
 
-void ModelsView::setMode(int mode) {
-    breakdownMode = mode == 0 ? BreakdownMode::model : BreakdownMode::day;
-}
-
 Breakdown ModelsView::breakdown() const {
     return {model.summary(), breakdownMode.value(), model.preferences().summaryUnit,
             model.calendar()};

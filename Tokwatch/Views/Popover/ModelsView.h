@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/Views/Common/Segment.h"
 #include "Tokwatch/Views/Popover/BreakdownModel.h"
 
 #include <QObject>
@@ -22,7 +23,7 @@ class ModelsView : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(bool active READ isActive WRITE setActive)
-    Q_PROPERTY(int mode READ mode WRITE setMode NOTIFY modeChanged)
+    Q_PROPERTY(tokwatch::Segment::Breakdown mode READ mode WRITE setMode NOTIFY modeChanged)
     Q_PROPERTY(tokwatch::BreakdownModel* rows READ rows CONSTANT)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY textsChanged)
     Q_PROPERTY(QString notes READ notes NOTIFY textsChanged)
@@ -33,9 +34,10 @@ class ModelsView : public QObject {
     /// Brings the rows up to date at once.
     void setActive(bool active);
 
-    /// A BreakdownMode.
-    int mode() const { return static_cast<int>(breakdownMode.value()); }
-    void setMode(int mode);
+    Segment::Breakdown mode() const {
+        return static_cast<Segment::Breakdown>(breakdownMode.value());
+    }
+    void setMode(Segment::Breakdown mode) { breakdownMode = static_cast<BreakdownMode>(mode); }
 
     BreakdownModel* rows() { return &rowModel; }
     /// Instead of rows; empty when there are some.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "Tokwatch/Views/Common/Segment.h"
 #include "Tokwatch/Views/Popover/FooterView.h"
 #include "Tokwatch/Views/Popover/ModelsView.h"
 #include "Tokwatch/Views/Popover/StatsView.h"
@@ -20,7 +20,7 @@ class PopoverView : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
-    Q_PROPERTY(int tab READ tab WRITE setTab NOTIFY tabChanged)
+    Q_PROPERTY(tokwatch::Segment::Tab tab READ tab WRITE setTab NOTIFY tabChanged)
     Q_PROPERTY(QString hostAdvice READ hostAdvice NOTIFY hostAdviceChanged)
     Q_PROPERTY(tokwatch::UsageView* usage READ usage CONSTANT)
     Q_PROPERTY(tokwatch::StatsView* stats READ stats CONSTANT)
@@ -29,9 +29,8 @@ class PopoverView : public QObject {
   public:
     PopoverView(AppModel& model, const ViewClock& clock);
 
-    /// A PopoverTab as a number.
-    int tab() const;
-    void setTab(int tab);
+    Segment::Tab tab() const;
+    void setTab(Segment::Tab tab);
     /// How to get a status area; empty where there is one.
     const QString& hostAdvice() const { return advice.value(); }
     void setHostAdvice(const QString& next) { advice = next; }

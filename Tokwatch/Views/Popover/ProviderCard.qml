@@ -24,7 +24,7 @@ Card {
             width: 18
             height: 18
             provider: card.row.id
-            color: Theme.colors.series[card.row.series]
+            color: Theme.colors.series[series]
         }
         Label {
             id: name

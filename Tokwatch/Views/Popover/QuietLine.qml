@@ -23,7 +23,7 @@ Flow {
                 width: 13
                 height: 13
                 provider: entry.modelData.id
-                color: Theme.colors.series[entry.modelData.series]
+                color: Theme.colors.series[series]
             }
             Label {
                 text: entry.modelData.text

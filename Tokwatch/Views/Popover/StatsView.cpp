@@ -40,8 +40,9 @@ StatsState StatsView::computeState() const {
         state.emptyText = text(SummaryTexts::noUsage(AppModel::readingDays));
         return state;
     }
-    for (const SummaryDisplay::Stat& stat : SummaryDisplay::tokenStatistics(summary))
-        state.tiles.append(QVariant::fromValue(StatTile{text(stat.label), text(stat.value)}));
+    const SummaryDisplay::TokenStatistics tokens = SummaryDisplay::tokenStatistics(summary);
+    state.tiles = {text(tokens.processed), text(tokens.cachedInput), text(tokens.uncachedInput),
+                   text(tokens.output), text(tokens.cacheSavings)};
     state.chart = ChartDays::of(summary, unit, model.calendar());
     return state;
 }

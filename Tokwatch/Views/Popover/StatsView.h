@@ -7,7 +7,6 @@
 #include <QFutureWatcher>
 #include <QObject>
 #include <QProperty>
-#include <QVariantList>
 #include <qqmlregistration.h>
 
 #include <optional>
@@ -17,26 +16,32 @@ namespace tokwatch {
 class AppModel;
 class ViewClock;
 
-/// One of the token statistics.
-struct StatTile {
+/// The token statistics.
+struct StatTiles {
     Q_GADGET
-    Q_PROPERTY(QString label MEMBER label)
-    Q_PROPERTY(QString value MEMBER value)
+    Q_PROPERTY(QString processed MEMBER processed)
+    Q_PROPERTY(QString cachedInput MEMBER cachedInput)
+    Q_PROPERTY(QString uncachedInput MEMBER uncachedInput)
+    Q_PROPERTY(QString output MEMBER output)
+    Q_PROPERTY(QString cacheSavings MEMBER cacheSavings)
   public:
-    QString label;
-    QString value;
-    friend bool operator==(const StatTile&, const StatTile&) = default;
+    QString processed;
+    QString cachedInput;
+    QString uncachedInput;
+    QString output;
+    QString cacheSavings;
+    friend bool operator==(const StatTiles&, const StatTiles&) = default;
 };
 
 /// What the tab shows of the reading window.
 struct StatsState {
     Q_GADGET
     Q_PROPERTY(QString emptyText MEMBER emptyText)
-    Q_PROPERTY(QVariantList tiles MEMBER tiles)
+    Q_PROPERTY(tokwatch::StatTiles tiles MEMBER tiles)
     Q_PROPERTY(tokwatch::ChartDays chart MEMBER chart)
   public:
-    QString emptyText;  ///< instead of all else; empty when there is something to show
-    QVariantList tiles; ///< of StatTile
+    QString emptyText; ///< instead of all else; empty when there is something to show
+    StatTiles tiles;
     ChartDays chart;
     friend bool operator==(const StatsState&, const StatsState&) = default;
 };

@@ -3,22 +3,10 @@
 #include "Tokwatch/Display/SummaryDisplay.h"
 #include "Tokwatch/Display/SummaryTexts.h"
 #include "Tokwatch/Views/Common/Text.h"
-#include "Tokwatch/Views/Popover/LimitRows.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
-
-#include <array>
-#include <string_view>
 
 namespace tokwatch {
 namespace {
-
-/// All labels that a bar can have, each with the colour of its place.
-constexpr std::array<std::string_view, 5> parts{"Input", "Cache read", "Cache write", "Output",
-                                                "Other"};
-
-int partOf(std::string_view label) {
-    return static_cast<int>(std::ranges::find(parts, label) - parts.begin());
-}
 
 QVariantList segmentRows(const UsageSummary& summary, SummaryUnit unit) {
     const std::vector<SummaryDisplay::Segment> segments = SummaryDisplay::segments(summary, unit);
@@ -27,17 +15,18 @@ QVariantList segmentRows(const UsageSummary& summary, SummaryUnit unit) {
         whole += segment.amount;
     QVariantList rows;
     for (const SummaryDisplay::Segment& segment : segments)
-        rows.append(QVariant::fromValue(SegmentRow{text(segment.label), text(segment.text),
-                                                   segment.amount / whole, partOf(segment.label)}));
+        rows.append(QVariant::fromValue(SegmentRow{text(labelOf(segment.part)), text(segment.text),
+                                                   segment.amount / whole,
+                                                   static_cast<int>(segment.part)}));
     return rows;
 }
 
 QVariantList toolRows(const UsageSummary& summary, SummaryUnit unit) {
     QVariantList rows;
     for (const SummaryDisplay::ToolLine& line : SummaryDisplay::toolLines(summary, unit))
-        rows.append(QVariant::fromValue(ToolRow{
-            text(rawValue(line.provider)), text(displayName(line.provider)), text(line.sessions),
-            text(line.value), text(line.detail), seriesOf(line.provider)}));
+        rows.append(QVariant::fromValue(
+            ToolRow{text(rawValue(line.provider)), text(displayName(line.provider)),
+                    text(line.sessions), text(line.value), text(line.detail)}));
     return rows;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tokwatch/Display/SummaryDisplay.h"
 #include "Tokwatch/Preferences/PreferenceTypes.h"
 #include "TokwatchCore/Store/UsageSummary.h"
 
@@ -32,14 +33,12 @@ struct ToolRow {
     Q_PROPERTY(QString sessions MEMBER sessions)
     Q_PROPERTY(QString value MEMBER value)
     Q_PROPERTY(QString detail MEMBER detail)
-    Q_PROPERTY(int series MEMBER series)
   public:
     QString id;
     QString name;
     QString sessions;
     QString value;
     QString detail;
-    int series = 0;
     friend bool operator==(const ToolRow&, const ToolRow&) = default;
 };
 

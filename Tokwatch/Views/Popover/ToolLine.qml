@@ -17,7 +17,7 @@ Item {
         width: 18
         height: 18
         provider: line.tool.id
-        color: Theme.colors.series[line.tool.series]
+        color: Theme.colors.series[series]
     }
     Label {
         id: name

@@ -1,6 +1,7 @@
 import QtQuick
 import Kivo.Theme
 import Kivo.Settings
+import Tokwatch.Common
 
 SettingsPage {
     id: page
@@ -39,9 +40,9 @@ SettingsPage {
             SegmentedControl {
                 name: unit.label
                 small: true
-                labels: ["Cost", "Tokens"]
-                currentIndex: page.view.state.unit
-                onChosen: index => page.view.setUnit(index)
+                segments: [{ value: Segment.Cost, text: "Cost" }, { value: Segment.Tokens, text: "Tokens" }]
+                value: page.view.state.unit
+                onChosen: value => page.view.setUnit(value)
             }
         }
     }

@@ -33,7 +33,7 @@ GeneralState GeneralView::computed(const ViewClock& clock) const {
     state.loginProblem = loginProblem.value();
     state.startsAtLogin = places.loginItem.isEnabled();
     state.showDockIcon = preferences.showDockIcon;
-    state.unit = static_cast<int>(preferences.summaryUnit.value());
+    state.unit = static_cast<Segment::Unit>(preferences.summaryUnit.value());
     state.canShowData = places.database.has_value();
     state.dataPlace = places.database ? homePath(*places.database, home)
                                       : QStringLiteral("In memory only, lost when Tokwatch ends");
@@ -57,8 +57,8 @@ void GeneralView::setShowDockIcon(bool shows) {
     model.preferences().showDockIcon = shows;
 }
 
-void GeneralView::setUnit(int unit) {
-    model.preferences().summaryUnit = unit == 0 ? SummaryUnit::cost : SummaryUnit::tokens;
+void GeneralView::setUnit(Segment::Unit unit) {
+    model.preferences().summaryUnit = static_cast<SummaryUnit>(unit);
 }
 
 void GeneralView::showData() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/Views/Common/Segment.h"
 #include "Tokwatch/Views/Settings/SettingsPlaces.h"
 
 #include <QObject>
@@ -18,7 +19,7 @@ struct GeneralState {
     Q_PROPERTY(bool startsAtLogin MEMBER startsAtLogin)
     Q_PROPERTY(QString loginProblem MEMBER loginProblem)
     Q_PROPERTY(bool showDockIcon MEMBER showDockIcon)
-    Q_PROPERTY(int unit MEMBER unit)
+    Q_PROPERTY(tokwatch::Segment::Unit unit MEMBER unit)
     Q_PROPERTY(QString dataPlace MEMBER dataPlace)
     Q_PROPERTY(QString settingsPlace MEMBER settingsPlace)
     Q_PROPERTY(bool canShowData MEMBER canShowData)
@@ -26,7 +27,7 @@ struct GeneralState {
     bool startsAtLogin = false;
     QString loginProblem; ///< empty unless the entry could not be written
     bool showDockIcon = false;
-    int unit = 0;      ///< a SummaryUnit
+    Segment::Unit unit = Segment::Cost;
     QString dataPlace; ///< "~/.local/share/Tokwatch/usage.sqlite"
     QString settingsPlace;
     bool canShowData = false;
@@ -45,7 +46,7 @@ class GeneralView : public QObject {
 
     Q_INVOKABLE void setStartsAtLogin(bool starts);
     Q_INVOKABLE void setShowDockIcon(bool shows);
-    Q_INVOKABLE void setUnit(int unit);
+    Q_INVOKABLE void setUnit(tokwatch::Segment::Unit unit);
     /// Opens the directories in the file manager.
     Q_INVOKABLE void showData();
     Q_INVOKABLE void showSettingsFile();

@@ -1,6 +1,7 @@
 import QtQuick
 import Kivo.Theme
 import Kivo.Settings
+import Tokwatch.Common
 import Tokwatch.Settings
 
 SettingsPage {
@@ -46,9 +47,9 @@ SettingsPage {
             SegmentedControl {
                 name: style.label
                 small: true
-                labels: ["Icon only", "Limit left"]
-                currentIndex: page.shown.style
-                onChosen: index => page.view.setStyle(index)
+                segments: [{ value: Segment.IconOnly, text: "Icon only" }, { value: Segment.LimitLeft, text: "Limit left" }]
+                value: page.shown.style
+                onChosen: value => page.view.setStyle(value)
             }
         }
         SettingsRow {
@@ -57,9 +58,9 @@ SettingsPage {
             enabled: page.shown.showsProvider
             ChoiceBox {
                 name: provider.label
-                model: page.shown.providers
-                currentIndex: page.shown.provider
-                onActivated: index => page.view.setProvider(index)
+                choices: page.shown.providers
+                current: page.shown.provider
+                onChosen: id => page.view.setProvider(id)
             }
         }
         SettingsRow {
@@ -87,9 +88,9 @@ SettingsPage {
                 label: row.name
                 ChoiceBox {
                     name: window.label
-                    model: window.row.labels
-                    currentIndex: window.row.current
-                    onActivated: index => page.view.setWindow(window.row.id, index)
+                    choices: [{ id: "", label: "Lowest left" }, ...window.row.windows]
+                    current: window.row.current
+                    onChosen: id => page.view.setWindow(window.row.id, id)
                 }
             }
         }

@@ -20,7 +20,7 @@ class SettingsView : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
-    Q_PROPERTY(int page READ page WRITE setPage NOTIFY pageChanged)
+    Q_PROPERTY(Page page READ page WRITE setPage NOTIFY pageChanged)
     Q_PROPERTY(tokwatch::GeneralView* general READ general CONSTANT)
     Q_PROPERTY(tokwatch::MenuBarView* menuBar READ menuBar CONSTANT)
     Q_PROPERTY(tokwatch::ProvidersView* providers READ providers CONSTANT)
@@ -32,9 +32,8 @@ class SettingsView : public QObject {
 
     SettingsView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places);
 
-    /// A Page as a number.
-    int page() const { return static_cast<int>(shown.value()); }
-    void setPage(int page);
+    Page page() const { return shown; }
+    void setPage(Page page) { shown = page; }
     GeneralView* general() { return &generalView; }
     MenuBarView* menuBar() { return &menuBarView; }
     ProvidersView* providers() { return &providersView; }
