@@ -50,13 +50,12 @@ TEST_F(SettingsViewTest, StartsAtLoginOrSaysWhyItCannot) {
         settle();
         EXPECT_GT(changes.count(), attempt) << "the switch has to move back each time";
         EXPECT_FALSE(general.state().startsAtLogin);
-        EXPECT_EQ(general.state().loginProblem,
-                  "~/.config/autostart/app.tokwatch.desktop could not be written.");
+        EXPECT_EQ(general.state().unwritable, "~/.config/autostart/app.tokwatch.desktop");
     }
     std::filesystem::remove(home / ".config/autostart");
     general.setStartsAtLogin(true);
     settle();
-    EXPECT_EQ(general.state().loginProblem, "");
+    EXPECT_EQ(general.state().unwritable, "");
 }
 
 TEST_F(SettingsViewTest, OrdersProviders) {

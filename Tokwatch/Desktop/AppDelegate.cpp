@@ -294,7 +294,7 @@ void AppDelegate::makeWindows() {
         ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, {560, 300}});
     onboarding.emplace(runtime, scheduler,
                        HostedWindow::Content{onboardingSource, [this] { return makeWelcome(); }},
-                       ContentWindow::Frame{OnboardingView::title(), {500, 400}});
+                       ContentWindow::Frame{QStringLiteral("Welcome to Tokwatch"), {500, 400}});
     for (ContentWindow* window : {&*settingsWindow, &*onboarding})
         connect(window, &ContentWindow::closed, this, &AppDelegate::windowClosed);
 }

@@ -1,6 +1,7 @@
 #include "Tokwatch/Display/SummaryDisplay.h"
 
 #include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/SummaryTexts.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
 #include "TokwatchCore/Support/Amounts.h"
 #include "TokwatchCore/Support/CheckedArithmetic.h"
@@ -80,6 +81,29 @@ SummaryDisplay::Row SummaryDisplay::row(const UsageSummary::DayRow& day, int ran
             MeterFormat::share(share),
             MeterFormat::tokens(day.tokens),
             share};
+}
+
+std::string SummaryDisplay::spoken(const Row& row, SummaryUnit unit) {
+    std::string spoken = row.title;
+    if (row.provider) spoken.append(", ").append(displayName(*row.provider));
+    spoken += row.cost == unknown         ? ", price unknown"
+              : row.cost.starts_with('~') ? ", about " + row.cost.substr(1)
+                                          : ", " + row.cost;
+    spoken += ", " + row.tokens + " tokens";
+    if (row.share == unknown) return spoken;
+    return spoken + ", " + row.share + (unit == SummaryUnit::cost ? " of cost" : " of tokens");
+}
+
+std::string SummaryDisplay::notes(const UsageSummary& summary) {
+    std::string notes;
+    if (summary.hasUnknownPrices) notes = SummaryTexts::excludesUnknownPrices;
+    const auto isShownApproximate = [](const UsageSummary::ModelRow& row) {
+        return row.costUSD && row.approximate;
+    };
+    if (std::ranges::any_of(summary.models, isShownApproximate))
+        notes.append(notes.empty() ? "" : "\n")
+            .append("~ Priced like a similar model, or as its tool reported");
+    return notes;
 }
 
 std::vector<SummaryDisplay::Segment> SummaryDisplay::segments(const UsageSummary& summary,

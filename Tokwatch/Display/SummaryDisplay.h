@@ -70,6 +70,10 @@ struct SummaryDisplay {
     static Row row(const UsageSummary::ModelRow& model, int rank, SummaryUnit unit);
     static Row row(const UsageSummary::DayRow& day, int rank, const UsageSummary& summary,
                    SummaryUnit unit, const Calendar& calendar);
+    /// The row in a sentence: "opus, Claude, about $7.50, 1.00K tokens, 75.0% of cost".
+    static std::string spoken(const Row& row, SummaryUnit unit);
+    /// What the numbers leave out or guess, a line each; none when nothing.
+    static std::string notes(const UsageSummary& summary);
     /// All rows: the models ranked, or the days from the newest.
     static std::vector<Row> breakdown(const UsageSummary& summary, BreakdownMode mode,
                                       SummaryUnit unit, const Calendar& calendar);

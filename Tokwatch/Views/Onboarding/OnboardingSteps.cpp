@@ -1,7 +1,6 @@
 #include "Tokwatch/Views/Onboarding/OnboardingSteps.h"
 
-#include "Tokwatch/Views/Common/HomePath.h"
-#include "Tokwatch/Views/Common/SearchedPlaces.h"
+#include "Tokwatch/Display/HomePath.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "TokwatchCore/Limits/UsageHosts.h"
 
@@ -11,7 +10,7 @@ namespace {
 OnboardingStep step(ProviderID provider, const ProviderLocations& locations) {
     OnboardingStep step{text(rawValue(provider)), text(displayName(provider)), {}, {}, {}};
     if (const auto roots = locations.logRoots(provider); !roots.empty())
-        step.reads = "reads " + homePath(roots.front(), locations.home);
+        step.reads = "reads " + text(homePath(roots.front(), locations.home));
     switch (provider) {
     case ProviderID::claude:
         step.asks = QString("Asks %1 what is left, with Claude Code's login").arg(claudeHost);
@@ -31,22 +30,12 @@ OnboardingStep step(ProviderID provider, const ProviderLocations& locations) {
     return step;
 }
 
-OnboardingStep nothingFound(const ProviderLocations& locations) {
-    return {{},
-            "No assistant was found yet",
-            {},
-            "It will appear by itself once you have used one. Tokwatch looks in " +
-                searchedPlaces(locations).join(QStringLiteral(", ")) + ".",
-            {}};
-}
-
 } // namespace
 
 std::vector<OnboardingStep> onboardingSteps(const ProviderLocations& locations) {
     std::vector<OnboardingStep> steps;
     for (const ProviderID provider : allCases<ProviderID>)
         if (locations.isPresent(provider)) steps.push_back(step(provider, locations));
-    if (steps.empty()) steps.push_back(nothingFound(locations));
     return steps;
 }
 

@@ -18,7 +18,7 @@ struct OnboardingStep {
     Q_PROPERTY(QString asks MEMBER asks)
     Q_PROPERTY(QString switchText MEMBER switchText)
   public:
-    QString id; ///< the provider's raw value; empty where no provider was found
+    QString id; ///< the provider's raw value
     QString name;
     QString reads;      ///< what is read on this machine, to be said after the name
     QString asks;       ///< who is asked what, with which login; empty when nobody is
@@ -26,8 +26,7 @@ struct OnboardingStep {
     friend bool operator==(const OnboardingStep&, const OnboardingStep&) = default;
 };
 
-/// One step for each provider that is found, in declaration order; when there is none, one that
-/// says where they are looked for.
+/// One step for each provider that is found, in declaration order.
 std::vector<OnboardingStep> onboardingSteps(const ProviderLocations& locations);
 
 } // namespace tokwatch

@@ -10,6 +10,7 @@ namespace tokwatch {
 OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocations& locations,
                                kivo::LoginItem& login)
     : preferences(userPreferences), loginItem(login), steps(onboardingSteps(locations)),
+      places(searchedPlaces(locations)),
       liveLimitsNotifier(preferences.claudeLiveLimits.addNotifier([this] { emit askedChanged(); })),
       disabledNotifier(preferences.disabledProviders.addNotifier([this] { emit askedChanged(); })),
       signUpdater(
@@ -20,15 +21,6 @@ OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocat
           },
           [this](const QString& next) { itemSign = next; }) {
     signUpdater.arm();
-    setHasStatusArea(true);
-}
-
-QString OnboardingView::title() {
-    return QStringLiteral("Welcome to Tokwatch");
-}
-
-QString OnboardingView::purpose() {
-    return QStringLiteral("What is left of your limits, and what your tokens would cost.");
 }
 
 QVariantList OnboardingView::stepList() const {
@@ -36,22 +28,6 @@ QVariantList OnboardingView::stepList() const {
     for (const OnboardingStep& step : steps)
         list.append(QVariant::fromValue(step));
     return list;
-}
-
-QString OnboardingView::promise() {
-    return QStringLiteral("Only times, models and token counts are read, never what was written. "
-                          "Nobody is asked before you start.");
-}
-
-void OnboardingView::setHasStatusArea(bool has) {
-    placeText =
-        has ? QStringLiteral("You will find Tokwatch in your panel's status area: this sign "
-                             "or its number.")
-            : QStringLiteral("There is no status area here: Tokwatch opens as a window.");
-}
-
-QString OnboardingView::finishText() {
-    return QStringLiteral("Start Using Tokwatch");
 }
 
 QVariantMap OnboardingView::asked() const {

@@ -25,13 +25,10 @@ class OnboardingView : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
-    Q_PROPERTY(QString title READ title CONSTANT)
-    Q_PROPERTY(QString purpose READ purpose CONSTANT)
     Q_PROPERTY(QVariantList steps READ stepList CONSTANT)
-    Q_PROPERTY(QString promise READ promise CONSTANT)
-    Q_PROPERTY(QString place READ place NOTIFY placeChanged)
+    Q_PROPERTY(QStringList lookedAt READ lookedAt CONSTANT)
+    Q_PROPERTY(bool hasStatusArea READ hasStatusArea NOTIFY hasStatusAreaChanged)
     Q_PROPERTY(QString sign READ sign NOTIFY signChanged)
-    Q_PROPERTY(QString finishText READ finishText CONSTANT)
     Q_PROPERTY(QVariantMap asked READ asked NOTIFY askedChanged)
     Q_PROPERTY(
         bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
@@ -39,16 +36,15 @@ class OnboardingView : public QObject {
     OnboardingView(Preferences& preferences, const ProviderLocations& locations,
                    kivo::LoginItem& loginItem);
 
-    static QString title(); ///< of the window, too
-    static QString purpose();
+    /// Of OnboardingStep.
     QVariantList stepList() const;
-    static QString promise();
-    /// Where the application is to be found from then on.
-    const QString& place() const { return placeText.value(); }
-    void setHasStatusArea(bool has);
+    /// The places where assistants were looked for.
+    const QStringList& lookedAt() const { return places; }
+    /// Whether the application is to be found there from then on, or as a window.
+    bool hasStatusArea() const { return statusArea; }
+    void setHasStatusArea(bool has) { statusArea = has; }
     /// Whose mark the status item bears: a provider's raw value, empty for the application's own.
     const QString& sign() const { return itemSign.value(); }
-    static QString finishText();
     /// Whether a provider, by its raw value, will be asked once the welcome is finished.
     QVariantMap asked() const;
     /// Claude's asking has a setting of its own; another provider's goes with its limits.
@@ -60,7 +56,7 @@ class OnboardingView : public QObject {
     Q_INVOKABLE void finish();
 
   signals:
-    void placeChanged();
+    void hasStatusAreaChanged();
     void signChanged();
     void askedChanged();
     void startsAtLoginChanged();
@@ -73,7 +69,9 @@ class OnboardingView : public QObject {
     Preferences& preferences;
     kivo::LoginItem& loginItem;
     const std::vector<OnboardingStep> steps;
-    Q_OBJECT_BINDABLE_PROPERTY(OnboardingView, QString, placeText, &OnboardingView::placeChanged)
+    const QStringList places;
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(OnboardingView, bool, statusArea, true,
+                                         &OnboardingView::hasStatusAreaChanged)
     Q_OBJECT_BINDABLE_PROPERTY(OnboardingView, QString, itemSign, &OnboardingView::signChanged)
     QPropertyNotifier liveLimitsNotifier;
     QPropertyNotifier disabledNotifier;

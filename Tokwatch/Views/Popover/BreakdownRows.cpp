@@ -12,13 +12,6 @@ QString nameOf(std::optional<ProviderID> provider) {
     return provider ? text(displayName(*provider)) : QString();
 }
 
-constexpr const char* unknown = SummaryDisplay::unknown;
-
-QString spokenCost(const QString& cost) {
-    if (cost == unknown) return "price unknown";
-    return cost.startsWith('~') ? "about " + cost.mid(1) : cost;
-}
-
 /// What the longest of the days' bars stands for.
 double largestDay(const UsageSummary& summary, SummaryUnit unit) {
     double largest = 0;
@@ -41,14 +34,11 @@ BreakdownRow rowOf(const SummaryDisplay::Row& shown, SummaryUnit unit) {
     row.note = isCost ? tokens + " tokens" : cost;
     row.share = text(shown.share);
     row.fraction = shown.shareFraction;
-    QStringList parts{row.title, spokenCost(cost), tokens + " tokens"};
-    if (row.share != unknown) parts.append(row.share + (isCost ? " of cost" : " of tokens"));
+    row.spoken = text(SummaryDisplay::spoken(shown, unit));
     if (shown.provider) {
         row.rank = QString::number(shown.rank);
         row.provider = text(rawValue(*shown.provider));
-        parts.insert(1, nameOf(shown.provider));
     }
-    row.spoken = parts.join(", ");
     return row;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/SummaryDisplay.h"
+#include "Tokwatch/Display/UsageAmount.h"
 #include "Tokwatch/Views/Common/ProviderMark.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Popover/ChartScale.h"
@@ -45,22 +46,22 @@ QString columnLabel(Date day, bool isToday, const Calendar& calendar) {
 /// What one provider used.
 struct Use {
     ProviderID provider;
-    ChartAmount amount;
+    UsageAmount amount;
 };
 
 ChartReadout readoutOf(const std::vector<Use>& uses, SummaryUnit unit) {
     ChartReadout readout;
-    ChartAmount sum;
+    UsageAmount sum;
     QStringList spokenParts;
     for (const auto& [provider, amount] : uses) {
         sum += amount;
-        readout.figures[text(rawValue(provider))] = amount.text(unit);
+        readout.figures[text(rawValue(provider))] = text(amount.text(unit));
         if (amount.in(unit) > 0)
-            spokenParts.append(text(displayName(provider)) + " " + amount.text(unit));
+            spokenParts.append(text(displayName(provider)) + " " + text(amount.text(unit)));
     }
-    readout.value = sum.text(unit);
-    readout.note = sum.note(unit);
-    readout.spoken = sum.spoken(unit);
+    readout.value = text(sum.text(unit));
+    readout.note = text(sum.note(unit));
+    readout.spoken = text(sum.spoken(unit));
     // One part is the whole.
     if (spokenParts.size() > 1) readout.spoken += ": " + spokenParts.join(", ");
     readout.spoken += ". " + readout.note;
@@ -80,8 +81,8 @@ std::vector<Use> wholeOf(const UsageSummary& summary, const std::map<ProviderID,
     for (const auto& [provider, days] : points) {
         const auto tool = std::ranges::find(summary.tools, provider, &UsageSummary::Tool::provider);
         uses.push_back({provider, tool == summary.tools.end()
-                                      ? ChartAmount{}
-                                      : ChartAmount{tool->costUSD, tool->tokens}});
+                                      ? UsageAmount{}
+                                      : UsageAmount{tool->costUSD, tool->tokens}});
     }
     return uses;
 }
@@ -101,8 +102,7 @@ ChartDays ChartDays::of(const UsageSummary& summary, SummaryUnit unit, const Cal
     for (const auto& [provider, days] : points)
         chart.series.push_back({text(rawValue(provider)), text(displayName(provider))});
     chart.whole = readoutOf(wholeOf(summary, points), unit);
-    chart.whole.title = QString("Last %1 days").arg(summary.days);
-    chart.whole.spoken = chart.whole.title + ": " + chart.whole.spoken;
+    nameWhole(chart.whole, summary.days);
     if (points.empty()) return chart;
 
     double most = 0;
@@ -120,10 +120,7 @@ ChartDays ChartDays::of(const UsageSummary& summary, SummaryUnit unit, const Cal
         most = std::max(most, height);
         column.label = columnLabel(date, isToday, calendar);
         column.readout = readoutOf(uses, unit);
-        column.readout.title = isToday ? "Today, " + text(DayFormat::day(date, calendar))
-                                       : text(DayFormat::weekdayAndDay(date, calendar));
-        column.readout.spoken =
-            text(DayFormat::spoken(date, calendar)) + ": " + column.readout.spoken;
+        nameDay(column.readout, date, isToday, calendar);
         chart.columns.push_back(std::move(column));
     }
 

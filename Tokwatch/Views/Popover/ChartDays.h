@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tokwatch/Preferences/PreferenceTypes.h"
 #include "Tokwatch/Views/Popover/ChartReadout.h"
 #include "TokwatchCore/Store/UsageSummary.h"
 #include "TokwatchCore/Support/Calendar.h"

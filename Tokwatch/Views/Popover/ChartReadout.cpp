@@ -1,28 +1,20 @@
 #include "Tokwatch/Views/Popover/ChartReadout.h"
 
+#include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/SummaryTexts.h"
 #include "Tokwatch/Views/Common/Text.h"
-#include "TokwatchCore/Presentation/MeterFormat.h"
-#include "TokwatchCore/Support/CheckedArithmetic.h"
 
 namespace tokwatch {
 
-ChartAmount& ChartAmount::operator+=(const ChartAmount& other) {
-    costUSD += other.costUSD;
-    tokens = checkedAdd(tokens, other.tokens);
-    return *this;
+void nameDay(ChartReadout& readout, Date day, bool isToday, const Calendar& calendar) {
+    readout.title = isToday ? "Today, " + text(DayFormat::day(day, calendar))
+                            : text(DayFormat::weekdayAndDay(day, calendar));
+    readout.spoken = text(DayFormat::spoken(day, calendar)) + ": " + readout.spoken;
 }
 
-QString ChartAmount::text(SummaryUnit unit) const {
-    return tokwatch::text(unit == SummaryUnit::cost ? MeterFormat::money(costUSD)
-                                                    : MeterFormat::tokens(tokens));
-}
-
-QString ChartAmount::note(SummaryUnit unit) const {
-    return unit == SummaryUnit::cost ? spoken(SummaryUnit::tokens) : text(SummaryUnit::cost);
-}
-
-QString ChartAmount::spoken(SummaryUnit unit) const {
-    return unit == SummaryUnit::cost ? text(unit) : text(unit) + " tokens";
+void nameWhole(ChartReadout& readout, std::int64_t days) {
+    readout.title = text(SummaryTexts::period(days));
+    readout.spoken = readout.title + ": " + readout.spoken;
 }
 
 } // namespace tokwatch

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "TokwatchCore/Support/Calendar.h"
 
 #include <QObject>
 #include <QString>
@@ -27,19 +27,8 @@ struct ChartReadout {
     friend bool operator==(const ChartReadout&, const ChartReadout&) = default;
 };
 
-/// An amount of usage in both units.
-struct ChartAmount {
-    double costUSD = 0;
-    std::int64_t tokens = 0;
-
-    double in(SummaryUnit unit) const {
-        return unit == SummaryUnit::cost ? costUSD : static_cast<double>(tokens);
-    }
-    ChartAmount& operator+=(const ChartAmount& other);
-
-    QString text(SummaryUnit unit) const; ///< "$12.40", "1.23M"
-    QString note(SummaryUnit unit) const; ///< in the other unit: "1.23M tokens", "$12.40"
-    QString spoken(SummaryUnit unit) const;
-};
+/// Calls a readout by its day, or by all of the days that end today.
+void nameDay(ChartReadout& readout, Date day, bool isToday, const Calendar& calendar);
+void nameWhole(ChartReadout& readout, std::int64_t days);
 
 } // namespace tokwatch

@@ -1,6 +1,7 @@
 #include "Tokwatch/Views/Popover/HeatMapDays.h"
 
 #include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/UsageAmount.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "TokwatchCore/Support/Amounts.h"
 
@@ -15,20 +16,17 @@ namespace {
 constexpr int weeksOfALabel = 2;
 
 struct Day {
-    ChartAmount amount;
+    UsageAmount amount;
     std::int64_t sessions = 0;
 };
 
-QString sessionsText(std::int64_t sessions) {
-    return text(counted(sessions, "session"));
-}
-
 ChartReadout readoutOf(const Day& day, SummaryUnit unit) {
+    const std::string sessions = counted(day.sessions, "session");
+    const std::string note = day.amount.note(unit);
     ChartReadout readout;
-    readout.value = day.amount.text(unit);
-    readout.note = day.amount.note(unit) + " · " + sessionsText(day.sessions);
-    readout.spoken =
-        day.amount.spoken(unit) + ". " + day.amount.note(unit) + ", " + sessionsText(day.sessions);
+    readout.value = text(day.amount.text(unit));
+    readout.note = text(note + " · " + sessions);
+    readout.spoken = text(day.amount.spoken(unit) + ". " + note + ", " + sessions);
     return readout;
 }
 
@@ -95,18 +93,13 @@ HeatMapDays HeatMapDays::of(const UsageSummary& summary, SummaryUnit unit,
         HeatMapCell cell{week, weekday, steps[i], readoutOf(days[i], unit)};
         // Usage without a price is some usage.
         if (days[i].amount.tokens > 0) cell.step = std::max(cell.step, 1);
-        const bool isToday = i + 1 == dates.size();
-        cell.readout.title = isToday ? "Today, " + text(DayFormat::day(dates[i], calendar))
-                                     : text(DayFormat::weekdayAndDay(dates[i], calendar));
-        cell.readout.spoken =
-            text(DayFormat::spoken(dates[i], calendar)) + ": " + cell.readout.spoken;
+        nameDay(cell.readout, dates[i], i + 1 == dates.size(), calendar);
         map.cells.push_back(std::move(cell));
     }
     map.weeks = map.cells.empty() ? 0 : week + 1;
     map.months = monthsOf(map.cells, dates, calendar);
     map.whole = readoutOf(whole, unit);
-    map.whole.title = QString("Last %1 days").arg(summary.days);
-    map.whole.spoken = map.whole.title + ": " + map.whole.spoken;
+    nameWhole(map.whole, summary.days);
     return map;
 }
 

@@ -1,29 +1,17 @@
 #include "Tokwatch/Views/Popover/LimitRows.h"
 
 #include "Tokwatch/Display/DayFormat.h"
-#include "Tokwatch/Display/LimitTexts.h"
 #include "Tokwatch/Display/Severity.h"
-#include "Tokwatch/Display/TimeTexts.h"
 #include "Tokwatch/Views/Common/Text.h"
-#include "Tokwatch/Views/Popover/StatusNotice.h"
 #include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Presentation/LimitBarModel.h"
 #include "TokwatchCore/Presentation/WindowLabel.h"
 #include "TokwatchCore/Support/PlainText.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace tokwatch {
 namespace {
-
-/// "60% used, 50% of the time gone"
-QString paceSentence(const LimitBarModel& bar) {
-    if (!bar.timeLeftFraction) return {};
-    return QString("%1% used in %2% of the time")
-        .arg(std::lround((1 - bar.leftFraction) * 100))
-        .arg(std::lround((1 - *bar.timeLeftFraction) * 100));
-}
 
 LimitRow limitRow(const LimitWindow& window, const ProviderLimits& limits,
                   const LimitJudgement& judgement, Date now, const Calendar& calendar) {
@@ -37,12 +25,10 @@ LimitRow limitRow(const LimitWindow& window, const ProviderLimits& limits,
     const Pace pace = bar.leftFraction < leastLeft ? Pace::unknown : bar.pace;
     row.paceSymbol = text(symbolName(pace));
     row.paceCaption = text(caption(pace));
-    row.paceText = paceSentence(bar);
+    row.paceText = text(LimitTexts::pace(bar));
     row.leftFraction = std::clamp(bar.leftFraction, 0.0, 1.0);
     row.timeLeftFraction = bar.timeLeftFraction.value_or(-1);
-    if (bar.timeLeftFraction)
-        row.timeText = QString("This mark is time: %1% of this limit's period is left")
-                           .arg(std::lround(*bar.timeLeftFraction * 100));
+    row.timeText = text(LimitTexts::timeMark(bar));
     row.level = static_cast<Level::Value>(
         severityOf(bar.leftFraction, judgement.warningThreshold, judgement.criticalThreshold));
     row.isAhead = pace == Pace::over;
@@ -103,26 +89,26 @@ ProviderRow providerRow(const ProvidersKnown& known, ProviderID provider, Date n
             row.asOfText = "As of " + text(DayFormat::moment(*asOf, now, calendar));
     }
     const AttemptTimes attempts = attemptsOf(known, provider);
-    const StatusNotice notice =
-        statusNotice({provider, limits, known.judgement, attempts.nextFetch}, now, calendar);
-    row.notice = notice.sentence;
+    const bool isLive = known.judgement.claudeLiveLimits;
+    const LimitNotice notice = limits != nullptr
+                                   ? limitNotice(provider, *limits, isLive)
+                                   : unknownLimitsNotice(provider, isLive, known.judgement.mayAsk);
+    row.notice = text(notice.sentence);
+    if (limits != nullptr && limits->status == ProviderStatus::rateLimited)
+        row.notice += u' ' + text(LimitTexts::nextTry(attempts.nextFetch, now, calendar));
     row.noticeIsCalm = notice.isCalm;
-    row.action = notice.action;
-    row.actionText = notice.actionText;
+    row.action = static_cast<ProviderAction::Value>(notice.remedy);
     const bool asksAgain =
-        row.action == ProviderAction::retry || row.action == ProviderAction::allowAccess;
-    if (asksAgain) row.tryText = tryText(attempts, now, calendar);
+        row.action == ProviderAction::Retry || row.action == ProviderAction::AllowAccess;
+    if (asksAgain)
+        row.tryText = attempts.isUnderWay
+                          ? QStringLiteral("Trying…")
+                          : sentence(LimitTexts::retry(attempts.lastAttempt, attempts.nextRetry,
+                                                       now, calendar));
     return row;
 }
 
 } // namespace
-
-QString tryText(const AttemptTimes& times, Date now, const Calendar& calendar) {
-    if (times.isUnderWay) return QStringLiteral("Trying…");
-    if (!times.lastAttempt || !times.nextRetry || *times.nextRetry <= now) return {};
-    return text("Tried " + TimeTexts::age(*times.lastAttempt, now, calendar) + " · again in " +
-                TimeTexts::remaining(*times.nextRetry, now));
-}
 
 std::vector<ProviderRow> providerRows(const ProvidersKnown& known, Date now,
                                       const Calendar& calendar) {
@@ -137,10 +123,7 @@ std::vector<QuietProvider> quietProviders(const ProvidersKnown& known) {
     for (const ProviderID provider : known.providers) {
         if (!isQuiet(known, provider)) continue;
         const bool isPresent = std::ranges::count(known.present, provider) > 0;
-        const char* words = !isPresent                     ? " was not found"
-                            : provider == ProviderID::grok ? " publishes no limits"
-                                                           : " has no usage data yet";
-        quiet.push_back({text(rawValue(provider)), text(displayName(provider)) + words});
+        quiet.push_back({text(rawValue(provider)), text(LimitTexts::quiet(provider, isPresent))});
     }
     return quiet;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tokwatch/Display/LimitTexts.h"
 #include "Tokwatch/Limits/AttemptTimes.h"
 #include "Tokwatch/Views/Common/Segment.h"
 #include "TokwatchCore/Records/LimitRecords.h"
@@ -9,6 +10,7 @@
 #include <QObject>
 #include <QString>
 #include <QVariantList>
+#include <qqmlregistration.h>
 
 #include <map>
 #include <vector>
@@ -48,13 +50,21 @@ struct LimitRow {
     friend bool operator==(const LimitRow&, const LimitRow&) = default;
 };
 
-/// What can be done about a provider's status.
-class ProviderAction {
-    Q_GADGET
-  public:
-    enum Value { none, retry, allowAccess, turnOnLiveLimits, finishWelcome };
-    Q_ENUM(Value)
+/// A LimitNotice's remedy by names for QML.
+namespace ProviderAction {
+Q_NAMESPACE
+QML_ELEMENT
+
+enum Value {
+    None = static_cast<int>(LimitNotice::Remedy::none),
+    Retry = static_cast<int>(LimitNotice::Remedy::retry),
+    AllowAccess = static_cast<int>(LimitNotice::Remedy::allowAccess),
+    TurnOnLiveLimits = static_cast<int>(LimitNotice::Remedy::turnOnLiveLimits),
+    FinishWelcome = static_cast<int>(LimitNotice::Remedy::finishWelcome),
 };
+Q_ENUM_NS(Value)
+
+} // namespace ProviderAction
 
 /// One provider's card.
 struct ProviderRow {
@@ -68,7 +78,6 @@ struct ProviderRow {
     Q_PROPERTY(QString asOfText MEMBER asOfText)
     Q_PROPERTY(QString notice MEMBER notice)
     Q_PROPERTY(bool noticeIsCalm MEMBER noticeIsCalm)
-    Q_PROPERTY(QString actionText MEMBER actionText)
     Q_PROPERTY(QString tryText MEMBER tryText)
     Q_PROPERTY(tokwatch::ProviderAction::Value action MEMBER action)
   public:
@@ -81,9 +90,8 @@ struct ProviderRow {
     QString asOfText;         ///< "As of 14:02" when the numbers are not of the latest answer
     QString notice;           ///< one sentence; empty when all is well
     bool noticeIsCalm = true; ///< nothing is wrong, and nothing is asked of the user
-    QString actionText;       ///< empty when there is nothing to be done
     QString tryText;          ///< why the action has to wait: "Tried just now · again in 24 s"
-    ProviderAction::Value action = ProviderAction::none;
+    ProviderAction::Value action = ProviderAction::None;
     friend bool operator==(const ProviderRow&, const ProviderRow&) = default;
 };
 
@@ -120,8 +128,5 @@ std::vector<ProviderRow> providerRows(const ProvidersKnown& known, Date now,
                                       const Calendar& calendar);
 /// The others, which share a line.
 std::vector<QuietProvider> quietProviders(const ProvidersKnown& known);
-
-/// "Tried just now · again in 24 s"; empty when the provider may be asked at once.
-QString tryText(const AttemptTimes& times, Date now, const Calendar& calendar);
 
 } // namespace tokwatch

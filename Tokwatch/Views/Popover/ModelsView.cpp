@@ -1,6 +1,7 @@
 #include "Tokwatch/Views/Popover/ModelsView.h"
 
 #include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Display/SummaryDisplay.h"
 #include "Tokwatch/Display/SummaryTexts.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
@@ -8,24 +9,9 @@
 #include <QClipboard>
 #include <QGuiApplication>
 
-#include <algorithm>
 #include <utility>
 
 namespace tokwatch {
-namespace {
-
-QString notesOf(const UsageSummary& summary) {
-    QStringList notes;
-    if (summary.hasUnknownPrices) notes.append(text(SummaryTexts::excludesUnknownPrices));
-    const auto isShownApproximate = [](const UsageSummary::ModelRow& row) {
-        return row.costUSD && row.approximate;
-    };
-    if (std::ranges::any_of(summary.models, isShownApproximate))
-        notes.append("~ Priced like a similar model, or as its tool reported");
-    return notes.join('\n');
-}
-
-} // namespace
 
 ModelsView::ModelsView(AppModel& appModel, const ViewClock&) : model(appModel) {}
 
@@ -56,7 +42,7 @@ ModelsView::State ModelsView::compute() const {
         return state;
     }
     state.breakdown = breakdown();
-    state.texts.notes = notesOf(summary);
+    state.texts.notes = text(SummaryDisplay::notes(summary));
     return state;
 }
 

@@ -1,12 +1,23 @@
 import QtQuick
 import Kivo.Theme
 import Tokwatch.Common
+import Tokwatch.Popover
 
 /// One provider: its limits, or why there are none and what helps.
 Card {
     id: card
     required property var row
     signal acted(int action)
+
+    function nameOf(action) {
+        switch (action) {
+        case ProviderAction.Retry: return "Try Again"
+        case ProviderAction.AllowAccess: return "Allow Access"
+        case ProviderAction.TurnOnLiveLimits: return "Turn On"
+        case ProviderAction.FinishWelcome: return "Open Welcome"
+        }
+        return ""
+    }
 
     padding: Theme.space.l
     spacing: Theme.space.m
@@ -122,9 +133,9 @@ Card {
         ActionButton {
             id: action
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
-            visible: card.row.actionText !== ""
+            visible: card.row.action !== ProviderAction.None
             enabled: card.row.tryText === ""
-            text: card.row.actionText
+            text: card.nameOf(card.row.action)
             onClicked: card.acted(card.row.action)
         }
     }

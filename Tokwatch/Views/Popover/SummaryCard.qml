@@ -7,8 +7,6 @@ import Tokwatch.Common
 Card {
     id: card
     required property var summary
-    required property string estimateTitle
-    required property string estimateExplanation
     signal toggled
 
     spacing: Theme.space.m
@@ -113,14 +111,14 @@ Card {
         LinkButton {
             id: about
             anchors.left: parent.left
-            text: card.estimateTitle
+            text: "About the API estimate"
             size: Theme.type.caption
             checkable: true
         }
         Label {
             width: parent.width
             visible: about.checked
-            text: card.estimateExplanation
+            text: "What these tokens would cost on each provider's pay-as-you-go API. Not what your subscription costs."
             size: Theme.type.caption
             color: Theme.colors.secondaryText
             wrapMode: Text.Wrap

@@ -43,7 +43,7 @@ SummaryCard summaryCard(const UsageSummary& summary, SummaryUnit unit) {
     const QString cost = text(SummaryDisplay::headline(summary, SummaryUnit::cost));
     const QString tokens = text(SummaryDisplay::headline(summary, SummaryUnit::tokens));
     const QString estimate = text(SummaryTexts::estimateSuffix);
-    card.period = QString("Last %1 days").arg(summary.days);
+    card.period = text(SummaryTexts::period(summary.days));
     card.headline = card.showsCost ? cost : tokens;
     card.headlineNote = card.showsCost ? estimate : QStringLiteral(" tokens");
     card.other = card.showsCost ? tokens + " tokens" : cost + estimate;

@@ -36,8 +36,6 @@ Item {
             width: column.width - 2 * column.inset
             visible: !summary.isEmpty
             summary: tab.view.summary
-            estimateTitle: tab.view.estimateTitle
-            estimateExplanation: tab.view.estimateExplanation
             onToggled: tab.view.toggleUnit()
         }
         EmptyState {

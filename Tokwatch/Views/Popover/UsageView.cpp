@@ -1,9 +1,7 @@
 #include "Tokwatch/Views/Popover/UsageView.h"
 
 #include "Tokwatch/App/AppModel.h"
-#include "Tokwatch/Display/SummaryTexts.h"
 #include "Tokwatch/Preferences/Preferences.h"
-#include "Tokwatch/Views/Common/SearchedPlaces.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 
@@ -50,14 +48,6 @@ void UsageView::showProviders(const std::vector<ProviderRow>& rows) {
     providerModel.assign(rows);
 }
 
-QString UsageView::estimateTitle() {
-    return text(SummaryTexts::aboutEstimate);
-}
-
-QString UsageView::estimateExplanation() {
-    return text(SummaryTexts::estimateExplanation);
-}
-
 QStringList UsageView::searchedPlaces() const {
     if (!model.present().empty() || !model.summary().tools.empty()) return {};
     return tokwatch::searchedPlaces(model.locations());
@@ -67,16 +57,16 @@ void UsageView::act(const QString& provider, ProviderAction::Value action) {
     const std::optional<ProviderID> id = providerFromRawValue(provider.toStdString());
     if (!id) return;
     switch (action) {
-    case ProviderAction::none:
+    case ProviderAction::None:
         break;
-    case ProviderAction::retry:
-    case ProviderAction::allowAccess:
+    case ProviderAction::Retry:
+    case ProviderAction::AllowAccess:
         model.retry(*id);
         break;
-    case ProviderAction::turnOnLiveLimits:
+    case ProviderAction::TurnOnLiveLimits:
         model.preferences().claudeLiveLimits = true;
         break;
-    case ProviderAction::finishWelcome:
+    case ProviderAction::FinishWelcome:
         emit welcomeRequested();
         break;
     }

@@ -24,8 +24,6 @@ class UsageView : public QObject {
     Q_PROPERTY(tokwatch::RowModel* providers READ providers CONSTANT)
     Q_PROPERTY(QVariantList quiet READ quiet NOTIFY quietChanged)
     Q_PROPERTY(tokwatch::SummaryCard summary READ summary NOTIFY summaryChanged)
-    Q_PROPERTY(QString estimateTitle READ estimateTitle CONSTANT)
-    Q_PROPERTY(QString estimateExplanation READ estimateExplanation CONSTANT)
     Q_PROPERTY(QStringList lookedAt READ lookedAt NOTIFY lookedAtChanged)
   public:
     UsageView(AppModel& model, const ViewClock& clock);
@@ -36,8 +34,6 @@ class UsageView : public QObject {
     /// Something shown changes with every second.
     bool countsDown() const { return hasCountdown; }
     const SummaryCard& summary() const { return card.value(); }
-    static QString estimateTitle();
-    static QString estimateExplanation();
     /// The places where assistants were looked for; empty unless none was found.
     const QStringList& lookedAt() const { return places.value(); }
 

@@ -13,7 +13,7 @@ SettingsPage {
         SettingsRow {
             id: login
             label: "Start at login"
-            caption: page.view.state.loginProblem
+            caption: page.view.state.unwritable === "" ? "" : page.view.state.unwritable + " could not be written."
             isProblem: true
             Toggle {
                 text: login.label
@@ -52,11 +52,11 @@ SettingsPage {
 
         SettingsRow {
             label: "Usage data"
-            caption: page.view.state.dataPlace
+            caption: page.view.state.dataPlace || "In memory only, lost when Tokwatch ends"
             IconButton {
                 symbol: "folder"
                 text: "Show the usage data in the file manager"
-                visible: page.view.state.canShowData
+                visible: page.view.state.dataPlace !== ""
                 onClicked: page.view.showData()
             }
         }

@@ -2,8 +2,9 @@
 
 #include "KivoLaunch/LoginItem.h"
 #include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Display/HomePath.h"
 #include "Tokwatch/Preferences/Preferences.h"
-#include "Tokwatch/Views/Common/HomePath.h"
+#include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 
 #include <QFile>
@@ -30,22 +31,19 @@ GeneralState GeneralView::computed(const ViewClock& clock) const {
     GeneralState state;
     // Other programs write the entry as well, so it is looked at again whenever the clock is.
     (void)clock.now();
-    state.loginProblem = loginProblem.value();
+    state.unwritable = unwritable.value();
     state.startsAtLogin = places.loginItem.isEnabled();
     state.showDockIcon = preferences.showDockIcon;
     state.unit = static_cast<Segment::Unit>(preferences.summaryUnit.value());
-    state.canShowData = places.database.has_value();
-    state.dataPlace = places.database ? homePath(*places.database, home)
-                                      : QStringLiteral("In memory only, lost when Tokwatch ends");
-    state.settingsPlace = homePath(places.settingsFile, home);
+    if (places.database) state.dataPlace = text(homePath(*places.database, home));
+    state.settingsPlace = text(homePath(places.settingsFile, home));
     return state;
 }
 
 void GeneralView::setStartsAtLogin(bool starts) {
     const bool isDone = places.loginItem.setEnabled(starts);
-    loginProblem = isDone ? QString()
-                          : QString("%1 could not be written.")
-                                .arg(homePath(places.loginItem.file(), model.locations().home));
+    unwritable =
+        isDone ? QString() : text(homePath(places.loginItem.file(), model.locations().home));
     GeneralState next = current;
     next.startsAtLogin = places.loginItem.isEnabled();
     current.setValueBypassingBindings(next);

@@ -17,20 +17,18 @@ class ViewClock;
 struct GeneralState {
     Q_GADGET
     Q_PROPERTY(bool startsAtLogin MEMBER startsAtLogin)
-    Q_PROPERTY(QString loginProblem MEMBER loginProblem)
+    Q_PROPERTY(QString unwritable MEMBER unwritable)
     Q_PROPERTY(bool showDockIcon MEMBER showDockIcon)
     Q_PROPERTY(tokwatch::Segment::Unit unit MEMBER unit)
     Q_PROPERTY(QString dataPlace MEMBER dataPlace)
     Q_PROPERTY(QString settingsPlace MEMBER settingsPlace)
-    Q_PROPERTY(bool canShowData MEMBER canShowData)
   public:
     bool startsAtLogin = false;
-    QString loginProblem; ///< empty unless the entry could not be written
+    QString unwritable; ///< the entry for that, where it could not be written; else empty
     bool showDockIcon = false;
     Segment::Unit unit = Segment::Cost;
-    QString dataPlace; ///< "~/.local/share/Tokwatch/usage.sqlite"
+    QString dataPlace; ///< "~/.local/share/Tokwatch/usage.sqlite"; empty while it is in memory
     QString settingsPlace;
-    bool canShowData = false;
     friend bool operator==(const GeneralState&, const GeneralState&) = default;
 };
 
@@ -59,7 +57,7 @@ class GeneralView : public QObject {
 
     AppModel& model;
     SettingsPlaces places;
-    QProperty<QString> loginProblem;
+    QProperty<QString> unwritable;
     Q_OBJECT_BINDABLE_PROPERTY(GeneralView, GeneralState, current, &GeneralView::stateChanged)
     ObservingUpdater<GeneralState> updater;
 };

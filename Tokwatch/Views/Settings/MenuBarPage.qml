@@ -33,7 +33,9 @@ SettingsPage {
         }
         Label {
             anchors { left: parent.left; right: parent.right; margins: Theme.space.xs }
-            text: page.view.previewNote
+            text: page.shown.preview.isSample ? "A sample, until your limits are known."
+                : page.shown.preview.percent < 0 ? "Without a number, the sign stands alone."
+                : "Panels that give each item a square show the number alone."
             size: Theme.type.caption
             color: Theme.colors.secondaryText
             wrapMode: Text.Wrap

@@ -54,12 +54,6 @@ MenuBarView::MenuBarView(AppModel& appModel, const ViewClock& clock)
     windowsUpdater.arm();
 }
 
-QString MenuBarView::previewNote() const {
-    if (current->preview.isSample) return "A sample, until your limits are known.";
-    if (current->preview.percent < 0) return "Without a number, the sign stands alone.";
-    return "Panels that give each item a square show the number alone.";
-}
-
 double MenuBarView::lowestWarning() const {
     return Preferences::lowestWarning;
 }

@@ -80,7 +80,6 @@ class MenuBarView : public QObject {
     QML_ANONYMOUS
     Q_PROPERTY(tokwatch::MenuBarState state READ state NOTIFY stateChanged)
     Q_PROPERTY(tokwatch::RowModel* windows READ windows CONSTANT)
-    Q_PROPERTY(QString previewNote READ previewNote NOTIFY stateChanged)
     Q_PROPERTY(double lowestWarning READ lowestWarning CONSTANT)
     Q_PROPERTY(double highestWarning READ highestWarning CONSTANT)
     Q_PROPERTY(double lowestCritical READ lowestCritical CONSTANT)
@@ -90,7 +89,6 @@ class MenuBarView : public QObject {
 
     const MenuBarState& state() const { return current.value(); }
     RowModel* windows() { return &windowModel; }
-    QString previewNote() const;
     double lowestWarning() const;
     double highestWarning() const;
     double lowestCritical() const;

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "Tokwatch/Views/Settings/AboutView.h"
 #include "Tokwatch/Views/Settings/GeneralView.h"
 #include "Tokwatch/Views/Settings/MenuBarView.h"
-#include "Tokwatch/Views/Settings/PrivacyView.h"
 #include "Tokwatch/Views/Settings/ProvidersView.h"
 
 #include <QObject>
@@ -24,8 +22,9 @@ class SettingsView : public QObject {
     Q_PROPERTY(tokwatch::GeneralView* general READ general CONSTANT)
     Q_PROPERTY(tokwatch::MenuBarView* menuBar READ menuBar CONSTANT)
     Q_PROPERTY(tokwatch::ProvidersView* providers READ providers CONSTANT)
-    Q_PROPERTY(tokwatch::PrivacyView* privacy READ privacy CONSTANT)
-    Q_PROPERTY(tokwatch::AboutView* about READ about CONSTANT)
+    Q_PROPERTY(QString claudeHost READ claudeHost CONSTANT)
+    Q_PROPERTY(QString codexHost READ codexHost CONSTANT)
+    Q_PROPERTY(QString version READ version CONSTANT)
   public:
     enum class Page { general, menuBar, providers, privacy, about };
     Q_ENUM(Page)
@@ -37,8 +36,10 @@ class SettingsView : public QObject {
     GeneralView* general() { return &generalView; }
     MenuBarView* menuBar() { return &menuBarView; }
     ProvidersView* providers() { return &providersView; }
-    PrivacyView* privacy() { return &privacyView; }
-    AboutView* about() { return &aboutView; }
+    /// Whom the logins go to.
+    static QString claudeHost();
+    static QString codexHost();
+    static QString version(); ///< "1.0.0"
 
   signals:
     void pageChanged();
@@ -51,8 +52,6 @@ class SettingsView : public QObject {
     GeneralView generalView;
     MenuBarView menuBarView;
     ProvidersView providersView;
-    PrivacyView privacyView;
-    AboutView aboutView;
 };
 
 } // namespace tokwatch
