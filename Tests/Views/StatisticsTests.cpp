@@ -1,11 +1,11 @@
 #include "Tests/Views/ViewWorld.h"
-#include "Tokwatch/Views/Popover/BreakdownRows.h"
-#include "Tokwatch/Views/Popover/ChartDays.h"
-#include "Tokwatch/Views/Popover/ChartScale.h"
-#include "Tokwatch/Views/Popover/HeatMapDays.h"
-#include "Tokwatch/Views/Popover/ModelsView.h"
-#include "Tokwatch/Views/Popover/StatsView.h"
-#include "Tokwatch/Views/Popover/TableText.h"
+#include "Tokwatch/Views/Popover/Models/BreakdownRows.h"
+#include "Tokwatch/Views/Popover/Models/ModelsView.h"
+#include "Tokwatch/Views/Popover/Models/TableText.h"
+#include "Tokwatch/Views/Popover/Stats/ChartDays.h"
+#include "Tokwatch/Views/Popover/Stats/ChartScale.h"
+#include "Tokwatch/Views/Popover/Stats/HeatMapDays.h"
+#include "Tokwatch/Views/Popover/Stats/StatsView.h"
 
 #include <QAbstractItemModelTester>
 

@@ -1,8 +1,8 @@
 #include "Tests/Views/ViewWorld.h"
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/LimitTexts.h"
-#include "Tokwatch/Views/Popover/LimitRows.h"
 #include "Tokwatch/Views/Popover/PopoverView.h"
+#include "Tokwatch/Views/Popover/Usage/LimitRows.h"
 
 #include <QSignalSpy>
 

@@ -1,7 +1,10 @@
 import QtQuick
 import Kivo.Theme
-import Tokwatch.Popover
 import Tokwatch.Common
+import Tokwatch.Popover
+import Tokwatch.Popover.Models
+import Tokwatch.Popover.Stats
+import Tokwatch.Popover.Usage
 
 /// The whole popover: tabs above, what is going on below, one tab's content between them.
 FocusScope {

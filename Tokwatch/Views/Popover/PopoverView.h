@@ -2,9 +2,9 @@
 
 #include "Tokwatch/Views/Common/Segment.h"
 #include "Tokwatch/Views/Popover/FooterView.h"
-#include "Tokwatch/Views/Popover/ModelsView.h"
-#include "Tokwatch/Views/Popover/StatsView.h"
-#include "Tokwatch/Views/Popover/UsageView.h"
+#include "Tokwatch/Views/Popover/Models/ModelsView.h"
+#include "Tokwatch/Views/Popover/Stats/StatsView.h"
+#include "Tokwatch/Views/Popover/Usage/UsageView.h"
 
 #include <QObject>
 #include <QProperty>

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "Tokwatch/Views/Popover/Stats/ChartReadout.h"
+#include "TokwatchCore/Store/UsageSummary.h"
+#include "TokwatchCore/Support/Calendar.h"
+
+#include <QObject>
+#include <QString>
+#include <QVariantList>
+
+#include <vector>
+
+namespace tokwatch {
+
+/// One assistant's entry in the chart's legend.
+struct ChartSeries {
+    Q_GADGET
+    Q_PROPERTY(QString id MEMBER id)
+    Q_PROPERTY(QString name MEMBER name)
+  public:
+    QString id; ///< the provider's raw value
+    QString name;
+    friend bool operator==(const ChartSeries&, const ChartSeries&) = default;
+};
+
+struct ChartTick {
+    double fraction = 0; ///< of the axis's length
+    QString text;
+    friend bool operator==(const ChartTick&, const ChartTick&) = default;
+};
+
+struct ChartPart {
+    int series = 0;      ///< of the theme's side-by-side colours
+    double fraction = 0; ///< of the axis's length
+    friend bool operator==(const ChartPart&, const ChartPart&) = default;
+};
+
+struct ChartColumn {
+    std::vector<ChartPart> parts; ///< from the baseline up
+    QString label;                ///< below the column; empty for most
+    ChartReadout readout;
+    friend bool operator==(const ChartColumn&, const ChartColumn&) = default;
+};
+
+/// The days of a summary as columns that are stacked of the assistants' usage. The last column is
+/// today.
+struct ChartDays {
+    Q_GADGET
+    Q_PROPERTY(QVariantList series READ seriesList)
+  public:
+    std::vector<ChartSeries> series;
+    std::vector<ChartTick> ticks;
+    std::vector<ChartColumn> columns;
+    ChartReadout whole;
+    friend bool operator==(const ChartDays&, const ChartDays&) = default;
+
+    QVariantList seriesList() const;
+
+    static ChartDays of(const UsageSummary& summary, SummaryUnit unit, const Calendar& calendar);
+};
+
+} // namespace tokwatch
