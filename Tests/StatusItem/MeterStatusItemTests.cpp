@@ -5,7 +5,7 @@
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/ManualScheduler.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "Tokwatch/StatusItem/StatusTint.h"
+#include "Tokwatch/Pictures/StatusPictures.h"
 
 #include <gmock/gmock.h>
 

@@ -1,9 +1,8 @@
 #include "Tests/Views/ViewWorld.h"
-#include "Tokwatch/Views/Popover/Models/BreakdownRows.h"
+#include "Tokwatch/Views/Popover/Models/Breakdown.h"
 #include "Tokwatch/Views/Popover/Models/ModelsView.h"
 #include "Tokwatch/Views/Popover/Models/TableText.h"
 #include "Tokwatch/Views/Popover/Stats/ChartDays.h"
-#include "Tokwatch/Views/Popover/Stats/ChartScale.h"
 #include "Tokwatch/Views/Popover/Stats/HeatMapDays.h"
 #include "Tokwatch/Views/Popover/Stats/StatsView.h"
 

@@ -1,6 +1,6 @@
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
 
-#include "Tokwatch/StatusItem/StatusTint.h"
+#include "Tokwatch/Pictures/StatusPictures.h"
 
 #include <QCursor>
 

@@ -9,7 +9,6 @@
 #include "Tokwatch/Display/StatusTitle.h"
 #include "Tokwatch/Pictures/StatusPictures.h"
 #include "Tokwatch/StatusItem/NamedIcons.h"
-#include "Tokwatch/StatusItem/StatusTint.h"
 #include "TokwatchCore/Support/Date.h"
 
 #include <QDBusConnection>

@@ -1,6 +1,6 @@
 #include "Tokwatch/Views/Common/ProviderMark.h"
 
-#include "Tokwatch/Pictures/ProviderMarks.h"
+#include "Tokwatch/Pictures/Marks.h"
 
 #include <QPainter>
 

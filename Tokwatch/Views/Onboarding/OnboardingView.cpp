@@ -1,15 +1,52 @@
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 
 #include "KivoLaunch/LoginItem.h"
+#include "Tokwatch/Display/HomePath.h"
 #include "Tokwatch/Display/StatusTitle.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
+#include "TokwatchCore/Ingestion/ProviderLocations.h"
+#include "TokwatchCore/Limits/UsageHosts.h"
 
 namespace tokwatch {
+namespace {
+
+OnboardingStep step(ProviderID provider, const ProviderLocations& locations) {
+    OnboardingStep step{text(rawValue(provider)), text(displayName(provider)), {}, {}, {}};
+    if (const auto roots = locations.logRoots(provider); !roots.empty())
+        step.reads = "reads " + text(homePath(roots.front(), locations.home));
+    switch (provider) {
+    case ProviderID::claude:
+        step.asks = QString("Asks %1 what is left, with Claude Code's login").arg(claudeHost);
+        step.switchText = "Live limits";
+        break;
+    case ProviderID::codex:
+        step.asks = QString("Asks %1 with Codex's login if the logs tell no limits").arg(codexHost);
+        step.switchText = "Show limits";
+        break;
+    case ProviderID::grok:
+        step.reads += ", asks nobody";
+        break;
+    case ProviderID::cursor:
+        step.reads = "is only detected, shows no usage yet";
+        break;
+    }
+    return step;
+}
+
+QVariantList stepsOf(const ProviderLocations& locations) {
+    QVariantList steps;
+    for (const ProviderID provider : allCases<ProviderID>)
+        if (locations.isPresent(provider))
+            steps.append(QVariant::fromValue(step(provider, locations)));
+    return steps;
+}
+
+} // namespace
 
 OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocations& locations,
                                kivo::LoginItem& login)
-    : preferences(userPreferences), loginItem(login), steps(onboardingSteps(locations)),
+    : preferences(userPreferences), loginItem(login), steps(stepsOf(locations)),
       places(searchedPlaces(locations)),
       liveLimitsNotifier(preferences.claudeLiveLimits.addNotifier([this] { emit askedChanged(); })),
       disabledNotifier(preferences.disabledProviders.addNotifier([this] { emit askedChanged(); })),
@@ -21,13 +58,6 @@ OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocat
           },
           [this](const QString& next) { itemSign = next; }) {
     signUpdater.arm();
-}
-
-QVariantList OnboardingView::stepList() const {
-    QVariantList list;
-    for (const OnboardingStep& step : steps)
-        list.append(QVariant::fromValue(step));
-    return list;
 }
 
 QVariantMap OnboardingView::asked() const {

@@ -1,15 +1,14 @@
 #pragma once
 
 #include "Tokwatch/Display/ObservingUpdater.h"
-#include "Tokwatch/Views/Onboarding/OnboardingSteps.h"
 
 #include <QObject>
 #include <QProperty>
+#include <QString>
+#include <QStringList>
 #include <QVariantList>
 #include <QVariantMap>
 #include <qqmlregistration.h>
-
-#include <vector>
 
 namespace kivo {
 class LoginItem;
@@ -18,6 +17,24 @@ class LoginItem;
 namespace tokwatch {
 
 class Preferences;
+struct ProviderLocations;
+
+/// What is told about one provider.
+struct OnboardingStep {
+    Q_GADGET
+    Q_PROPERTY(QString id MEMBER id)
+    Q_PROPERTY(QString name MEMBER name)
+    Q_PROPERTY(QString reads MEMBER reads)
+    Q_PROPERTY(QString asks MEMBER asks)
+    Q_PROPERTY(QString switchText MEMBER switchText)
+  public:
+    QString id; ///< the provider's raw value
+    QString name;
+    QString reads;      ///< what is read on this machine, to be said after the name
+    QString asks;       ///< who is asked what, with which login; empty when nobody is
+    QString switchText; ///< what the switch for that asking is called; empty without one
+    friend bool operator==(const OnboardingStep&, const OnboardingStep&) = default;
+};
 
 /// The welcome at the first launch: one page with a step for each provider that is found. Until it
 /// is finished, the application asks nobody anything. References outlive it. Main thread only.
@@ -36,8 +53,8 @@ class OnboardingView : public QObject {
     OnboardingView(Preferences& preferences, const ProviderLocations& locations,
                    kivo::LoginItem& loginItem);
 
-    /// Of OnboardingStep.
-    QVariantList stepList() const;
+    /// An OnboardingStep for each provider that is found, in declaration order.
+    const QVariantList& stepList() const { return steps; }
     /// The places where assistants were looked for.
     const QStringList& lookedAt() const { return places; }
     /// Whether the application is to be found there from then on, or as a window.
@@ -68,7 +85,7 @@ class OnboardingView : public QObject {
   private:
     Preferences& preferences;
     kivo::LoginItem& loginItem;
-    const std::vector<OnboardingStep> steps;
+    const QVariantList steps;
     const QStringList places;
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(OnboardingView, bool, statusArea, true,
                                          &OnboardingView::hasStatusAreaChanged)

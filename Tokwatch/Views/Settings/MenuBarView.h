@@ -3,7 +3,7 @@
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Views/Common/RowModel.h"
 #include "Tokwatch/Views/Common/Segment.h"
-#include "Tokwatch/Views/Settings/TitlePreview.h"
+#include "Tokwatch/Views/Settings/StatusPreview.h"
 
 #include <QObject>
 #include <QProperty>

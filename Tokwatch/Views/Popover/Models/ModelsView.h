@@ -2,7 +2,7 @@
 
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Views/Common/Segment.h"
-#include "Tokwatch/Views/Popover/Models/BreakdownModel.h"
+#include "Tokwatch/Views/Popover/Models/Breakdown.h"
 
 #include <QObject>
 #include <QProperty>

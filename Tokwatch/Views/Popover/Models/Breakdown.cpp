@@ -1,4 +1,4 @@
-#include "Tokwatch/Views/Popover/Models/BreakdownRows.h"
+#include "Tokwatch/Views/Popover/Models/Breakdown.h"
 
 #include "Tokwatch/Views/Common/Text.h"
 
@@ -45,6 +45,12 @@ BreakdownRow rowOf(const SummaryDisplay::Row& shown, SummaryUnit unit) {
 /// Six digits tell shares and fractions of a cent.
 QString number(double value) {
     return QString::number(value, 'f', 6);
+}
+
+constexpr int rowRole = Qt::UserRole;
+
+int countOf(const std::optional<Breakdown>& breakdown) {
+    return breakdown ? static_cast<int>(breakdown->count()) : 0;
 }
 
 } // namespace
@@ -108,6 +114,43 @@ TableText Breakdown::data() const {
              model.costUSD ? number(*model.costUSD) : QString(), model.approximate ? "yes" : "no",
              number(model.costShare), number(model.tokenShare)});
     return table;
+}
+
+void BreakdownModel::assign(std::optional<Breakdown> next) {
+    const int before = countOf(breakdown);
+    const int after = countOf(next);
+    if (!breakdown || !next || breakdown->mode() != next->mode()) {
+        beginResetModel();
+        breakdown = std::move(next);
+        endResetModel();
+        return;
+    }
+    if (after > before) {
+        beginInsertRows({}, before, after - 1);
+        breakdown = std::move(next);
+        endInsertRows();
+    } else if (after < before) {
+        beginRemoveRows({}, after, before - 1);
+        breakdown = std::move(next);
+        endRemoveRows();
+    } else {
+        breakdown = std::move(next);
+    }
+    if (const int kept = std::min(before, after); kept > 0)
+        emit dataChanged(index(0), index(kept - 1), {rowRole});
+}
+
+int BreakdownModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : countOf(breakdown);
+}
+
+QVariant BreakdownModel::data(const QModelIndex& index, int role) const {
+    if (role != rowRole || !checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
+    return QVariant::fromValue(breakdown->row(static_cast<std::size_t>(index.row())));
+}
+
+QHash<int, QByteArray> BreakdownModel::roleNames() const {
+    return {{rowRole, "row"}};
 }
 
 } // namespace tokwatch

@@ -6,10 +6,13 @@
 #include "TokwatchCore/Store/UsageSummary.h"
 #include "TokwatchCore/Support/Calendar.h"
 
+#include <QAbstractListModel>
 #include <QObject>
 #include <QString>
+#include <qqmlregistration.h>
 
 #include <cstddef>
+#include <optional>
 
 namespace tokwatch {
 
@@ -61,6 +64,24 @@ class Breakdown {
     SummaryUnit unit;
     Calendar calendar;
     double largestShare = 0; ///< of the days
+};
+
+/// The rows of a breakdown for QML, each one value under the role "row", made when it is asked for.
+/// Rows keep their places while numbers change, so that a list stays where it was scrolled to.
+class BreakdownModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ANONYMOUS
+  public:
+    using QAbstractListModel::QAbstractListModel;
+
+    void assign(std::optional<Breakdown> next);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+  private:
+    std::optional<Breakdown> breakdown;
 };
 
 } // namespace tokwatch
