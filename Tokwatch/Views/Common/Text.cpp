@@ -1,6 +1,6 @@
 #include "Tokwatch/Views/Common/Text.h"
 
-#include "Tokwatch/Display/HomePath.h"
+#include "Tokwatch/Display/HomeRelative.h"
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
 
 namespace tokwatch {
@@ -18,7 +18,7 @@ QString sentence(std::string_view utf8) {
 QStringList searchedPlaces(const ProviderLocations& locations) {
     QStringList places;
     const auto add = [&](const std::filesystem::path& whole) {
-        places.append(text(homePath(whole, locations.home)));
+        places.append(text(homeRelative(whole.native(), locations.home.native())));
     };
     for (const ProviderID provider : allCases<ProviderID>)
         if (const auto roots = locations.logRoots(provider); !roots.empty()) add(roots.front());

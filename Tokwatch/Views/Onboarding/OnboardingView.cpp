@@ -1,7 +1,7 @@
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 
 #include "KivoLaunch/LoginItem.h"
-#include "Tokwatch/Display/HomePath.h"
+#include "Tokwatch/Display/HomeRelative.h"
 #include "Tokwatch/Display/StatusTitle.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
@@ -14,7 +14,7 @@ namespace {
 OnboardingStep step(ProviderID provider, const ProviderLocations& locations) {
     OnboardingStep step{text(rawValue(provider)), text(displayName(provider)), {}, {}, {}};
     if (const auto roots = locations.logRoots(provider); !roots.empty())
-        step.reads = "reads " + text(homePath(roots.front(), locations.home));
+        step.reads = "reads " + text(homeRelative(roots.front().native(), locations.home.native()));
     switch (provider) {
     case ProviderID::claude:
         step.asks = QString("Asks %1 what is left, with Claude Code's login").arg(claudeHost);

@@ -2,7 +2,7 @@
 
 #include "KivoLaunch/LoginItem.h"
 #include "Tokwatch/App/AppModel.h"
-#include "Tokwatch/Display/HomePath.h"
+#include "Tokwatch/Display/HomeRelative.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
@@ -27,7 +27,7 @@ GeneralView::GeneralView(AppModel& appModel, const ViewClock& clock, const Setti
 
 GeneralState GeneralView::computed(const ViewClock& clock) const {
     const Preferences& preferences = model.preferences();
-    const std::filesystem::path& home = model.locations().home;
+    const std::string& home = model.locations().home.native();
     GeneralState state;
     // Other programs write the entry as well, so it is looked at again whenever the clock is.
     (void)clock.now();
@@ -35,15 +35,17 @@ GeneralState GeneralView::computed(const ViewClock& clock) const {
     state.startsAtLogin = places.loginItem.isEnabled();
     state.showDockIcon = preferences.showDockIcon;
     state.unit = static_cast<Segment::Unit>(preferences.summaryUnit.value());
-    if (places.database) state.dataPlace = text(homePath(*places.database, home));
-    state.settingsPlace = text(homePath(places.settingsFile, home));
+    if (places.database) state.dataPlace = text(homeRelative(places.database->native(), home));
+    state.settingsPlace = text(homeRelative(places.settingsFile.native(), home));
     return state;
 }
 
 void GeneralView::setStartsAtLogin(bool starts) {
     const bool isDone = places.loginItem.setEnabled(starts);
     unwritable =
-        isDone ? QString() : text(homePath(places.loginItem.file(), model.locations().home));
+        isDone
+            ? QString()
+            : text(homeRelative(places.loginItem.file().native(), model.locations().home.native()));
     GeneralState next = current;
     next.startsAtLogin = places.loginItem.isEnabled();
     current.setValueBypassingBindings(next);

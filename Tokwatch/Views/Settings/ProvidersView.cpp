@@ -1,7 +1,7 @@
 #include "Tokwatch/Views/Settings/ProvidersView.h"
 
 #include "Tokwatch/App/AppModel.h"
-#include "Tokwatch/Display/HomePath.h"
+#include "Tokwatch/Display/HomeRelative.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
@@ -21,7 +21,7 @@ QString readsText(ProviderID provider, const ProviderLocations& locations) {
         isFound ? locations.cursorStateDB() : locations.cursorStateDBOnLinux();
     return reads.replace(
         QStringLiteral("~/Library/Application Support/Cursor/User/globalStorage/state.vscdb"),
-        text(homePath(place, locations.home)));
+        text(homeRelative(place.native(), locations.home.native())));
 }
 
 ProvidersView::ProvidersView(AppModel& appModel, const ViewClock& clock,
