@@ -6,7 +6,14 @@ import Kivo.Theme
 T.ComboBox {
     id: box
     property string name
+    /// What there is to choose: each an { id, label }.
+    required property var choices
+    property string current
+    signal chosen(string id)
 
+    model: choices.map(choice => choice.label)
+    currentIndex: choices.findIndex(choice => choice.id === current)
+    onActivated: index => chosen(choices[index].id)
     implicitWidth: 200
     implicitHeight: 28
     leftPadding: Theme.space.m

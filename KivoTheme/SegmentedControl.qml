@@ -4,21 +4,27 @@ import Kivo.Theme
 /// A choice of few, side by side. Arrow keys, Home and End move the choice; a click takes it.
 FocusScope {
     id: control
-    required property var labels
-    property int currentIndex: 0
+    /// What there is to choose: each a { value, text }.
+    required property var segments
+    property int value: 0
     property bool small: false
     property string name
-    signal chosen(int index)
+    signal chosen(int value)
 
-    readonly property real segmentWidth: (width - 2 * inset) / labels.length
+    readonly property int currentIndex: segments.findIndex(segment => segment.value === value)
+    readonly property real segmentWidth: (width - 2 * inset) / segments.length
     readonly property int inset: 2
 
     function choose(index) {
-        if (index !== currentIndex && index >= 0 && index < labels.length)
-            chosen(index)
+        if (index !== currentIndex && index >= 0 && index < segments.length)
+            chosen(segments[index].value)
+    }
+    /// To the next one, or with −1 the one before, around the ends.
+    function step(distance) {
+        choose((currentIndex + distance + segments.length) % segments.length)
     }
 
-    implicitWidth: 2 * inset + labels.length * (widest.implicitWidth + 2 * Theme.space.m)
+    implicitWidth: 2 * inset + segments.length * (widest.implicitWidth + 2 * Theme.space.m)
     implicitHeight: small ? 24 : 32
     activeFocusOnTab: true
     Accessible.role: Accessible.PageTabList
@@ -31,7 +37,7 @@ FocusScope {
         case forward: choose(currentIndex + 1); break
         case back: choose(currentIndex - 1); break
         case Qt.Key_Home: choose(0); break
-        case Qt.Key_End: choose(labels.length - 1); break
+        case Qt.Key_End: choose(segments.length - 1); break
         default: event.accepted = false
         }
     }
@@ -42,7 +48,7 @@ FocusScope {
         visible: false
         size: control.small ? Theme.type.caption : Theme.type.body
         font.weight: Font.DemiBold
-        text: control.labels.reduce((a, b) => b.length > a.length ? b : a, "")
+        text: control.segments.reduce((longest, segment) => segment.text.length > longest.length ? segment.text : longest, "")
     }
 
     Rectangle {
@@ -53,7 +59,7 @@ FocusScope {
     }
     Rectangle {
         readonly property int place: control.LayoutMirroring.enabled
-            ? control.labels.length - 1 - control.currentIndex : control.currentIndex
+            ? control.segments.length - 1 - control.currentIndex : control.currentIndex
         x: control.inset + place * control.segmentWidth
         y: control.inset
         width: control.segmentWidth
@@ -68,17 +74,17 @@ FocusScope {
         x: control.inset
         height: parent.height
         Repeater {
-            model: control.labels
+            model: control.segments
             Item {
                 id: segment
                 required property int index
-                required property string modelData
+                required property var modelData
                 readonly property bool isCurrent: index === control.currentIndex
 
                 width: control.segmentWidth
                 height: control.height
                 Accessible.role: Accessible.PageTab
-                Accessible.name: modelData
+                Accessible.name: modelData.text
                 Accessible.selected: isCurrent
                 Accessible.onPressAction: control.choose(index)
 
@@ -86,7 +92,7 @@ FocusScope {
                     anchors.fill: parent
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter
-                    text: segment.modelData
+                    text: segment.modelData.text
                     size: widest.size
                     font.weight: segment.isCurrent ? Font.DemiBold : Font.Medium
                     color: segment.isCurrent || hover.hovered ? Theme.colors.text : Theme.colors.secondaryText

@@ -146,7 +146,7 @@ Scene byDay() {
     Scene days = scene("models-days", PopoverTab::models, usual);
     days.makeView = [](DemoWorld& world) {
         auto view = std::make_unique<PopoverView>(*world.model, world.clock);
-        view->models()->setMode(static_cast<int>(BreakdownMode::day));
+        view->models()->setMode(Segment::ByDay);
         return view;
     };
     days.size = {420, 480};

@@ -6,7 +6,6 @@
 
 #include "Platform/Linux/QtScheduler.h"
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
-#include "Tokwatch/StatusItem/StatusMenu.h"
 
 #include <QGuiApplication>
 #include <QSocketNotifier>
@@ -25,33 +24,17 @@ void tell(const std::string& event) {
 }
 
 /// Three limits of two providers.
-class DemoSource final : public StatusItemSource {
-  public:
-    std::vector<WindowChoice> choices() const override {
-        return {{ProviderID::claude, "session", "Session"},
-                {ProviderID::claude, "weekly", "Weekly"},
-                {ProviderID::codex, "session", "Session"}};
-    }
-    std::optional<WindowChoice> usualChoice() const override { return choices().front(); }
-    StatusTitle title(const WindowChoice& choice) const override {
-        const bool isWeekly = choice.windowID == "weekly";
-        const bool isCodex = choice.provider == ProviderID::codex;
-        return {isCodex    ? "8% · 41m"
-                : isWeekly ? "66% · 2d 4h"
-                           : "42% · 3h 5m",
-                choice.provider,
-                isCodex ? Severity::critical : Severity::normal,
-                "Chosen",
-                false,
-                isCodex    ? 8
-                : isWeekly ? 66
-                           : 42};
-    }
-    std::string line(const WindowChoice& choice) const override {
-        return choice.label + " " + *title(choice).text;
-    }
-    void refresh() override { tell("refresh"); }
-};
+std::vector<LimitStep> steps() {
+    const auto step = [](ProviderID provider, const char* window, const std::string& text,
+                         Severity severity, int percent) {
+        return LimitStep{
+            provider, window, percent == 42, {text, provider, severity, text, false, percent}};
+    };
+    using enum ProviderID;
+    return {step(claude, "session", "Session 42% · 3h 5m", Severity::normal, 42),
+            step(claude, "weekly", "Weekly 66% · 2d 4h", Severity::normal, 66),
+            step(codex, "session", "Session 8% · 41m", Severity::critical, 8)};
+}
 
 Severity severityNamed(const std::string& name) {
     if (name == "warning") return Severity::warning;
@@ -59,7 +42,7 @@ Severity severityNamed(const std::string& name) {
     return Severity::normal;
 }
 
-StatusTitle titleFrom(std::istream& words) {
+StatusContent contentFrom(std::istream& words) {
     std::string severity, provider, text;
     words >> severity >> provider >> std::ws;
     std::getline(words, text);
@@ -70,7 +53,7 @@ StatusTitle titleFrom(std::istream& words) {
     if (title.text && text.find('%') != std::string::npos)
         title.percentLeft = std::atoi(text.c_str());
     title.tooltip = "Claude · Session 42% left · resets in 3h 5m\nCodex · Weekly <8%> & more";
-    return title;
+    return {title, steps()};
 }
 
 } // namespace
@@ -79,24 +62,23 @@ int main(int argc, char** argv) {
     QGuiApplication application(argc, argv);
     application.setQuitOnLastWindowClosed(false);
     QtScheduler scheduler;
-    DemoSource source;
-    const StatusMenuActions actions{[] { tell("menu refresh"); },
-                                    [] { tell("menu settings"); },
-                                    {},
-                                    [] {
-                                        tell("menu quit");
-                                        QGuiApplication::quit();
-                                    }};
+    const StatusActions actions{
+        [](QPoint at) { tell("click " + std::to_string(at.x()) + " " + std::to_string(at.y())); },
+        [] { tell("refresh"); },
+        [] { tell("menu settings"); },
+        {},
+        [] {
+            tell("menu quit");
+            QGuiApplication::quit();
+        }};
     const QString icons =
         QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + "/tokwatch/icons";
-    MeterStatusItem item(
-        {QDBusConnection::sessionBus(), scheduler, systemNow, icons.toStdString()}, source,
-        [](QPoint at) { tell("click " + std::to_string(at.x()) + " " + std::to_string(at.y())); },
-        [&] { return statusMenu(actions); });
+    MeterStatusItem item({QDBusConnection::sessionBus(), scheduler, systemNow, icons.toStdString()},
+                         actions);
     item.onHostChanged = [&] { tell(item.hasHost() ? "host" : "no host"); };
     item.onContextMenu = [](QPoint) { tell("context menu"); };
     std::istringstream start("normal claude 42% · 3h 5m");
-    item.apply(titleFrom(start));
+    item.apply(contentFrom(start));
 
     QSocketNotifier input(0, QSocketNotifier::Read);
     QObject::connect(&input, &QSocketNotifier::activated, &application, [&] {
@@ -105,7 +87,7 @@ int main(int argc, char** argv) {
         std::istringstream words(line);
         std::string command;
         words >> command;
-        if (command == "title") item.apply(titleFrom(words));
+        if (command == "title") item.apply(contentFrom(words));
         if (command == "desktop") {
             words >> command;
             item.setDesktopDark(command == "dark");

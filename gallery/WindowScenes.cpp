@@ -20,7 +20,7 @@ std::unique_ptr<QObject> settingsView(DemoWorld& world, SettingsView::Page page)
                                 world.home / ".config/Tokwatch/Tokwatch.conf", loginItem(),
                                 [](const QUrl&) {}};
     auto view = std::make_unique<SettingsView>(*world.model, world.clock, places);
-    view->setPage(static_cast<int>(page));
+    view->setPage(page);
     return view;
 }
 

@@ -41,9 +41,7 @@ class StatusTitleTest : public ::testing::Test {
         return made;
     }
     StatusTitle title() const { return statusTitle(preferences, limits, now); }
-    StatusTitle title(ProviderID provider, const std::string& id) const {
-        return statusTitle(preferences, limits, now, {provider, id, ""});
-    }
+    std::vector<LimitStep> steps() const { return statusContent(preferences, limits, now).steps; }
 };
 
 TEST_F(StatusTitleTest, ShowsThePinnedProvidersTightestWindow) {
@@ -67,7 +65,7 @@ TEST_F(StatusTitleTest, IsOldWithWhatItShows) {
         EXPECT_EQ(title().isOld, age > 900);
         limits[claude].windows[0].source = LimitSource::stale(now - Seconds{age});
         limits[claude].fetchedAt = now;
-        EXPECT_EQ(title(claude, "session").isOld, age > 900);
+        EXPECT_EQ(steps().front().title.isOld, age > 900);
     }
 }
 
@@ -135,13 +133,16 @@ TEST_F(StatusTitleTest, StepsThroughTheWindowsOfEnabledProviders) {
     limits[grok].windows = {window("week", 0.5)};
     preferences.providerOrder = ProviderList{codex, claude};
     preferences.disabledProviders = ProviderSet{grok};
-    EXPECT_THAT(windowChoices(preferences, limits),
-                ElementsAre(WindowChoice{codex, "session", "The session"},
-                            WindowChoice{claude, "session", "The session"},
-                            WindowChoice{claude, "week", "The week"}));
     preferences.menuBarStyle = MenuBarStyle::icon;
-    EXPECT_EQ(title(claude, "week").text, "75%");
-    EXPECT_EQ(title(grok, "week"), title());
+    const auto step = [](ProviderID provider, const char* id, bool isUsual, const char* shown,
+                         int percent) {
+        const std::string line = std::string(displayName(provider)) + " · " + shown + " left";
+        return LimitStep{
+            provider, id, isUsual, {shown, provider, Severity::warning, line, false, percent}};
+    };
+    EXPECT_THAT(steps(), ElementsAre(step(codex, "session", false, "The session 25%", 25),
+                                     step(claude, "session", true, "The session 50%", 50),
+                                     step(claude, "week", false, "The week 75%", 75)));
 }
 
 } // namespace

@@ -78,7 +78,7 @@ def check_mouse(program, item, columns):
 
     step("runs an entry of its menu")
     click_entry(columns)
-    program.hear(r"click -?\d+ -?\d+" if OPENS_MENU_ON_LEFT else "menu refresh")
+    program.hear(r"click -?\d+ -?\d+" if OPENS_MENU_ON_LEFT else "refresh")
 
     if not FORWARDS_SCROLL:
         return desktop.move_away()

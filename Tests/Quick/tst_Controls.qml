@@ -8,10 +8,10 @@ Column {
 
     SegmentedControl {
         id: segments
-        property alias got: segments.currentIndex
+        property alias got: segments.value
         width: 300
-        labels: ["One", "Two", "Three"]
-        onChosen: index => currentIndex = index
+        segments: ["One", "Two", "Three"].map((text, value) => ({ value, text }))
+        onChosen: chosen => value = chosen
     }
     ValueSlider {
         id: slider
@@ -29,7 +29,7 @@ Column {
         property bool mirrored: false
 
         function init() {
-            segments.currentIndex = 0
+            segments.value = 0
             slider.amount = 0.25
         }
 
@@ -58,7 +58,7 @@ Column {
             fuzzyCompare(slider.position, 0.5, 1e-9)
             mirrored = true
             mouseClick(segments, 20, 16)
-            compare(segments.currentIndex, 2)
+            compare(segments.value, 2)
         }
     }
 }

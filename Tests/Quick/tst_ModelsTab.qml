@@ -1,5 +1,5 @@
 import QtQuick
-import Tokwatch.Popover
+import Tokwatch.Popover.Models
 
 ModelsTab {
     id: tab

@@ -97,7 +97,7 @@ Item {
             compare(columns.readout.title, "Last 30 days")
             mouseMove(columns, columns.width - 2, 60)
             compare(columns.readout.value, "$4.00")
-            compare(columns.readout.figures, ["$1.00", "$3.00"])
+            compare(columns.readout.figures, { claude: "$1.00", codex: "$3.00" })
             mouseMove(columns, columns.width - 14, 60)
             compare(columns.readout.title, "Mon, Nov 23")
             compare(popover.implicitHeight, height, "nothing jumps")

@@ -5,8 +5,7 @@
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/ManualScheduler.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "Tokwatch/StatusItem/StatusMenu.h"
-#include "Tokwatch/StatusItem/StatusTint.h"
+#include "Tokwatch/Pictures/StatusPictures.h"
 
 #include <gmock/gmock.h>
 
@@ -23,33 +22,23 @@ using ::testing::IsEmpty;
 
 constexpr auto itemInterface = "org.kde.StatusNotifierItem";
 
-StatusTitle titled(const char* text, std::optional<ProviderID> provider = ProviderID::claude,
-                   Severity severity = Severity::normal) {
-    StatusTitle title{std::nullopt, provider, severity, "Claude · Session 42% left"};
+/// A title, and three limits of which it shows the first.
+StatusContent titled(const char* text, Severity severity = Severity::normal) {
+    using enum ProviderID;
+    StatusContent content{{std::nullopt, claude, severity, "Claude · Session 42% left"},
+                          {{claude, "session", true, {"Session 1%", claude, severity, "1%"}},
+                           {claude, "weekly", false, {"Weekly 2%", claude, severity, "2%"}},
+                           {codex, "session", false, {"Session 3%", codex, severity, "3%"}}}};
     if (text) {
-        title.text = text;
-        title.percentLeft = std::stoi(text);
+        content.title.text = text;
+        content.title.percentLeft = std::stoi(text);
     }
-    return title;
+    return content;
 }
 
-/// Three limits; each one's title is its number.
-struct FakeSource final : StatusItemSource {
-    std::vector<WindowChoice> limits{{ProviderID::claude, "session", "Session"},
-                                     {ProviderID::claude, "weekly", "Weekly"},
-                                     {ProviderID::codex, "session", "Session"}};
-    std::optional<WindowChoice> usual = limits[0];
-    int refreshes = 0;
-
-    std::vector<WindowChoice> choices() const override { return limits; }
-    std::optional<WindowChoice> usualChoice() const override { return usual; }
-    StatusTitle title(const WindowChoice& choice) const override {
-        const auto index = std::ranges::find(limits, choice) - limits.begin();
-        return titled((std::to_string(index + 1) + "%").c_str(), choice.provider);
-    }
-    std::string line(const WindowChoice& choice) const override { return *title(choice).text; }
-    void refresh() override { ++refreshes; }
-};
+StatusContent withoutLimits() {
+    return {titled("43%").title, {}};
+}
 
 struct MeterItem : ::testing::Test {
     MeterItem() { kivo::registerStatusItemTypes(); }
@@ -60,9 +49,9 @@ struct MeterItem : ::testing::Test {
     FakeStatusArea area{hostBus};
     TemporaryDirectory home;
     ManualScheduler scheduler;
-    FakeSource source;
     QString process = "plasmashell";
     std::vector<QPoint> clicks;
+    int refreshes = 0;
     std::vector<bool> hosts;
     std::unique_ptr<MeterStatusItem> item;
 
@@ -71,10 +60,11 @@ struct MeterItem : ::testing::Test {
             StatusItemSurroundings{itemBus, scheduler, scheduler.clock(), home / "icons",
                                    [this](uint) { return process; },
                                    [](uint) { return std::nullopt; }},
-            source, [this](QPoint at) { clicks.push_back(at); },
-            [this] {
-                return statusMenu({[] {}, [] {}, {}, [] {}});
-            });
+            StatusActions{[this](QPoint at) { clicks.push_back(at); },
+                          [this] { ++refreshes; },
+                          [] {},
+                          {},
+                          [] {}});
         item->onHostChanged = [this] { hosts.push_back(item->hasHost()); };
     }
     /// The status area of this process comes.
@@ -88,9 +78,9 @@ struct MeterItem : ::testing::Test {
         area.vanish();
         ASSERT_TRUE(until([&] { return !item->hasHost(); }));
     }
-    void makeIn(const QString& host, const StatusTitle& title) {
+    void makeIn(const QString& host, const StatusContent& content) {
         enter(host);
-        item->apply(title);
+        item->apply(content);
         ASSERT_TRUE(until([&] { return !area.registered.isEmpty(); }));
     }
     std::string text(const QString& name) { return area.shown(name).toString().toStdString(); }
@@ -150,7 +140,7 @@ TEST_F(MeterItem, RedrawsOnlyWhatChanged) {
     item->apply(titled("41% · 3h"));
     EXPECT_THAT(log.take(itemBus), ElementsAre("XAyatanaNewLabel"));
     EXPECT_EQ(text("XAyatanaLabelGuide"), "88% · 8h") << "the width that it needs";
-    item->apply(titled("41% · 3h", ProviderID::claude, Severity::critical));
+    item->apply(titled("41% · 3h", Severity::critical));
     EXPECT_THAT(log.take(itemBus), ElementsAre("NewIcon"));
     item->setDesktopDark(false);
     EXPECT_THAT(log.take(itemBus), IsEmpty());
@@ -176,7 +166,7 @@ TEST_F(MeterItem, ShowsALimitThatWasScrolledToForFiveSeconds) {
     scheduler.advance(Seconds{5});
     scroll(-60);
     EXPECT_EQ(label(), "43%") << "half a notch";
-    source.limits.clear();
+    item->apply(withoutLimits());
     scroll(-120);
     EXPECT_EQ(label(), "43%") << "nothing to choose";
 }
@@ -195,7 +185,7 @@ TEST_F(MeterItem, PassesClicksOnAndOffersAWayInWhereOnlyTheMenuOpens) {
     area.call("SecondaryActivate", {5, 6});
     area.call("ContextMenu", {7, 8});
     EXPECT_THAT(clicks, ElementsAre(QPoint(30, 4)));
-    EXPECT_EQ(source.refreshes, 1);
+    EXPECT_EQ(refreshes, 1);
     EXPECT_EQ(menuAt, QPoint(7, 8));
     EXPECT_THAT(labels(), ElementsAre("Refresh", "Settings…", "", "Quit Tokwatch"))
         << "no updates to look for";
@@ -207,7 +197,7 @@ TEST_F(MeterItem, PassesClicksOnAndOffersAWayInWhereOnlyTheMenuOpens) {
     for (const std::size_t opens : {0, 2})
         item->menuEntries()[opens].run();
     EXPECT_EQ(clicks.size(), 3U);
-    source.limits.clear();
+    item->apply(withoutLimits());
     EXPECT_EQ(labels().size(), 6U) << "no second separator";
 }
 

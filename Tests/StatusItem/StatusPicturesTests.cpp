@@ -1,7 +1,6 @@
 #include "Tokwatch/Pictures/StatusPictures.h"
 
 #include "KivoTheme/Contrast.h"
-#include "Tokwatch/StatusItem/StatusTint.h"
 
 #include <gtest/gtest.h>
 

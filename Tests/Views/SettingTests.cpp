@@ -50,13 +50,12 @@ TEST_F(SettingsViewTest, StartsAtLoginOrSaysWhyItCannot) {
         settle();
         EXPECT_GT(changes.count(), attempt) << "the switch has to move back each time";
         EXPECT_FALSE(general.state().startsAtLogin);
-        EXPECT_EQ(general.state().loginProblem,
-                  "~/.config/autostart/app.tokwatch.desktop could not be written.");
+        EXPECT_EQ(general.state().unwritable, "~/.config/autostart/app.tokwatch.desktop");
     }
     std::filesystem::remove(home / ".config/autostart");
     general.setStartsAtLogin(true);
     settle();
-    EXPECT_EQ(general.state().loginProblem, "");
+    EXPECT_EQ(general.state().unwritable, "");
 }
 
 TEST_F(SettingsViewTest, OrdersProviders) {
@@ -101,6 +100,12 @@ struct MenuBarViewTest : ::testing::Test, testing::ViewWorld {
         settle();
         return view.state();
     }
+    static QString labels(const QVariantList& choices) {
+        QString labels;
+        for (const QVariant& choice : choices)
+            labels += choice.value<NamedChoice>().label + u' ';
+        return labels;
+    }
     std::vector<WindowRow> windows() {
         settle();
         return testing::rowsOf<WindowRow>(*view.windows());
@@ -108,35 +113,30 @@ struct MenuBarViewTest : ::testing::Test, testing::ViewWorld {
 };
 
 TEST_F(MenuBarViewTest, ChoosesAmongTheEnabledProviders) {
-    EXPECT_EQ(state().providers, (QStringList{"Claude", "Codex"})) << "others have no number";
-    view.setProvider(1);
-    view.setProvider(9);
+    EXPECT_EQ(labels(state().providers), "Claude Codex ") << "others have no number";
+    view.setProvider("codex");
+    view.setProvider("nobody");
     EXPECT_EQ(preferences->pinnedProvider.peek(), codex);
-    EXPECT_EQ(state().provider, 1);
+    EXPECT_EQ(state().provider, "codex");
     // What the item shows while the pinned one is turned off.
     preferences->disabledProviders = {codex};
-    EXPECT_EQ(state().providers, (QStringList{"Claude"}));
-    EXPECT_EQ(state().provider, 0);
+    EXPECT_EQ(labels(state().providers) + state().provider, "Claude claude");
     preferences->pinnedProvider = grok; // from the command line
-    EXPECT_EQ(state().providers, (QStringList{"Claude", "Grok"}));
-    EXPECT_EQ(state().provider, 1);
+    EXPECT_EQ(labels(state().providers) + state().provider, "Claude Grok grok");
 }
 
 TEST_F(MenuBarViewTest, ChoosesAWindowForEachProvider) {
     // Before any limit is known there is one choice; those without limits have none ever.
-    EXPECT_THAT(windows(), ElementsAre(WindowRow{"claude", "Claude", {"Lowest left"}, 0},
-                                       WindowRow{"codex", "Codex", {"Lowest left"}, 0}));
+    EXPECT_THAT(windows(), ElementsAre(WindowRow{"claude", "Claude", {}, {}},
+                                       WindowRow{"codex", "Codex", {}, {}}));
     knowLimits(claude, 0.5, 0.75);
-    view.setWindow("claude", 2);
-    EXPECT_EQ(windows()[0],
-              (WindowRow{"claude", "Claude", {"Lowest left", "Session", "Weekly"}, 2}));
-    view.setWindow("claude", 3);
-    view.setWindow("nobody", 1);
+    view.setWindow("claude", "weekly");
+    EXPECT_EQ(labels(windows()[0].windows) + windows()[0].current, "Session Weekly weekly");
     EXPECT_THAT(preferences->menuBarWindows.peek(), ElementsAre(Pair("claude", "weekly")));
-    view.setWindow("claude", 0);
+    view.setWindow("claude", "");
     EXPECT_THAT(preferences->menuBarWindows.peek(), IsEmpty());
     preferences->menuBarWindows = {{"claude", "yearly"}};
-    EXPECT_EQ(windows()[0].current, 0) << "what stands in for one that is gone";
+    EXPECT_EQ(windows()[0].current, "") << "what stands in for one that is gone";
 }
 
 TEST_F(MenuBarViewTest, PreviewsTheItem) {
@@ -146,13 +146,13 @@ TEST_F(MenuBarViewTest, PreviewsTheItem) {
     knowLimits(codex, 0.125, 0.75);
     EXPECT_FALSE(preview().isSample);
     EXPECT_EQ(preview().text, "") << "nothing of the pinned provider is known";
-    view.setProvider(1);
+    view.setProvider("codex");
     EXPECT_EQ(preview().spoken, "Codex 12%, yellow");
     view.setCritical(0.2);
     EXPECT_EQ(preview().spoken, "Codex 12%, red");
     view.setTint(false);
     EXPECT_EQ(preview().spoken, "Codex 12%");
-    view.setWindow("codex", 2);
+    view.setWindow("codex", "weekly");
     EXPECT_EQ(preview().text, "75%");
     preferences->disabledProviders = {claude, codex, grok, cursor};
     EXPECT_EQ(preview().spoken, "Tokwatch");

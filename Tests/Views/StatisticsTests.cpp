@@ -1,11 +1,10 @@
 #include "Tests/Views/ViewWorld.h"
-#include "Tokwatch/Views/Popover/BreakdownRows.h"
-#include "Tokwatch/Views/Popover/ChartDays.h"
-#include "Tokwatch/Views/Popover/ChartScale.h"
-#include "Tokwatch/Views/Popover/HeatMapDays.h"
-#include "Tokwatch/Views/Popover/ModelsView.h"
-#include "Tokwatch/Views/Popover/StatsView.h"
-#include "Tokwatch/Views/Popover/TableText.h"
+#include "Tokwatch/Views/Popover/Models/Breakdown.h"
+#include "Tokwatch/Views/Popover/Models/ModelsView.h"
+#include "Tokwatch/Views/Popover/Models/TableText.h"
+#include "Tokwatch/Views/Popover/Stats/ChartDays.h"
+#include "Tokwatch/Views/Popover/Stats/HeatMapDays.h"
+#include "Tokwatch/Views/Popover/Stats/StatsView.h"
 
 #include <QAbstractItemModelTester>
 
@@ -92,12 +91,14 @@ ChartDays week(SummaryUnit unit) {
 TEST(ChartDays, StacksTheProvidersUpToTheAxis) {
     const ChartDays chart = week(SummaryUnit::cost);
     EXPECT_THAT(chart.series,
-                ElementsAre(ChartSeries{"claude", "Claude", 0}, ChartSeries{"grok", "Grok", 2}));
+                ElementsAre(ChartSeries{"claude", "Claude"}, ChartSeries{"grok", "Grok"}));
     EXPECT_THAT(chart.ticks, ElementsAre(ChartTick{1.0 / 3, "$2.50"}, ChartTick{2.0 / 3, "$5.00"},
                                          ChartTick{1, "$7.50"}));
-    EXPECT_THAT(chart.columns[0].parts, ElementsAre(DoubleEq(6.5 / 7.5), DoubleEq(1 / 7.5)));
+    EXPECT_THAT(chart.columns[0].parts,
+                ElementsAre(ChartPart{0, 6.5 / 7.5}, ChartPart{2, 1 / 7.5}));
     const ChartDays tokens = week(SummaryUnit::tokens);
-    EXPECT_THAT(tokens.columns[0].parts, ElementsAre(DoubleEq(1.0 / 3), DoubleEq(2.0 / 3)));
+    EXPECT_THAT(tokens.columns[0].parts,
+                ElementsAre(ChartPart{0, 0.5e6 / 1.5e6}, ChartPart{2, 1e6 / 1.5e6}));
     EXPECT_THAT(ChartDays::of(summaryOf("2026-11-24", 2, {{claude, "opus", "2026-11-24", 7, -1}}),
                               SummaryUnit::cost, Calendar::utc())
                     .ticks,
@@ -111,7 +112,7 @@ TEST(ChartDays, SaysTheFiguresOfEachDayAndOfAll) {
               (ChartReadout{"Wed, Nov 18",
                             "1.50M tokens",
                             "$7.50",
-                            {"$6.50", "$1.00"},
+                            {{"claude", "$6.50"}, {"grok", "$1.00"}},
                             "Wednesday, November 18, 2026: $7.50: Claude $6.50, Grok $1.00. "
                             "1.50M tokens"}));
     EXPECT_EQ(chart.columns[6].readout.title, "Today, Nov 24");
@@ -172,8 +173,8 @@ TEST(Breakdown, LeadsWithTheUnitAndRanksByIt) {
     ASSERT_EQ(byCost.count(), 3U);
     EXPECT_EQ(byCost.row(0),
               (BreakdownRow{"claude/opus", "1", "claude", "opus", "~$7.50", "1.00K tokens", "75.0%",
-                            "opus, Claude, about $7.50, 1.00K tokens, 75.0% of cost", 0.75, 0}));
-    EXPECT_EQ(byCost.row(1).series, 2);
+                            "opus, Claude, about $7.50, 1.00K tokens, 75.0% of cost", 0.75}));
+    EXPECT_EQ(byCost.row(1).provider, "grok");
     EXPECT_EQ(byCost.row(2).value + byCost.row(2).share, "——");
     EXPECT_EQ(byCost.row(2).spoken, "new, Claude, price unknown, 6.00K tokens");
 
@@ -183,7 +184,7 @@ TEST(Breakdown, LeadsWithTheUnitAndRanksByIt) {
     const BreakdownRow day = breakdown(BreakdownMode::day, SummaryUnit::cost).row(0);
     EXPECT_EQ(day, (BreakdownRow{"day/2026-11-24", "", "", "Tue, Nov 24", "$2.50", "9.00K tokens",
                                  "25.0%", "Tue, Nov 24, $2.50, 9.00K tokens, 25.0% of cost",
-                                 0.25 / 0.75, 0}))
+                                 0.25 / 0.75}))
         << "its bar is a part of the largest day's";
 }
 
@@ -349,7 +350,7 @@ TEST_F(StatsViewTest, KeepsRowsInPlaceWhileNumbersChange) {
     EXPECT_EQ(told.take(), "+1-1 ~0-0 ");
     use({event("2026-11-24T11:00:00Z", 2, "sonnet")});
     EXPECT_EQ(told.take(), "~0-1 ");
-    models.setMode(1);
+    models.setMode(Segment::ByDay);
     settle();
     EXPECT_EQ(told.take(), "reset ");
 }

@@ -1,10 +1,8 @@
 #include "Tests/Views/ViewWorld.h"
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/LimitTexts.h"
-#include "Tokwatch/Display/TimeTexts.h"
-#include "Tokwatch/Views/Popover/LimitRows.h"
 #include "Tokwatch/Views/Popover/PopoverView.h"
-#include "Tokwatch/Views/Popover/StatusNotice.h"
+#include "Tokwatch/Views/Popover/Usage/LimitRows.h"
 
 #include <QSignalSpy>
 
@@ -32,9 +30,13 @@ ProviderLimits limitsWith(LimitWindow window, ProviderStatus status = ok) {
     return limits;
 }
 
-/// Claude's alone.
-ProviderRow rowOf(const ProviderLimits& limits, const AttemptTimes& attempts = {}) {
-    const ProvidersKnown known{{claude}, {claude}, {{claude, limits}}, {{claude, attempts}}, {}};
+ProviderRow rowOf(const ProviderLimits& limits, const AttemptTimes& attempts = {},
+                  ProviderID provider = claude, bool liveLimits = true) {
+    const ProvidersKnown known{{provider},
+                               {provider},
+                               {{provider, limits}},
+                               {{provider, attempts}},
+                               {.claudeLiveLimits = liveLimits}};
     return providerRows(known, now, Calendar::utc()).front();
 }
 
@@ -78,7 +80,7 @@ TEST(LimitRows, AreDatedWhereTheyAreNotOfTheLatestAnswerAndOldAfterAQuarterOfAnH
         const auto bar = row.windows[0].value<LimitRow>();
         EXPECT_EQ(row.asOfText, asOf);
         EXPECT_EQ(bar.isOld, isOld) << asOf;
-        EXPECT_EQ(bar.level, LimitRow::Level::critical) << "old, and no less low";
+        EXPECT_EQ(bar.level, Level::Critical) << "old, and no less low";
     }
 }
 
@@ -107,7 +109,7 @@ TEST(LimitRows, TellCreditsInTheWordsThatTheNumbersAllow) {
         EXPECT_EQ(LimitTexts::credits(credits), text);
 }
 
-TEST(StatusNotices, SayWhatHelps) {
+TEST(LimitRows, SayWhatHelps) {
     using enum ProviderAction::Value;
     struct Case {
         ProviderID provider;
@@ -118,30 +120,26 @@ TEST(StatusNotices, SayWhatHelps) {
         const char* part;
     };
     for (const Case& c : {
-             Case{claude, ok, true, none, true, "no limits for this plan"},
-             {claude, signInNeeded, true, retry, false, "Using Claude Code renews it"},
-             {codex, signInNeeded, true, retry, false, "Using Codex renews it"},
-             {codex, unreachable, true, retry, false, "could not be reached"},
-             {codex, rateLimited, true, none, true, "by itself"},
-             {claude, accessDenied, true, allowAccess, false, "not allowed"},
-             {claude, unavailable, false, turnOnLiveLimits, true, "turned off"},
-             {codex, unavailable, false, retry, true, "No login was found"},
+             Case{claude, ok, true, None, true, "no limits for this plan"},
+             {claude, signInNeeded, true, Retry, false, "Using Claude Code renews it"},
+             {codex, signInNeeded, true, Retry, false, "Using Codex renews it"},
+             {codex, unreachable, true, Retry, false, "could not be reached"},
+             {codex, rateLimited, true, None, true, "by itself"},
+             {claude, accessDenied, true, AllowAccess, false, "not allowed"},
+             {claude, unavailable, false, TurnOnLiveLimits, true, "turned off"},
+             {codex, unavailable, false, Retry, true, "No login was found"},
          }) {
         ProviderLimits limits;
         limits.status = c.status;
-        const StatusNotice said = statusNotice(
-            {c.provider, &limits, {.claudeLiveLimits = c.liveLimits}, {}}, now, Calendar::utc());
-        EXPECT_THAT(said.sentence.toStdString(), ::testing::HasSubstr(c.part));
+        const ProviderRow said = rowOf(limits, {}, c.provider, c.liveLimits);
+        EXPECT_THAT(said.notice.toStdString(), ::testing::HasSubstr(c.part));
         EXPECT_EQ(said.action, c.action) << c.part;
-        EXPECT_EQ(said.isCalm, c.isCalm) << c.part;
-        EXPECT_EQ(said.actionText.isEmpty(), c.action == none) << c.part;
+        EXPECT_EQ(said.noticeIsCalm, c.isCalm) << c.part;
     }
-    ProviderLimits limits = limitsWith(sessionWindow(0.5), rateLimited);
     EXPECT_EQ(
-        statusNotice({claude, &limits, {}, now + Seconds{1200}}, now, Calendar::utc()).sentence,
+        rowOf(limitsWith(sessionWindow(0.5), rateLimited), {{}, {}, now + Seconds{1200}}).notice,
         "Claude limits how often Tokwatch may ask. Next try at\u00a018:00.");
-    EXPECT_EQ(statusNotice({claude, nullptr, {.mayAsk = false}, {}}, now, Calendar::utc()).action,
-              finishWelcome);
+    EXPECT_EQ(unknownLimitsNotice(claude, true, false).remedy, LimitNotice::Remedy::finishWelcome);
 }
 
 /// The popover on a computer that has Claude Code, whose limits are being asked for.
@@ -164,20 +162,20 @@ struct PopoverViewTest : ::testing::Test, testing::ViewWorld {
 
 TEST_F(PopoverViewTest, ActsForTheUser) {
     answer(ProviderStatus::unreachable);
-    view.usage()->act("claude", ProviderAction::retry);
+    view.usage()->act("claude", ProviderAction::Retry);
     EXPECT_EQ(source().attempts.size(), 1U) << "sooner than a retry may be";
     EXPECT_TRUE(view.countsDown());
     advance(31);
-    view.usage()->act("claude", ProviderAction::retry);
+    view.usage()->act("claude", ProviderAction::Retry);
     ASSERT_EQ(source().attempts.size(), 2U);
     answer(ProviderStatus::accessDenied);
     advance(60);
-    view.usage()->act("claude", ProviderAction::allowAccess);
+    view.usage()->act("claude", ProviderAction::AllowAccess);
     EXPECT_EQ(source().attempts.size(), 3U);
     preferences->claudeLiveLimits = false;
-    view.usage()->act("claude", ProviderAction::turnOnLiveLimits);
+    view.usage()->act("claude", ProviderAction::TurnOnLiveLimits);
     EXPECT_TRUE(preferences->claudeLiveLimits.peek());
-    view.usage()->act("nobody", ProviderAction::retry);
+    view.usage()->act("nobody", ProviderAction::Retry);
 }
 
 TEST_F(PopoverViewTest, FollowsLimitsSettingsAndTime) {

@@ -64,13 +64,12 @@ class SummaryPrinter {
     }
 
     void printHeadline() {
-        const std::string days =
-            summary.days == 1 ? "Today" : "Last " + counted(summary.days, "day");
         const std::string cost =
             MeterFormat::money(summary.totalCostUSD) + std::string(SummaryTexts::estimateSuffix);
         const std::string tokens = MeterFormat::tokens(summary.tokens.total()) + " tokens";
         const bool costFirst = unit == SummaryUnit::cost;
-        terminal.line(terminal.paint(Tone::bold, days + "  " + (costFirst ? cost : tokens)));
+        terminal.line(terminal.paint(Tone::bold, SummaryTexts::period(summary.days) + "  " +
+                                                     (costFirst ? cost : tokens)));
         terminal.line(terminal.paint(
             Tone::dim, (costFirst ? tokens : cost) + " · " + counted(summary.sessions, "session") +
                            " · cache savings " + MeterFormat::money(summary.cacheSavingsUSD)));

@@ -4,7 +4,6 @@
 #include "Tokwatch/Desktop/StatusAreaAdvice.h"
 #include "Tokwatch/Desktop/StatusAreaPlace.h"
 #include "Tokwatch/Preferences/Preferences.h"
-#include "Tokwatch/StatusItem/StatusMenu.h"
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 #include "Tokwatch/Views/Popover/PopoverView.h"
 #include "Tokwatch/Views/Settings/SettingsView.h"
@@ -212,16 +211,15 @@ QPoint AppDelegate::lastAnchor() const {
 
 void AppDelegate::makeStatusItem() {
     AppModel& model = application->model();
-    itemSource.emplace(model);
-    const StatusMenuActions actions{
+    const StatusActions actions{
+        .open = [this](QPoint anchor) { toggle(anchor); },
         .refresh = [&model] { model.refresh(); },
         .openSettings = [this] { openSettings(); },
         .checkForUpdates = {}, // updates come with the system's packages
         .quit = [] { QCoreApplication::quit(); },
     };
-    statusItem.emplace(
-        StatusItemSurroundings{bus.sessionBus(), scheduler, now, iconDirectory()}, *itemSource,
-        [this](QPoint anchor) { toggle(anchor); }, [actions] { return statusMenu(actions); });
+    statusItem.emplace(StatusItemSurroundings{bus.sessionBus(), scheduler, now, iconDirectory()},
+                       actions);
     contextMenu.emplace(runtime, scheduler, [actions] { return statusMenu(actions); });
     statusItem->onContextMenu = [this](QPoint anchor) { contextMenu->open(anchor); };
     // Where nothing is grabbed, the popover hears nothing of the press that opens it.
@@ -269,12 +267,13 @@ void AppDelegate::windowClosed() {
 
 void AppDelegate::observeTitle() {
     AppModel& model = application->model();
-    titleObserver.emplace(
-        [this, &model] { return statusTitle(preferences, model.limits(), model.now()); },
-        [this](const StatusTitle& title) { statusItem->apply(title); });
+    const auto content = [this, &model] {
+        return statusContent(preferences, model.limits(), model.now());
+    };
+    titleObserver.emplace(content, [this](const StatusContent& next) { statusItem->apply(next); });
     titleObserver->arm();
-    statusTimer = scheduler.every(titleInterval, [this, &model] {
-        statusItem->apply(statusTitle(preferences, model.limits(), model.now()));
+    statusTimer = scheduler.every(titleInterval, [this, content] {
+        statusItem->apply(content());
         if (popoverWindow->isShown()) viewClock->advance();
     });
 }
@@ -297,7 +296,7 @@ void AppDelegate::makeWindows() {
         ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, {560, 300}});
     onboarding.emplace(runtime, scheduler,
                        HostedWindow::Content{onboardingSource, [this] { return makeWelcome(); }},
-                       ContentWindow::Frame{OnboardingView::title(), {500, 400}});
+                       ContentWindow::Frame{QStringLiteral("Welcome to Tokwatch"), {500, 400}});
     for (ContentWindow* window : {&*settingsWindow, &*onboarding})
         connect(window, &ContentWindow::closed, this, &AppDelegate::windowClosed);
 }

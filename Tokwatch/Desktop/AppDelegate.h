@@ -12,7 +12,6 @@
 #include "Tokwatch/Desktop/QmlRuntime.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
-#include "Tokwatch/StatusItem/ModelStatusItemSource.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 
 #include <QObject>
@@ -89,9 +88,8 @@ class AppDelegate : public QObject {
     std::optional<PopoverWindow> popoverWindow;
     std::optional<PopoverController> popover;
     std::optional<ContextMenuWindow> contextMenu;
-    std::optional<ModelStatusItemSource> itemSource;
     std::optional<MeterStatusItem> statusItem;
-    std::optional<ObservingUpdater<StatusTitle>> titleObserver;
+    std::optional<ObservingUpdater<StatusContent>> titleObserver;
     std::unique_ptr<ScheduledCall> statusTimer;
     std::unique_ptr<ScheduledCall> countdown; ///< while the popover is open
     QPropertyNotifier dockIconNotifier;

@@ -10,6 +10,9 @@ Q_IMPORT_QML_PLUGIN(Tokwatch_CommonPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_MenuPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_OnboardingPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_PopoverPlugin)
+Q_IMPORT_QML_PLUGIN(Tokwatch_Popover_ModelsPlugin)
+Q_IMPORT_QML_PLUGIN(Tokwatch_Popover_StatsPlugin)
+Q_IMPORT_QML_PLUGIN(Tokwatch_Popover_UsagePlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_SettingsPlugin)
 
 namespace tokwatch {

@@ -6,7 +6,7 @@
 #include "Platform/Linux/ProcessLocale.h"
 #include "Platform/Linux/QtScheduler.h"
 #include "Platform/Linux/TerminationSignals.h"
-#include "Tokwatch/Pictures/ApplicationIcon.h"
+#include "Tokwatch/Pictures/Marks.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Limits/URLSessionHTTPClient.h"
 

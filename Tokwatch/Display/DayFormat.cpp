@@ -1,6 +1,7 @@
 #include "Tokwatch/Display/DayFormat.h"
 
 #include <array>
+#include <cmath>
 #include <string_view>
 
 namespace tokwatch {
@@ -23,6 +24,10 @@ std::string_view monthName(const Calendar::Fields& fields) {
 std::string clockTime(const Calendar::Fields& fields) {
     const std::string minute = std::to_string(fields.minute);
     return std::to_string(fields.hour) + (fields.minute < 10 ? ":0" : ":") + minute;
+}
+
+std::string whole(double number) {
+    return std::to_string(static_cast<std::int64_t>(number));
 }
 
 } // namespace
@@ -67,6 +72,26 @@ std::string DayFormat::spoken(Date date, const Calendar& calendar) {
     const Calendar::Fields fields = calendar.fields(date);
     return std::string(weekday(fields)) + ", " + std::string(monthName(fields)) + " " +
            std::to_string(fields.day) + ", " + std::to_string(fields.year);
+}
+
+std::string TimeTexts::age(Date moment, Date now, const Calendar& calendar) {
+    const double seconds = Seconds(now - moment).count();
+    // A clock that was set back makes the moment lie ahead: that is as good as now.
+    if (seconds < 60) return "just now";
+    if (seconds < 3600) return whole(seconds / 60) + " min ago";
+    if (seconds < 86'400) return whole(seconds / 3600) + " h ago";
+    return DayFormat::moment(moment, now, calendar);
+}
+
+std::string TimeTexts::updated(std::optional<Date> usage, std::optional<Date> limits, Date now,
+                               const Calendar& calendar) {
+    return (usage ? "Updated " + age(*usage, now, calendar) : "") +
+           (limits ? " · limits " + age(*limits, now, calendar) : "");
+}
+
+std::string TimeTexts::remaining(Date moment, Date now) {
+    const double seconds = std::ceil(Seconds(moment - now).count());
+    return seconds < 60 ? whole(seconds) + " s" : whole(std::ceil(seconds / 60)) + " min";
 }
 
 } // namespace tokwatch

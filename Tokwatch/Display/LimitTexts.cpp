@@ -3,10 +3,21 @@
 #include "Tokwatch/Display/DayFormat.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
 
+#include <cmath>
+
 namespace tokwatch {
 namespace {
 
 using enum LimitNotice::Remedy;
+
+std::string percent(double fraction) {
+    return std::to_string(std::lround(fraction * 100)) + "%";
+}
+
+/// Of a provider that nobody asks because the user does not want it.
+LimitNotice liveLimitsAreOff() {
+    return {"Live limits are turned off.", true, turnOnLiveLimits};
+}
 
 LimitNotice unavailable(ProviderID provider, const std::string& tool, bool claudeLiveLimits) {
     if (provider == ProviderID::claude && !claudeLiveLimits) return liveLimitsAreOff();
@@ -36,8 +47,41 @@ std::string LimitTexts::credits(const Credits& credits) {
     return credits.limitUSD ? "limit " + money(*credits.limitUSD) : "";
 }
 
-LimitNotice liveLimitsAreOff() {
-    return {"Live limits are turned off.", true, turnOnLiveLimits};
+std::string LimitTexts::pace(const LimitBarModel& bar) {
+    if (!bar.timeLeftFraction) return "";
+    return percent(1 - bar.leftFraction) + " used in " + percent(1 - *bar.timeLeftFraction) +
+           " of the time";
+}
+
+std::string LimitTexts::timeMark(const LimitBarModel& bar) {
+    if (!bar.timeLeftFraction) return "";
+    return "This mark is time: " + percent(*bar.timeLeftFraction) +
+           " of this limit's period is left";
+}
+
+std::string LimitTexts::retry(std::optional<Date> lastAttempt, std::optional<Date> nextRetry,
+                              Date now, const Calendar& calendar) {
+    if (!lastAttempt || !nextRetry || *nextRetry <= now) return "";
+    return "tried " + TimeTexts::age(*lastAttempt, now, calendar) + " · again in " +
+           TimeTexts::remaining(*nextRetry, now);
+}
+
+std::string LimitTexts::nextTry(std::optional<Date> moment, Date now, const Calendar& calendar) {
+    if (!moment || *moment <= now) return "It asks again by itself.";
+    return "Next try at\u00a0" + DayFormat::coming(*moment, now, calendar) + ".";
+}
+
+std::string LimitTexts::quiet(ProviderID provider, bool isPresent) {
+    const std::string name(displayName(provider));
+    if (!isPresent) return name + " was not found";
+    return name +
+           (provider == ProviderID::grok ? " publishes no limits" : " has no usage data yet");
+}
+
+LimitNotice unknownLimitsNotice(ProviderID provider, bool claudeLiveLimits, bool mayAsk) {
+    if (provider == ProviderID::claude && !claudeLiveLimits) return liveLimitsAreOff();
+    if (mayAsk) return {"Looking up the limits…"};
+    return {"The limits are asked for once the welcome is finished.", true, finishWelcome};
 }
 
 LimitNotice limitNotice(ProviderID provider, const ProviderLimits& limits, bool claudeLiveLimits) {

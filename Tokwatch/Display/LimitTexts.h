@@ -4,6 +4,7 @@
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Support/Calendar.h"
 
+#include <optional>
 #include <string>
 
 namespace tokwatch {
@@ -15,11 +16,23 @@ struct LimitTexts {
                              const Calendar& calendar);
     /// "$12.40 of $50.00 used", "$4.20 left", "unlimited"; empty when nothing is known.
     static std::string credits(const Credits& credits);
+    /// "60% used in 50% of the time"; empty when the time is unknown.
+    static std::string pace(const LimitBarModel& bar);
+    /// What a mark on a limit's bar tells, in a sentence; empty when the time is unknown.
+    static std::string timeMark(const LimitBarModel& bar);
+    /// When a service was asked last and a retry asks again: "tried just now · again in 24 s";
+    /// empty when that is at once.
+    static std::string retry(std::optional<Date> lastAttempt, std::optional<Date> nextRetry,
+                             Date now, const Calendar& calendar);
+    /// When a service is asked again by itself, in a sentence.
+    static std::string nextTry(std::optional<Date> moment, Date now, const Calendar& calendar);
+    /// Of a provider without limits to show: "Grok publishes no limits".
+    static std::string quiet(ProviderID provider, bool isPresent);
 };
 
 /// What a provider's status means to the user, and the one thing that helps.
 struct LimitNotice {
-    enum class Remedy { none, retry, allowAccess, turnOnLiveLimits };
+    enum class Remedy { none, retry, allowAccess, turnOnLiveLimits, finishWelcome };
 
     std::string sentence; ///< empty when there is nothing to say
     bool isCalm = true;   ///< nothing is wrong
@@ -28,7 +41,7 @@ struct LimitNotice {
     friend bool operator==(const LimitNotice&, const LimitNotice&) = default;
 };
 LimitNotice limitNotice(ProviderID provider, const ProviderLimits& limits, bool claudeLiveLimits);
-/// The notice of a provider that nobody asks because the user does not want it.
-LimitNotice liveLimitsAreOff();
+/// Of a provider that nothing is known of yet. `mayAsk`: the welcome is finished.
+LimitNotice unknownLimitsNotice(ProviderID provider, bool claudeLiveLimits, bool mayAsk);
 
 } // namespace tokwatch

@@ -6,7 +6,7 @@
 #include "TokwatchCore/Presentation/WindowLabel.h"
 
 #include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace tokwatch {
 namespace {
@@ -75,6 +75,12 @@ void showWindow(StatusTitle& title, const Preferences& preferences, const Provid
     title.isOld = LimitAge::isOld(window, limits.fetchedAt, now);
 }
 
+/// Whose limit the title shows: the pinned provider's, or while that is turned off the first one's.
+ProviderID shownProvider(const Preferences& preferences, const std::vector<ProviderID>& enabled) {
+    const ProviderID pinned = preferences.pinnedProvider;
+    return std::ranges::count(enabled, pinned) > 0 ? pinned : enabled.front();
+}
+
 /// The title without its text.
 StatusTitle icon(const Preferences& preferences, const std::vector<ProviderID>& enabled,
                  const LimitsByProvider& limits, Date now) {
@@ -114,48 +120,32 @@ StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& 
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
     StatusTitle title = icon(preferences, enabled, limits, now);
     if (enabled.empty() || preferences.menuBarStyle == MenuBarStyle::icon) return title;
-    const ProviderID pinned = preferences.pinnedProvider;
-    title.provider = std::ranges::count(enabled, pinned) > 0 ? pinned : enabled.front();
+    title.provider = shownProvider(preferences, enabled);
     if (const auto* window = menuBarWindow(preferences, limits, *title.provider, now))
         showWindow(title, preferences, limits.at(*title.provider), *window, now);
     return title;
 }
 
-StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now,
-                        const WindowChoice& choice) {
+StatusContent statusContent(const Preferences& preferences, const LimitsByProvider& limits,
+                            Date now) {
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
-    const ProviderLimits* known = limitsOf(limits, choice.provider);
-    if (!known || known->windows.empty() || std::ranges::count(enabled, choice.provider) == 0)
-        return statusTitle(preferences, limits, now);
-    const LimitWindow* window = windowWithID(*known, choice.windowID);
-    if (!window) window = menuBarWindow(preferences, choice.provider, *known, now);
-    StatusTitle title = icon(preferences, enabled, limits, now);
-    title.provider = choice.provider;
-    title.tooltip = tooltipLine(choice.provider, *window, now);
-    showWindow(title, preferences, *known, *window, now);
-    return title;
-}
-
-std::string limitLine(const LimitsByProvider& limits, Date now, const WindowChoice& choice) {
-    const ProviderLimits* known = limitsOf(limits, choice.provider);
-    const LimitWindow* window = known ? windowWithID(*known, choice.windowID) : nullptr;
-    return window ? tooltipLine(choice.provider, *window, now) : std::string();
-}
-
-std::vector<WindowChoice> windowChoices(const LimitsByProvider& limits, ProviderID provider) {
-    std::vector<WindowChoice> choices;
-    if (const ProviderLimits* known = limitsOf(limits, provider))
-        for (const LimitWindow& window : known->windows)
-            choices.push_back({provider, window.id, windowLabel(window)});
-    return choices;
-}
-
-std::vector<WindowChoice> windowChoices(const Preferences& preferences,
-                                        const LimitsByProvider& limits) {
-    std::vector<WindowChoice> choices;
-    for (const ProviderID provider : preferences.enabledProviders())
-        std::ranges::move(windowChoices(limits, provider), std::back_inserter(choices));
-    return choices;
+    StatusContent content{statusTitle(preferences, limits, now), {}};
+    for (const ProviderID provider : enabled) {
+        const ProviderLimits* known = limitsOf(limits, provider);
+        if (!known) continue;
+        const LimitWindow* usual = provider == shownProvider(preferences, enabled)
+                                       ? menuBarWindow(preferences, provider, *known, now)
+                                       : nullptr;
+        for (const LimitWindow& window : known->windows) {
+            StatusTitle title = icon(preferences, enabled, limits, now);
+            title.provider = provider;
+            title.tooltip = tooltipLine(provider, window, now);
+            showWindow(title, preferences, *known, window, now);
+            title.text = windowLabel(window) + ' ' + *title.text;
+            content.steps.push_back({provider, window.id, &window == usual, std::move(title)});
+        }
+    }
+    return content;
 }
 
 } // namespace tokwatch

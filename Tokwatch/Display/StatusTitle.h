@@ -30,28 +30,27 @@ struct StatusTitle {
 /// computation follows the settings.
 StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now);
 
-/// One limit of one provider, as the title can show it.
-struct WindowChoice {
-    ProviderID provider;
+/// One limit of one provider: a step of scrolling over the item, an entry of its menu.
+struct LimitStep {
+    ProviderID provider = ProviderID::claude;
     std::string windowID;
-    std::string label; ///< "Session"
+    bool isUsual = false; ///< the title shows it, or would with text
+    /// What the item shows while it was scrolled here, whatever the settings choose: "Weekly 66%".
+    /// The tooltip is the limit in words: "Claude · Weekly 66% left · resets in 2d 4h".
+    StatusTitle title;
 
-    friend bool operator==(const WindowChoice&, const WindowChoice&) = default;
+    friend bool operator==(const LimitStep&, const LimitStep&) = default;
 };
 
-/// What the title can show of a provider, in the provider's order.
-std::vector<WindowChoice> windowChoices(const LimitsByProvider& limits, ProviderID provider);
-/// The same of all enabled providers, in the user's order: the steps of scrolling over the item.
-std::vector<WindowChoice> windowChoices(const Preferences& preferences,
-                                        const LimitsByProvider& limits);
+/// All that the status area shows.
+struct StatusContent {
+    StatusTitle title;
+    std::vector<LimitStep> steps; ///< of the enabled providers, in the user's order
 
-/// The title showing this choice whatever the settings choose; its tooltip names it. When the
-/// window is gone, the provider's usual one; when the provider is, or is disabled, the usual title.
-StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now,
-                        const WindowChoice& choice);
-
-/// "Claude · Session 42% left · resets in 3h 5m"; empty when the limit is gone.
-std::string limitLine(const LimitsByProvider& limits, Date now, const WindowChoice& choice);
+    friend bool operator==(const StatusContent&, const StatusContent&) = default;
+};
+StatusContent statusContent(const Preferences& preferences, const LimitsByProvider& limits,
+                            Date now);
 
 /// The window closest to running out: the smallest part left among those that have not reset yet,
 /// or among all when all have; the first of equals. Null without windows.

@@ -1,6 +1,7 @@
 #include "Tokwatch/Display/SummaryDisplay.h"
 
 #include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/SummaryTexts.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
 #include "TokwatchCore/Support/Amounts.h"
 #include "TokwatchCore/Support/CheckedArithmetic.h"
@@ -17,17 +18,32 @@ std::string costText(std::optional<double> usd, bool approximate) {
     return (usd && approximate ? "~" : "") + MeterFormat::money(usd);
 }
 
-void addIfAny(std::vector<SummaryDisplay::Segment>& segments, const char* label,
-              std::int64_t tokens) {
+void addIfAny(std::vector<SummaryDisplay::Segment>& segments, TokenPart part, std::int64_t tokens) {
     if (tokens > 0)
-        segments.push_back({label, static_cast<double>(tokens), MeterFormat::tokens(tokens)});
+        segments.push_back({part, static_cast<double>(tokens), MeterFormat::tokens(tokens)});
 }
 
-void addIfAny(std::vector<SummaryDisplay::Segment>& segments, const char* label, double usd) {
-    if (usd > 0) segments.push_back({label, usd, MeterFormat::money(usd)});
+void addIfAny(std::vector<SummaryDisplay::Segment>& segments, TokenPart part, double usd) {
+    if (usd > 0) segments.push_back({part, usd, MeterFormat::money(usd)});
 }
 
 } // namespace
+
+std::string_view labelOf(TokenPart part) {
+    switch (part) {
+    case TokenPart::input:
+        return "Input";
+    case TokenPart::cacheRead:
+        return "Cache read";
+    case TokenPart::cacheWrite:
+        return "Cache write";
+    case TokenPart::output:
+        return "Output";
+    case TokenPart::other:
+        return "Other";
+    }
+    return "";
+}
 
 std::vector<UsageSummary::ModelRow>
 SummaryDisplay::ranked(std::vector<UsageSummary::ModelRow> models, SummaryUnit unit) {
@@ -67,32 +83,53 @@ SummaryDisplay::Row SummaryDisplay::row(const UsageSummary::DayRow& day, int ran
             share};
 }
 
+std::string SummaryDisplay::spoken(const Row& row, SummaryUnit unit) {
+    std::string spoken = row.title;
+    if (row.provider) spoken.append(", ").append(displayName(*row.provider));
+    spoken += row.cost == unknown         ? ", price unknown"
+              : row.cost.starts_with('~') ? ", about " + row.cost.substr(1)
+                                          : ", " + row.cost;
+    spoken += ", " + row.tokens + " tokens";
+    if (row.share == unknown) return spoken;
+    return spoken + ", " + row.share + (unit == SummaryUnit::cost ? " of cost" : " of tokens");
+}
+
+std::string SummaryDisplay::notes(const UsageSummary& summary) {
+    std::string notes;
+    if (summary.hasUnknownPrices) notes = SummaryTexts::excludesUnknownPrices;
+    const auto isShownApproximate = [](const UsageSummary::ModelRow& row) {
+        return row.costUSD && row.approximate;
+    };
+    if (std::ranges::any_of(summary.models, isShownApproximate))
+        notes.append(notes.empty() ? "" : "\n")
+            .append("~ Priced like a similar model, or as its tool reported");
+    return notes;
+}
+
 std::vector<SummaryDisplay::Segment> SummaryDisplay::segments(const UsageSummary& summary,
                                                               SummaryUnit unit) {
     std::vector<Segment> segments;
     if (unit == SummaryUnit::tokens) {
-        addIfAny(segments, "Input", summary.tokens.uncachedInput);
-        addIfAny(segments, "Cache read", summary.tokens.cacheRead);
-        addIfAny(segments, "Cache write", summary.tokens.cacheWrite());
-        addIfAny(segments, "Output", summary.tokens.output);
+        addIfAny(segments, TokenPart::input, summary.tokens.uncachedInput);
+        addIfAny(segments, TokenPart::cacheRead, summary.tokens.cacheRead);
+        addIfAny(segments, TokenPart::cacheWrite, summary.tokens.cacheWrite());
+        addIfAny(segments, TokenPart::output, summary.tokens.output);
     } else {
-        addIfAny(segments, "Input", summary.costByType.input);
-        addIfAny(segments, "Cache read", summary.costByType.cacheRead);
-        addIfAny(segments, "Cache write", summary.costByType.cacheWrite);
-        addIfAny(segments, "Output", summary.costByType.output);
-        addIfAny(segments, "Other", summary.costByType.other);
+        addIfAny(segments, TokenPart::input, summary.costByType.input);
+        addIfAny(segments, TokenPart::cacheRead, summary.costByType.cacheRead);
+        addIfAny(segments, TokenPart::cacheWrite, summary.costByType.cacheWrite);
+        addIfAny(segments, TokenPart::output, summary.costByType.output);
+        addIfAny(segments, TokenPart::other, summary.costByType.other);
     }
     return segments;
 }
 
-std::vector<SummaryDisplay::Stat> SummaryDisplay::tokenStatistics(const UsageSummary& summary) {
+SummaryDisplay::TokenStatistics SummaryDisplay::tokenStatistics(const UsageSummary& summary) {
     const TokenCounts& tokens = summary.tokens;
-    return {
-        {"Processed tokens", MeterFormat::tokens(tokens.total())},
-        {"Cached input", MeterFormat::tokens(checkedAdd(tokens.cacheRead, tokens.cacheWrite()))},
-        {"Uncached input", MeterFormat::tokens(tokens.uncachedInput)},
-        {"Output", MeterFormat::tokens(tokens.output)},
-        {"Cache savings", MeterFormat::money(summary.cacheSavingsUSD)}};
+    return {MeterFormat::tokens(tokens.total()),
+            MeterFormat::tokens(checkedAdd(tokens.cacheRead, tokens.cacheWrite())),
+            MeterFormat::tokens(tokens.uncachedInput), MeterFormat::tokens(tokens.output),
+            MeterFormat::money(summary.cacheSavingsUSD)};
 }
 
 std::vector<SummaryDisplay::ToolLine> SummaryDisplay::toolLines(const UsageSummary& summary,

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tokwatch {
@@ -13,20 +14,28 @@ namespace tokwatch {
 /// What the breakdown table has a row for.
 enum class BreakdownMode { model, day };
 
+/// What tokens were spent on, or their cost.
+enum class TokenPart { input, cacheRead, cacheWrite, output, other };
+/// "Cache read"
+std::string_view labelOf(TokenPart part);
+
 /// A usage summary as texts and amounts, ready to be laid out. Every surface that shows a summary
 /// draws from here.
 struct SummaryDisplay {
     /// One part of the stacked bar.
     struct Segment {
-        std::string label;
+        TokenPart part = TokenPart::input;
         double amount = 0;
         std::string text;
         friend bool operator==(const Segment&, const Segment&) = default;
     };
-    struct Stat {
-        std::string label;
-        std::string value;
-        friend bool operator==(const Stat&, const Stat&) = default;
+    struct TokenStatistics {
+        std::string processed;
+        std::string cachedInput;
+        std::string uncachedInput;
+        std::string output;
+        std::string cacheSavings; ///< in money
+        friend bool operator==(const TokenStatistics&, const TokenStatistics&) = default;
     };
     struct ToolLine {
         ProviderID provider = ProviderID::claude;
@@ -52,8 +61,7 @@ struct SummaryDisplay {
 
     /// The bar's parts above zero, in their fixed order.
     static std::vector<Segment> segments(const UsageSummary& summary, SummaryUnit unit);
-    /// Always the same five.
-    static std::vector<Stat> tokenStatistics(const UsageSummary& summary);
+    static TokenStatistics tokenStatistics(const UsageSummary& summary);
     static std::vector<ToolLine> toolLines(const UsageSummary& summary, SummaryUnit unit);
 
     /// The models by what they used of the unit, the most first.
@@ -62,6 +70,10 @@ struct SummaryDisplay {
     static Row row(const UsageSummary::ModelRow& model, int rank, SummaryUnit unit);
     static Row row(const UsageSummary::DayRow& day, int rank, const UsageSummary& summary,
                    SummaryUnit unit, const Calendar& calendar);
+    /// The row in a sentence: "opus, Claude, about $7.50, 1.00K tokens, 75.0% of cost".
+    static std::string spoken(const Row& row, SummaryUnit unit);
+    /// What the numbers leave out or guess, a line each; none when nothing.
+    static std::string notes(const UsageSummary& summary);
     /// All rows: the models ranked, or the days from the newest.
     static std::vector<Row> breakdown(const UsageSummary& summary, BreakdownMode mode,
                                       SummaryUnit unit, const Calendar& calendar);

@@ -4,6 +4,10 @@
 
 namespace tokwatch {
 
+std::string SummaryTexts::period(std::int64_t days) {
+    return days == 1 ? "Today" : "Last " + counted(days, "day");
+}
+
 std::string SummaryTexts::noUsage(std::int64_t days) {
     return "No usage in the last " + counted(days, "day");
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tokwatch/Display/Severity.h"
 #include "TokwatchCore/Records/ProviderID.h"
 
 #include <QColor>
@@ -29,5 +30,21 @@ QImage gaugePicture(int percentLeft, const Ink& ink, int side);
 /// that the picture keeps its width while they count.
 QImage titlePicture(std::optional<ProviderID> provider, const QString& text, const Ink& ink,
                     int height);
+
+/// The colour of the item on a dark or a light panel: the panel's own text colour, orange for a
+/// warning, red when critical. Each stands out from its panel by at least 4.5 to 1.
+QColor statusTint(Severity severity, bool onDarkPanel);
+
+/// How a number that is no longer current is drawn: the same colour, fainter.
+inline constexpr float oldOpacity = 0.55F;
+
+/// What the item is drawn with.
+struct InkChoice {
+    Severity severity = Severity::normal;
+    bool onDarkPanel = false;
+    bool hasHalo = false; ///< keeps the drawing legible where the panel's tone is not certain
+    bool isOld = false;
+};
+Ink statusInk(const InkChoice& choice);
 
 } // namespace tokwatch

@@ -1,12 +1,11 @@
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
 
-#include "Tokwatch/StatusItem/StatusTint.h"
+#include "Tokwatch/Pictures/StatusPictures.h"
 
 #include <QCursor>
 
 #include <algorithm>
 #include <array>
-#include <functional>
 #include <iterator>
 #include <utility>
 
@@ -42,11 +41,22 @@ QString widthGuide(QString text) {
 
 } // namespace
 
-MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusItemSource& itemSource,
-                                 std::function<void(QPoint)> clicked,
-                                 kivo::DBusMenu::Builder menuBuilder)
-    : source(itemSource), scheduler(surroundings.scheduler), now(std::move(surroundings.now)),
-      onClick(std::move(clicked)), buildMenu(std::move(menuBuilder)),
+std::vector<kivo::MenuEntry> statusMenu(const StatusActions& actions) {
+    std::vector<kivo::MenuEntry> entries{
+        {QStringLiteral("Refresh"), QKeySequence(Qt::CTRL | Qt::Key_R), actions.refresh},
+        {QStringLiteral("Settings…"), QKeySequence(Qt::CTRL | Qt::Key_Comma), actions.openSettings},
+    };
+    if (actions.checkForUpdates)
+        entries.push_back({QStringLiteral("Check for Updates…"), {}, actions.checkForUpdates});
+    entries.push_back(kivo::MenuEntry::separator());
+    entries.push_back(
+        {QStringLiteral("Quit Tokwatch"), QKeySequence(Qt::CTRL | Qt::Key_Q), actions.quit});
+    return entries;
+}
+
+MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusActions itemActions)
+    : scheduler(surroundings.scheduler), now(std::move(surroundings.now)),
+      actions(std::move(itemActions)),
       host(surroundings.bus, nullptr, std::move(surroundings.processName)),
       tone(surroundings.bus, host, nullptr, std::move(surroundings.panelTextColour)),
       item(surroundings.bus, QStringLiteral("TokwatchStatusItem"), QStringLiteral("Tokwatch")),
@@ -55,10 +65,9 @@ MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusItem
       icons(std::move(surroundings.iconDirectory)) {
     using Item = kivo::StatusNotifierItem;
     // The item and its siblings end together, so its context covers all that the calls touch.
-    QObject::connect(&item, &Item::activated, &item, [this](QPoint position) {
-        if (onClick) onClick(position);
-    });
-    QObject::connect(&item, &Item::secondaryActivated, &item, [this] { source.refresh(); });
+    QObject::connect(&item, &Item::activated, &item,
+                     [this](QPoint position) { actions.open(position); });
+    QObject::connect(&item, &Item::secondaryActivated, &item, [this] { actions.refresh(); });
     QObject::connect(&item, &Item::contextMenuRequested, &item, [this](QPoint position) {
         if (onContextMenu) onContextMenu(position);
     });
@@ -85,24 +94,22 @@ void MeterStatusItem::tellHost() {
 }
 
 std::vector<kivo::MenuEntry> MeterStatusItem::menuEntries() const {
-    std::vector<kivo::MenuEntry> common = buildMenu();
+    std::vector<kivo::MenuEntry> common = statusMenu(actions);
     if (!host.area().opensMenu) return common;
     // A click gives the menu, so the menu is the way in, and tells what the popover would.
-    const std::function<void()> open = [this] {
-        if (onClick) onClick(QCursor::pos());
-    };
+    const std::function<void()> open = [this] { actions.open(QCursor::pos()); };
     std::vector<kivo::MenuEntry> entries{{QStringLiteral("Open Tokwatch"), {}, open},
                                          kivo::MenuEntry::separator()};
-    for (const WindowChoice& limit : source.choices())
-        entries.push_back({QString::fromStdString(source.line(limit)), {}, open});
+    if (content)
+        for (const LimitStep& limit : content->steps)
+            entries.push_back({QString::fromStdString(limit.title.tooltip), {}, open});
     if (!entries.back().isSeparator()) entries.push_back(kivo::MenuEntry::separator());
     std::ranges::move(common, std::back_inserter(entries));
     return entries;
 }
 
-void MeterStatusItem::apply(const StatusTitle& title) {
-    if (title == currentTitle) return;
-    currentTitle = title;
+void MeterStatusItem::apply(const StatusContent& next) {
+    content = next;
     update();
 }
 
@@ -113,18 +120,25 @@ void MeterStatusItem::setPopoverOpen(bool isOpen) {
 
 void MeterStatusItem::scroll(int delta) {
     const int steps = stepper.steps(delta, host.area().wheelNotch, now().time_since_epoch());
-    if (steps != 0 && currentTitle) choose(steps);
+    if (steps != 0 && content && !content->steps.empty()) choose(steps);
+}
+
+const LimitStep* MeterStatusItem::chosen() const {
+    if (!choice) return nullptr;
+    const auto found = std::ranges::find_if(content->steps, [this](const LimitStep& step) {
+        return step.provider == choice->provider && step.windowID == choice->windowID;
+    });
+    return found == content->steps.end() ? nullptr : &*found;
 }
 
 void MeterStatusItem::choose(int steps) {
-    const std::vector<WindowChoice> choices = source.choices();
-    if (choices.empty()) return;
-    const std::optional<WindowChoice> from = choice ? choice : source.usualChoice();
-    const auto found = from ? std::ranges::find(choices, *from) : choices.end();
-    const auto count = static_cast<std::ptrdiff_t>(choices.size());
-    const std::ptrdiff_t start = found == choices.end() ? 0 : found - choices.begin();
-    const std::ptrdiff_t index = ((start + steps) % count + count) % count;
-    choice = choices[static_cast<std::size_t>(index)];
+    const std::vector<LimitStep>& limits = content->steps;
+    const auto usual = std::ranges::find(limits, true, &LimitStep::isUsual);
+    const LimitStep* from = chosen();
+    if (from == nullptr) from = usual == limits.end() ? limits.data() : &*usual;
+    const auto count = static_cast<std::ptrdiff_t>(limits.size());
+    const std::ptrdiff_t index = ((from - limits.data() + steps) % count + count) % count;
+    choice = limits[static_cast<std::size_t>(index)];
     choiceEnd = scheduler.after(choiceTime, [this] {
         choice.reset();
         update();
@@ -133,7 +147,7 @@ void MeterStatusItem::choose(int steps) {
 }
 
 void MeterStatusItem::update() {
-    if (!currentTitle) return;
+    if (!content) return;
     Face next = face();
     if (next == drawn) return;
     draw(next);
@@ -141,11 +155,9 @@ void MeterStatusItem::update() {
 }
 
 MeterStatusItem::Face MeterStatusItem::face() const {
-    Face face{*currentTitle, {}, host.area(), tone.isDark(), tone.isGuess(), popoverOpen};
-    if (!choice) return face;
-    face.title = source.title(*choice);
-    face.prefix = choice->label + " ";
-    return face;
+    const LimitStep* limit = chosen();
+    return {limit != nullptr ? limit->title : content->title, host.area(), tone.isDark(),
+            tone.isGuess(), popoverOpen};
 }
 
 void MeterStatusItem::draw(const Face& face) {
@@ -154,7 +166,7 @@ void MeterStatusItem::draw(const Face& face) {
     const bool needsEdge = face.toneIsGuess || face.area.kind == StatusAreaKind::square;
     const InkChoice kind{title.severity, face.onDarkPanel, needsEdge, title.isOld};
     const Ink ink = statusInk(kind);
-    const QString text = title.text ? QString::fromStdString(face.prefix + *title.text) : QString();
+    const QString text = QString::fromStdString(title.text.value_or(""));
 
     kivo::StatusIcon icon;
     QString label;

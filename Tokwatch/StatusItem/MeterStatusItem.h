@@ -9,8 +9,6 @@
 #include "Tokwatch/Display/StatusTitle.h"
 #include "Tokwatch/Pictures/StatusPictures.h"
 #include "Tokwatch/StatusItem/NamedIcons.h"
-#include "Tokwatch/StatusItem/StatusItemSource.h"
-#include "Tokwatch/StatusItem/StatusTint.h"
 #include "TokwatchCore/Support/Date.h"
 
 #include <QDBusConnection>
@@ -35,6 +33,18 @@ struct StatusItemSurroundings {
     kivo::PanelTone::TextColour panelTextColour = kivo::PanelTone::systemTextColour;
 };
 
+/// What is asked of the application.
+struct StatusActions {
+    std::function<void(QPoint)> open; ///< a click, and where
+    std::function<void()> refresh;
+    std::function<void()> openSettings;
+    std::function<void()> checkForUpdates; ///< none when updates cannot be looked for
+    std::function<void()> quit;
+};
+
+/// The context menu of every item.
+std::vector<kivo::MenuEntry> statusMenu(const StatusActions& actions);
+
 /// The meter in the desktop's status area. How it is drawn follows the host: live text beside the
 /// mark, mark and text in one wide picture, or the number inside a square one; never two of them.
 /// Main thread only.
@@ -46,12 +56,11 @@ class MeterStatusItem {
     /// programs of a session start side by side.
     static constexpr Seconds hostGrace{3};
 
-    MeterStatusItem(StatusItemSurroundings surroundings, StatusItemSource& source,
-                    std::function<void(QPoint)> onClick, kivo::DBusMenu::Builder menu);
+    MeterStatusItem(StatusItemSurroundings surroundings, StatusActions actions);
 
-    /// Shows the title; nothing is drawn or sent when it equals the one shown.
-    void apply(const StatusTitle& title);
-    const std::optional<StatusTitle>& current() const { return currentTitle; }
+    /// Shows the title, or the limit that was scrolled to; nothing is drawn or sent when that
+    /// equals what is shown.
+    void apply(const StatusContent& content);
 
     /// While it is open, there is no tooltip.
     void setPopoverOpen(bool isOpen);
@@ -78,7 +87,6 @@ class MeterStatusItem {
     /// All that the drawing depends on.
     struct Face {
         StatusTitle title;
-        std::string prefix; ///< names the limit while it was chosen by scrolling
         kivo::StatusArea area;
         bool onDarkPanel = false;
         bool toneIsGuess = false;
@@ -91,16 +99,16 @@ class MeterStatusItem {
     void tellHost();
     void scroll(int delta);
     void choose(int steps);
+    /// The limit that was scrolled to; null for none, and once it is gone.
+    const LimitStep* chosen() const;
     void update();
     Face face() const;
     void draw(const Face& face);
     kivo::StatusIcon markIcon(const Face& face, const InkChoice& ink);
 
-    StatusItemSource& source;
     Scheduler& scheduler;
     Clock now;
-    std::function<void(QPoint)> onClick;
-    kivo::DBusMenu::Builder buildMenu;
+    StatusActions actions;
 
     kivo::StatusAreaHost host;
     kivo::PanelTone tone;
@@ -111,10 +119,10 @@ class MeterStatusItem {
     bool hostKnown = false;
     bool popoverOpen = false;
     std::unique_ptr<ScheduledCall> hostMissed;
-    std::optional<StatusTitle> currentTitle;
+    std::optional<StatusContent> content;
     std::optional<Face> drawn;
     kivo::ScrollStepper stepper;
-    std::optional<WindowChoice> choice;
+    std::optional<LimitStep> choice; ///< as it was when it was scrolled to
     std::unique_ptr<ScheduledCall> choiceEnd;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/StatusItem/StatusTint.h"
+#include "Tokwatch/Pictures/StatusPictures.h"
 #include "TokwatchCore/Records/ProviderID.h"
 
 #include <QString>

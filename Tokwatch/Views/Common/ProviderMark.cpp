@@ -1,20 +1,21 @@
 #include "Tokwatch/Views/Common/ProviderMark.h"
 
-#include "Tokwatch/Pictures/ProviderMarks.h"
+#include "Tokwatch/Pictures/Marks.h"
 
 #include <QPainter>
 
 namespace tokwatch {
 
-void ProviderMark::setProvider(const QString& provider) {
-    if (provider == name) return;
-    name = provider;
-    update();
-    emit providerChanged();
+int seriesOf(ProviderID provider) {
+    return static_cast<int>(provider);
+}
+
+ProviderMark::ProviderMark(QQuickItem* parent) : GlyphItem(parent) {
+    connect(this, &ProviderMark::providerChanged, this, [this] { update(); });
 }
 
 int ProviderMark::series() const {
-    return static_cast<int>(providerFromRawValue(name.toStdString()).value_or(ProviderID::claude));
+    return seriesOf(providerFromRawValue(name.toStdString()).value_or(ProviderID::claude));
 }
 
 void ProviderMark::draw(QPainter& painter) const {

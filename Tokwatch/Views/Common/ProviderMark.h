@@ -1,23 +1,25 @@
 #pragma once
 
 #include "KivoTheme/GlyphItem.h"
+#include "TokwatchCore/Records/ProviderID.h"
 
 #include <QString>
 
 namespace tokwatch {
+
+/// A provider's place among the theme's side-by-side colours, the same everywhere.
+int seriesOf(ProviderID provider);
 
 /// A provider's sign by the provider's raw value, the application's for any other name:
 /// "ProviderMark" in QML.
 class ProviderMark : public kivo::GlyphItem {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(QString provider READ provider WRITE setProvider NOTIFY providerChanged)
+    Q_PROPERTY(QString provider MEMBER name NOTIFY providerChanged)
     Q_PROPERTY(int series READ series NOTIFY providerChanged)
   public:
-    using GlyphItem::GlyphItem;
+    explicit ProviderMark(QQuickItem* parent = nullptr);
 
-    QString provider() const { return name; }
-    void setProvider(const QString& provider);
     /// The provider's place among the theme's side-by-side colours; 0 for no provider.
     int series() const;
 

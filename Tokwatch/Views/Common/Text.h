@@ -1,21 +1,21 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <string_view>
 
 namespace tokwatch {
 
+struct ProviderLocations;
+
 /// UTF-8 of the lower layers as the interface's strings.
-inline QString text(std::string_view utf8) {
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-}
+QString text(std::string_view utf8);
 
 /// The same at the beginning of a line, where its first letter is a large one.
-inline QString sentence(std::string_view utf8) {
-    QString line = text(utf8);
-    if (!line.isEmpty()) line[0] = line[0].toUpper();
-    return line;
-}
+QString sentence(std::string_view utf8);
+
+/// Where the assistants are looked for, one place each, as people read it.
+QStringList searchedPlaces(const ProviderLocations& locations);
 
 } // namespace tokwatch

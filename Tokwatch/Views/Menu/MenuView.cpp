@@ -23,10 +23,7 @@ bool MenuView::isEntry(int row) const {
 }
 
 void MenuView::setCurrent(int row) {
-    const int next = isEntry(row) ? row : -1;
-    if (next == place) return;
-    place = next;
-    emit currentChanged();
+    place = isEntry(row) ? row : -1;
 }
 
 void MenuView::move(int direction) {

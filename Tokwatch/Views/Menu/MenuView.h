@@ -3,6 +3,7 @@
 #include "KivoMenuBar/DBusMenu.h"
 
 #include <QObject>
+#include <QProperty>
 #include <QString>
 #include <QVariantList>
 #include <qqmlregistration.h>
@@ -49,7 +50,7 @@ class MenuView : public QObject {
     bool isEntry(int row) const;
 
     const std::vector<kivo::MenuEntry> entries;
-    int place = -1;
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(MenuView, int, place, -1, &MenuView::currentChanged)
 };
 
 } // namespace tokwatch

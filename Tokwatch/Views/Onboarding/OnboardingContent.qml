@@ -7,6 +7,13 @@ import Tokwatch.Onboarding
 FocusScope {
     id: welcome
     required property OnboardingView view
+    readonly property var nothingFound: ({
+        id: "",
+        name: "No assistant was found yet",
+        reads: "",
+        asks: "It will appear by itself once you have used one. Tokwatch looks in " + view.lookedAt.join(", ") + ".",
+        switchText: ""
+    })
 
     implicitWidth: 500
     implicitHeight: 400
@@ -14,7 +21,7 @@ FocusScope {
     LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
     LayoutMirroring.childrenInherit: true
     Accessible.role: Accessible.Dialog
-    Accessible.name: view.title
+    Accessible.name: title.text
     Keys.onEscapePressed: view.closeRequested()
     // Wherever the focus is, the prominent button is what Return means.
     Keys.onReturnPressed: view.finish()
@@ -47,14 +54,15 @@ FocusScope {
         spacing: 2
         Label {
             width: parent.width
-            text: welcome.view.title
+            id: title
+            text: "Welcome to Tokwatch"
             size: Theme.type.figure
             font.weight: Font.DemiBold
             Accessible.role: Accessible.Heading
         }
         Label {
             width: parent.width
-            text: welcome.view.purpose
+            text: "What is left of your limits, and what your tokens would cost."
             color: Theme.colors.secondaryText
         }
     }
@@ -69,7 +77,7 @@ FocusScope {
             verticalPadding: 14
             spacing: 14
             Repeater {
-                model: welcome.view.steps
+                model: welcome.view.steps.length > 0 ? welcome.view.steps : [welcome.nothingFound]
                 OnboardingStepRow {
                     required property var modelData
                     width: page.width - 2 * page.inset - 2 * Theme.space.l
@@ -103,7 +111,7 @@ FocusScope {
             }
         }
         Fact {
-            sentence: welcome.view.promise
+            sentence: "Only times, models and token counts are read, never what was written. Nobody is asked before you start."
             Symbol {
                 width: 16
                 height: 16
@@ -113,7 +121,9 @@ FocusScope {
             }
         }
         Fact {
-            sentence: welcome.view.place
+            sentence: welcome.view.hasStatusArea
+                ? "You will find Tokwatch in your panel's status area: this sign or its number."
+                : "There is no status area here: Tokwatch opens as a window."
             ProviderMark {
                 width: 16
                 height: 16
@@ -156,7 +166,7 @@ FocusScope {
         ActionButton {
             id: start
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
-            text: welcome.view.finishText
+            text: "Start Using Tokwatch"
             prominent: true
             focus: true
             onClicked: welcome.view.finish()

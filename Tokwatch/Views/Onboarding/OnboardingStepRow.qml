@@ -2,7 +2,7 @@ import QtQuick
 import Kivo.Theme
 import Tokwatch.Common
 
-/// What is told about one provider, with the switch for what is asked.
+/// What is told about one provider, or that there is none, with the switch for what is asked.
 Item {
     id: row
     required property var step

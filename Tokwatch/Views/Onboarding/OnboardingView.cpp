@@ -1,15 +1,54 @@
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 
 #include "KivoLaunch/LoginItem.h"
+#include "Tokwatch/Display/HomeRelative.h"
 #include "Tokwatch/Display/StatusTitle.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
+#include "TokwatchCore/Ingestion/ProviderLocations.h"
+#include "TokwatchCore/Limits/UsageServers.h"
 
 namespace tokwatch {
+namespace {
+
+OnboardingStep step(ProviderID provider, const ProviderLocations& locations) {
+    OnboardingStep step{text(rawValue(provider)), text(displayName(provider)), {}, {}, {}};
+    if (const auto roots = locations.logRoots(provider); !roots.empty())
+        step.reads = "reads " + text(homeRelative(roots.front().native(), locations.home.native()));
+    switch (provider) {
+    case ProviderID::claude:
+        step.asks = QString("Asks %1 what is left, with Claude Code's login").arg(claudeServer);
+        step.switchText = "Live limits";
+        break;
+    case ProviderID::codex:
+        step.asks =
+            QString("Asks %1 with Codex's login if the logs tell no limits").arg(codexServer);
+        step.switchText = "Show limits";
+        break;
+    case ProviderID::grok:
+        step.reads += ", asks nobody";
+        break;
+    case ProviderID::cursor:
+        step.reads = "is only detected, shows no usage yet";
+        break;
+    }
+    return step;
+}
+
+QVariantList stepsOf(const ProviderLocations& locations) {
+    QVariantList steps;
+    for (const ProviderID provider : allCases<ProviderID>)
+        if (locations.isPresent(provider))
+            steps.append(QVariant::fromValue(step(provider, locations)));
+    return steps;
+}
+
+} // namespace
 
 OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocations& locations,
                                kivo::LoginItem& login)
-    : preferences(userPreferences), loginItem(login), steps(onboardingSteps(locations)),
+    : preferences(userPreferences), loginItem(login), steps(stepsOf(locations)),
+      places(searchedPlaces(locations)),
       liveLimitsNotifier(preferences.claudeLiveLimits.addNotifier([this] { emit askedChanged(); })),
       disabledNotifier(preferences.disabledProviders.addNotifier([this] { emit askedChanged(); })),
       signUpdater(
@@ -18,47 +57,8 @@ OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocat
               const StatusTitle title = statusTitle(preferences, {}, Date());
               return title.provider ? text(rawValue(*title.provider)) : QString();
           },
-          [this](const QString& next) {
-              if (next == itemSign) return;
-              itemSign = next;
-              emit signChanged();
-          }) {
+          [this](const QString& next) { itemSign = next; }) {
     signUpdater.arm();
-    setHasStatusArea(true);
-}
-
-QString OnboardingView::title() {
-    return QStringLiteral("Welcome to Tokwatch");
-}
-
-QString OnboardingView::purpose() {
-    return QStringLiteral("What is left of your limits, and what your tokens would cost.");
-}
-
-QVariantList OnboardingView::stepList() const {
-    QVariantList list;
-    for (const OnboardingStep& step : steps)
-        list.append(QVariant::fromValue(step));
-    return list;
-}
-
-QString OnboardingView::promise() {
-    return QStringLiteral("Only times, models and token counts are read, never what was written. "
-                          "Nobody is asked before you start.");
-}
-
-void OnboardingView::setHasStatusArea(bool has) {
-    const QString next =
-        has ? QStringLiteral("You will find Tokwatch in your panel's status area: this sign "
-                             "or its number.")
-            : QStringLiteral("There is no status area here: Tokwatch opens as a window.");
-    if (next == placeText) return;
-    placeText = next;
-    emit placeChanged();
-}
-
-QString OnboardingView::finishText() {
-    return QStringLiteral("Start Using Tokwatch");
 }
 
 QVariantMap OnboardingView::asked() const {

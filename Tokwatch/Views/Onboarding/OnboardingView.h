@@ -1,15 +1,14 @@
 #pragma once
 
 #include "Tokwatch/Display/ObservingUpdater.h"
-#include "Tokwatch/Views/Onboarding/OnboardingSteps.h"
 
 #include <QObject>
 #include <QProperty>
+#include <QString>
+#include <QStringList>
 #include <QVariantList>
 #include <QVariantMap>
 #include <qqmlregistration.h>
-
-#include <vector>
 
 namespace kivo {
 class LoginItem;
@@ -18,6 +17,24 @@ class LoginItem;
 namespace tokwatch {
 
 class Preferences;
+struct ProviderLocations;
+
+/// What is told about one provider.
+struct OnboardingStep {
+    Q_GADGET
+    Q_PROPERTY(QString id MEMBER id)
+    Q_PROPERTY(QString name MEMBER name)
+    Q_PROPERTY(QString reads MEMBER reads)
+    Q_PROPERTY(QString asks MEMBER asks)
+    Q_PROPERTY(QString switchText MEMBER switchText)
+  public:
+    QString id; ///< the provider's raw value
+    QString name;
+    QString reads;      ///< what is read on this machine, to be said after the name
+    QString asks;       ///< who is asked what, with which login; empty when nobody is
+    QString switchText; ///< what the switch for that asking is called; empty without one
+    friend bool operator==(const OnboardingStep&, const OnboardingStep&) = default;
+};
 
 /// The welcome at the first launch: one page with a step for each provider that is found. Until it
 /// is finished, the application asks nobody anything. References outlive it. Main thread only.
@@ -25,13 +42,10 @@ class OnboardingView : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
-    Q_PROPERTY(QString title READ title CONSTANT)
-    Q_PROPERTY(QString purpose READ purpose CONSTANT)
     Q_PROPERTY(QVariantList steps READ stepList CONSTANT)
-    Q_PROPERTY(QString promise READ promise CONSTANT)
-    Q_PROPERTY(QString place READ place NOTIFY placeChanged)
+    Q_PROPERTY(QStringList lookedAt READ lookedAt CONSTANT)
+    Q_PROPERTY(bool hasStatusArea READ hasStatusArea NOTIFY hasStatusAreaChanged)
     Q_PROPERTY(QString sign READ sign NOTIFY signChanged)
-    Q_PROPERTY(QString finishText READ finishText CONSTANT)
     Q_PROPERTY(QVariantMap asked READ asked NOTIFY askedChanged)
     Q_PROPERTY(
         bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
@@ -39,16 +53,15 @@ class OnboardingView : public QObject {
     OnboardingView(Preferences& preferences, const ProviderLocations& locations,
                    kivo::LoginItem& loginItem);
 
-    static QString title(); ///< of the window, too
-    static QString purpose();
-    QVariantList stepList() const;
-    static QString promise();
-    /// Where the application is to be found from then on.
-    const QString& place() const { return placeText; }
-    void setHasStatusArea(bool has);
+    /// An OnboardingStep for each provider that is found, in declaration order.
+    const QVariantList& stepList() const { return steps; }
+    /// The places where assistants were looked for.
+    const QStringList& lookedAt() const { return places; }
+    /// Whether the application is to be found there from then on, or as a window.
+    bool hasStatusArea() const { return statusArea; }
+    void setHasStatusArea(bool has) { statusArea = has; }
     /// Whose mark the status item bears: a provider's raw value, empty for the application's own.
-    const QString& sign() const { return itemSign; }
-    static QString finishText();
+    const QString& sign() const { return itemSign.value(); }
     /// Whether a provider, by its raw value, will be asked once the welcome is finished.
     QVariantMap asked() const;
     /// Claude's asking has a setting of its own; another provider's goes with its limits.
@@ -60,7 +73,7 @@ class OnboardingView : public QObject {
     Q_INVOKABLE void finish();
 
   signals:
-    void placeChanged();
+    void hasStatusAreaChanged();
     void signChanged();
     void askedChanged();
     void startsAtLoginChanged();
@@ -72,9 +85,11 @@ class OnboardingView : public QObject {
   private:
     Preferences& preferences;
     kivo::LoginItem& loginItem;
-    const std::vector<OnboardingStep> steps;
-    QString placeText;
-    QString itemSign;
+    const QVariantList steps;
+    const QStringList places;
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(OnboardingView, bool, statusArea, true,
+                                         &OnboardingView::hasStatusAreaChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(OnboardingView, QString, itemSign, &OnboardingView::signChanged)
     QPropertyNotifier liveLimitsNotifier;
     QPropertyNotifier disabledNotifier;
     ObservingUpdater<QString> signUpdater;

@@ -1,11 +1,11 @@
 #include "Tokwatch/Views/Popover/FooterView.h"
 
 #include "Tokwatch/App/AppModel.h"
-#include "Tokwatch/Display/TimeTexts.h"
+#include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/LimitTexts.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
-#include "Tokwatch/Views/Popover/LimitRows.h"
 #include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Support/Amounts.h"
 
@@ -58,11 +58,7 @@ bool isAsking(const AppModel& model) {
 
 FooterView::FooterView(AppModel& model, const ViewClock& viewClock)
     : clock(viewClock), updater([this, &model] { return state(model, clock.now()); },
-                                [this](FooterState next) {
-                                    if (next == current) return;
-                                    current = std::move(next);
-                                    emit stateChanged();
-                                }) {
+                                [this](FooterState next) { current = std::move(next); }) {
     updater.arm();
 }
 
@@ -86,17 +82,15 @@ FooterState FooterView::state(const AppModel& model, Date now) const {
     const std::optional<Date> pressed = asked.value();
     const std::optional<Retry> retry = nextRetry(model, now);
     if (pressed && retry && now - *pressed < noteTime) {
-        const QString tried = tryText(retry->times, now, model.calendar());
         // By its name: the cards may say another time of others.
-        state.updated =
-            text(displayName(retry->provider)) + ": " + tried.left(1).toLower() + tried.mid(1);
+        state.updated = text(displayName(retry->provider)) + ": " +
+                        text(LimitTexts::retry(retry->times.lastAttempt, retry->times.nextRetry,
+                                               now, model.calendar()));
         state.countsDown = true;
         return state;
     }
-    if (const std::optional<Date>& moment = model.lastUpdated())
-        state.updated = text("Updated " + TimeTexts::age(*moment, now, model.calendar()));
-    if (const std::optional<Date> moment = oldestLimit(model))
-        state.updated += text(" · limits " + TimeTexts::age(*moment, now, model.calendar()));
+    state.updated =
+        text(TimeTexts::updated(model.lastUpdated(), oldestLimit(model), now, model.calendar()));
     return state;
 }
 

@@ -45,9 +45,9 @@ class FooterView : public QObject {
 
     FooterView(AppModel& model, const ViewClock& clock);
 
-    const FooterState& state() const { return current; }
+    const FooterState& state() const { return current.value(); }
     /// What is shown changes with every second.
-    bool countsDown() const { return current.countsDown; }
+    bool countsDown() const { return current.value().countsDown; }
 
     /// The user asked for a refresh. Where that was too soon for limits, it says so for a while.
     void refreshAsked();
@@ -60,7 +60,7 @@ class FooterView : public QObject {
 
     const ViewClock& clock;
     QProperty<std::optional<Date>> asked; ///< when the user last did
-    FooterState current;
+    Q_OBJECT_BINDABLE_PROPERTY(FooterView, FooterState, current, &FooterView::stateChanged)
     ObservingUpdater<FooterState> updater;
 };
 

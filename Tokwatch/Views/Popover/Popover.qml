@@ -1,7 +1,10 @@
 import QtQuick
 import Kivo.Theme
-import Tokwatch.Popover
 import Tokwatch.Common
+import Tokwatch.Popover
+import Tokwatch.Popover.Models
+import Tokwatch.Popover.Stats
+import Tokwatch.Popover.Usage
 
 /// The whole popover: tabs above, what is going on below, one tab's content between them.
 FocusScope {
@@ -26,8 +29,8 @@ FocusScope {
     Shortcut { sequence: "Ctrl+R"; onActivated: popover.view.refresh() }
     Shortcut { sequence: "Ctrl+,"; onActivated: popover.view.settingsRequested() }
     Shortcut { sequence: "Ctrl+Q"; onActivated: popover.view.quitRequested() }
-    Shortcut { sequences: ["Ctrl+Tab", "Ctrl+PgDown"]; onActivated: popover.view.tab = (popover.view.tab + 1) % 3 }
-    Shortcut { sequences: ["Ctrl+Shift+Tab", "Ctrl+PgUp"]; onActivated: popover.view.tab = (popover.view.tab + 2) % 3 }
+    Shortcut { sequences: ["Ctrl+Tab", "Ctrl+PgDown"]; onActivated: tabs.step(1) }
+    Shortcut { sequences: ["Ctrl+Shift+Tab", "Ctrl+PgUp"]; onActivated: tabs.step(-1) }
 
     Rectangle {
         anchors.fill: parent
@@ -43,9 +46,9 @@ FocusScope {
         y: Theme.space.m
         width: parent.width - 2 * Theme.space.l
         name: "Sections"
-        labels: ["Usage", "Stats", "Models"]
-        currentIndex: popover.view.tab
-        onChosen: index => popover.view.tab = index
+        segments: [{ value: Segment.Usage, text: "Usage" }, { value: Segment.Stats, text: "Stats" }, { value: Segment.Models, text: "Models" }]
+        value: popover.view.tab
+        onChosen: value => popover.view.tab = value
     }
 
     HostBanner {
@@ -58,11 +61,7 @@ FocusScope {
 
     Item {
         id: pages
-        readonly property Item current: page(popover.view.tab)
-
-        function page(index) {
-            return (index === 0 ? usage : index === 1 ? stats : models).item
-        }
+        readonly property Item current: (usage.isChosen ? usage : stats.isChosen ? stats : models).item
 
         y: banner.y + banner.height
         width: parent.width
@@ -72,22 +71,25 @@ FocusScope {
         Loader {
             id: usage
             anchors.fill: parent
+            readonly property bool isChosen: popover.view.tab === Segment.Usage
             active: visible || status === Loader.Ready
-            visible: popover.view.tab === 0
+            visible: isChosen
             sourceComponent: UsageTab { view: popover.view.usage }
         }
         Loader {
             id: stats
             anchors.fill: parent
+            readonly property bool isChosen: popover.view.tab === Segment.Stats
             active: visible || status === Loader.Ready
-            visible: popover.view.tab === 1
+            visible: isChosen
             sourceComponent: StatsTab { view: popover.view.stats; active: stats.visible }
         }
         Loader {
             id: models
             anchors.fill: parent
+            readonly property bool isChosen: popover.view.tab === Segment.Models
             active: visible || status === Loader.Ready
-            visible: popover.view.tab === 2
+            visible: isChosen
             sourceComponent: ModelsTab { view: popover.view.models; active: models.visible }
         }
     }

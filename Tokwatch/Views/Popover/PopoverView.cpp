@@ -10,20 +10,12 @@ PopoverView::PopoverView(AppModel& appModel, const ViewClock& clock)
       footerView(model, clock),
       tabNotifier(model.preferences().popoverTab.addNotifier([this] { emit tabChanged(); })) {}
 
-int PopoverView::tab() const {
-    return static_cast<int>(model.preferences().popoverTab.peek());
+Segment::Tab PopoverView::tab() const {
+    return static_cast<Segment::Tab>(model.preferences().popoverTab.peek());
 }
 
-void PopoverView::setTab(int tab) {
-    if (tab < static_cast<int>(PopoverTab::usage) || tab > static_cast<int>(PopoverTab::models))
-        return;
+void PopoverView::setTab(Segment::Tab tab) {
     model.preferences().popoverTab = static_cast<PopoverTab>(tab);
-}
-
-void PopoverView::setHostAdvice(const QString& next) {
-    if (next == advice) return;
-    advice = next;
-    emit hostAdviceChanged();
 }
 
 void PopoverView::refresh() {

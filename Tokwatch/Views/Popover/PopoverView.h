@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "Tokwatch/Views/Common/Segment.h"
 #include "Tokwatch/Views/Popover/FooterView.h"
-#include "Tokwatch/Views/Popover/ModelsView.h"
-#include "Tokwatch/Views/Popover/StatsView.h"
-#include "Tokwatch/Views/Popover/UsageView.h"
+#include "Tokwatch/Views/Popover/Models/ModelsView.h"
+#include "Tokwatch/Views/Popover/Stats/StatsView.h"
+#include "Tokwatch/Views/Popover/Usage/UsageView.h"
 
 #include <QObject>
 #include <QProperty>
@@ -20,7 +20,7 @@ class PopoverView : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
-    Q_PROPERTY(int tab READ tab WRITE setTab NOTIFY tabChanged)
+    Q_PROPERTY(tokwatch::Segment::Tab tab READ tab WRITE setTab NOTIFY tabChanged)
     Q_PROPERTY(QString hostAdvice READ hostAdvice NOTIFY hostAdviceChanged)
     Q_PROPERTY(tokwatch::UsageView* usage READ usage CONSTANT)
     Q_PROPERTY(tokwatch::StatsView* stats READ stats CONSTANT)
@@ -29,12 +29,11 @@ class PopoverView : public QObject {
   public:
     PopoverView(AppModel& model, const ViewClock& clock);
 
-    /// A PopoverTab as a number.
-    int tab() const;
-    void setTab(int tab);
+    Segment::Tab tab() const;
+    void setTab(Segment::Tab tab);
     /// How to get a status area; empty where there is one.
-    const QString& hostAdvice() const { return advice; }
-    void setHostAdvice(const QString& advice);
+    const QString& hostAdvice() const { return advice.value(); }
+    void setHostAdvice(const QString& next) { advice = next; }
     UsageView* usage() { return &usageView; }
     StatsView* stats() { return &statsView; }
     ModelsView* models() { return &modelsView; }
@@ -52,7 +51,7 @@ class PopoverView : public QObject {
 
   private:
     AppModel& model;
-    QString advice;
+    Q_OBJECT_BINDABLE_PROPERTY(PopoverView, QString, advice, &PopoverView::hostAdviceChanged)
     UsageView usageView;
     StatsView statsView;
     ModelsView modelsView;

@@ -38,12 +38,12 @@ SettingsPage {
             }
             Label {
                 width: parent.width
-                text: page.view.version
+                text: "Version " + page.view.version
                 color: Theme.colors.secondaryText
             }
             Label {
                 width: parent.width
-                text: page.view.purpose
+                text: "Rate limits and token usage of AI coding assistants, at a glance."
                 color: Theme.colors.secondaryText
             }
         }
@@ -51,7 +51,15 @@ SettingsPage {
     SettingsGroup {
         title: "Built with"
         Repeater {
-            model: page.view.credits
+            model: [
+                { name: "Qt", use: "Windows, network, desktop bus", licence: "LGPL 3" },
+                { name: "QCoro", use: "Coroutines for Qt", licence: "MIT" },
+                { name: "SQLite", use: "The usage database", licence: "Public domain" },
+                { name: "simdjson", use: "Reading session files", licence: "Apache 2.0" },
+                { name: "JSON for Modern C++", use: "Records as text", licence: "MIT" },
+                { name: "Abseil", use: "Calendars and time zones", licence: "Apache 2.0" },
+                { name: "CLI11", use: "The command line", licence: "BSD 3-Clause" },
+            ]
             SettingsRow {
                 id: credit
                 required property var modelData
@@ -74,7 +82,7 @@ SettingsPage {
     }
     Label {
         anchors { left: parent.left; right: parent.right; margins: Theme.space.xs }
-        text: page.view.licence
+        text: "Free software under the MIT licence.\n© 2026 The Tokwatch developers"
         size: Theme.type.caption
         lineHeight: 1.3
         color: Theme.colors.secondaryText

@@ -1,6 +1,7 @@
 import QtQuick
 import Kivo.Theme
 import Kivo.Settings
+import Tokwatch.Common
 
 SettingsPage {
     id: page
@@ -12,7 +13,7 @@ SettingsPage {
         SettingsRow {
             id: login
             label: "Start at login"
-            caption: page.view.state.loginProblem
+            caption: page.view.state.unwritable === "" ? "" : page.view.state.unwritable + " could not be written."
             isProblem: true
             Toggle {
                 text: login.label
@@ -39,9 +40,9 @@ SettingsPage {
             SegmentedControl {
                 name: unit.label
                 small: true
-                labels: ["Cost", "Tokens"]
-                currentIndex: page.view.state.unit
-                onChosen: index => page.view.setUnit(index)
+                segments: [{ value: Segment.Cost, text: "Cost" }, { value: Segment.Tokens, text: "Tokens" }]
+                value: page.view.state.unit
+                onChosen: value => page.view.setUnit(value)
             }
         }
     }
@@ -51,11 +52,11 @@ SettingsPage {
 
         SettingsRow {
             label: "Usage data"
-            caption: page.view.state.dataPlace
+            caption: page.view.state.dataPlace || "In memory only, lost when Tokwatch ends"
             IconButton {
                 symbol: "folder"
                 text: "Show the usage data in the file manager"
-                visible: page.view.state.canShowData
+                visible: page.view.state.dataPlace !== ""
                 onClicked: page.view.showData()
             }
         }

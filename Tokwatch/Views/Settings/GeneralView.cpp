@@ -2,8 +2,9 @@
 
 #include "KivoLaunch/LoginItem.h"
 #include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Display/HomeRelative.h"
 #include "Tokwatch/Preferences/Preferences.h"
-#include "Tokwatch/Views/Common/HomePath.h"
+#include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 
 #include <QFile>
@@ -18,38 +19,36 @@ QUrl directoryOf(const std::filesystem::path& file) {
 } // namespace
 
 GeneralView::GeneralView(AppModel& appModel, const ViewClock& clock, const SettingsPlaces& where)
-    : model(appModel), places(where), updater([this, &clock] { return computed(clock); },
-                                              [this](GeneralState next) {
-                                                  if (next == current) return;
-                                                  current = std::move(next);
-                                                  emit stateChanged();
-                                              }) {
+    : model(appModel), places(where),
+      updater([this, &clock] { return computed(clock); },
+              [this](GeneralState next) { current = std::move(next); }) {
     updater.arm();
 }
 
 GeneralState GeneralView::computed(const ViewClock& clock) const {
     const Preferences& preferences = model.preferences();
-    const std::filesystem::path& home = model.locations().home;
+    const std::string& home = model.locations().home.native();
     GeneralState state;
     // Other programs write the entry as well, so it is looked at again whenever the clock is.
     (void)clock.now();
-    state.loginProblem = loginProblem.value();
+    state.unwritable = unwritable.value();
     state.startsAtLogin = places.loginItem.isEnabled();
     state.showDockIcon = preferences.showDockIcon;
-    state.unit = static_cast<int>(preferences.summaryUnit.value());
-    state.canShowData = places.database.has_value();
-    state.dataPlace = places.database ? homePath(*places.database, home)
-                                      : QStringLiteral("In memory only, lost when Tokwatch ends");
-    state.settingsPlace = homePath(places.settingsFile, home);
+    state.unit = static_cast<Segment::Unit>(preferences.summaryUnit.value());
+    if (places.database) state.dataPlace = text(homeRelative(places.database->native(), home));
+    state.settingsPlace = text(homeRelative(places.settingsFile.native(), home));
     return state;
 }
 
 void GeneralView::setStartsAtLogin(bool starts) {
     const bool isDone = places.loginItem.setEnabled(starts);
-    loginProblem = isDone ? QString()
-                          : QString("%1 could not be written.")
-                                .arg(homePath(places.loginItem.file(), model.locations().home));
-    current.startsAtLogin = places.loginItem.isEnabled();
+    unwritable =
+        isDone
+            ? QString()
+            : text(homeRelative(places.loginItem.file().native(), model.locations().home.native()));
+    GeneralState next = current;
+    next.startsAtLogin = places.loginItem.isEnabled();
+    current.setValueBypassingBindings(next);
     // Also when nothing changed: then the switch, which moved already, has to move back.
     emit stateChanged();
 }
@@ -58,8 +57,8 @@ void GeneralView::setShowDockIcon(bool shows) {
     model.preferences().showDockIcon = shows;
 }
 
-void GeneralView::setUnit(int unit) {
-    model.preferences().summaryUnit = unit == 0 ? SummaryUnit::cost : SummaryUnit::tokens;
+void GeneralView::setUnit(Segment::Unit unit) {
+    model.preferences().summaryUnit = static_cast<SummaryUnit>(unit);
 }
 
 void GeneralView::showData() {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/Views/Common/Segment.h"
 #include "Tokwatch/Views/Settings/SettingsPlaces.h"
 
 #include <QObject>
+#include <QProperty>
 #include <QString>
 #include <qqmlregistration.h>
 
@@ -15,20 +17,18 @@ class ViewClock;
 struct GeneralState {
     Q_GADGET
     Q_PROPERTY(bool startsAtLogin MEMBER startsAtLogin)
-    Q_PROPERTY(QString loginProblem MEMBER loginProblem)
+    Q_PROPERTY(QString unwritable MEMBER unwritable)
     Q_PROPERTY(bool showDockIcon MEMBER showDockIcon)
-    Q_PROPERTY(int unit MEMBER unit)
+    Q_PROPERTY(tokwatch::Segment::Unit unit MEMBER unit)
     Q_PROPERTY(QString dataPlace MEMBER dataPlace)
     Q_PROPERTY(QString settingsPlace MEMBER settingsPlace)
-    Q_PROPERTY(bool canShowData MEMBER canShowData)
   public:
     bool startsAtLogin = false;
-    QString loginProblem; ///< empty unless the entry could not be written
+    QString unwritable; ///< the entry for that, where it could not be written; else empty
     bool showDockIcon = false;
-    int unit = 0;      ///< a SummaryUnit
-    QString dataPlace; ///< "~/.local/share/Tokwatch/usage.sqlite"
+    Segment::Unit unit = Segment::Cost;
+    QString dataPlace; ///< "~/.local/share/Tokwatch/usage.sqlite"; empty while it is in memory
     QString settingsPlace;
-    bool canShowData = false;
     friend bool operator==(const GeneralState&, const GeneralState&) = default;
 };
 
@@ -40,11 +40,11 @@ class GeneralView : public QObject {
   public:
     GeneralView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places);
 
-    const GeneralState& state() const { return current; }
+    const GeneralState& state() const { return current.value(); }
 
     Q_INVOKABLE void setStartsAtLogin(bool starts);
     Q_INVOKABLE void setShowDockIcon(bool shows);
-    Q_INVOKABLE void setUnit(int unit);
+    Q_INVOKABLE void setUnit(tokwatch::Segment::Unit unit);
     /// Opens the directories in the file manager.
     Q_INVOKABLE void showData();
     Q_INVOKABLE void showSettingsFile();
@@ -57,8 +57,8 @@ class GeneralView : public QObject {
 
     AppModel& model;
     SettingsPlaces places;
-    QProperty<QString> loginProblem;
-    GeneralState current;
+    QProperty<QString> unwritable;
+    Q_OBJECT_BINDABLE_PROPERTY(GeneralView, GeneralState, current, &GeneralView::stateChanged)
     ObservingUpdater<GeneralState> updater;
 };
 

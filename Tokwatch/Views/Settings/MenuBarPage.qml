@@ -1,6 +1,7 @@
 import QtQuick
 import Kivo.Theme
 import Kivo.Settings
+import Tokwatch.Common
 import Tokwatch.Settings
 
 SettingsPage {
@@ -32,7 +33,9 @@ SettingsPage {
         }
         Label {
             anchors { left: parent.left; right: parent.right; margins: Theme.space.xs }
-            text: page.view.previewNote
+            text: page.shown.preview.isSample ? "A sample, until your limits are known."
+                : page.shown.preview.percent < 0 ? "Without a number, the sign stands alone."
+                : "Panels that give each item a square show the number alone."
             size: Theme.type.caption
             color: Theme.colors.secondaryText
             wrapMode: Text.Wrap
@@ -46,9 +49,9 @@ SettingsPage {
             SegmentedControl {
                 name: style.label
                 small: true
-                labels: ["Icon only", "Limit left"]
-                currentIndex: page.shown.style
-                onChosen: index => page.view.setStyle(index)
+                segments: [{ value: Segment.IconOnly, text: "Icon only" }, { value: Segment.LimitLeft, text: "Limit left" }]
+                value: page.shown.style
+                onChosen: value => page.view.setStyle(value)
             }
         }
         SettingsRow {
@@ -57,9 +60,9 @@ SettingsPage {
             enabled: page.shown.showsProvider
             ChoiceBox {
                 name: provider.label
-                model: page.shown.providers
-                currentIndex: page.shown.provider
-                onActivated: index => page.view.setProvider(index)
+                choices: page.shown.providers
+                current: page.shown.provider
+                onChosen: id => page.view.setProvider(id)
             }
         }
         SettingsRow {
@@ -87,9 +90,9 @@ SettingsPage {
                 label: row.name
                 ChoiceBox {
                     name: window.label
-                    model: window.row.labels
-                    currentIndex: window.row.current
-                    onActivated: index => page.view.setWindow(window.row.id, index)
+                    choices: [{ id: "", label: "Lowest left" }, ...window.row.windows]
+                    current: window.row.current
+                    onChosen: id => page.view.setWindow(window.row.id, id)
                 }
             }
         }

@@ -4,7 +4,7 @@
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
-#include "TokwatchCore/Presentation/MeterFormat.h"
+#include "TokwatchCore/Presentation/WindowLabel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,6 +21,16 @@ QString percentText(double fraction) {
     return QString("%1%").arg(std::lround(fraction * 100));
 }
 
+const std::vector<LimitWindow>& windowsOf(const LimitsByProvider& limits, ProviderID provider) {
+    static const std::vector<LimitWindow> none;
+    const auto found = limits.find(provider);
+    return found == limits.end() ? none : found->second.windows;
+}
+
+QVariant choice(std::string_view id, std::string_view label) {
+    return QVariant::fromValue(NamedChoice{text(id), text(label)});
+}
+
 /// The providers whose number the item can show: those that can have one, and the one that is
 /// chosen, which is to be seen.
 std::vector<ProviderID> offered(const Preferences& preferences, const LimitsByProvider& limits) {
@@ -28,7 +38,7 @@ std::vector<ProviderID> offered(const Preferences& preferences, const LimitsByPr
     const ProviderID pinned = preferences.pinnedProvider;
     std::erase_if(providers, [&](ProviderID provider) {
         return provider != pinned && !traits(provider).publishesLimits &&
-               windowChoices(limits, provider).empty();
+               windowsOf(limits, provider).empty();
     });
     return providers;
 }
@@ -37,21 +47,11 @@ std::vector<ProviderID> offered(const Preferences& preferences, const LimitsByPr
 
 MenuBarView::MenuBarView(AppModel& appModel, const ViewClock& clock)
     : model(appModel), stateUpdater([this, &clock] { return computed(clock); },
-                                    [this](MenuBarState next) {
-                                        if (next == current) return;
-                                        current = std::move(next);
-                                        emit stateChanged();
-                                    }),
+                                    [this](MenuBarState next) { current = std::move(next); }),
       windowsUpdater([this] { return windowRows(); },
                      [this](const std::vector<WindowRow>& rows) { windowModel.assign(rows); }) {
     stateUpdater.arm();
     windowsUpdater.arm();
-}
-
-QString MenuBarView::previewNote() const {
-    if (current.preview.isSample) return "A sample, until your limits are known.";
-    if (current.preview.percent < 0) return "Without a number, the sign stands alone.";
-    return "Panels that give each item a square show the number alone.";
 }
 
 double MenuBarView::lowestWarning() const {
@@ -75,14 +75,16 @@ MenuBarState MenuBarView::computed(const ViewClock& clock) const {
     const Preferences& preferences = model.preferences();
     const std::vector<ProviderID> enabled = offered(preferences, model.limits());
     MenuBarState state;
-    state.style = static_cast<int>(preferences.menuBarStyle.value());
+    state.style = static_cast<Segment::Style>(preferences.menuBarStyle.value());
     state.showsProvider = preferences.menuBarStyle == MenuBarStyle::provider && !enabled.empty();
     for (const ProviderID provider : enabled)
-        state.providers.append(text(displayName(provider)));
+        state.providers.append(choice(rawValue(provider), displayName(provider)));
     // A pinned provider that is turned off gives way to the first one, as in the item.
-    const auto pinned = std::ranges::find(enabled, preferences.pinnedProvider.value());
-    if (!enabled.empty())
-        state.provider = pinned == enabled.end() ? 0 : static_cast<int>(pinned - enabled.begin());
+    if (!enabled.empty()) {
+        const ProviderID pinned = preferences.pinnedProvider;
+        const bool isPinned = std::ranges::count(enabled, pinned) > 0;
+        state.provider = text(rawValue(isPinned ? pinned : enabled.front()));
+    }
     state.showResetTime = preferences.showResetTime;
     state.tint = preferences.tintEnabled;
     state.warning = preferences.warningThreshold;
@@ -98,39 +100,34 @@ std::vector<WindowRow> MenuBarView::windowRows() const {
     const WindowChoices& chosen = model.preferences().menuBarWindows;
     std::vector<WindowRow> rows;
     for (const ProviderID provider : model.preferences().enabledProviders()) {
-        const std::vector<WindowChoice> choices = windowChoices(model.limits(), provider);
-        if (choices.empty() && !traits(provider).publishesLimits) continue;
-        WindowRow row{text(rawValue(provider)), text(displayName(provider)), {"Lowest left"}, 0};
-        const auto choice = chosen.find(std::string(rawValue(provider)));
-        for (const WindowChoice& window : choices) {
-            if (choice != chosen.end() && choice->second == window.windowID)
-                row.current = static_cast<int>(row.labels.size());
-            row.labels.append(text(window.label));
+        const std::vector<LimitWindow>& windows = windowsOf(model.limits(), provider);
+        if (windows.empty() && !traits(provider).publishesLimits) continue;
+        WindowRow row{text(rawValue(provider)), text(displayName(provider)), {}, {}};
+        const auto named = chosen.find(std::string(rawValue(provider)));
+        for (const LimitWindow& window : windows) {
+            if (named != chosen.end() && named->second == window.id) row.current = text(window.id);
+            row.windows.append(choice(window.id, windowLabel(window)));
         }
         rows.push_back(std::move(row));
     }
     return rows;
 }
 
-void MenuBarView::setStyle(int style) {
-    model.preferences().menuBarStyle = style == 0 ? MenuBarStyle::icon : MenuBarStyle::provider;
+void MenuBarView::setStyle(Segment::Style style) {
+    model.preferences().menuBarStyle = static_cast<MenuBarStyle>(style);
 }
 
-void MenuBarView::setProvider(int index) {
-    const std::vector<ProviderID> enabled = offered(model.preferences(), model.limits());
-    if (index < 0 || index >= static_cast<int>(enabled.size())) return;
-    model.preferences().pinnedProvider = enabled[static_cast<std::size_t>(index)];
+void MenuBarView::setProvider(const QString& provider) {
+    if (const auto id = providerFromRawValue(provider.toStdString()))
+        model.preferences().pinnedProvider = *id;
 }
 
-void MenuBarView::setWindow(const QString& provider, int index) {
-    const std::optional<ProviderID> id = providerFromRawValue(provider.toStdString());
-    if (!id) return;
-    const std::vector<WindowChoice> windows = windowChoices(model.limits(), *id);
+void MenuBarView::setWindow(const QString& provider, const QString& window) {
     WindowChoices choices = model.preferences().menuBarWindows.peek();
-    if (index <= 0)
+    if (window.isEmpty())
         choices.erase(provider.toStdString());
-    else if (index <= static_cast<int>(windows.size()))
-        choices[provider.toStdString()] = windows[static_cast<std::size_t>(index) - 1].windowID;
+    else
+        choices[provider.toStdString()] = window.toStdString();
     model.preferences().menuBarWindows = std::move(choices);
 }
 

@@ -2,10 +2,13 @@
 
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Views/Common/RowModel.h"
-#include "Tokwatch/Views/Settings/TitlePreview.h"
+#include "Tokwatch/Views/Common/Segment.h"
+#include "Tokwatch/Views/Settings/StatusPreview.h"
 
 #include <QObject>
-#include <QStringList>
+#include <QProperty>
+#include <QString>
+#include <QVariantList>
 #include <qqmlregistration.h>
 
 #include <vector>
@@ -15,12 +18,23 @@ namespace tokwatch {
 class AppModel;
 class ViewClock;
 
+/// One of several, to be chosen by its id.
+struct NamedChoice {
+    Q_GADGET
+    Q_PROPERTY(QString id MEMBER id)
+    Q_PROPERTY(QString label MEMBER label)
+  public:
+    QString id;
+    QString label;
+    friend bool operator==(const NamedChoice&, const NamedChoice&) = default;
+};
+
 struct MenuBarState {
     Q_GADGET
-    Q_PROPERTY(int style MEMBER style)
+    Q_PROPERTY(tokwatch::Segment::Style style MEMBER style)
     Q_PROPERTY(bool showsProvider MEMBER showsProvider)
-    Q_PROPERTY(QStringList providers MEMBER providers)
-    Q_PROPERTY(int provider MEMBER provider)
+    Q_PROPERTY(QVariantList providers MEMBER providers)
+    Q_PROPERTY(QString provider MEMBER provider)
     Q_PROPERTY(bool showResetTime MEMBER showResetTime)
     Q_PROPERTY(bool tint MEMBER tint)
     Q_PROPERTY(double warning MEMBER warning)
@@ -30,10 +44,10 @@ struct MenuBarState {
     Q_PROPERTY(QString criticalText MEMBER criticalText)
     Q_PROPERTY(tokwatch::TitlePreview preview MEMBER preview)
   public:
-    int style = 0;              ///< a MenuBarStyle
+    Segment::Style style = Segment::IconOnly;
     bool showsProvider = false; ///< there is a provider's limit to choose
-    QStringList providers;      ///< names of those with a number to show, in the user's order
-    int provider = -1;          ///< the one that the item shows
+    QVariantList providers;     ///< NamedChoice of those with a number, in the user's order
+    QString provider;           ///< the one that the item shows
     bool showResetTime = false;
     bool tint = false;
     double warning = 0; ///< fractions left
@@ -50,13 +64,13 @@ struct WindowRow {
     Q_GADGET
     Q_PROPERTY(QString id MEMBER id)
     Q_PROPERTY(QString name MEMBER name)
-    Q_PROPERTY(QStringList labels MEMBER labels)
-    Q_PROPERTY(int current MEMBER current)
+    Q_PROPERTY(QVariantList windows MEMBER windows)
+    Q_PROPERTY(QString current MEMBER current)
   public:
     QString id; ///< the provider's raw value
     QString name;
-    QStringList labels; ///< "Lowest left", then the windows
-    int current = 0;
+    QVariantList windows; ///< of NamedChoice
+    QString current;      ///< empty for the one with the lowest left
     friend bool operator==(const WindowRow&, const WindowRow&) = default;
 };
 
@@ -66,7 +80,6 @@ class MenuBarView : public QObject {
     QML_ANONYMOUS
     Q_PROPERTY(tokwatch::MenuBarState state READ state NOTIFY stateChanged)
     Q_PROPERTY(tokwatch::RowModel* windows READ windows CONSTANT)
-    Q_PROPERTY(QString previewNote READ previewNote NOTIFY stateChanged)
     Q_PROPERTY(double lowestWarning READ lowestWarning CONSTANT)
     Q_PROPERTY(double highestWarning READ highestWarning CONSTANT)
     Q_PROPERTY(double lowestCritical READ lowestCritical CONSTANT)
@@ -74,19 +87,17 @@ class MenuBarView : public QObject {
   public:
     MenuBarView(AppModel& model, const ViewClock& clock);
 
-    const MenuBarState& state() const { return current; }
+    const MenuBarState& state() const { return current.value(); }
     RowModel* windows() { return &windowModel; }
-    QString previewNote() const;
     double lowestWarning() const;
     double highestWarning() const;
     double lowestCritical() const;
     double step() const;
 
-    Q_INVOKABLE void setStyle(int style);
-    /// An index into the state's providers.
-    Q_INVOKABLE void setProvider(int index);
-    /// An index into the labels of the provider's row.
-    Q_INVOKABLE void setWindow(const QString& provider, int index);
+    Q_INVOKABLE void setStyle(tokwatch::Segment::Style style);
+    Q_INVOKABLE void setProvider(const QString& provider);
+    /// The one with the lowest left without a name.
+    Q_INVOKABLE void setWindow(const QString& provider, const QString& window);
     Q_INVOKABLE void setShowResetTime(bool shows);
     Q_INVOKABLE void setTint(bool tints);
     Q_INVOKABLE void setWarning(double left);
@@ -100,7 +111,7 @@ class MenuBarView : public QObject {
     std::vector<WindowRow> windowRows() const;
 
     AppModel& model;
-    MenuBarState current;
+    Q_OBJECT_BINDABLE_PROPERTY(MenuBarView, MenuBarState, current, &MenuBarView::stateChanged)
     RowModel windowModel;
     ObservingUpdater<MenuBarState> stateUpdater;
     ObservingUpdater<std::vector<WindowRow>> windowsUpdater;

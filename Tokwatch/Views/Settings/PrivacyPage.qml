@@ -10,7 +10,7 @@ SettingsPage {
 
     Label {
         width: parent.width
-        text: page.view.promise
+        text: "Tokwatch only sends each login to its own provider. Nothing else leaves your computer."
         size: Theme.type.title
         font.weight: Font.Medium
         lineHeight: 1.2
@@ -18,7 +18,28 @@ SettingsPage {
     }
     SettingsGroup {
         Repeater {
-            model: page.view.facts
+            model: [
+                {
+                    symbol: "folder",
+                    title: "What is read",
+                    sentence: "The session files that the assistants keep in your home directory. Of each answer, Tokwatch takes the time, the model and the token counts. What you and the assistant wrote is skipped."
+                },
+                {
+                    symbol: "lock",
+                    title: "What is asked with your logins",
+                    sentence: "Claude's goes to " + page.view.claudeServer + " and Codex's to " + page.view.codexServer + ", to ask how much of your limits is left. A login is read at that moment and never stored or logged."
+                },
+                {
+                    symbol: "layers",
+                    title: "What is kept",
+                    sentence: "Sums for each model and day of the last 90 days, and the latest limits. The files can be read by your account only."
+                },
+                {
+                    symbol: "check",
+                    title: "What there is not",
+                    sentence: "No account, no telemetry, no advertising, no other server."
+                },
+            ]
             Item {
                 id: fact
                 required property int index

@@ -55,7 +55,7 @@ ReorderItem {
                     }
                     Label {
                         width: parent.width
-                        text: item.row.foundText
+                        text: item.row.isFound ? "Found on this computer" : "Not found on this computer"
                         size: Theme.type.caption
                         color: Theme.colors.secondaryText
                     }
@@ -82,7 +82,7 @@ ReorderItem {
                 visible: item.row.canTurnLiveLimitsOff
                 enabled: item.row.isEnabled
                 label: "Live limits"
-                caption: item.row.liveLimitsText
+                caption: "Asks Anthropic how much is left, with the login that Claude Code stored."
                 Toggle {
                     text: live.label
                     checked: item.row.liveLimits

@@ -1,9 +1,8 @@
 #include "Tokwatch/Views/Settings/ProvidersView.h"
 
 #include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Display/HomeRelative.h"
 #include "Tokwatch/Preferences/Preferences.h"
-#include "Tokwatch/Views/Common/HomePath.h"
-#include "Tokwatch/Views/Common/PlatformWords.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 #include "TokwatchCore/Support/Amounts.h"
@@ -22,7 +21,7 @@ QString readsText(ProviderID provider, const ProviderLocations& locations) {
         isFound ? locations.cursorStateDB() : locations.cursorStateDBOnLinux();
     return reads.replace(
         QStringLiteral("~/Library/Application Support/Cursor/User/globalStorage/state.vscdb"),
-        homePath(place, locations.home));
+        text(homeRelative(place.native(), locations.home.native())));
 }
 
 ProvidersView::ProvidersView(AppModel& appModel, const ViewClock& clock,
@@ -49,12 +48,10 @@ ProviderSettingsRow ProvidersView::row(ProviderID provider) const {
     row.name = text(displayName(provider));
     row.isEnabled = !preferences.disabledProviders.value().contains(provider);
     row.isFound = model.locations().isPresent(provider);
-    row.foundText = (row.isFound ? "Found on this " : "Not found on this ") + machineWord();
     row.reads = readsText(provider, model.locations());
     row.note = text(traits(provider).note);
     row.canTurnLiveLimitsOff = provider == ProviderID::claude;
     row.liveLimits = preferences.claudeLiveLimits;
-    row.liveLimitsText = "Asks Anthropic how much is left, with the login that Claude Code stored.";
     row.isRereading = model.rereading().contains(provider);
     row.canReread = traits(provider).logFormat != LogFormat::none && row.isFound && row.isEnabled;
     if (!row.isRereading) return row;

@@ -23,12 +23,10 @@ struct ProviderSettingsRow {
     Q_PROPERTY(QString name MEMBER name)
     Q_PROPERTY(bool isEnabled MEMBER isEnabled)
     Q_PROPERTY(bool isFound MEMBER isFound)
-    Q_PROPERTY(QString foundText MEMBER foundText)
     Q_PROPERTY(QString reads MEMBER reads)
     Q_PROPERTY(QString note MEMBER note)
     Q_PROPERTY(bool canTurnLiveLimitsOff MEMBER canTurnLiveLimitsOff)
     Q_PROPERTY(bool liveLimits MEMBER liveLimits)
-    Q_PROPERTY(QString liveLimitsText MEMBER liveLimitsText)
     Q_PROPERTY(bool canReread MEMBER canReread)
     Q_PROPERTY(bool isRereading MEMBER isRereading)
     Q_PROPERTY(QString rereadingText MEMBER rereadingText)
@@ -38,12 +36,10 @@ struct ProviderSettingsRow {
     QString name;
     bool isEnabled = false;
     bool isFound = false; ///< there are traces of it on this machine
-    QString foundText;
-    QString reads; ///< "Reads: ~/.grok/sessions"
-    QString note;  ///< empty where there is nothing to say
+    QString reads;        ///< "Reads: ~/.grok/sessions"
+    QString note;         ///< empty where there is nothing to say
     bool canTurnLiveLimitsOff = false;
     bool liveLimits = false;
-    QString liveLimitsText; ///< what they do with the login
     bool canReread = false;
     bool isRereading = false;
     QString rereadingText;

@@ -31,11 +31,11 @@ SettingsFrame {
     SettingsSection {
         title: "Privacy"
         symbol: "lock"
-        page: Component { PrivacyPage { view: settings.view.privacy } }
+        page: Component { PrivacyPage { view: settings.view } }
     }
     SettingsSection {
         title: "About"
         symbol: "info"
-        page: Component { AboutPage { view: settings.view.about } }
+        page: Component { AboutPage { view: settings.view } }
     }
 }

@@ -1,16 +1,25 @@
 #include "Tokwatch/Views/Settings/SettingsView.h"
 
+#include "Tokwatch/Views/Common/Text.h"
+#include "TokwatchCore/Limits/UsageServers.h"
+#include "TokwatchCore/Support/ApplicationVersion.h"
+
 namespace tokwatch {
 
 SettingsView::SettingsView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places)
     : generalView(model, clock, places), menuBarView(model, clock),
       providersView(model, clock, places) {}
 
-void SettingsView::setPage(int page) {
-    const auto wanted = static_cast<Page>(page);
-    if (wanted < Page::general || wanted > Page::about || wanted == shown) return;
-    shown = wanted;
-    emit pageChanged();
+QString SettingsView::claudeServer() {
+    return text(tokwatch::claudeServer);
+}
+
+QString SettingsView::codexServer() {
+    return text(tokwatch::codexServer);
+}
+
+QString SettingsView::version() {
+    return text(applicationVersion());
 }
 
 } // namespace tokwatch

@@ -1,12 +1,11 @@
 #pragma once
 
-#include "Tokwatch/Views/Settings/AboutView.h"
 #include "Tokwatch/Views/Settings/GeneralView.h"
 #include "Tokwatch/Views/Settings/MenuBarView.h"
-#include "Tokwatch/Views/Settings/PrivacyView.h"
 #include "Tokwatch/Views/Settings/ProvidersView.h"
 
 #include <QObject>
+#include <QProperty>
 #include <qqmlregistration.h>
 
 namespace tokwatch {
@@ -19,26 +18,28 @@ class SettingsView : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
-    Q_PROPERTY(int page READ page WRITE setPage NOTIFY pageChanged)
+    Q_PROPERTY(Page page READ page WRITE setPage NOTIFY pageChanged)
     Q_PROPERTY(tokwatch::GeneralView* general READ general CONSTANT)
     Q_PROPERTY(tokwatch::MenuBarView* menuBar READ menuBar CONSTANT)
     Q_PROPERTY(tokwatch::ProvidersView* providers READ providers CONSTANT)
-    Q_PROPERTY(tokwatch::PrivacyView* privacy READ privacy CONSTANT)
-    Q_PROPERTY(tokwatch::AboutView* about READ about CONSTANT)
+    Q_PROPERTY(QString claudeServer READ claudeServer CONSTANT)
+    Q_PROPERTY(QString codexServer READ codexServer CONSTANT)
+    Q_PROPERTY(QString version READ version CONSTANT)
   public:
     enum class Page { general, menuBar, providers, privacy, about };
     Q_ENUM(Page)
 
     SettingsView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places);
 
-    /// A Page as a number.
-    int page() const { return static_cast<int>(shown); }
-    void setPage(int page);
+    Page page() const { return shown; }
+    void setPage(Page page) { shown = page; }
     GeneralView* general() { return &generalView; }
     MenuBarView* menuBar() { return &menuBarView; }
     ProvidersView* providers() { return &providersView; }
-    PrivacyView* privacy() { return &privacyView; }
-    AboutView* about() { return &aboutView; }
+    /// Whom the logins go to.
+    static QString claudeServer();
+    static QString codexServer();
+    static QString version(); ///< "1.0.0"
 
   signals:
     void pageChanged();
@@ -46,12 +47,11 @@ class SettingsView : public QObject {
     void quitRequested();
 
   private:
-    Page shown = Page::general;
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(SettingsView, Page, shown, Page::general,
+                                         &SettingsView::pageChanged)
     GeneralView generalView;
     MenuBarView menuBarView;
     ProvidersView providersView;
-    PrivacyView privacyView;
-    AboutView aboutView;
 };
 
 } // namespace tokwatch

@@ -1,15 +1,44 @@
 #include "Tokwatch/Views/Settings/StatusPreview.h"
 
 #include "Tokwatch/Pictures/StatusPictures.h"
-#include "Tokwatch/StatusItem/StatusTint.h"
+#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Common/Text.h"
 
 #include <QPainter>
 #include <QQuickWindow>
 
+#include <algorithm>
 #include <cmath>
 
 namespace tokwatch {
 namespace {
+
+LimitsByProvider sampleLimits(const std::vector<ProviderID>& providers, Date now) {
+    constexpr double minute = 60;
+    ProviderLimits sample;
+    sample.windows = {
+        {"session", "Session", 0.58, 300 * minute, now + Seconds{185 * minute},
+         LimitSource::live()},
+        {"weekly", "Weekly", 0.36, 10'080 * minute, now + Seconds{4'000 * minute},
+         LimitSource::live()},
+    };
+    LimitsByProvider limits;
+    for (const ProviderID provider : providers)
+        if (traits(provider).publishesLimits) limits[provider] = sample;
+    return limits;
+}
+
+QString spokenSeverity(Severity severity) {
+    switch (severity) {
+    case Severity::normal:
+        return {};
+    case Severity::warning:
+        return QStringLiteral(", yellow");
+    case Severity::critical:
+        return QStringLiteral(", red");
+    }
+    return {};
+}
 
 /// What most panels leave to an item.
 constexpr int itemHeight = 22;
@@ -23,31 +52,31 @@ QImage drawing(const TitlePreview& title, const Ink& ink, bool isSquare, int hei
 
 } // namespace
 
+TitlePreview titlePreview(const Preferences& preferences, const LimitsByProvider& limits,
+                          Date now) {
+    const std::vector<ProviderID> enabled = preferences.enabledProviders();
+    TitlePreview preview;
+    const bool isUnknown = statusContent(preferences, limits, now).steps.empty();
+    const StatusTitle title =
+        statusTitle(preferences, isUnknown ? sampleLimits(enabled, now) : limits, now);
+    preview.isSample = isUnknown && title.text;
+    preview.text = text(title.text.value_or(""));
+    preview.severity = static_cast<int>(title.severity);
+    if (title.provider) preview.provider = text(rawValue(*title.provider));
+    preview.percent = title.percentLeft.value_or(-1);
+    const QString name = title.provider ? text(displayName(*title.provider)) : "Tokwatch";
+    preview.spoken = (name + u' ' + preview.text).trimmed() + spokenSeverity(title.severity);
+    return preview;
+}
+
 QColor panelColor(bool isDark) {
     return isDark ? QColor(0x1d, 0x1d, 0x21) : QColor(0xf1, 0xf1, 0xf4);
 }
 
-StatusPreview::StatusPreview(QQuickItem* parent) : QQuickPaintedItem(parent) {}
-
-void StatusPreview::setTitle(const TitlePreview& title) {
-    if (title == shown) return;
-    shown = title;
-    redraw();
-    emit titleChanged();
-}
-
-void StatusPreview::setOnDarkPanel(bool isDark) {
-    if (isDark == dark) return;
-    dark = isDark;
-    redraw();
-    emit panelChanged();
-}
-
-void StatusPreview::setSquare(bool isSquare) {
-    if (isSquare == square) return;
-    square = isSquare;
-    redraw();
-    emit shapeChanged();
+StatusPreview::StatusPreview(QQuickItem* parent) : QQuickPaintedItem(parent) {
+    for (const auto changed :
+         {&StatusPreview::titleChanged, &StatusPreview::panelChanged, &StatusPreview::shapeChanged})
+        connect(this, changed, this, &StatusPreview::redraw);
 }
 
 void StatusPreview::itemChange(ItemChange change, const ItemChangeData& data) {

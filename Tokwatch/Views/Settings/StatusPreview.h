@@ -1,13 +1,39 @@
 #pragma once
 
-#include "Tokwatch/Views/Settings/TitlePreview.h"
+#include "Tokwatch/Display/StatusTitle.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <QColor>
 #include <QImage>
+#include <QObject>
 #include <QQuickPaintedItem>
+#include <QString>
 #include <qqmlregistration.h>
 
 namespace tokwatch {
+
+/// What the status item would show, for pictures of it.
+struct TitlePreview {
+    Q_GADGET
+    Q_PROPERTY(QString text MEMBER text)
+    Q_PROPERTY(QString provider MEMBER provider)
+    Q_PROPERTY(int severity MEMBER severity)
+    Q_PROPERTY(int percent MEMBER percent)
+    Q_PROPERTY(bool isSample MEMBER isSample)
+    Q_PROPERTY(QString spoken MEMBER spoken)
+  public:
+    QString text;          ///< "42% · 3h 5m"; empty with the icon alone
+    QString provider;      ///< a raw value; empty for the application's own mark
+    int severity = 0;      ///< a Severity
+    int percent = -1;      ///< the number in the text, negative without one
+    bool isSample = false; ///< no limit is known yet
+    QString spoken;
+    friend bool operator==(const TitlePreview&, const TitlePreview&) = default;
+};
+
+/// The item by the present settings and limits; while no enabled provider has any, with made-up
+/// limits, so that the settings show what they do.
+TitlePreview titlePreview(const Preferences& preferences, const LimitsByProvider& limits, Date now);
 
 /// What a light or a dark panel looks like.
 QColor panelColor(bool isDark);
@@ -17,20 +43,13 @@ QColor panelColor(bool isDark);
 class StatusPreview : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(tokwatch::TitlePreview title READ title WRITE setTitle NOTIFY titleChanged)
-    Q_PROPERTY(bool onDarkPanel READ isOnDarkPanel WRITE setOnDarkPanel NOTIFY panelChanged)
-    Q_PROPERTY(bool isSquare READ isSquare WRITE setSquare NOTIFY shapeChanged)
+    Q_PROPERTY(tokwatch::TitlePreview title MEMBER shown NOTIFY titleChanged)
+    Q_PROPERTY(bool onDarkPanel MEMBER dark NOTIFY panelChanged)
+    Q_PROPERTY(bool isSquare MEMBER square NOTIFY shapeChanged)
     Q_PROPERTY(QColor panelColor READ panelColor NOTIFY panelChanged)
   public:
     explicit StatusPreview(QQuickItem* parent = nullptr);
 
-    const TitlePreview& title() const { return shown; }
-    void setTitle(const TitlePreview& title);
-    bool isOnDarkPanel() const { return dark; }
-    void setOnDarkPanel(bool isDark);
-    /// As hosts show it that give every item a square.
-    bool isSquare() const { return square; }
-    void setSquare(bool isSquare);
     QColor panelColor() const { return tokwatch::panelColor(dark); }
 
     void paint(QPainter* painter) override;
@@ -49,7 +68,7 @@ class StatusPreview : public QQuickPaintedItem {
 
     TitlePreview shown;
     bool dark = false;
-    bool square = false;
+    bool square = false; ///< as hosts show it that give every item a square
     QImage picture;
 };
 

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Tokwatch/Display/Severity.h"
+#include "Tokwatch/Display/SummaryDisplay.h"
+#include "Tokwatch/Preferences/PreferenceTypes.h"
+
+#include <QObject>
+#include <qqmlregistration.h>
+
+namespace tokwatch {
+
+/// What the segments of a switch stand for, by names for QML, which takes none that begins small:
+/// "Segment.Stats". Each is a case of the type that everybody else uses.
+namespace Segment {
+Q_NAMESPACE
+QML_ELEMENT
+
+enum Tab {
+    Usage = static_cast<int>(PopoverTab::usage),
+    Stats = static_cast<int>(PopoverTab::stats),
+    Models = static_cast<int>(PopoverTab::models),
+};
+Q_ENUM_NS(Tab)
+
+enum Breakdown {
+    ByModel = static_cast<int>(BreakdownMode::model),
+    ByDay = static_cast<int>(BreakdownMode::day),
+};
+Q_ENUM_NS(Breakdown)
+
+enum Unit {
+    Cost = static_cast<int>(SummaryUnit::cost),
+    Tokens = static_cast<int>(SummaryUnit::tokens),
+};
+Q_ENUM_NS(Unit)
+
+enum Style {
+    IconOnly = static_cast<int>(MenuBarStyle::icon),
+    LimitLeft = static_cast<int>(MenuBarStyle::provider),
+};
+Q_ENUM_NS(Style)
+
+} // namespace Segment
+
+/// A Severity by names for QML.
+namespace Level {
+Q_NAMESPACE
+QML_ELEMENT
+
+enum Value {
+    Normal = static_cast<int>(Severity::normal),
+    Warning = static_cast<int>(Severity::warning),
+    Critical = static_cast<int>(Severity::critical),
+};
+Q_ENUM_NS(Value)
+
+} // namespace Level
+
+} // namespace tokwatch

@@ -1,0 +1,29 @@
+#include "Tokwatch/Views/Common/Text.h"
+
+#include "Tokwatch/Display/HomeRelative.h"
+#include "TokwatchCore/Ingestion/ProviderLocations.h"
+
+namespace tokwatch {
+
+QString text(std::string_view utf8) {
+    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+
+QString sentence(std::string_view utf8) {
+    QString line = text(utf8);
+    if (!line.isEmpty()) line[0] = line[0].toUpper();
+    return line;
+}
+
+QStringList searchedPlaces(const ProviderLocations& locations) {
+    QStringList places;
+    const auto add = [&](const std::filesystem::path& whole) {
+        places.append(text(homeRelative(whole.native(), locations.home.native())));
+    };
+    for (const ProviderID provider : allCases<ProviderID>)
+        if (const auto roots = locations.logRoots(provider); !roots.empty()) add(roots.front());
+    add(locations.cursorStateDBOnLinux());
+    return places;
+}
+
+} // namespace tokwatch

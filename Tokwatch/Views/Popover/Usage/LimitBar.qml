@@ -1,0 +1,127 @@
+import QtQuick
+import Kivo.Theme
+import Tokwatch.Common
+
+/// One limit: how much is left, where time stands, when it starts anew.
+Column {
+    id: bar
+    required property var limit
+
+    readonly property color fill: aged(byLevel(Theme.colors.accent, Theme.colors.warning, Theme.colors.critical), Theme.colors.muted)
+    readonly property color figure: aged(byLevel(Theme.colors.text, Theme.colors.warningText, Theme.colors.criticalText), Theme.colors.secondaryText)
+
+    function byLevel(normal, warning, critical) {
+        return limit.level === Level.Critical ? critical : limit.level === Level.Warning ? warning : normal
+    }
+    /// What is old keeps its colour, but half of it. Both colours stand out from the ground, and so
+    /// does what is between them.
+    function aged(fresh, muted) {
+        return limit.isOld ? Qt.tint(fresh, Qt.rgba(muted.r, muted.g, muted.b, 0.55)) : fresh
+    }
+
+    spacing: 6
+    Accessible.role: Accessible.ProgressBar
+    Accessible.name: limit.spoken
+
+    Item {
+        width: parent.width
+        height: label.implicitHeight
+        Label {
+            id: label
+            anchors { left: parent.left; right: remaining.left; rightMargin: Theme.space.m }
+            text: bar.limit.label
+            font.weight: Font.Medium
+            Accessible.ignored: true
+            HoverHandler { id: overLabel }
+            HoverTip { text: label.text; wanted: label.truncated && overLabel.hovered; widest: bar.width }
+        }
+        Label {
+            id: remaining
+            anchors { right: parent.right; baseline: label.baseline }
+            text: bar.limit.leftText + " left"
+            font.weight: Font.DemiBold
+            color: bar.figure
+            Accessible.ignored: true
+        }
+    }
+
+    Item {
+        width: parent.width
+        height: 10
+        Rectangle {
+            id: track
+            y: 1
+            width: parent.width
+            height: 8
+            radius: 4
+            color: Theme.colors.track
+            clip: true
+            Rectangle {
+                anchors.left: parent.left
+                width: bar.limit.leftFraction > 0 ? Math.max(height, parent.width * bar.limit.leftFraction) : 0
+                height: parent.height
+                radius: 4
+                color: bar.fill
+            }
+        }
+        Rectangle {
+            visible: bar.limit.timeLeftFraction >= 0
+            anchors.left: parent.left
+            anchors.leftMargin: Math.round(bar.limit.timeLeftFraction * (parent.width - width))
+            y: -2
+            width: 4
+            height: 14
+            radius: 2
+            color: Theme.colors.timeMark
+            border.width: 1
+            border.color: Theme.colors.card
+
+            Item {
+                anchors.centerIn: parent
+                width: 20
+                height: 20
+                HoverHandler { id: overTime }
+                HoverTip { text: bar.limit.timeText; wanted: overTime.hovered }
+            }
+        }
+    }
+
+    Item {
+        width: parent.width
+        height: reset.implicitHeight
+        visible: bar.limit.resetText !== "" || bar.limit.paceCaption !== ""
+
+        Symbol {
+            id: pace
+            anchors { left: parent.left; verticalCenter: parent.verticalCenter }
+            width: 14
+            height: 14
+            visible: bar.limit.paceSymbol !== ""
+            name: bar.limit.paceSymbol
+            color: caption.color
+        }
+        Item {
+            anchors { left: pace.left; top: caption.top; bottom: caption.bottom }
+            width: pace.width + 5 + Math.min(caption.width, caption.implicitWidth)
+            HoverHandler { id: overPace }
+            HoverTip { text: bar.limit.paceText; wanted: overPace.hovered }
+        }
+        Label {
+            id: caption
+            anchors { left: pace.right; leftMargin: 5; right: reset.left; rightMargin: Theme.space.s }
+            text: bar.limit.paceCaption
+            size: Theme.type.caption
+            color: bar.limit.isAhead && !bar.limit.isOld ? Theme.colors.warningText : Theme.colors.secondaryText
+            Accessible.ignored: true
+        }
+        Label {
+            id: reset
+            anchors.right: parent.right
+            elide: Text.ElideNone
+            text: bar.limit.resetText
+            size: Theme.type.caption
+            color: Theme.colors.secondaryText
+            Accessible.ignored: true
+        }
+    }
+}
