@@ -54,7 +54,7 @@ def check_popover(place):
     wait_for("the end by Escape", is_closed)
     open_by_click(place)
     time.sleep(0.3)  # the grab comes a moment after the window
-    desktop.click(200, 600)
+    desktop.click(640, 690)
     wait_for("the end by a press outside", is_closed)
     open_by_click(place)
     time.sleep(0.6)  # beyond a double click, which leaves it open

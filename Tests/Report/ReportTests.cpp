@@ -204,7 +204,7 @@ TEST_F(ReportTest, PricesEachRowByItsModels) {
 }
 
 TEST_F(ReportTest, NamesWhatItCouldNotRead) {
-    write("p/a.jsonl", {{"a", 1}});
+    write("p/a.jsonl", {{"a", 1}, {"a", 1}, {"a", 1}, {"a", 1}, {"a", 1}, {"a", 1}});
     write("p/b.jsonl", {{"b", 2}});
     write("p/old.jsonl", {{"c", 4}});
     std::filesystem::last_write_time(home / ".claude/projects/p/old.jsonl",
@@ -212,9 +212,7 @@ TEST_F(ReportTest, NamesWhatItCouldNotRead) {
                                          std::chrono::hours(48));
     touchedSince = systemNow() - Seconds{24 * 3600.0};
     home.write(".codex/sessions/r.jsonl", CodexLog::usage("r", 0, 8));
-    home.write(".grok/sessions/g/usage.json", "");
-    std::filesystem::resize_file(home / ".grok/sessions/g/usage.json", 40'000'000);
-    // The largest comes first, then, one file is removed and another moved before they are read.
+    // The largest comes first; then, one file is removed and another moved before they are read.
     bool isFirst = true;
     std::filesystem::create_directories(home / ".codex/archived_sessions");
     const LogReading reading = read([&](std::int64_t, std::int64_t) {
@@ -228,10 +226,14 @@ TEST_F(ReportTest, NamesWhatItCouldNotRead) {
     for (const CountedResponses::Entry& entry : counted.entries)
         output += entry.response->tokens.output;
     EXPECT_EQ(output, 1 + 8) << "what is there, where it is now, and nothing that nobody touched";
-    ASSERT_EQ(reading.unread.size(), 1U);
-    EXPECT_EQ(reading.unread[0].path, home / ".grok/sessions/g/usage.json");
-    EXPECT_EQ(reading.unread[0].reason, "File too large");
     EXPECT_THAT(reading.gone, ElementsAre((home / ".claude/projects/p/b.jsonl").string()));
+
+    home.write(".grok/sessions/g/usage.json", "");
+    std::filesystem::resize_file(home / ".grok/sessions/g/usage.json", 40'000'000);
+    const LogReading later = read();
+    ASSERT_EQ(later.unread.size(), 1U);
+    EXPECT_EQ(later.unread[0].path, home / ".grok/sessions/g/usage.json");
+    EXPECT_EQ(later.unread[0].reason, "File too large");
 }
 
 TEST_F(ReportTest, ReadsOnlyWhatHasChangedAgain) {
