@@ -138,9 +138,13 @@ TEST_F(AppDelegateTest, PinsTheFirstThatHasANumberWheneverItComesUnlessClaudeOrA
         EXPECT_EQ(shownWindow(welcomeTitle), nullptr) << "welcomed twice";
         for (const char* file : files)
             home.write(file, "");
-        time.advance(Seconds{600}); // the model looks around
-        settle();
-        EXPECT_TRUE(until([&] { return preferences.pinnedProvider == pinned; })) << files.front();
+        // The model looks around, once it has come so far.
+        const auto isPinned = [&] {
+            time.advance(Seconds{600});
+            settle();
+            return preferences.pinnedProvider == pinned;
+        };
+        EXPECT_TRUE(until(isPinned)) << files.front();
         delegate.reset();
         settle();
         area.vanish();
