@@ -14,5 +14,6 @@ Text {
     // Said, it is mirrored with the layout; unsaid, English stays at the left.
     horizontalAlignment: Text.AlignLeft
     Accessible.role: Accessible.StaticText
+    Accessible.ignored: text === ""
     Accessible.name: text
 }

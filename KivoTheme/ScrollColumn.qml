@@ -11,7 +11,7 @@ Flickable {
     /// How far the view reaches above its content, so that the first item's focus ring is whole; it
     /// is to be put that much higher.
     readonly property int ringRoom: 4
-    readonly property int naturalHeight: column.implicitHeight - ringRoom
+    readonly property int naturalHeight: Math.ceil(column.implicitHeight) - ringRoom
     readonly property Item focused: Window.activeFocusItem
 
     /// True when the key scrolls.

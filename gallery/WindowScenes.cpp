@@ -44,7 +44,7 @@ Scene welcomeScene(const char* name, DemoWorld::Home home) {
                                                         world.model->locations(), loginItem());
             },
             {},
-            {500, 400}};
+            {500, 0}};
 }
 
 } // namespace

@@ -87,6 +87,17 @@ TEST_F(StatusTitleTest, HasNothingToShow) {
         << "the first one that is enabled";
 }
 
+TEST_F(StatusTitleTest, HasTheFirstNumberUntilSomebodyChooses) {
+    limits[codex].windows = {window("week", 0.5)};
+    EXPECT_EQ(title().provider, codex);
+    EXPECT_TRUE(steps().front().isUsual);
+    limits[claude].windows = {window("session", 0.75)};
+    EXPECT_EQ(title().provider, claude);
+    limits[claude].windows.clear();
+    preferences.pinnedProvider = claude;
+    EXPECT_EQ(title().text, std::nullopt);
+}
+
 TEST_F(StatusTitleTest, ChoosesTheWindow) {
     limits[claude].windows = {window("a", 0.5, 60), window("b", 0.25, 60), window("c", 0.25, 60),
                               window("old", 0.1, 0)};
@@ -135,14 +146,14 @@ TEST_F(StatusTitleTest, StepsThroughTheWindowsOfEnabledProviders) {
     preferences.disabledProviders = ProviderSet{grok};
     preferences.menuBarStyle = MenuBarStyle::icon;
     const auto step = [](ProviderID provider, const char* id, bool isUsual, const char* shown,
-                         int percent) {
+                         int percent, Severity severity) {
         const std::string line = std::string(displayName(provider)) + " · " + shown + " left";
-        return LimitStep{
-            provider, id, isUsual, {shown, provider, Severity::warning, line, false, percent}};
+        return LimitStep{provider, id, isUsual, {shown, provider, severity, line, false, percent}};
     };
-    EXPECT_THAT(steps(), ElementsAre(step(codex, "session", false, "The session 25%", 25),
-                                     step(claude, "session", true, "The session 50%", 50),
-                                     step(claude, "week", false, "The week 75%", 75)));
+    using enum Severity;
+    EXPECT_THAT(steps(), ElementsAre(step(codex, "session", false, "The session 25%", 25, warning),
+                                     step(claude, "session", true, "The session 50%", 50, normal),
+                                     step(claude, "week", false, "The week 75%", 75, normal)));
 }
 
 } // namespace

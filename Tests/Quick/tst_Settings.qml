@@ -44,7 +44,7 @@ Item {
                 { page: 1, tag: "Show the time until the reset", key: "showResetTime", before: "true", after: "false" },
                 { page: 1, tag: "Tint the item when a limit runs low", key: "tintEnabled", before: "true", after: "false" },
                 { page: 2, tag: "Live limits", key: "claudeLiveLimits", before: "true", after: "false" },
-                { page: 2, tag: "Show Codex's limits", key: "disabledProviders", before: "", after: "codex" },
+                { page: 2, tag: "Codex: Show limits", key: "disabledProviders", before: "", after: "codex" },
                 { page: 0, tag: "Summaries lead with", key: "summaryUnit", press: Qt.Key_Right, before: "cost", after: "tokens" },
                 { page: 1, tag: "Show", key: "menuBarStyle", press: Qt.Key_Left, before: "provider", after: "icon" },
                 { page: 1, tag: "Provider", key: "pinnedProvider", press: Qt.Key_Down, before: "claude", after: "codex" },
@@ -87,7 +87,7 @@ Item {
         }
 
         function test_providersAreReordered() {
-            const control = onPage(2, "Show Claude's limits")
+            const control = onPage(2, "Claude: Show limits")
             type([[Qt.Key_Down, Qt.AltModifier], [Qt.Key_Down, Qt.AltModifier]])
             compare(world.preference("providerOrder"), "codex,grok,claude,cursor")
             verify(control.activeFocus, "the focus goes with it")

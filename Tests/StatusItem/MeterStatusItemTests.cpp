@@ -120,12 +120,13 @@ TEST_F(MeterItem, ShowsTheNumberOnceWhateverTheHost) {
             const QImage expected =
                 c.shape == gauge
                     ? gaugePicture(QString(c.text).split('%')[0].toInt(), ink, picture.width)
-                    : markPicture(ProviderID::claude, ink, picture.width);
+                    : markPicture(c.text ? std::optional(ProviderID::claude) : std::nullopt, ink,
+                                  picture.width);
             EXPECT_EQ(picture.pixels, kivo::IconPixmap::from(expected).pixels);
         }
         // Read out: what the label does not say is part of the picture's description.
         const std::string shown = c.text && !*c.label ? std::string(" ") + c.text : "";
-        EXPECT_EQ(text("IconAccessibleDesc"), "Claude" + shown);
+        EXPECT_EQ(text("IconAccessibleDesc"), (c.text ? "Claude" : "Tokwatch") + shown);
         item.reset();
         area.vanish();
     }

@@ -145,9 +145,11 @@ TEST_F(MenuBarViewTest, PreviewsTheItem) {
     EXPECT_EQ(preview().provider + " " + preview().text, "claude 42% · 3h 5m");
     knowLimits(codex, 0.125, 0.75);
     EXPECT_FALSE(preview().isSample);
-    EXPECT_EQ(preview().text, "") << "nothing of the pinned provider is known";
+    EXPECT_EQ(preview().spoken, "Codex 12%, yellow") << "nothing of the usual one is known";
+    EXPECT_EQ(state().provider, "codex");
+    view.setProvider("claude");
+    EXPECT_EQ(preview().missing, "Claude has no number. Looking up the limits…");
     view.setProvider("codex");
-    EXPECT_EQ(preview().spoken, "Codex 12%, yellow");
     view.setCritical(0.2);
     EXPECT_EQ(preview().spoken, "Codex 12%, red");
     view.setTint(false);
@@ -158,19 +160,10 @@ TEST_F(MenuBarViewTest, PreviewsTheItem) {
     EXPECT_EQ(preview().spoken, "Tokwatch");
 }
 
-TEST(OnboardingView, ShowsTheSignThatTheItemHasAndSwitchesWhoIsAsked) {
+TEST(OnboardingView, SwitchesWhoIsAsked) {
     testing::ViewWorld world;
     Preferences& preferences = *world.preferences;
     OnboardingView welcome(preferences, ProviderLocations{world.home.path()}, world.loginItem);
-    QSignalSpy changes(&welcome, &OnboardingView::signChanged);
-    EXPECT_EQ(welcome.sign(), "claude");
-    preferences.pinnedProvider = codex; // which came first
-    world.settle();
-    EXPECT_EQ(welcome.sign(), "codex");
-    preferences.menuBarStyle = MenuBarStyle::icon;
-    world.settle();
-    EXPECT_EQ(welcome.sign(), "");
-    EXPECT_EQ(changes.count(), 2);
     for (const char* provider : {"claude", "codex"}) {
         welcome.setAsked(provider, false);
         EXPECT_EQ(welcome.asked()[provider], false);

@@ -3,6 +3,7 @@
 #include "Tokwatch/CommandLine/CommandEnvironment.h"
 #include "Tokwatch/CommandLine/Commands.h"
 #include "Tokwatch/CommandLine/Completion.h"
+#include "Tokwatch/CommandLine/Suggestion.h"
 #include "TokwatchCore/Support/ApplicationVersion.h"
 
 #include <CLI/CLI.hpp>
@@ -87,7 +88,7 @@ void addSummary(CLI::App& app, Invocation& invocation, SummaryOptions& options) 
         addDataCommand(app, invocation, "summary", "Show tokens and what they would have cost");
     command.add_option("--days", options.days, "How many days, today included (default: 30)")
         ->type_name("N")
-        ->check(CLI::Range(-mostDays, mostDays).description(""));
+        ->check(CLI::Range(1, mostDays).description(""));
     addChoice<SummaryUnit>(command, "--unit", options.unit,
                            {{"cost", SummaryUnit::cost}, {"tokens", SummaryUnit::tokens}},
                            "Lead with money or tokens");
@@ -168,11 +169,12 @@ struct SettingArguments {
 
 void addPreferences(CLI::App& app, Invocation& invocation, SettingArguments& setting) {
     CLI::App& command = *app.add_subcommand("preferences", "Print and change settings");
-    command.require_subcommand(1);
     const auto addName = [&setting](CLI::App& action) {
         // Asked for only where a setting is named; most commands name none.
-        const auto isSetting = [](const std::string& name) {
-            return CLI::IsMember(settingNames())(name);
+        const auto isSetting = [](const std::string& name) -> std::string {
+            const std::vector<std::string> names = settingNames();
+            if (std::ranges::count(names, name) > 0) return {};
+            return "no setting is called \"" + name + '"' + suggestion(name, names);
         };
         action.add_option("key", setting.name, "The setting")
             ->required()
@@ -182,7 +184,11 @@ void addPreferences(CLI::App& app, Invocation& invocation, SettingArguments& set
     const auto addJSON = [&invocation](CLI::App& action) {
         action.add_flag("--json", invocation.json, "Print JSON for programs");
     };
-    CLI::App& list = *command.add_subcommand("list", "Print all settings");
+    addJSON(command);
+    command.callback([&command, &invocation] {
+        if (command.get_subcommands().empty()) invocation.run = runPreferencesList;
+    });
+    CLI::App& list = *command.add_subcommand("list", "Print all settings (default)");
     addJSON(list);
     list.callback([&invocation] { invocation.run = runPreferencesList; });
     CLI::App& get = *command.add_subcommand("get", "Print one setting");
@@ -236,7 +242,7 @@ void addReport(CLI::App& app, Invocation& invocation, ReportOptions& options) {
     addChoice(command, "--by", options.by, subjects, "What has a row (default: project)");
     command.add_option("--days", options.days, "How many days, today included (default: 30)")
         ->type_name("N")
-        ->check(CLI::Range(-mostDays, mostDays).description(""));
+        ->check(CLI::Range(1, mostDays).description(""));
     command.add_option("--since", options.since, "The first day, as 2026-01-31")->type_name("DATE");
     command.add_option("--until", options.until, "The last day (default: today)")
         ->type_name("DATE");
@@ -264,6 +270,16 @@ void addAudit(CLI::App& app, Invocation& invocation, bool& all) {
 /// The first line of what the parser says; some of its messages have several.
 std::string oneLine(const std::string& message) {
     return message.substr(0, message.find('\n'));
+}
+
+/// What a command might have been that there is not.
+std::string suggestionFor(const CLI::ParseError& error, const CLI::App& app,
+                          std::string_view word) {
+    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError)) return {};
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands({}))
+        names.push_back(command->get_name());
+    return suggestion(word, names);
 }
 
 } // namespace
@@ -309,7 +325,8 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     } catch (const CLI::Success& wanted) {
         return app.exit(wanted);
     } catch (const CLI::ParseError& error) {
-        terminal.error(oneLine(error.what()) + " (see tokwatch --help)");
+        terminal.error(oneLine(error.what()) + suggestionFor(error, app, argv[1]) +
+                       " (see tokwatch --help)");
         return exitUsage;
     }
     try {

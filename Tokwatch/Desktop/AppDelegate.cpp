@@ -78,8 +78,6 @@ void AppDelegate::launch() {
     AppModel& model = application->model();
     application->start(preferences.hasCompletedOnboarding ? LimitsStart::atOnce
                                                           : LimitsStart::whenAllowed);
-    presentNotifier = model.bindablePresent().addNotifier([this] { pinWhatHasANumber(); });
-    pinWhatHasANumber();
     onboardingNotifier =
         preferences.hasCompletedOnboarding.addNotifier([this] { followOnboarding(); });
     model.onOpenRequest = [this] { popover->open(lastAnchor()); };
@@ -92,20 +90,21 @@ void AppDelegate::launch() {
 void AppDelegate::followOnboarding() {
     if (!preferences.hasCompletedOnboarding) return;
     onboarding->close();
+    pinWhatHasANumber();
     application->setRank(WorkLease::Rank::desktop);
     application->model().allowLimits();
     if (isWithoutHost()) application->model().onOpenRequest();
 }
 
-/// While Claude, whose number is the usual one, is not on the machine and nobody ever chose: the
-/// first provider that has one, whenever it comes.
+/// Where Claude, whose number is the usual one, is not on the machine and nobody ever chose: the
+/// first provider that has one.
 void AppDelegate::pinWhatHasANumber() {
-    const AppModel& model = application->model();
-    if (preferences.pinnedProvider.isChosen() || model.locations().isPresent(ProviderID::claude))
-        return;
-    const auto found = std::ranges::find_if(
-        model.present(), [](ProviderID provider) { return traits(provider).publishesLimits; });
-    if (found != model.present().end()) preferences.pinnedProvider = *found;
+    const ProviderLocations& locations = application->model().locations();
+    if (preferences.pinnedProvider.isChosen() || locations.isPresent(ProviderID::claude)) return;
+    const auto found = std::ranges::find_if(allCases<ProviderID>, [&](ProviderID provider) {
+        return traits(provider).publishesLimits && locations.isPresent(provider);
+    });
+    if (found != allCases<ProviderID>.end()) preferences.pinnedProvider = *found;
 }
 
 void AppDelegate::open() {
@@ -296,7 +295,7 @@ void AppDelegate::makeWindows() {
         ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, {560, 300}});
     onboarding.emplace(runtime, scheduler,
                        HostedWindow::Content{onboardingSource, [this] { return makeWelcome(); }},
-                       ContentWindow::Frame{QStringLiteral("Welcome to Tokwatch"), {500, 400}});
+                       ContentWindow::Frame{QStringLiteral("Welcome to Tokwatch"), {500, 0}});
     for (ContentWindow* window : {&*settingsWindow, &*onboarding})
         connect(window, &ContentWindow::closed, this, &AppDelegate::windowClosed);
 }

@@ -94,7 +94,6 @@ class AppDelegate : public QObject {
     std::unique_ptr<ScheduledCall> countdown; ///< while the popover is open
     QPropertyNotifier dockIconNotifier;
     QPropertyNotifier onboardingNotifier;
-    QPropertyNotifier presentNotifier;
     std::optional<QPoint> clickedAt;
     Date openedAt = Date::min();
     bool hasLookedForHost = false;

@@ -1,9 +1,11 @@
 #include "Tokwatch/Desktop/ContentWindow.h"
 
 #include <QEvent>
+#include <QQuickItem>
 #include <QQuickView>
 #include <QScreen>
 
+#include <cmath>
 #include <utility>
 
 namespace tokwatch {
@@ -19,7 +21,10 @@ void ContentWindow::prepare() {
     window.setTitle(frame.title);
     constexpr QSize titleBar{0, 32};
     const QSize room = window.screen()->availableSize() - titleBar;
-    const QSize size = frame.size.boundedTo(room);
+    QSize wanted = frame.size;
+    if (wanted.height() == 0 && window.rootObject() != nullptr)
+        wanted.setHeight(static_cast<int>(std::ceil(window.rootObject()->implicitHeight())));
+    const QSize size = wanted.boundedTo(room);
     window.resize(size);
     window.setMinimumSize(frame.minimum.isEmpty() ? size : frame.minimum.boundedTo(room));
     if (frame.minimum.isEmpty()) window.setMaximumSize(size);

@@ -15,7 +15,7 @@ class ContentWindow : public QObject {
   public:
     struct Frame {
         QString title;
-        QSize size;      ///< where the screen has room for it
+        QSize size;      ///< where the screen has room for it; as high as its content without one
         QSize minimum{}; ///< none for a window that always has its size
     };
 

@@ -51,19 +51,20 @@ std::string tooltip(const std::vector<ProviderID>& enabled, const LimitsByProvid
     return lines.empty() ? std::string(applicationName) : lines;
 }
 
+Severity severity(const Preferences& preferences, const LimitWindow& window, Date now) {
+    if (!preferences.tintEnabled) return Severity::normal;
+    return severityOf(LimitBarModel(window, now).leftFraction, preferences.warningThreshold,
+                      preferences.criticalThreshold);
+}
+
 /// By the least that any enabled provider's menu-bar window has left, whichever is shown.
 Severity severity(const Preferences& preferences, const std::vector<ProviderID>& enabled,
                   const LimitsByProvider& limits, Date now) {
-    if (!preferences.tintEnabled) return Severity::normal;
-    std::optional<double> least;
-    for (const ProviderID provider : enabled) {
-        const LimitWindow* window = menuBarWindow(preferences, limits, provider, now);
-        if (!window) continue;
-        const double left = LimitBarModel(*window, now).leftFraction;
-        least = std::min(least.value_or(left), left);
-    }
-    return least ? severityOf(*least, preferences.warningThreshold, preferences.criticalThreshold)
-                 : Severity::normal;
+    Severity gravest = Severity::normal;
+    for (const ProviderID provider : enabled)
+        if (const auto* window = menuBarWindow(preferences, limits, provider, now))
+            gravest = std::max(gravest, severity(preferences, *window, now));
+    return gravest;
 }
 
 void showWindow(StatusTitle& title, const Preferences& preferences, const ProviderLimits& limits,
@@ -73,12 +74,6 @@ void showWindow(StatusTitle& title, const Preferences& preferences, const Provid
     title.percentLeft = static_cast<int>(wholePercent(bar.leftFraction));
     if (preferences.showResetTime && bar.resetText) *title.text += " · " + *bar.resetText;
     title.isOld = LimitAge::isOld(window, limits.fetchedAt, now);
-}
-
-/// Whose limit the title shows: the pinned provider's, or while that is turned off the first one's.
-ProviderID shownProvider(const Preferences& preferences, const std::vector<ProviderID>& enabled) {
-    const ProviderID pinned = preferences.pinnedProvider;
-    return std::ranges::count(enabled, pinned) > 0 ? pinned : enabled.front();
 }
 
 /// The title without its text.
@@ -116,11 +111,27 @@ const LimitWindow* menuBarWindow(const Preferences& preferences, ProviderID prov
     return chosen ? chosen : tightestWindow(limits, now);
 }
 
+std::optional<ProviderID> shownProvider(const Preferences& preferences,
+                                        const LimitsByProvider& limits) {
+    const std::vector<ProviderID> enabled = preferences.enabledProviders();
+    if (enabled.empty()) return std::nullopt;
+    const ProviderID pinned = preferences.pinnedProvider;
+    const ProviderID usual = std::ranges::count(enabled, pinned) > 0 ? pinned : enabled.front();
+    const auto hasLimit = [&limits](ProviderID provider) {
+        const ProviderLimits* known = limitsOf(limits, provider);
+        return known && !known->windows.empty();
+    };
+    if (preferences.pinnedProvider.isChosen() || hasLimit(usual)) return usual;
+    const auto standIn = std::ranges::find_if(enabled, hasLimit);
+    return standIn == enabled.end() ? usual : *standIn;
+}
+
 StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now) {
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
     StatusTitle title = icon(preferences, enabled, limits, now);
-    if (enabled.empty() || preferences.menuBarStyle == MenuBarStyle::icon) return title;
-    title.provider = shownProvider(preferences, enabled);
+    if (preferences.menuBarStyle == MenuBarStyle::icon) return title;
+    title.provider = shownProvider(preferences, limits);
+    if (!title.provider) return title;
     if (const auto* window = menuBarWindow(preferences, limits, *title.provider, now))
         showWindow(title, preferences, limits.at(*title.provider), *window, now);
     return title;
@@ -129,17 +140,18 @@ StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& 
 StatusContent statusContent(const Preferences& preferences, const LimitsByProvider& limits,
                             Date now) {
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
+    const std::optional<ProviderID> shown = shownProvider(preferences, limits);
     StatusContent content{statusTitle(preferences, limits, now), {}};
     for (const ProviderID provider : enabled) {
         const ProviderLimits* known = limitsOf(limits, provider);
         if (!known) continue;
-        const LimitWindow* usual = provider == shownProvider(preferences, enabled)
-                                       ? menuBarWindow(preferences, provider, *known, now)
-                                       : nullptr;
+        const LimitWindow* usual =
+            provider == shown ? menuBarWindow(preferences, provider, *known, now) : nullptr;
         for (const LimitWindow& window : known->windows) {
-            StatusTitle title = icon(preferences, enabled, limits, now);
-            title.provider = provider;
-            title.tooltip = tooltipLine(provider, window, now);
+            StatusTitle title{{},
+                              provider,
+                              severity(preferences, window, now),
+                              tooltipLine(provider, window, now)};
             showWindow(title, preferences, *known, window, now);
             title.text = windowLabel(window) + ' ' + *title.text;
             content.steps.push_back({provider, window.id, &window == usual, std::move(title)});

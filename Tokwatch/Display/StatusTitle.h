@@ -30,12 +30,19 @@ struct StatusTitle {
 /// computation follows the settings.
 StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now);
 
+/// Whose limit the title shows: the pinned provider's, or the first one's while that is turned off.
+/// Until somebody has chosen, the first with a limit stands in for one without. None when all are
+/// turned off.
+std::optional<ProviderID> shownProvider(const Preferences& preferences,
+                                        const LimitsByProvider& limits);
+
 /// One limit of one provider: a step of scrolling over the item, an entry of its menu.
 struct LimitStep {
     ProviderID provider = ProviderID::claude;
     std::string windowID;
     bool isUsual = false; ///< the title shows it, or would with text
-    /// What the item shows while it was scrolled here, whatever the settings choose: "Weekly 66%".
+    /// What the item shows while it was scrolled here, whatever the settings choose: "Weekly 66%",
+    /// in the colour of this limit.
     /// The tooltip is the limit in words: "Claude · Weekly 66% left · resets in 2d 4h".
     StatusTitle title;
 

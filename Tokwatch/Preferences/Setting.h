@@ -83,6 +83,7 @@ class Setting final : public AnySetting {
         // file's.
         if ((!(stored() == wanted) || !settings.contains(name)) && storageIsSound(settings))
             storeSetting(settings, name, wanted);
+        chosen.setValue(true);
         state.setValue(std::move(wanted));
         return *this;
     }
@@ -101,10 +102,13 @@ class Setting final : public AnySetting {
         return std::nullopt;
     }
 
-    /// Whether anybody ever chose a value, be it the default.
-    bool isChosen() const { return settings.contains(name); }
+    /// Whether anybody ever chose a value, be it the default. Observed as the value is.
+    bool isChosen() const { return chosen.value(); }
 
-    void reload() override { state.setValue(accept ? accept(stored()) : stored()); }
+    void reload() override {
+        chosen.setValue(settings.contains(name));
+        state.setValue(accept ? accept(stored()) : stored());
+    }
 
     /// Calls after each change for as long as the result lives.
     template<typename Call>
@@ -131,6 +135,7 @@ class Setting final : public AnySetting {
     Accept accept;
     const char* words;
     QProperty<Value> state;
+    QProperty<bool> chosen{false};
 };
 
 } // namespace tokwatch

@@ -26,9 +26,15 @@ QList<QImage> pictures(const auto& sizes, Draw draw) {
     return result;
 }
 
+/// Whose number stands beside the mark; without one the item bears the application's.
+std::optional<ProviderID> markOf(const StatusTitle& title) {
+    return title.text ? title.provider : std::nullopt;
+}
+
 QString displayName(const StatusTitle& title) {
+    const std::optional<ProviderID> mark = markOf(title);
     const std::string_view name =
-        title.provider ? tokwatch::displayName(*title.provider) : std::string_view("Tokwatch");
+        mark ? tokwatch::displayName(*mark) : std::string_view("Tokwatch");
     return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
 }
 
@@ -196,15 +202,14 @@ void MeterStatusItem::draw(const Face& face) {
 }
 
 kivo::StatusIcon MeterStatusItem::markIcon(const Face& face, const InkChoice& ink) {
-    const StatusTitle& title = face.title;
+    const std::optional<ProviderID> mark = markOf(face.title);
     kivo::StatusIcon icon;
     if (face.area.namesOnly && icons.write()) {
-        icon.name = icons.name(title.provider, ink);
+        icon.name = icons.name(mark, ink);
         icon.themePath = icons.themePath();
     } else {
-        icon.pictures = pictures(squareSides, [&](int side) {
-            return markPicture(title.provider, statusInk(ink), side);
-        });
+        icon.pictures = pictures(squareSides,
+                                 [&](int side) { return markPicture(mark, statusInk(ink), side); });
     }
     return icon;
 }

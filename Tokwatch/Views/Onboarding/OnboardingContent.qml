@@ -16,7 +16,7 @@ FocusScope {
     })
 
     implicitWidth: 500
-    implicitHeight: 400
+    implicitHeight: page.y + page.naturalHeight + page.ringRoom + edge.height + buttons.height
     focus: true
     LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
     LayoutMirroring.childrenInherit: true
@@ -111,7 +111,7 @@ FocusScope {
             }
         }
         Fact {
-            sentence: "Only times, models and token counts are read, never what was written. Nobody is asked before you start."
+            sentence: "Only times, models and token counts are read, never what was written. Services are asked only after you start."
             Symbol {
                 width: 16
                 height: 16
@@ -129,7 +129,6 @@ FocusScope {
                 height: 16
                 x: 1
                 y: -1
-                provider: welcome.view.sign
                 color: Theme.colors.secondaryText
             }
         }

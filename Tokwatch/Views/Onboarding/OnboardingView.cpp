@@ -2,7 +2,6 @@
 
 #include "KivoLaunch/LoginItem.h"
 #include "Tokwatch/Display/HomeRelative.h"
-#include "Tokwatch/Display/StatusTitle.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
@@ -50,15 +49,7 @@ OnboardingView::OnboardingView(Preferences& userPreferences, const ProviderLocat
     : preferences(userPreferences), loginItem(login), steps(stepsOf(locations)),
       places(searchedPlaces(locations)),
       liveLimitsNotifier(preferences.claudeLiveLimits.addNotifier([this] { emit askedChanged(); })),
-      disabledNotifier(preferences.disabledProviders.addNotifier([this] { emit askedChanged(); })),
-      signUpdater(
-          [this] {
-              // While no limit is known, which is before the welcome is finished.
-              const StatusTitle title = statusTitle(preferences, {}, Date());
-              return title.provider ? text(rawValue(*title.provider)) : QString();
-          },
-          [this](const QString& next) { itemSign = next; }) {
-    signUpdater.arm();
+      disabledNotifier(preferences.disabledProviders.addNotifier([this] { emit askedChanged(); })) {
 }
 
 QVariantMap OnboardingView::asked() const {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Tokwatch/Display/ObservingUpdater.h"
-
 #include <QObject>
 #include <QProperty>
 #include <QString>
@@ -45,7 +43,6 @@ class OnboardingView : public QObject {
     Q_PROPERTY(QVariantList steps READ stepList CONSTANT)
     Q_PROPERTY(QStringList lookedAt READ lookedAt CONSTANT)
     Q_PROPERTY(bool hasStatusArea READ hasStatusArea NOTIFY hasStatusAreaChanged)
-    Q_PROPERTY(QString sign READ sign NOTIFY signChanged)
     Q_PROPERTY(QVariantMap asked READ asked NOTIFY askedChanged)
     Q_PROPERTY(
         bool startsAtLogin READ startsAtLogin WRITE setStartsAtLogin NOTIFY startsAtLoginChanged)
@@ -60,8 +57,6 @@ class OnboardingView : public QObject {
     /// Whether the application is to be found there from then on, or as a window.
     bool hasStatusArea() const { return statusArea; }
     void setHasStatusArea(bool has) { statusArea = has; }
-    /// Whose mark the status item bears: a provider's raw value, empty for the application's own.
-    const QString& sign() const { return itemSign.value(); }
     /// Whether a provider, by its raw value, will be asked once the welcome is finished.
     QVariantMap asked() const;
     /// Claude's asking has a setting of its own; another provider's goes with its limits.
@@ -74,7 +69,6 @@ class OnboardingView : public QObject {
 
   signals:
     void hasStatusAreaChanged();
-    void signChanged();
     void askedChanged();
     void startsAtLoginChanged();
     /// The user is through; `hasCompletedOnboarding` is set.
@@ -89,10 +83,8 @@ class OnboardingView : public QObject {
     const QStringList places;
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(OnboardingView, bool, statusArea, true,
                                          &OnboardingView::hasStatusAreaChanged)
-    Q_OBJECT_BINDABLE_PROPERTY(OnboardingView, QString, itemSign, &OnboardingView::signChanged)
     QPropertyNotifier liveLimitsNotifier;
     QPropertyNotifier disabledNotifier;
-    ObservingUpdater<QString> signUpdater;
 };
 
 } // namespace tokwatch

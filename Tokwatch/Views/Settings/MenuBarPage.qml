@@ -34,6 +34,7 @@ SettingsPage {
         Label {
             anchors { left: parent.left; right: parent.right; margins: Theme.space.xs }
             text: page.shown.preview.isSample ? "A sample, until your limits are known."
+                : page.shown.preview.missing !== "" ? page.shown.preview.missing
                 : page.shown.preview.percent < 0 ? "Without a number, the sign stands alone."
                 : "Panels that give each item a square show the number alone."
             size: Theme.type.caption

@@ -31,13 +31,13 @@ QVariant choice(std::string_view id, std::string_view label) {
     return QVariant::fromValue(NamedChoice{text(id), text(label)});
 }
 
-/// The providers whose number the item can show: those that can have one, and the one that is
-/// chosen, which is to be seen.
-std::vector<ProviderID> offered(const Preferences& preferences, const LimitsByProvider& limits) {
+/// The providers whose number the item can show: those that can have one, and the one that it
+/// shows.
+std::vector<ProviderID> offered(const Preferences& preferences, const LimitsByProvider& limits,
+                                std::optional<ProviderID> shown) {
     std::vector<ProviderID> providers = preferences.enabledProviders();
-    const ProviderID pinned = preferences.pinnedProvider;
     std::erase_if(providers, [&](ProviderID provider) {
-        return provider != pinned && !traits(provider).publishesLimits &&
+        return provider != shown && !traits(provider).publishesLimits &&
                windowsOf(limits, provider).empty();
     });
     return providers;
@@ -73,18 +73,13 @@ double MenuBarView::step() const {
 
 MenuBarState MenuBarView::computed(const ViewClock& clock) const {
     const Preferences& preferences = model.preferences();
-    const std::vector<ProviderID> enabled = offered(preferences, model.limits());
+    const std::optional<ProviderID> shown = shownProvider(preferences, model.limits());
     MenuBarState state;
     state.style = static_cast<Segment::Style>(preferences.menuBarStyle.value());
-    state.showsProvider = preferences.menuBarStyle == MenuBarStyle::provider && !enabled.empty();
-    for (const ProviderID provider : enabled)
+    state.showsProvider = preferences.menuBarStyle == MenuBarStyle::provider && shown;
+    for (const ProviderID provider : offered(preferences, model.limits(), shown))
         state.providers.append(choice(rawValue(provider), displayName(provider)));
-    // A pinned provider that is turned off gives way to the first one, as in the item.
-    if (!enabled.empty()) {
-        const ProviderID pinned = preferences.pinnedProvider;
-        const bool isPinned = std::ranges::count(enabled, pinned) > 0;
-        state.provider = text(rawValue(isPinned ? pinned : enabled.front()));
-    }
+    if (shown) state.provider = text(rawValue(*shown));
     state.showResetTime = preferences.showResetTime;
     state.tint = preferences.tintEnabled;
     state.warning = preferences.warningThreshold;

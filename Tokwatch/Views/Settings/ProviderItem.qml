@@ -63,7 +63,7 @@ ReorderItem {
                 Label {
                     id: shows
                     anchors { right: toggle.left; rightMargin: Theme.space.s; verticalCenter: parent.verticalCenter }
-                    text: "Show limits"
+                    text: item.row.publishesLimits ? "Show limits" : "Show in Usage"
                     size: Theme.type.caption
                     color: Theme.colors.secondaryText
                     Accessible.ignored: true
@@ -72,7 +72,7 @@ ReorderItem {
                 Toggle {
                     id: toggle
                     anchors { right: parent.right; rightMargin: Theme.space.l; verticalCenter: parent.verticalCenter }
-                    text: "Show " + item.row.name + "'s limits"
+                    text: item.row.name + ": " + shows.text
                     checked: item.row.isEnabled
                     onToggled: item.view.setEnabled(item.row.id, checked)
                 }
@@ -82,7 +82,7 @@ ReorderItem {
                 visible: item.row.canTurnLiveLimitsOff
                 enabled: item.row.isEnabled
                 label: "Live limits"
-                caption: "Asks Anthropic how much is left, with the login that Claude Code stored."
+                caption: "Asks Anthropic how much is left, with the login that Claude Code stored. Without it there is no number."
                 Toggle {
                     text: live.label
                     checked: item.row.liveLimits

@@ -48,6 +48,7 @@ ProviderSettingsRow ProvidersView::row(ProviderID provider) const {
     row.name = text(displayName(provider));
     row.isEnabled = !preferences.disabledProviders.value().contains(provider);
     row.isFound = model.locations().isPresent(provider);
+    row.publishesLimits = traits(provider).publishesLimits;
     row.reads = readsText(provider, model.locations());
     row.note = text(traits(provider).note);
     row.canTurnLiveLimitsOff = provider == ProviderID::claude;

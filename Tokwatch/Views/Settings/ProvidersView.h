@@ -23,6 +23,7 @@ struct ProviderSettingsRow {
     Q_PROPERTY(QString name MEMBER name)
     Q_PROPERTY(bool isEnabled MEMBER isEnabled)
     Q_PROPERTY(bool isFound MEMBER isFound)
+    Q_PROPERTY(bool publishesLimits MEMBER publishesLimits)
     Q_PROPERTY(QString reads MEMBER reads)
     Q_PROPERTY(QString note MEMBER note)
     Q_PROPERTY(bool canTurnLiveLimitsOff MEMBER canTurnLiveLimitsOff)
@@ -36,8 +37,9 @@ struct ProviderSettingsRow {
     QString name;
     bool isEnabled = false;
     bool isFound = false; ///< there are traces of it on this machine
-    QString reads;        ///< "Reads: ~/.grok/sessions"
-    QString note;         ///< empty where there is nothing to say
+    bool publishesLimits = false;
+    QString reads; ///< "Reads: ~/.grok/sessions"
+    QString note;  ///< empty where there is nothing to say
     bool canTurnLiveLimitsOff = false;
     bool liveLimits = false;
     bool canReread = false;

@@ -1,5 +1,6 @@
 #include "Tokwatch/Views/Settings/StatusPreview.h"
 
+#include "Tokwatch/Display/LimitTexts.h"
 #include "Tokwatch/Pictures/StatusPictures.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
@@ -40,14 +41,23 @@ QString spokenSeverity(Severity severity) {
     return {};
 }
 
+/// "Claude has no number. No login was found. …"
+QString whyMissing(ProviderID provider, const LimitsByProvider& limits, bool claudeLiveLimits) {
+    const auto known = limits.find(provider);
+    const LimitNotice notice = known == limits.end()
+                                   ? unknownLimitsNotice(provider, claudeLiveLimits, true)
+                                   : limitNotice(provider, known->second, claudeLiveLimits);
+    return QString("%1 has no number. %2").arg(text(displayName(provider)), text(notice.sentence));
+}
+
 /// What most panels leave to an item.
 constexpr int itemHeight = 22;
 
 QImage drawing(const TitlePreview& title, const Ink& ink, bool isSquare, int height) {
-    const std::optional<ProviderID> provider = providerFromRawValue(title.provider.toStdString());
-    if (title.percent >= 0 && isSquare) return gaugePicture(title.percent, ink, height);
-    if (!title.text.isEmpty()) return titlePicture(provider, title.text, ink, height);
-    return markPicture(provider, ink, height);
+    if (title.percent < 0) return markPicture(std::nullopt, ink, height);
+    if (isSquare) return gaugePicture(title.percent, ink, height);
+    return titlePicture(providerFromRawValue(title.provider.toStdString()), title.text, ink,
+                        height);
 }
 
 } // namespace
@@ -61,6 +71,8 @@ TitlePreview titlePreview(const Preferences& preferences, const LimitsByProvider
         statusTitle(preferences, isUnknown ? sampleLimits(enabled, now) : limits, now);
     preview.isSample = isUnknown && title.text;
     preview.text = text(title.text.value_or(""));
+    if (title.provider && !title.text)
+        preview.missing = whyMissing(*title.provider, limits, preferences.claudeLiveLimits);
     preview.severity = static_cast<int>(title.severity);
     if (title.provider) preview.provider = text(rawValue(*title.provider));
     preview.percent = title.percentLeft.value_or(-1);

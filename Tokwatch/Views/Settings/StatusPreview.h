@@ -20,6 +20,7 @@ struct TitlePreview {
     Q_PROPERTY(int severity MEMBER severity)
     Q_PROPERTY(int percent MEMBER percent)
     Q_PROPERTY(bool isSample MEMBER isSample)
+    Q_PROPERTY(QString missing MEMBER missing)
     Q_PROPERTY(QString spoken MEMBER spoken)
   public:
     QString text;          ///< "42% · 3h 5m"; empty with the icon alone
@@ -27,6 +28,7 @@ struct TitlePreview {
     int severity = 0;      ///< a Severity
     int percent = -1;      ///< the number in the text, negative without one
     bool isSample = false; ///< no limit is known yet
+    QString missing;       ///< why the chosen provider has no number; empty when it has one
     QString spoken;
     friend bool operator==(const TitlePreview&, const TitlePreview&) = default;
 };

@@ -6,6 +6,8 @@ import Kivo.Theme
 Rectangle {
     id: table
     required property var rows
+    /// Said below the last row, where it is scrolled to.
+    property string notes
     readonly property int rowHeight: Theme.type.body + Theme.type.caption + 28
     readonly property int naturalHeight: list.count * rowHeight + 2 * edge
     readonly property int edge: Theme.space.xs
@@ -58,6 +60,19 @@ Rectangle {
             }
         }
 
+        footer: Item {
+            width: ListView.view.width
+            height: table.notes === "" ? 0 : said.implicitHeight
+            Label {
+                id: said
+                width: parent.width
+                padding: Theme.space.l
+                text: table.notes
+                size: Theme.type.caption
+                color: Theme.colors.secondaryText
+                wrapMode: Text.Wrap
+            }
+        }
         delegate: BreakdownDelegate {
             width: ListView.view.width
             height: table.rowHeight

@@ -9,8 +9,10 @@ Item {
     required property ModelsView view
     property bool active: false
     readonly property bool isEmpty: view.emptyText !== ""
+    /// Where few rows fit, what is below them is scrolled with them.
+    readonly property bool isLow: height < 6 * table.rowHeight
 
-    implicitHeight: isEmpty ? nothing.implicitHeight : header.height + Theme.space.m + table.naturalHeight + notes.room + Theme.space.l
+    implicitHeight: isEmpty ? nothing.implicitHeight : header.height + Theme.space.m + table.naturalHeight + notes.natural + Theme.space.l
 
     Binding {
         target: tab.view
@@ -65,13 +67,15 @@ Item {
         anchors { left: header.left; right: header.right; top: header.bottom; topMargin: Theme.space.m }
         height: Math.max(0, Math.min(naturalHeight, tab.height - y - notes.room - Theme.space.l))
         rows: tab.view.rows
+        notes: tab.isLow ? tab.view.notes : ""
         onCopyWanted: tab.copyText()
     }
     Label {
         id: notes
-        visible: !tab.isEmpty
+        visible: !tab.isEmpty && !tab.isLow
         anchors { left: header.left; right: header.right; top: table.bottom }
-        readonly property int room: text === "" ? 0 : implicitHeight
+        readonly property int natural: text === "" ? 0 : implicitHeight
+        readonly property int room: visible ? natural : 0
         topPadding: Theme.space.m
         text: tab.view.notes
         size: Theme.type.caption
