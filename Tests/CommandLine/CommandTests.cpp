@@ -188,6 +188,7 @@ TEST_F(CommandTest, ExaminesTheInstallation) {
     world.write("home/.codex/auth.json", R"({"tokens":{"access_token":"SECRET"}})");
     std::filesystem::create_directories(world / "home/.grok");
     world.write("home/.grok/sessions", "a file, not a directory");
+    world.write("home/.config/claude/projects/b.jsonl", "");
     world.write("config/Tokwatch/Tokwatch.conf", "[General]\nno setting\n");
     here({"index"});
     std::filesystem::permissions(database().parent_path(), std::filesystem::perms{0755});
@@ -196,8 +197,8 @@ TEST_F(CommandTest, ExaminesTheInstallation) {
     EXPECT_EQ(result.status, 1) << "something is broken here";
     for (const char* part :
          {".claude/projects: 1 file", ".codex/sessions does not exist", "is not a directory",
-          "auth.json is there", "is sound", "as of 20",
-          "usage.sqlite is open to other users; tokwatch doctor --fix", "line 2 of",
+          ".config/claude is there, which is not read", "auth.json is there", "is sound",
+          "as of 20", "usage.sqlite is open to other users; tokwatch doctor --fix", "line 2 of",
           "Days are counted in UTC", "2 directories to watch, the system allows ",
           "refresh requests are not heard"})
         EXPECT_THAT(result.out, HasSubstr(part));

@@ -2,7 +2,7 @@
 
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TokwatchCore/Ingestion/JSONLTail.h"
-#include "TokwatchCore/Ingestion/ProviderLocations.h"
+#include "TokwatchCore/Ingestion/LogsElsewhere.h"
 
 #include <gmock/gmock.h>
 
@@ -169,6 +169,42 @@ TEST(ProviderLocations, TellWhichAssistantsLeftTraces) {
         for (const ProviderID provider : allCases<ProviderID>)
             EXPECT_EQ(ProviderLocations{home.path()}.isPresent(provider), provider == present)
                 << path;
+    }
+}
+
+TEST(LogsElsewhere, AreMadeVisibleByALinkThatTakesNothingAway) {
+    struct Case {
+        std::vector<const char*> folders; ///< below the home
+        const char* told;                 ///< in CODEX_HOME, "~" for the home
+        const char* remedy;               ///< empty where nothing is elsewhere
+    };
+    for (const auto& [folders, told, remedy] :
+         {Case{{"x/sessions"}, "~/x", "ln -s ~/x ~/.codex"},
+          Case{{"x/sessions", ".codex"}, "~/x", "ln -s ~/x/sessions ~/.codex/sessions"},
+          Case{{"x/sessions", ".codex/sessions"},
+               "~/none,~/x",
+               "mv ~/.codex/sessions ~/.codex/sessions.before && "
+               "ln -s ~/x/sessions ~/.codex/sessions"},
+          Case{{"it's/sessions"}, "~/it's", "ln -s '~/it'\\''s' ~/.codex"},
+          Case{{".codex/sessions"}, "~/.codex", ""}, Case{{"x"}, "~/x", ""},
+          Case{{}, "sessions", ""},
+          Case{{".config/claude/projects"}, "", "ln -s ~/.config/claude ~/.claude"}}) {
+        const TemporaryDirectory home;
+        for (const char* folder : folders)
+            std::filesystem::create_directories(home / folder);
+        const auto inHome = [&](std::string text) {
+            for (std::size_t at = 0; (at = text.find('~')) != std::string::npos;)
+                text.replace(at, 1, home.path().native());
+            return text;
+        };
+        const auto variable = [&](std::string_view name) -> std::optional<std::string> {
+            if (name != "CODEX_HOME") return std::nullopt;
+            return inHome(told);
+        };
+        std::string remedies;
+        for (const LogsElsewhere& place : logsElsewhere(ProviderLocations{home.path()}, variable))
+            remedies += place.remedy;
+        EXPECT_EQ(remedies, inHome(remedy)) << told;
     }
 }
 

@@ -36,6 +36,7 @@ class Examination {
             for (const std::filesystem::path& root : places.logRoots(provider))
                 examineRoot(provider, root);
         examineCursor();
+        std::ranges::move(examineUncounted(places), std::back_inserter(findings));
         examineLogins();
         examineStore();
         std::ranges::move(examinePrivacy(environment.paths, closing), std::back_inserter(findings));

@@ -40,6 +40,10 @@ struct LineTally {
     void add(LineVerdict verdict, std::int64_t lines = 1) {
         counts[static_cast<std::size_t>(verdict)] += lines;
     }
+    /// Of a log in the form of older Codex, which tells running totals alone.
+    bool hasCumulativeOnly() const {
+        return of(LineVerdict::cumulative) > 0 && of(LineVerdict::counted) == 0;
+    }
     std::int64_t total() const { return std::accumulate(counts.begin(), counts.end(), 0LL); }
     LineTally& operator+=(const LineTally& added) {
         for (const LineVerdict verdict : allCases<LineVerdict>)

@@ -116,9 +116,7 @@ class Auditor {
             ++known->files;
             known->lines += file->lines;
             known->repeated += file->lines.of(LineVerdict::counted);
-            if (file->lines.of(LineVerdict::cumulative) > 0 &&
-                file->lines.of(LineVerdict::counted) == 0)
-                ++known->cumulativeOnly;
+            if (file->lines.hasCumulativeOnly()) ++known->cumulativeOnly;
         }
     }
 

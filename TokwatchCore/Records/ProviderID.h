@@ -27,6 +27,7 @@ struct ProviderTraits {
     LogFormat logFormat = LogFormat::none;
     /// Where its logs are below the home directory, in the order of reading; empty ones are none.
     std::array<std::string_view, 2> logRoots;
+    const char* folderVariable = nullptr; ///< by which its user moves the folder above them
     bool publishesLimits = false; ///< whether anybody can know how much of its limits is left
     std::string_view reads;       ///< what is read on this machine: "Reads: ~/.grok/sessions"
     std::string_view note;        ///< empty where there is nothing to say
@@ -42,6 +43,7 @@ constexpr ProviderTraits tableEntry(ProviderID provider) {
                 "Claude Code",
                 LogFormat::claudeLines,
                 {".claude/projects"},
+                "CLAUDE_CONFIG_DIR",
                 true,
                 "Reads: ~/.claude/projects, and the login that Claude Code stored",
                 "",
@@ -52,6 +54,7 @@ constexpr ProviderTraits tableEntry(ProviderID provider) {
                 "Codex",
                 LogFormat::codexLines,
                 {".codex/sessions", ".codex/archived_sessions"},
+                "CODEX_HOME",
                 true,
                 "Reads: ~/.codex/sessions, ~/.codex/archived_sessions, ~/.codex/auth.json",
                 "",
@@ -62,6 +65,7 @@ constexpr ProviderTraits tableEntry(ProviderID provider) {
                 "Grok",
                 LogFormat::grokDocument,
                 {".grok/sessions"},
+                "GROK_HOME",
                 false,
                 "Reads: ~/.grok/sessions",
                 "",
@@ -72,6 +76,7 @@ constexpr ProviderTraits tableEntry(ProviderID provider) {
                 "Cursor",
                 LogFormat::none,
                 {},
+                nullptr,
                 false,
                 "Reads: ~/Library/Application Support/Cursor/User/globalStorage/state.vscdb "
                 "(detection only)",

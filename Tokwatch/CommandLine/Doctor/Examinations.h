@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/UserPaths.h"
 #include "Tokwatch/CommandLine/Terminal/Terminal.h"
+#include "TokwatchCore/Ingestion/ProviderLocations.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 
 #include <filesystem>
@@ -31,6 +32,10 @@ std::vector<Finding> examineDesktop();
 /// takes it from them where that is wanted.
 enum class Closing { offer, apply };
 std::vector<Finding> examinePrivacy(const UserPaths& paths, Closing closing);
+
+/// What of the assistants' logs is not counted, and why: it is elsewhere, or does not tell. Reads
+/// all of Codex's.
+std::vector<Finding> examineUncounted(const ProviderLocations& locations);
 
 /// Whether the system can watch these directories with all below them, of which some may be
 /// missing.

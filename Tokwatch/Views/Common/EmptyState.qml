@@ -7,6 +7,8 @@ Column {
     id: empty
     required property string sentence
     property list<string> places: []
+    /// What its user can do.
+    property list<string> advice: []
 
     topPadding: Theme.space.xl
     bottomPadding: Theme.space.xl
@@ -35,6 +37,17 @@ Column {
             color: Theme.colors.secondaryText
             wrapMode: Text.Wrap
             bottomPadding: Theme.space.m
+        }
+        Repeater {
+            model: empty.advice
+            Label {
+                required property string modelData
+                width: empty.width
+                horizontalAlignment: Text.AlignHCenter
+                text: modelData
+                wrapMode: Text.Wrap
+                bottomPadding: Theme.space.m
+            }
         }
         Label {
             width: parent.width

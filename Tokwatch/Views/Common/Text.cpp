@@ -1,7 +1,7 @@
 #include "Tokwatch/Views/Common/Text.h"
 
 #include "Tokwatch/Display/HomeRelative.h"
-#include "TokwatchCore/Ingestion/ProviderLocations.h"
+#include "TokwatchCore/Ingestion/LogsElsewhere.h"
 
 namespace tokwatch {
 
@@ -24,6 +24,15 @@ QStringList searchedPlaces(const ProviderLocations& locations) {
         if (const auto roots = locations.logRoots(provider); !roots.empty()) add(roots.front());
     add(locations.cursorStateDBOnLinux());
     return places;
+}
+
+QStringList adviceOnLogsElsewhere(const ProviderLocations& locations) {
+    QStringList advice;
+    for (const LogsElsewhere& place : logsElsewhere(locations))
+        advice.append(QString("%1 keeps its files in %2. To count them: %3")
+                          .arg(text(traits(place.provider).toolName), text(place.folder.native()),
+                               text(place.remedy)));
+    return advice;
 }
 
 } // namespace tokwatch

@@ -17,5 +17,7 @@ QString sentence(std::string_view utf8);
 
 /// Where the assistants are looked for, one place each, as people read it.
 QStringList searchedPlaces(const ProviderLocations& locations);
+/// What makes logs visible that are elsewhere, a sentence a place.
+QStringList adviceOnLogsElsewhere(const ProviderLocations& locations);
 
 } // namespace tokwatch

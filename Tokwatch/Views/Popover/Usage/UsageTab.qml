@@ -44,6 +44,7 @@ Item {
             visible: tab.view.summary.isEmpty
             sentence: tab.view.summary.period
             places: tab.view.lookedAt
+            advice: tab.view.advice
         }
         QuietLine {
             width: column.width - 2 * column.inset

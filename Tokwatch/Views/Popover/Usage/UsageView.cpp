@@ -53,6 +53,10 @@ QStringList UsageView::searchedPlaces() const {
     return tokwatch::searchedPlaces(model.locations());
 }
 
+QStringList UsageView::advice() const {
+    return lookedAt().isEmpty() ? QStringList() : adviceOnLogsElsewhere(model.locations());
+}
+
 void UsageView::act(const QString& provider, ProviderAction::Value action) {
     const std::optional<ProviderID> id = providerFromRawValue(provider.toStdString());
     if (!id) return;

@@ -25,6 +25,7 @@ class UsageView : public QObject {
     Q_PROPERTY(QVariantList quiet READ quiet NOTIFY quietChanged)
     Q_PROPERTY(tokwatch::SummaryCard summary READ summary NOTIFY summaryChanged)
     Q_PROPERTY(QStringList lookedAt READ lookedAt NOTIFY lookedAtChanged)
+    Q_PROPERTY(QStringList advice READ advice NOTIFY lookedAtChanged)
   public:
     UsageView(AppModel& model, const ViewClock& clock);
 
@@ -36,6 +37,8 @@ class UsageView : public QObject {
     const SummaryCard& summary() const { return card.value(); }
     /// The places where assistants were looked for; empty unless none was found.
     const QStringList& lookedAt() const { return places.value(); }
+    /// With them: what makes those visible that are elsewhere.
+    QStringList advice() const;
 
     Q_INVOKABLE void act(const QString& provider, tokwatch::ProviderAction::Value action);
     /// Leads with money instead of tokens, or the other way round.
