@@ -150,6 +150,13 @@ void addStatus(CLI::App& app, Invocation& invocation, StatusOptions& options) {
     });
 }
 
+void addWatch(CLI::App& app, Invocation& invocation) {
+    CLI::App& command =
+        *app.add_subcommand("watch", "Show limits and today's usage, kept up to date");
+    addPaths(command, invocation);
+    command.callback([&invocation] { invocation.run = runWatch; });
+}
+
 void addRefresh(CLI::App& app, Invocation& invocation) {
     app.add_subcommand("refresh", "Make the running application refresh")->callback([&invocation] {
         invocation.run = runRefresh;
@@ -306,6 +313,7 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     addSummary(app, invocation, summary);
     addLimits(app, invocation, limits);
     addStatus(app, invocation, title);
+    addWatch(app, invocation);
     addRefresh(app, invocation);
     addReread(app, invocation, rereadProvider);
     addSnapshot(app, invocation);

@@ -55,6 +55,10 @@ struct StatusOptions {
 /// the others show what it stores; when it ends, another takes over.
 int runStatus(const CommandEnvironment& environment, const StatusOptions& options);
 
+/// `tokwatch watch`: the same on one page of the terminal, kept up to date, with today's usage and
+/// the running block; until q or a signal ends it. Where there is no terminal, `status --follow`.
+int runWatch(const CommandEnvironment& environment);
+
 /// `tokwatch refresh`: asks the applications of this session to refresh.
 int runRefresh(const CommandEnvironment& environment);
 

@@ -49,14 +49,17 @@ class ReportPrinter {
         } else {
             printShares();
         }
-        if (const auto running = std::ranges::find_if(
-                report.rows, [](const ReportRow& row) { return row.pace.has_value(); });
-            running != report.rows.end())
-            printPace(*running);
+        printRunning();
         if (total.hasUnknownPrices) {
             terminal.line();
             terminal.line(terminal.paint(Tone::dim, SummaryTexts::excludesUnknownPrices));
         }
+    }
+
+    void printRunning() {
+        const auto running = std::ranges::find_if(
+            report.rows, [](const ReportRow& row) { return row.pace.has_value(); });
+        if (running != report.rows.end()) printPace(*running);
     }
 
   private:
@@ -198,6 +201,10 @@ class ReportPrinter {
 void printReport(const CommandEnvironment& environment, const UsageReport& report,
                  const std::string& window) {
     ReportPrinter(environment, report).print(window);
+}
+
+void printRunningBlock(const CommandEnvironment& environment, const UsageReport& report) {
+    ReportPrinter(environment, report).printRunning();
 }
 
 } // namespace tokwatch

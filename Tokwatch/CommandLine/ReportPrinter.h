@@ -11,4 +11,7 @@ namespace tokwatch {
 void printReport(const CommandEnvironment& environment, const UsageReport& report,
                  const std::string& window);
 
+/// Where the running block of a report by blocks leads; nothing without one.
+void printRunningBlock(const CommandEnvironment& environment, const UsageReport& report);
+
 } // namespace tokwatch

@@ -1,15 +1,11 @@
 #include "Tokwatch/CommandLine/Commands.h"
 
-#include "Platform/Linux/DesktopBus.h"
-#include "Platform/Linux/ProcessHardening.h"
 #include "Platform/Linux/TerminationSignals.h"
-#include "Tokwatch/App/Application.h"
-#include "Tokwatch/CommandLine/EventLoop.h"
+#include "Tokwatch/CommandLine/WindowlessApplication.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Preferences/Preferences.h"
 
 #include <QProperty>
-#include <QSettings>
 #include <QSocketNotifier>
 
 #include <poll.h>
@@ -26,9 +22,6 @@ namespace {
 
 /// The times to the resets in the title count down in minutes.
 constexpr Seconds titlePeriod{30};
-
-/// Ours, the toolkit's, and a few to spare.
-constexpr int followersThreads = 10;
 
 /// Standard output as a stream of lines, each sent off at once.
 class LineOutput {
@@ -74,59 +67,40 @@ class LineOutput {
     std::optional<QSocketNotifier> reader;
 };
 
-/// The application without its windows.
 class Follower {
   public:
     Follower(const CommandEnvironment& e, StatusFormat format)
-        : environment(e), output(e.terminal),
-          application(surroundings(), WorkLease::Rank::follower, preferences, bus),
+        : environment(e), output(e.terminal), application(e),
           title([this] { return current(); },
                 [this, format](const StatusTitle& now) { output.show(statusLine(now, format)); }) {}
 
     int run() {
-        preferences.followFile();
-        application.start();
         const auto ticking =
             application.timers().every(titlePeriod, [this] { ticks.setValue(ticks.value() + 1); });
         title.arm();
-        return loop.run();
+        return application.run(loop);
     }
 
   private:
-    Surroundings surroundings() const {
-        Surroundings world = Surroundings::real(environment.paths);
-        world.calendar = environment.calendar;
-        world.now = environment.now;
-        return world;
-    }
-
     StatusTitle current() {
         ticks.value(); // time is read, too
-        return statusTitle(preferences, application.model().limits(), environment.now());
+        return statusTitle(application.preferences(), application.model().limits(),
+                           environment.now());
     }
 
     const CommandEnvironment& environment;
     EventLoop loop;
-    TerminationSignals termination{[] { EventLoop::end(exitOk); }};
     LineOutput output;
-    std::unique_ptr<QSettings> settings = userSettings();
-    Preferences preferences{*settings};
-    DesktopBus bus{QDBusConnection::sessionBus(), QDBusConnection::systemBus()};
-    Application application;
+    WindowlessApplication application;
     QProperty<int> ticks{0};
     ObservingUpdater<StatusTitle> title;
 };
-
-int follow(const CommandEnvironment& environment, StatusFormat format) {
-    requireThreads(followersThreads);
-    return Follower(environment, format).run();
-}
 
 } // namespace
 
 int runStatus(const CommandEnvironment& environment, const StatusOptions& options) {
     environment.requireHome();
-    if (options.follow) return follow(environment, options.format);
+    if (options.follow) return Follower(environment, options.format).run();
     const std::unique_ptr<QSettings> settings = userSettings();
     const Preferences preferences(*settings);
     const LimitsByProvider limits = environment.limits(*environment.openStoreForReading(),

@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <sstream>
 #include <utility>
 
 namespace tokwatch {
@@ -116,7 +118,26 @@ std::string Terminal::paint(Tone tone, std::string_view text) const {
     return codeOf(tone) + plainText(text) + "\033[0m";
 }
 
+std::vector<std::string> Terminal::page(std::size_t columns,
+                                        const std::function<void(Terminal&)>& write) const {
+    char* text = nullptr;
+    std::size_t size = 0;
+    std::FILE* memory = ::open_memstream(&text, &size);
+    if (memory == nullptr) throw std::system_error(errno, std::generic_category(), "memory");
+    Terminal page(memory, err, false, colour);
+    page.width = columns;
+    write(page);
+    std::fclose(memory);
+    const std::unique_ptr<char, decltype(&std::free)> owned(text, &std::free);
+    std::vector<std::string> lines;
+    std::istringstream all(std::string(text, size));
+    for (std::string line; std::getline(all, line);)
+        lines.push_back(line);
+    return lines;
+}
+
 std::optional<std::size_t> Terminal::columns() const {
+    if (width) return width;
     winsize size{};
     if (ioctl(fileno(out), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return std::nullopt;
     return size.ws_col;

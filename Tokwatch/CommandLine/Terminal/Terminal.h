@@ -2,10 +2,12 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace tokwatch {
 
@@ -34,6 +36,10 @@ class Terminal {
     /// The plain text (`plainText`) in a tone, where there is colour.
     std::string paint(Tone tone, std::string_view text) const;
 
+    /// What is written on a terminal like this one of so many columns, a line each.
+    std::vector<std::string> page(std::size_t columns,
+                                  const std::function<void(Terminal&)>& write) const;
+
     /// How many columns a line has; none where the output is no terminal, which takes any line.
     std::optional<std::size_t> columns() const;
 
@@ -47,6 +53,7 @@ class Terminal {
     std::FILE* err;
     bool interactive;
     bool colour;
+    std::optional<std::size_t> width; ///< where the output cannot tell
     bool transientShown = false;
     std::error_code failure;
 };

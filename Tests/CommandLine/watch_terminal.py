@@ -1,0 +1,94 @@
+#!/usr/bin/env python3
+"""watch_terminal.py PROGRAM DEMO_HOME: `tokwatch watch` on terminals of its own. Shows that the page follows the
+terminal's size, that q, signals and even SIGKILL leave the terminal as it was, and that without a terminal there are
+lines."""
+import fcntl
+import os
+import pty
+import select
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import termios
+import time
+
+DEADLINE = 60  # seconds; what is waited for takes one
+
+
+def check(what, holds, details=""):
+    if not holds:
+        sys.exit("FAILED: %s %r" % (what, details))
+    print("ok: " + what)
+
+
+class Page:
+    def __init__(self, program, home):
+        self.master, slave = pty.openpty()
+        self.resize(24, 100)
+        self.before = termios.tcgetattr(slave)
+        self.slave = slave
+        self.text = ""
+        environment = {**os.environ, "TERM": "xterm-256color", "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
+        self.process = subprocess.Popen([program, "watch", "--home", home, "--data-dir", home + "/data"], stdin=slave,
+                                        stdout=slave, stderr=slave, env=environment, start_new_session=True,
+                                        preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
+
+    def resize(self, rows, columns):
+        fcntl.ioctl(self.master, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
+
+    def wait_for(self, words):
+        """All that was written until the words are in it."""
+        end = time.monotonic() + DEADLINE
+        while words not in self.text and time.monotonic() < end:
+            if select.select([self.master], [], [], 0.1)[0]:
+                self.text += os.read(self.master, 65536).decode(errors="replace")
+        check("the page shows " + repr(words), words in self.text, self.text[-400:])
+        seen, self.text = self.text, ""
+        return seen
+
+    def child(self):
+        with open("/proc/%d/task/%d/children" % (self.process.pid, self.process.pid), encoding="ascii") as file:
+            return int(file.read().split()[0])
+
+    def ends(self, what, status):
+        check(what + " ends it", self.process.wait(DEADLINE) == status, self.process.returncode)
+        self.wait_for("\x1b[?1049l" if status else "no session bus")
+        check("the terminal is as it was", termios.tcgetattr(self.slave) == self.before)
+
+
+def main():
+    program, demo_home = map(os.path.abspath, sys.argv[1:3])
+    with tempfile.TemporaryDirectory() as home:
+        os.environ["XDG_CONFIG_HOME"] = home + "/config"
+        subprocess.run([sys.executable, demo_home, home], check=True, stdout=subprocess.DEVNULL)
+        page = Page(program, home)
+        page.wait_for("Today  $")
+        check("what is logged spoils no page", "session bus" not in page.text, page.text)
+        page.resize(6, 40)
+        small = page.wait_for("q ends")
+        check("a small page is one", small.rpartition("\x1b[H")[2].count("\r\n") <= 5, small)
+        os.write(page.master, b"q")
+        page.ends("q", 0)
+
+        page = Page(program, home)
+        page.wait_for("q ends")
+        page.process.terminate()
+        page.ends("SIGTERM", 0)
+
+        page = Page(program, home)
+        page.wait_for("q ends")
+        os.kill(page.child(), signal.SIGKILL)
+        page.ends("SIGKILL", 1)
+
+        lines = subprocess.Popen([program, "watch", "--home", home, "--data-dir", home + "/data"],
+                                 stdout=subprocess.PIPE, stdin=subprocess.DEVNULL, text=True)
+        first = lines.stdout.readline()
+        lines.terminate()
+        check("without a terminal there are lines", first.strip() != "" and "\x1b" not in first, first)
+        check("they end", lines.wait(DEADLINE) == 0, lines.returncode)
+
+
+if __name__ == "__main__":
+    main()

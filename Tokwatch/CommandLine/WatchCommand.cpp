@@ -1,0 +1,141 @@
+#include "Tokwatch/CommandLine/Commands.h"
+
+#include "Tokwatch/App/BackgroundThreads.h"
+#include "Tokwatch/App/MainThread.h"
+#include "Tokwatch/CommandLine/LimitsPrinter.h"
+#include "Tokwatch/CommandLine/ReportPrinter.h"
+#include "Tokwatch/CommandLine/Terminal/Screen.h"
+#include "Tokwatch/CommandLine/WindowlessApplication.h"
+#include "Tokwatch/Display/DayFormat.h"
+#include "Tokwatch/Display/ObservingUpdater.h"
+#include "Tokwatch/Report/ResponseFiles.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tokwatch {
+namespace {
+
+/// What the page tells of time counts in minutes.
+constexpr Seconds pagePeriod{15};
+
+/// What the logs say was used.
+struct LogReports {
+    UsageReport today;
+    UsageReport blocks; ///< those that reach into today
+};
+
+class Watch {
+  public:
+    explicit Watch(const CommandEnvironment& e)
+        : environment(e), application(e), files(e.locations()),
+          limits([this] { return application.model().limits(); },
+                 [this](const LimitsByProvider&) { show(); }),
+          usage([this] { return application.model().summary(); },
+                [this](const UsageSummary&) { readLogs(); }) {
+        screen.onKey = [this](char key) { press(key); };
+        screen.onResize = [this] { show(); };
+    }
+
+    int run() {
+        const auto ticking = application.timers().every(pagePeriod, [this] { show(); });
+        limits.arm();
+        usage.arm();
+        return application.run(loop);
+    }
+
+  private:
+    void press(char key) {
+        if (key == 'q' || key == 'Q') EventLoop::end(exitOk);
+        if (key == 'r' || key == 'R') application.model().refresh();
+    }
+
+    /// Once more when it ends, should anything have been stored meanwhile.
+    void readLogs() {
+        isOutdated = std::exchange(isReading, true);
+        if (isOutdated) return;
+        reader.run([this] {
+            auto read = std::make_shared<LogReports>(reports());
+            onMainThread([this, read] {
+                latest = *read;
+                isReading = false;
+                show();
+                if (isOutdated) readLogs();
+            });
+        });
+    }
+
+    /// On the reader's thread.
+    LogReports reports() {
+        const Calendar calendar = environment.calendar();
+        const Date now = environment.now();
+        const Period today = dayHolding(now, calendar);
+        const std::string home = environment.paths.home.native();
+        const UsageReport::Query models{ReportBy::model, today, home};
+        const UsageReport::Query blocks{ReportBy::block, today, home};
+        const Period reach = UsageReport::reach(blocks);
+        const LogReading reading = files.read(allCases<ProviderID>, reach.start);
+        const auto report = [&](const UsageReport::Query& query, const Period& period) {
+            const CountedResponses responses(reading, period.start, period.end);
+            return UsageReport::make(query, responses, PriceTable::bundled(), calendar, now);
+        };
+        return {report(models, UsageReport::reach(models)), report(blocks, reach)};
+    }
+
+    void show() {
+        const auto [rows, columns] = screen.size();
+        std::vector<std::string> lines =
+            environment.terminal.page(columns, [this](Terminal& page) { write(page); });
+        lines.resize(std::min(lines.size(), rows > 2 ? rows - 2 : 0));
+        lines.emplace_back();
+        lines.push_back(environment.terminal.paint(Tone::dim, "q ends · r refreshes"));
+        screen.show(lines);
+    }
+
+    void write(Terminal& page) {
+        const CommandEnvironment here{environment.paths, environment.calendar, environment.now,
+                                      page};
+        page.line(page.paint(Tone::bold, "Tokwatch") + "  " +
+                  DayFormat::clock(environment.now(), environment.calendar()));
+        page.line();
+        const Preferences& preferences = application.preferences();
+        std::vector<ProviderID> providers = preferences.enabledProviders();
+        std::erase_if(providers, [](ProviderID id) { return !traits(id).publishesLimits; });
+        printLimits(here, preferences, application.model().limits(), providers);
+        page.line();
+        if (!latest) {
+            page.line(page.paint(Tone::dim, "Reading the logs…"));
+        } else if (latest->today.rows.empty()) {
+            page.line("No usage today");
+        } else {
+            printReport(here, latest->today, "Today");
+            printRunningBlock(here, latest->blocks);
+        }
+    }
+
+    const CommandEnvironment& environment;
+    EventLoop loop;
+    Screen screen; // before there are threads, which are not to hear of resizes
+    WindowlessApplication application;
+    ResponseFiles files; ///< the reader's
+    std::optional<LogReports> latest;
+    bool isReading = false;
+    bool isOutdated = false;
+    ObservingUpdater<LimitsByProvider> limits;
+    ObservingUpdater<UsageSummary> usage;
+    BackgroundThreads reader{1}; ///< its work uses all of the above
+};
+
+} // namespace
+
+int runWatch(const CommandEnvironment& environment) {
+    environment.requireHome();
+    if (!Screen::isPossible())
+        return runStatus(environment, {.format = StatusFormat::text, .follow = true});
+    return Screen::guarded([&] { return Watch(environment).run(); });
+}
+
+} // namespace tokwatch

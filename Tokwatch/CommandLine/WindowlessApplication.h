@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Platform/Linux/DesktopBus.h"
+#include "Platform/Linux/TerminationSignals.h"
+#include "Tokwatch/App/Application.h"
+#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/EventLoop.h"
+#include "Tokwatch/Preferences/Preferences.h"
+
+#include <QSettings>
+
+#include <memory>
+
+namespace tokwatch {
+
+/// The application without its windows, for the commands that show what it does until a signal ends
+/// them. Needs an event loop that was made before. Throws std::system_error when the system allows
+/// too few threads.
+class WindowlessApplication {
+  public:
+    explicit WindowlessApplication(const CommandEnvironment& environment);
+
+    /// Returns once `EventLoop::end` is called, with its status.
+    int run(EventLoop& loop);
+
+    AppModel& model() { return application.model(); }
+    Scheduler& timers() { return application.timers(); }
+    const Preferences& preferences() const { return userPreferences; }
+
+  private:
+    TerminationSignals termination{[] { EventLoop::end(exitOk); }};
+    std::unique_ptr<QSettings> settings = userSettings();
+    Preferences userPreferences{*settings};
+    DesktopBus bus{QDBusConnection::sessionBus(), QDBusConnection::systemBus()};
+    Application application;
+};
+
+} // namespace tokwatch
