@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""accounts.py TOKWATCH WORK [--megabytes N] [--seed N]: holds `tokwatch report` and `tokwatch audit` against sums that
+"""accounts.py BUILD WORK [--megabytes N] [--seed N]: holds `tokwatch report` and `tokwatch audit` against sums that
 are known: those of a made home with all that real logs hold (lines that grow, cut and glued lines, copied histories,
 agents' files, worktrees, old forms), read whole, half, changed, moved and pruned. Says what it found, and fails where a
 sum is wrong by a token or a difference has no reason."""
@@ -13,6 +13,8 @@ import shutil
 import sqlite3
 import subprocess
 import sys
+
+from world import World, database
 
 COUNTERS = ("uncachedInput", "cacheRead", "cacheWrite5m", "cacheWrite1h", "output", "reasoning")
 NOW = dt.datetime.now(dt.timezone.utc).replace(microsecond=0)
@@ -136,12 +138,12 @@ class Home:
 
 
 class Trial:
-    def __init__(self, program, work):
-        self.program, self.home, self.data, self.failures = program, os.path.join(work, "home"), os.path.join(work, "data"), 0
+    def __init__(self, world):
+        self.world, self.failures = world, 0
 
     def run(self, *arguments, zone="UTC"):
-        return subprocess.run([self.program, *arguments, "--home", self.home, "--data-dir", self.data], check=False,
-                              capture_output=True, text=True, env={"TZ": zone, "PATH": "/usr/bin:/bin", "HOME": self.home})
+        return subprocess.run([self.world.program, *arguments, "--home", self.world.home, "--data-dir", self.world.data],
+                              check=False, capture_output=True, text=True, env={**self.world.environment, "TZ": zone})
 
     def check(self, what, holds, detail=""):
         self.failures += not holds
@@ -165,10 +167,10 @@ class Trial:
         return audit
 
     def sql(self, *statements):
-        with sqlite3.connect(os.path.join(self.data, "Tokwatch/usage.sqlite")) as database:
+        with sqlite3.connect(database(self.world.data)) as connection:
             for statement in statements:
-                database.execute(statement)
-        database.close()
+                connection.execute(statement)
+        connection.close()
 
 
 def check_reports(trial, home):
@@ -211,7 +213,7 @@ def check_audits(trial, home):
     os.truncate(path, size + 20)
     trial.audit("cut within that", {"earlierLine"})
 
-    shutil.rmtree(os.path.join(trial.home, ".claude/projects/-src-p1"))
+    shutil.rmtree(os.path.join(trial.world.home, ".claude/projects/-src-p1"))
     trial.audit("a project that was deleted", {"earlierLine", "gone"})
     audit = trial.audit("in another time zone", {"earlierLine", "gone", "otherDay"}, zone="Asia/Tokyo")
     limit = max(row["day"] for row in audit["rows"] if any(row["stored"].values()))
@@ -225,15 +227,13 @@ def check_audits(trial, home):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("program")
+    parser.add_argument("build")
     parser.add_argument("work")
     parser.add_argument("--megabytes", type=float, default=4)
     parser.add_argument("--seed", type=int, default=1)
     options = parser.parse_args()
-    work = os.path.join(options.work, "accounts")
-    shutil.rmtree(work, ignore_errors=True)
-    trial = Trial(os.path.abspath(options.program), work)
-    home = Home(trial.home, random.Random(options.seed))
+    trial = Trial(World(options.build, options.work, "accounts"))
+    home = Home(trial.world.home, random.Random(options.seed))
     for number in range(40):
         home.claude(number, options.megabytes * 1e6 / 50)
         home.codex(number, options.megabytes * 1e6 / 200)

@@ -7,26 +7,20 @@ HOME gains the appended lines; WORK holds the database."""
 import argparse
 import json
 import os
-import shutil
 import signal
 import statistics
-import subprocess
 import sys
 import time
+
+from world import World
 
 BUS = "TOKWATCH_BENCH_ON_BUS"
 
 
 class Follower:
     def __init__(self, build, work, home):
-        self.data = os.path.join(work, "data-follower")
-        shutil.rmtree(self.data, ignore_errors=True)
-        os.makedirs(work, exist_ok=True)
-        self.home = home
-        environment = {**os.environ, "HOME": home, "XDG_CONFIG_HOME": os.path.join(work, "config"), "TZ": "UTC"}
-        self.process = subprocess.Popen(
-            [os.path.join(build, "bin/tokwatch"), "status", "--follow", "--data-dir", self.data],
-            env=environment, stdout=subprocess.DEVNULL)
+        self.world = World(build, work, "follower", home)
+        self.process = self.world.follow()
         self.pid = self.process.pid
 
     def cpu(self):
@@ -53,9 +47,8 @@ class Follower:
         return counts
 
     def written(self):
-        path = os.path.join(self.data, "Q7K2M9X4PL.app.tokwatch/snapshot.json")
         try:
-            return os.stat(path).st_mtime_ns
+            return os.stat(self.world.snapshot).st_mtime_ns
         except FileNotFoundError:
             return 0
 
@@ -70,7 +63,7 @@ class Follower:
 
     def append(self, number):
         if number == 0:
-            logs = (os.path.join(d, f) for d, _, fs in os.walk(self.home + "/.claude/projects") for f in fs)
+            logs = (os.path.join(d, f) for d, _, fs in os.walk(self.world.home + "/.claude/projects") for f in fs)
             self.log = sorted(logs)[0]
         before = self.written()
         cpu = self.cpu()

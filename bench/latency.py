@@ -5,12 +5,12 @@ import argparse
 import json
 import os
 import random
-import shutil
 import signal
 import statistics
-import subprocess
 import threading
 import time
+
+from world import World
 
 CHUNKS_PER_SECOND = 20
 
@@ -62,23 +62,17 @@ def main():
     parser.add_argument("--writes", type=int, default=50)
     parser.add_argument("--rate", type=int, default=1_000_000)
     options = parser.parse_args()
-    world = os.path.join(options.work, "latency")
-    shutil.rmtree(world, ignore_errors=True)
-    home, data = os.path.join(world, "home"), os.path.join(world, "data")
-    claude, codex = home + "/.claude/projects/p/a.jsonl", home + "/.codex/sessions/2026/11/25/b.jsonl"
+    world = World(options.build, options.work, "latency")
+    claude, codex = world.home + "/.claude/projects/p/a.jsonl", world.home + "/.codex/sessions/2026/11/25/b.jsonl"
     for log in (claude, codex):
         os.makedirs(os.path.dirname(log))
     with open(claude, "w", encoding="utf-8") as file:
         file.write(claude_line("first"))
-    follower = subprocess.Popen(
-        [os.path.join(options.build, "bin/tokwatch"), "status", "--follow", "--data-dir", data],
-        env={**os.environ, "HOME": home, "XDG_CONFIG_HOME": os.path.join(world, "config"), "TZ": "UTC"},
-        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    follower = world.follow()
     writer = SecondWriter(codex, options.rate)
-    snapshot = os.path.join(data, "Q7K2M9X4PL.app.tokwatch/snapshot.json")
     chance, latencies = random.Random(1), []
     try:
-        wait_for(snapshot, 1)
+        wait_for(world.snapshot, 1)
         writer.start()
         begin = time.monotonic()
         for number in range(options.writes):
@@ -87,7 +81,7 @@ def main():
             with open(claude, "a", encoding="utf-8") as file:
                 file.write(claude_line("write-%d" % number))
             written = time.monotonic()
-            latencies.append(wait_for(snapshot, number + 2) - written)
+            latencies.append(wait_for(world.snapshot, number + 2) - written)
         seconds = time.monotonic() - begin
     finally:
         writer.ended = True

@@ -11,7 +11,6 @@ import argparse
 import json
 import os
 import random
-import shutil
 import signal
 import sqlite3
 import statistics
@@ -19,6 +18,8 @@ import subprocess
 import sys
 import threading
 import time
+
+from world import World, database
 
 
 def stamp():
@@ -71,12 +72,12 @@ class Session(threading.Thread):
 class Watch(threading.Thread):
     """Notes when each key appears in the store, twenty times a second."""
 
-    def __init__(self, database):
+    def __init__(self, path):
         super().__init__(daemon=True)
-        self.database, self.seen, self.stop = database, {}, False
+        self.path, self.seen, self.stop = path, {}, False
 
     def run(self):
-        connection = sqlite3.connect("file:%s?mode=ro" % self.database, uri=True, timeout=5)
+        connection = sqlite3.connect("file:%s?mode=ro" % self.path, uri=True, timeout=5)
         while not self.stop:
             now = time.time()
             for (key,) in connection.execute("SELECT key FROM seen"):
@@ -86,7 +87,7 @@ class Watch(threading.Thread):
 
 
 def sums(data):
-    connection = sqlite3.connect(data + "/Tokwatch/usage.sqlite")
+    connection = sqlite3.connect(database(data))
     rows = connection.execute("SELECT * FROM daily ORDER BY 1, 2, 3").fetchall()
     connection.close()
     return rows
@@ -100,22 +101,17 @@ def main():
     parser.add_argument("--sessions", type=int, default=4)
     parser.add_argument("--seed", type=int, default=1)
     options = parser.parse_args()
-    world = os.path.join(options.work, "stream")
-    shutil.rmtree(world, ignore_errors=True)
-    home, program = os.path.join(world, "home"), os.path.join(options.build, "bin/tokwatch")
-    os.makedirs(home + "/.claude/projects/p")
-    environment = {**os.environ, "HOME": home, "XDG_CONFIG_HOME": os.path.join(world, "config"), "TZ": "UTC"}
-    followed, once = os.path.join(world, "followed"), os.path.join(world, "once")
-    follower = subprocess.Popen([program, "status", "--follow", "--data-dir", followed], env=environment,
-                                stdout=subprocess.DEVNULL)
-    database = followed + "/Tokwatch/usage.sqlite"
+    world = World(options.build, options.work, "stream")
+    os.makedirs(world.home + "/.claude/projects/p")
+    once = world.path("once")
+    follower = world.follow()
     try:
-        while not os.path.exists(database):
+        while not os.path.exists(database(world.data)):
             time.sleep(.05)
         time.sleep(2)
-        watch = Watch(database)
+        watch = Watch(database(world.data))
         watch.start()
-        sessions = [Session(n, "%s/.claude/projects/p/%d.jsonl" % (home, n // 2), options.minutes * 60, options.seed * 100 + n)
+        sessions = [Session(n, "%s/.claude/projects/p/%d.jsonl" % (world.home, n // 2), options.minutes * 60, options.seed * 100 + n)
                     for n in range(options.sessions)]
         for session in sessions:
             session.start()
@@ -127,10 +123,11 @@ def main():
     finally:
         follower.send_signal(signal.SIGTERM)
         follower.wait()
-    subprocess.run([program, "index", "--data-dir", once], env=environment, check=True, stdout=subprocess.DEVNULL)
+    subprocess.run([world.program, "index", "--data-dir", once], env=world.environment, check=True,
+                   stdout=subprocess.DEVNULL)
     ended = {key: moment for session in sessions for key, moment in session.ended.items()}
     never = len(set(ended) - set(watch.seen))
-    output = [sum(row[7] for row in sums(path)) for path in (followed, once)]
+    output = [sum(row[7] for row in sums(path)) for path in (world.data, once)]
     print("%d responses in %d sessions: %d of %d output tokens counted, %d lost" % (
         len(ended), len(sessions), output[0], output[1], output[1] - output[0]))
     for what, least, most in (("one line", 1, 1), ("several lines", 2, 5)):
@@ -139,7 +136,7 @@ def main():
         print("%s: %d responses, from the last line to the store median %.2f s, nine of ten within %.2f s, most %.2f s" % (
             what, len(delays), statistics.median(delays), delays[len(delays) * 9 // 10], delays[-1]))
     print("%d responses were not in the store at the end" % never)
-    sys.exit(sums(followed) != sums(once))
+    sys.exit(sums(world.data) != sums(once))
 
 
 if __name__ == "__main__":
