@@ -10,6 +10,7 @@ import datetime
 import fcntl
 import json
 import os
+import pathlib
 import re
 import signal
 import socket
@@ -23,7 +24,7 @@ import time
 
 HOSTS = {"api.anthropic.com", "chatgpt.com"}
 SECRETS = ["sk-ant-PLANTED-1", "rt-PLANTED-2", "PLANTED-3.e30.PLANTED-4"]
-DEADLINE = 30  # seconds; nothing here takes more than two
+DEADLINE = 120  # seconds, the bound for what never comes; on an idle machine nothing here takes more than two
 
 
 def wait_for(what, condition):
@@ -31,6 +32,7 @@ def wait_for(what, condition):
     while time.monotonic() < end:
         value = condition()
         if value:
+            print("ok: " + what)
             return value
         time.sleep(0.02)
     sys.exit("FAILED: " + what)
@@ -43,8 +45,7 @@ def check(what, holds, details=""):
 
 
 def children(process):
-    with open("/proc/%d/task/%d/children" % (process.pid, process.pid), encoding="ascii") as file:
-        return [int(pid) for pid in file.read().split()]
+    return [int(pid) for pid in pathlib.Path("/proc/%d/task/%d/children" % (process.pid, process.pid)).read_text().split()]
 
 
 def make_certificate(directory):
@@ -60,8 +61,13 @@ def make_certificate(directory):
     subprocess.run(["mount", "--bind", authorities, "/etc/ssl/certs"], check=True)
 
 
+# What both services might say. Whoever has it need not ask again for five minutes, however loaded the machine is.
+LIMITS = json.dumps({"five_hour": {"utilization": 58}, "plan_type": "plus", "rate_limit": {
+    "primary_window": {"used_percent": 58, "limit_window_seconds": 18000}}})
+
+
 class Network:
-    """Answers every name with this machine's address, and every question with 503."""
+    """Answers every name with this machine's address, and every question with the limits."""
 
     def __init__(self, directory):
         make_certificate(directory)
@@ -72,8 +78,7 @@ class Network:
         with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as control:
             fcntl.ioctl(control, 0x8914, interface)
         resolv = os.path.join(directory, "resolv.conf")
-        with open(resolv, "w", encoding="utf-8") as file:
-            file.write("nameserver 127.0.0.1\n")
+        pathlib.Path(resolv).write_text("nameserver 127.0.0.1\n", encoding="utf-8")
         subprocess.run(["mount", "--bind", resolv, "/etc/resolv.conf"], check=True)
         self.names, self.greeted, self.received, self.requests = set(), set(), b"", []
         self.lookups = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
@@ -107,7 +112,7 @@ class Network:
                 try:
                     with self.context.wrap_socket(caller, server_side=True) as conversation:
                         self.requests.append(conversation.recv(65536).decode())
-                        conversation.sendall(b"HTTP/1.1 503 Later\r\nContent-Length: 0\r\nConnection: close\r\n\r\n")
+                        conversation.sendall(("HTTP/1.1 200 OK\r\nContent-Length: %d\r\n\r\n%s" % (len(LIMITS), LIMITS)).encode())
                 except OSError:
                     pass  # the caller went away
 
@@ -130,12 +135,10 @@ class World:
 
     def write(self, relative, text):
         os.makedirs(os.path.dirname(self.path(relative)), exist_ok=True)
-        with open(self.path(relative), "w", encoding="utf-8") as file:
-            file.write(text)
+        pathlib.Path(self.path(relative)).write_text(text, encoding="utf-8")
 
     def read(self, relative):
-        with open(self.path(relative), "rb") as file:
-            return file.read()
+        return pathlib.Path(self.path(relative)).read_bytes()
 
     def plant_logins(self):
         access, refresh, codex = SECRETS
@@ -171,8 +174,7 @@ class World:
         before = os.path.getsize(self.path("output"))
         process = self.spawn("status", "--follow", "--format", "json", trace=trace)
         wait_for("a first line", lambda: b'"tooltip"' in self.printed()[before:])
-        with open("/proc/%d/cmdline" % process.pid, "rb") as file:
-            self.command_lines += file.read()
+        self.command_lines += self.read("/proc/%d/cmdline" % process.pid)
         return process
 
     def printed(self):
@@ -180,8 +182,7 @@ class World:
 
     def snapshot(self):
         try:
-            with open(self.path("home/.local/share/Q7K2M9X4PL.app.tokwatch/snapshot.json"), encoding="utf-8") as file:
-                return json.load(file)
+            return json.loads(self.read("home/.local/share/Q7K2M9X4PL.app.tokwatch/snapshot.json"))
         except FileNotFoundError:
             return {"providers": []}
 
@@ -191,16 +192,17 @@ class World:
     def internet(self, trace):
         """The ports and addresses that anything of a trace was connected or sent to, but for local sockets."""
         found = set()
-        with open(self.path(trace), encoding="utf-8", errors="replace") as file:
-            for line in file:
-                if re.match(r"\d+ +[\d.]+ (connect|send\w+)\(", line):
-                    found.update(re.findall(r"AF_INET6?, .*?port=htons\((\d+)\).*?\"([^\"]+)\"", line))
+        for line in self.traced(trace):
+            if re.match(r"\d+ +[\d.]+ (connect|send\w+)\(", line):
+                found.update(re.findall(r"AF_INET6?, .*?port=htons\((\d+)\).*?\"([^\"]+)\"", line))
         return found
 
     def login_reads(self, trace):
         """The moments, in seconds since 1970, at which a trace has a login's file opened."""
-        with open(self.path(trace), encoding="utf-8", errors="replace") as file:
-            return [float(line.split()[1]) for line in file if re.search(r"credentials\.json|auth\.json", line)]
+        return [float(line.split()[1]) for line in self.traced(trace) if re.search(r"credentials\.json|auth\.json", line)]
+
+    def traced(self, trace):
+        return self.read(trace).decode(errors="replace").splitlines()
 
 
 def stop(process):
@@ -249,15 +251,14 @@ def show_contacts(world, network):
     world.plant_logins()
     world.write("home/.claude/projects/p/a.jsonl", claude_line("one"))
     follower = world.follow(trace="trace-on")
-    wait_for("both services are called", lambda: len(network.greeted) >= 2)
+    wait_for("both answers are shown", lambda: b"Claude \xc2\xb7 Session 42% left\\nCodex \xc2\xb7 Session 42%" in world.printed())
     stop(follower)
-    wait_for("both questions are heard", lambda: len(network.requests) == 2)
     stop(world.follow())
-    check("limits --refresh has nothing to show", world.run("limits", "--refresh", "--json") == 1)
+    check("limits --refresh shows what they said", world.run("limits", "--refresh", "--json") == 0
+          and world.printed().count(b'"usedFraction":0.58') == 2, world.printed())
     check("a restart and a command ask nobody again", len(network.requests) == 2, network.requests)
-    os.remove(world.path("home/.local/share/Tokwatch/attempts.json"))
-    commands = [world.spawn("limits", "--refresh") for _ in range(8)]
-    check("of commands started at once each ends", {command.wait(DEADLINE) for command in commands} == {1})
+    commands = [world.spawn("limits", "--refresh", "--data-dir", world.path("elsewhere")) for _ in range(8)]
+    check("of commands started at once each ends", {command.wait(DEADLINE) for command in commands} <= {0, 1})
     check("and together they ask each service once", len(network.requests) == 4, network.requests)
     headers = {line.split(":")[0] for request in network.requests for line in request.split("\r\n")[1:] if line}
     check("nothing else is said to them", headers == {
@@ -299,7 +300,6 @@ def show_bounds(world):
     few = "echo 5 >/proc/sys/user/max_inotify_watches && exec %s status --follow" % world.program
     follower = world.start(["unshare", "--user", "--map-root-user", "sh", "-c", few], world.environment)
     wait_for("too many folders are noticed", lambda: b"more log folders than can be watched" in world.printed())
-    print("ok: too many folders are noticed")
     stop(follower)
 
 
@@ -311,7 +311,6 @@ def show_refresh(world):
         "turnNumber": 1, "endedAt": now(), "modelUsage": {"grok-4": {"inputTokens": 10, "outputTokens": 5}}}]}))
     subprocess.run(["dbus-send", "--session", "--type=signal", "/any", "app.tokwatch.refresh"], check=True)
     wait_for("dbus-send makes the follower refresh", lambda: world.tokens("grok"))
-    print("ok: dbus-send makes the follower refresh")
     world.run("preferences", "set", "disabledProviders", "")
     world.write("home/.codex/sessions/2026/a.jsonl", "".join(json.dumps(line) + "\n" for line in [
         {"timestamp": now(), "type": "session_meta", "payload": {"id": "c"}},
@@ -320,16 +319,11 @@ def show_refresh(world):
             "input_tokens": 10, "cached_input_tokens": 0, "output_tokens": 5, "reasoning_output_tokens": 0}}}]))
     check("tokwatch refresh finds the bus", world.run("refresh") == 0)
     wait_for("tokwatch refresh makes it refresh", lambda: world.tokens("codex"))
-    print("ok: tokwatch refresh makes it refresh")
     return follower
 
 
 def threads(process):
-    names = set()
-    for thread in os.listdir("/proc/%d/task" % process.pid):
-        with open("/proc/%d/task/%s/comm" % (process.pid, thread), encoding="utf-8") as file:
-            names.add(file.read().strip())
-    return names
+    return {comm.read_text(encoding="utf-8").strip() for comm in pathlib.Path("/proc/%d/task" % process.pid).glob("*/comm")}
 
 
 def show_sharing(world, working):
@@ -340,13 +334,12 @@ def show_sharing(world, working):
     world.write("home/.claude/projects/p/c.jsonl", claude_line("three"))
     world.run("refresh")
     wait_for("the other takes over", lambda: world.tokens("claude") > before)
-    print("ok: the other takes over")
     return idle
 
 
 def show_secrecy(worlds, network, follower):
-    with open("/proc/%d/limits" % follower.pid, encoding="utf-8") as file:
-        limit = re.search(r"Max core file size +(\S+) +(\S+)", file.read()).groups()
+    limits = pathlib.Path("/proc/%d/limits" % follower.pid).read_text(encoding="utf-8")
+    limit = re.search(r"Max core file size +(\S+) +(\S+)", limits).groups()
     check("memory is never dumped", limit == ("1", "1"), limit)
     os.kill(follower.pid, signal.SIGABRT)
     follower.wait(DEADLINE)

@@ -1,23 +1,15 @@
 #include "TokwatchCore/Ingestion/LogFiles.h"
 
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Support/Testing.h"
 #include "TokwatchCore/Ingestion/JSONLTail.h"
 #include "TokwatchCore/Ingestion/LogsElsewhere.h"
 
-#include <gmock/gmock.h>
-
-#include <filesystem>
 #include <system_error>
 
-namespace tokwatch {
-namespace {
+namespace tokwatch::testing {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using testing::TemporaryDirectory;
-
-class JSONLTailTest : public ::testing::Test {
-  protected:
+struct JSONLTailTest : Test {
     /// Reads on from where the last call stopped.
     std::vector<std::string> readOn(std::int64_t maxBytes = JSONLTail::sliceBytes) {
         const JSONLTail::Result result =
@@ -53,9 +45,8 @@ TEST_F(JSONLTailTest, ReturnsALineOnceItsLineFeedIsThere) {
 TEST_F(JSONLTailTest, ReadsInWindowsWithoutLosingOrRepeatingALine) {
     std::string contents;
     std::vector<std::string> expected;
-    for (int i = 0; i < 200; ++i) {
-        expected.push_back(std::string(static_cast<std::size_t>(i * 7 % 40), 'x') +
-                           std::to_string(i));
+    for (std::size_t i = 0; i < 200; ++i) {
+        expected.push_back(std::string(i * 7 % 40, 'x') + std::to_string(i));
         contents += expected.back() + "\n";
     }
     home.write("log.jsonl", contents);
@@ -126,7 +117,7 @@ TEST(LogFiles, AreRegularVisibleFilesOfTheRightNameInPathOrder) {
         if (const auto file = findLogFile(ProviderID::claude, home / "root", entry.path().native()))
             single.push_back(file->path.substr((home / "root").string().size() + 1));
     }
-    EXPECT_THAT(single, ::testing::UnorderedElementsAreArray(namesUnder(home / "root")));
+    EXPECT_THAT(single, UnorderedElementsAreArray(namesUnder(home / "root")));
     for (const char* path : {"root/absent.jsonl", "roots/a.jsonl", "root"})
         EXPECT_FALSE(findLogFile(ProviderID::claude, home / "root", (home / path).native()));
 }
@@ -208,5 +199,4 @@ TEST(LogsElsewhere, AreMadeVisibleByALinkThatTakesNothingAway) {
     }
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

@@ -1,14 +1,12 @@
+#include "Tests/Support/Testing.h"
 #include "TokwatchCore/Ingestion/ClaudeLogParser.h"
 #include "TokwatchCore/Ingestion/CodexLogParser.h"
 #include "TokwatchCore/Ingestion/GrokUsageParser.h"
 #include "TokwatchCore/Support/ISO8601.h"
 
-#include <gtest/gtest.h>
-
 #include <ranges>
 
-namespace tokwatch {
-namespace {
+namespace tokwatch::testing {
 
 std::optional<UsageEvent> parse(const std::string& line) {
     ClaudeLogParser parser;
@@ -26,55 +24,42 @@ std::string usage(const std::string& fields) {
 }
 
 TEST(ClaudeLogParser, ReadsTheCounters) {
-    struct Case {
-        const char* usage;
-        TokenCounts tokens;
-    };
-    for (
-        const Case& c :
-        {Case{R"("input_tokens":1,"cache_read_input_tokens":2,"output_tokens":3)",
-              {1, 2, 0, 0, 3, 0}},
-         {R"("cache_creation_input_tokens":100)", {0, 0, 100, 0, 0, 0}},
-         {R"("cache_creation_input_tokens":100,"cache_creation":{"ephemeral_1h_input_tokens":100})",
-          {0, 0, 0, 100, 0, 0}},
-         {R"("cache_creation":{"ephemeral_5m_input_tokens":7},"cache_creation_input_tokens":100)",
-          {0, 0, 7, 0, 0, 0}},
-         {R"("output_tokens":9,"output_tokens_details":{"thinking_tokens":4,"x":[1]})",
-          {0, 0, 0, 0, 9, 4}},
-         {R"("output_tokens":12.0,"input_tokens":3.99)", {3, 0, 0, 0, 12, 0}},
-         {R"("output_tokens":1e2,"input_tokens":99999999999999999999e-5)",
-          {999999999999999, 0, 0, 0, 100, 0}},
-         {R"("output_tokens":9007199254740993.0,"input_tokens":0.00123E+4)",
-          {12, 0, 0, 0, 9007199254740993, 0}},
-         {R"("output_tokens":1,"input_tokens":1e99999999999999999999,"cache_read_input_tokens":5e-99999999999999999999)",
-          {0, 0, 0, 0, 1, 0}},
-         {R"("output_tokens":9223372036854775807.9,"cache_read_input_tokens":9.3e18)",
-          {0, 0, 0, 0, 9223372036854775807, 0}},
-         {R"("output_tokens":1,"input_tokens":99999999999999999999,"cache_read_input_tokens":true)",
-          {0, 0, 0, 0, 1, 0}},
-         {R"("output_tokens":3,"input_tokens":-2)", {-2, 0, 0, 0, 3, 0}}}) {
-        const std::optional<UsageEvent> event = parse(usage(c.usage));
-        ASSERT_TRUE(event.has_value()) << c.usage;
-        EXPECT_EQ(event->tokens, c.tokens) << c.usage;
-    }
+    const std::pair<const char*, TokenCounts> cases[]{
+        {R"("input_tokens":1,"cache_read_input_tokens":2,"output_tokens":3)", {1, 2, 0, 0, 3, 0}},
+        {R"("cache_creation_input_tokens":100)", {0, 0, 100, 0, 0, 0}},
+        {R"("cache_creation_input_tokens":100,"cache_creation":{"ephemeral_1h_input_tokens":100})",
+         {0, 0, 0, 100, 0, 0}},
+        {R"("cache_creation":{"ephemeral_5m_input_tokens":7},"cache_creation_input_tokens":100)",
+         {0, 0, 7, 0, 0, 0}},
+        {R"("output_tokens":9,"output_tokens_details":{"thinking_tokens":4,"x":[1]})",
+         {0, 0, 0, 0, 9, 4}},
+        {R"("output_tokens":12.0,"input_tokens":3.99)", {3, 0, 0, 0, 12, 0}},
+        {R"("output_tokens":1e2,"input_tokens":99999999999999999999e-5)",
+         {999999999999999, 0, 0, 0, 100, 0}},
+        {R"("output_tokens":9007199254740993.0,"input_tokens":0.00123E+4)",
+         {12, 0, 0, 0, 9007199254740993, 0}},
+        {R"("output_tokens":1,"input_tokens":1e99999999999999999999,"cache_read_input_tokens":5e-99999999999999999999)",
+         {0, 0, 0, 0, 1, 0}},
+        {R"("output_tokens":9223372036854775807.9,"cache_read_input_tokens":9.3e18)",
+         {0, 0, 0, 0, 9223372036854775807, 0}},
+        {R"("output_tokens":1,"input_tokens":99999999999999999999,"cache_read_input_tokens":true)",
+         {0, 0, 0, 0, 1, 0}},
+        {R"("output_tokens":3,"input_tokens":-2)", {-2, 0, 0, 0, 3, 0}}};
+    for (const auto& [counters, tokens] : cases)
+        EXPECT_EQ(parse(usage(counters)).value().tokens, tokens) << counters;
 }
 
 TEST(ClaudeLogParser, FindsIdentityModelAndSession) {
     const std::string tokens = R"("usage":{"output_tokens":1})";
-    EXPECT_EQ(parse(assistant("{" + tokens + "}", R"("requestId":"req_1",)"))->dedupKey, "req_1");
-    EXPECT_EQ(parse(assistant(R"({"id":"m",)" + tokens + "}", R"("requestId":"req_1",)"))->dedupKey,
-              "m");
-    EXPECT_EQ(parse(assistant(R"({"id":7,)" + tokens + "}", R"("requestId":"req_1",)"))->dedupKey,
-              "req_1");
+    for (const auto& [id, key] :
+         {std::pair{"", "req_1"}, {R"("id":"m",)", "m"}, {R"("id":7,)", "req_1"}})
+        EXPECT_EQ(parse(assistant("{" + (id + tokens) + "}", R"("requestId":"req_1",)"))->dedupKey,
+                  key);
     EXPECT_FALSE(parse(assistant("{" + tokens + "}")).has_value());
-    EXPECT_EQ(parse(assistant(R"({"id":"msg_1","model":"claude-x",)" + tokens + "}")),
-              (UsageEvent{ProviderID::claude,
-                          "claude-x",
-                          "s",
-                          "msg_1",
-                          *parseISO8601("2025-06-01T12:34:56.789Z"),
-                          {0, 0, 0, 0, 1, 0},
-                          {}}));
+    const Date moment = *parseISO8601("2025-06-01T12:34:56.789Z");
+    EXPECT_EQ(
+        parse(assistant(R"({"id":"msg_1","model":"claude-x",)" + tokens + "}")),
+        (UsageEvent{ProviderID::claude, "claude-x", "s", "msg_1", moment, {.output = 1}, {}}));
     const UsageEvent bare = parse(assistant(R"({"id":"m",)" + tokens + "}", "")).value();
     EXPECT_EQ(bare.model, "unknown");
     EXPECT_EQ(bare.sessionID, "");
@@ -193,11 +178,9 @@ TEST(CodexLogParser, ReadsUsage) {
         return usageOf(parser,
                        line("token_usage_record", R"({"response_id":"r","usage":)" + usage + "}"));
     };
-    EXPECT_EQ(
-        read(
-            R"({"input_tokens":100,"cached_input_tokens":30,"cache_write_input_tokens":4,"output_tokens":5,"reasoning_output_tokens":6})"),
-        (UsageEvent{
-            ProviderID::codex, "unknown", "", "r", noon, {70, 30, 4, 0, 5, 6}, std::nullopt}));
+    EXPECT_EQ(read(R"({"input_tokens":100,"cached_input_tokens":30,"cache_write_input_tokens":4,)"
+                   R"("output_tokens":5,"reasoning_output_tokens":6})"),
+              (UsageEvent{ProviderID::codex, "unknown", "", "r", noon, {70, 30, 4, 0, 5, 6}, {}}));
     EXPECT_EQ(read(R"({"input_tokens":100,"cached_input_tokens":120})").tokens,
               (TokenCounts{0, 120, 0, 0, 0, 0}));
     EXPECT_EQ(read(R"({"input_tokens":"7","output_tokens":2.0})").tokens,
@@ -210,21 +193,19 @@ TEST(CodexLogParser, ReadsLimitsAsOfTheirLine) {
         R"({"primary":{"used_percent":42.5,"window_minutes":300,"resets_at":1773147600},)"
         R"("secondary":{"used_percent":7},"credits":{"has_credits":true,"unlimited":false,"balance":2.5},)"
         R"("plan_type":"plus"})"));
-    ProviderLimits expected;
-    expected.plan = "Plus";
-    expected.windows = {
-        {"session", "Session", 0.425, 18000.0, dateFromUnixSeconds(1773147600),
-         LimitSource::local(noon)},
-        {"weekly", "Weekly", 0.07, std::nullopt, std::nullopt, LimitSource::local(noon)}};
-    expected.credits = Credits{"Credits", 2.5, std::nullopt, std::nullopt, false};
-    expected.status = ProviderStatus::ok;
-    expected.fetchedAt = noon;
-    EXPECT_EQ(limits, expected);
-    EXPECT_EQ(limitsOf(tokenCount(R"({"primary":{"used_percent":150}})")).windows[0].usedFraction,
-              1);
-    EXPECT_TRUE(
-        limitsOf(tokenCount(R"({"primary":{"used_percent":1},"credits":{"unlimited":true}})"))
-            .credits->unlimited);
+    const LimitSource then = LimitSource::local(noon);
+    EXPECT_EQ(limits,
+              (ProviderLimits{
+                  "Plus",
+                  {{"session", "Session", 0.425, 18000.0, dateFromUnixSeconds(1773147600), then},
+                   {"weekly", "Weekly", 0.07, std::nullopt, std::nullopt, then}},
+                  Credits{"Credits", 2.5, std::nullopt, std::nullopt, false},
+                  ProviderStatus::ok,
+                  noon}));
+    const ProviderLimits endless =
+        limitsOf(tokenCount(R"({"primary":{"used_percent":150},"credits":{"unlimited":true}})"));
+    EXPECT_EQ(endless.windows[0].usedFraction, 1);
+    EXPECT_TRUE(endless.credits->unlimited);
     const ProviderLimits bare = limitsOf(tokenCount(
         R"({"limit_id":"codex","primary":{"used_percent":1},"plan_type":"","credits":{"has_credits":false,"balance":0}})"));
     EXPECT_FALSE(bare.plan);
@@ -259,13 +240,13 @@ TEST(GrokUsageParser, ReadsOneEventForEachModelOfEachTurn) {
         R"({"turns":[{"modelUsage":{"grok-4":{"inputTokens":100,"cachedReadTokens":150,"cacheCreationTokens":3,)"
         R"("outputTokens":4,"reasoningTokens":5,"costUsdTicks":25000000000},"grok-code":{"inputTokens":10.0}},)"
         R"("turnNumber":3,"endedAt":"2026-03-10T12:00:00.5Z","x":"\ud83d"}],"sessionId":"abc"})");
-    ASSERT_EQ(events.size(), 2U);
-    EXPECT_EQ(events[0], (UsageEvent{ProviderID::grok, "grok-4", "abc", "abc#3#grok-4",
-                                     *parseISO8601("2026-03-10T12:00:00.5Z"),
-                                     TokenCounts{0, 150, 3, 0, 4, 5}, 2.5}));
-    EXPECT_EQ(events[1], (UsageEvent{ProviderID::grok, "grok-code", "abc", "abc#3#grok-code",
-                                     *parseISO8601("2026-03-10T12:00:00.5Z"),
-                                     TokenCounts{10, 0, 0, 0, 0, 0}, std::nullopt}));
+    const Date end = noon + Seconds{0.5};
+    EXPECT_THAT(
+        events,
+        ElementsAre(
+            UsageEvent{
+                ProviderID::grok, "grok-4", "abc", "abc#3#grok-4", end, {0, 150, 3, 0, 4, 5}, 2.5},
+            UsageEvent{ProviderID::grok, "grok-code", "abc", "abc#3#grok-code", end, {10}, {}}));
 }
 
 TEST(GrokUsageParser, SkipsTurnsWithoutNumberOrEnd) {
@@ -278,16 +259,10 @@ TEST(GrokUsageParser, SkipsTurnsWithoutNumberOrEnd) {
         R"({"turnNumber":9007199254740993.0,"endedAt":"2026-03-10T12:00:00Z","modelUsage":{"m":{}}}]})");
     ASSERT_EQ(events.size(), 1U);
     EXPECT_EQ(events[0].dedupKey, "s#9007199254740993#m");
-}
-
-TEST(GrokUsageParser, ReadsNothingFromAnotherDocument) {
     for (const char* document :
-         {"", "{", "[]", R"({"sessionId":1,"turns":[]})", R"({"sessionId":"s"})",
-          R"({"sessionId":"s","turns":{}})",
-          R"({"sessionId":"s","turns":[{"turnNumber":1,"endedAt":"2026-03-10T12:00:00Z",)"
-          R"("modelUsage":{"m":{}}}])"})
-        EXPECT_TRUE(GrokUsageParser::parse(document).empty()) << document;
+         {"", "[]", R"({"sessionId":1,"turns":[]})", R"({"sessionId":"s"})",
+          R"({"sessionId":"s","turns":{}})", R"({"sessionId":"s","turns":[)"})
+        EXPECT_THAT(GrokUsageParser::parse(document), IsEmpty()) << document;
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

@@ -1,13 +1,9 @@
 #include "Tests/Support/CapturedLog.h"
+#include "Tests/Support/Testing.h"
 #include "TokwatchCore/Limits/HTTPAnswer.h"
 #include "TokwatchCore/Limits/SystemProxy.h"
 
-#include <gmock/gmock.h>
-
-#include <optional>
-
-namespace tokwatch {
-namespace {
+namespace tokwatch::testing {
 
 /// The whole answer's status and body, fed in pieces of this size; none when it is refused or not
 /// whole at its end.
@@ -27,11 +23,7 @@ std::optional<std::string> read(std::string_view wire, std::size_t piece) {
 TEST(HTTPAnswer, IsTheSameHoweverItsBytesCome) {
     const std::string ok = "HTTP/1.1 200 OK\r\n";
     const std::string chunked = ok + "transfer-encoding: Chunked\r\n\r\n";
-    struct Case {
-        std::string wire;
-        std::optional<std::string> read;
-    };
-    const Case cases[]{
+    const std::pair<std::string, std::optional<std::string>> cases[]{
         {ok + "Content-Length: 4\r\n\r\nbody", "200 body"},
         {ok + "Content-Length: 4\r\n\r\nbody and more", "200 body"},
         {ok + "content-length:4 \r\nContent-Length: 4\r\n\r\nbody", "200 body"},
@@ -56,10 +48,9 @@ TEST(HTTPAnswer, IsTheSameHoweverItsBytesCome) {
         {"HTTP/1.1 101 Switching\r\n\r\n", {}},
         {"HTTP/1.1 200 OK\r\n\r\n" + std::string(21, 'x'), {}},
     };
-    for (const Case& each : cases) {
-        for (std::size_t piece = 1; piece <= each.wire.size() + 1; ++piece)
-            EXPECT_EQ(read(each.wire, piece), each.read) << piece << " of " << each.wire;
-    }
+    for (const auto& [wire, expected] : cases)
+        for (std::size_t piece = 1; piece <= wire.size() + 1; ++piece)
+            EXPECT_EQ(read(wire, piece), expected) << piece << " of " << wire;
 }
 
 TEST(SystemProxy, IsTheEnvironmentsAndNeverGoneAround) {
@@ -81,7 +72,7 @@ TEST(SystemProxy, IsTheEnvironmentsAndNeverGoneAround) {
           Case{"https_proxy", "https://proxy:443"}, Case{"https_proxy", "socks4://proxy:1080"},
           Case{"https_proxy", "http://"}, Case{"https_proxy", "http://secret@proxy:99999"}}) {
         SCOPED_TRACE(std::string(variable) + "=" + value + " except " + except);
-        const testing::CapturedLog log;
+        const CapturedLog log;
         qputenv(variable, value);
         qputenv("no_proxy", except);
         QString read;
@@ -97,9 +88,8 @@ TEST(SystemProxy, IsTheEnvironmentsAndNeverGoneAround) {
         qunsetenv("no_proxy");
         EXPECT_EQ(read.toStdString(), expected);
         EXPECT_EQ(log.lines().size(), expected.empty() ? 1u : 0u);
-        EXPECT_THAT(log.lines(), ::testing::Each(::testing::Not(::testing::HasSubstr("secret"))));
+        EXPECT_THAT(log.lines(), Each(Not(HasSubstr("secret"))));
     }
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

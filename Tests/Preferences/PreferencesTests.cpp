@@ -3,25 +3,16 @@
 #include "Tests/Support/CapturedLog.h"
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Support/Testing.h"
 
-#include <QEventLoop>
 #include <QSettings>
-#include <QTimer>
-
-#include <gmock/gmock.h>
 
 #include <sys/stat.h>
 
 #include <fstream>
 
-namespace tokwatch {
-namespace {
+namespace tokwatch::testing {
 
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Pair;
-using testing::TemporaryDirectory;
 using enum ProviderID;
 
 /// A settings file with a process of its own that reads it.
@@ -36,30 +27,19 @@ struct Process {
     Preferences preferences;
 };
 
-class PreferencesTest : public ::testing::Test {
+class PreferencesTest : public Test {
     TemporaryDirectory home;
 
   protected:
     const std::filesystem::path file = home / "Tokwatch/Tokwatch.conf";
 
-    PreferencesTest() { testing::needEventLoop(); }
+    PreferencesTest() { needEventLoop(); }
 
     Process reading(const std::string& contents) {
         home.write("Tokwatch/Tokwatch.conf", contents);
         return Process(file);
     }
     std::string contents() const { return home.read("Tokwatch/Tokwatch.conf"); }
-
-    /// Runs the event loop until the condition holds, or a minute as a bound for a broken test.
-    template<typename Condition>
-    static bool comesTrue(Condition condition) {
-        QTimer bound;
-        bound.setSingleShot(true);
-        bound.start(60'000);
-        while (!condition() && bound.isActive())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        return condition();
-    }
 };
 
 /// Every setting, as text: what it is at first, what it is set to and reads as then, what makes no
@@ -102,11 +82,11 @@ TEST_F(PreferencesTest, FindsEverySettingAgainAfterARestart) {
     for (const Setting& each : settings)
         EXPECT_EQ(after.get(each.name), each.expected) << each.name;
     EXPECT_EQ(after.preferences.lastPruneAt(), pruned);
-    for (const char* name : {"disabledProviders", "menuBarWindows"})
+    for (const char* name : {"disabledProviders", "menuBarWindows"}) {
         EXPECT_EQ(after.set(name, ""), std::nullopt);
-    EXPECT_TRUE(after.preferences.save());
-    for (const char* name : {"disabledProviders", "menuBarWindows"})
+        EXPECT_TRUE(after.preferences.save());
         EXPECT_EQ(Process(file).get(name), "");
+    }
     EXPECT_EQ(after.preferences.named("ShowDockIcon"), nullptr);
 }
 
@@ -114,7 +94,7 @@ TEST_F(PreferencesTest, FallsBackWhereTheFileMakesNoSense) {
     std::string text = "[General]\nlastPruneAt=yesterday\n";
     for (const Setting& each : settings)
         text += std::string(each.name) + '=' + std::string(each.nonsense) + '\n';
-    const testing::CapturedLog log;
+    const CapturedLog log;
     Process odd = reading(text);
     EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("is neither true nor false")));
     for (const Setting& each : settings)
@@ -147,7 +127,7 @@ TEST_F(PreferencesTest, SaysWhatAValueMayBe) {
 }
 
 TEST_F(PreferencesTest, NamesLinesThatAreNoSettingsAndSavesTheOthers) {
-    const testing::CapturedLog log;
+    const CapturedLog log;
     Process broken = reading(
         std::string("[General]\nwarningThreshold=0.3\n\0\xff[[[=\nno setting\n; note\n[x", 57));
     EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("line 4 of "), HasSubstr("line 6 of ")));
@@ -160,7 +140,7 @@ TEST_F(PreferencesTest, NamesLinesThatAreNoSettingsAndSavesTheOthers) {
 }
 
 TEST_F(PreferencesTest, NeitherWaitsForNorReplacesWhatIsNoOrdinaryFile) {
-    const testing::CapturedLog log;
+    const CapturedLog log;
     Process process = reading("[General]\nwarningThreshold=0.3\n");
     std::filesystem::remove(file);
     ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
@@ -226,25 +206,24 @@ TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
     const auto& unit = application.preferences.summaryUnit;
     const auto& windows = application.preferences.menuBarWindows;
     replace("[General]\nsummaryUnit=tokens\n\n[menuBarWindows]\ncodex=weekly\n");
-    EXPECT_TRUE(comesTrue([&] { return unit == SummaryUnit::tokens; }));
+    EXPECT_TRUE(until([&] { return unit == SummaryUnit::tokens; }));
     EXPECT_THAT(windows.value(), ElementsAre(Pair("codex", "weekly")));
     replace("[General]\nsummaryUnit=cost\n");
-    EXPECT_TRUE(comesTrue([&] { return unit == SummaryUnit::cost; }));
+    EXPECT_TRUE(until([&] { return unit == SummaryUnit::cost; }));
     EXPECT_THAT(windows.value(), IsEmpty());
     std::ofstream(file) << "[General]\nsummaryUnit=tokens\npinnedProvider=grok\n"; // in place
-    EXPECT_TRUE(comesTrue([&] { return application.preferences.pinnedProvider == grok; }));
+    EXPECT_TRUE(until([&] { return application.preferences.pinnedProvider == grok; }));
     std::filesystem::remove(file);
-    EXPECT_TRUE(comesTrue([&] { return application.preferences.pinnedProvider == claude; }));
+    EXPECT_TRUE(until([&] { return application.preferences.pinnedProvider == claude; }));
     EXPECT_EQ(untouched, 0);
 
     // What both change at the same time, both keep.
     replace("[General]\nsummaryUnit=tokens\n");
     application.preferences.showDockIcon = true;
-    EXPECT_TRUE(comesTrue([&] { return unit == SummaryUnit::tokens; }));
+    EXPECT_TRUE(until([&] { return unit == SummaryUnit::tokens; }));
     EXPECT_TRUE(application.preferences.save());
     EXPECT_THAT(contents(), HasSubstr("showDockIcon=true"));
     EXPECT_THAT(contents(), HasSubstr("summaryUnit=tokens"));
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

@@ -1,13 +1,11 @@
 #include "TokwatchCore/Presentation/Forecast.h"
 
-#include <gmock/gmock.h>
+#include "Tests/Support/Testing.h"
 
-#include <algorithm>
 #include <cmath>
 #include <random>
 
-namespace tokwatch {
-namespace {
+namespace tokwatch::testing {
 
 const Date now = dateFromUnixSeconds(1'768'000'000);
 constexpr double fiveHours = 18'000;
@@ -132,5 +130,4 @@ TEST(Forecast, IsNeitherAfterTheResetNorBeforeNow) {
     EXPECT_GT(told, 100);
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

@@ -1,18 +1,12 @@
+#include "Tests/Support/Testing.h"
 #include "TokwatchCore/Presentation/LimitBarModel.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
 #include "TokwatchCore/Presentation/WindowLabel.h"
 
-#include <gmock/gmock.h>
-
 #include <clocale>
 #include <limits>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
-namespace tokwatch {
-namespace {
+namespace tokwatch::testing {
 
 template<typename Value>
 using Cases = std::vector<std::pair<Value, const char*>>;
@@ -62,9 +56,10 @@ TEST(MeterFormat, ShowsSharesInPercent) {
 }
 
 TEST(MeterFormat, ShowsDurationsInTheirTwoLargestUnits) {
-    for (const double seconds : {notANumber, infinity, -infinity})
-        EXPECT_EQ(MeterFormat::duration(seconds), "—");
-    const Cases<double> cases{{-5.0, "now"},
+    const Cases<double> cases{{notANumber, "—"},
+                              {infinity, "—"},
+                              {-infinity, "—"},
+                              {-5.0, "now"},
                               {0.0, "now"},
                               {0.5, "<1m"},
                               {59.9, "<1m"},
@@ -87,9 +82,7 @@ constexpr double fiveHours = 18'000;
 
 LimitWindow window(double used, std::optional<double> duration = std::nullopt,
                    std::optional<double> secondsToReset = std::nullopt) {
-    LimitWindow window;
-    window.usedFraction = used;
-    window.duration = duration;
+    LimitWindow window{"", "", used, duration, {}, {}};
     if (secondsToReset) window.resetsAt = now + Seconds{*secondsToReset};
     return window;
 }
@@ -111,10 +104,10 @@ TEST(LimitBarModel, SaysOnlyWhatIsKnown) {
         std::optional<std::string> resetText;
         double left = 0.75;
     };
-    for (const auto& [duration, secondsToReset, resetText, left] :
-         {Case{fiveHours, {}, {}}, Case{{}, 11'100, "3h 5m"}, Case{0, 11'100, "3h 5m"},
-          Case{-60, 11'100, "3h 5m"}, Case{fiveHours, 0, "now", 1},
-          Case{fiveHours, -1e6, "now", 1}}) {
+    const Case cases[]{{fiveHours, {}, {}},      {{}, 11'100, "3h 5m"},
+                       {0, 11'100, "3h 5m"},     {-60, 11'100, "3h 5m"},
+                       {fiveHours, 0, "now", 1}, {fiveHours, -1e6, "now", 1}};
+    for (const auto& [duration, secondsToReset, resetText, left] : cases) {
         const LimitBarModel bar(window(0.25, duration, secondsToReset), now);
         EXPECT_EQ(bar.leftFraction, left) << "full again once the reset has passed";
         EXPECT_EQ(bar.timeLeftFraction, std::nullopt);
@@ -140,8 +133,7 @@ TEST(LimitBarModel, CutsThePercentageOff) {
 
 TEST(LimitBarModel, ComparesUseWithTimeElapsed) {
     struct Case {
-        double used;
-        double timeLeft; ///< of five hours
+        double used, timeLeft; ///< the latter of five hours
         Pace pace;
     };
     const std::vector<Case> cases{
@@ -159,5 +151,4 @@ TEST(LimitBarModel, ComparesUseWithTimeElapsed) {
     }
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

@@ -1,16 +1,8 @@
+#include "Tests/Support/Testing.h"
 #include "Tokwatch/Display/SummaryDisplay.h"
 #include "TokwatchCore/Support/ISO8601.h"
 
-#include <gmock/gmock.h>
-
-#include <string>
-#include <utility>
-#include <vector>
-
-namespace tokwatch {
-namespace {
-
-using ::testing::ElementsAre;
+namespace tokwatch::testing {
 
 using Segment = SummaryDisplay::Segment;
 using enum TokenPart;
@@ -65,5 +57,4 @@ TEST(SummaryDisplay, ShortensHeadlines) {
         EXPECT_EQ(SummaryDisplay::compactTokens(count), text);
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

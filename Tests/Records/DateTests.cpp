@@ -1,26 +1,19 @@
 #include "Tests/Support/CapturedLog.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Support/Testing.h"
 #include "TokwatchCore/Support/Calendar.h"
 #include "TokwatchCore/Support/ISO8601.h"
 #include "TokwatchCore/Support/LocalZone.h"
 
-#include <gtest/gtest.h>
-
-namespace tokwatch {
-namespace {
+namespace tokwatch::testing {
 
 Date at(const char* text) {
     return parseISO8601(text).value();
 }
 
 TEST(Calendar, PutsMomentsOnTheDayOfTheirZone) {
-    struct Case {
-        const char* zone;
-        const char* moment;
-        const char* day;
-    };
-    for (const Case& c :
-         {Case{"UTC", "2026-01-31T23:59:59.999Z", "2026-01-31"},
+    for (const auto& [zone, moment, day] :
+         {std::tuple{"UTC", "2026-01-31T23:59:59.999Z", "2026-01-31"},
           {"Europe/Berlin", "2026-01-31T22:59:59Z", "2026-01-31"},
           {"Europe/Berlin", "2026-01-31T23:00:00Z", "2026-02-01"},
           {"America/Los_Angeles", "2026-03-08T07:59:59Z", "2026-03-07"},
@@ -29,10 +22,10 @@ TEST(Calendar, PutsMomentsOnTheDayOfTheirZone) {
           {"Pacific/Apia", "2011-12-30T09:59:59Z", "2011-12-29"},        // the day after never was
           {"America/Sao_Paulo", "2018-11-04T02:59:59Z", "2018-11-03"},
           {"America/Sao_Paulo", "2018-11-04T03:00:00Z", "2018-11-04"}}) {
-        const Calendar calendar = Calendar::named(c.zone).value();
-        EXPECT_EQ(calendar.dayKey(at(c.moment)), c.day) << c.zone << " " << c.moment;
-        EXPECT_EQ(calendar.dayHolding(at(c.moment)).key, c.day) << c.zone << " " << c.moment;
-        EXPECT_EQ(calendar.dayKey(calendar.startOfDay(at(c.moment))), c.day);
+        const Calendar calendar = Calendar::named(zone).value();
+        EXPECT_EQ(calendar.dayKey(at(moment)), day) << zone << " " << moment;
+        EXPECT_EQ(calendar.dayHolding(at(moment)).key, day) << zone << " " << moment;
+        EXPECT_EQ(calendar.dayKey(calendar.startOfDay(at(moment))), day);
     }
 }
 
@@ -70,9 +63,9 @@ TEST(Calendar, ClaimsNoMomentOfAnotherDayAroundAMidnightThatCameTwice) {
 
 TEST(LocalZone, FollowsAReplacedZoneFileButNotTheVariablesOwnZone) {
     const std::filesystem::path zones = "/usr/share/zoneinfo";
-    const testing::TemporaryDirectory etc;
+    const TemporaryDirectory etc;
     const std::filesystem::path file = etc / "localtime";
-    testing::CapturedLog log;
+    CapturedLog log;
     LocalZone local(std::nullopt, file);
     const auto dayThen = [&local] { return local.calendar().dayKey(at("2026-03-10T23:30:00Z")); };
     EXPECT_EQ(dayThen(), "2026-03-10") << "no file is UTC";
@@ -96,23 +89,17 @@ TEST(LocalZone, FollowsAReplacedZoneFileButNotTheVariablesOwnZone) {
 }
 
 TEST(ISO8601, ReadsInternetDateTimes) {
-    struct Case {
-        const char* text;
-        double seconds;
-    };
-    for (const Case& c : {Case{"1970-01-01T00:00:00Z", 0},
-                          {"2025-06-01T12:34:56Z", 1748781296},
-                          {"2025-06-01T12:34:56.789Z", 1748781296.789},
-                          {"2025-06-01T12:34:56.1Z", 1748781296.1},
-                          {"2025-06-01T12:34:56.123456789Z", 1748781296.123456789},
-                          {"2025-06-01T14:34:56+02:00", 1748781296},
-                          {"2025-06-01T04:04:56.5-08:30", 1748781296.5},
-                          {"2024-02-29T00:00:00Z", 1709164800},
-                          {"2016-12-31T23:59:60Z", 1483228800},
-                          {"1969-12-31T23:59:59Z", -1}}) {
-        const std::optional<Date> date = parseISO8601(c.text);
-        ASSERT_TRUE(date.has_value()) << c.text;
-        EXPECT_DOUBLE_EQ(unixSeconds(*date), c.seconds) << c.text;
+    for (const auto& [text, seconds] : {std::pair{"1970-01-01T00:00:00Z", 0.0},
+                                        {"2025-06-01T12:34:56Z", 1748781296},
+                                        {"2025-06-01T12:34:56.789Z", 1748781296.789},
+                                        {"2025-06-01T12:34:56.1Z", 1748781296.1},
+                                        {"2025-06-01T12:34:56.123456789Z", 1748781296.123456789},
+                                        {"2025-06-01T14:34:56+02:00", 1748781296},
+                                        {"2025-06-01T04:04:56.5-08:30", 1748781296.5},
+                                        {"2024-02-29T00:00:00Z", 1709164800},
+                                        {"2016-12-31T23:59:60Z", 1483228800},
+                                        {"1969-12-31T23:59:59Z", -1}}) {
+        EXPECT_DOUBLE_EQ(unixSeconds(at(text)), seconds) << text;
     }
 }
 
@@ -128,11 +115,11 @@ TEST(ISO8601, RefusesEverythingElse) {
 }
 
 TEST(ISO8601, WritesWholeSecondsRoundedDown) {
-    EXPECT_EQ(formatISO8601(dateFromUnixSeconds(1748781296.999)), "2025-06-01T12:34:56Z");
-    EXPECT_EQ(formatISO8601(dateFromUnixSeconds(-0.5)), "1969-12-31T23:59:59Z");
-    EXPECT_EQ(formatISO8601(dateFromUnixSeconds(1e300)), "9999-12-31T23:59:59Z");
-    EXPECT_EQ(formatISO8601(dateFromUnixSeconds(-1e300)), "0000-01-01T00:00:00Z");
+    for (const auto& [seconds, text] : {std::pair{1748781296.999, "2025-06-01T12:34:56Z"},
+                                        {-0.5, "1969-12-31T23:59:59Z"},
+                                        {1e300, "9999-12-31T23:59:59Z"},
+                                        {-1e300, "0000-01-01T00:00:00Z"}})
+        EXPECT_EQ(formatISO8601(dateFromUnixSeconds(seconds)), text);
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

@@ -1,16 +1,11 @@
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Support/Testing.h"
 #include "TokwatchCore/Store/SnapshotStore.h"
 #include "TokwatchCore/Support/ISO8601.h"
 
-#include <gmock/gmock.h>
-
 #include <numeric>
 
-namespace tokwatch {
-namespace {
-
-using ::testing::ElementsAre;
-using ::testing::SizeIs;
+namespace tokwatch::testing {
 
 const Calendar berlin = *Calendar::named("Europe/Berlin");
 const Date now = *parseISO8601("2026-03-30T09:30:00Z"); // the day after the clocks went forward
@@ -20,13 +15,11 @@ UsageSummary::DayPoint point(const char* noonUTC, ProviderID provider, std::int6
     return {berlin.startOfDay(*parseISO8601(noonUTC)), provider, tokens, cost};
 }
 
-const ProviderLimits claudeLimits{
-    "Max 5x",
-    {{"session", "Session", 0.58, 18000.0, now + Seconds{3600}, LimitSource::live()},
-     {"weekly", "Weekly", 0.2, std::nullopt, std::nullopt, LimitSource::stale(now - Seconds{60})}},
-    Credits{"Extra usage", std::nullopt, 1.5, 20.0, false},
-    ProviderStatus::ok,
-    now};
+const std::vector<LimitWindow> windows{
+    {"session", "Session", 0.58, 18000.0, now + Seconds{3600}, LimitSource::live()},
+    {"weekly", "Weekly", 0.2, {}, {}, LimitSource::stale(now - Seconds{60})}};
+const Credits credits{"Extra usage", std::nullopt, 1.5, 20.0, false};
+const ProviderLimits claudeLimits{"Max 5x", windows, credits, ProviderStatus::ok, now};
 
 Snapshot example() {
     UsageSummary summary;
@@ -41,11 +34,10 @@ Snapshot example() {
 
 TEST(Snapshot, CondensesProvidersInTheUsersOrder) {
     const Snapshot snapshot = example();
-    const Snapshot::Provider codex{ProviderID::codex,           {}, {},  {},
-                                   ProviderStatus::unavailable, 1,  0.5, false};
-    const auto& [plan, windows, credits, status, fetchedAt] = claudeLimits;
-    const Snapshot::Provider claude{
-        ProviderID::claude, plan, windows, credits, status, 900, 6.5, true};
+    using enum ProviderStatus;
+    const Snapshot::Provider codex{ProviderID::codex, {}, {}, {}, unavailable, 1, 0.5, false};
+    const Snapshot::Provider claude{ProviderID::claude, "Max 5x", windows, credits,
+                                    ProviderStatus::ok, 900,      6.5,     true};
     EXPECT_THAT(snapshot.providers, ElementsAre(codex, claude))
         << "grok has neither limits nor usage";
     ASSERT_THAT(snapshot.dailyCost30, SizeIs(30)) << "though clocks changed";
@@ -62,30 +54,21 @@ TEST(Snapshot, CondensesProvidersInTheUsersOrder) {
 }
 
 TEST(SnapshotStore, ReadsBackTheLastSnapshotWritten) {
-    const testing::TemporaryDirectory data;
+    const TemporaryDirectory data;
     const SnapshotStore store(data / SnapshotStore::appGroup);
     EXPECT_FALSE(store.read());
     store.write(Snapshot{});
     store.write(example());
     EXPECT_EQ(store.read(), example());
     const std::string text = data.read("Q7K2M9X4PL.app.tokwatch/snapshot.json");
-    EXPECT_TRUE(
-        text.starts_with(R"({"generatedAt":"2026-03-30T09:30:00Z","providers":[{"id":"codex")"))
-        << text;
+    EXPECT_THAT(text,
+                StartsWith(R"({"generatedAt":"2026-03-30T09:30:00Z","providers":[{"id":"codex")"));
+    for (const std::string& damaged : {std::string("{"), std::string(2'000'000, ' ')}) {
+        data.write("Q7K2M9X4PL.app.tokwatch/snapshot.json", damaged);
+        EXPECT_FALSE(store.read());
+    }
     EXPECT_FALSE(SnapshotStore(std::nullopt).read());
     EXPECT_THROW(SnapshotStore(std::nullopt).write(Snapshot{}), SnapshotStore::NoContainer);
 }
 
-TEST(SnapshotStore, FindsNothingInDamagedOrForeignFiles) {
-    const testing::TemporaryDirectory data;
-    const SnapshotStore store(data.path());
-    for (const std::string& text :
-         {std::string("{"), std::string("[]"), "{\"generatedAt\":" + std::string(200'000, '['),
-          std::string("{\"generatedAt\":1}"), std::string(2'000'000, ' ')}) {
-        data.write("snapshot.json", text);
-        EXPECT_FALSE(store.read()) << text.substr(0, 40);
-    }
-}
-
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

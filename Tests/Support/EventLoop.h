@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QTimer>
 
 namespace tokwatch::testing {
 
@@ -24,6 +26,20 @@ inline void settle() {
         QCoreApplication::processEvents();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
+}
+
+/// Runs the event loop until the condition holds; false after a minute, the bound for a broken
+/// test.
+inline bool until(const auto& condition) {
+    QTimer wake; // the loop must turn though nothing happens
+    wake.start(10);
+    const QDeadlineTimer deadline(60'000);
+    while (!condition()) {
+        if (deadline.hasExpired()) return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return true;
 }
 
 } // namespace tokwatch::testing
