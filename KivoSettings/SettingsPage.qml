@@ -15,8 +15,8 @@ FocusScope {
 
     Column {
         id: head
-        anchors { left: parent.left; right: parent.right; top: parent.top; margins: Theme.space.xl }
-        anchors.topMargin: Theme.space.xl - Theme.space.xs
+        anchors { horizontalCenter: parent.horizontalCenter; top: parent.top; topMargin: Theme.space.xl - Theme.space.xs }
+        width: column.width
         bottomPadding: Theme.space.l
         spacing: Theme.space.l
 
@@ -60,7 +60,10 @@ FocusScope {
 
         Column {
             id: column
-            anchors { left: parent.left; right: parent.right; margins: Theme.space.xl }
+            // Wider, a control would be far from its name.
+            readonly property real widest: 720
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: Math.min(parent.width - 2 * Theme.space.xl, widest)
             bottomPadding: Theme.space.xl
             spacing: Theme.space.l
         }

@@ -26,7 +26,7 @@ Loader {
         delay: 500
         // Escape is for the window.
         closePolicy: T.Popup.NoAutoClose
-        visible: tip.wanted && tip.text !== ""
+        visible: tip.wanted && tip.visible && tip.text !== ""
         contentItem: Label {
             id: words
             text: tip.text

@@ -40,7 +40,7 @@ def check_popover(place):
     assert box["HEIGHT"] <= 0.8 * 720, box
     summary = json.loads(tokwatch("summary", "--no-index", "--json", "--home", HOME))
     headline = f"Last 30 days: ${summary['totalCostUSD']:,.0f} · API estimate"
-    wait_for(headline, lambda: any(name.startswith(headline) for name in names()))
+    wait_for(headline, lambda: any(headline in name for name in names()))
     desktop.save("popover")
 
     step("switches tabs by keys and keeps the tab")

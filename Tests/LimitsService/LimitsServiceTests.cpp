@@ -241,6 +241,22 @@ TEST_F(LimitsServiceTest, ShowsWhatIsStoredAsStaleUnlessItIsRecent) {
     }
 }
 
+TEST_F(LimitsServiceTest, KeepsWhatTheLogsToldWhileItAskedInVain) {
+    for (const ProviderStatus failure :
+         {ProviderStatus::unavailable, ProviderStatus::unreachable}) {
+        ProviderLimits told = someLimits(time.now());
+        told.windows[0].source = LimitSource::local(time.now());
+        refresh(true);
+        store->setLimits(told, ProviderID::claude);
+        answer(failure);
+        told = told.markedStale();
+        if (failure != ProviderStatus::unavailable) told.status = failure;
+        EXPECT_EQ(updates.back(), told);
+        EXPECT_EQ(store->limits(ProviderID::claude), told);
+        pass(3600);
+    }
+}
+
 TEST_F(LimitsServiceTest, NeverTouchesClaudeWhileItsLiveLimitsAreOffAndTakesItBack) {
     const ProviderLimits known = someLimits(time.now());
     store->setLimits(known, ProviderID::claude);

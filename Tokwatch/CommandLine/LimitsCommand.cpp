@@ -99,7 +99,9 @@ void refresh(const CommandEnvironment& environment, const std::shared_ptr<UsageS
         return std::ranges::count(enabled, provider) == 0 ||
                !environment.locations().isPresent(provider);
     });
-    if (providers.empty()) return;
+    if (providers.empty())
+        throw CommandError(
+            "no assistant with limits was found; tokwatch doctor tells where they are looked for");
     readLogsNobodyRead(environment, store, limits, providers);
     for (auto& [provider, fetched] : Fetch(environment, store, preferences).run(providers))
         limits.insert_or_assign(provider, fetched);
@@ -130,11 +132,12 @@ int runLimits(const CommandEnvironment& environment, const LimitsOptions& option
         environment.terminal.line(jsonText(encodeAll(limits, shown)));
     else
         printLimits(environment, preferences, limits, shown);
+    if (limits.empty() && !options.refresh && !environment.json)
+        environment.terminal.line("tokwatch limits --refresh asks for them.");
 
     const bool isAnythingShown =
         std::ranges::any_of(limits, [](const auto& entry) { return showsSomething(entry.second); });
-    if (options.refresh && !isAnythingShown)
-        throw CommandError("no provider's limits could be had");
+    if (options.refresh && !isAnythingShown) throw CommandError("no limits could be obtained");
     return exitOk;
 }
 

@@ -41,8 +41,7 @@ class LimitsPrinter {
 
     void print() {
         if (table.isEmpty())
-            environment.terminal.line(
-                "No limits are known yet; tokwatch limits --refresh asks for them.");
+            environment.terminal.line("No limits are known yet.");
         else
             table.print(environment.terminal);
     }

@@ -19,17 +19,25 @@ ContentWindow::ContentWindow(QmlRuntime& runtime, Scheduler& scheduler,
 void ContentWindow::prepare() {
     QQuickView& window = *hosted.existing();
     window.setTitle(frame.title);
+    fit();
+    // What is in it is laid out with the first frame.
+    if (frame.size.height() == 0 && window.rootObject() != nullptr)
+        connect(window.rootObject(), &QQuickItem::implicitHeightChanged, this, &ContentWindow::fit);
+    window.installEventFilter(this);
+    connect(hosted.view(), SIGNAL(closeRequested()), this, SLOT(close()));
+}
+
+void ContentWindow::fit() {
+    QQuickView& window = *hosted.existing();
     constexpr QSize titleBar{0, 32};
     const QSize room = window.screen()->availableSize() - titleBar;
     QSize wanted = frame.size;
     if (wanted.height() == 0 && window.rootObject() != nullptr)
         wanted.setHeight(static_cast<int>(std::ceil(window.rootObject()->implicitHeight())));
     const QSize size = wanted.boundedTo(room);
-    window.resize(size);
     window.setMinimumSize(frame.minimum.isEmpty() ? size : frame.minimum.boundedTo(room));
     if (frame.minimum.isEmpty()) window.setMaximumSize(size);
-    window.installEventFilter(this);
-    connect(hosted.view(), SIGNAL(closeRequested()), this, SLOT(close()));
+    window.resize(size);
 }
 
 void ContentWindow::open() {

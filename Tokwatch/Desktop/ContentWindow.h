@@ -39,6 +39,7 @@ class ContentWindow : public QObject {
 
   private:
     void prepare();
+    void fit();
 
     HostedWindow hosted;
     Frame frame;

@@ -3,6 +3,7 @@
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Presentation/LimitBarModel.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
 #include "TokwatchCore/Presentation/WindowLabel.h"
 
 #include <algorithm>
@@ -29,12 +30,16 @@ const LimitWindow* menuBarWindow(const Preferences& preferences, const LimitsByP
     return known ? tokwatch::menuBarWindow(preferences, provider, *known, now) : nullptr;
 }
 
-/// "Claude · Session 42% left · resets in 3h 5m"
-std::string tooltipLine(ProviderID provider, const LimitWindow& window, Date now) {
+/// "Claude · Session 42% left · resets in 3h 5m", and how old the number is once it is.
+std::string tooltipLine(ProviderID provider, const LimitWindow& window, Date fetchedAt, Date now) {
     const LimitBarModel bar(window, now);
     std::string line(displayName(provider));
     line += " · " + windowLabel(window) + ' ' + bar.percentLeftText + " left";
     if (bar.resetText && *bar.resetText != "now") line += " · resets in " + *bar.resetText;
+    if (LimitAge::isOld(window, fetchedAt, now))
+        line += " · " +
+                MeterFormat::duration(Seconds(now - LimitAge::asOf(window, fetchedAt)).count()) +
+                " old";
     return line;
 }
 
@@ -46,7 +51,7 @@ std::string tooltip(const std::vector<ProviderID>& enabled, const LimitsByProvid
         const LimitWindow* window = known ? tightestWindow(*known, now) : nullptr;
         if (!window) continue;
         if (!lines.empty()) lines += '\n';
-        lines += tooltipLine(provider, *window, now);
+        lines += tooltipLine(provider, *window, known->fetchedAt, now);
     }
     return lines.empty() ? std::string(applicationName) : lines;
 }
@@ -151,7 +156,7 @@ StatusContent statusContent(const Preferences& preferences, const LimitsByProvid
             StatusTitle title{{},
                               provider,
                               severity(preferences, window, now),
-                              tooltipLine(provider, window, now)};
+                              tooltipLine(provider, window, known->fetchedAt, now)};
             showWindow(title, preferences, *known, window, now);
             title.text = windowLabel(window) + ' ' + *title.text;
             content.steps.push_back({provider, window.id, &window == usual, std::move(title)});

@@ -20,15 +20,6 @@ constexpr Seconds wakingTime{60};
 /// longer.
 constexpr Seconds longestFetch{20};
 
-/// What is shown of a provider after a fetch: its stored numbers, marked stale, where the fetch
-/// failed and brought none.
-ProviderLimits merged(const ProviderLimits& fresh, const std::optional<ProviderLimits>& stored) {
-    if (!stored || (stored->windows.empty() && !stored->credits)) return fresh;
-    ProviderLimits result = stored->markedStale();
-    result.status = fresh.status;
-    return result;
-}
-
 bool broughtNothing(const ProviderLimits& fresh) {
     return fresh.status != ProviderStatus::ok && fresh.windows.empty();
 }
@@ -304,19 +295,14 @@ QCoro::Task<> LimitsService::fetch(ProviderID id, Claim claim) {
     if (weak.expired()) co_return;
     states[id].inFlight = false;
 
-    ProviderLimits result = fresh;
-    if (broughtNothing(fresh)) {
-        const QFuture<std::optional<ProviderLimits>> reading = results->limits(id);
-        const std::optional<ProviderLimits> stored = co_await reading;
-        result = merged(fresh, stored);
-        if (weak.expired()) co_return;
-    }
     // The row before the note: who sees that another process has asked looks for its result. Both
     // also where the provider was turned off meanwhile: it was asked, and is not again before it is
     // due, whoever turns it on.
-    const QFuture<void> writing = results->setLimits(result, id);
-    co_await writing;
+    const QFuture<ProviderLimits> writing = store(id, fresh);
+    const ProviderLimits result = co_await writing;
     if (weak.expired()) co_return;
+    // Before anything else is waited for: newer numbers may be on their way.
+    if (isActive(id)) update(id, result);
     const QFuture<AttemptLedger::Entry> noting = note(id, attempt, fresh.status);
     const AttemptLedger::Entry noted = co_await noting;
     if (weak.expired()) co_return;
@@ -327,11 +313,16 @@ QCoro::Task<> LimitsService::fetch(ProviderID id, Claim claim) {
     state.hasFailedAfterSleep =
         fresh.status == ProviderStatus::unreachable && isAfterSleep(attempt);
     if (!isActive(id)) co_return;
-    update(id, result);
     if (state.wasRefused)
         cancel(id);
     else
         schedule(id, noted.record.currentDelay);
+}
+
+/// Answers what is there to show.
+QFuture<ProviderLimits> LimitsService::store(ProviderID id, const ProviderLimits& fresh) {
+    if (broughtNothing(fresh)) return results->setFailure(fresh, id);
+    return results->setLimits(fresh, id).then([fresh] { return fresh; });
 }
 
 QFuture<AttemptLedger::Entry> LimitsService::note(ProviderID id, Date attempt,

@@ -2,9 +2,30 @@
 
 #include "TokwatchCore/Store/UsageStore.h"
 
+#include <algorithm>
 #include <utility>
+#include <variant>
 
 namespace tokwatch {
+namespace {
+
+bool isTold(const LimitWindow& window) {
+    return std::holds_alternative<LimitSource::Local>(window.source.value);
+}
+
+/// What there is to show after an attempt that brought no numbers: the stored ones, marked stale.
+ProviderLimits afterFailure(const ProviderLimits& failure,
+                            const std::optional<ProviderLimits>& stored) {
+    if (!stored || (stored->windows.empty() && !stored->credits)) return failure;
+    ProviderLimits result = stored->markedStale();
+    // What the assistant itself told here needs no login.
+    const bool isEnough = failure.status == ProviderStatus::unavailable &&
+                          std::ranges::any_of(stored->windows, isTold);
+    if (!isEnough) result.status = failure.status;
+    return result;
+}
+
+} // namespace
 
 LimitsCache::LimitsCache(std::shared_ptr<UsageStore> usageStore, BackgroundQueue::Run run)
     : store(std::move(usageStore)), queue(std::move(run)) {}
@@ -26,6 +47,20 @@ QFuture<void> LimitsCache::setLimits(ProviderLimits limits, ProviderID provider)
         } catch (const std::exception&) {
             // Likewise; the result is shown all the same.
         }
+    });
+}
+
+QFuture<ProviderLimits> LimitsCache::setFailure(ProviderLimits failure, ProviderID provider) {
+    return queue.call([store = store, failure = std::move(failure), provider] {
+        ProviderLimits result = failure;
+        try {
+            store->changeLimits(provider, [&](const std::optional<ProviderLimits>& stored) {
+                return result = afterFailure(failure, stored);
+            });
+        } catch (const std::exception&) {
+            // Likewise.
+        }
+        return result;
     });
 }
 

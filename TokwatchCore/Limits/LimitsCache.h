@@ -24,6 +24,10 @@ class LimitsCache {
     QFuture<std::optional<ProviderLimits>> limits(ProviderID provider);
     /// A result that cannot be stored is lost; the next one is stored again.
     QFuture<void> setLimits(ProviderLimits limits, ProviderID provider);
+    /// Stores an attempt that brought no numbers, beside those that are stored, and answers what
+    /// is there then. At once, so that numbers which a pass over the logs stores meanwhile are
+    /// neither lost nor missed.
+    QFuture<ProviderLimits> setFailure(ProviderLimits failure, ProviderID provider);
 
   private:
     std::shared_ptr<UsageStore> store;

@@ -295,21 +295,29 @@ void UsageStore::setLimits(const ProviderLimits& limits, ProviderID provider) {
     writeLimits(*db, limits, provider);
 }
 
-bool UsageStore::setLimitsIfNewer(const ProviderLimits& limits, ProviderID provider, Date now) {
+bool UsageStore::changeLimits(ProviderID provider, const LimitsChange& change) {
     const std::lock_guard lock(queue);
     sqlite::Transaction transaction(*db);
+    std::optional<ProviderLimits> stored;
     try {
-        const std::optional<ProviderLimits> stored = readLimits(*db, provider);
-        // An attempt that found no windows says nothing about any, however late it was.
-        if (stored && !stored->windows.empty() && stored->fetchedAt >= limits.fetchedAt &&
-            stored->fetchedAt <= now)
-            return false;
+        stored = readLimits(*db, provider);
     } catch (const DecodingError&) {
-        // What nobody can read is as good as nothing.
+        stored.reset();
     }
-    writeLimits(*db, limits, provider);
+    const std::optional<ProviderLimits> limits = change(stored);
+    if (!limits) return false;
+    writeLimits(*db, *limits, provider);
     transaction.commit();
     return true;
+}
+
+bool UsageStore::setLimitsIfNewer(const ProviderLimits& limits, ProviderID provider, Date now) {
+    return changeLimits(provider, [&](const std::optional<ProviderLimits>& stored) {
+        // An attempt that found no windows says nothing about any, however late it was.
+        const bool isAsNew = stored && !stored->windows.empty() &&
+                             stored->fetchedAt >= limits.fetchedAt && stored->fetchedAt <= now;
+        return isAsNew ? std::nullopt : std::optional(limits);
+    });
 }
 
 void UsageStore::prune(Date before, const Calendar& calendar) {

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -86,6 +87,11 @@ class UsageStore {
 
     std::optional<ProviderLimits> limits(ProviderID provider);
     void setLimits(const ProviderLimits& limits, ProviderID provider);
+    /// Stores what `change` makes of the stored limits, if anything; whether it did. What nobody
+    /// can read counts as nothing. Atomic among processes.
+    using LimitsChange =
+        std::function<std::optional<ProviderLimits>(const std::optional<ProviderLimits>& stored)>;
+    bool changeLimits(ProviderID provider, const LimitsChange& change);
     /// Stores a reading unless the stored one is as new; one from the future does not count, nor
     /// one without windows.
     /// Whether it was stored. Atomic among processes.

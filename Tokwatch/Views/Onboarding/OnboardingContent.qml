@@ -23,10 +23,9 @@ FocusScope {
     Accessible.role: Accessible.Dialog
     Accessible.name: title.text
     Keys.onEscapePressed: view.closeRequested()
-    // Wherever the focus is, the prominent button is what Return means.
-    Keys.onReturnPressed: view.finish()
-    Keys.onEnterPressed: view.finish()
 
+    // Wherever the focus is, be it on a switch, the prominent button is what Return means.
+    Shortcut { sequences: ["Return", "Enter"]; onActivated: welcome.view.finish() }
     Shortcut { sequence: "Ctrl+W"; onActivated: welcome.view.closeRequested() }
 
     Rectangle {

@@ -58,6 +58,7 @@ SettingsPage {
         SettingsRow {
             id: provider
             label: "Provider"
+            caption: page.shown.standIn
             enabled: page.shown.showsProvider
             ChoiceBox {
                 name: provider.label

@@ -80,6 +80,10 @@ MenuBarState MenuBarView::computed(const ViewClock& clock) const {
     for (const ProviderID provider : offered(preferences, model.limits(), shown))
         state.providers.append(choice(rawValue(provider), displayName(provider)));
     if (shown) state.provider = text(rawValue(*shown));
+    const ProviderID usual = preferences.pinnedProvider;
+    if (shown && shown != usual && !preferences.pinnedProvider.isChosen())
+        state.standIn = QString("%1 stands in until you choose: %2 has no number.")
+                            .arg(text(displayName(*shown)), text(displayName(usual)));
     state.showResetTime = preferences.showResetTime;
     state.tint = preferences.tintEnabled;
     state.warning = preferences.warningThreshold;

@@ -35,6 +35,7 @@ struct MenuBarState {
     Q_PROPERTY(bool showsProvider MEMBER showsProvider)
     Q_PROPERTY(QVariantList providers MEMBER providers)
     Q_PROPERTY(QString provider MEMBER provider)
+    Q_PROPERTY(QString standIn MEMBER standIn)
     Q_PROPERTY(bool showResetTime MEMBER showResetTime)
     Q_PROPERTY(bool tint MEMBER tint)
     Q_PROPERTY(double warning MEMBER warning)
@@ -48,6 +49,7 @@ struct MenuBarState {
     bool showsProvider = false; ///< there is a provider's limit to choose
     QVariantList providers;     ///< NamedChoice of those with a number, in the user's order
     QString provider;           ///< the one that the item shows
+    QString standIn;            ///< says so where it is not the usual one; else empty
     bool showResetTime = false;
     bool tint = false;
     double warning = 0; ///< fractions left

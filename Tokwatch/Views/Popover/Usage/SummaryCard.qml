@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Kivo.Theme
 import Tokwatch.Common
 
@@ -11,67 +10,24 @@ Card {
 
     spacing: Theme.space.m
 
-    T.AbstractButton {
-        id: headline
+    Item {
         width: parent.width
-        height: figures.implicitHeight
-        hoverEnabled: true
-        focusPolicy: Qt.TabFocus
-        Accessible.name: card.summary.spoken
-        Accessible.description: card.summary.showsCost ? "Shows tokens when pressed" : "Shows costs when pressed"
-        onClicked: card.toggled()
-        Accessible.onPressAction: headline.clicked()
-        HoverHandler { cursorShape: Qt.PointingHandCursor }
-
-        contentItem: Column {
-            id: figures
-            spacing: 2
-            Label {
-                width: parent.width
-                text: card.summary.period
-                size: Theme.type.caption
-                font.weight: Font.Medium
-                color: Theme.colors.secondaryText
-                Accessible.ignored: true
-            }
-            Item {
-                width: parent.width
-                height: figure.implicitHeight
-                // A figure and what it is are one text, which mirroring does not turn around.
-                Item {
-                    x: headline.mirrored ? parent.width - width : 0
-                    width: figure.width + note.width
-                    height: parent.height
-                    LayoutMirroring.enabled: false
-                    LayoutMirroring.childrenInherit: true
-                    Label {
-                        id: figure
-                        text: card.summary.headline
-                        size: Theme.type.headline
-                        font.weight: Font.Bold
-                        font.letterSpacing: -0.5
-                        color: headline.hovered ? Theme.colors.accentText : Theme.colors.text
-                        Accessible.ignored: true
-                    }
-                    Label {
-                        id: note
-                        anchors { left: figure.right; baseline: figure.baseline }
-                        text: card.summary.headlineNote
-                        color: Theme.colors.secondaryText
-                        Accessible.ignored: true
-                    }
-                }
-                Label {
-                    anchors.right: parent.right
-                    y: figure.baselineOffset - baselineOffset
-                    text: card.summary.other
-                    color: Theme.colors.secondaryText
-                    Accessible.ignored: true
-                }
-            }
+        height: unit.implicitHeight
+        Label {
+            anchors { left: parent.left; right: unit.left; verticalCenter: parent.verticalCenter }
+            text: "Where it went"
+            font.weight: Font.DemiBold
+            Accessible.role: Accessible.Heading
         }
-        background: Item { readonly property real radius: Theme.space.radius }
-        FocusRing { distance: 4 }
+        SegmentedControl {
+            id: unit
+            anchors.right: parent.right
+            small: true
+            name: "Unit"
+            segments: [{ value: 1, text: "Cost" }, { value: 0, text: "Tokens" }]
+            value: card.summary.showsCost ? 1 : 0
+            onChosen: card.toggled()
+        }
     }
 
     SegmentBar {
