@@ -3,16 +3,10 @@
 #include "Tests/Support/LogLines.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Store/UsageSummary.h"
 #include "TokwatchCore/Support/Date.h"
 
 #include <QProcess>
-
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <string>
-#include <vector>
 
 namespace tokwatch::testing {
 
@@ -41,9 +35,13 @@ inline ProgramResult runProgram(const std::vector<std::string>& command,
             program.readAllStandardError().toStdString()};
 }
 
+/// Whether this is what an error is to be.
+inline bool isOneLine(const std::string& text) {
+    return text.starts_with("tokwatch: ") && text.find('\n') == text.size() - 1;
+}
+
 /// Runs the program in a world of its own.
-class CommandTest : public ::testing::Test {
-  protected:
+struct CommandTest : Test {
     ProgramResult tokwatch(std::vector<std::string> arguments,
                            const std::vector<std::string>& environment = {}) const {
         arguments.insert(arguments.begin(), TOKWATCH_PROGRAM);
@@ -51,23 +49,54 @@ class CommandTest : public ::testing::Test {
     }
     /// With the test's own home, data directory and settings.
     ProgramResult here(std::vector<std::string> arguments) const {
-        for (const std::string& option : {std::string("--home"), (world / "home").string(),
-                                          std::string("--data-dir"), (world / "data").string()})
-            arguments.push_back(option);
+        const bool hasCommand = !arguments.empty() && arguments[0] != "preferences";
+        if (hasCommand)
+            arguments.insert(arguments.end(), {"--home", (world / "home").string(), "--data-dir",
+                                               (world / "data").string()});
         return tokwatch(arguments, {"HOME=" + (world / "home").string(),
                                     "XDG_CONFIG_HOME=" + (world / "config").string()});
+    }
+    /// A pass by a program that a command wraps.
+    ProgramResult indexUnder(std::vector<std::string> command) const {
+        command.insert(command.end(),
+                       {TOKWATCH_PROGRAM, "index", "--home", (world / "home").string(),
+                        "--data-dir", (world / "data").string()});
+        return runProgram(command);
+    }
+    int makeDemo(const char* place, const char* days = "90") const {
+        return runProgram({"python3", TOKWATCH_DEMO_HOME, "--days", days, (world / place).string()})
+            .status;
+    }
+    UsageSummary summarised() const {
+        return decode<UsageSummary>(json({"summary"}), DateCoding::iso8601);
     }
     Json json(std::vector<std::string> arguments) const {
         arguments.emplace_back("--json");
         const ProgramResult result = here(std::move(arguments));
         EXPECT_EQ(result.status, 0) << result.err;
-        EXPECT_THAT(result.err, ::testing::IsEmpty());
+        EXPECT_THAT(result.err, IsEmpty());
         return parseJson(result.out);
     }
-    void writeToday(const std::string& name, const std::string& id) const {
-        ClaudeResponse response{id};
-        response.timestamp = formattedNow();
-        world.write("home/.claude/projects/p/" + name, response.line());
+    /// With this exit status, one line about it, which holds the sentence, and no output.
+    static void expectFailure(const ProgramResult& result, int status, const char* sentence = "") {
+        EXPECT_EQ(result.status, status);
+        EXPECT_EQ(result.out, "");
+        EXPECT_TRUE(isOneLine(result.err)) << result.err;
+        EXPECT_THAT(result.err, HasSubstr(sentence));
+    }
+    void expectRefused(const char* words, const char* sentence = "") const {
+        SCOPED_TRACE(words);
+        std::vector<std::string> arguments;
+        for (const QString& word : QString(words).split(' '))
+            arguments.push_back(word.toStdString());
+        expectFailure(tokwatch(arguments, {"HOME=" + world.path().string()}), 2, sentence);
+    }
+    void writeToday(const std::string& name, const std::string& id, int responses = 1) const {
+        std::string lines;
+        for (int i = 0; i < responses; ++i)
+            lines +=
+                ClaudeResponse{.id = id + std::to_string(i), .timestamp = formattedNow()}.line();
+        world.write("home/.claude/projects/p/" + name, lines);
     }
     static std::string formattedNow() {
         return encode(systemNow(), DateCoding::iso8601).get<std::string>();
@@ -76,11 +105,5 @@ class CommandTest : public ::testing::Test {
 
     TemporaryDirectory world;
 };
-
-/// Whether this is what an error is to be.
-inline bool isOneLine(const std::string& text) {
-    return text.starts_with("tokwatch: ") && std::count(text.begin(), text.end(), '\n') == 1 &&
-           text.ends_with('\n');
-}
 
 } // namespace tokwatch::testing

@@ -1,19 +1,7 @@
 #include "Tests/CommandLine/CommandFixture.h"
-#include "TokwatchCore/Store/UsageSummary.h"
+#include "TokwatchCore/Store/SQLite.h"
 
-#include <gmock/gmock.h>
-#include <sqlite3.h>
-
-namespace tokwatch {
-namespace {
-
-using testing::ClaudeResponse;
-using testing::CommandTest;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using testing::isOneLine;
-using testing::ProgramResult;
-using ::testing::StartsWith;
+namespace tokwatch::testing {
 
 TEST_F(CommandTest, RefusesWhatItDoesNotUnderstand) {
     for (const char* words :
@@ -21,48 +9,32 @@ TEST_F(CommandTest, RefusesWhatItDoesNotUnderstand) {
           "summary --days ", "summary --unit euros", "summary --by hour", "reread", "reread Claude",
           "reread claude codex", "limits --provider gemini", "status --format xml",
           "status --format text --json", "preferences get colour", "preferences set showDockIcon",
-          "index --home", "index extra"}) {
-        std::vector<std::string> arguments;
-        for (const QString& word : QString(words).split(' '))
-            arguments.push_back(word.toStdString());
-        const ProgramResult result = tokwatch(arguments);
-        EXPECT_EQ(result.status, 2) << words;
-        EXPECT_THAT(result.out, IsEmpty());
-        EXPECT_TRUE(isOneLine(result.err)) << result.err;
-    }
-    EXPECT_THAT(tokwatch({"sumary"}).err, HasSubstr("did you mean \"summary\"?"));
-    EXPECT_THAT(tokwatch({"preferences", "get", "pinned"}).err,
-                HasSubstr("did you mean \"pinnedProvider\"?"));
+          "preferences set warningThreshold much", "index --home", "index extra"})
+        expectRefused(words);
+    expectRefused("sumary", "did you mean \"summary\"?");
+    expectRefused("preferences get pinned", "did you mean \"pinnedProvider\"?");
 }
 
 TEST_F(CommandTest, SaysWhatIsMissing) {
-    world.write("file", "");
-    std::filesystem::create_directory(world / "home");
+    const std::string file = world.write("home/file", "").string();
+    const std::string home = (world / "home").string();
     for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"summary", "--home", (world / "nowhere").string()},
-          {"index", "--home", (world / "file").string()},
-          {"index", "--home", (world / "home").string(), "--data-dir", (world / "file").string()},
-          {"summary", "--home", (world / "home").string(), "--data-dir", "/proc/self/none"}}) {
-        const ProgramResult result = tokwatch(arguments, {"HOME=" + (world / "home").string()});
-        EXPECT_EQ(result.status, 1) << ::testing::PrintToString(arguments);
-        EXPECT_THAT(result.out, IsEmpty());
-        EXPECT_TRUE(isOneLine(result.err)) << result.err;
-    }
+         {std::vector<std::string>{"summary", "--home", home + "/nowhere"},
+          {"index", "--home", file},
+          {"index", "--home", home, "--data-dir", file},
+          {"summary", "--home", home, "--data-dir", "/proc/self/none"}})
+        expectFailure(tokwatch(arguments, {"HOME=" + home}), 1);
+    expectFailure(tokwatch({}), 1, "summary"); // as there is no display
 }
 
 TEST_F(CommandTest, HelpsAndNamesItsVersion) {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"--help"}, {"summary", "--help"}, {"--version"}}) {
-        const ProgramResult result = tokwatch(arguments);
+    for (const auto& [option, part] :
+         {std::pair{"--help", "--home DIR"}, {"--version", "tokwatch 1"}}) {
+        const ProgramResult result = tokwatch({option});
         EXPECT_EQ(result.status, 0);
         EXPECT_THAT(result.err, IsEmpty());
-        EXPECT_THAT(result.out,
-                    HasSubstr(arguments[0] == "--version" ? "tokwatch 1" : "--home DIR"));
+        EXPECT_THAT(result.out, HasSubstr(part));
     }
-    const ProgramResult none = tokwatch({});
-    EXPECT_EQ(none.status, 1) << "without a display";
-    EXPECT_THAT(none.err, HasSubstr("summary"));
-    EXPECT_TRUE(isOneLine(none.err)) << none.err;
 }
 
 TEST_F(CommandTest, IndexesOnceAndSaysWhatCouldNotBeRead) {
@@ -72,10 +44,7 @@ TEST_F(CommandTest, IndexesOnceAndSaysWhatCouldNotBeRead) {
     EXPECT_EQ(first["unreadableFiles"], 0);
     EXPECT_EQ(json({"reread", "claude"})["bytesRead"], first["bytesRead"]);
     EXPECT_THAT(here({"index"}).out, HasSubstr("0 new events, 0 B read in "));
-    sqlite3* db = nullptr;
-    sqlite3_open(database().c_str(), &db);
-    sqlite3_exec(db, "UPDATE cursors SET json = '{}'", nullptr, nullptr, nullptr);
-    sqlite3_close(db);
+    sqlite::Connection(database()).execute("UPDATE cursors SET json = '{}'");
     const ProgramResult indexed = here({"index", "--json"});
     EXPECT_EQ(indexed.status, 1);
     EXPECT_EQ(parseJson(indexed.out)["unreadableFiles"], 1);
@@ -87,8 +56,7 @@ TEST_F(CommandTest, IndexesOnceAndSaysWhatCouldNotBeRead) {
 }
 
 TEST_F(CommandTest, SummarisesADemoHome) {
-    ASSERT_EQ(
-        testing::runProgram({"python3", TOKWATCH_DEMO_HOME, (world / "home").string()}).status, 0);
+    ASSERT_EQ(makeDemo("home"), 0);
     const UsageSummary summary = decode<UsageSummary>(json({"summary"}), DateCoding::iso8601);
     EXPECT_EQ(summary.days, 30);
     EXPECT_EQ(summary.tools.size(), 3U);
@@ -97,8 +65,8 @@ TEST_F(CommandTest, SummarisesADemoHome) {
     EXPECT_TRUE(summary.hasUnknownPrices);
 
     const std::string text = here({"summary"}).out;
-    for (const char* part : {"Last 30 days", " · API estimate", "Claude", "claude-opus-5-5", "~$",
-                             "—", "█", "Excludes models without a published price"})
+    for (const char* part :
+         {"Last 30 days", " · API estimate", "Claude", "claude-opus-5-5", "~$", "—", "█"})
         EXPECT_THAT(text, HasSubstr(part));
     EXPECT_EQ(text.find('\033'), std::string::npos) << "no colour outside a terminal";
     const std::string tools = here({"summary", "--by", "tool", "--unit", "tokens"}).out;
@@ -106,19 +74,15 @@ TEST_F(CommandTest, SummarisesADemoHome) {
     EXPECT_LT(tools.find("tokens"), tools.find("API estimate"));
 
     // The script that made the home touches nobody else's files, not through a link either.
-    const auto demo = [this](const std::string& place, const std::string& days) {
-        return testing::runProgram(
-                   {"python3", TOKWATCH_DEMO_HOME, "--days", days, (world / place).string()})
-            .status;
-    };
+
     world.write("mine/.claude/projects/p/mine.jsonl", "mine");
-    EXPECT_EQ(demo("mine", "3"), 1);
+    EXPECT_EQ(makeDemo("mine", "3"), 1);
     std::filesystem::remove_all(world / "home/.claude");
     std::filesystem::create_directory_symlink(world / "mine/.claude", world / "home/.claude");
-    EXPECT_EQ(demo("home", "4"), 1);
+    EXPECT_EQ(makeDemo("home", "4"), 1);
     EXPECT_EQ(world.read("mine/.claude/projects/p/mine.jsonl"), "mine");
     EXPECT_FALSE(std::filesystem::exists(world / "mine/.claude/projects/-home-dev-notes"));
-    EXPECT_EQ(demo("another", "0"), 2);
+    EXPECT_EQ(makeDemo("another", "0"), 2);
 }
 
 TEST_F(CommandTest, NamesWhereItLookedWhenThereIsNothing) {
@@ -145,42 +109,28 @@ TEST_F(CommandTest, SaysWhenTheStoreIsBrokenAndKeepsIt) {
 }
 
 TEST_F(CommandTest, LosesNothingWhenTheDiskIsFull) {
-    for (int i = 0; i < 40; ++i) {
-        std::string lines;
-        for (int j = 0; j < 200; ++j) {
-            ClaudeResponse response{"msg_" + std::to_string(i) + "_" + std::to_string(j)};
-            response.timestamp = formattedNow();
-            lines += response.line();
-        }
-        world.write("home/.claude/projects/p/" + std::to_string(i) + ".jsonl", lines);
-        if (i == 0) {
-            EXPECT_EQ(json({"index"})["newEvents"], 200);
-        }
-    }
-    const ProgramResult full =
-        testing::runProgram({"prlimit", "--fsize=150000", TOKWATCH_PROGRAM, "index", "--home",
-                             (world / "home").string(), "--data-dir", (world / "data").string()});
+    writeToday("first.jsonl", "msg_", 200);
+    EXPECT_EQ(json({"index"})["newEvents"], 200);
+    for (int i = 1; i < 40; ++i)
+        writeToday(std::to_string(i) + ".jsonl", "msg_" + std::to_string(i) + "_", 200);
+    const ProgramResult full = indexUnder({"prlimit", "--fsize=150000"});
     EXPECT_EQ(full.status, 1);
     EXPECT_THAT(full.err, HasSubstr("could not be stored; the next run reads it again"));
     EXPECT_THAT(full.err, HasSubstr("; so did "));
     EXPECT_EQ(std::count(full.err.begin(), full.err.end(), '\n'), 2) << full.err;
     // Room again: what was stored is still there, and the rest follows.
     json({"index"});
-    EXPECT_EQ(decode<UsageSummary>(json({"summary"}), DateCoding::iso8601).tokens.output,
-              40 * 200 * 5);
+    EXPECT_EQ(summarised().tokens.output, 40 * 200 * 5);
 }
 
 TEST_F(CommandTest, ReadsOnWhereAKilledPassStopped) {
-    ASSERT_EQ(
-        testing::runProgram({"python3", TOKWATCH_DEMO_HOME, (world / "home").string()}).status, 0);
-    const UsageSummary whole = decode<UsageSummary>(json({"summary"}), DateCoding::iso8601);
+    ASSERT_EQ(makeDemo("home"), 0);
+    const UsageSummary whole = summarised();
     std::filesystem::remove_all(world / "data");
     // Kills at different moments of a pass; whichever it hits, the sums must not tell.
-    for (const char* after : {"0.001", "0.003", "0.005", "0.008", "0.012", "0.02", "0.03"}) {
-        testing::runProgram({"timeout", "-s", "KILL", after, TOKWATCH_PROGRAM, "index", "--home",
-                             (world / "home").string(), "--data-dir", (world / "data").string()});
-    }
-    EXPECT_EQ(decode<UsageSummary>(json({"summary"}), DateCoding::iso8601), whole);
+    for (const char* after : {"0.001", "0.003", "0.005", "0.008", "0.012", "0.02", "0.03"})
+        indexUnder({"timeout", "-s", "KILL", after});
+    EXPECT_EQ(summarised(), whole);
 }
 
 TEST_F(CommandTest, ExaminesTheInstallation) {
@@ -207,5 +157,4 @@ TEST_F(CommandTest, ExaminesTheInstallation) {
     EXPECT_THAT(here({"doctor"}).out, HasSubstr("what is stored is open to you alone"));
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

@@ -2,14 +2,7 @@
 #include "Tokwatch/CommandLine/StatusLine.h"
 #include "TokwatchCore/Store/UsageStore.h"
 
-namespace tokwatch {
-namespace {
-
-using testing::CommandTest;
-using ::testing::HasSubstr;
-using testing::isOneLine;
-using testing::ProgramResult;
-using ::testing::StartsWith;
+namespace tokwatch::testing {
 
 const Date now = dateFromUnixSeconds(1'800'000'000);
 
@@ -23,12 +16,9 @@ ProviderLimits limits(std::vector<LimitWindow> windows, Date fetchedAt = now) {
 }
 
 TEST(StatusLine, WritesTheTitleInEachFormat) {
-    const StatusTitle shown{"19% · 3h 5m",
-                            ProviderID::claude,
-                            Severity::warning,
-                            "Claude · A & <b> 19% left\nCodex · Weekly 50% left",
-                            false,
-                            19};
+    const std::string tooltip = "Claude · A & <b> 19% left\nCodex · Weekly 50% left";
+    const StatusTitle shown{
+        "19% · 3h 5m", ProviderID::claude, Severity::warning, tooltip, false, 19};
     EXPECT_EQ(statusLine(shown, StatusFormat::text), "19% · 3h 5m");
     EXPECT_EQ(statusLine(shown, StatusFormat::json),
               R"({"text":"19% · 3h 5m","provider":"claude","severity":"warning",)"
@@ -55,10 +45,9 @@ struct LimitsCommandTest : CommandTest {
         UsageStore(database()).setLimits(stored, provider);
     }
     void storeTwo() const {
-        ProviderLimits claude =
-            limits({window("session", "Session", 0.58, systemNow() + Seconds{9'930}),
-                    window("weekly", "Weekly", 0.1)},
-                   systemNow());
+        const LimitWindow session =
+            window("session", "Session", 0.58, systemNow() + Seconds{9'930});
+        ProviderLimits claude = limits({session, window("weekly", "Weekly", 0.1)}, systemNow());
         claude.credits = Credits{"Extra usage", std::nullopt, 12.34, 50, false};
         store(ProviderID::claude, claude);
         ProviderLimits codex = limits({window("session", "Session", 1)}).markedStale();
@@ -92,13 +81,9 @@ TEST_F(LimitsCommandTest, PrintsWhatIsStored) {
     EXPECT_EQ(json({"status"})["severity"], "critical");
     EXPECT_EQ(parseJson(here({"status", "--format", "waybar"}).out)["percentage"], 42);
 
-    const auto set = [this](const char* key, const char* value) {
-        tokwatch({"preferences", "set", key, value},
-                 {"XDG_CONFIG_HOME=" + (world / "config").string()});
-    };
-    set("pinnedProvider", "codex");
+    here({"preferences", "set", "pinnedProvider", "codex"});
     EXPECT_EQ(here({"status"}).out, "0%\n");
-    set("disabledProviders", "claude");
+    here({"preferences", "set", "disabledProviders", "claude"});
     EXPECT_FALSE(json({"limits"}).contains("claude"));
     EXPECT_TRUE(json({"limits", "--provider", "claude"}).contains("claude"));
 }
@@ -133,21 +118,13 @@ TEST_F(LimitsCommandTest, RefreshesWithoutALoginOrANeed) {
 }
 
 TEST_F(CommandTest, GetsAndSetsPreferences) {
-    const auto preferences = [&](std::vector<std::string> arguments, const char* place = "config") {
-        arguments.insert(arguments.begin(), "preferences");
-        return tokwatch(arguments, {"XDG_CONFIG_HOME=" + (world / place).string()});
-    };
-    EXPECT_EQ(preferences({"set", "warningThreshold", "0.4"}).status, 0);
-    EXPECT_EQ(preferences({"get", "warningThreshold"}).out, "0.4\n");
-    EXPECT_EQ(parseJson(preferences({"list", "--json"}).out)["warningThreshold"], 0.4);
-    EXPECT_THAT(preferences({}).out, HasSubstr("warningThreshold        0.4 "));
-    const ProgramResult refused = preferences({"set", "warningThreshold", "much"});
-    EXPECT_EQ(refused.status, 2);
-    EXPECT_TRUE(isOneLine(refused.err)) << refused.err;
-    world.write("file", "");
-    EXPECT_EQ(preferences({"set", "tintEnabled", "no"}, "file").status, 1)
-        << "nothing can be written there";
+    EXPECT_EQ(here({"preferences", "set", "warningThreshold", "0.4"}).status, 0);
+    EXPECT_EQ(here({"preferences", "get", "warningThreshold"}).out, "0.4\n");
+    EXPECT_EQ(json({"preferences", "list"})["warningThreshold"], 0.4);
+    EXPECT_THAT(here({"preferences"}).out, HasSubstr("warningThreshold        0.4 "));
+    std::filesystem::remove_all(world / "config");
+    world.write("config", "");
+    expectFailure(here({"preferences", "set", "tintEnabled", "no"}), 1);
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

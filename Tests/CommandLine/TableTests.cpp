@@ -1,15 +1,13 @@
 #include "Tokwatch/CommandLine/Terminal/Table.h"
 
+#include "Tests/Support/Testing.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 #include "TokwatchCore/Support/PlainText.h"
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdio>
 
-namespace tokwatch {
-namespace {
+namespace tokwatch::testing {
 
 std::string printed(const Table& table, bool colour) {
     char* text = nullptr;
@@ -59,5 +57,4 @@ TEST(Terminal, IsCommandedByOurColoursAlone) {
     EXPECT_EQ(parseJson(line)["a\u202e"], "\u009b\u2028é\177\033");
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

@@ -1,23 +1,18 @@
 #include "Tests/Indexing/IndexerServiceFixture.h"
 #include "Tests/Support/OrdinaryUser.h"
 #include "Tokwatch/Indexing/BoundedQueue.h"
+#include "Tokwatch/Indexing/SliceReader.h"
 
-#include <filesystem>
 #include <limits>
 #include <thread>
 
-namespace tokwatch {
-namespace {
-
-using testing::ClaudeResponse;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
+namespace tokwatch::testing {
 
 const std::string claudeLog = ".claude/projects/p/a.jsonl";
+/// A line that is longer than a slice.
+const std::string noise = R"({"type":"user","content":")" + std::string(9 << 20, 'x') + "\"}\n";
 
-class IndexerFailureTest : public IndexerServiceTest {
-  protected:
+struct IndexerFailureTest : IndexerServiceTest {
     /// Lets the store fail as with a full disk whenever this response is to be stored.
     void refuse(const char* key) {
         ingest = [this, key](std::span<const UsageEvent> events, const Calendar& calendar) {
@@ -35,10 +30,22 @@ TEST(BoundedQueue, LetsAWaitingProducerGoWhenItIsClosed) {
     queue.close();
 }
 
+TEST_F(IndexerFailureTest, CountsNothingThatIsOpenOfAFileThatWasReplacedMeanwhile) {
+    home.write(claudeLog, ClaudeResponse{.id = "old", .stopReason = "null"}.line() + noise);
+    const std::vector<PendingFile> files{
+        {ProviderID::claude,
+         findLogFiles(ProviderID::claude, home / ".claude/projects").files.at(0),
+         {}}};
+    SliceReader reader(files, time.clock());
+    EXPECT_THAT(reader.next()->events, IsEmpty()) << "it may go on";
+    std::filesystem::rename(home.write("new", ClaudeResponse{"new"}.line() + noise),
+                            home / claudeLog);
+    EXPECT_THAT(reader.next()->events, ElementsAre(Field(&UsageEvent::dedupKey, "new")));
+}
+
 /// With others of its file behind it that could be: in the same group of slices, and in a later
 /// one.
 TEST_F(IndexerFailureTest, NeverMovesACursorPastASliceThatIsNotStored) {
-    const std::string noise = R"({"type":"user","content":")" + std::string(9 << 20, 'x') + "\"}\n";
     for (const int responses : {1, 2'100}) {
         SCOPED_TRACE(responses);
         store = std::make_shared<UsageStore>(":memory:");
@@ -74,11 +81,8 @@ TEST_F(IndexerFailureTest, GoesOnPastFilesThatCannotBeReadOrStored) {
 }
 
 TEST_F(IndexerFailureTest, TriesALockedStoreOnceAGroupNotOnceAFile) {
-    for (int i = 0; i < 3; ++i) {
-        const std::string number = std::to_string(i);
-        home.write(".claude/projects/p/" + number + ".jsonl",
-                   ClaudeResponse{"msg_" + number}.line());
-    }
+    for (const std::string number : {"0", "1", "2"})
+        home.write(".claude/projects/p/" + number + ".jsonl", ClaudeResponse{number}.line());
     int tries = 0;
     ingest = [&tries](std::span<const UsageEvent>, const Calendar&) -> std::int64_t {
         ++tries;
@@ -86,9 +90,8 @@ TEST_F(IndexerFailureTest, TriesALockedStoreOnceAGroupNotOnceAFile) {
     };
     const IndexOutcome outcome = index();
     EXPECT_EQ(tries, 1) << "each try waits for seconds";
-    EXPECT_THAT(outcome.unfinished,
-                ::testing::Each(::testing::Field(&UnfinishedFile::due, time.now() + Seconds{15})));
-    EXPECT_THAT(outcome.unfinished, ::testing::SizeIs(3));
+    EXPECT_THAT(outcome.unfinished, Each(Field(&UnfinishedFile::due, time.now() + Seconds{15})));
+    EXPECT_THAT(outcome.unfinished, SizeIs(3));
     EXPECT_THAT(log.lines(), ElementsAre("Tokwatch: indexing 0.jsonl failed: database is locked "
                                          "(5); so did 2 other files"));
     EXPECT_EQ(indexer().statistics().unstoredFiles, 3);
@@ -99,16 +102,15 @@ TEST_F(IndexerFailureTest, TriesALockedStoreOnceAGroupNotOnceAFile) {
 
 TEST_F(IndexerFailureTest, LogsFilesThatItMayNotReadAndReadsTheRest) {
     namespace fs = std::filesystem;
-    home.write(".claude/projects/p/1.jsonl", ClaudeResponse{"msg_1"}.line());
-    home.write(".claude/projects/p/2.jsonl", ClaudeResponse{"msg_2"}.line());
-    home.write(".claude/projects/q/3.jsonl", ClaudeResponse{"msg_3"}.line());
+    for (const std::string file : {"p/1", "p/2", "q/3"})
+        home.write(".claude/projects/" + file + ".jsonl", ClaudeResponse{file}.line());
     fs::resize_file(home.write(".grok/sessions/s/usage.json", "{"), 1U << 30U);
     fs::permissions(home.path(), fs::perms{0755});
     const fs::path closed[]{home / ".claude/projects/p/1.jsonl", home / ".claude/projects/q"};
     for (const fs::path& path : closed)
         fs::permissions(path, fs::perms::none);
     {
-        const testing::OrdinaryUser user;
+        const OrdinaryUser user;
         EXPECT_EQ(index().newEvents, 1);
         EXPECT_THAT(log.lines(),
                     ElementsAre("Tokwatch: indexing 1.jsonl failed: 1.jsonl: Permission denied",
@@ -135,8 +137,7 @@ TEST_F(IndexerFailureTest, SurvivesWhatRealLogsHold) {
           {"\n\r\n\n\xff\xfe\n", 1}}) {
         SCOPED_TRACE(lines.substr(0, 20));
         // Every case in a store of its own: their keys are the same.
-        store = std::make_shared<UsageStore>(":memory:");
-        service.reset();
+        startOver();
         home.write(claudeLog, lines + good);
         EXPECT_EQ(index().newEvents, events);
         EXPECT_EQ(index().newEvents, 0);
@@ -162,10 +163,9 @@ TEST_F(IndexerFailureTest, NamesTheFileOfAnAbsurdCount) {
     ClaudeResponse absurd{"msg_1"};
     absurd.input = absurd.output = std::numeric_limits<std::int64_t>::max();
     home.write(claudeLog, absurd.line());
-    EXPECT_EXIT(index(), ::testing::ExitedWithCode(1),
+    EXPECT_EXIT(index(), ExitedWithCode(1),
                 "exceeds 64 bits \\(claude, " + absurd.model + ", " + absurd.timestamp +
                     "; .*/a.jsonl");
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

@@ -1,18 +1,10 @@
 #include "Tests/Indexing/IndexerServiceFixture.h"
 
-#include <algorithm>
 #include <array>
-#include <filesystem>
 #include <future>
 #include <random>
 
-namespace tokwatch {
-namespace {
-
-using testing::ClaudeResponse;
-using testing::CodexLog;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+namespace tokwatch::testing {
 
 const std::string claudeLog = ".claude/projects/p/a.jsonl";
 const std::string codexLog = ".codex/sessions/2026/03/10/rollout.jsonl";
@@ -52,8 +44,7 @@ TEST_F(IndexerServiceTest, HoldsAResponseBackThatMayGoOn) {
           Case{"null", "2026-03-10T12:31:00.001Z"}, Case{"\"null\"", "2026-03-10T12:29:59Z"},
           Case{"\"end_turn\"", "2026-03-10T12:29:59Z"}, Case{"", "2026-03-10T12:29:59Z"}}) {
         SCOPED_TRACE(std::string(stopReason) + " at " + newestLine);
-        store = std::make_shared<UsageStore>(":memory:");
-        service.reset();
+        startOver();
         ClaudeResponse response{.id = "msg_2", .stopReason = "null"};
         const std::string before = ClaudeResponse{"msg_1"}.line();
         const std::string first = response.line() + ClaudeResponse{"msg_3"}.line();
@@ -90,8 +81,7 @@ TEST_F(IndexerServiceTest, CountsAHeldResponseOnceItGoesNoFurther) {
 TEST_F(IndexerServiceTest, LosesNothingOfWhatIsStreamedBetweenItsPasses) {
     for (unsigned seed = 1; seed <= 20; ++seed) {
         SCOPED_TRACE(seed);
-        store = std::make_shared<UsageStore>(":memory:");
-        service.reset();
+        startOver();
         home.write(claudeLog, "");
         std::minstd_rand random(seed);
         const auto upTo = [&random](unsigned limit) {
@@ -127,8 +117,7 @@ TEST_F(IndexerServiceTest, LosesNothingOfWhatIsStreamedBetweenItsPasses) {
         time.advance(Seconds{60});
         EXPECT_EQ(counted + index().newEvents, responses);
         const UsageSummary followed = summary();
-        store = std::make_shared<UsageStore>(":memory:");
-        service.reset();
+        startOver();
         index();
         EXPECT_EQ(followed, summary());
     }
@@ -136,10 +125,8 @@ TEST_F(IndexerServiceTest, LosesNothingOfWhatIsStreamedBetweenItsPasses) {
 
 TEST_F(IndexerServiceTest, StoresTheNewestCodexLimits) {
     const auto fetched = [this](Date fetchedAt, std::size_t windows = 1) {
-        ProviderLimits limits;
-        limits.windows.resize(windows);
-        limits.fetchedAt = fetchedAt;
-        store->setLimits(limits, ProviderID::codex);
+        store->setLimits({{}, std::vector<LimitWindow>(windows), {}, {}, fetchedAt},
+                         ProviderID::codex);
     };
     home.write(codexLog, CodexLog::limits(20, "2026-03-10T12:20:00Z") +
                              CodexLog::limits(10, "2026-03-10T12:00:00Z"));
@@ -168,18 +155,17 @@ TEST_F(IndexerServiceTest, StoresTheNewestCodexLimits) {
 }
 
 TEST_F(IndexerServiceTest, CountsOnlyWhatIsNewInARewrittenGrokDocument) {
-    home.write(".grok/sessions/s/usage.json", testing::grokDocument("s", 2));
+    home.write(".grok/sessions/s/usage.json", grokDocument("s", 2));
     EXPECT_EQ(index().newEvents, 2);
-    home.write(".grok/sessions/s/usage.json",
-               testing::grokDocument("s", 5).substr(0, 200)); // caught half written
+    home.write(".grok/sessions/s/usage.json", grokDocument("s", 5).substr(0, 200)); // half written
     EXPECT_EQ(index().newEvents, 0);
-    home.write(".grok/sessions/s/usage.json", testing::grokDocument("s", 5));
+    home.write(".grok/sessions/s/usage.json", grokDocument("s", 5));
     EXPECT_EQ(index().newEvents, 3);
     EXPECT_EQ(outputTokens(), 35);
     EXPECT_DOUBLE_EQ(summary().totalCostUSD, 12.5);
 
     // An earlier turn gains a model.
-    std::string late = testing::grokDocument("s", 5);
+    std::string late = grokDocument("s", 5);
     late.insert(late.find("\"grok-4\""), R"("grok-code":{"outputTokens":9},)");
     home.write(".grok/sessions/s/usage.json", late);
     EXPECT_EQ(index().newEvents, 1);
@@ -192,8 +178,7 @@ TEST_F(IndexerServiceTest, ReadsAFileLargerThanASliceInOnePass) {
     const std::string noise = R"({"type":"user","content":")" + std::string(1 << 20, 'x') + "\"}\n";
     for (int i = 0; i < 19; ++i) {
         // Slices end between a response's lines, too.
-        ClaudeResponse response{
-            .id = "msg_" + std::to_string(i), .output = 1, .stopReason = "null"};
+        ClaudeResponse response{.id = std::to_string(i), .output = 1, .stopReason = "null"};
         lines += response.line() + noise;
         response.output = 5;
         response.stopReason = "\"end_turn\"";
@@ -234,5 +219,4 @@ TEST_F(IndexerServiceTest, RunsOnePassAtATimeAndKeepsOneWaiting) {
     EXPECT_EQ(passes, 2);
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

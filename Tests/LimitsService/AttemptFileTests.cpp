@@ -2,8 +2,7 @@
 
 #include "Tests/Support/CapturedLog.h"
 #include "Tests/Support/TemporaryDirectory.h"
-
-#include <gmock/gmock.h>
+#include "Tests/Support/Testing.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -11,8 +10,7 @@
 #include <atomic>
 #include <thread>
 
-namespace tokwatch {
-namespace {
+namespace tokwatch::testing {
 
 const Date noon = dateFromUnixSeconds(1'768'000'000.125);
 
@@ -32,7 +30,7 @@ bool claim(AttemptLedger& ledger) {
 }
 
 TEST(AttemptFile, IsWhatAllProcessesKnow) {
-    const testing::TemporaryDirectory directory;
+    const TemporaryDirectory directory;
     const AttemptRecord noted{noon, noon - Seconds{1}, ProviderStatus::rateLimited, Seconds{1200},
                               true};
     AttemptFile(directory.path()).edit(ProviderID::codex, [&](AttemptRecord& record) {
@@ -46,7 +44,7 @@ TEST(AttemptFile, IsWhatAllProcessesKnow) {
 }
 
 TEST(AttemptFile, GrantsAnAttemptToOneOfThoseWhoWantItAtOnce) {
-    const testing::TemporaryDirectory directory;
+    const TemporaryDirectory directory;
     for (int round = 0; round < 20; ++round) {
         std::filesystem::remove(directory / "attempts.json");
         std::atomic<int> granted = 0;
@@ -62,7 +60,7 @@ TEST(AttemptFile, GrantsAnAttemptToOneOfThoseWhoWantItAtOnce) {
 }
 
 TEST(AttemptFile, GoesOnWithWhateverStandsInItsPlace) {
-    const testing::TemporaryDirectory directory;
+    const TemporaryDirectory directory;
     const auto goesOnIn = [&](const std::filesystem::path& data) {
         const std::filesystem::path refuge = directory / "run/below";
         std::filesystem::remove_all(refuge);
@@ -89,17 +87,16 @@ TEST(AttemptFile, GoesOnWithWhateverStandsInItsPlace) {
 }
 
 TEST(AttemptFile, GrantsNothingThatTheOthersCouldNotKnow) {
-    const testing::TemporaryDirectory directory;
+    const TemporaryDirectory directory;
     directory.write("attempts.json/below", "");
-    const testing::CapturedLog log;
+    const CapturedLog log;
     AttemptFile file(directory.path());
     EXPECT_FALSE(claim(file));
     EXPECT_FALSE(claim(file));
-    EXPECT_THAT(log.lines(), ::testing::ElementsAre(::testing::HasSubstr("cannot note when")));
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("cannot note when")));
     std::filesystem::remove_all(directory / "attempts.json");
     AttemptFile other(directory.path());
     EXPECT_TRUE(claim(other));
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing

@@ -1,13 +1,9 @@
 #pragma once
 
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tests/Support/Testing.h"
 #include "Tokwatch/Report/ResponseFiles.h"
 #include "TokwatchCore/Support/ISO8601.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
 
 namespace tokwatch::testing {
 
@@ -33,8 +29,7 @@ struct Line {
 };
 
 /// A home with logs.
-class LogsTest : public ::testing::Test {
-  protected:
+struct LogsTest : Test {
     void write(const std::string& name, const std::vector<Line>& lines) const {
         std::string all;
         for (const Line& line : lines)

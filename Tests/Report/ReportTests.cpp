@@ -3,23 +3,9 @@
 #include "Tokwatch/Report/ProjectPath.h"
 #include "Tokwatch/Report/UsageReport.h"
 
-#include <filesystem>
+namespace tokwatch::testing {
 
-namespace tokwatch {
-namespace {
-
-using testing::at;
-using testing::CodexLog;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using testing::Line;
-
-Calendar zone(const std::string& name) {
-    return *Calendar::named(name);
-}
-
-class ReportTest : public testing::LogsTest {
-  protected:
+struct ReportTest : LogsTest {
     LogReading read(const ResponseFiles::Progress& progress = {}) {
         return files.read(allCases<ProviderID>, touchedSince, progress);
     }
@@ -32,13 +18,14 @@ class ReportTest : public testing::LogsTest {
                                  calendar, now);
     }
 
-    /// Each row as "its name: output tokens".
-    std::vector<std::string> rows(ReportBy by, const Calendar& calendar = Calendar::utc()) {
-        std::vector<std::string> rows;
+    /// Each row as "its name: output tokens", that of a time in 2026 by month, day and time.
+    std::string rows(ReportBy by, const Calendar& calendar = Calendar::utc()) {
+        std::string rows;
         for (const ReportRow& row : report(by, calendar).rows)
-            rows.push_back((row.period ? formatISO8601(row.period->start)
-                                       : row.session + row.project + row.model) +
-                           ": " + std::to_string(row.sums.tokens.output));
+            rows += (rows.empty() ? "" : ", ") +
+                    (row.period ? formatISO8601(row.period->start).substr(5, 11)
+                                : row.session + row.project + row.model) +
+                    ": " + std::to_string(row.sums.tokens.output);
         return rows;
     }
 
@@ -73,41 +60,23 @@ TEST(ProjectPath, PutsTheWorktreesOfARepositoryTogether) {
 TEST_F(ReportTest, CountsAResponseOnceWithItsLastCounts) {
     struct Case {
         const char* what;
-        std::vector<Line> first;
-        std::vector<Line> second;
+        std::vector<Line> first, second;
         std::int64_t output;
     };
     const std::string later = "2026-03-10T12:00:05Z";
+    const Line goingOn{"m", 2, later, "s", "/src/app", "null"};
     for (const Case& c :
          {Case{"the last line of a file, whatever its time", {{"m", 1, later}, {"m", 9}}, {}, 9},
           {"far apart", {{"m", 1}, {"n", 1}, {"m", 7}}, {}, 8},
           {"a history that was copied", {{"m", 5}}, {{"m", 5}, {"n", 2}}, 7},
           {"copied while it was written", {{"m", 9, later}}, {{"m", 2}}, 9},
           {"the same, by files in another order", {{"m", 2}}, {{"m", 9, later}}, 9},
-          {"a line that says that more follows",
-           {{"m", 9}},
-           {{"m", 2, later, "s", "/src/app", "null"}},
-           9},
+          {"a line that says that more follows", {{"m", 9}}, {goingOn}, 9},
           {"of two alike the later file's", {{"m", 4}}, {{"m", 3}}, 3}}) {
         write("p/a.jsonl", c.first);
         write("p/b.jsonl", c.second);
         const UsageReport day = report(ReportBy::day);
         EXPECT_EQ(day.total.tokens.output, c.output) << c.what;
-    }
-}
-
-TEST_F(ReportTest, CountsWhatIsWholeOfACutLog) {
-    const std::string log = Line{"a", 1}.text() + Line{"b", 2}.text();
-    for (std::size_t length = log.size(); length > 0; --length) {
-        home.write(".claude/projects/p/a.jsonl",
-                   log.substr(0, length) + "\n" + Line{"c", 4}.text());
-        const bool hasAll = length >= log.size() - 1;
-        const bool hasFirst = length >= Line{"a", 1}.text().size() - 1;
-        // What was glued to the next line is lost with it, and nothing else is.
-        ASSERT_EQ(report(ReportBy::day).total.tokens.output, hasAll     ? 7
-                                                             : hasFirst ? 5
-                                                                        : 4)
-            << length;
     }
 }
 
@@ -122,12 +91,11 @@ TEST_F(ReportTest, GivesEverySessionTheProjectThatItBeganIn) {
                R"({"type":"session_meta","payload":{"id":"three","cwd":"/src/tool"}})"
                "\n" +
                    CodexLog::model("gpt-5") + CodexLog::usage("r", 100, 16));
-    home.write(".grok/sessions/g/usage.json", testing::grokDocument("four", 1));
-    EXPECT_THAT(rows(ReportBy::project), ElementsAre("/src/app: 15", ": 7", "/src/tool: 16"));
-    EXPECT_THAT(rows(ReportBy::session),
-                ElementsAre("two/src/app: 8", "one/src/app: 7", "four: 7", "three/src/tool: 16"));
-    EXPECT_THAT(rows(ReportBy::model),
-                ElementsAre("claude-opus-4-1: 15", "grok-4: 7", "gpt-5: 16"));
+    home.write(".grok/sessions/g/usage.json", grokDocument("four", 1));
+    EXPECT_EQ(rows(ReportBy::project), "/src/app: 15, : 7, /src/tool: 16");
+    EXPECT_EQ(rows(ReportBy::session),
+              "two/src/app: 8, one/src/app: 7, four: 7, three/src/tool: 16");
+    EXPECT_EQ(rows(ReportBy::model), "claude-opus-4-1: 15, grok-4: 7, gpt-5: 16");
 }
 
 TEST_F(ReportTest, DividesTimeAsTheCalendarOfItsUserDoes) {
@@ -138,25 +106,17 @@ TEST_F(ReportTest, DividesTimeAsTheCalendarOfItsUserDoes) {
                         {"e", 16, "2026-03-31T23:59:59Z"}});
     struct Case {
         ReportBy by;
-        const char* zone;
-        std::vector<std::string> rows;
+        const char *zone, *rows;
     };
     for (const Case& c :
-         {Case{ReportBy::day,
-               "America/New_York",
-               {"2026-03-31T04:00:00Z: 16", "2026-03-09T04:00:00Z: 8", "2026-03-08T05:00:00Z: 6",
-                "2026-03-07T05:00:00Z: 1"}},
-          {ReportBy::week,
-           "America/New_York",
-           {"2026-03-30T04:00:00Z: 16", "2026-03-09T04:00:00Z: 8", "2026-03-02T05:00:00Z: 7"}},
-          {ReportBy::month, "UTC", {"2026-03-01T00:00:00Z: 31"}},
-          {ReportBy::month,
-           "Europe/Berlin",
-           {"2026-03-31T22:00:00Z: 16", "2026-02-28T23:00:00Z: 15"}},
-          {ReportBy::hour,
-           "Asia/Kolkata", // half an hour off
-           {"2026-03-31T23:30:00Z: 16", "2026-03-09T03:30:00Z: 12", "2026-03-08T04:30:00Z: 3"}}})
-        EXPECT_EQ(rows(c.by, zone(c.zone)), c.rows) << c.zone;
+         {Case{ReportBy::day, "America/New_York",
+               "03-31T04:00: 16, 03-09T04:00: 8, 03-08T05:00: 6, 03-07T05:00: 1"},
+          {ReportBy::week, "America/New_York", "03-30T04:00: 16, 03-09T04:00: 8, 03-02T05:00: 7"},
+          {ReportBy::month, "UTC", "03-01T00:00: 31"},
+          {ReportBy::month, "Europe/Berlin", "03-31T22:00: 16, 02-28T23:00: 15"},
+          {ReportBy::hour, "Asia/Kolkata", // half an hour off
+           "03-31T23:30: 16, 03-09T03:30: 12, 03-08T04:30: 3"}})
+        EXPECT_EQ(rows(c.by, *Calendar::named(c.zone)), c.rows) << c.zone;
     window = {at("2026-03-08T05:00:00Z"), at("2026-03-09T04:00:00Z")};
     EXPECT_EQ(report(ReportBy::project).total.tokens.output, 6);
 }
@@ -173,9 +133,7 @@ TEST_F(ReportTest, FollowsBlocksOfFiveHours) {
     now = at("2026-03-10T14:00:00Z");
     const UsageReport blocks = report(ReportBy::block);
     EXPECT_EQ(blocks.total.tokens.output, 114);
-    EXPECT_THAT(rows(ReportBy::block),
-                ElementsAre("2026-03-10T12:00:00Z: 100", "2026-03-10T03:00:00Z: 8",
-                            "2026-03-09T22:00:00Z: 6"));
+    EXPECT_EQ(rows(ReportBy::block), "03-10T12:00: 100, 03-10T03:00: 8, 03-09T22:00: 6");
     // 100 tokens in as many minutes, and three hours to go.
     ASSERT_TRUE(blocks.rows[0].pace.has_value());
     EXPECT_EQ(blocks.rows[0].period->end, at("2026-03-10T17:00:00Z"));
@@ -188,7 +146,7 @@ TEST_F(ReportTest, FollowsBlocksOfFiveHours) {
 }
 
 TEST_F(ReportTest, PricesEachRowByItsModels) {
-    home.write(".grok/sessions/g/usage.json", testing::grokDocument("g", 2, "grok-unheard-of"));
+    home.write(".grok/sessions/g/usage.json", grokDocument("g", 2, "grok-unheard-of"));
     home.write(".codex/sessions/r.jsonl",
                CodexLog::model("gpt-unheard-of") + CodexLog::usage("r", 100, 16));
     write("p/a.jsonl", {{"a", 1'000'000}});
@@ -203,7 +161,7 @@ TEST_F(ReportTest, PricesEachRowByItsModels) {
     EXPECT_TRUE(models.total.hasUnknownPrices);
 }
 
-TEST_F(ReportTest, NamesWhatItCouldNotRead) {
+TEST_F(ReportTest, NamesWhatWentWhileItRead) {
     write("p/a.jsonl", {{"a", 1}, {"a", 1}, {"a", 1}, {"a", 1}, {"a", 1}, {"a", 1}});
     write("p/b.jsonl", {{"b", 2}});
     write("p/old.jsonl", {{"c", 4}});
@@ -227,13 +185,6 @@ TEST_F(ReportTest, NamesWhatItCouldNotRead) {
         output += entry.response->tokens.output;
     EXPECT_EQ(output, 1 + 8) << "what is there, where it is now, and nothing that nobody touched";
     EXPECT_THAT(reading.gone, ElementsAre((home / ".claude/projects/p/b.jsonl").string()));
-
-    home.write(".grok/sessions/g/usage.json", "");
-    std::filesystem::resize_file(home / ".grok/sessions/g/usage.json", 40'000'000);
-    const LogReading later = read();
-    ASSERT_EQ(later.unread.size(), 1U);
-    EXPECT_EQ(later.unread[0].path, home / ".grok/sessions/g/usage.json");
-    EXPECT_EQ(later.unread[0].reason, "File too large");
 }
 
 TEST_F(ReportTest, ReadsOnlyWhatHasChangedAgain) {
@@ -251,5 +202,4 @@ TEST_F(ReportTest, ReadsOnlyWhatHasChangedAgain) {
     EXPECT_THAT(read().unread, IsEmpty());
 }
 
-} // namespace
-} // namespace tokwatch
+} // namespace tokwatch::testing
