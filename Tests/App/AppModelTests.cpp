@@ -255,7 +255,7 @@ TEST_F(AppModelTest, LeavesTheWorkToAnotherProcessAndTakesItBack) {
     EXPECT_FALSE(preferences->lastPruneAt() || SnapshotStore(data.path()).read());
     const ProviderLimits anothers = someLimits(time.now());
     store->setLimits(anothers, ProviderID::claude);
-    model->storeChanged();
+    model->lookAtStore(true);
     settle();
     EXPECT_EQ(model->limits().at(ProviderID::claude), anothers);
 

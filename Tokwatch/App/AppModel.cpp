@@ -13,19 +13,14 @@
 
 #include <QCoroFuture>
 #include <QPointer>
-#include <QPromise>
 
 #include <algorithm>
 #include <exception>
-#include <iterator>
-#include <system_error>
-#include <type_traits>
 
 namespace tokwatch {
 namespace {
 
-constexpr Seconds watchInterval{300};
-constexpr Seconds watchLatency{2};
+constexpr Seconds lookInterval{300};
 constexpr Seconds pruneInterval{86'400};
 
 std::string what(const std::exception& error) {
@@ -45,7 +40,18 @@ LimitsByProvider knownLimits(UsageStore& store, const std::vector<ProviderID>& p
 
 AppModel::AppModel(AppServices parts)
     : services(std::move(parts)), calendarState(services.calendar()),
-      requests(services.scheduler, services.now, [this] { runRequestedPass(); }) {}
+      requests(services.scheduler, services.now, [this] { runRequestedPass(); }),
+      logWatch(services.locations, services.providerForChangedPath, services.openFileEvents,
+               [this](const IndexScope& changed) { requestPass(changed); }),
+      storeWatch(
+          services.store, services.runInBackground, [this] { storeChanged(); },
+          [this] {
+              requestPass({});
+              storeChanged();
+          }),
+      refreshing(
+          [this] { return pass({}); },
+          [this](ProviderID provider) { return services.limitsService.refresh(provider, true); }) {}
 
 AppModel::~AppModel() = default;
 
@@ -82,7 +88,7 @@ void AppModel::start(Role firstRole, LimitsStart limitsStart) {
     services.notifications.onTimeZoneChange([self] {
         if (self && self->services.calendar() != self->calendar()) self->publish();
     });
-    periodicLook = services.scheduler.every(watchInterval, [this] { lookAround(); });
+    periodicLook = services.scheduler.every(lookInterval, [this] { lookAround(); });
 }
 
 // Roles
@@ -104,8 +110,7 @@ void AppModel::beginWork() {
 void AppModel::endWork() {
     services.limitsService.stop();
     requests.forgetUnfinished();
-    watcher.reset();
-    watchedRoots.clear();
+    logWatch.end();
 }
 
 void AppModel::storeChanged() {
@@ -120,13 +125,6 @@ QCoro::Task<> AppModel::showStoredLimits() {
     if (!self) co_return;
     setStoredLimits(stored);
     publish();
-}
-
-void AppModel::lookAtStore(bool isTouched) {
-    if (services.store->isDetached())
-        reattachStore();
-    else if (isTouched)
-        lookForOthersDoing();
 }
 
 void AppModel::refreshRequested() {
@@ -161,33 +159,19 @@ QCoro::Task<> AppModel::publishWhileWanted() {
     } while (publishing.finish());
 }
 
-template<typename Work>
-auto AppModel::inBackground(Work work) const {
-    using Result = std::invoke_result_t<Work>;
-    auto promise = std::make_shared<QPromise<Result>>();
-    promise->start();
-    services.runInBackground([promise, work = std::move(work)] {
-        if constexpr (std::is_void_v<Result>)
-            work();
-        else
-            promise->addResult(work());
-        promise->finish();
-    });
-    return promise->future();
-}
-
 QFuture<std::optional<UsageSummary>> AppModel::computeSummary(std::int64_t days,
                                                               Calendar in) const {
-    return inBackground([days, store = services.store, prices = services.prices,
+    return inBackground(services.runInBackground,
+                        [days, store = services.store, prices = services.prices,
                          calendar = std::move(in),
                          now = services.now()]() -> std::optional<UsageSummary> {
-        try {
-            return store->summary(days, now, calendar, *prices);
-        } catch (const std::exception& error) {
-            systemLog("computing the summary failed: " + what(error));
-            return std::nullopt;
-        }
-    });
+                            try {
+                                return store->summary(days, now, calendar, *prices);
+                            } catch (const std::exception& error) {
+                                systemLog("computing the summary failed: " + what(error));
+                                return std::nullopt;
+                            }
+                        });
 }
 
 QFuture<UsageSummary> AppModel::summaryOf(std::int64_t days) const {
@@ -198,6 +182,7 @@ QFuture<UsageSummary> AppModel::summaryOf(std::int64_t days) const {
 
 QFuture<void> AppModel::writeSnapshot() const {
     return inBackground(
+        services.runInBackground,
         [store = services.snapshots,
          snapshot = Snapshot::make(summary(), limits(), services.preferences.enabledProviders(),
                                    services.now(), calendar())] {
@@ -248,9 +233,10 @@ void AppModel::setStoredLimits(LimitsByProvider stored) {
 }
 
 QFuture<LimitsByProvider> AppModel::readStoredLimits(std::vector<ProviderID> providers) const {
-    return inBackground([store = services.store, providers = std::move(providers)] {
-        return knownLimits(*store, providers);
-    });
+    return inBackground(services.runInBackground,
+                        [store = services.store, providers = std::move(providers)] {
+                            return knownLimits(*store, providers);
+                        });
 }
 
 QCoro::Task<> AppModel::readCodexLimits() {
@@ -322,7 +308,7 @@ QCoro::Task<> AppModel::pass(IndexScope scope) {
     if (outcome.codexLimitsUpdated) co_await readCodexLimits();
     if (!self) co_return;
     updatePresent();
-    if (watcher && watcher->isRunning()) startWatching(); // roots may have appeared
+    if (logWatch.isRunning()) logWatch.begin(); // roots may have appeared
     co_await pruneDaily();
     if (!self) co_return;
     indexingState.setValue(std::nullopt);
@@ -347,15 +333,16 @@ QCoro::Task<> AppModel::pruneDaily() {
         co_return;
     isPruning = true;
     const Calendar days = services.calendar();
-    const QFuture<bool> pruning = inBackground([now, store = services.store, days] {
-        try {
-            store->prune(pruneLimit(now, store->newestDay(), keptDays, days), days);
-            return true;
-        } catch (const std::exception& error) {
-            systemLog("prune failed: " + what(error));
-            return false;
-        }
-    });
+    const QFuture<bool> pruning =
+        inBackground(services.runInBackground, [now, store = services.store, days] {
+            try {
+                store->prune(pruneLimit(now, store->newestDay(), keptDays, days), days);
+                return true;
+            } catch (const std::exception& error) {
+                systemLog("prune failed: " + what(error));
+                return false;
+            }
+        });
     const bool pruned = co_await pruning;
     if (!self) co_return;
     isPruning = false;
@@ -363,40 +350,12 @@ QCoro::Task<> AppModel::pruneDaily() {
 }
 
 void AppModel::refresh() {
-    // Any number of requests lead to one more pass over the logs, and to the fetches that are due.
-    const bool isFirst = refreshing.request();
-    if (isFirst) updatePresent();
-    askForLimits();
-    if (isFirst) refreshWhileWanted();
-}
-
-void AppModel::askForLimits() {
-    if (!areLimitsAllowed()) return;
-    for (const ProviderID provider : present()) {
-        const auto last = fetches.find(provider);
-        if (last != fetches.end() && !last->second.isReady()) continue;
-        fetches.insert_or_assign(provider, services.limitsService.refresh(provider, true));
-    }
+    if (!isRefreshing()) updatePresent();
+    refreshing.request(areLimitsAllowed() ? present() : std::vector<ProviderID>());
 }
 
 void AppModel::retry(ProviderID provider) {
     if (areLimitsAllowed()) services.limitsService.refresh(provider, true);
-}
-
-QCoro::Task<> AppModel::refreshWhileWanted() {
-    const QPointer<AppModel> self(this);
-    isRefreshingState.setValue(true);
-    const IndexScope all;
-    do {
-        co_await pass(all);
-        while (self && !fetches.empty()) {
-            const QCoro::Task<> fetch = std::move(fetches.begin()->second);
-            fetches.erase(fetches.begin());
-            co_await fetch;
-        }
-        if (!self) co_return;
-    } while (refreshing.finish());
-    isRefreshingState.setValue(false);
 }
 
 void AppModel::reread(ProviderID provider) {
@@ -406,16 +365,17 @@ void AppModel::reread(ProviderID provider) {
 QCoro::Task<> AppModel::runReread(ProviderID provider) {
     const QPointer<AppModel> self(this);
     setRereading(provider, true);
-    const QFuture<bool> resetting = inBackground([provider, store = services.store] {
-        try {
-            store->resetCursors(provider);
-            return true;
-        } catch (const std::exception& error) {
-            systemLog("resetting " + std::string(rawValue(provider)) +
-                      " cursors failed: " + what(error));
-            return false;
-        }
-    });
+    const QFuture<bool> resetting =
+        inBackground(services.runInBackground, [provider, store = services.store] {
+            try {
+                store->resetCursors(provider);
+                return true;
+            } catch (const std::exception& error) {
+                systemLog("resetting " + std::string(rawValue(provider)) +
+                          " cursors failed: " + what(error));
+                return false;
+            }
+        });
     const bool isReset = co_await resetting;
     if (!self) co_return;
     const IndexScope all;
@@ -439,7 +399,7 @@ QCoro::Task<> AppModel::runFirstPass() {
     const IndexScope all;
     co_await pass(all);
     if (!self || ownRole == Role::showing) co_return;
-    startWatching();
+    logWatch.begin();
     // For what was written after its file had been read and before the watch began.
     requestPass(all);
 }
@@ -464,83 +424,11 @@ QCoro::Task<> AppModel::passWhileWanted() {
 }
 
 void AppModel::lookAround() {
-    reattachStore();
+    storeWatch.reattach();
     if (ownRole == Role::showing) return storeChanged();
-    if (watcher) startWatching();
+    if (logWatch.hasBegun()) logWatch.begin();
     requestPass({});
     if (asksForLimits()) services.limitsService.refreshIfDue(present());
-}
-
-QCoro::Task<> AppModel::lookForOthersDoing() {
-    const QPointer<AppModel> self(this);
-    const QFuture<std::optional<std::int64_t>> looking =
-        inBackground([store = services.store]() -> std::optional<std::int64_t> {
-            try {
-                return store->dataVersion();
-            } catch (const std::exception&) {
-                return std::nullopt; // the next operation says so
-            }
-        });
-    const std::optional<std::int64_t> version = co_await looking;
-    if (!self || !version || version == storeVersion) co_return;
-    storeVersion = version;
-    storeChanged();
-}
-
-QCoro::Task<> AppModel::reattachStore() {
-    const QPointer<AppModel> self(this);
-    if (std::exchange(isReattaching, true)) co_return;
-    const QFuture<bool> reattaching = inBackground([store = services.store] {
-        try {
-            if (!store->reattach()) return false;
-            systemLog("the usage store has been opened anew");
-            return true;
-        } catch (const std::exception&) {
-            return false; // as before; there is a line on it in the log
-        }
-    });
-    const bool isAnother = co_await reattaching;
-    if (!self) co_return;
-    isReattaching = false;
-    if (!isAnother) co_return;
-    requestPass({});
-    storeChanged();
-}
-
-void AppModel::startWatching() {
-    const std::vector<std::filesystem::path> roots = services.locations.allLogRoots();
-    std::vector<std::filesystem::path> existing = roots;
-    std::erase_if(existing, [](const std::filesystem::path& root) {
-        std::error_code ignored;
-        return !std::filesystem::is_directory(root, ignored);
-    });
-    // A root that appears may be another by a link than the one that was waited for.
-    if (watcher && watcher->isRunning() && existing == watchedRoots) return;
-    const QPointer<AppModel> self(this);
-    // The new watch begins before the old one ends, so that no change falls between them.
-    auto next = std::make_unique<DirectoryWatcher>(
-        roots, watchLatency,
-        [self](std::vector<std::string> paths) {
-            onMainThread([self, paths = std::move(paths)] {
-                if (self) self->pathsChanged(paths);
-            });
-        },
-        services.openFileEvents);
-    next->start();
-    watcher = std::move(next);
-    watchedRoots = std::move(existing);
-}
-
-void AppModel::pathsChanged(const std::vector<std::string>& paths) {
-    std::vector<std::string> logs;
-    for (const std::string& path : paths) {
-        std::error_code ignored;
-        if (services.providerForChangedPath(path))
-            logs.push_back(path);
-        else if (std::filesystem::is_directory(path, ignored))
-            return requestPass({});
-    }
-    if (!logs.empty()) requestPass(logs);
 }
 
 } // namespace tokwatch

@@ -2,9 +2,11 @@
 
 #include "Tokwatch/App/AppServices.h"
 #include "Tokwatch/App/CoalescedTask.h"
+#include "Tokwatch/App/LogWatch.h"
 #include "Tokwatch/App/PassRequests.h"
+#include "Tokwatch/App/Refreshing.h"
+#include "Tokwatch/App/StoreWatch.h"
 #include "Tokwatch/Limits/AttemptTimes.h"
-#include "Tokwatch/Watching/DirectoryWatcher.h"
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Store/UsageSummary.h"
 
@@ -52,11 +54,9 @@ class AppModel : public QObject {
     /// Begins to work, or leaves the work to another process. What is under way is finished.
     void setRole(Role role);
     Role role() const { return ownRole; }
-    /// Another process stored something, which is to be shown.
-    void storeChanged();
-    /// To be called every few seconds: finds that somebody removed the store's file, and where its
-    /// files were touched, by whomever, what others stored.
-    void lookAtStore(bool isTouched);
+    /// To be called every few seconds: shows what others stored, and finds that somebody removed
+    /// the store's file. `isTouched` where its files were, by whomever.
+    void lookAtStore(bool isTouched) { storeWatch.look(isTouched); }
     /// Begins to ask for limits. Until then no login is read and no provider asked, whoever wants a
     /// refresh. Further calls do nothing.
     void allowLimits();
@@ -76,7 +76,7 @@ class AppModel : public QObject {
     /// Providers whose logs are being read again from the start.
     const std::set<ProviderID>& rereading() const { return rereadingState.value(); }
     /// At least one refresh that somebody asked for is under way.
-    bool isRefreshing() const { return isRefreshingState.value(); }
+    bool isRefreshing() const { return refreshing.isUnderWay(); }
     /// Providers may be asked for their limits.
     bool areLimitsAllowed() const { return areLimitsAllowedState.value(); }
 
@@ -113,43 +113,40 @@ class AppModel : public QObject {
   private:
     // The model may be gone whenever one of these resumes.
     QCoro::Task<> publishWhileWanted();
-    QCoro::Task<> passWhileWanted();
-    QCoro::Task<> runFirstPass();
-    QCoro::Task<> reattachStore();
-    QCoro::Task<> lookForOthersDoing();
     QCoro::Task<> showStoredLimits();
-    QCoro::Task<> refreshWhileWanted();
-    void askForLimits();
+    QCoro::Task<> runFirstPass();
+    QCoro::Task<> passWhileWanted();
     QCoro::Task<> runReread(ProviderID provider);
     /// One index pass and what follows from its outcome.
     QCoro::Task<> pass(IndexScope scope);
-    QCoro::Task<> pruneDaily();
     QCoro::Task<> readCodexLimits();
+    QCoro::Task<> pruneDaily();
 
-    template<typename Work>
-    auto inBackground(Work work) const;
-    QFuture<std::optional<UsageSummary>> computeSummary(std::int64_t days, Calendar calendar) const;
-    QFuture<LimitsByProvider> readStoredLimits(std::vector<ProviderID> providers) const;
-    QFuture<void> writeSnapshot() const;
-    void setIndexing(const std::optional<IndexingProgress>& progress);
     void beginWork();
     void endWork();
-    void setLimits(const LimitsByProvider& newer);
-    /// But for those that are older than what is known.
-    void setStoredLimits(LimitsByProvider stored);
-    /// By itself, not only when the user wants it.
-    bool asksForLimits() const;
-    void reconsiderLimits();
+    void observePreferences();
+    /// What others stored is to be shown.
+    void storeChanged();
     void refreshRequested();
-    void setRereading(ProviderID provider, bool isRereading);
-    void requestPass(const IndexScope& scope);
-    void runRequestedPass();
     /// Makes up for what neither events nor timers tell: a lost event, an assistant installed
     /// since, a sleep.
     void lookAround();
-    void startWatching();
-    void pathsChanged(const std::vector<std::string>& paths);
-    void observePreferences();
+
+    QFuture<std::optional<UsageSummary>> computeSummary(std::int64_t days, Calendar calendar) const;
+    QFuture<void> writeSnapshot() const;
+
+    /// By itself, not only when the user wants it.
+    bool asksForLimits() const;
+    void reconsiderLimits();
+    void setLimits(const LimitsByProvider& newer);
+    /// But for those that are older than what is known.
+    void setStoredLimits(LimitsByProvider stored);
+    QFuture<LimitsByProvider> readStoredLimits(std::vector<ProviderID> providers) const;
+
+    void requestPass(const IndexScope& scope);
+    void runRequestedPass();
+    void setIndexing(const std::optional<IndexingProgress>& progress);
+    void setRereading(ProviderID provider, bool isRereading);
 
     AppServices services;
     QProperty<Calendar> calendarState;
@@ -160,20 +157,16 @@ class AppModel : public QObject {
     QProperty<std::optional<IndexingProgress>> indexingState;
     QProperty<std::optional<Date>> lastUpdatedState;
     QProperty<std::set<ProviderID>> rereadingState;
-    QProperty<bool> isRefreshingState{false};
     QProperty<bool> areLimitsAllowedState{false};
 
+    Role ownRole = Role::showing;
     CoalescedTask publishing;
     CoalescedTask passing; ///< for changed files; passes that somebody asked for run besides
     PassRequests requests; ///< for the next of those passes
+    LogWatch logWatch;
+    StoreWatch storeWatch;
+    Refreshing refreshing;
     bool isPruning = false;
-    bool isReattaching = false;
-    std::optional<std::int64_t> storeVersion; ///< when what others stored was last shown
-    Role ownRole = Role::showing;
-    CoalescedTask refreshing;
-    std::map<ProviderID, QCoro::Task<>> fetches;     ///< the last of each that a refresh waits for
-    std::vector<std::filesystem::path> watchedRoots; ///< those that existed when it began
-    std::unique_ptr<DirectoryWatcher> watcher;
     std::unique_ptr<ScheduledCall> periodicLook;
     std::vector<QPropertyNotifier> preferenceNotifiers;
 };

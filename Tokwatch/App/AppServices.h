@@ -4,6 +4,7 @@
 #include "Platform/Seams/Scheduler.h"
 #include "Tokwatch/Indexing/IndexerService.h"
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
+#include "TokwatchCore/Limits/InBackground.h"
 #include "TokwatchCore/Store/PriceTable.h"
 #include "TokwatchCore/Store/SnapshotStore.h"
 #include "TokwatchCore/Support/Calendar.h"
@@ -21,9 +22,6 @@ class LimitsService;
 class Preferences;
 class SystemNotifications;
 class UsageStore;
-
-/// Runs work on a thread other than the main one, later.
-using RunInBackground = std::function<void(std::function<void()> work)>;
 
 /// What the model works with. References outlive the model.
 struct AppServices {

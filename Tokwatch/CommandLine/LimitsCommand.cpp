@@ -42,7 +42,7 @@ class Fetch {
     }
 
   private:
-    BackgroundQueue::Run inBackground() {
+    RunInBackground inBackground() {
         return [this](std::function<void()> work) { background.start(std::move(work)); };
     }
 

@@ -38,7 +38,7 @@ class LimitsService {
     struct Storage {
         std::shared_ptr<LimitsCache> results;
         std::shared_ptr<AttemptLedger> attempts;
-        BackgroundQueue::Run run; ///< for the ledger's calls
+        RunInBackground run; ///< for the ledger's calls
     };
 
     /// Who wants a provider to be asked.

@@ -24,7 +24,7 @@ struct BackgroundQueue::Waiting {
     }
 };
 
-BackgroundQueue::BackgroundQueue(Run elsewhere)
+BackgroundQueue::BackgroundQueue(RunInBackground elsewhere)
     : run(std::move(elsewhere)), waiting(std::make_shared<Waiting>()) {}
 
 void BackgroundQueue::add(std::function<void()> call) {

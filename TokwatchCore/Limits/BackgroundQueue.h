@@ -1,12 +1,9 @@
 #pragma once
 
-#include <QFuture>
-#include <QPromise>
+#include "TokwatchCore/Limits/InBackground.h"
 
-#include <exception>
 #include <functional>
 #include <memory>
-#include <type_traits>
 #include <utility>
 
 namespace tokwatch {
@@ -16,29 +13,13 @@ namespace tokwatch {
 /// What still waits is made even when the queue is gone, unless `run` drops it.
 class BackgroundQueue {
   public:
-    /// Runs work, normally later and on another thread.
-    using Run = std::function<void(std::function<void()> work)>;
-
-    explicit BackgroundQueue(Run run);
+    explicit BackgroundQueue(RunInBackground run);
 
     /// The future has the call's result, or its exception.
     template<typename Call>
-    auto call(Call made) -> QFuture<std::invoke_result_t<Call>> {
-        using Result = std::invoke_result_t<Call>;
-        const auto promise = std::make_shared<QPromise<Result>>();
-        promise->start();
-        add([promise, made = std::move(made)] {
-            try {
-                if constexpr (std::is_void_v<Result>)
-                    made();
-                else
-                    promise->addResult(made());
-            } catch (...) {
-                promise->setException(std::current_exception());
-            }
-            promise->finish();
-        });
-        return promise->future();
+    auto call(Call made) {
+        const RunInBackground inTurn = [this](std::function<void()> work) { add(std::move(work)); };
+        return inBackground(inTurn, std::move(made));
     }
 
   private:
@@ -46,7 +27,7 @@ class BackgroundQueue {
 
     void add(std::function<void()> call);
 
-    Run run;
+    RunInBackground run;
     std::shared_ptr<Waiting> waiting;
 };
 

@@ -27,7 +27,7 @@ ProviderLimits afterFailure(const ProviderLimits& failure,
 
 } // namespace
 
-LimitsCache::LimitsCache(std::shared_ptr<UsageStore> usageStore, BackgroundQueue::Run run)
+LimitsCache::LimitsCache(std::shared_ptr<UsageStore> usageStore, RunInBackground run)
     : store(std::move(usageStore)), queue(std::move(run)) {}
 
 QFuture<std::optional<ProviderLimits>> LimitsCache::limits(ProviderID provider) {

@@ -18,7 +18,7 @@ class UsageStore;
 /// Reads and writes happen in the order of asking.
 class LimitsCache {
   public:
-    LimitsCache(std::shared_ptr<UsageStore> store, BackgroundQueue::Run run);
+    LimitsCache(std::shared_ptr<UsageStore> store, RunInBackground run);
 
     /// Absent also where the row cannot be read.
     QFuture<std::optional<ProviderLimits>> limits(ProviderID provider);

@@ -1,0 +1,63 @@
+#include "Tokwatch/App/LogWatch.h"
+
+#include "Tokwatch/App/MainThread.h"
+
+#include <QPointer>
+
+#include <system_error>
+#include <utility>
+
+namespace tokwatch {
+namespace {
+
+constexpr Seconds latency{2};
+
+} // namespace
+
+LogWatch::LogWatch(ProviderLocations places, LogOwner owner, OpenFileEventStream openStream,
+                   std::function<void(const IndexScope&)> call)
+    : locations(std::move(places)), logOwner(std::move(owner)), open(std::move(openStream)),
+      onChange(std::move(call)) {}
+
+void LogWatch::begin() {
+    const std::vector<std::filesystem::path> roots = locations.allLogRoots();
+    std::vector<std::filesystem::path> existing = roots;
+    std::erase_if(existing, [](const std::filesystem::path& root) {
+        std::error_code ignored;
+        return !std::filesystem::is_directory(root, ignored);
+    });
+    // A root that appears may be another by a link than the one that was waited for.
+    if (isRunning() && existing == watchedRoots) return;
+    const QPointer<LogWatch> self(this);
+    // The new watch begins before the old one ends, so that no change falls between them.
+    auto next = std::make_unique<DirectoryWatcher>(
+        roots, latency,
+        [self](std::vector<std::string> paths) {
+            onMainThread([self, paths = std::move(paths)] {
+                if (self) self->pathsChanged(paths);
+            });
+        },
+        open);
+    next->start();
+    watcher = std::move(next);
+    watchedRoots = std::move(existing);
+}
+
+void LogWatch::end() {
+    watcher.reset();
+    watchedRoots.clear();
+}
+
+void LogWatch::pathsChanged(const std::vector<std::string>& paths) const {
+    std::vector<std::string> logs;
+    for (const std::string& path : paths) {
+        std::error_code ignored;
+        if (logOwner(path))
+            logs.push_back(path);
+        else if (std::filesystem::is_directory(path, ignored))
+            return onChange({});
+    }
+    if (!logs.empty()) onChange(logs);
+}
+
+} // namespace tokwatch
