@@ -16,7 +16,6 @@
 #include <QProperty>
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -100,9 +99,6 @@ class AppModel : public QObject {
 
     /// A summary of other than the usual days, computed in the background.
     QFuture<UsageSummary> summaryOf(std::int64_t days) const;
-
-    /// Something asked the application to show itself.
-    std::function<void()> onOpenRequest;
 
     Preferences& preferences() const { return services.preferences; }
     const ProviderLocations& locations() const { return services.locations; }

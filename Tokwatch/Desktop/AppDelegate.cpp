@@ -80,10 +80,9 @@ void AppDelegate::launch() {
                                                           : LimitsStart::whenAllowed);
     onboardingNotifier =
         preferences.hasCompletedOnboarding.addNotifier([this] { followOnboarding(); });
-    model.onOpenRequest = [this] { popover->open(lastAnchor()); };
     makeStatusItem();
     observeTitle();
-    if (std::exchange(pendingOpen, false)) model.onOpenRequest();
+    if (std::exchange(pendingOpen, false)) openPopover();
 }
 
 /// However the welcome was finished: in its window, or in another process.
@@ -93,7 +92,7 @@ void AppDelegate::followOnboarding() {
     pinWhatHasANumber();
     application->setRank(WorkLease::Rank::desktop);
     application->model().allowLimits();
-    if (isWithoutHost()) application->model().onOpenRequest();
+    if (isWithoutHost()) openPopover();
 }
 
 /// Where Claude, whose number is the usual one, is not on the machine and nobody ever chose: the
@@ -109,12 +108,16 @@ void AppDelegate::pinWhatHasANumber() {
 
 void AppDelegate::open() {
     if (statusItem)
-        application->model().onOpenRequest();
+        openPopover();
     else
         pendingOpen = true;
 }
 
 // Popover
+
+void AppDelegate::openPopover() {
+    popover->open(lastAnchor());
+}
 
 std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
     auto view = std::make_unique<PopoverView>(application->model(), *viewClock);
@@ -239,7 +242,7 @@ void AppDelegate::hostChanged() {
     // A popup that was opened before this was known would go with the first press beside it.
     if (isFirstLook && isWithoutHost()) giveWay();
     if (isNeeded && isWithoutHost() && preferences.hasCompletedOnboarding) {
-        popover->open(lastAnchor());
+        openPopover();
         openedForWantOfHost = now();
     }
     // The panel of a session that just began comes up beside us. Later the window has its user.
@@ -304,8 +307,7 @@ std::unique_ptr<OnboardingView> AppDelegate::makeWelcome() {
     auto view =
         std::make_unique<OnboardingView>(preferences, application->model().locations(), loginItem);
     view->setHasStatusArea(!isWithoutHost());
-    connect(view.get(), &OnboardingView::finished, this,
-            [this] { application->model().onOpenRequest(); });
+    connect(view.get(), &OnboardingView::finished, this, &AppDelegate::openPopover);
     return view;
 }
 

@@ -54,6 +54,7 @@ class AppDelegate : public QObject {
     void openSettings();
     std::unique_ptr<PopoverView> makePopoverView();
     void makePopover();
+    void openPopover();
     void makeWindows();
     std::unique_ptr<OnboardingView> makeWelcome();
     void makeStatusItem();
