@@ -66,7 +66,6 @@ int main(int argc, char** argv) {
         [](QPoint at) { tell("click " + std::to_string(at.x()) + " " + std::to_string(at.y())); },
         [] { tell("refresh"); },
         [] { tell("menu settings"); },
-        {},
         [] {
             tell("menu quit");
             QGuiApplication::quit();

@@ -63,7 +63,6 @@ struct MeterItem : ::testing::Test {
             StatusActions{[this](QPoint at) { clicks.push_back(at); },
                           [this] { ++refreshes; },
                           [] {},
-                          {},
                           [] {}});
         item->onHostChanged = [this] { hosts.push_back(item->hasHost()); };
     }

@@ -217,7 +217,6 @@ void AppDelegate::makeStatusItem() {
         .open = [this](QPoint anchor) { toggle(anchor); },
         .refresh = [&model] { model.refresh(); },
         .openSettings = [this] { openSettings(); },
-        .checkForUpdates = {}, // updates come with the system's packages
         .quit = [] { QCoreApplication::quit(); },
     };
     statusItem.emplace(StatusItemSurroundings{bus.sessionBus(), scheduler, now, iconDirectory()},

@@ -78,7 +78,6 @@ IndexOutcome IndexPass::run() {
     flush();
     logUnstored();
     noteUnfinished();
-    recordCursorUsage();
     return outcome;
 }
 
@@ -315,16 +314,6 @@ void IndexPass::noteUnfinished() {
     const Date due = env.now() + IndexerService::retryInterval;
     for (const std::size_t file : unstored)
         outcome.unfinished.push_back({files[file].file.path, due});
-}
-
-void IndexPass::recordCursorUsage() {
-    if (!env.cursor) return;
-    try {
-        const std::vector<UsageEvent> usage = env.cursor();
-        if (!usage.empty()) outcome.newEvents += env.ingestEvents(usage, env.calendar);
-    } catch (const std::exception& error) {
-        systemLog(std::string("storing Cursor usage failed: ") + error.what());
-    }
 }
 
 } // namespace tokwatch

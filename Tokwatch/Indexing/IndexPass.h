@@ -31,7 +31,6 @@ class IndexPass {
         const Calendar& calendar;
         const Clock& now;
         const IndexerService::IngestEvents& ingestEvents;
-        const IndexerService::CursorUsage& cursor; ///< may be empty
         const IndexerService::ProgressHandler& progress;
         const IndexScope& scope;
         const std::atomic<bool>& stop; ///< ends the pass after the present slice
@@ -82,7 +81,6 @@ class IndexPass {
     void giveUp(std::size_t file, const std::string& reason);
     void logUnstored() const;
     void noteUnfinished();
-    void recordCursorUsage();
 
     Environment env;
     std::unordered_map<std::string, std::string> cursorTexts; ///< of a pass over all files

@@ -93,10 +93,9 @@ class IndexerService::Executor {
 };
 
 IndexerService::IndexerService(std::shared_ptr<UsageStore> usageStore, ProviderLocations places,
-                               CalendarSource days, Clock clock, IngestEvents ingest,
-                               CursorUsage usage)
+                               CalendarSource days, Clock clock, IngestEvents ingest)
     : store(std::move(usageStore)), locations(std::move(places)), calendar(std::move(days)),
-      now(std::move(clock)), ingestEvents(std::move(ingest)), cursor(std::move(usage)),
+      now(std::move(clock)), ingestEvents(std::move(ingest)),
       executor(std::make_unique<Executor>(*this)) {
     if (!ingestEvents) {
         ingestEvents = [this](std::span<const UsageEvent> events, const Calendar& in) {
@@ -114,7 +113,7 @@ QFuture<IndexOutcome> IndexerService::index(ProgressHandler progress, const Inde
 IndexOutcome IndexerService::pass(const ProgressHandler& progress, const IndexScope& scope,
                                   const std::atomic<bool>& stop) {
     const Calendar days = calendar();
-    IndexPass pass({*store, locations, days, now, ingestEvents, cursor, progress, scope, stop});
+    IndexPass pass({*store, locations, days, now, ingestEvents, progress, scope, stop});
     IndexOutcome outcome = pass.run();
     if (!scope) logListingFailures(pass.listingFailures());
     std::int64_t bytes = 0;

@@ -69,8 +69,6 @@ class IndexerService {
     /// Hands a batch to the store and returns how many of its events were new; throws
     /// UsageStoreError.
     using IngestEvents = std::function<std::int64_t(std::span<const UsageEvent>, const Calendar&)>;
-    /// Cursor keeps no logs; what this returns is counted at the end of each pass.
-    using CursorUsage = std::function<std::vector<UsageEvent>()>;
     /// Called on the service's thread.
     using ProgressHandler = std::function<void(const IndexingProgress&)>;
 
@@ -81,8 +79,7 @@ class IndexerService {
     /// Batches go to the store's own `ingest` when no other function is given. The clock is read on
     /// the service's threads.
     IndexerService(std::shared_ptr<UsageStore> store, ProviderLocations locations,
-                   CalendarSource calendar, Clock clock, IngestEvents ingestEvents = {},
-                   CursorUsage cursor = {});
+                   CalendarSource calendar, Clock clock, IngestEvents ingestEvents = {});
     /// Lets the running pass end after its present slice; what it stored stays, and the rest is
     /// read the next time.
     ~IndexerService();
@@ -114,7 +111,6 @@ class IndexerService {
     CalendarSource calendar; ///< asked once a pass
     Clock now;
     IngestEvents ingestEvents;
-    CursorUsage cursor;
     std::vector<std::string> listingFailures; ///< of the last pass over all files
     mutable std::mutex mutex;                 ///< over `last`
     IndexStatistics last;

@@ -48,16 +48,12 @@ QString widthGuide(QString text) {
 } // namespace
 
 std::vector<kivo::MenuEntry> statusMenu(const StatusActions& actions) {
-    std::vector<kivo::MenuEntry> entries{
+    return {
         {QStringLiteral("Refresh"), QKeySequence(Qt::CTRL | Qt::Key_R), actions.refresh},
         {QStringLiteral("Settings…"), QKeySequence(Qt::CTRL | Qt::Key_Comma), actions.openSettings},
+        kivo::MenuEntry::separator(),
+        {QStringLiteral("Quit Tokwatch"), QKeySequence(Qt::CTRL | Qt::Key_Q), actions.quit},
     };
-    if (actions.checkForUpdates)
-        entries.push_back({QStringLiteral("Check for Updates…"), {}, actions.checkForUpdates});
-    entries.push_back(kivo::MenuEntry::separator());
-    entries.push_back(
-        {QStringLiteral("Quit Tokwatch"), QKeySequence(Qt::CTRL | Qt::Key_Q), actions.quit});
-    return entries;
 }
 
 MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusActions itemActions)

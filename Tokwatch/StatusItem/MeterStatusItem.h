@@ -38,7 +38,6 @@ struct StatusActions {
     std::function<void(QPoint)> open; ///< a click, and where
     std::function<void()> refresh;
     std::function<void()> openSettings;
-    std::function<void()> checkForUpdates; ///< none when updates cannot be looked for
     std::function<void()> quit;
 };
 
