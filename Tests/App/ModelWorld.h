@@ -133,7 +133,7 @@ class ModelWorld {
     }
 
     void makeModel() {
-        model.emplace(AppServices{
+        model.emplace(ModelSurroundings{
             *preferences, store, prices, ProviderLocations{home.path()},
             SnapshotStore(snapshotDirectory), *limitsService,
             [this](IndexerService::ProgressHandler progress, const IndexScope& scope) {

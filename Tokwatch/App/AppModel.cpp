@@ -38,20 +38,22 @@ LimitsByProvider knownLimits(UsageStore& store, const std::vector<ProviderID>& p
 
 } // namespace
 
-AppModel::AppModel(AppServices parts)
-    : services(std::move(parts)), calendarState(services.calendar()),
-      requests(services.scheduler, services.now, [this] { runRequestedPass(); }),
-      logWatch(services.locations, services.providerForChangedPath, services.openFileEvents,
+AppModel::AppModel(ModelSurroundings given)
+    : surroundings(std::move(given)), calendarState(surroundings.calendar()),
+      requests(surroundings.scheduler, surroundings.now, [this] { runRequestedPass(); }),
+      logWatch(surroundings.locations, surroundings.providerForChangedPath,
+               surroundings.openFileEvents,
                [this](const IndexScope& changed) { requestPass(changed); }),
       storeWatch(
-          services.store, services.runInBackground, [this] { storeChanged(); },
+          surroundings.store, surroundings.runInBackground, [this] { storeChanged(); },
           [this] {
               requestPass({});
               storeChanged();
           }),
-      refreshing(
-          [this] { return pass({}); },
-          [this](ProviderID provider) { return services.limitsService.refresh(provider, true); }) {}
+      refreshing([this] { return pass({}); },
+                 [this](ProviderID provider) {
+                     return surroundings.limitsService.refresh(provider, true);
+                 }) {}
 
 AppModel::~AppModel() = default;
 
@@ -59,13 +61,14 @@ void AppModel::start(Role firstRole, LimitsStart limitsStart) {
     const QPointer<AppModel> self(this);
     updatePresent();
     // At once, so that the first title is right; nobody else uses the store yet.
-    setLimits(ClaudeGate::applied(knownLimits(*services.store, present()), services.preferences,
-                                  services.now()));
+    setLimits(ClaudeGate::applied(knownLimits(*surroundings.store, present()),
+                                  surroundings.preferences, surroundings.now()));
     publish();
-    services.limitsService.onUpdate = [self](ProviderID provider, const ProviderLimits& limits) {
+    surroundings.limitsService.onUpdate = [self](ProviderID provider,
+                                                 const ProviderLimits& limits) {
         if (self) self->apply(limits, provider);
     };
-    services.limitsService.onAttempt = [self](ProviderID provider, const AttemptTimes& times) {
+    surroundings.limitsService.onAttempt = [self](ProviderID provider, const AttemptTimes& times) {
         if (!self) return;
         std::map<ProviderID, AttemptTimes> all = self->attempts();
         all.insert_or_assign(provider, times);
@@ -74,21 +77,21 @@ void AppModel::start(Role firstRole, LimitsStart limitsStart) {
     areLimitsAllowedState.setValue(limitsStart == LimitsStart::atOnce);
     setRole(firstRole);
     observePreferences();
-    services.notifications.onRefreshRequest([self] {
+    surroundings.notifications.onRefreshRequest([self] {
         if (self) self->refreshRequested();
     });
-    services.notifications.onResume([self] {
+    surroundings.notifications.onResume([self] {
         if (!self) return;
-        self->services.limitsService.resumed();
+        self->surroundings.limitsService.resumed();
         self->lookAround();
     });
-    services.notifications.onNetworkBack([self] {
-        if (self) self->services.limitsService.networkIsBack();
+    surroundings.notifications.onNetworkBack([self] {
+        if (self) self->surroundings.limitsService.networkIsBack();
     });
-    services.notifications.onTimeZoneChange([self] {
-        if (self && self->services.calendar() != self->calendar()) self->publish();
+    surroundings.notifications.onTimeZoneChange([self] {
+        if (self && self->surroundings.calendar() != self->calendar()) self->publish();
     });
-    periodicLook = services.scheduler.every(lookInterval, [this] { lookAround(); });
+    periodicLook = surroundings.scheduler.every(lookInterval, [this] { lookAround(); });
 }
 
 // Roles
@@ -103,12 +106,12 @@ void AppModel::setRole(Role role) {
 }
 
 void AppModel::beginWork() {
-    if (areLimitsAllowed()) services.limitsService.start(present());
+    if (areLimitsAllowed()) surroundings.limitsService.start(present());
     runFirstPass();
 }
 
 void AppModel::endWork() {
-    services.limitsService.stop();
+    surroundings.limitsService.stop();
     requests.forgetUnfinished();
     logWatch.end();
 }
@@ -144,14 +147,14 @@ void AppModel::publish() {
 QCoro::Task<> AppModel::publishWhileWanted() {
     const QPointer<AppModel> self(this);
     do {
-        const Calendar days = services.calendar();
+        const Calendar days = surroundings.calendar();
         const QFuture<std::optional<UsageSummary>> computing = computeSummary(readingDays, days);
         const std::optional<UsageSummary> computed = co_await computing;
         if (!self) co_return;
         if (!computed) continue; // what was known stays to be seen, with its time
         calendarState.setValue(days);
         summaryState.setValue(*computed);
-        lastUpdatedState.setValue(services.now());
+        lastUpdatedState.setValue(surroundings.now());
         if (ownRole == Role::showing) continue;
         const QFuture<void> writing = writeSnapshot();
         co_await writing;
@@ -161,10 +164,10 @@ QCoro::Task<> AppModel::publishWhileWanted() {
 
 QFuture<std::optional<UsageSummary>> AppModel::computeSummary(std::int64_t days,
                                                               Calendar in) const {
-    return inBackground(services.runInBackground,
-                        [days, store = services.store, prices = services.prices,
+    return inBackground(surroundings.runInBackground,
+                        [days, store = surroundings.store, prices = surroundings.prices,
                          calendar = std::move(in),
-                         now = services.now()]() -> std::optional<UsageSummary> {
+                         now = surroundings.now()]() -> std::optional<UsageSummary> {
                             try {
                                 return store->summary(days, now, calendar, *prices);
                             } catch (const std::exception& error) {
@@ -182,10 +185,10 @@ QFuture<UsageSummary> AppModel::summaryOf(std::int64_t days) const {
 
 QFuture<void> AppModel::writeSnapshot() const {
     return inBackground(
-        services.runInBackground,
-        [store = services.snapshots,
-         snapshot = Snapshot::make(summary(), limits(), services.preferences.enabledProviders(),
-                                   services.now(), calendar())] {
+        surroundings.runInBackground,
+        [store = surroundings.snapshots,
+         snapshot = Snapshot::make(summary(), limits(), surroundings.preferences.enabledProviders(),
+                                   surroundings.now(), calendar())] {
             try {
                 store.write(snapshot);
             } catch (const SnapshotStore::NoContainer&) {
@@ -201,7 +204,7 @@ QFuture<void> AppModel::writeSnapshot() const {
 void AppModel::allowLimits() {
     if (areLimitsAllowed()) return;
     areLimitsAllowedState.setValue(true);
-    if (ownRole == Role::working) services.limitsService.start(present());
+    if (ownRole == Role::working) surroundings.limitsService.start(present());
 }
 
 bool AppModel::asksForLimits() const {
@@ -227,14 +230,14 @@ void AppModel::setStoredLimits(LimitsByProvider stored) {
     std::erase_if(stored, [this](const auto& entry) {
         const auto known = limits().find(entry.first);
         return known != limits().end() && known->second.fetchedAt > entry.second.fetchedAt &&
-               known->second.fetchedAt <= services.now();
+               known->second.fetchedAt <= surroundings.now();
     });
-    setLimits(ClaudeGate::applied(std::move(stored), services.preferences, services.now()));
+    setLimits(ClaudeGate::applied(std::move(stored), surroundings.preferences, surroundings.now()));
 }
 
 QFuture<LimitsByProvider> AppModel::readStoredLimits(std::vector<ProviderID> providers) const {
-    return inBackground(services.runInBackground,
-                        [store = services.store, providers = std::move(providers)] {
+    return inBackground(surroundings.runInBackground,
+                        [store = surroundings.store, providers = std::move(providers)] {
                             return knownLimits(*store, providers);
                         });
 }
@@ -250,17 +253,17 @@ void AppModel::popoverOpened() {
     if (ownRole == Role::showing)
         storeChanged();
     else if (asksForLimits())
-        services.limitsService.refreshIfDue(present(), LimitsService::Wish::aLook);
+        surroundings.limitsService.refreshIfDue(present(), LimitsService::Wish::aLook);
 }
 
 void AppModel::updatePresent() {
-    std::vector<ProviderID> found = services.preferences.enabledProviders();
-    std::erase_if(found, [this](ProviderID id) { return !services.locations.isPresent(id); });
+    std::vector<ProviderID> found = surroundings.preferences.enabledProviders();
+    std::erase_if(found, [this](ProviderID id) { return !surroundings.locations.isPresent(id); });
     const std::vector<ProviderID> before = present();
     presentState.setValue(found);
     if (!asksForLimits()) return;
     std::erase_if(found, [&before](ProviderID id) { return std::ranges::count(before, id) > 0; });
-    services.limitsService.start(found);
+    surroundings.limitsService.start(found);
 }
 
 void AppModel::observePreferences() {
@@ -269,7 +272,7 @@ void AppModel::observePreferences() {
         updatePresent();
         publish(); // the snapshot lists the providers in the user's order
     };
-    Preferences& preferences = services.preferences;
+    Preferences& preferences = surroundings.preferences;
     preferenceNotifiers.push_back(preferences.providerOrder.addNotifier(providersChanged));
     preferenceNotifiers.push_back(preferences.disabledProviders.addNotifier(providersChanged));
     preferenceNotifiers.push_back(
@@ -278,7 +281,7 @@ void AppModel::observePreferences() {
 
 void AppModel::reconsiderLimits() {
     if (asksForLimits())
-        services.limitsService.reconsider();
+        surroundings.limitsService.reconsider();
     else
         showStoredLimits();
 }
@@ -290,8 +293,8 @@ QCoro::Task<> AppModel::pass(IndexScope scope) {
     const auto relay = std::make_shared<ProgressRelay>([self](const IndexingProgress& progress) {
         if (self) self->setIndexing(progress);
     });
-    const QFuture<IndexOutcome> indexing =
-        services.index([relay](const IndexingProgress& progress) { relay->post(progress); }, scope);
+    const QFuture<IndexOutcome> indexing = surroundings.index(
+        [relay](const IndexingProgress& progress) { relay->post(progress); }, scope);
     IndexOutcome outcome;
     try {
         const QFuture<void> ended(indexing);
@@ -301,7 +304,7 @@ QCoro::Task<> AppModel::pass(IndexScope scope) {
         if (self) requests.passed(scope, outcome.unfinished);
     } catch (const std::exception& error) {
         systemLog("indexing failed: " + what(error));
-        if (self) requests.failed(services.now() + IndexerService::retryInterval);
+        if (self) requests.failed(surroundings.now() + IndexerService::retryInterval);
     }
     relay->end();
     if (!self) co_return;
@@ -325,16 +328,16 @@ void AppModel::setIndexing(const std::optional<IndexingProgress>& progress) {
 
 QCoro::Task<> AppModel::pruneDaily() {
     const QPointer<AppModel> self(this);
-    const Date now = services.now();
-    const std::optional<Date> last = services.preferences.lastPruneAt();
+    const Date now = surroundings.now();
+    const std::optional<Date> last = surroundings.preferences.lastPruneAt();
     // A moment a day or more ahead was noted by a clock that has been set back since.
     if (isPruning || ownRole == Role::showing ||
         (last && std::chrono::abs(now - *last) < pruneInterval))
         co_return;
     isPruning = true;
-    const Calendar days = services.calendar();
+    const Calendar days = surroundings.calendar();
     const QFuture<bool> pruning =
-        inBackground(services.runInBackground, [now, store = services.store, days] {
+        inBackground(surroundings.runInBackground, [now, store = surroundings.store, days] {
             try {
                 store->prune(pruneLimit(now, store->newestDay(), keptDays, days), days);
                 return true;
@@ -346,7 +349,7 @@ QCoro::Task<> AppModel::pruneDaily() {
     const bool pruned = co_await pruning;
     if (!self) co_return;
     isPruning = false;
-    if (pruned) services.preferences.setLastPruneAt(now);
+    if (pruned) surroundings.preferences.setLastPruneAt(now);
 }
 
 void AppModel::refresh() {
@@ -355,7 +358,7 @@ void AppModel::refresh() {
 }
 
 void AppModel::retry(ProviderID provider) {
-    if (areLimitsAllowed()) services.limitsService.refresh(provider, true);
+    if (areLimitsAllowed()) surroundings.limitsService.refresh(provider, true);
 }
 
 void AppModel::reread(ProviderID provider) {
@@ -366,7 +369,7 @@ QCoro::Task<> AppModel::runReread(ProviderID provider) {
     const QPointer<AppModel> self(this);
     setRereading(provider, true);
     const QFuture<bool> resetting =
-        inBackground(services.runInBackground, [provider, store = services.store] {
+        inBackground(surroundings.runInBackground, [provider, store = surroundings.store] {
             try {
                 store->resetCursors(provider);
                 return true;
@@ -428,7 +431,7 @@ void AppModel::lookAround() {
     if (ownRole == Role::showing) return storeChanged();
     if (logWatch.hasBegun()) logWatch.begin();
     requestPass({});
-    if (asksForLimits()) services.limitsService.refreshIfDue(present());
+    if (asksForLimits()) surroundings.limitsService.refreshIfDue(present());
 }
 
 } // namespace tokwatch

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Tokwatch/App/AppServices.h"
 #include "Tokwatch/App/CoalescedTask.h"
 #include "Tokwatch/App/LogWatch.h"
+#include "Tokwatch/App/ModelSurroundings.h"
 #include "Tokwatch/App/PassRequests.h"
 #include "Tokwatch/App/Refreshing.h"
 #include "Tokwatch/App/StoreWatch.h"
@@ -45,7 +45,7 @@ class AppModel : public QObject {
     /// Older days are deleted.
     static constexpr int keptDays = 90;
 
-    explicit AppModel(AppServices services);
+    explicit AppModel(ModelSurroundings given);
     ~AppModel() override;
 
     /// Shows what is stored, and begins all background activity that the role has; called once.
@@ -100,11 +100,11 @@ class AppModel : public QObject {
     /// A summary of other than the usual days, computed in the background.
     QFuture<UsageSummary> summaryOf(std::int64_t days) const;
 
-    Preferences& preferences() const { return services.preferences; }
-    const ProviderLocations& locations() const { return services.locations; }
+    Preferences& preferences() const { return surroundings.preferences; }
+    const ProviderLocations& locations() const { return surroundings.locations; }
     /// The one that the published summary's days are of.
     const Calendar& calendar() const { return calendarState.value(); }
-    Date now() const { return services.now(); }
+    Date now() const { return surroundings.now(); }
 
   private:
     // The model may be gone whenever one of these resumes.
@@ -144,7 +144,7 @@ class AppModel : public QObject {
     void setIndexing(const std::optional<IndexingProgress>& progress);
     void setRereading(ProviderID provider, bool isRereading);
 
-    AppServices services;
+    ModelSurroundings surroundings;
     QProperty<Calendar> calendarState;
     QProperty<UsageSummary> summaryState;
     QProperty<LimitsByProvider> limitsState;

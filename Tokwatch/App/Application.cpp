@@ -52,27 +52,28 @@ std::shared_ptr<UsageStore> openStoreOrTemporary(const UserPaths& paths) {
     }
 }
 
-Application::Application(Surroundings world, WorkLease::Rank rank, Preferences& preferences,
+Application::Application(Surroundings surroundings, WorkLease::Rank rank, Preferences& preferences,
                          SystemNotifications& notifications)
-    : store(openStoreOrTemporary(world.paths)) {
+    : store(openStoreOrTemporary(surroundings.paths)) {
     background.emplace(backgroundThreads);
-    const ProviderLocations locations{world.paths.home};
-    indexer.emplace(store, locations, world.calendar, world.now);
+    const ProviderLocations locations{surroundings.paths.home};
+    indexer.emplace(store, locations, surroundings.calendar, surroundings.now);
     const auto runInBackground = [this](std::function<void()> work) {
         background->run(std::move(work));
     };
     const auto results = std::make_shared<LimitsCache>(store, runInBackground);
-    limitsService.emplace(
-        makeLimitsProviders(results, world.credentials, world.http, locations.codexHome()),
-        LimitsService::Storage{results, attemptLedgerBeside(world.paths.database()),
-                               runInBackground},
-        preferences, world.now, scheduler);
-    appModel.emplace(AppServices{
+    limitsService.emplace(makeLimitsProviders(results, surroundings.credentials, surroundings.http,
+                                              locations.codexHome()),
+                          LimitsService::Storage{results,
+                                                 attemptLedgerBeside(surroundings.paths.database()),
+                                                 runInBackground},
+                          preferences, surroundings.now, scheduler);
+    appModel.emplace(ModelSurroundings{
         .preferences = preferences,
         .store = store,
         .prices = std::make_shared<PriceTable>(PriceTable::bundled()),
         .locations = locations,
-        .snapshots = SnapshotStore(world.paths.snapshotDirectory()),
+        .snapshots = SnapshotStore(surroundings.paths.snapshotDirectory()),
         .limitsService = *limitsService,
         .index =
             [this](IndexerService::ProgressHandler progress, const IndexScope& scope) {
@@ -84,11 +85,11 @@ Application::Application(Surroundings world, WorkLease::Rank rank, Preferences& 
         .notifications = notifications,
         .scheduler = scheduler,
         .runInBackground = runInBackground,
-        .calendar = world.calendar,
-        .now = world.now,
+        .calendar = surroundings.calendar,
+        .now = surroundings.now,
     });
-    sharing.emplace(*appModel, scheduler, WorkLease(dataDirectory(world.paths), rank),
-                    world.paths.database());
+    sharing.emplace(*appModel, scheduler, WorkLease(dataDirectory(surroundings.paths), rank),
+                    surroundings.paths.database());
 }
 
 Application::~Application() {

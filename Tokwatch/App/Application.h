@@ -19,7 +19,7 @@ namespace tokwatch {
 class Preferences;
 class SystemNotifications;
 
-/// What the application takes from the world around it.
+/// What the application takes from outside.
 struct Surroundings {
     UserPaths paths;
     CalendarSource calendar;

@@ -1,6 +1,6 @@
 #include "Tokwatch/CommandLine/Arguments.h"
 
-#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/CommandSurroundings.h"
 #include "Tokwatch/CommandLine/Commands.h"
 #include "Tokwatch/CommandLine/Completion.h"
 #include "Tokwatch/CommandLine/Suggestion.h"
@@ -26,7 +26,7 @@ struct Invocation {
     std::string dataDirectory;
     bool json = false;
     /// The desktop application unless a command replaces it.
-    std::function<int(const CommandEnvironment&)> run = [this](const CommandEnvironment&) {
+    std::function<int(const CommandSurroundings&)> run = [this](const CommandSurroundings&) {
         return runDesktop(pathOptions());
     };
 
@@ -37,7 +37,7 @@ struct Invocation {
         return options;
     }
 
-    CommandEnvironment environment(Terminal& terminal) const {
+    CommandSurroundings surroundings(Terminal& terminal) const {
         UserPaths paths = UserPaths::current();
         if (!home.empty()) paths.home = std::filesystem::absolute(home).lexically_normal();
         if (!dataDirectory.empty()) paths.dataHome = std::filesystem::absolute(dataDirectory);
@@ -99,8 +99,8 @@ void addSummary(CLI::App& app, Invocation& invocation, SummaryOptions& options) 
     command.add_flag("--no-index", options.skipIndex,
                      "Show what is stored without reading the logs first");
     command.callback([&] {
-        invocation.run = [&options](const CommandEnvironment& environment) {
-            return runSummary(environment, options);
+        invocation.run = [&options](const CommandSurroundings& surroundings) {
+            return runSummary(surroundings, options);
         };
     });
 }
@@ -125,8 +125,8 @@ void addLimits(CLI::App& app, Invocation& invocation, LimitsOptions& options) {
     addChoice(command, "--provider", options.provider, optionalProvidersByName(),
               "Show this provider only");
     command.callback([&] {
-        invocation.run = [&options](const CommandEnvironment& environment) {
-            return runLimits(environment, options);
+        invocation.run = [&options](const CommandSurroundings& surroundings) {
+            return runLimits(surroundings, options);
         };
     });
 }
@@ -144,8 +144,8 @@ void addStatus(CLI::App& app, Invocation& invocation, StatusOptions& options) {
         ->excludes("--json");
     command.callback([&] {
         if (invocation.json) options.format = StatusFormat::json;
-        invocation.run = [&options](const CommandEnvironment& environment) {
-            return runStatus(environment, options);
+        invocation.run = [&options](const CommandSurroundings& surroundings) {
+            return runStatus(surroundings, options);
         };
     });
 }
@@ -202,16 +202,16 @@ void addPreferences(CLI::App& app, Invocation& invocation, SettingArguments& set
     addName(get);
     addJSON(get);
     get.callback([&] {
-        invocation.run = [&setting](const CommandEnvironment& environment) {
-            return runPreferencesGet(environment, setting.name);
+        invocation.run = [&setting](const CommandSurroundings& surroundings) {
+            return runPreferencesGet(surroundings, setting.name);
         };
     });
     CLI::App& set = *command.add_subcommand("set", "Change one setting");
     addName(set);
     set.add_option("value", setting.value, "What it is to be")->required()->type_name("VALUE");
     set.callback([&] {
-        invocation.run = [&setting](const CommandEnvironment& environment) {
-            return runPreferencesSet(environment, setting.name, setting.value);
+        invocation.run = [&setting](const CommandSurroundings& surroundings) {
+            return runPreferencesSet(surroundings, setting.name, setting.value);
         };
     });
 }
@@ -223,8 +223,8 @@ void addReread(CLI::App& app, Invocation& invocation, ProviderID& provider) {
     addChoice<ProviderID>(command, "provider", provider, providersByName(), "Whose logs")
         ->required();
     command.callback([&] {
-        invocation.run = [&provider](const CommandEnvironment& environment) {
-            return runReread(environment, provider);
+        invocation.run = [&provider](const CommandSurroundings& surroundings) {
+            return runReread(surroundings, provider);
         };
     });
 }
@@ -234,8 +234,8 @@ void addDoctor(CLI::App& app, Invocation& invocation, DoctorOptions& options) {
                                        "Tell what was found, what works and what does not");
     command.add_flag("--fix", options.fix, "Close to other users what they may read of the data");
     command.callback([&] {
-        invocation.run = [&options](const CommandEnvironment& environment) {
-            return runDoctor(environment, options);
+        invocation.run = [&options](const CommandSurroundings& surroundings) {
+            return runDoctor(surroundings, options);
         };
     });
 }
@@ -257,8 +257,8 @@ void addReport(CLI::App& app, Invocation& invocation, ReportOptions& options) {
               "Count this provider only");
     command.add_flag("--csv", options.csv, "Print comma-separated values for spreadsheets");
     command.callback([&] {
-        invocation.run = [&options](const CommandEnvironment& environment) {
-            return runReport(environment, options);
+        invocation.run = [&options](const CommandSurroundings& surroundings) {
+            return runReport(surroundings, options);
         };
     });
 }
@@ -268,8 +268,8 @@ void addAudit(CLI::App& app, Invocation& invocation, bool& all) {
         app, invocation, "audit", "Compare what is stored with the files, and explain differences");
     command.add_flag("--all", all, "Show the days and models that agree, too");
     command.callback([&] {
-        invocation.run = [&all](const CommandEnvironment& environment) {
-            return runAudit(environment, all ? AuditRows::all : AuditRows::differing);
+        invocation.run = [&all](const CommandSurroundings& surroundings) {
+            return runAudit(surroundings, all ? AuditRows::all : AuditRows::differing);
         };
     });
 }
@@ -338,7 +338,7 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
         return exitUsage;
     }
     try {
-        const int status = invocation.run(invocation.environment(terminal));
+        const int status = invocation.run(invocation.surroundings(terminal));
         const std::error_code failure = terminal.flush();
         if (!failure) return status;
         // That its reader has had enough is no news to a program in a pipe.

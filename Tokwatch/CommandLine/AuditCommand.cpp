@@ -108,8 +108,8 @@ Json jsonOf(const LogAudit& audit, const LogReading& reading) {
 
 class AuditPrinter {
   public:
-    AuditPrinter(const CommandEnvironment& e, const LogAudit& a)
-        : terminal(e.terminal), home(e.paths.home.native()), audit(a) {}
+    AuditPrinter(const CommandSurroundings& given, const LogAudit& a)
+        : terminal(given.terminal), home(given.paths.home.native()), audit(a) {}
 
     void print(AuditRows which) {
         printGroups();
@@ -246,22 +246,22 @@ std::string deletedBefore(const LogAudit::Stored& stored, Date now, const Calend
 
 } // namespace
 
-int runAudit(const CommandEnvironment& environment, AuditRows which) {
-    environment.requireHome();
-    const Calendar calendar = environment.calendar();
+int runAudit(const CommandSurroundings& surroundings, AuditRows which) {
+    surroundings.requireHome();
+    const Calendar calendar = surroundings.calendar();
     // Before the files: what is stored meanwhile is in them and only seems not to have been read.
-    const LogAudit::Stored stored = storedIn(environment.paths.database());
+    const LogAudit::Stored stored = storedIn(surroundings.paths.database());
     const LogReading reading =
-        readLogs(environment, std::nullopt, dateFromUnixSeconds(0), KeepLines::all);
+        readLogs(surroundings, std::nullopt, dateFromUnixSeconds(0), KeepLines::all);
     const LogAudit audit = LogAudit::make(reading, stored, calendar,
-                                          deletedBefore(stored, environment.now(), calendar));
-    if (environment.json) {
-        environment.terminal.line(jsonText(jsonOf(audit, reading)));
+                                          deletedBefore(stored, surroundings.now(), calendar));
+    if (surroundings.json) {
+        surroundings.terminal.line(jsonText(jsonOf(audit, reading)));
     } else {
-        AuditPrinter(environment, audit).print(which);
-        printUnread(environment, reading);
+        AuditPrinter(surroundings, audit).print(which);
+        printUnread(surroundings, reading);
     }
-    requireWhole(environment, reading);
+    requireWhole(surroundings, reading);
     if (!audit.isExplained()) throw CommandError("some differences are unexplained");
     return exitOk;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/CommandSurroundings.h"
 #include "Tokwatch/CommandLine/StatusLine.h"
 #include "Tokwatch/Preferences/PreferenceTypes.h"
 #include "Tokwatch/Report/UsageReport.h"
@@ -21,9 +21,9 @@ namespace tokwatch {
 int runDesktop(const std::vector<std::string>& options);
 
 /// `tokwatch index`
-int runIndex(const CommandEnvironment& environment);
+int runIndex(const CommandSurroundings& surroundings);
 /// `tokwatch reread PROVIDER`
-int runReread(const CommandEnvironment& environment, ProviderID provider);
+int runReread(const CommandSurroundings& surroundings, ProviderID provider);
 
 enum class SummaryTable { tool, model, day };
 struct SummaryOptions {
@@ -33,7 +33,7 @@ struct SummaryOptions {
     bool skipIndex = false;
 };
 /// `tokwatch summary`
-int runSummary(const CommandEnvironment& environment, const SummaryOptions& options);
+int runSummary(const CommandSurroundings& surroundings, const SummaryOptions& options);
 
 struct LimitsOptions {
     bool refresh = false;
@@ -42,7 +42,7 @@ struct LimitsOptions {
 /// `tokwatch limits`: what is stored, without any use of the network. With `refresh` the providers'
 /// services are asked first, those of enabled assistants that are present here; CommandError when
 /// afterwards there is nothing to show of any of them.
-int runLimits(const CommandEnvironment& environment, const LimitsOptions& options);
+int runLimits(const CommandSurroundings& surroundings, const LimitsOptions& options);
 
 struct StatusOptions {
     StatusFormat format = StatusFormat::text;
@@ -53,27 +53,27 @@ struct StatusOptions {
 /// output any more (status 1): it indexes, watches, fetches, publishes, and writes the title's line
 /// at once and at each change. Of several followers over one data directory one does the work, and
 /// the others show what it stores; when it ends, another takes over.
-int runStatus(const CommandEnvironment& environment, const StatusOptions& options);
+int runStatus(const CommandSurroundings& surroundings, const StatusOptions& options);
 
 /// `tokwatch watch`: the same on one page of the terminal, kept up to date, with today's usage and
 /// the running block; until q or a signal ends it. Where there is no terminal, `status --follow`.
-int runWatch(const CommandEnvironment& environment);
+int runWatch(const CommandSurroundings& surroundings);
 
 /// `tokwatch refresh`: asks the applications of this session to refresh.
-int runRefresh(const CommandEnvironment& environment);
+int runRefresh(const CommandSurroundings& surroundings);
 
 /// `tokwatch snapshot`: the widgets' snapshot as the application last wrote it, as JSON.
-int runSnapshot(const CommandEnvironment& environment);
+int runSnapshot(const CommandSurroundings& surroundings);
 
 /// The names of all settings, in their order.
 std::vector<std::string> settingNames();
 /// `tokwatch preferences list`: in JSON an object, numbers and truth values as such, all else as
 /// text that `set` takes.
-int runPreferencesList(const CommandEnvironment& environment);
+int runPreferencesList(const CommandSurroundings& surroundings);
 /// `tokwatch preferences get KEY`
-int runPreferencesGet(const CommandEnvironment& environment, const std::string& name);
+int runPreferencesGet(const CommandSurroundings& surroundings, const std::string& name);
 /// `tokwatch preferences set KEY VALUE`. A value that the setting does not take is a usage error.
-int runPreferencesSet(const CommandEnvironment& environment, const std::string& name,
+int runPreferencesSet(const CommandSurroundings& surroundings, const std::string& name,
                       const std::string& value);
 
 struct ReportOptions {
@@ -86,18 +86,18 @@ struct ReportOptions {
 };
 /// `tokwatch report`: reads the files that were touched in the window, and the store not at all.
 /// Status 1 when some of them could not be read; the rest is shown.
-int runReport(const CommandEnvironment& environment, const ReportOptions& options);
+int runReport(const CommandSurroundings& surroundings, const ReportOptions& options);
 
 enum class AuditRows { differing, all };
 /// `tokwatch audit`: what the files hold, line by line, and the store's sums beside theirs, with
 /// the reason of each difference. Reads all files and writes nothing. Status 1 when a difference
 /// has no reason, or something could not be read.
-int runAudit(const CommandEnvironment& environment, AuditRows which);
+int runAudit(const CommandSurroundings& surroundings, AuditRows which);
 
 struct DoctorOptions {
     bool fix = false; ///< close to other users what they may read of the data
 };
 /// `tokwatch doctor`: what was found where and what of it works. Status 1 when something is broken.
-int runDoctor(const CommandEnvironment& environment, const DoctorOptions& options);
+int runDoctor(const CommandSurroundings& surroundings, const DoctorOptions& options);
 
 } // namespace tokwatch

@@ -28,8 +28,8 @@ bool isReadable(const std::string& path) {
 
 class Examination {
   public:
-    Examination(const CommandEnvironment& e, Closing c)
-        : environment(e), closing(c), places(e.locations()) {}
+    Examination(const CommandSurroundings& given, Closing c)
+        : surroundings(given), closing(c), places(given.locations()) {}
 
     std::vector<Finding> run() {
         for (const ProviderID provider : allCases<ProviderID>)
@@ -39,13 +39,14 @@ class Examination {
         std::ranges::move(examineUncounted(places), std::back_inserter(findings));
         examineLogins();
         examineStore();
-        std::ranges::move(examinePrivacy(environment.paths, closing), std::back_inserter(findings));
+        std::ranges::move(examinePrivacy(surroundings.paths, closing),
+                          std::back_inserter(findings));
         examinePrices();
         examineSettings();
         examineSnapshot();
         findings.push_back(examineWatches(roots));
         std::ranges::move(examineDesktop(), std::back_inserter(findings));
-        add("Time zone", Health::good, "Days are counted in " + environment.calendar().zoneName());
+        add("Time zone", Health::good, "Days are counted in " + surroundings.calendar().zoneName());
         return std::move(findings);
     }
 
@@ -92,7 +93,7 @@ class Examination {
     }
 
     void examineLogins() {
-        examineLogin("Claude login", environment.paths.home / ".claude/.credentials.json");
+        examineLogin("Claude login", surroundings.paths.home / ".claude/.credentials.json");
         examineLogin("Codex login", places.codexAuthFile());
     }
 
@@ -110,9 +111,9 @@ class Examination {
 
     void examineStore() {
         try {
-            const std::shared_ptr<UsageStore> store = environment.openStore();
+            const std::shared_ptr<UsageStore> store = surroundings.openStore();
             const std::string integrity = store->integrity();
-            const std::string file = environment.paths.database().value_or("").string();
+            const std::string file = surroundings.paths.database().value_or("").string();
             add("Store", integrity == "ok" ? Health::good : Health::bad,
                 file + (integrity == "ok"
                             ? " is sound, " + std::to_string(store->cursorTexts().size()) +
@@ -133,7 +134,7 @@ class Examination {
     }
 
     void examineSnapshot() {
-        const auto snapshot = SnapshotStore(environment.paths.snapshotDirectory()).read();
+        const auto snapshot = SnapshotStore(surroundings.paths.snapshotDirectory()).read();
         if (snapshot)
             add("Snapshot", Health::good, "was written at " + formatISO8601(snapshot->generatedAt));
         else
@@ -158,7 +159,7 @@ class Examination {
         }
     }
 
-    const CommandEnvironment& environment;
+    const CommandSurroundings& surroundings;
     const Closing closing;
     ProviderLocations places;
     std::vector<std::filesystem::path> roots;
@@ -168,15 +169,15 @@ class Examination {
 
 } // namespace
 
-int runDoctor(const CommandEnvironment& environment, const DoctorOptions& options) {
-    environment.requireHome();
+int runDoctor(const CommandSurroundings& surroundings, const DoctorOptions& options) {
+    surroundings.requireHome();
     const EventLoop loop;
     const Closing closing = options.fix ? Closing::apply : Closing::offer;
-    const std::vector<Finding> findings = Examination(environment, closing).run();
-    if (environment.json) {
-        environment.terminal.line(jsonText(encode(findings)));
+    const std::vector<Finding> findings = Examination(surroundings, closing).run();
+    if (surroundings.json) {
+        surroundings.terminal.line(jsonText(encode(findings)));
     } else {
-        printFindings(environment.terminal, findings);
+        printFindings(surroundings.terminal, findings);
     }
     const bool broken = std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
         return finding.health == Health::bad;

@@ -84,11 +84,12 @@ std::int64_t IndexReport::bytesRead() const {
     return sum;
 }
 
-IndexReport runIndexPass(const CommandEnvironment& environment,
+IndexReport runIndexPass(const CommandSurroundings& surroundings,
                          const std::shared_ptr<UsageStore>& store) {
     const auto start = std::chrono::steady_clock::now();
-    ProgressBar progress(environment.terminal);
-    IndexerService indexer(store, environment.locations(), environment.calendar, environment.now);
+    ProgressBar progress(surroundings.terminal);
+    IndexerService indexer(store, surroundings.locations(), surroundings.calendar,
+                           surroundings.now);
     IndexReport report;
     try {
         report.outcome =
@@ -100,7 +101,7 @@ IndexReport runIndexPass(const CommandEnvironment& environment,
     } catch (const UsageStoreError& error) {
         throw CommandError(std::string("reading the usage store failed: ") + error.what());
     }
-    environment.terminal.clearTransient();
+    surroundings.terminal.clearTransient();
     report.statistics = indexer.statistics();
     report.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -110,11 +111,11 @@ IndexReport runIndexPass(const CommandEnvironment& environment,
     return report;
 }
 
-void printIndexReport(const CommandEnvironment& environment, const IndexReport& report) {
-    if (environment.json) {
-        environment.terminal.line(jsonText(encode(report)));
+void printIndexReport(const CommandSurroundings& surroundings, const IndexReport& report) {
+    if (surroundings.json) {
+        surroundings.terminal.line(jsonText(encode(report)));
     } else {
-        print(environment.terminal, report);
+        print(surroundings.terminal, report);
     }
 }
 
@@ -129,28 +130,28 @@ void requireWhole(const IndexReport& report) {
     if (!unread.empty()) throw CommandError(unread + " could not be read");
 }
 
-int runIndex(const CommandEnvironment& environment) {
-    environment.requireHome();
-    const std::shared_ptr<UsageStore> store = environment.openStore();
-    const IndexReport report = runIndexPass(environment, store);
-    printIndexReport(environment, report);
+int runIndex(const CommandSurroundings& surroundings) {
+    surroundings.requireHome();
+    const std::shared_ptr<UsageStore> store = surroundings.openStore();
+    const IndexReport report = runIndexPass(surroundings, store);
+    printIndexReport(surroundings, report);
     requireWhole(report);
     return exitOk;
 }
 
-int runReread(const CommandEnvironment& environment, ProviderID provider) {
-    environment.requireHome();
-    const std::shared_ptr<UsageStore> store = environment.openStore();
+int runReread(const CommandSurroundings& surroundings, ProviderID provider) {
+    surroundings.requireHome();
+    const std::shared_ptr<UsageStore> store = surroundings.openStore();
     std::vector<std::string> stuck;
     try {
         store->resetCursors(provider);
-        stuck = stuckFiles(*store, environment.locations(), provider);
+        stuck = stuckFiles(*store, surroundings.locations(), provider);
     } catch (const UsageStoreError& error) {
         throw CommandError("resetting " + std::string(rawValue(provider)) +
                            " cursors failed: " + error.what());
     }
-    const IndexReport report = runIndexPass(environment, store);
-    printIndexReport(environment, report);
+    const IndexReport report = runIndexPass(surroundings, store);
+    printIndexReport(surroundings, report);
     if (!stuck.empty())
         throw CommandError("the stored read positions of " +
                            counted(static_cast<std::int64_t>(stuck.size()), "file") +

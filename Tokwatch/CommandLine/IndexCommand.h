@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/CommandSurroundings.h"
 #include "Tokwatch/Indexing/IndexerService.h"
 
 namespace tokwatch {
@@ -13,10 +13,10 @@ struct IndexReport {
     double seconds = 0;
     std::int64_t bytesRead() const;
 };
-IndexReport runIndexPass(const CommandEnvironment& environment,
+IndexReport runIndexPass(const CommandSurroundings& surroundings,
                          const std::shared_ptr<UsageStore>& store);
 
-void printIndexReport(const CommandEnvironment& environment, const IndexReport& report);
+void printIndexReport(const CommandSurroundings& surroundings, const IndexReport& report);
 /// Throws CommandError when some files or folders could not be read.
 void requireWhole(const IndexReport& report);
 } // namespace tokwatch

@@ -23,14 +23,14 @@ namespace {
 /// what is stored, gated, and stored.
 class Fetch {
   public:
-    Fetch(const CommandEnvironment& environment, const std::shared_ptr<UsageStore>& store,
+    Fetch(const CommandSurroundings& surroundings, const std::shared_ptr<UsageStore>& store,
           Preferences& preferences)
-        : world(Surroundings::real(environment.paths)),
+        : real(Surroundings::real(surroundings.paths)),
           stored(std::make_shared<LimitsCache>(store, inBackground())),
-          service(makeLimitsProviders(stored, world.credentials, world.http,
-                                      environment.locations().codexHome()),
-                  {stored, attemptLedgerBeside(environment.paths.database()), inBackground()},
-                  preferences, environment.now, scheduler) {
+          service(makeLimitsProviders(stored, real.credentials, real.http,
+                                      surroundings.locations().codexHome()),
+                  {stored, attemptLedgerBeside(surroundings.paths.database()), inBackground()},
+                  preferences, surroundings.now, scheduler) {
         service.onUpdate = [this](ProviderID provider, const ProviderLimits& limits) {
             results.insert_or_assign(provider, limits);
         };
@@ -56,7 +56,7 @@ class Fetch {
 
     EventLoop loop;
     QtScheduler scheduler;
-    Surroundings world;
+    Surroundings real;
     QThreadPool background;
     std::shared_ptr<LimitsCache> stored;
     LimitsService service;
@@ -75,7 +75,7 @@ std::vector<ProviderID> shownProviders(const Preferences& preferences,
 
 /// Codex's logs tell its limits, too. On a new data directory nobody has read them yet, and without
 /// a login they are all there is.
-void readLogsNobodyRead(const CommandEnvironment& environment,
+void readLogsNobodyRead(const CommandSurroundings& surroundings,
                         const std::shared_ptr<UsageStore>& store, const LimitsByProvider& limits,
                         const std::vector<ProviderID>& providers) {
     const auto isUnread = [&limits](ProviderID provider) {
@@ -85,25 +85,25 @@ void readLogsNobodyRead(const CommandEnvironment& environment,
     };
     if (std::ranges::none_of(providers, isUnread)) return;
     try {
-        runIndexPass(environment, store);
+        runIndexPass(surroundings, store);
     } catch (const CommandError& error) {
         systemLog(std::string("the session files could not be read for limits: ") + error.what());
     }
 }
 
-void refresh(const CommandEnvironment& environment, const std::shared_ptr<UsageStore>& store,
+void refresh(const CommandSurroundings& surroundings, const std::shared_ptr<UsageStore>& store,
              Preferences& preferences, LimitsByProvider& limits,
              std::vector<ProviderID> providers) {
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
     std::erase_if(providers, [&](ProviderID provider) {
         return std::ranges::count(enabled, provider) == 0 ||
-               !environment.locations().isPresent(provider);
+               !surroundings.locations().isPresent(provider);
     });
     if (providers.empty())
         throw CommandError(
             "no assistant with limits was found; tokwatch doctor tells where they are looked for");
-    readLogsNobodyRead(environment, store, limits, providers);
-    for (auto& [provider, fetched] : Fetch(environment, store, preferences).run(providers))
+    readLogsNobodyRead(surroundings, store, limits, providers);
+    for (auto& [provider, fetched] : Fetch(surroundings, store, preferences).run(providers))
         limits.insert_or_assign(provider, fetched);
 }
 
@@ -119,21 +119,21 @@ Json encodeAll(const LimitsByProvider& limits, const std::vector<ProviderID>& or
 
 } // namespace
 
-int runLimits(const CommandEnvironment& environment, const LimitsOptions& options) {
-    environment.requireHome();
-    const std::shared_ptr<UsageStore> store = environment.openStoreForReading();
+int runLimits(const CommandSurroundings& surroundings, const LimitsOptions& options) {
+    surroundings.requireHome();
+    const std::shared_ptr<UsageStore> store = surroundings.openStoreForReading();
     const std::unique_ptr<QSettings> settings = userSettings();
     Preferences preferences(*settings);
     const std::vector<ProviderID> shown = shownProviders(preferences, options.provider);
 
-    LimitsByProvider limits = environment.limits(*store, preferences, shown);
-    if (options.refresh) refresh(environment, store, preferences, limits, shown);
-    if (environment.json)
-        environment.terminal.line(jsonText(encodeAll(limits, shown)));
+    LimitsByProvider limits = surroundings.limits(*store, preferences, shown);
+    if (options.refresh) refresh(surroundings, store, preferences, limits, shown);
+    if (surroundings.json)
+        surroundings.terminal.line(jsonText(encodeAll(limits, shown)));
     else
-        printLimits(environment, preferences, limits, shown);
-    if (limits.empty() && !options.refresh && !environment.json)
-        environment.terminal.line("tokwatch limits --refresh asks for them.");
+        printLimits(surroundings, preferences, limits, shown);
+    if (limits.empty() && !options.refresh && !surroundings.json)
+        surroundings.terminal.line("tokwatch limits --refresh asks for them.");
 
     const bool isAnythingShown =
         std::ranges::any_of(limits, [](const auto& entry) { return showsSomething(entry.second); });

@@ -22,8 +22,8 @@ constexpr const char* turningOn = "; tokwatch preferences set claudeLiveLimits t
 
 class LimitsPrinter {
   public:
-    LimitsPrinter(const CommandEnvironment& e, const Preferences& p)
-        : environment(e), preferences(p), now(e.now()) {}
+    LimitsPrinter(const CommandSurroundings& given, const Preferences& p)
+        : surroundings(given), preferences(p), now(given.now()) {}
 
     void add(ProviderID provider, const ProviderLimits& limits) {
         std::string heading(displayName(provider));
@@ -41,9 +41,9 @@ class LimitsPrinter {
 
     void print() {
         if (table.isEmpty())
-            environment.terminal.line("No limits are known yet.");
+            surroundings.terminal.line("No limits are known yet.");
         else
-            table.print(environment.terminal);
+            table.print(surroundings.terminal);
     }
 
   private:
@@ -52,7 +52,7 @@ class LimitsPrinter {
         table.add({{"  " + fitted(windowLabel(window), longestLabel)},
                    {model.percentLeftText + " left", toneOf(model.leftFraction)},
                    {track(model.leftFraction), toneOf(model.leftFraction)},
-                   {LimitTexts::reset(window, model, now, environment.calendar())},
+                   {LimitTexts::reset(window, model, now, surroundings.calendar())},
                    {std::string(caption(model.pace)),
                     model.pace == Pace::over ? Tone::yellow : Tone::dim},
                    {ageText(window, fetchedAt), Tone::dim}});
@@ -76,7 +76,7 @@ class LimitsPrinter {
         const bool isLive = std::holds_alternative<LimitSource::Live>(window.source.value);
         const Date moment = LimitAge::asOf(window, fetchedAt);
         if (isLive && std::chrono::abs(now - moment) < RefreshPolicy::baseInterval) return "";
-        return "as of " + DayFormat::moment(moment, now, environment.calendar());
+        return "as of " + DayFormat::moment(moment, now, surroundings.calendar());
     }
 
     Tone toneOf(double left) const {
@@ -92,7 +92,7 @@ class LimitsPrinter {
         return Tone::plain;
     }
 
-    const CommandEnvironment& environment;
+    const CommandSurroundings& surroundings;
     const Preferences& preferences;
     Date now;
     Table table{{{""}, {"", Align::right}, {""}, {""}, {""}, {""}}};
@@ -100,9 +100,9 @@ class LimitsPrinter {
 
 } // namespace
 
-void printLimits(const CommandEnvironment& environment, const Preferences& preferences,
+void printLimits(const CommandSurroundings& surroundings, const Preferences& preferences,
                  const LimitsByProvider& limits, const std::vector<ProviderID>& order) {
-    LimitsPrinter printer(environment, preferences);
+    LimitsPrinter printer(surroundings, preferences);
     for (const ProviderID provider : order) {
         const auto found = limits.find(provider);
         if (found != limits.end()) printer.add(provider, found->second);

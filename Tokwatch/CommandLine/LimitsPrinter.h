@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/CommandSurroundings.h"
 #include "Tokwatch/Display/StatusTitle.h"
 
 #include <vector>
@@ -8,7 +8,7 @@
 namespace tokwatch {
 
 /// The limits for people: a block a provider, with a bar, the reset and the pace of each window.
-void printLimits(const CommandEnvironment& environment, const Preferences& preferences,
+void printLimits(const CommandSurroundings& surroundings, const Preferences& preferences,
                  const LimitsByProvider& limits, const std::vector<ProviderID>& order);
 
 } // namespace tokwatch

@@ -13,22 +13,22 @@ constexpr std::size_t mostNamed = 10;
 
 } // namespace
 
-LogReading readLogs(const CommandEnvironment& environment, std::optional<ProviderID> provider,
+LogReading readLogs(const CommandSurroundings& surroundings, std::optional<ProviderID> provider,
                     Date touchedSince, KeepLines keep) {
     std::vector<ProviderID> providers(allCases<ProviderID>.begin(), allCases<ProviderID>.end());
     if (provider) providers = {*provider};
-    ProgressBar progress(environment.terminal);
+    ProgressBar progress(surroundings.terminal);
     LogReading reading =
-        ResponseFiles(environment.locations(), keep)
+        ResponseFiles(surroundings.locations(), keep)
             .read(providers, touchedSince, [&](std::int64_t read, std::int64_t all) {
                 progress.show("sessions", read, all);
             });
-    environment.terminal.clearTransient();
+    surroundings.terminal.clearTransient();
     return reading;
 }
 
-void printUnread(const CommandEnvironment& environment, const LogReading& reading) {
-    Terminal& terminal = environment.terminal;
+void printUnread(const CommandSurroundings& surroundings, const LogReading& reading) {
+    Terminal& terminal = surroundings.terminal;
     const auto show = [&](const char* title, std::size_t count, const auto& lineOf) {
         if (count == 0) return;
         terminal.line();
@@ -38,7 +38,7 @@ void printUnread(const CommandEnvironment& environment, const LogReading& readin
         if (count > mostNamed)
             terminal.line("  and " + std::to_string(count - mostNamed) + " more; --json names all");
     };
-    const std::string& home = environment.paths.home.native();
+    const std::string& home = surroundings.paths.home.native();
     show("Not counted, because they could not be read:", reading.unread.size(), [&](std::size_t i) {
         return homeRelative(reading.unread[i].path, home) + ": " + reading.unread[i].reason;
     });
@@ -53,14 +53,14 @@ void putUnread(Json& json, const LogReading& reading) {
     json["gone"] = reading.gone;
 }
 
-void requireWhole(const CommandEnvironment& environment, const LogReading& reading) {
+void requireWhole(const CommandSurroundings& surroundings, const LogReading& reading) {
     if (reading.unread.empty()) return;
     const LogListing::Failure& first = reading.unread.front();
     const std::size_t count = reading.unread.size();
     throw CommandError(
         "could not read " +
         (count == 1 ? "" : std::to_string(count) + " files or folders, the first of them ") +
-        homeRelative(first.path, environment.paths.home.native()) + ": " + first.reason);
+        homeRelative(first.path, surroundings.paths.home.native()) + ": " + first.reason);
 }
 
 } // namespace tokwatch

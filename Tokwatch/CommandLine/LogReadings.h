@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/CommandSurroundings.h"
 #include "Tokwatch/Report/ResponseFiles.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 
@@ -9,16 +9,16 @@
 namespace tokwatch {
 
 /// What the assistants' files say, read with a progress bar: of one provider, or of all.
-LogReading readLogs(const CommandEnvironment& environment, std::optional<ProviderID> provider,
+LogReading readLogs(const CommandSurroundings& surroundings, std::optional<ProviderID> provider,
                     Date touchedSince, KeepLines keep = KeepLines::last);
 
 /// Names what is missing, files and folders that could not be read or went away: for people, and
 /// as "unread" and "gone" for programs.
-void printUnread(const CommandEnvironment& environment, const LogReading& reading);
+void printUnread(const CommandSurroundings& surroundings, const LogReading& reading);
 void putUnread(Json& json, const LogReading& reading);
 
 /// CommandError when something could not be read: what could is shown, and what is missing must not
 /// look like success.
-void requireWhole(const CommandEnvironment& environment, const LogReading& reading);
+void requireWhole(const CommandSurroundings& surroundings, const LogReading& reading);
 
 } // namespace tokwatch

@@ -30,13 +30,13 @@ std::vector<std::string> settingNames() {
     return names;
 }
 
-int runPreferencesList(const CommandEnvironment& environment) {
+int runPreferencesList(const CommandSurroundings& surroundings) {
     const HeldPreferences user{userSettings()};
-    if (environment.json) {
+    if (surroundings.json) {
         Json all = Json::object();
         for (const AnySetting* setting : user.preferences.all())
             all[setting->name] = jsonOf(setting->text());
-        environment.terminal.line(jsonText(all));
+        surroundings.terminal.line(jsonText(all));
         return exitOk;
     }
     Table table({{"Setting"}, {"Value"}, {"May be"}});
@@ -44,22 +44,22 @@ int runPreferencesList(const CommandEnvironment& environment) {
         table.add({{setting->name, Tone::bold},
                    {fitted(setting->text(), 200)},
                    {setting->domain().values, Tone::dim}});
-    table.print(environment.terminal);
+    table.print(surroundings.terminal);
     return exitOk;
 }
 
-int runPreferencesGet(const CommandEnvironment& environment, const std::string& name) {
+int runPreferencesGet(const CommandSurroundings& surroundings, const std::string& name) {
     const HeldPreferences user{userSettings()};
     const std::string value = user.preferences.named(name)->text();
-    environment.terminal.line(environment.json ? jsonText(jsonOf(value)) : value);
+    surroundings.terminal.line(surroundings.json ? jsonText(jsonOf(value)) : value);
     return exitOk;
 }
 
-int runPreferencesSet(const CommandEnvironment& environment, const std::string& name,
+int runPreferencesSet(const CommandSurroundings& surroundings, const std::string& name,
                       const std::string& value) {
     HeldPreferences user{userSettings()};
     if (const auto refusal = user.preferences.named(name)->assignText(value)) {
-        environment.terminal.error(*refusal);
+        surroundings.terminal.error(*refusal);
         return exitUsage;
     }
     if (!user.preferences.save())

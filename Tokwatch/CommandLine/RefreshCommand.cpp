@@ -20,7 +20,7 @@ bool hasArrived(const QDBusConnection& bus) {
 
 } // namespace
 
-int runRefresh(const CommandEnvironment&) {
+int runRefresh(const CommandSurroundings&) {
     const EventLoop loop;
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (!DesktopBus::postRefresh(bus) || !hasArrived(bus))

@@ -66,8 +66,8 @@ Json jsonOf(const UsageReport& report, const LogReading& reading) {
     return json;
 }
 
-std::string homeOf(const CommandEnvironment& environment) {
-    std::string home = environment.paths.home.string();
+std::string homeOf(const CommandSurroundings& surroundings) {
+    std::string home = surroundings.paths.home.string();
     while (home.size() > 1 && home.ends_with('/'))
         home.pop_back();
     return home;
@@ -75,21 +75,21 @@ std::string homeOf(const CommandEnvironment& environment) {
 
 } // namespace
 
-int runReport(const CommandEnvironment& environment, const ReportOptions& options) {
-    if (environment.json && options.csv) throw UsageError("--json and --csv exclude each other");
-    const Calendar calendar = environment.calendar();
-    const Date now = environment.now();
+int runReport(const CommandSurroundings& surroundings, const ReportOptions& options) {
+    if (surroundings.json && options.csv) throw UsageError("--json and --csv exclude each other");
+    const Calendar calendar = surroundings.calendar();
+    const Date now = surroundings.now();
     const ReportWindow window = windowOf(options, now, calendar);
-    environment.requireHome();
+    surroundings.requireHome();
 
-    const UsageReport::Query query{options.by, window.period, homeOf(environment)};
+    const UsageReport::Query query{options.by, window.period, homeOf(surroundings)};
     const Period reach = UsageReport::reach(query);
-    const LogReading reading = readLogs(environment, options.provider, reach.start);
+    const LogReading reading = readLogs(surroundings, options.provider, reach.start);
     const CountedResponses responses(reading, reach.start, reach.end);
     const UsageReport report =
         UsageReport::make(query, responses, PriceTable::bundled(), calendar, now);
-    Terminal& terminal = environment.terminal;
-    if (environment.json) {
+    Terminal& terminal = surroundings.terminal;
+    if (surroundings.json) {
         terminal.line(jsonText(jsonOf(report, reading)));
     } else if (options.csv) {
         terminal.write(reportCSV(report));
@@ -97,11 +97,11 @@ int runReport(const CommandEnvironment& environment, const ReportOptions& option
         if (report.rows.empty()) {
             terminal.line(window.empty);
         } else {
-            printReport(environment, report, window.title);
+            printReport(surroundings, report, window.title);
         }
-        printUnread(environment, reading);
+        printUnread(surroundings, reading);
     }
-    requireWhole(environment, reading);
+    requireWhole(surroundings, reading);
     return exitOk;
 }
 

@@ -32,8 +32,9 @@ std::string modelsText(const UsageSums& sums) {
 
 class ReportPrinter {
   public:
-    ReportPrinter(const CommandEnvironment& e, const UsageReport& r)
-        : environment(e), terminal(e.terminal), report(r), calendar(e.calendar()), now(e.now()) {}
+    ReportPrinter(const CommandSurroundings& given, const UsageReport& r)
+        : surroundings(given), terminal(given.terminal), report(r), calendar(given.calendar()),
+          now(given.now()) {}
 
     void print(const std::string& window) {
         const UsageSums& total = report.total;
@@ -71,7 +72,7 @@ class ReportPrinter {
 
     std::string projectText(const ReportRow& row, const char* unknown) const {
         if (row.project.empty()) return unknown;
-        return homeRelative(row.project, environment.paths.home.native());
+        return homeRelative(row.project, surroundings.paths.home.native());
     }
 
     std::string spanText(Date start, Date end) const {
@@ -189,7 +190,7 @@ class ReportPrinter {
                       cost(pace.projectedUSD) + " by then.");
     }
 
-    const CommandEnvironment& environment;
+    const CommandSurroundings& surroundings;
     Terminal& terminal;
     const UsageReport& report;
     const Calendar calendar;
@@ -198,13 +199,13 @@ class ReportPrinter {
 
 } // namespace
 
-void printReport(const CommandEnvironment& environment, const UsageReport& report,
+void printReport(const CommandSurroundings& surroundings, const UsageReport& report,
                  const std::string& window) {
-    ReportPrinter(environment, report).print(window);
+    ReportPrinter(surroundings, report).print(window);
 }
 
-void printRunningBlock(const CommandEnvironment& environment, const UsageReport& report) {
-    ReportPrinter(environment, report).printRunning();
+void printRunningBlock(const CommandSurroundings& surroundings, const UsageReport& report) {
+    ReportPrinter(surroundings, report).printRunning();
 }
 
 } // namespace tokwatch

@@ -4,14 +4,14 @@
 
 namespace tokwatch {
 
-int runSnapshot(const CommandEnvironment& environment) {
-    const std::optional<std::filesystem::path> directory = environment.paths.snapshotDirectory();
+int runSnapshot(const CommandSurroundings& surroundings) {
+    const std::optional<std::filesystem::path> directory = surroundings.paths.snapshotDirectory();
     const std::optional<Snapshot> snapshot = SnapshotStore(directory).read();
     if (!snapshot)
         throw CommandError("there is no snapshot in " +
                            directory.value_or("any data directory").string() +
                            "; the running application writes it");
-    environment.terminal.line(jsonText(encode(*snapshot, DateCoding::iso8601)));
+    surroundings.terminal.line(jsonText(encode(*snapshot, DateCoding::iso8601)));
     return exitOk;
 }
 

@@ -69,8 +69,8 @@ class LineOutput {
 
 class Follower {
   public:
-    Follower(const CommandEnvironment& e, StatusFormat format)
-        : environment(e), output(e.terminal), application(e),
+    Follower(const CommandSurroundings& given, StatusFormat format)
+        : surroundings(given), output(given.terminal), application(given),
           title([this] { return current(); },
                 [this, format](const StatusTitle& now) { output.show(statusLine(now, format)); }) {}
 
@@ -85,10 +85,10 @@ class Follower {
     StatusTitle current() {
         ticks.value(); // time is read, too
         return statusTitle(application.preferences(), application.model().limits(),
-                           environment.now());
+                           surroundings.now());
     }
 
-    const CommandEnvironment& environment;
+    const CommandSurroundings& surroundings;
     EventLoop loop;
     LineOutput output;
     WindowlessApplication application;
@@ -98,15 +98,15 @@ class Follower {
 
 } // namespace
 
-int runStatus(const CommandEnvironment& environment, const StatusOptions& options) {
-    environment.requireHome();
-    if (options.follow) return Follower(environment, options.format).run();
+int runStatus(const CommandSurroundings& surroundings, const StatusOptions& options) {
+    surroundings.requireHome();
+    if (options.follow) return Follower(surroundings, options.format).run();
     const std::unique_ptr<QSettings> settings = userSettings();
     const Preferences preferences(*settings);
-    const LimitsByProvider limits = environment.limits(*environment.openStoreForReading(),
-                                                       preferences, preferences.enabledProviders());
-    environment.terminal.line(
-        statusLine(statusTitle(preferences, limits, environment.now()), options.format));
+    const LimitsByProvider limits = surroundings.limits(
+        *surroundings.openStoreForReading(), preferences, preferences.enabledProviders());
+    surroundings.terminal.line(
+        statusLine(statusTitle(preferences, limits, surroundings.now()), options.format));
     return exitOk;
 }
 

@@ -26,8 +26,8 @@ double largestShare(const std::vector<SummaryDisplay::Row>& rows) {
 
 class SummaryPrinter {
   public:
-    SummaryPrinter(const CommandEnvironment& e, const UsageSummary& s, SummaryUnit u)
-        : environment(e), terminal(e.terminal), summary(s), unit(u) {}
+    SummaryPrinter(const CommandSurroundings& given, const UsageSummary& s, SummaryUnit u)
+        : surroundings(given), terminal(given.terminal), summary(s), unit(u) {}
 
     void print(std::optional<SummaryTable> only) {
         if (summary.tools.empty()) {
@@ -49,7 +49,7 @@ class SummaryPrinter {
         terminal.line(SummaryTexts::noUsage(summary.days));
         terminal.line();
         terminal.line("Looked in:");
-        const ProviderLocations places = environment.locations();
+        const ProviderLocations places = surroundings.locations();
         Table table({{"Tool"}, {"Path"}, {""}});
         for (const ProviderID provider : allCases<ProviderID>) {
             for (const std::filesystem::path& path : places.logRoots(provider)) {
@@ -102,7 +102,7 @@ class SummaryPrinter {
 
     void printBreakdown(BreakdownMode mode, const char* title) {
         const std::vector<SummaryDisplay::Row> rows =
-            SummaryDisplay::breakdown(summary, mode, unit, environment.calendar());
+            SummaryDisplay::breakdown(summary, mode, unit, surroundings.calendar());
         if (rows.empty()) return;
         Table table({{title},
                      {"Tokens", Align::right},
@@ -121,7 +121,7 @@ class SummaryPrinter {
         table.print(terminal);
     }
 
-    const CommandEnvironment& environment;
+    const CommandSurroundings& surroundings;
     Terminal& terminal;
     const UsageSummary& summary;
     SummaryUnit unit;
@@ -129,22 +129,22 @@ class SummaryPrinter {
 
 } // namespace
 
-int runSummary(const CommandEnvironment& environment, const SummaryOptions& options) {
-    environment.requireHome();
+int runSummary(const CommandSurroundings& surroundings, const SummaryOptions& options) {
+    surroundings.requireHome();
     const std::shared_ptr<UsageStore> store =
-        options.skipIndex ? environment.openStoreForReading() : environment.openStore();
-    if (!options.skipIndex) runIndexPass(environment, store);
+        options.skipIndex ? surroundings.openStoreForReading() : surroundings.openStore();
+    if (!options.skipIndex) runIndexPass(surroundings, store);
     UsageSummary summary;
     try {
-        summary = store->summary(options.days, environment.now(), environment.calendar(),
+        summary = store->summary(options.days, surroundings.now(), surroundings.calendar(),
                                  PriceTable::bundled());
     } catch (const UsageStoreError& error) {
         throw CommandError(std::string("reading the usage store failed: ") + error.what());
     }
-    if (environment.json) {
-        environment.terminal.line(jsonText(encode(summary, DateCoding::iso8601)));
+    if (surroundings.json) {
+        surroundings.terminal.line(jsonText(encode(summary, DateCoding::iso8601)));
     } else {
-        SummaryPrinter(environment, summary, options.unit).print(options.by);
+        SummaryPrinter(surroundings, summary, options.unit).print(options.by);
     }
     return exitOk;
 }

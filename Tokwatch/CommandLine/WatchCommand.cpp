@@ -30,8 +30,8 @@ struct LogReports {
 
 class Watch {
   public:
-    explicit Watch(const CommandEnvironment& e)
-        : environment(e), application(e), files(e.locations()),
+    explicit Watch(const CommandSurroundings& given)
+        : surroundings(given), application(given), files(given.locations()),
           limits([this] { return application.model().limits(); },
                  [this](const LimitsByProvider&) { show(); }),
           usage([this] { return application.model().summary(); },
@@ -70,10 +70,10 @@ class Watch {
 
     /// On the reader's thread.
     LogReports reports() {
-        const Calendar calendar = environment.calendar();
-        const Date now = environment.now();
+        const Calendar calendar = surroundings.calendar();
+        const Date now = surroundings.now();
         const Period today = dayHolding(now, calendar);
-        const std::string home = environment.paths.home.native();
+        const std::string home = surroundings.paths.home.native();
         const UsageReport::Query models{ReportBy::model, today, home};
         const UsageReport::Query blocks{ReportBy::block, today, home};
         const Period reach = UsageReport::reach(blocks);
@@ -88,18 +88,18 @@ class Watch {
     void show() {
         const auto [rows, columns] = screen.size();
         std::vector<std::string> lines =
-            environment.terminal.page(columns, [this](Terminal& page) { write(page); });
+            surroundings.terminal.page(columns, [this](Terminal& page) { write(page); });
         lines.resize(std::min(lines.size(), rows > 2 ? rows - 2 : 0));
         lines.emplace_back();
-        lines.push_back(environment.terminal.paint(Tone::dim, "q ends · r refreshes"));
+        lines.push_back(surroundings.terminal.paint(Tone::dim, "q ends · r refreshes"));
         screen.show(lines);
     }
 
     void write(Terminal& page) {
-        const CommandEnvironment here{environment.paths, environment.calendar, environment.now,
-                                      page};
+        const CommandSurroundings here{surroundings.paths, surroundings.calendar, surroundings.now,
+                                       page};
         page.line(page.paint(Tone::bold, "Tokwatch") + "  " +
-                  DayFormat::clock(environment.now(), environment.calendar()));
+                  DayFormat::clock(surroundings.now(), surroundings.calendar()));
         page.line();
         const Preferences& preferences = application.preferences();
         std::vector<ProviderID> providers = preferences.enabledProviders();
@@ -116,7 +116,7 @@ class Watch {
         }
     }
 
-    const CommandEnvironment& environment;
+    const CommandSurroundings& surroundings;
     EventLoop loop;
     Screen screen; // before there are threads, which are not to hear of resizes
     WindowlessApplication application;
@@ -131,11 +131,11 @@ class Watch {
 
 } // namespace
 
-int runWatch(const CommandEnvironment& environment) {
-    environment.requireHome();
+int runWatch(const CommandSurroundings& surroundings) {
+    surroundings.requireHome();
     if (!Screen::isPossible())
-        return runStatus(environment, {.format = StatusFormat::text, .follow = true});
-    return Screen::guarded([&] { return Watch(environment).run(); });
+        return runStatus(surroundings, {.format = StatusFormat::text, .follow = true});
+    return Screen::guarded([&] { return Watch(surroundings).run(); });
 }
 
 } // namespace tokwatch

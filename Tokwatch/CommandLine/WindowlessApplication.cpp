@@ -8,18 +8,18 @@ namespace {
 /// Ours, the toolkit's, and a few to spare.
 constexpr int threads = 12;
 
-Surroundings surroundings(const CommandEnvironment& environment) {
+Surroundings ofApplication(const CommandSurroundings& given) {
     requireThreads(threads);
-    Surroundings world = Surroundings::real(environment.paths);
-    world.calendar = environment.calendar;
-    world.now = environment.now;
-    return world;
+    Surroundings all = Surroundings::real(given.paths);
+    all.calendar = given.calendar;
+    all.now = given.now;
+    return all;
 }
 
 } // namespace
 
-WindowlessApplication::WindowlessApplication(const CommandEnvironment& environment)
-    : application(surroundings(environment), WorkLease::Rank::follower, userPreferences, bus) {}
+WindowlessApplication::WindowlessApplication(const CommandSurroundings& surroundings)
+    : application(ofApplication(surroundings), WorkLease::Rank::follower, userPreferences, bus) {}
 
 int WindowlessApplication::run(EventLoop& loop) {
     userPreferences.followFile();

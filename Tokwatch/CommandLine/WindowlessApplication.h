@@ -3,7 +3,7 @@
 #include "Platform/Linux/DesktopBus.h"
 #include "Platform/Linux/TerminationSignals.h"
 #include "Tokwatch/App/Application.h"
-#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/CommandSurroundings.h"
 #include "Tokwatch/CommandLine/EventLoop.h"
 #include "Tokwatch/Preferences/Preferences.h"
 
@@ -18,7 +18,7 @@ namespace tokwatch {
 /// too few threads.
 class WindowlessApplication {
   public:
-    explicit WindowlessApplication(const CommandEnvironment& environment);
+    explicit WindowlessApplication(const CommandSurroundings& surroundings);
 
     /// Returns once `EventLoop::end` is called, with its status.
     int run(EventLoop& loop);

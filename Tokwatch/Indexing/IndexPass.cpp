@@ -61,10 +61,10 @@ void logFailure(const PendingFile& pending, const std::string& reason) {
 
 } // namespace
 
-IndexPass::IndexPass(Environment environment) : env(environment), groupEvents(firstGroupEvents) {}
+IndexPass::IndexPass(Surroundings given) : surroundings(given), groupEvents(firstGroupEvents) {}
 
 IndexOutcome IndexPass::run() {
-    if (!env.scope) cursorTexts = env.store.cursorTexts();
+    if (!surroundings.scope) cursorTexts = surroundings.store.cursorTexts();
     for (const ProviderID provider : allCases<ProviderID>)
         findPending(provider);
     std::int64_t unread = 0;
@@ -88,13 +88,13 @@ bool IndexPass::isKnownUnchanged(ProviderID provider, const LogFile& file) const
 }
 
 std::vector<LogFile> IndexPass::filesIn(ProviderID provider, const std::filesystem::path& root) {
-    if (!env.scope) {
+    if (!surroundings.scope) {
         LogListing listing = findLogFiles(provider, root);
         noteFailures(root, listing.failures);
         return std::move(listing.files);
     }
     std::vector<LogFile> found;
-    for (const std::string& path : *env.scope) {
+    for (const std::string& path : *surroundings.scope) {
         if (std::optional<LogFile> file = findLogFile(provider, root, path))
             found.push_back(std::move(*file));
     }
@@ -122,7 +122,7 @@ void IndexPass::noteFailures(const std::filesystem::path& root,
 }
 
 std::optional<FileCursor> IndexPass::storedCursor(const std::string& path) const {
-    if (env.scope) return env.store.cursor(path);
+    if (surroundings.scope) return surroundings.store.cursor(path);
     const auto found = cursorTexts.find(path);
     if (found == cursorTexts.end()) return std::nullopt;
     return decodeCursorRow(path, found->second);
@@ -130,7 +130,7 @@ std::optional<FileCursor> IndexPass::storedCursor(const std::string& path) const
 
 void IndexPass::findPending(ProviderID provider) {
     Part& part = parts.emplace_back(Part{{provider, 0, 0}, {provider, 0, 0, 0}});
-    for (const std::filesystem::path& root : env.locations.logRoots(provider)) {
+    for (const std::filesystem::path& root : surroundings.locations.logRoots(provider)) {
         for (LogFile& file : filesIn(provider, root)) {
             ++part.statistics.files;
             if (isKnownUnchanged(provider, file)) continue;
@@ -150,8 +150,8 @@ void IndexPass::findPending(ProviderID provider) {
 }
 
 void IndexPass::readInline() {
-    SliceReader reader(files, env.now);
-    while (!env.stop) {
+    SliceReader reader(files, surroundings.now);
+    while (!surroundings.stop) {
         std::optional<Slice> slice = reader.next();
         if (!slice) return;
         take(std::move(*slice));
@@ -163,7 +163,7 @@ void IndexPass::readAhead() {
     std::thread worker;
     try {
         worker = std::thread([this, &queue] {
-            SliceReader reader(files, env.now);
+            SliceReader reader(files, surroundings.now);
             while (std::optional<Slice> slice = reader.next()) {
                 const std::size_t weight = slice->events.size() + 1;
                 if (!queue.push(std::move(*slice), weight)) return;
@@ -174,7 +174,7 @@ void IndexPass::readAhead() {
         return readInline(); // the system allows no more threads
     }
     try {
-        while (!env.stop) {
+        while (!surroundings.stop) {
             std::optional<Slice> slice = queue.pop();
             if (!slice) break;
             take(std::move(*slice));
@@ -213,7 +213,7 @@ void IndexPass::take(Slice slice) {
         groupEvents = std::min(groupEvents * 2, groupEventLimit);
     }
     // A value for each slice: the receiver decides how often to show one.
-    if (env.progress) env.progress(part.progress);
+    if (surroundings.progress) surroundings.progress(part.progress);
 }
 
 IndexPass::Part& IndexPass::partOf(ProviderID provider) {
@@ -246,7 +246,7 @@ void IndexPass::flush() {
         // database alone.
         if (!events.empty()) addEvents(events);
         if (codexLimitsPending) storeCodexLimits();
-        if (!cursors.empty()) env.store.save(cursors);
+        if (!cursors.empty()) surroundings.store.save(cursors);
     } catch (const UsageStoreError& error) {
         // The lock's holder is not going to be quicker for a single slice, and each try waits.
         if (error.isLocked()) {
@@ -260,14 +260,14 @@ void IndexPass::flush() {
 }
 
 void IndexPass::addEvents(std::span<const UsageEvent> batch) {
-    const std::int64_t added = env.ingestEvents(batch, env.calendar);
+    const std::int64_t added = surroundings.ingestEvents(batch, surroundings.calendar);
     outcome.newEvents += added;
     present->statistics.newEvents += added;
 }
 
 void IndexPass::storeCodexLimits() {
     // What was fetched meanwhile may be newer than what Codex last wrote into its log.
-    if (env.store.setLimitsIfNewer(*codexLimits, ProviderID::codex, env.now()))
+    if (surroundings.store.setLimitsIfNewer(*codexLimits, ProviderID::codex, surroundings.now()))
         outcome.codexLimitsUpdated = true;
     codexLimitsPending = false;
 }
@@ -279,7 +279,7 @@ void IndexPass::storeOneByOne() {
         try {
             if (slice.count > 0) addEvents(std::span(events).subspan(slice.first, slice.count));
             if (codexLimitsPending) storeCodexLimits();
-            if (slice.cursorMoved) env.store.save(slice.cursor);
+            if (slice.cursorMoved) surroundings.store.save(slice.cursor);
         } catch (const UsageStoreError& error) {
             giveUp(slice.file, error.what());
         }
@@ -311,7 +311,7 @@ void IndexPass::noteUnfinished() {
         if (!unstored.contains(file)) outcome.unfinished.push_back({files[file].file.path, due});
     }
     if (unstored.empty()) return;
-    const Date due = env.now() + IndexerService::retryInterval;
+    const Date due = surroundings.now() + IndexerService::retryInterval;
     for (const std::size_t file : unstored)
         outcome.unfinished.push_back({files[file].file.path, due});
 }

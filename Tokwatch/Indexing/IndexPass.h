@@ -25,7 +25,7 @@ namespace tokwatch {
 /// another. A pass that dies in between finds its events already seen the next time.
 class IndexPass {
   public:
-    struct Environment {
+    struct Surroundings {
         UsageStore& store;
         const ProviderLocations& locations;
         const Calendar& calendar;
@@ -36,7 +36,7 @@ class IndexPass {
         const std::atomic<bool>& stop; ///< ends the pass after the present slice
     };
 
-    explicit IndexPass(Environment environment);
+    explicit IndexPass(Surroundings given);
 
     /// Throws UsageStoreError when the cursors cannot be read; failures of single files are logged.
     IndexOutcome run();
@@ -82,7 +82,7 @@ class IndexPass {
     void logUnstored() const;
     void noteUnfinished();
 
-    Environment env;
+    Surroundings surroundings;
     std::unordered_map<std::string, std::string> cursorTexts; ///< of a pass over all files
     std::vector<Part> parts;
     std::vector<PendingFile> files; ///< changed ones, provider by provider

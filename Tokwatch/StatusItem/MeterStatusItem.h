@@ -23,7 +23,7 @@
 
 namespace tokwatch {
 
-/// What the status item stands on. References outlive it.
+/// What the status item takes from outside. References outlive it.
 struct StatusItemSurroundings {
     QDBusConnection bus;
     Scheduler& scheduler;

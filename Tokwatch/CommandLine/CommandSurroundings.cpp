@@ -1,4 +1,4 @@
-#include "Tokwatch/CommandLine/CommandEnvironment.h"
+#include "Tokwatch/CommandLine/CommandSurroundings.h"
 
 #include "Tokwatch/Limits/ClaudeGate.h"
 #include "TokwatchCore/Store/StoredLimits.h"
@@ -16,14 +16,14 @@ CommandError openFailure(const std::filesystem::path& database, const UsageStore
 
 } // namespace
 
-std::filesystem::path CommandEnvironment::requireDatabase() const {
+std::filesystem::path CommandSurroundings::requireDatabase() const {
     const std::optional<std::filesystem::path> database = paths.database();
     if (!database)
         throw CommandError("there is no data directory: neither XDG_DATA_HOME nor HOME is set");
     return *database;
 }
 
-std::shared_ptr<UsageStore> CommandEnvironment::openStore() const {
+std::shared_ptr<UsageStore> CommandSurroundings::openStore() const {
     const std::filesystem::path database = requireDatabase();
     try {
         return std::make_shared<UsageStore>(database);
@@ -32,7 +32,7 @@ std::shared_ptr<UsageStore> CommandEnvironment::openStore() const {
     }
 }
 
-std::shared_ptr<UsageStore> CommandEnvironment::openStoreForReading() const {
+std::shared_ptr<UsageStore> CommandSurroundings::openStoreForReading() const {
     const std::filesystem::path database = requireDatabase();
     try {
         return std::make_shared<UsageStore>(database);
@@ -48,8 +48,8 @@ std::shared_ptr<UsageStore> CommandEnvironment::openStoreForReading() const {
     }
 }
 
-LimitsByProvider CommandEnvironment::limits(UsageStore& store, const Preferences& preferences,
-                                            std::span<const ProviderID> providers) const {
+LimitsByProvider CommandSurroundings::limits(UsageStore& store, const Preferences& preferences,
+                                             std::span<const ProviderID> providers) const {
     try {
         return ClaudeGate::applied(storedLimits(store, providers), preferences, now());
     } catch (const UsageStoreError& error) {
@@ -57,7 +57,7 @@ LimitsByProvider CommandEnvironment::limits(UsageStore& store, const Preferences
     }
 }
 
-void CommandEnvironment::requireHome() const {
+void CommandSurroundings::requireHome() const {
     std::error_code ignored;
     if (!std::filesystem::is_directory(paths.home, ignored))
         throw CommandError("the home directory " + paths.home.string() + " does not exist");

@@ -23,8 +23,8 @@ class Preferences;
 class SystemNotifications;
 class UsageStore;
 
-/// What the model works with. References outlive the model.
-struct AppServices {
+/// What the model takes from outside. References outlive the model.
+struct ModelSurroundings {
     Preferences& preferences;
     std::shared_ptr<UsageStore> store;
     std::shared_ptr<const PriceTable> prices;

@@ -33,8 +33,8 @@ class UsageError : public std::runtime_error {
     explicit UsageError(const std::string& message) : std::runtime_error(message) {}
 };
 
-/// The world that a one-shot command runs in. The process's own, but for what options replaced.
-struct CommandEnvironment {
+/// What a one-shot command takes from outside: the process's own, but for what options replaced.
+struct CommandSurroundings {
     UserPaths paths;
     CalendarSource calendar;
     Clock now;
