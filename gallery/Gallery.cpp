@@ -4,8 +4,8 @@
 //   are any
 // Qt's own option -reverse draws them as where the desktop reads from the right.
 
-#include "Tokwatch/Desktop/HostedWindow.h"
 #include "Tokwatch/Desktop/QmlRuntime.h"
+#include "Tokwatch/Desktop/QmlWindow.h"
 #include "gallery/PictureComparison.h"
 #include "gallery/Scene.h"
 
@@ -38,7 +38,7 @@ QImage picture(const Scene& scene, const kivo::Appearance& appearance, bool whol
     window.setResizeMode(QQuickView::SizeRootObjectToView);
     window.setInitialProperties({{"view", QVariant::fromValue(view.get())}});
     window.setSource(scene.source);
-    HostedWindow::followLayoutDirection(window);
+    QmlWindow::followLayoutDirection(window);
     QQuickItem* root = window.rootObject();
     if (root == nullptr) {
         for (const QQmlError& error : window.errors())

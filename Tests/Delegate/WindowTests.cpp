@@ -1,7 +1,7 @@
 #include "Tests/Support/ManualScheduler.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "Tokwatch/Desktop/HostedWindow.h"
 #include "Tokwatch/Desktop/PopoverController.h"
+#include "Tokwatch/Desktop/QmlWindow.h"
 
 #include <QGuiApplication>
 #include <QQuickItem>
@@ -26,15 +26,15 @@ constexpr auto qml = R"(
         Item { Item { id: inner } }
     })";
 
-struct HostedWindowTest : ::testing::Test {
-    HostedWindow::Content content() {
+struct QmlWindowTest : ::testing::Test {
+    QmlWindow::Content content() {
         const std::filesystem::path file = home.write("Content.qml", qml);
         return {QUrl::fromLocalFile(QString::fromStdString(file.string())), [this] {
                     ++viewsMade;
                     return std::make_unique<QObject>();
                 }};
     }
-    QQuickView* open(HostedWindow& window) {
+    QQuickView* open(QmlWindow& window) {
         window.window().show();
         engine = runtime.engine(); // asking for one would make one
         return window.existing();
@@ -48,44 +48,44 @@ struct HostedWindowTest : ::testing::Test {
     int viewsMade = 0;
 };
 
-TEST_F(HostedWindowTest, IsKeptForAWhileAndThenGivenBackTheLastOneWithTheEngine) {
-    HostedWindow hosted(runtime, time, content());
-    HostedWindow other(runtime, time, content());
-    EXPECT_EQ(hosted.existing(), nullptr);
-    const QQuickView* first = open(hosted);
+TEST_F(QmlWindowTest, IsKeptForAWhileAndThenGivenBackTheLastOneWithTheEngine) {
+    QmlWindow kept(runtime, time, content());
+    QmlWindow other(runtime, time, content());
+    EXPECT_EQ(kept.existing(), nullptr);
+    const QQuickView* first = open(kept);
     EXPECT_EQ(first->engine(), open(other)->engine());
-    hosted.letGo();
-    time.advance(HostedWindow::keepTime - Seconds{1});
-    EXPECT_EQ(open(hosted), first) << "it was made anew for a quick return";
-    time.advance(HostedWindow::keepTime * 2);
-    EXPECT_EQ(hosted.existing(), first) << "it went while it was shown";
+    kept.letGo();
+    time.advance(QmlWindow::keepTime - Seconds{1});
+    EXPECT_EQ(open(kept), first) << "it was made anew for a quick return";
+    time.advance(QmlWindow::keepTime * 2);
+    EXPECT_EQ(kept.existing(), first) << "it went while it was shown";
 
     bool wasThere = false;
-    QObject::connect(&hosted, &HostedWindow::released,
-                     [&] { wasThere = hosted.existing() != nullptr && hosted.view() != nullptr; });
-    hosted.letGo();
-    time.advance(HostedWindow::keepTime);
+    QObject::connect(&kept, &QmlWindow::released,
+                     [&] { wasThere = kept.existing() != nullptr && kept.view() != nullptr; });
+    kept.letGo();
+    time.advance(QmlWindow::keepTime);
     EXPECT_TRUE(wasThere) << "who holds on to it must hear before it is gone";
-    EXPECT_EQ(hosted.existing(), nullptr);
-    EXPECT_EQ(hosted.view(), nullptr);
+    EXPECT_EQ(kept.existing(), nullptr);
+    EXPECT_EQ(kept.view(), nullptr);
     EXPECT_FALSE(engine.expired());
     other.release();
     EXPECT_TRUE(engine.expired());
-    open(hosted);
+    open(kept);
     EXPECT_EQ(viewsMade, 3);
 }
 
-TEST_F(HostedWindowTest, IsMirroredWhereTheDesktopReadsFromTheRight) {
+TEST_F(QmlWindowTest, IsMirroredWhereTheDesktopReadsFromTheRight) {
     for (const Qt::LayoutDirection direction : {Qt::RightToLeft, Qt::LeftToRight}) {
         QGuiApplication::setLayoutDirection(direction);
-        HostedWindow hosted(runtime, time, content());
-        EXPECT_EQ(open(hosted)->rootObject()->property("isMirrored").toBool(),
+        QmlWindow kept(runtime, time, content());
+        EXPECT_EQ(open(kept)->rootObject()->property("isMirrored").toBool(),
                   direction == Qt::RightToLeft);
     }
 }
 
 /// A popover that notes what is asked of it.
-struct FakeHost final : PopoverHost {
+struct FakeSurface final : PopoverSurface {
     bool shown = false;
     double natural = 0;
     double visible = 1000;
@@ -107,38 +107,38 @@ struct FakeHost final : PopoverHost {
 };
 
 struct PopoverControllerTest : ::testing::Test {
-    PopoverControllerTest() { host.controller = &controller; }
+    PopoverControllerTest() { surface.controller = &controller; }
     void click() { controller.toggle({1200, 10}); }
 
-    FakeHost host;
+    FakeSurface surface;
     Date now = dateFromUnixSeconds(1'768'000'000);
     int openings = 0;
-    PopoverController controller{host, [this] { return now; }, [this] { ++openings; }};
+    PopoverController controller{surface, [this] { return now; }, [this] { ++openings; }};
 };
 
 TEST_F(PopoverControllerTest, OpensAndClosesByClicksButNotByTheOneThatClosedIt) {
     click();
-    EXPECT_TRUE(host.shown);
+    EXPECT_TRUE(surface.shown);
     EXPECT_EQ(openings, 1);
     click();
-    EXPECT_FALSE(host.shown);
+    EXPECT_FALSE(surface.shown);
 
     now += PopoverController::reopenGuard;
     click();
-    EXPECT_FALSE(host.shown) << "the guard has not passed yet";
+    EXPECT_FALSE(surface.shown) << "the guard has not passed yet";
     now += Seconds{0.01};
     click();
-    EXPECT_TRUE(host.shown);
+    EXPECT_TRUE(surface.shown);
 
-    host.close(); // by a press outside
+    surface.close(); // by a press outside
     click();
-    EXPECT_FALSE(host.shown);
+    EXPECT_FALSE(surface.shown);
     now -= Seconds{3600};
     click();
-    EXPECT_TRUE(host.shown) << "a clock that was set back keeps it shut";
+    EXPECT_TRUE(surface.shown) << "a clock that was set back keeps it shut";
     controller.close();
     controller.open({1200, 10});
-    EXPECT_TRUE(host.shown) << "who asks for it gets it at once";
+    EXPECT_TRUE(surface.shown) << "who asks for it gets it at once";
 }
 
 TEST_F(PopoverControllerTest, IsAsHighAsItsContentUpToFourFifthsOfTheScreen) {
@@ -149,16 +149,16 @@ TEST_F(PopoverControllerTest, IsAsHighAsItsContentUpToFourFifthsOfTheScreen) {
     for (const auto& [natural, visible, height] :
          {Case{900, 1000, 800}, Case{500.2, 1000, 501}, Case{0, 1000, 800}, Case{900, 693, 554}}) {
         controller.contentHeightChanged(); // while it is not shown
-        host.natural = natural;
-        host.visible = visible;
+        surface.natural = natural;
+        surface.visible = visible;
         controller.open({1200, 10});
-        EXPECT_EQ(host.sizes.back(), QSize(420, height)) << natural << " of " << visible;
-        host.natural = 410.5;
+        EXPECT_EQ(surface.sizes.back(), QSize(420, height)) << natural << " of " << visible;
+        surface.natural = 410.5;
         controller.contentHeightChanged();
-        EXPECT_EQ(host.sizes.back(), QSize(420, 411));
+        EXPECT_EQ(surface.sizes.back(), QSize(420, 411));
         controller.close();
     }
-    EXPECT_EQ(host.sizes.size(), 8U);
+    EXPECT_EQ(surface.sizes.size(), 8U);
 }
 
 } // namespace

@@ -129,9 +129,9 @@ std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
 }
 
 void AppDelegate::makePopover() {
-    popoverHost.emplace(runtime, scheduler,
-                        HostedWindow::Content{popoverSource, [this] { return makePopoverView(); }});
-    popoverWindow.emplace(*popoverHost);
+    popoverContent.emplace(runtime, scheduler,
+                           QmlWindow::Content{popoverSource, [this] { return makePopoverView(); }});
+    popoverWindow.emplace(*popoverContent);
     popover.emplace(*popoverWindow, now, [this] { popoverOpened(); });
     popoverWindow->onContentHeight = [this] { popover->contentHeightChanged(); };
     popoverWindow->onPressElsewhere = [this](QPoint at, Qt::MouseButton button) {
@@ -178,7 +178,7 @@ void AppDelegate::popoverOpened() {
     statusItem->setPopoverOpen(true);
     constexpr Seconds second{1};
     countdown = scheduler.every(second, [this] {
-        const auto* view = qobject_cast<PopoverView*>(popoverHost->view());
+        const auto* view = qobject_cast<PopoverView*>(popoverContent->view());
         if (view != nullptr && view->countsDown()) viewClock->advance();
     });
 }
@@ -187,7 +187,7 @@ void AppDelegate::updatePopoverStyle() {
     const bool isOrdinary = preferences.showDockIcon || isWithoutHost();
     popoverWindow->setStyle(isOrdinary ? PopoverWindow::Style::window
                                        : PopoverWindow::Style::popup);
-    if (auto* view = qobject_cast<PopoverView*>(popoverHost->view()))
+    if (auto* view = qobject_cast<PopoverView*>(popoverContent->view()))
         view->setHostAdvice(hostAdvice());
 }
 
@@ -284,19 +284,19 @@ void AppDelegate::observeTitle() {
 void AppDelegate::makeWindows() {
     settingsWindow.emplace(
         runtime, scheduler,
-        HostedWindow::Content{settingsSource,
-                              [this] {
-                                  const SettingsPlaces places{paths.database(), settingsFile,
-                                                              loginItem, QDesktopServices::openUrl};
-                                  auto view = std::make_unique<SettingsView>(application->model(),
-                                                                             *viewClock, places);
-                                  connect(view.get(), &SettingsView::quitRequested, qApp,
-                                          &QCoreApplication::quit);
-                                  return view;
-                              }},
+        QmlWindow::Content{settingsSource,
+                           [this] {
+                               const SettingsPlaces places{paths.database(), settingsFile,
+                                                           loginItem, QDesktopServices::openUrl};
+                               auto view = std::make_unique<SettingsView>(application->model(),
+                                                                          *viewClock, places);
+                               connect(view.get(), &SettingsView::quitRequested, qApp,
+                                       &QCoreApplication::quit);
+                               return view;
+                           }},
         ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, {560, 300}});
     onboarding.emplace(runtime, scheduler,
-                       HostedWindow::Content{onboardingSource, [this] { return makeWelcome(); }},
+                       QmlWindow::Content{onboardingSource, [this] { return makeWelcome(); }},
                        ContentWindow::Frame{QStringLiteral("Welcome to Tokwatch"), {500, 0}});
     for (ContentWindow* window : {&*settingsWindow, &*onboarding})
         connect(window, &ContentWindow::closed, this, &AppDelegate::windowClosed);

@@ -6,10 +6,10 @@
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/Desktop/ContentWindow.h"
 #include "Tokwatch/Desktop/ContextMenuWindow.h"
-#include "Tokwatch/Desktop/HostedWindow.h"
 #include "Tokwatch/Desktop/PopoverController.h"
 #include "Tokwatch/Desktop/PopoverWindow.h"
 #include "Tokwatch/Desktop/QmlRuntime.h"
+#include "Tokwatch/Desktop/QmlWindow.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
@@ -85,7 +85,7 @@ class AppDelegate : public QObject {
     std::optional<ViewClock> viewClock;
     std::optional<ContentWindow> onboarding;
     std::optional<ContentWindow> settingsWindow;
-    std::optional<HostedWindow> popoverHost;
+    std::optional<QmlWindow> popoverContent;
     std::optional<PopoverWindow> popoverWindow;
     std::optional<PopoverController> popover;
     std::optional<ContextMenuWindow> contextMenu;

@@ -10,25 +10,25 @@
 
 namespace tokwatch {
 
-ContentWindow::ContentWindow(QmlRuntime& runtime, Scheduler& scheduler,
-                             HostedWindow::Content content, Frame windowFrame)
-    : hosted(runtime, scheduler, std::move(content)), frame(std::move(windowFrame)) {
-    connect(&hosted, &HostedWindow::made, this, &ContentWindow::prepare);
+ContentWindow::ContentWindow(QmlRuntime& runtime, Scheduler& scheduler, QmlWindow::Content content,
+                             Frame windowFrame)
+    : qmlWindow(runtime, scheduler, std::move(content)), frame(std::move(windowFrame)) {
+    connect(&qmlWindow, &QmlWindow::made, this, &ContentWindow::prepare);
 }
 
 void ContentWindow::prepare() {
-    QQuickView& window = *hosted.existing();
+    QQuickView& window = *qmlWindow.existing();
     window.setTitle(frame.title);
     fit();
     // What is in it is laid out with the first frame.
     if (frame.size.height() == 0 && window.rootObject() != nullptr)
         connect(window.rootObject(), &QQuickItem::implicitHeightChanged, this, &ContentWindow::fit);
     window.installEventFilter(this);
-    connect(hosted.view(), SIGNAL(closeRequested()), this, SLOT(close()));
+    connect(qmlWindow.view(), SIGNAL(closeRequested()), this, SLOT(close()));
 }
 
 void ContentWindow::fit() {
-    QQuickView& window = *hosted.existing();
+    QQuickView& window = *qmlWindow.existing();
     constexpr QSize titleBar{0, 32};
     const QSize room = window.screen()->availableSize() - titleBar;
     QSize wanted = frame.size;
@@ -41,21 +41,21 @@ void ContentWindow::fit() {
 }
 
 void ContentWindow::open() {
-    QQuickView& window = hosted.window();
+    QQuickView& window = qmlWindow.window();
     window.show();
     window.raise();
     window.requestActivate();
 }
 
 void ContentWindow::close() {
-    if (hosted.existing() == nullptr || !hosted.existing()->isVisible()) return;
-    hosted.existing()->hide();
-    hosted.letGo();
+    if (qmlWindow.existing() == nullptr || !qmlWindow.existing()->isVisible()) return;
+    qmlWindow.existing()->hide();
+    qmlWindow.letGo();
     emit closed();
 }
 
 bool ContentWindow::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::Close && watched == hosted.existing()) {
+    if (event->type() == QEvent::Close && watched == qmlWindow.existing()) {
         // Hidden instead, so that it reopens at once. Not refused: that would stop the program's
         // end.
         close();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/Desktop/HostedWindow.h"
+#include "Tokwatch/Desktop/QmlWindow.h"
 
 #include <QObject>
 #include <QSize>
@@ -20,13 +20,13 @@ class ContentWindow : public QObject {
     };
 
     /// References outlive it.
-    ContentWindow(QmlRuntime& runtime, Scheduler& scheduler, HostedWindow::Content content,
+    ContentWindow(QmlRuntime& runtime, Scheduler& scheduler, QmlWindow::Content content,
                   Frame frame);
 
     /// Shows it, or brings it to the front.
     void open();
     /// The view object; null where there is no window.
-    QObject* view() const { return hosted.view(); }
+    QObject* view() const { return qmlWindow.view(); }
 
   public slots:
     void close();
@@ -41,7 +41,7 @@ class ContentWindow : public QObject {
     void prepare();
     void fit();
 
-    HostedWindow hosted;
+    QmlWindow qmlWindow;
     Frame frame;
 };
 

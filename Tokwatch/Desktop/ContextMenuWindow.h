@@ -2,7 +2,7 @@
 
 #include "KivoMenuBar/DBusMenu.h"
 #include "KivoPanel/PopupPanel.h"
-#include "Tokwatch/Desktop/HostedWindow.h"
+#include "Tokwatch/Desktop/QmlWindow.h"
 
 #include <QObject>
 #include <QPoint>
@@ -29,7 +29,7 @@ class ContextMenuWindow : public QObject {
     void prepare();
 
     std::unique_ptr<kivo::PopupPanel> panel; ///< outlives the window, whose end ends it
-    HostedWindow hosted;
+    QmlWindow qmlWindow;
 };
 
 } // namespace tokwatch

@@ -9,9 +9,9 @@
 namespace tokwatch {
 
 /// The popover as its controller sees it: a window that may be there or not.
-class PopoverHost {
+class PopoverSurface {
   public:
-    virtual ~PopoverHost() = default;
+    virtual ~PopoverSurface() = default;
 
     virtual bool isShown() const = 0;
     virtual void show(QPoint anchor, int width, int height) = 0;
@@ -33,22 +33,22 @@ class PopoverController {
     /// The part of the visible height that it may take.
     static constexpr double heightShare = 0.8;
 
-    /// The host outlives the controller. `opened` is called after each opening.
-    PopoverController(PopoverHost& host, Clock now, std::function<void()> opened);
+    /// The surface outlives the controller. `opened` is called after each opening.
+    PopoverController(PopoverSurface& surface, Clock now, std::function<void()> opened);
 
     /// A click on the status item.
     void toggle(QPoint anchor);
     void open(QPoint anchor);
     void close();
 
-    /// To be called by the host.
+    /// To be called by the surface.
     void contentHeightChanged();
     void closed();
 
   private:
     int height();
 
-    PopoverHost& host;
+    PopoverSurface& surface;
     Clock now;
     std::function<void()> opened;
     double maxHeight = 600;

@@ -12,9 +12,9 @@
 
 namespace tokwatch {
 
-PopoverWindow::PopoverWindow(HostedWindow& hostedWindow) : hosted(hostedWindow) {
-    connect(&hosted, &HostedWindow::made, this, &PopoverWindow::prepare);
-    connect(&hosted, &HostedWindow::released, this, [this] { panel.reset(); });
+PopoverWindow::PopoverWindow(QmlWindow& content) : qmlWindow(content) {
+    connect(&qmlWindow, &QmlWindow::made, this, &PopoverWindow::prepare);
+    connect(&qmlWindow, &QmlWindow::released, this, [this] { panel.reset(); });
 }
 
 void PopoverWindow::setStyle(Style next) {
@@ -22,7 +22,7 @@ void PopoverWindow::setStyle(Style next) {
 }
 
 void PopoverWindow::prepare() {
-    QQuickView& window = *hosted.existing();
+    QQuickView& window = *qmlWindow.existing();
     window.setTitle(QStringLiteral("Tokwatch"));
     preparedStyle = style;
     if (style == Style::popup) {
@@ -39,7 +39,7 @@ void PopoverWindow::prepare() {
         connect(root, SIGNAL(closeRequested()), this, SLOT(closeRequested()));
         isRounded = panel && kivo::isComposited();
         root->setProperty("isRounded", isRounded);
-        hosted.setTranslucent(isRounded);
+        qmlWindow.setTranslucent(isRounded);
     }
     connect(&window, &QWindow::widthChanged, this, &PopoverWindow::fitContent);
     connect(&window, &QWindow::heightChanged, this, &PopoverWindow::fitContent);
@@ -47,13 +47,13 @@ void PopoverWindow::prepare() {
 
 /// Whether the window is another one than is wanted by now.
 bool PopoverWindow::isOutdated() const {
-    if (hosted.existing() == nullptr || isShown()) return false;
+    if (qmlWindow.existing() == nullptr || isShown()) return false;
     return preparedStyle != style || (panel && isRounded != kivo::isComposited());
 }
 
 /// A compositor may give a window more than it asks for; lines that long are hard to read.
 void PopoverWindow::fitContent() {
-    const QQuickView& window = *hosted.existing();
+    const QQuickView& window = *qmlWindow.existing();
     QQuickItem* root = window.rootObject();
     if (root == nullptr) return;
     const int width = std::min(window.width(), PopoverController::width);
@@ -62,12 +62,12 @@ void PopoverWindow::fitContent() {
 }
 
 bool PopoverWindow::isShown() const {
-    return hosted.existing() != nullptr && hosted.existing()->isVisible();
+    return qmlWindow.existing() != nullptr && qmlWindow.existing()->isVisible();
 }
 
 void PopoverWindow::show(QPoint anchor, int width, int height) {
-    if (isOutdated()) hosted.release();
-    QQuickView& window = hosted.window();
+    if (isOutdated()) qmlWindow.release();
+    QQuickView& window = qmlWindow.window();
     if (panel) return panel->open(anchor, {width, height});
     window.setMinimumSize({width, 240});
     window.setMaximumWidth(width);
@@ -81,26 +81,26 @@ void PopoverWindow::resize(int width, int height) {
     if (panel)
         panel->resize({width, height});
     else if (isShown())
-        hosted.existing()->resize(width, height);
+        qmlWindow.existing()->resize(width, height);
 }
 
 void PopoverWindow::close() {
     if (!isShown()) return;
     if (panel) return panel->close();
-    hosted.existing()->hide();
+    qmlWindow.existing()->hide();
     wasClosed();
 }
 
 void PopoverWindow::wasClosed() {
     // Opened anew, no control has the keyboard, and none shows that it has.
-    if (const QQuickItem* root = hosted.existing()->rootObject())
+    if (const QQuickItem* root = qmlWindow.existing()->rootObject())
         if (QQuickItem* focused = root->scopedFocusItem()) focused->setFocus(false);
-    hosted.letGo();
+    qmlWindow.letGo();
     if (onClosed) onClosed();
 }
 
 double PopoverWindow::contentHeight() {
-    const QQuickItem* root = hosted.window().rootObject();
+    const QQuickItem* root = qmlWindow.window().rootObject();
     return root == nullptr ? 0 : root->implicitHeight();
 }
 
@@ -112,7 +112,7 @@ double PopoverWindow::visibleHeight(QPoint anchor) const {
 }
 
 bool PopoverWindow::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::Close && watched == hosted.existing()) {
+    if (event->type() == QEvent::Close && watched == qmlWindow.existing()) {
         // Hidden instead, so that it reopens at once. Not refused: that would stop the program's
         // end.
         close();

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "KivoPanel/PopupPanel.h"
-#include "Tokwatch/Desktop/HostedWindow.h"
 #include "Tokwatch/Desktop/PopoverController.h"
+#include "Tokwatch/Desktop/QmlWindow.h"
 
 #include <QObject>
 
@@ -14,13 +14,13 @@ namespace tokwatch {
 
 /// The popover's window: at the status item like a menu, or an ordinary window where there is no
 /// status area or the user wants a task-bar entry. Main thread only.
-class PopoverWindow : public QObject, public PopoverHost {
+class PopoverWindow : public QObject, public PopoverSurface {
     Q_OBJECT
   public:
     enum class Style { popup, window };
 
-    /// The hosted window outlives this.
-    explicit PopoverWindow(HostedWindow& hosted);
+    /// The QML window outlives this.
+    explicit PopoverWindow(QmlWindow& qmlWindow);
 
     /// Called when the content has another natural height, and when the window was closed.
     std::function<void()> onContentHeight;
@@ -53,7 +53,7 @@ class PopoverWindow : public QObject, public PopoverHost {
     void fitContent();
     void wasClosed();
 
-    HostedWindow& hosted;
+    QmlWindow& qmlWindow;
     Style style = Style::popup;
     Style preparedStyle = Style::popup;
     bool isRounded = false; ///< as it was prepared

@@ -1,4 +1,4 @@
-#include "Tokwatch/Desktop/HostedWindow.h"
+#include "Tokwatch/Desktop/QmlWindow.h"
 
 #include "TokwatchCore/Support/SystemLog.h"
 
@@ -11,20 +11,20 @@
 #include <QVariant>
 
 namespace tokwatch {
-HostedWindow::HostedWindow(QmlRuntime& qml, Scheduler& timers, Content what)
+QmlWindow::QmlWindow(QmlRuntime& qml, Scheduler& timers, Content what)
     : runtime(qml), scheduler(timers), content(std::move(what)) {}
 
-HostedWindow::~HostedWindow() {
+QmlWindow::~QmlWindow() {
     release();
 }
 
-QQuickView& HostedWindow::window() {
+QQuickView& QmlWindow::window() {
     releaseCall.reset();
     if (!quickView) make();
     return *quickView;
 }
 
-void HostedWindow::make() {
+void QmlWindow::make() {
     engine = runtime.engine();
     viewObject = content.makeView();
     quickView = std::make_unique<QQuickView>(engine.get(), nullptr);
@@ -41,16 +41,16 @@ void HostedWindow::make() {
     emit made();
 }
 
-void HostedWindow::setTranslucent(bool isTranslucent) {
+void QmlWindow::setTranslucent(bool isTranslucent) {
     translucent = isTranslucent;
     paintBackground();
 }
 
-void HostedWindow::paintBackground() {
+void QmlWindow::paintBackground() {
     quickView->setColor(translucent ? QColor(Qt::transparent) : runtime.theme().colors().canvas);
 }
 
-void HostedWindow::followLayoutDirection(QQuickView& view) {
+void QmlWindow::followLayoutDirection(QQuickView& view) {
     if (!QGuiApplication::isRightToLeft() || view.rootObject() == nullptr) return;
     QQuickItem* all = view.contentItem();
     QQmlContext* context = qmlContext(view.rootObject());
@@ -58,11 +58,11 @@ void HostedWindow::followLayoutDirection(QQuickView& view) {
     QQmlProperty::write(all, QStringLiteral("LayoutMirroring.childrenInherit"), true, context);
 }
 
-void HostedWindow::letGo() {
+void QmlWindow::letGo() {
     if (quickView) releaseCall = scheduler.after(keepTime, [this] { release(); });
 }
 
-void HostedWindow::release() {
+void QmlWindow::release() {
     releaseCall.reset();
     if (!quickView) return;
     emit released();

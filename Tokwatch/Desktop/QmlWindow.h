@@ -15,7 +15,7 @@ namespace tokwatch {
 
 /// A window with QML inside that is made when it is first wanted, kept a while after it was closed
 /// so that it reopens at once, and then given back with all that it held. Main thread only.
-class HostedWindow : public QObject {
+class QmlWindow : public QObject {
     Q_OBJECT
   public:
     static constexpr Seconds keepTime{60};
@@ -27,8 +27,8 @@ class HostedWindow : public QObject {
     };
 
     /// References outlive the window.
-    HostedWindow(QmlRuntime& runtime, Scheduler& scheduler, Content content);
-    ~HostedWindow() override;
+    QmlWindow(QmlRuntime& runtime, Scheduler& scheduler, Content content);
+    ~QmlWindow() override;
 
     /// The window, made where it is not there.
     QQuickView& window();
