@@ -17,7 +17,8 @@ class DesktopBus : public QObject, public SystemNotifications {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "app.tokwatch")
   public:
-    static constexpr const char* serviceName = "app.tokwatch"; ///< also the interface
+    /// Also the interface, and the name of the desktop's entries: the application's id.
+    static constexpr const char* serviceName = "app.tokwatch";
     static constexpr const char* objectPath = "/app/tokwatch";
     static constexpr const char* refreshMember = "refresh";
 

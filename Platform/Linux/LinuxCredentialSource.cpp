@@ -1,6 +1,7 @@
 #include "Platform/Linux/LinuxCredentialSource.h"
 
 #include "Platform/System/WholeFile.h"
+#include "TokwatchCore/Ingestion/ProviderLocations.h"
 #include "TokwatchCore/Limits/ClaudeLimitsProvider.h"
 
 #include <QStringDecoder>
@@ -49,7 +50,7 @@ LinuxCredentialSource::LinuxCredentialSource(std::filesystem::path homeDirectory
 
 QCoro::Task<std::string> LinuxCredentialSource::keychainSecret(std::string service) {
     if (service == ClaudeLimitsProvider::keychainService) {
-        const auto login = readIfPresent(home / ".claude" / ".credentials.json");
+        const auto login = readIfPresent(ProviderLocations{home}.claudeAuthFile());
         if (login) co_return *login;
     }
     std::string secret = co_await secrets.secret(service);

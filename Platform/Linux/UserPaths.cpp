@@ -1,6 +1,6 @@
 #include "Platform/Linux/UserPaths.h"
 
-#include "TokwatchCore/Ingestion/ProviderLocations.h"
+#include "Platform/System/Places.h"
 #include "TokwatchCore/Store/SnapshotStore.h"
 
 #include <cstdlib>
@@ -19,7 +19,7 @@ std::filesystem::path variable(const char* name) {
 
 UserPaths UserPaths::current() {
     UserPaths paths;
-    paths.home = ProviderLocations::shared().home;
+    paths.home = homeDirectory();
     // A relative data home is invalid by the base directory rules and counts as not set.
     const std::filesystem::path data = variable("XDG_DATA_HOME");
     if (data.is_absolute()) {

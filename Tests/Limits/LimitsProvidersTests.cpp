@@ -52,7 +52,7 @@ struct Codex final : Service {
     using Service::fetch;
     ProviderLimits fetch() override {
         const auto cache = std::make_shared<LimitsCache>(store, [](auto work) { work(); });
-        CodexLimitsProvider provider(cache, credentials, http, "/home/user/.codex");
+        CodexLimitsProvider provider(cache, credentials, http, "/home/user/.codex/auth.json");
         return testing::waitFor(provider.fetch(now));
     }
 };

@@ -79,7 +79,6 @@ class AppModel : public QObject {
     /// Providers may be asked for their limits.
     bool areLimitsAllowed() const { return areLimitsAllowedState.value(); }
 
-    QBindable<std::vector<ProviderID>> bindablePresent() const { return &presentState; }
     QBindable<std::optional<Date>> bindableLastUpdated() const { return &lastUpdatedState; }
 
     /// Computes and publishes a new summary in the background. Any number of requests during one

@@ -63,7 +63,7 @@ Application::Application(Surroundings surroundings, WorkLease::Rank rank, Prefer
     };
     const auto results = std::make_shared<LimitsCache>(store, runInBackground);
     limitsService.emplace(makeLimitsProviders(results, surroundings.credentials, surroundings.http,
-                                              locations.codexHome()),
+                                              locations.codexAuthFile()),
                           LimitsService::Storage{results,
                                                  attemptLedgerBeside(surroundings.paths.database()),
                                                  runInBackground},

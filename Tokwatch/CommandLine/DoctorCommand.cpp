@@ -93,7 +93,7 @@ class Examination {
     }
 
     void examineLogins() {
-        examineLogin("Claude login", surroundings.paths.home / ".claude/.credentials.json");
+        examineLogin("Claude login", places.claudeAuthFile());
         examineLogin("Codex login", places.codexAuthFile());
     }
 

@@ -28,7 +28,7 @@ class Fetch {
         : real(Surroundings::real(surroundings.paths)),
           stored(std::make_shared<LimitsCache>(store, inBackground())),
           service(makeLimitsProviders(stored, real.credentials, real.http,
-                                      surroundings.locations().codexHome()),
+                                      surroundings.locations().codexAuthFile()),
                   {stored, attemptLedgerBeside(surroundings.paths.database()), inBackground()},
                   preferences, surroundings.now, scheduler) {
         service.onUpdate = [this](ProviderID provider, const ProviderLimits& limits) {

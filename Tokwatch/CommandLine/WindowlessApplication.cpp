@@ -1,6 +1,6 @@
 #include "Tokwatch/CommandLine/WindowlessApplication.h"
 
-#include "Platform/Linux/ProcessHardening.h"
+#include "Platform/Linux/ProcessStart.h"
 
 namespace tokwatch {
 namespace {

@@ -1,5 +1,4 @@
-#include "Platform/Linux/ProcessHardening.h"
-#include "Platform/Linux/ProcessLocale.h"
+#include "Platform/Linux/ProcessStart.h"
 #include "Tokwatch/CommandLine/Arguments.h"
 #include "Tokwatch/CommandLine/EventLoop.h"
 

@@ -38,11 +38,12 @@ std::filesystem::path iconDirectory() {
 
 /// What the desktop starts at login: the command, which finds its way to this program.
 kivo::LoginItem::Program loginProgram() {
-    return {QStringLiteral("app.tokwatch"),
+    const QLatin1String id(DesktopBus::serviceName);
+    return {id,
             QStringLiteral("Tokwatch"),
             QStringLiteral("Rate limits and token usage of AI coding assistants"),
             {QCoreApplication::applicationDirPath() + QStringLiteral("/tokwatch")},
-            QStringLiteral("app.tokwatch")};
+            id};
 }
 
 } // namespace

@@ -2,8 +2,7 @@
 
 #include "Platform/Linux/DesktopBus.h"
 #include "Platform/Linux/MuteSessionBus.h"
-#include "Platform/Linux/ProcessHardening.h"
-#include "Platform/Linux/ProcessLocale.h"
+#include "Platform/Linux/ProcessStart.h"
 #include "Platform/Linux/QtScheduler.h"
 #include "Platform/Linux/TerminationSignals.h"
 #include "Tokwatch/Pictures/Marks.h"
@@ -47,7 +46,7 @@ int run(int argc, char** argv) {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("Tokwatch"));
-    QGuiApplication::setDesktopFileName(QStringLiteral("app.tokwatch"));
+    QGuiApplication::setDesktopFileName(QLatin1String(tokwatch::DesktopBus::serviceName));
     QGuiApplication::setWindowIcon(tokwatch::applicationIcon());
     QGuiApplication::setQuitOnLastWindowClosed(false);
 

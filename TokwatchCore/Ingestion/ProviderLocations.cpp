@@ -1,7 +1,5 @@
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
 
-#include "Platform/System/Places.h"
-
 #include <algorithm>
 #include <iterator>
 #include <string_view>
@@ -19,11 +17,6 @@ bool isThere(const std::filesystem::path& path) {
 
 } // namespace
 
-const ProviderLocations& ProviderLocations::shared() {
-    static const ProviderLocations own{homeDirectory()};
-    return own;
-}
-
 std::vector<std::filesystem::path> ProviderLocations::logRoots(ProviderID provider) const {
     std::vector<std::filesystem::path> roots;
     for (const std::string_view root : traits(provider).logRoots)
@@ -36,14 +29,6 @@ std::vector<std::filesystem::path> ProviderLocations::allLogRoots() const {
     for (const ProviderID provider : allCases<ProviderID>)
         std::ranges::move(logRoots(provider), std::back_inserter(all));
     return all;
-}
-
-std::filesystem::path ProviderLocations::codexHome() const {
-    return home / ".codex";
-}
-
-std::filesystem::path ProviderLocations::codexAuthFile() const {
-    return home / ".codex/auth.json";
 }
 
 std::filesystem::path ProviderLocations::cursorStateDB() const {

@@ -11,19 +11,13 @@ namespace tokwatch {
 struct ProviderLocations {
     std::filesystem::path home;
 
-    /// Of the user's own home: $HOME, else the password database's. Found out at the first call.
-    static const ProviderLocations& shared();
-
     /// Where the assistant's logs are, in the order of reading; Cursor keeps none.
     std::vector<std::filesystem::path> logRoots(ProviderID provider) const;
     /// Those of all assistants.
     std::vector<std::filesystem::path> allLogRoots() const;
-    std::filesystem::path claudeProjects() const { return logRoots(ProviderID::claude).front(); }
-    /// Running sessions, then archived ones.
-    std::vector<std::filesystem::path> codexRoots() const { return logRoots(ProviderID::codex); }
-    std::filesystem::path grokSessions() const { return logRoots(ProviderID::grok).front(); }
-    std::filesystem::path codexHome() const;
-    std::filesystem::path codexAuthFile() const;
+    /// Where the assistant keeps its login.
+    std::filesystem::path claudeAuthFile() const { return home / ".claude/.credentials.json"; }
+    std::filesystem::path codexAuthFile() const { return home / ".codex/auth.json"; }
     /// The state database of Cursor: the place of its macOS edition, or of its Linux one where that
     /// exists.
     std::filesystem::path cursorStateDB() const;

@@ -99,18 +99,18 @@ ProviderLimits combine(ProviderLimits live, const std::optional<ProviderLimits>&
 CodexLimitsProvider::CodexLimitsProvider(std::shared_ptr<LimitsCache> limits,
                                          std::shared_ptr<CredentialSource> source,
                                          std::shared_ptr<HTTPClient> client,
-                                         std::filesystem::path home)
+                                         std::filesystem::path login)
     : cache(std::move(limits)), credentials(std::move(source)), http(std::move(client)),
-      codexHome(std::move(home)) {}
+      authFile(std::move(login)) {}
 
 QCoro::Task<ProviderLimits> CodexLimitsProvider::fetch(Date now) {
     const auto source = credentials; // the provider may be gone after the first wait
     const auto client = http;
-    const std::filesystem::path authFile = codexHome / "auth.json";
+    const std::filesystem::path login = authFile;
     const QFuture<std::optional<ProviderLimits>> reading = cache->limits(ProviderID::codex);
     const std::optional<ProviderLimits> stored = co_await reading;
     if (stored && sparesTheEndpoint(*stored, now)) co_return *stored;
-    ProviderLimits live = co_await fetchLive(source, client, authFile, now);
+    ProviderLimits live = co_await fetchLive(source, client, login, now);
     ProviderLimits limits = combine(std::move(live), stored);
     co_return limits;
 }

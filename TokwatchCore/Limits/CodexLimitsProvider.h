@@ -15,13 +15,13 @@ class LimitsCache;
 
 /// The limits of a Codex user: those in the store, which the indexer reads from Codex's logs, while
 /// they are at most ten minutes old and no failure; after that ChatGPT's usage endpoint, asked with
-/// the login in Codex's own "auth.json". Stored windows take the place of a failure, marked stale.
+/// the login in Codex's own file. Stored windows take the place of a failure, marked stale.
 class CodexLimitsProvider final : public LimitsProvider {
   public:
     /// Without an HTTP client there are the stored numbers only.
     CodexLimitsProvider(std::shared_ptr<LimitsCache> cache,
                         std::shared_ptr<CredentialSource> credentials,
-                        std::shared_ptr<HTTPClient> http, std::filesystem::path codexHome);
+                        std::shared_ptr<HTTPClient> http, std::filesystem::path authFile);
 
     QCoro::Task<ProviderLimits> fetch(Date now) override;
 
@@ -29,7 +29,7 @@ class CodexLimitsProvider final : public LimitsProvider {
     std::shared_ptr<LimitsCache> cache;
     std::shared_ptr<CredentialSource> credentials;
     std::shared_ptr<HTTPClient> http;
-    std::filesystem::path codexHome;
+    std::filesystem::path authFile;
 };
 
 /// When a JSON Web Token expires; absent when that cannot be read from it.

@@ -20,13 +20,13 @@ class NoLimitsProvider final : public LimitsProvider {
 
 std::map<ProviderID, std::shared_ptr<LimitsProvider>> makeLimitsProviders(
     const std::shared_ptr<LimitsCache>& cache, const std::shared_ptr<CredentialSource>& credentials,
-    const std::shared_ptr<HTTPClient>& http, const std::filesystem::path& codexHome) {
+    const std::shared_ptr<HTTPClient>& http, const std::filesystem::path& codexAuthFile) {
     const auto make = [&](ProviderID provider) -> std::shared_ptr<LimitsProvider> {
         switch (provider) {
         case ProviderID::claude:
             return std::make_shared<ClaudeLimitsProvider>(credentials, http);
         case ProviderID::codex:
-            return std::make_shared<CodexLimitsProvider>(cache, credentials, http, codexHome);
+            return std::make_shared<CodexLimitsProvider>(cache, credentials, http, codexAuthFile);
         case ProviderID::grok:
         case ProviderID::cursor:
             break;

@@ -13,10 +13,10 @@ namespace tokwatch {
 
 class LimitsCache;
 
-/// The limits source of every provider, over the given seams. `codexHome` is the directory that
-/// holds Codex's "auth.json". (Shared, since a fetch under way may outlive its service.)
+/// The limits source of every provider, over the given seams. `codexAuthFile` is where Codex keeps
+/// its login. (Shared, since a fetch under way may outlive its service.)
 std::map<ProviderID, std::shared_ptr<LimitsProvider>> makeLimitsProviders(
     const std::shared_ptr<LimitsCache>& cache, const std::shared_ptr<CredentialSource>& credentials,
-    const std::shared_ptr<HTTPClient>& http, const std::filesystem::path& codexHome);
+    const std::shared_ptr<HTTPClient>& http, const std::filesystem::path& codexAuthFile);
 
 } // namespace tokwatch

@@ -1,5 +1,6 @@
 #include "Tokwatch/CommandLine/Doctor/Examinations.h"
 #include "Tokwatch/Report/ResponseFiles.h"
+#include "TokwatchCore/Ingestion/LogFiles.h"
 #include "TokwatchCore/Ingestion/LogsElsewhere.h"
 #include "TokwatchCore/Support/Amounts.h"
 
@@ -42,14 +43,15 @@ bool isCompressedRollout(const fs::directory_entry& entry) {
 /// A folder with files, of which none tells what was used.
 bool isSilentSession(const fs::directory_entry& entry) {
     std::error_code failure;
-    if (!entry.is_directory(failure) || fs::exists(entry.path() / "usage.json", failure))
-        return false;
-    const auto isFile = [](const fs::directory_entry& inner) {
+    if (!entry.is_directory(failure)) return false;
+    bool hasFiles = false;
+    for (const fs::directory_entry& inner : fs::directory_iterator(entry.path(), failure)) {
         std::error_code ignored;
-        return inner.is_regular_file(ignored);
-    };
-    return std::any_of(fs::directory_iterator(entry.path(), failure), fs::directory_iterator(),
-                       isFile);
+        if (!inner.is_regular_file(ignored)) continue;
+        if (isLogName(ProviderID::grok, inner.path().filename().native())) return false;
+        hasFiles = true;
+    }
+    return hasFiles;
 }
 
 std::int64_t codexFilesOfTheOldForm(const ProviderLocations& locations) {

@@ -1,13 +1,26 @@
-#include "Platform/Linux/ProcessHardening.h"
+#include "Platform/Linux/ProcessStart.h"
 
+#include <langinfo.h>
+#include <locale.h>
 #include <sys/resource.h>
 
+#include <cstdlib>
 #include <latch>
+#include <string_view>
 #include <system_error>
 #include <thread>
 #include <vector>
 
 namespace tokwatch {
+
+void ensureUTF8Locale() {
+    const locale_t chosen = ::newlocale(LC_ALL_MASK, "", nullptr);
+    const bool isUTF8 =
+        chosen != nullptr && std::string_view(::nl_langinfo_l(CODESET, chosen)) == "UTF-8";
+    if (chosen != nullptr) ::freelocale(chosen);
+    // LC_ALL, as it may be what asks for the other encoding and goes before all else.
+    if (!isUTF8) ::setenv("LC_ALL", "C.UTF-8", 1);
+}
 
 void preventCoreDumps() {
     // A limit of one byte, not of none: dumps into files do not fit, and dumps through a pipe to a

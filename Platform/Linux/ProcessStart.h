@@ -1,6 +1,13 @@
 #pragma once
 
+// What a program sees to before all else.
 namespace tokwatch {
+
+/// Makes the process's locale, and that of its children, one whose texts are UTF-8, where it is
+/// another or none that is installed: nothing here shows numbers or words by locale, and Qt
+/// complains on standard error about any other encoding. For every program, before its application
+/// object and its first thread.
+void ensureUTF8Locale();
 
 /// Sees to it that a crash never writes this process's memory, and with it a login, to a disk. For
 /// every program that reads logins, before it does.
