@@ -19,10 +19,16 @@ LimitNotice liveLimitsAreOff() {
     return {"Live limits are turned off.", true, turnOnLiveLimits};
 }
 
+/// Its usage is known, and its limits to nobody.
+bool hidesLimits(ProviderID provider) {
+    return !traits(provider).publishesLimits && traits(provider).logFormat != LogFormat::none;
+}
+
 LimitNotice unavailable(ProviderID provider, const std::string& tool, bool claudeLiveLimits) {
     if (provider == ProviderID::claude && !claudeLiveLimits) return liveLimitsAreOff();
-    if (provider == ProviderID::grok) return {"Grok does not publish its limits."};
-    if (provider == ProviderID::cursor) return {"Cursor is only detected."};
+    const std::string name(displayName(provider));
+    if (hidesLimits(provider)) return {name + " does not publish its limits."};
+    if (traits(provider).logFormat == LogFormat::none) return {name + " is only detected."};
     return {"No login was found. Sign in with " + tool + ", then try again.", true, retry};
 }
 
@@ -74,8 +80,7 @@ std::string LimitTexts::nextTry(std::optional<Date> moment, Date now, const Cale
 std::string LimitTexts::quiet(ProviderID provider, bool isPresent) {
     const std::string name(displayName(provider));
     if (!isPresent) return name + " was not found";
-    return name +
-           (provider == ProviderID::grok ? " publishes no limits" : " has no usage data yet");
+    return name + (hidesLimits(provider) ? " publishes no limits" : " has no usage data yet");
 }
 
 LimitNotice unknownLimitsNotice(ProviderID provider, bool claudeLiveLimits, bool mayAsk) {
