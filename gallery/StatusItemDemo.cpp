@@ -64,8 +64,7 @@ int main(int argc, char** argv) {
     QtScheduler scheduler;
     const StatusActions actions{
         [](QPoint at) { tell("click " + std::to_string(at.x()) + " " + std::to_string(at.y())); },
-        [] { tell("refresh"); },
-        [] { tell("menu settings"); },
+        [] { tell("refresh"); }, [] { tell("menu settings"); },
         [] {
             tell("menu quit");
             QGuiApplication::quit();

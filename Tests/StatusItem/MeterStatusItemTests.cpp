@@ -60,10 +60,8 @@ struct MeterItem : ::testing::Test {
             StatusItemSurroundings{itemBus, scheduler, scheduler.clock(), home / "icons",
                                    [this](uint) { return process; },
                                    [](uint) { return std::nullopt; }},
-            StatusActions{[this](QPoint at) { clicks.push_back(at); },
-                          [this] { ++refreshes; },
-                          [] {},
-                          [] {}});
+            StatusActions{[this](QPoint at) { clicks.push_back(at); }, [this] { ++refreshes; },
+                          [] {}, [] {}});
         item->onHostChanged = [this] { hosts.push_back(item->hasHost()); };
     }
     /// The status area of this process comes.
