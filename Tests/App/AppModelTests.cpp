@@ -253,11 +253,14 @@ TEST_F(AppModelTest, LeavesTheWorkToAnotherProcessAndTakesItBack) {
     advance(600);
     EXPECT_EQ(worked(), 0);
     EXPECT_FALSE(preferences->lastPruneAt() || SnapshotStore(data.path()).read());
-    const ProviderLimits anothers = someLimits(time.now());
+    ProviderLimits anothers = someLimits(time.now());
+    anothers.windows[0].resetsAt = time.now() + Seconds{9000};
+    recordLimits(*store, history);
     store->setLimits(anothers, ProviderID::claude);
     model->lookAtStore(true);
     settle();
     EXPECT_EQ(model->limits().at(ProviderID::claude), anothers);
+    EXPECT_EQ(model->samples().at(ProviderID::claude).at("session").size(), 1U);
 
     model->setRole(Role::working);
     settle();

@@ -9,6 +9,7 @@
 #include "Tokwatch/App/AppModel.h"
 #include "Tokwatch/Limits/LimitsService.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Store/LimitHistory.h"
 #include "TokwatchCore/Store/UsageStore.h"
 
 #include <QPromise>
@@ -149,7 +150,7 @@ class ModelWorld {
             [this](std::function<void()> work) { background.push_back(std::move(work)); },
             [this] { return calendar; },
             // Never the same moment twice, so that each publish shows.
-            [this] { return time.now() + Seconds{1e-6 * ++clockReads}; }});
+            [this] { return time.now() + Seconds{1e-6 * ++clockReads}; }, history});
         updates = model->bindableLastUpdated().addNotifier([this] { ++publishes; });
     }
 
@@ -189,6 +190,7 @@ class ModelWorld {
     std::optional<Preferences> preferences{std::in_place, *settings};
     std::optional<std::filesystem::path> snapshotDirectory = data.path();
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(data / "usage.sqlite");
+    std::shared_ptr<LimitHistory> history = limitHistoryBeside(data / "usage.sqlite");
     std::shared_ptr<PriceTable> prices = std::make_shared<PriceTable>();
     std::map<ProviderID, std::shared_ptr<FakeLimitsProvider>> sources;
     LimitsService::Providers providers;

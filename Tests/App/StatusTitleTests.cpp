@@ -58,6 +58,22 @@ TEST_F(StatusTitleTest, ShowsThePinnedProvidersTightestWindow) {
     EXPECT_EQ(title().text, "30%"); // no reset time to show
 }
 
+TEST_F(StatusTitleTest, TellsWhatRunsOutBeforeItsReset) {
+    limits[claude].windows = {window("session", 0.5, 10'800), window("week", 0.25, 200'000)};
+    limits[claude].windows[0].duration = 18'000;
+    preferences.menuBarWindows = WindowChoices{{"claude", "session"}};
+    const std::optional<Date> reset = limits[claude].windows[0].resetsAt;
+    const std::vector<LimitSample> samples{{now - Seconds{3600}, 0.25, reset},
+                                           {now - Seconds{1800}, 0.25, reset}};
+    const RunOuts runOuts(limits, {{claude, {{"session", samples}}}}, now, Calendar::utc());
+    const StatusContent content = statusContent(preferences, limits, now, runOuts);
+    EXPECT_EQ(content.title.runsOutAt, now + Seconds{7200});
+    EXPECT_EQ(content.steps[0].title.tooltip,
+              "Claude · The session 50% left · resets in 3h 0m · runs out about 15:00");
+    EXPECT_EQ(content.steps[1].title.runsOutAt, std::nullopt);
+    EXPECT_EQ(content.title.tooltip, "Claude · The week 25% left · resets in 2d 7h");
+}
+
 TEST_F(StatusTitleTest, IsOldWithWhatItShows) {
     for (const double age : {900.0, 901.0}) {
         limits[claude] = fetched(now - Seconds{age});

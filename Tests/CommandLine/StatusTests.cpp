@@ -1,6 +1,11 @@
 #include "Tests/CommandLine/CommandFixture.h"
 #include "Tokwatch/CommandLine/StatusLine.h"
+#include "TokwatchCore/Store/LimitHistory.h"
 #include "TokwatchCore/Store/UsageStore.h"
+#include "TokwatchCore/Support/ISO8601.h"
+
+#include <algorithm>
+#include <fstream>
 
 namespace tokwatch::testing {
 
@@ -86,6 +91,32 @@ TEST_F(LimitsCommandTest, PrintsWhatIsStored) {
     here({"preferences", "set", "disabledProviders", "claude"});
     EXPECT_FALSE(json({"limits"}).contains("claude"));
     EXPECT_TRUE(json({"limits", "--provider", "claude"}).contains("claude"));
+}
+
+TEST_F(LimitsCommandTest, TellsWhenALimitRunsOutUnlessItsHistoryIsSpoilt) {
+    std::filesystem::create_directories(world / "home");
+    const Date present = systemNow();
+    const Date reset = present + Seconds{10'800};
+    const std::filesystem::path file = database().parent_path() / "history.sqlite";
+    for (const auto& [ago, used] : {std::pair{3600, 0.2}, {1800, 0.3}, {0, 0.5}}) {
+        const ProviderLimits known =
+            limits({window("session", "Session", used, reset)}, present - Seconds{ago});
+        LimitHistory(file).record(known, ProviderID::claude);
+        if (ago == 0) store(ProviderID::claude, known);
+    }
+    EXPECT_THAT(here({"limits"}).out,
+                HasSubstr("Using faster than the time elapsed · runs out about"));
+    const std::string moment = json({"limits"})["claude"]["windows"][0]["runsOutAt"];
+    EXPECT_NEAR(unixSeconds(*parseISO8601(moment)), unixSeconds(present) + 7200, 2);
+    EXPECT_EQ(json({"status"})["runsOutAt"], moment);
+    EXPECT_THAT(std::string(json({"status"})["tooltip"]), HasSubstr(" · runs out about "));
+
+    std::ofstream(file) << std::string(5000, 'x');
+    const ProgramResult spoilt = here({"limits"});
+    EXPECT_EQ(spoilt.status, 0);
+    EXPECT_EQ(std::ranges::count(spoilt.err, '\n'), 1) << spoilt.err;
+    EXPECT_THAT(spoilt.out, HasSubstr("50% left"));
+    EXPECT_EQ(spoilt.out.find("runs out"), std::string::npos);
 }
 
 TEST_F(LimitsCommandTest, RefreshesWithoutALoginOrANeed) {

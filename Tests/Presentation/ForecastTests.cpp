@@ -80,7 +80,8 @@ TEST(Forecast, GoesOnAsTheWindowDidOnAverage) {
     for (const auto& [what, window, samples, usedUpAt] :
          {Case{"half in 120 minutes", window(0.5), two, in(120)},
           Case{"lasts", window(0.39), two, std::nullopt},
-          Case{"just about", window(0.401), two, in(120 / 0.401 * 0.599)},
+          Case{"on pace, as the caption has it", window(0.44), two, std::nullopt},
+          Case{"just about", window(0.46), two, in(120 / 0.46 * 0.54)},
           Case{"two observations", window(0.5), {sample(60, 0.2)}, std::nullopt},
           Case{"19 minutes", window(0.5), {sample(19, 0.2), sample(9, 0.4)}, std::nullopt},
           Case{"all gone", window(1), two, std::nullopt},

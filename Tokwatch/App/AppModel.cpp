@@ -40,6 +40,7 @@ LimitsByProvider knownLimits(UsageStore& store, const std::vector<ProviderID>& p
 
 AppModel::AppModel(ModelSurroundings given)
     : surroundings(std::move(given)), calendarState(surroundings.calendar()),
+      limitSamples(surroundings.history, surroundings.runInBackground),
       requests(surroundings.scheduler, surroundings.now, [this] { runRequestedPass(); }),
       logWatch(surroundings.locations, surroundings.providerForChangedPath,
                surroundings.openFileEvents,
@@ -222,7 +223,9 @@ void AppModel::setLimits(const LimitsByProvider& newer) {
     LimitsByProvider all = limits();
     for (const auto& [provider, limits] : newer)
         all.insert_or_assign(provider, limits);
-    limitsState.setValue(std::move(all));
+    if (all == limits()) return;
+    limitsState.setValue(all);
+    limitSamples.read(std::move(all), surroundings.now());
 }
 
 void AppModel::setStoredLimits(LimitsByProvider stored) {

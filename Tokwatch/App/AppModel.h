@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tokwatch/App/CoalescedTask.h"
+#include "Tokwatch/App/LimitSamples.h"
 #include "Tokwatch/App/LogWatch.h"
 #include "Tokwatch/App/ModelSurroundings.h"
 #include "Tokwatch/App/PassRequests.h"
@@ -63,6 +64,8 @@ class AppModel : public QObject {
     /// Usage over the last `readingDays` days.
     const UsageSummary& summary() const { return summaryState.value(); }
     const LimitsByProvider& limits() const { return limitsState.value(); }
+    /// How the running windows of these limits were used so far.
+    const SamplesByProvider& samples() const { return limitSamples.known(); }
     /// When each provider's service was asked and may be asked again; none for a provider that was
     /// never asked. `retry` and `refresh` ask nothing before a provider's `nextRetry`.
     const std::map<ProviderID, AttemptTimes>& attempts() const { return attemptsState.value(); }
@@ -147,6 +150,7 @@ class AppModel : public QObject {
     QProperty<Calendar> calendarState;
     QProperty<UsageSummary> summaryState;
     QProperty<LimitsByProvider> limitsState;
+    LimitSamples limitSamples;
     QProperty<std::map<ProviderID, AttemptTimes>> attemptsState;
     QProperty<std::vector<ProviderID>> presentState;
     QProperty<std::optional<IndexingProgress>> indexingState;

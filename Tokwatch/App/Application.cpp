@@ -7,6 +7,7 @@
 #include "TokwatchCore/Limits/LimitsCache.h"
 #include "TokwatchCore/Limits/LimitsProviders.h"
 #include "TokwatchCore/Limits/URLSessionHTTPClient.h"
+#include "TokwatchCore/Store/LimitHistory.h"
 #include "TokwatchCore/Store/UsageStore.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
@@ -54,7 +55,9 @@ std::shared_ptr<UsageStore> openStoreOrTemporary(const UserPaths& paths) {
 
 Application::Application(Surroundings surroundings, WorkLease::Rank rank, Preferences& preferences,
                          SystemNotifications& notifications)
-    : store(openStoreOrTemporary(surroundings.paths)) {
+    : store(openStoreOrTemporary(surroundings.paths)),
+      history(limitHistoryBeside(surroundings.paths.database())) {
+    recordLimits(*store, history);
     background.emplace(backgroundThreads);
     const ProviderLocations locations{surroundings.paths.home};
     indexer.emplace(store, locations, surroundings.calendar, surroundings.now);
@@ -87,6 +90,7 @@ Application::Application(Surroundings surroundings, WorkLease::Rank rank, Prefer
         .runInBackground = runInBackground,
         .calendar = surroundings.calendar,
         .now = surroundings.now,
+        .history = history,
     });
     sharing.emplace(*appModel, scheduler, WorkLease(dataDirectory(surroundings.paths), rank),
                     surroundings.paths.database());

@@ -58,6 +58,7 @@ class Application {
   private:
     QtScheduler scheduler;
     std::shared_ptr<UsageStore> store; ///< the only one of the process
+    std::shared_ptr<LimitHistory> history;
     std::optional<IndexerService> indexer;
     std::optional<LimitsService> limitsService;
     std::optional<AppModel> appModel;

@@ -18,6 +18,7 @@
 
 namespace tokwatch {
 
+class LimitHistory;
 class LimitsService;
 class Preferences;
 class SystemNotifications;
@@ -40,6 +41,7 @@ struct ModelSurroundings {
     RunInBackground runInBackground;
     CalendarSource calendar;
     Clock now;
+    std::shared_ptr<LimitHistory> history = nullptr; ///< of the limits; may be absent
 };
 
 } // namespace tokwatch

@@ -4,6 +4,7 @@
 #include "Tokwatch/CommandLine/Commands.h"
 #include "Tokwatch/CommandLine/Completion.h"
 #include "Tokwatch/CommandLine/Suggestion.h"
+#include "TokwatchCore/Store/LimitHistory.h"
 #include "TokwatchCore/Support/ApplicationVersion.h"
 
 #include <CLI/CLI.hpp>
@@ -41,7 +42,9 @@ struct Invocation {
         UserPaths paths = UserPaths::current();
         if (!home.empty()) paths.home = std::filesystem::absolute(home).lexically_normal();
         if (!dataDirectory.empty()) paths.dataHome = std::filesystem::absolute(dataDirectory);
-        return {paths, Calendar::current, systemNow, terminal, json};
+        return {paths,     Calendar::current,
+                systemNow, terminal,
+                json,      limitHistoryBeside(paths.database())};
     }
 };
 

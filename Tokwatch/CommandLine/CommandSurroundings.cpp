@@ -1,6 +1,7 @@
 #include "Tokwatch/CommandLine/CommandSurroundings.h"
 
 #include "Tokwatch/Limits/ClaudeGate.h"
+#include "TokwatchCore/Store/LimitHistory.h"
 #include "TokwatchCore/Store/StoredLimits.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
@@ -12,6 +13,12 @@ namespace {
 CommandError openFailure(const std::filesystem::path& database, const UsageStoreError& error) {
     return CommandError("opening the usage store " + database.string() +
                         " failed: " + error.what());
+}
+
+std::shared_ptr<UsageStore> recording(std::shared_ptr<UsageStore> store,
+                                      const std::shared_ptr<LimitHistory>& history) {
+    recordLimits(*store, history);
+    return store;
 }
 
 } // namespace
@@ -26,7 +33,7 @@ std::filesystem::path CommandSurroundings::requireDatabase() const {
 std::shared_ptr<UsageStore> CommandSurroundings::openStore() const {
     const std::filesystem::path database = requireDatabase();
     try {
-        return std::make_shared<UsageStore>(database);
+        return recording(std::make_shared<UsageStore>(database), history);
     } catch (const UsageStoreError& error) {
         throw openFailure(database, error);
     }
@@ -35,7 +42,7 @@ std::shared_ptr<UsageStore> CommandSurroundings::openStore() const {
 std::shared_ptr<UsageStore> CommandSurroundings::openStoreForReading() const {
     const std::filesystem::path database = requireDatabase();
     try {
-        return std::make_shared<UsageStore>(database);
+        return recording(std::make_shared<UsageStore>(database), history);
     } catch (const UsageStoreError& reason) {
         if (reason.isLocked()) throw openFailure(database, reason);
         try {
@@ -55,6 +62,13 @@ LimitsByProvider CommandSurroundings::limits(UsageStore& store, const Preference
     } catch (const UsageStoreError& error) {
         throw CommandError(std::string("reading the usage store failed: ") + error.what());
     }
+}
+
+RunOuts CommandSurroundings::runOuts(const LimitsByProvider& limits) const {
+    if (!history) return {};
+    const Date present = now();
+    const auto samples = history->samples(limits, present);
+    return samples ? RunOuts(limits, *samples, present, calendar()) : RunOuts();
 }
 
 void CommandSurroundings::requireHome() const {

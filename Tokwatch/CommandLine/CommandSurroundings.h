@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/UserPaths.h"
 #include "Tokwatch/CommandLine/Terminal/Terminal.h"
+#include "Tokwatch/Display/RunOuts.h"
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Store/PriceTable.h"
@@ -16,6 +17,7 @@
 
 namespace tokwatch {
 
+class LimitHistory;
 class Preferences;
 
 /// How a process of ours ends.
@@ -40,6 +42,7 @@ struct CommandSurroundings {
     Clock now;
     Terminal& terminal;
     bool json = false;
+    std::shared_ptr<LimitHistory> history = nullptr; ///< none without a data directory
 
     ProviderLocations locations() const { return {paths.home}; }
 
@@ -55,6 +58,9 @@ struct CommandSurroundings {
     /// preferences' switch. CommandError when the store fails.
     LimitsByProvider limits(UsageStore& store, const Preferences& preferences,
                             std::span<const ProviderID> providers) const;
+
+    /// Which of these limits run out, by their history; none where that cannot be read.
+    RunOuts runOuts(const LimitsByProvider& limits) const;
 
     /// CommandError when the home directory does not exist or is no directory.
     void requireHome() const;

@@ -107,12 +107,18 @@ void refresh(const CommandSurroundings& surroundings, const std::shared_ptr<Usag
         limits.insert_or_assign(provider, fetched);
 }
 
-Json encodeAll(const LimitsByProvider& limits, const std::vector<ProviderID>& order) {
+/// The records, and in each window that runs out before its reset the moment when it does.
+Json encodeAll(const LimitsByProvider& limits, const std::vector<ProviderID>& order,
+               const RunOuts& runOuts) {
     Json json = Json::object();
     for (const ProviderID provider : order) {
         const auto found = limits.find(provider);
-        if (found != limits.end())
-            json[std::string(rawValue(provider))] = encode(found->second, DateCoding::iso8601);
+        if (found == limits.end()) continue;
+        Json& record = json[std::string(rawValue(provider))];
+        record = encode(found->second, DateCoding::iso8601);
+        for (std::size_t at = 0; at < found->second.windows.size(); ++at)
+            if (const auto moment = runOuts.moment(provider, found->second.windows[at].id))
+                record["windows"][at]["runsOutAt"] = encode(*moment, DateCoding::iso8601);
     }
     return json;
 }
@@ -128,10 +134,11 @@ int runLimits(const CommandSurroundings& surroundings, const LimitsOptions& opti
 
     LimitsByProvider limits = surroundings.limits(*store, preferences, shown);
     if (options.refresh) refresh(surroundings, store, preferences, limits, shown);
+    const RunOuts runOuts = surroundings.runOuts(limits);
     if (surroundings.json)
-        surroundings.terminal.line(jsonText(encodeAll(limits, shown)));
+        surroundings.terminal.line(jsonText(encodeAll(limits, shown, runOuts)));
     else
-        printLimits(surroundings, preferences, limits, shown);
+        printLimits(surroundings, preferences, limits, shown, runOuts);
     if (limits.empty() && !options.refresh && !surroundings.json)
         surroundings.terminal.line("tokwatch limits --refresh asks for them.");
 

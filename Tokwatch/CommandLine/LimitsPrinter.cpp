@@ -22,15 +22,15 @@ constexpr const char* turningOn = "; tokwatch preferences set claudeLiveLimits t
 
 class LimitsPrinter {
   public:
-    LimitsPrinter(const CommandSurroundings& given, const Preferences& p)
-        : surroundings(given), preferences(p), now(given.now()) {}
+    LimitsPrinter(const CommandSurroundings& given, const Preferences& p, const RunOuts& r)
+        : surroundings(given), preferences(p), runOuts(r), now(given.now()) {}
 
     void add(ProviderID provider, const ProviderLimits& limits) {
         std::string heading(displayName(provider));
         if (limits.plan) heading += " · " + fitted(*limits.plan, longestLabel);
         table.add({{heading, Tone::bold}});
         for (const LimitWindow& window : limits.windows)
-            addWindow(window, limits.fetchedAt);
+            addWindow(provider, window, limits.fetchedAt);
         if (limits.credits) addCredits(*limits.credits);
         LimitNotice notice = limitNotice(provider, limits, preferences.claudeLiveLimits.peek());
         if (notice.remedy == LimitNotice::Remedy::turnOnLiveLimits)
@@ -47,15 +47,25 @@ class LimitsPrinter {
     }
 
   private:
-    void addWindow(const LimitWindow& window, Date fetchedAt) {
+    void addWindow(ProviderID provider, const LimitWindow& window, Date fetchedAt) {
         const LimitBarModel model(window, now);
         table.add({{"  " + fitted(windowLabel(window), longestLabel)},
                    {model.percentLeftText + " left", toneOf(model.leftFraction)},
                    {track(model.leftFraction), toneOf(model.leftFraction)},
                    {LimitTexts::reset(window, model, now, surroundings.calendar())},
-                   {std::string(caption(model.pace)),
-                    model.pace == Pace::over ? Tone::yellow : Tone::dim},
+                   paceOf(provider, window, model),
                    {ageText(window, fetchedAt), Tone::dim}});
+    }
+
+    /// How it goes, and where that leads.
+    Table::Cell paceOf(ProviderID provider, const LimitWindow& window,
+                       const LimitBarModel& model) const {
+        std::string text(caption(model.pace));
+        const std::string runOut = runOuts.text(provider, window.id);
+        if (runOut.empty()) return {text, model.pace == Pace::over ? Tone::yellow : Tone::dim};
+        const Tone tone = toneOf(model.leftFraction);
+        return {text + (text.empty() ? "" : " · ") + runOut,
+                tone == Tone::red ? Tone::red : Tone::yellow};
     }
 
     void addCredits(const Credits& credits) {
@@ -94,6 +104,7 @@ class LimitsPrinter {
 
     const CommandSurroundings& surroundings;
     const Preferences& preferences;
+    const RunOuts& runOuts;
     Date now;
     Table table{{{""}, {"", Align::right}, {""}, {""}, {""}, {""}}};
 };
@@ -101,8 +112,9 @@ class LimitsPrinter {
 } // namespace
 
 void printLimits(const CommandSurroundings& surroundings, const Preferences& preferences,
-                 const LimitsByProvider& limits, const std::vector<ProviderID>& order) {
-    LimitsPrinter printer(surroundings, preferences);
+                 const LimitsByProvider& limits, const std::vector<ProviderID>& order,
+                 const RunOuts& runOuts) {
+    LimitsPrinter printer(surroundings, preferences, runOuts);
     for (const ProviderID provider : order) {
         const auto found = limits.find(provider);
         if (found != limits.end()) printer.add(provider, found->second);

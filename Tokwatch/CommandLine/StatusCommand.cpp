@@ -84,8 +84,10 @@ class Follower {
   private:
     StatusTitle current() {
         ticks.value(); // time is read, too
-        return statusTitle(application.preferences(), application.model().limits(),
-                           surroundings.now());
+        const AppModel& model = application.model();
+        const Date now = surroundings.now();
+        return statusTitle(application.preferences(), model.limits(), now,
+                           RunOuts(model.limits(), model.samples(), now, model.calendar()));
     }
 
     const CommandSurroundings& surroundings;
@@ -103,10 +105,11 @@ int runStatus(const CommandSurroundings& surroundings, const StatusOptions& opti
     if (options.follow) return Follower(surroundings, options.format).run();
     const std::unique_ptr<QSettings> settings = userSettings();
     const Preferences preferences(*settings);
-    const LimitsByProvider limits = surroundings.limits(
-        *surroundings.openStoreForReading(), preferences, preferences.enabledProviders());
+    const LimitsByProvider limits = surroundings.limits(*surroundings.openStoreForReading(),
+                                                       preferences, preferences.enabledProviders());
     surroundings.terminal.line(
-        statusLine(statusTitle(preferences, limits, surroundings.now()), options.format));
+        statusLine(statusTitle(preferences, limits, surroundings.now(), surroundings.runOuts(limits)),
+                   options.format));
     return exitOk;
 }
 

@@ -20,6 +20,7 @@ std::string jsonLine(const StatusTitle& title) {
     if (title.provider) json["provider"] = encode(*title.provider);
     json["severity"] = nameOf(title.severity);
     json["tooltip"] = title.tooltip;
+    if (title.runsOutAt) json["runsOutAt"] = encode(*title.runsOutAt, DateCoding::iso8601);
     return jsonText(json);
 }
 

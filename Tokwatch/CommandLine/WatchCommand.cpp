@@ -104,7 +104,9 @@ class Watch {
         const Preferences& preferences = application.preferences();
         std::vector<ProviderID> providers = preferences.enabledProviders();
         std::erase_if(providers, [](ProviderID id) { return !traits(id).publishesLimits; });
-        printLimits(here, preferences, application.model().limits(), providers);
+        const AppModel& model = application.model();
+        const RunOuts runOuts(model.limits(), model.samples(), here.now(), here.calendar());
+        printLimits(here, preferences, model.limits(), providers, runOuts);
         page.line();
         if (!latest) {
             page.line(page.paint(Tone::dim, "Reading the logs…"));

@@ -270,7 +270,9 @@ void AppDelegate::windowClosed() {
 void AppDelegate::observeTitle() {
     AppModel& model = application->model();
     const auto content = [this, &model] {
-        return statusContent(preferences, model.limits(), model.now());
+        const Date now = model.now();
+        return statusContent(preferences, model.limits(), now,
+                             RunOuts(model.limits(), model.samples(), now, model.calendar()));
     };
     titleObserver.emplace(content, [this](const StatusContent& next) { statusItem->apply(next); });
     titleObserver->arm();

@@ -14,6 +14,17 @@ std::string percent(double fraction) {
     return std::to_string(std::lround(fraction * 100)) + "%";
 }
 
+/// From here on a forecast is hours off.
+constexpr Seconds farAway{12 * 3600};
+
+/// To so many minutes of the hour.
+Date rounded(Date moment, int minutes, const Calendar& calendar) {
+    const double seconds = std::fmod(unixSeconds(moment), 60);
+    const double past = calendar.fields(moment).minute * 60 + seconds;
+    const double unit = minutes * 60;
+    return moment + Seconds{std::round(past / unit) * unit - past};
+}
+
 /// Of a provider that nobody asks because the user does not want it.
 LimitNotice liveLimitsAreOff() {
     return {"Live limits are turned off.", true, turnOnLiveLimits};
@@ -40,6 +51,11 @@ std::string LimitTexts::reset(const LimitWindow& window, const LimitBarModel& ba
     if (*window.resetsAt <= now) return "has reset";
     return "resets in " + *bar.resetText + " · " +
            DayFormat::coming(*window.resetsAt, now, calendar);
+}
+
+std::string LimitTexts::runOut(Date moment, Date now, const Calendar& calendar) {
+    const Date about = rounded(moment, moment - now < farAway ? 5 : 60, calendar);
+    return "runs out about " + DayFormat::coming(about < now ? moment : about, now, calendar);
 }
 
 std::string LimitTexts::credits(const Credits& credits) {

@@ -14,6 +14,9 @@ struct LimitTexts {
     /// "resets in 3h 5m · 20:45", "has reset"; empty when the reset is unknown.
     static std::string reset(const LimitWindow& window, const LimitBarModel& bar, Date now,
                              const Calendar& calendar);
+    /// "runs out about 14:00": to five minutes where that is hours away, else to the hour. It is
+    /// never told of the past.
+    static std::string runOut(Date moment, Date now, const Calendar& calendar);
     /// "$12.40 of $50.00 used", "$4.20 left", "unlimited"; empty when nothing is known.
     static std::string credits(const Credits& credits);
     /// "60% used in 50% of the time"; empty when the time is unknown.

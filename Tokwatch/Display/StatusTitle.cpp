@@ -30,12 +30,16 @@ const LimitWindow* menuBarWindow(const Preferences& preferences, const LimitsByP
     return known ? tokwatch::menuBarWindow(preferences, provider, *known, now) : nullptr;
 }
 
-/// "Claude · Session 42% left · resets in 3h 5m", and how old the number is once it is.
-std::string tooltipLine(ProviderID provider, const LimitWindow& window, Date fetchedAt, Date now) {
+/// "Claude · Session 42% left · resets in 3h 5m · runs out about 14:00", and how old the number is
+/// once it is.
+std::string tooltipLine(ProviderID provider, const LimitWindow& window, Date fetchedAt, Date now,
+                        const RunOuts& runOuts) {
     const LimitBarModel bar(window, now);
     std::string line(displayName(provider));
     line += " · " + windowLabel(window) + ' ' + bar.percentLeftText + " left";
     if (bar.resetText && *bar.resetText != "now") line += " · resets in " + *bar.resetText;
+    if (const std::string text = runOuts.text(provider, window.id); !text.empty())
+        line += " · " + text;
     if (LimitAge::isOld(window, fetchedAt, now))
         line += " · " +
                 MeterFormat::duration(Seconds(now - LimitAge::asOf(window, fetchedAt)).count()) +
@@ -44,14 +48,14 @@ std::string tooltipLine(ProviderID provider, const LimitWindow& window, Date fet
 }
 
 std::string tooltip(const std::vector<ProviderID>& enabled, const LimitsByProvider& limits,
-                    Date now) {
+                    Date now, const RunOuts& runOuts) {
     std::string lines;
     for (const ProviderID provider : enabled) {
         const ProviderLimits* known = limitsOf(limits, provider);
         const LimitWindow* window = known ? tightestWindow(*known, now) : nullptr;
         if (!window) continue;
         if (!lines.empty()) lines += '\n';
-        lines += tooltipLine(provider, *window, known->fetchedAt, now);
+        lines += tooltipLine(provider, *window, known->fetchedAt, now, runOuts);
     }
     return lines.empty() ? std::string(applicationName) : lines;
 }
@@ -72,20 +76,22 @@ Severity severity(const Preferences& preferences, const std::vector<ProviderID>&
     return gravest;
 }
 
+/// Of the title's provider.
 void showWindow(StatusTitle& title, const Preferences& preferences, const ProviderLimits& limits,
-                const LimitWindow& window, Date now) {
+                const LimitWindow& window, Date now, const RunOuts& runOuts) {
     const LimitBarModel bar(window, now);
     title.text = bar.percentLeftText;
     title.percentLeft = static_cast<int>(wholePercent(bar.leftFraction));
     if (preferences.showResetTime && bar.resetText) *title.text += " · " + *bar.resetText;
     title.isOld = LimitAge::isOld(window, limits.fetchedAt, now);
+    title.runsOutAt = runOuts.moment(*title.provider, window.id);
 }
 
 /// The title without its text.
 StatusTitle icon(const Preferences& preferences, const std::vector<ProviderID>& enabled,
-                 const LimitsByProvider& limits, Date now) {
+                 const LimitsByProvider& limits, Date now, const RunOuts& runOuts) {
     return {std::nullopt, std::nullopt, severity(preferences, enabled, limits, now),
-            tooltip(enabled, limits, now), false};
+            tooltip(enabled, limits, now, runOuts), false};
 }
 
 } // namespace
@@ -131,22 +137,23 @@ std::optional<ProviderID> shownProvider(const Preferences& preferences,
     return standIn == enabled.end() ? usual : *standIn;
 }
 
-StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now) {
+StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now,
+                        const RunOuts& runOuts) {
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
-    StatusTitle title = icon(preferences, enabled, limits, now);
+    StatusTitle title = icon(preferences, enabled, limits, now, runOuts);
     if (preferences.menuBarStyle == MenuBarStyle::icon) return title;
     title.provider = shownProvider(preferences, limits);
     if (!title.provider) return title;
     if (const auto* window = menuBarWindow(preferences, limits, *title.provider, now))
-        showWindow(title, preferences, limits.at(*title.provider), *window, now);
+        showWindow(title, preferences, limits.at(*title.provider), *window, now, runOuts);
     return title;
 }
 
 StatusContent statusContent(const Preferences& preferences, const LimitsByProvider& limits,
-                            Date now) {
+                            Date now, const RunOuts& runOuts) {
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
     const std::optional<ProviderID> shown = shownProvider(preferences, limits);
-    StatusContent content{statusTitle(preferences, limits, now), {}};
+    StatusContent content{statusTitle(preferences, limits, now, runOuts), {}};
     for (const ProviderID provider : enabled) {
         const ProviderLimits* known = limitsOf(limits, provider);
         if (!known) continue;
@@ -156,8 +163,8 @@ StatusContent statusContent(const Preferences& preferences, const LimitsByProvid
             StatusTitle title{{},
                               provider,
                               severity(preferences, window, now),
-                              tooltipLine(provider, window, known->fetchedAt, now)};
-            showWindow(title, preferences, *known, window, now);
+                              tooltipLine(provider, window, known->fetchedAt, now, runOuts)};
+            showWindow(title, preferences, *known, window, now, runOuts);
             title.text = windowLabel(window) + ' ' + *title.text;
             content.steps.push_back({provider, window.id, &window == usual, std::move(title)});
         }

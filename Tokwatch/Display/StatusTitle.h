@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tokwatch/Display/RunOuts.h"
 #include "Tokwatch/Display/Severity.h"
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Records/ProviderID.h"
@@ -22,13 +23,15 @@ struct StatusTitle {
     std::string tooltip;              ///< one line a provider, never empty
     bool isOld = false;               ///< what the text shows is no longer current
     std::optional<int> percentLeft{}; ///< the number in the text, cut off as it is: 0…100
+    std::optional<Date> runsOutAt{};  ///< the limit in the text, before its reset
 
     friend bool operator==(const StatusTitle&, const StatusTitle&) = default;
 };
 
 /// The title by the user's settings. Reads what it depends on as observables, so that a tracked
 /// computation follows the settings.
-StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now);
+StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now,
+                        const RunOuts& runOuts = {});
 
 /// Whose limit the title shows: the pinned provider's, or the first one's while that is turned off.
 /// Until somebody has chosen, the first with a limit stands in for one without. None when all are
@@ -57,7 +60,7 @@ struct StatusContent {
     friend bool operator==(const StatusContent&, const StatusContent&) = default;
 };
 StatusContent statusContent(const Preferences& preferences, const LimitsByProvider& limits,
-                            Date now);
+                            Date now, const RunOuts& runOuts = {});
 
 /// The window closest to running out: the smallest part left among those that have not reset yet,
 /// or among all when all have; the first of equals. Null without windows.

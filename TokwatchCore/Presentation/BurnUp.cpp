@@ -40,7 +40,12 @@ std::optional<BurnUp> burnUp(const LimitWindow& window, Date fetchedAt,
     if (run.samples.size() < 2) return std::nullopt;
 
     const Date first = run.samples.back().moment;
-    BurnUp course{first, *window.resetsAt, {}, present->moment - first, run.samples.size()};
+    BurnUp course{first,
+                  *window.resetsAt,
+                  {},
+                  present->moment - first,
+                  run.samples.size(),
+                  LimitBarModel(window, now).pace};
     if (window.duration) {
         course.begin = std::min(first, *window.resetsAt - Seconds{*window.duration});
         if (course.begin < first && !run.hasFallen) course.points.push_back({course.begin, 0});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TokwatchCore/Presentation/Pace.h"
 #include "TokwatchCore/Records/LimitSample.h"
 #include "TokwatchCore/Support/Date.h"
 
@@ -25,6 +26,7 @@ struct BurnUp {
     std::vector<Point> points;
     Seconds watched{0};           ///< from the first sample to the present number
     std::size_t observations = 0; ///< the samples and the present number
+    Pace pace = Pace::unknown;    ///< what the limit's caption says
 
     friend bool operator==(const BurnUp&, const BurnUp&) = default;
 };

@@ -24,7 +24,9 @@ std::optional<Forecast> forecastAt(double speed, const BurnUp& course, Date now)
     if (isAtOrBelow(left, 0) || !(speed > 0)) return std::nullopt;
     const Seconds remaining = course.resetsAt - present.moment;
     const Seconds lasting{left / speed};
-    if (lasting < remaining) return Forecast{std::max(now, present.moment + lasting), 1};
+    const bool isToLast = course.pace == Pace::under || course.pace == Pace::onPace;
+    if (lasting < remaining && !isToLast)
+        return Forecast{std::max(now, present.moment + lasting), 1};
     return Forecast{std::nullopt, std::min(present.usedFraction + speed * remaining.count(), 1.0)};
 }
 

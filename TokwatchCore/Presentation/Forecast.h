@@ -9,8 +9,8 @@ namespace tokwatch {
 
 /// Where the use of a limit's running window leads if it goes on as it does.
 struct Forecast {
-    /// When nothing is left: not before the present, and before the reset; absent when it lasts
-    /// until then.
+    /// When nothing is left: not before the present, and before the reset. Absent when it lasts
+    /// until then, or nearly so: a limit that is on pace is told to last.
     std::optional<Date> usedUpAt;
     double usedAtReset = 0; ///< fraction, at most 1
 

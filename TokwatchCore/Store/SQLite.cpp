@@ -200,9 +200,11 @@ std::unique_ptr<Connection> openForReading(const std::string& file,
         return opened(Access::readOnly);
     } catch (const UsageStoreError&) {
         // The side files are missing and cannot be made. The file alone is the whole database where
-        // no write-ahead log is left to be taken into it.
-        std::error_code none;
-        if (std::filesystem::file_size(file + "-wal", none) > 0 && !none) throw;
+        // no write-ahead log is left to be taken into it, and no journal to be rolled back.
+        for (const char* side : {"-wal", "-journal"}) {
+            std::error_code none;
+            if (std::filesystem::file_size(file + side, none) > 0 && !none) throw;
+        }
         return opened(Access::immutable);
     }
 }

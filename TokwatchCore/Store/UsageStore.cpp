@@ -1,16 +1,13 @@
 #include "TokwatchCore/Store/UsageStore.h"
 
-#include "Platform/System/PrivateFiles.h"
 #include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Store/DatabaseFile.h"
 #include "TokwatchCore/Store/EventBatch.h"
 #include "TokwatchCore/Store/SQLite.h"
 
-#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <exception>
-#include <system_error>
-#include <thread>
 
 namespace tokwatch {
 namespace {
@@ -44,27 +41,6 @@ constexpr const char* selectDaily =
 
 constexpr const char* selectSessions =
     "SELECT provider, day, COUNT(*) FROM sessions WHERE day >= ?1 AND day <= ?2 GROUP BY provider, day";
-
-/// Refuses to follow another user's links, and links that lead nowhere.
-std::filesystem::path realPath(const std::filesystem::path& file) {
-    try {
-        return followOwnLinks(file);
-    } catch (const std::system_error& error) {
-        throw UsageStoreError(SQLITE_CANTOPEN, error.what());
-    }
-}
-
-/// The file, made where it does not exist; SQLite's side files take after it. What else fails here
-/// fails again, with a message, when SQLite opens it.
-std::filesystem::path createFile(const std::filesystem::path& file) {
-    std::filesystem::path real = realPath(file);
-    try {
-        if (real.has_parent_path()) makePrivateDirectory(real.parent_path());
-        return createPrivately(real);
-    } catch (const std::system_error&) {
-        return real;
-    }
-}
 
 void migrate(sqlite::Connection& db) {
     db.execute("PRAGMA journal_mode=WAL");
@@ -157,7 +133,8 @@ FileCursor decodeCursorRow(const std::string& path, const std::string& json) {
 }
 
 UsageStore::UsageStore(const std::filesystem::path& path, std::chrono::milliseconds patience)
-    : UsageStore(path, isInMemory(path) ? openInMemory() : open(path, patience)) {
+    : UsageStore(path,
+                 isInMemory(path) ? openInMemory() : sqlite::openFile(path, patience, migrate)) {
     if (!isInMemory(path)) identity = identityOf(path);
 }
 
@@ -171,35 +148,14 @@ std::shared_ptr<UsageStore> UsageStore::temporary(const std::filesystem::path& p
 }
 
 std::shared_ptr<UsageStore> UsageStore::readOnly(const std::filesystem::path& path) {
-    const std::filesystem::path real = realPath(path);
-    std::error_code none;
-    if (std::filesystem::exists(real, none) && !std::filesystem::is_regular_file(real, none))
-        throw UsageStoreError(SQLITE_CANTOPEN, real.string() + " is not a regular file");
     return std::shared_ptr<UsageStore>(
-        new UsageStore(path, sqlite::openForReading(real.string(), lockPatience)));
+        new UsageStore(path, sqlite::openFileForReading(path, lockPatience)));
 }
 
 std::optional<UsageStore::FileIdentity> UsageStore::identityOf(const std::filesystem::path& path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0) return std::nullopt;
     return FileIdentity{status.st_dev, status.st_ino};
-}
-
-std::unique_ptr<sqlite::Connection> UsageStore::open(const std::filesystem::path& path,
-                                                     std::chrono::milliseconds patience) {
-    const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (true) {
-        try {
-            auto db = std::make_unique<sqlite::Connection>(createFile(path).string(),
-                                                           sqlite::Access::readWrite, patience);
-            migrate(*db);
-            return db;
-        } catch (const UsageStoreError& error) {
-            // Switching the journal's mode gives up at once where another process does the same.
-            if (!error.isLocked() || std::chrono::steady_clock::now() >= deadline) throw;
-            std::this_thread::sleep_for(std::chrono::milliseconds{5});
-        }
-    }
 }
 
 bool UsageStore::isDetached() const {
@@ -217,7 +173,7 @@ bool UsageStore::reattach() {
     carryLimits(*db, *meanwhile);
     db = std::move(meanwhile);
     setIdentity(std::nullopt);
-    std::unique_ptr<sqlite::Connection> opened = open(file, reattachPatience);
+    std::unique_ptr<sqlite::Connection> opened = sqlite::openFile(file, reattachPatience, migrate);
     carryLimits(*db, *opened);
     db = std::move(opened);
     setIdentity(identityOf(file));
@@ -291,11 +247,21 @@ std::optional<ProviderLimits> UsageStore::limits(ProviderID provider) {
 }
 
 void UsageStore::setLimits(const ProviderLimits& limits, ProviderID provider) {
-    const std::lock_guard lock(queue);
-    writeLimits(*db, limits, provider);
+    {
+        const std::lock_guard lock(queue);
+        writeLimits(*db, limits, provider);
+    }
+    if (onLimitsStored) onLimitsStored(limits, provider);
 }
 
 bool UsageStore::changeLimits(ProviderID provider, const LimitsChange& change) {
+    const std::optional<ProviderLimits> limits = storeChange(provider, change);
+    if (limits && onLimitsStored) onLimitsStored(*limits, provider);
+    return limits.has_value();
+}
+
+std::optional<ProviderLimits> UsageStore::storeChange(ProviderID provider,
+                                                      const LimitsChange& change) {
     const std::lock_guard lock(queue);
     sqlite::Transaction transaction(*db);
     std::optional<ProviderLimits> stored;
@@ -305,10 +271,10 @@ bool UsageStore::changeLimits(ProviderID provider, const LimitsChange& change) {
         stored.reset();
     }
     const std::optional<ProviderLimits> limits = change(stored);
-    if (!limits) return false;
+    if (!limits) return std::nullopt;
     writeLimits(*db, *limits, provider);
     transaction.commit();
-    return true;
+    return limits;
 }
 
 bool UsageStore::setLimitsIfNewer(const ProviderLimits& limits, ProviderID provider, Date now) {

@@ -97,6 +97,10 @@ class UsageStore {
     /// Whether it was stored. Atomic among processes.
     bool setLimitsIfNewer(const ProviderLimits& limits, ProviderID provider, Date now);
 
+    /// Hears of every result that was stored, on the thread that did. Set before others use the
+    /// store; must not throw.
+    std::function<void(const ProviderLimits&, ProviderID)> onLimitsStored;
+
     /// Deletes all days before the day of `before`.
     void prune(Date before, const Calendar& calendar);
 
@@ -126,8 +130,8 @@ class UsageStore {
     UsageStore(std::filesystem::path path, std::unique_ptr<sqlite::Connection> connection);
     void setIdentity(std::optional<FileIdentity> present);
     static std::optional<FileIdentity> identityOf(const std::filesystem::path& path);
-    static std::unique_ptr<sqlite::Connection> open(const std::filesystem::path& path,
-                                                    std::chrono::milliseconds patience);
+    /// What it stored.
+    std::optional<ProviderLimits> storeChange(ProviderID provider, const LimitsChange& change);
 
     const std::filesystem::path file;
     std::mutex queue; ///< entered for the whole of every operation

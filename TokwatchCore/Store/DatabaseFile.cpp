@@ -1,0 +1,63 @@
+#include "TokwatchCore/Store/DatabaseFile.h"
+
+#include "Platform/System/PrivateFiles.h"
+#include "TokwatchCore/Store/UsageStoreError.h"
+
+#include <sqlite3.h>
+
+#include <system_error>
+#include <thread>
+
+namespace tokwatch::sqlite {
+namespace {
+
+/// The file, made where it does not exist; SQLite's side files take after it. What else fails here
+/// fails again, with a message, when SQLite opens it.
+std::filesystem::path createFile(const std::filesystem::path& file) {
+    std::filesystem::path real = realPath(file);
+    try {
+        if (real.has_parent_path()) makePrivateDirectory(real.parent_path());
+        return createPrivately(real);
+    } catch (const std::system_error&) {
+        return real;
+    }
+}
+
+} // namespace
+
+std::filesystem::path realPath(const std::filesystem::path& file) {
+    try {
+        return followOwnLinks(file);
+    } catch (const std::system_error& error) {
+        throw UsageStoreError(SQLITE_CANTOPEN, error.what());
+    }
+}
+
+std::unique_ptr<Connection> openFile(const std::filesystem::path& file,
+                                     std::chrono::milliseconds patience,
+                                     const std::function<void(Connection&)>& prepare) {
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (true) {
+        try {
+            auto db = std::make_unique<Connection>(createFile(file).string(), Access::readWrite,
+                                                   patience);
+            prepare(*db);
+            return db;
+        } catch (const UsageStoreError& error) {
+            // Switching the journal's mode gives up at once where another process does the same.
+            if (!error.isLocked() || std::chrono::steady_clock::now() >= deadline) throw;
+            std::this_thread::sleep_for(std::chrono::milliseconds{5});
+        }
+    }
+}
+
+std::unique_ptr<Connection> openFileForReading(const std::filesystem::path& file,
+                                               std::chrono::milliseconds patience) {
+    const std::filesystem::path real = realPath(file);
+    std::error_code none;
+    if (std::filesystem::exists(real, none) && !std::filesystem::is_regular_file(real, none))
+        throw UsageStoreError(SQLITE_CANTOPEN, real.string() + " is not a regular file");
+    return openForReading(real.string(), patience);
+}
+
+} // namespace tokwatch::sqlite
