@@ -4,6 +4,7 @@
 #include <QQuickItem>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tokwatch::testing {
 namespace {
@@ -131,6 +132,46 @@ bool showTip(const QQuickItem& below, const QString& beginning) {
     });
 }
 
+/// Claude's session and its Opus limit are on their way to run out before they reset.
+void runningOut(DemoWorld& world) {
+    ProviderLimits claude = world.claudeLimits();
+    const double used[]{0.64, 0.58, 0.8};
+    const double elapsedHours[]{2.9, 115, 115};
+    const double resetHours[]{2.1, 53, 53};
+    constexpr int observations = 24;
+    for (int i = 0; i <= observations; ++i) {
+        const double time = static_cast<double>(i) / observations;
+        for (std::size_t at = 0; at < claude.windows.size(); ++at) {
+            LimitWindow& window = claude.windows[at];
+            window.resetsAt = world.time.now() + Seconds{resetHours[at] * 3600};
+            // Work and pauses, five times.
+            const double phase = time * 5 - std::floor(time * 5);
+            const double part = (std::floor(time * 5) + std::min(phase * 2, 1.0)) / 5;
+            window.usedFraction = std::floor(used[at] * part * 100) / 100;
+            const Date moment = world.time.now() - Seconds{elapsedHours[at] * 3600 * (1 - time)};
+            window.source = i < observations ? LimitSource::local(moment) : LimitSource::live();
+        }
+        world.history->record(claude, ProviderID::claude);
+    }
+    world.model->apply(claude, ProviderID::claude);
+    world.model->apply(world.codexLimits(), ProviderID::codex);
+}
+
+/// All limits that can be opened are.
+void openLimits(const QQuickItem& below) {
+    for (QQuickItem* item : below.childItems()) {
+        if (item->property("opens").toBool()) item->setProperty("isOpen", true);
+        openLimits(*item);
+    }
+}
+
+Scene openedLimits() {
+    Scene opened = scene("usage-forecast", PopoverTab::usage, runningOut);
+    opened.touch = [](const QQuickItem& root) { openLimits(root); };
+    opened.size = {420, 696};
+    return opened;
+}
+
 /// What the time mark and the pace of a limit say to the pointer.
 Scene tips() {
     Scene tips = scene("usage-tips", PopoverTab::usage, usual);
@@ -167,6 +208,8 @@ std::vector<Scene> popoverScenes() {
         scene("usage-indexing", PopoverTab::usage, indexing),
         scene("usage-extreme", PopoverTab::usage, extreme),
         tips(),
+        scene("usage-running-out", PopoverTab::usage, runningOut),
+        openedLimits(),
         scene("usage-empty", PopoverTab::usage, {}, DemoWorld::Home::empty),
         scene("stats", stats, usual),
         scene("stats-tokens", stats, inTokens),

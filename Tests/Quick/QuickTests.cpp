@@ -45,6 +45,18 @@ class QuickWorld : public QObject {
         world.use(events);
     }
     Q_INVOKABLE void knowLimits() { world.knowLimits(ProviderID::claude, 0.5, 0.75); }
+    /// Of a session that runs out before its reset.
+    Q_INVOKABLE void knowHistory() {
+        ProviderLimits limits = someLimits(world.time.now(), 0.3);
+        limits.windows[0].resetsAt = world.time.now() + Seconds{10'800};
+        for (const double ago : {3600.0, 1800.0, 0.0}) {
+            limits.fetchedAt = world.time.now() - Seconds{ago};
+            limits.windows[0].usedFraction += 0.1;
+            world.history->record(limits, ProviderID::claude);
+        }
+        world.model->apply(limits, ProviderID::claude);
+        world.settle();
+    }
     /// A setting as the command line prints it.
     Q_INVOKABLE QString preference(const QString& key) const {
         return QString::fromStdString(world.preferences->named(key.toStdString())->text());
@@ -55,6 +67,7 @@ class QuickWorld : public QObject {
     }
     Q_INVOKABLE void blockAutostart() { world.home.write(".config/autostart", "no directory"); }
     Q_INVOKABLE QString clipboard() const { return QGuiApplication::clipboard()->text(); }
+    Q_INVOKABLE void passAMinute() { world.pass(Seconds{60}); }
     Q_INVOKABLE void settle() { world.settle(); }
 
   private:

@@ -91,6 +91,22 @@ Item {
             verify(popoverView.usage.summary.showsCost)
         }
 
+        function test_theCourseOfALimit() {
+            world.knowHistory()
+            const limit = found(item => item.Accessible.name.startsWith("Session 40% left") && item.clicked, popover)
+            verify(limit.Accessible.name.includes(". Runs out about "))
+            verify(!classed("BurnUpPlot"))
+            mouseClick(limit)
+            verify(classed("BurnUpPlot").height > 0)
+            type([Qt.Key_Space], limit)
+            verify(!classed("BurnUpPlot"))
+            type([Qt.Key_Return])
+            world.passAMinute()
+            verify(classed("BurnUpPlot") && limit.activeFocus, "what changes leaves it open, with the keyboard on it")
+            world.knowLimits()
+            verify(!classed("BurnUpPlot"), "another window, of which nothing is known")
+        }
+
         function test_pointerShowsADay() {
             show(1)
             const height = popover.implicitHeight

@@ -62,6 +62,21 @@ TEST(LimitRows, LayOutAWindow) {
     EXPECT_EQ(windowRow(bare).leftText + windowRow(bare).resetText, "100%Has reset");
 }
 
+TEST(LimitRows, TellAndDrawWhenALimitRunsOut) {
+    const LimitWindow window = sessionWindow(0.6);
+    const std::vector<LimitSample> samples{{now - Seconds{3600}, 0.4, window.resetsAt},
+                                           {now - Seconds{1800}, 0.5, window.resetsAt}};
+    const ProvidersKnown known{{claude}, {claude}, {{claude, limitsWith(window)}},
+                               {},       {},       {{claude, {{"session", samples}}}}};
+    const auto row = providerRows(known, now, Calendar::utc()).front().windows[0].value<LimitRow>();
+    EXPECT_EQ(row.runOutText, "Runs out about 19:20");
+    EXPECT_THAT(row.spoken.toStdString(), ::testing::EndsWith(". Runs out about 19:20"));
+    EXPECT_EQ(row.burnUp.beginText + "–" + row.burnUp.endText, "15:10–20:10");
+    EXPECT_EQ(row.burnUp.used,
+              (QList<QPointF>{{0, 0}, {0.3, 0.4}, {0.4, 0.4}, {0.4, 0.5}, {0.5, 0.5}, {0.5, 0.6}}));
+    EXPECT_EQ(row.burnUp.forecast, (QList<QPointF>{{0.5, 0.6}, {5 / 6.0, 1}}));
+}
+
 TEST(LimitRows, AreDatedWhereTheyAreNotOfTheLatestAnswerAndOldAfterAQuarterOfAnHour) {
     struct Case {
         LimitSource source;
@@ -240,6 +255,20 @@ TEST(TimeTexts, SayHowLongAgoAndHowLongStill) {
         EXPECT_EQ(TimeTexts::age(now - Seconds{ago}, now, Calendar::utc()), text);
     for (const auto& [ahead, text] : {std::pair{0.2, "1 s"}, {59, "59 s"}, {61, "2 min"}})
         EXPECT_EQ(TimeTexts::remaining(now + Seconds{ahead}, now), text);
+}
+
+TEST(LimitTexts, SayARunOutAsWellAsItIsKnown) {
+    for (const auto& [minutes, text] : {std::pair{62.0, "18:40"},
+                                        {93, "19:15"},
+                                        {1.2, "17:40"},
+                                        {12.5 * 60, "Fri 6:00"},
+                                        {3 * 1440, "Sun 18:00"}})
+        EXPECT_EQ(LimitTexts::runOut(now + Seconds{minutes * 60}, now, Calendar::utc()),
+                  std::string("runs out about ") + text);
+    const Date later = now + Seconds{120};
+    EXPECT_EQ(LimitTexts::runOut(later, later - Seconds{1}, Calendar::utc()),
+              "runs out about 17:42")
+        << "17:40 is over";
 }
 
 TEST(DayFormat, NamesMomentsAsBrieflyAsTheyAreNear) {

@@ -6,6 +6,8 @@ import Tokwatch.Common
 Column {
     id: bar
     required property var limit
+    property bool opens: false ///< it can be opened
+    property bool isOpen: false
 
     readonly property color fill: aged(byLevel(Theme.colors.accent, Theme.colors.warning, Theme.colors.critical), Theme.colors.muted)
     readonly property color figure: aged(byLevel(Theme.colors.text, Theme.colors.warningText, Theme.colors.criticalText), Theme.colors.secondaryText)
@@ -28,12 +30,21 @@ Column {
         height: label.implicitHeight
         Label {
             id: label
-            anchors { left: parent.left; right: remaining.left; rightMargin: Theme.space.m }
+            anchors { left: parent.left; right: remaining.left; rightMargin: Theme.space.m + (bar.opens ? 16 : 0) }
             text: bar.limit.label
             font.weight: Font.Medium
             Accessible.ignored: true
             HoverHandler { id: overLabel }
             HoverTip { text: label.text; wanted: label.truncated && overLabel.hovered; widest: bar.width }
+        }
+        Symbol {
+            anchors { left: label.left; leftMargin: Math.min(label.implicitWidth, label.width) + 4; verticalCenter: label.verticalCenter }
+            width: 12
+            height: 12
+            visible: bar.opens
+            name: "chevron"
+            rotation: bar.isOpen ? 180 : 0
+            color: Theme.colors.secondaryText
         }
         Label {
             id: remaining
@@ -123,5 +134,15 @@ Column {
             color: Theme.colors.secondaryText
             Accessible.ignored: true
         }
+    }
+
+    Label {
+        width: parent.width
+        visible: text !== ""
+        text: bar.limit.runOutText
+        size: Theme.type.caption
+        font.weight: Font.Medium
+        color: bar.limit.level === Level.Critical ? Theme.colors.criticalText : Theme.colors.warningText
+        Accessible.ignored: true
     }
 }

@@ -13,8 +13,22 @@
 namespace tokwatch {
 namespace {
 
+/// What its history tells of a limit.
+void addHistory(LimitRow& row, const LimitWindow& window, const ProviderLimits& limits,
+                const WindowSamples& samples, Date now, const Calendar& calendar) {
+    const auto own = samples.find(window.id);
+    if (own == samples.end()) return;
+    const std::optional<BurnUp> course = burnUp(window, limits.fetchedAt, own->second, now);
+    if (!course) return;
+    const std::optional<Forecast> said = forecast(*course, now);
+    row.burnUp = BurnUpLine::of(*course, said, now, calendar);
+    if (said && said->usedUpAt)
+        row.runOutText = sentence(LimitTexts::runOut(*said->usedUpAt, now, calendar));
+}
+
 LimitRow limitRow(const LimitWindow& window, const ProviderLimits& limits,
-                  const LimitJudgement& judgement, Date now, const Calendar& calendar) {
+                  const LimitJudgement& judgement, const WindowSamples& samples, Date now,
+                  const Calendar& calendar) {
     const LimitBarModel bar(window, now);
     LimitRow row;
     row.label = text(windowLabel(window));
@@ -33,8 +47,9 @@ LimitRow limitRow(const LimitWindow& window, const ProviderLimits& limits,
         severityOf(bar.leftFraction, judgement.warningThreshold, judgement.criticalThreshold));
     row.isAhead = pace == Pace::over;
     row.isOld = LimitAge::isOld(window, limits.fetchedAt, now);
+    addHistory(row, window, limits, samples, now, calendar);
     QStringList parts{row.label + " " + row.leftText + " left"};
-    for (const QString& part : {row.resetText, row.paceCaption})
+    for (const QString& part : {row.resetText, row.paceCaption, row.runOutText})
         if (!part.isEmpty()) parts.append(part);
     row.spoken = parts.join(". ");
     return row;
@@ -57,6 +72,11 @@ const ProviderLimits* limitsOf(const ProvidersKnown& known, ProviderID provider)
     return found == known.limits.end() ? nullptr : &found->second;
 }
 
+WindowSamples samplesOf(const ProvidersKnown& known, ProviderID provider) {
+    const auto found = known.samples.find(provider);
+    return found == known.samples.end() ? WindowSamples() : found->second;
+}
+
 AttemptTimes attemptsOf(const ProvidersKnown& known, ProviderID provider) {
     const auto found = known.attempts.find(provider);
     return found == known.attempts.end() ? AttemptTimes() : found->second;
@@ -77,9 +97,10 @@ ProviderRow providerRow(const ProvidersKnown& known, ProviderID provider, Date n
     const ProviderLimits* limits = limitsOf(known, provider);
     if (limits != nullptr) {
         row.plan = text(plainText(limits->plan.value_or("")));
+        const WindowSamples samples = samplesOf(known, provider);
         for (const LimitWindow& window : limits->windows)
-            row.windows.append(
-                QVariant::fromValue(limitRow(window, *limits, known.judgement, now, calendar)));
+            row.windows.append(QVariant::fromValue(
+                limitRow(window, *limits, known.judgement, samples, now, calendar)));
         if (limits->credits) {
             row.creditsText = sentence(LimitTexts::credits(*limits->credits));
             if (!row.creditsText.isEmpty())

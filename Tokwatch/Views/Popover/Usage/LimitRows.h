@@ -3,7 +3,9 @@
 #include "Tokwatch/Display/LimitTexts.h"
 #include "Tokwatch/Limits/AttemptTimes.h"
 #include "Tokwatch/Views/Common/Segment.h"
+#include "Tokwatch/Views/Popover/Usage/BurnUpLine.h"
 #include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Records/LimitSample.h"
 #include "TokwatchCore/Records/ProviderID.h"
 #include "TokwatchCore/Support/Calendar.h"
 
@@ -33,6 +35,8 @@ struct LimitRow {
     Q_PROPERTY(bool isOld MEMBER isOld)
     Q_PROPERTY(QString timeText MEMBER timeText)
     Q_PROPERTY(QString paceText MEMBER paceText)
+    Q_PROPERTY(QString runOutText MEMBER runOutText)
+    Q_PROPERTY(tokwatch::BurnUpLine burnUp MEMBER burnUp)
   public:
     QString label;
     QString leftText;   ///< "42%"
@@ -47,6 +51,8 @@ struct LimitRow {
     bool isOld = false;   ///< by LimitAge
     QString timeText;     ///< what the mark on the bar tells, and …
     QString paceText;     ///< … what the pace does, for who points at them
+    QString runOutText;   ///< "Runs out about 14:00"; empty where it lasts until the reset
+    BurnUpLine burnUp;    ///< empty where it is not known how the limit was used
     friend bool operator==(const LimitRow&, const LimitRow&) = default;
 };
 
@@ -121,6 +127,7 @@ struct ProvidersKnown {
     std::map<ProviderID, ProviderLimits> limits;
     std::map<ProviderID, AttemptTimes> attempts;
     LimitJudgement judgement;
+    SamplesByProvider samples{};
 };
 
 /// The cards: one for each provider that has limits, or could have.

@@ -71,11 +71,14 @@ Card {
     }
 
     Repeater {
-        model: card.row.windows
-        LimitBar {
-            required property var modelData
+        // By their number, so that a changed limit keeps its entry, and with it focus and whether it is open.
+        model: card.row.windows.length
+        LimitEntry {
+            id: entry
+            required property int index
             width: card.width - 2 * card.padding
-            limit: modelData
+            // One that is going to go keeps what it has.
+            limit: index < card.row.windows.length ? card.row.windows[index] : entry.limit
         }
     }
 

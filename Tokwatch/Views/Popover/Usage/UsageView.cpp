@@ -39,7 +39,8 @@ ProvidersKnown UsageView::known() const {
             model.limits(),
             model.attempts(),
             {preferences.warningThreshold, preferences.criticalThreshold,
-             preferences.claudeLiveLimits, model.areLimitsAllowed()}};
+             preferences.claudeLiveLimits, model.areLimitsAllowed()},
+            model.samples()};
 }
 
 void UsageView::showProviders(const std::vector<ProviderRow>& rows) {
