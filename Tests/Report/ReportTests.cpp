@@ -3,11 +3,14 @@
 #include "Tokwatch/Report/ProjectPath.h"
 #include "Tokwatch/Report/UsageReport.h"
 
+#include <stop_token>
+
 namespace tokwatch::testing {
 
 struct ReportTest : LogsTest {
-    LogReading read(const ResponseFiles::Progress& progress = {}) {
-        return files.read(allCases<ProviderID>, touchedSince, progress);
+    LogReading read(const ResponseFiles::Progress& progress = {},
+                    const std::stop_token& stop = {}) {
+        return files.read(allCases<ProviderID>, touchedSince, progress, stop);
     }
 
     UsageReport report(ReportBy by, const Calendar& calendar = Calendar::utc()) {
@@ -192,10 +195,22 @@ TEST_F(ReportTest, ReadsOnlyWhatHasChangedAgain) {
     write("p/b.jsonl", {{"b", 2}});
     EXPECT_EQ(report(ReportBy::day).total.tokens.output, 3);
     write("p/b.jsonl", {{"b", 2}, {"c", 4}});
-    std::vector<std::int64_t> sizes;
-    read([&](std::int64_t, std::int64_t all) { sizes.push_back(all); });
-    EXPECT_THAT(sizes,
-                ElementsAre(std::filesystem::file_size(home / ".claude/projects/p/b.jsonl")));
+    const auto bytesRead = [this] {
+        std::int64_t bytes = 0;
+        read([&](std::int64_t, std::int64_t all) { bytes = all; });
+        return bytes;
+    };
+    EXPECT_EQ(bytesRead(), std::filesystem::file_size(home / ".claude/projects/p/b.jsonl"));
+    // Fewer days for a while, and a reading that was stopped before its first file.
+    const Date longAgo = std::exchange(touchedSince, systemNow() + Seconds{3600});
+    EXPECT_THAT(read().files, IsEmpty());
+    touchedSince = longAgo;
+    home.write(".codex/sessions/r.jsonl", CodexLog::usage("r", 0, 8));
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_EQ(read({}, stop.get_token()).files.size(), 2U);
+    EXPECT_EQ(bytesRead(), std::filesystem::file_size(home / ".codex/sessions/r.jsonl"));
+    std::filesystem::remove(home / ".codex/sessions/r.jsonl");
     EXPECT_EQ(report(ReportBy::day).total.tokens.output, 7);
     std::filesystem::remove(home / ".claude/projects/p/a.jsonl");
     EXPECT_EQ(report(ReportBy::day).total.tokens.output, 6);

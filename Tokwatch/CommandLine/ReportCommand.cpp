@@ -6,8 +6,6 @@
 #include "Tokwatch/Display/SummaryTexts.h"
 #include "TokwatchCore/Support/Amounts.h"
 
-#include <algorithm>
-
 namespace tokwatch {
 namespace {
 
@@ -35,11 +33,8 @@ std::string dayText(Date day, Date now, const Calendar& calendar) {
 }
 
 ReportWindow daysUntilToday(std::int64_t days, Date now, const Calendar& calendar) {
-    const std::int64_t count = std::max<std::int64_t>(days, 1);
-    const Period today = dayHolding(now, calendar);
-    return {{calendar.daysEnding(now, static_cast<int>(count)).front(), today.end},
-            count == 1 ? "Today" : "Last " + counted(count, "day"),
-            SummaryTexts::noUsage(count)};
+    return {lastDays(static_cast<int>(days), now, calendar), SummaryTexts::period(days),
+            SummaryTexts::noUsage(days)};
 }
 
 ReportWindow windowOf(const ReportOptions& options, Date now, const Calendar& calendar) {
@@ -66,13 +61,6 @@ Json jsonOf(const UsageReport& report, const LogReading& reading) {
     return json;
 }
 
-std::string homeOf(const CommandSurroundings& surroundings) {
-    std::string home = surroundings.paths.home.string();
-    while (home.size() > 1 && home.ends_with('/'))
-        home.pop_back();
-    return home;
-}
-
 } // namespace
 
 int runReport(const CommandSurroundings& surroundings, const ReportOptions& options) {
@@ -82,7 +70,7 @@ int runReport(const CommandSurroundings& surroundings, const ReportOptions& opti
     const ReportWindow window = windowOf(options, now, calendar);
     surroundings.requireHome();
 
-    const UsageReport::Query query{options.by, window.period, homeOf(surroundings)};
+    const UsageReport::Query query{options.by, window.period, surroundings.paths.home.string()};
     const Period reach = UsageReport::reach(query);
     const LogReading reading = readLogs(surroundings, options.provider, reach.start);
     const CountedResponses responses(reading, reach.start, reach.end);

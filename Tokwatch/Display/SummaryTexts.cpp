@@ -9,7 +9,7 @@ std::string SummaryTexts::period(std::int64_t days) {
 }
 
 std::string SummaryTexts::noUsage(std::int64_t days) {
-    return "No usage in the last " + counted(days, "day");
+    return days == 1 ? "No usage today" : "No usage in the last " + counted(days, "day");
 }
 
 } // namespace tokwatch

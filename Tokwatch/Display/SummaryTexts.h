@@ -15,7 +15,7 @@ struct SummaryTexts {
 
     /// "Last 30 days", "Today"
     static std::string period(std::int64_t days);
-    /// "No usage in the last 30 days"
+    /// "No usage in the last 30 days", "No usage today"
     static std::string noUsage(std::int64_t days);
 };
 

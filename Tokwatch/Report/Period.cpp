@@ -2,6 +2,7 @@
 
 #include "TokwatchCore/Support/ISO8601.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tokwatch {
@@ -29,6 +30,10 @@ Period hourHolding(Date moment, const Calendar& calendar) {
 
 Period dayHolding(Date moment, const Calendar& calendar) {
     return days(moment, 0, 1, calendar);
+}
+
+Period lastDays(int count, Date now, const Calendar& calendar) {
+    return {calendar.daysEnding(now, std::max(count, 1)).front(), dayHolding(now, calendar).end};
 }
 
 std::optional<Period> dayNamed(std::string_view key, const Calendar& calendar) {

@@ -20,6 +20,8 @@ struct Period {
 // The parts of the user's calendar that hold a moment. Weeks begin on Mondays.
 Period hourHolding(Date moment, const Calendar& calendar);
 Period dayHolding(Date moment, const Calendar& calendar);
+/// The last so many days, at least one; today is the last of them.
+Period lastDays(int count, Date now, const Calendar& calendar);
 /// The day that is written so: "2026-01-31"; none where the calendar has no such day.
 std::optional<Period> dayNamed(std::string_view key, const Calendar& calendar);
 Period weekHolding(Date moment, const Calendar& calendar);

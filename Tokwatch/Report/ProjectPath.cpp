@@ -12,16 +12,21 @@ std::string_view repositoryBeside(std::string_view name) {
                                   : std::string_view();
 }
 
-bool isRepository(const std::filesystem::path& path, const std::filesystem::path& home) {
-    return path.has_relative_path() && path != home;
+/// Without a separator at its end.
+std::filesystem::path normal(std::string_view text) {
+    const std::filesystem::path path = std::filesystem::path(text).lexically_normal();
+    return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();
+}
+
+bool isRepository(const std::filesystem::path& path, std::string_view home) {
+    return path.has_relative_path() && path != normal(home);
 }
 
 } // namespace
 
 std::string projectOf(std::string_view directory, std::string_view home) {
     if (!directory.starts_with('/')) return {};
-    std::filesystem::path path = std::filesystem::path(directory).lexically_normal();
-    if (!path.has_filename() && path.has_relative_path()) path = path.parent_path();
+    const std::filesystem::path path = normal(directory);
     std::filesystem::path above;
     for (auto part = path.begin(); part != path.end(); ++part) {
         const bool isLast = std::next(part) == path.end();

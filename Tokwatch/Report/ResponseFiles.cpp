@@ -29,10 +29,10 @@ Date modifiedAt(const LogFile& file) {
 ResponseFiles::ResponseFiles(ProviderLocations l, KeepLines k) : locations(std::move(l)), keep(k) {}
 
 LogReading ResponseFiles::read(std::span<const ProviderID> providers, Date touchedSince,
-                               const Progress& progress) {
+                               const Progress& progress, const std::stop_token& stop) {
     LogReading reading;
     list(providers, touchedSince, reading);
-    readListed(progress);
+    readListed(progress, stop);
     std::vector<LogFile> gone;
     for (const Known& file : listed)
         if (file.isGone) gone.push_back(file.file);
@@ -40,7 +40,7 @@ LogReading ResponseFiles::read(std::span<const ProviderID> providers, Date touch
         // They may have been moved from one root to another, as archived sessions are.
         reading.unread.clear();
         list(providers, touchedSince, reading);
-        readListed({});
+        readListed({}, stop);
     }
     for (const LogFile& file : gone) {
         const auto isIt = [&file](const Known& found) {
@@ -50,6 +50,7 @@ LogReading ResponseFiles::read(std::span<const ProviderID> providers, Date touch
         if (std::ranges::none_of(listed, isIt)) reading.gone.push_back(file.path);
     }
     for (const Known& file : listed) {
+        if (!file.isAskedFor) continue;
         if (file.responses != nullptr) {
             reading.files.push_back(file.responses);
         } else if (!file.isGone) {
@@ -70,19 +71,20 @@ void ResponseFiles::list(std::span<const ProviderID> providers, Date touchedSinc
             LogListing listing = findLogFiles(provider, root);
             std::ranges::move(listing.failures, std::back_inserter(reading.unread));
             for (LogFile& file : listing.files) {
-                if (modifiedAt(file) < touchedSince) continue;
-                Known& added = listed.emplace_back(
-                    Known{std::move(file), provider, root.string(), nullptr, {}});
+                const bool isAskedFor = modifiedAt(file) >= touchedSince;
+                Known added{std::move(file), provider, root.string(), isAskedFor, nullptr, {}};
                 const auto before = known.find(added.file.path);
                 if (before != known.end() &&
                     isSame(before->second.file.attributes, added.file.attributes))
                     added.responses = before->second.responses;
+                // The next look may be at more days again.
+                if (isAskedFor || added.responses != nullptr) listed.push_back(std::move(added));
             }
         }
     }
 }
 
-void ResponseFiles::readListed(const Progress& progress) {
+void ResponseFiles::readListed(const Progress& progress, const std::stop_token& stop) {
     std::vector<Known*> unread;
     std::int64_t all = 0;
     for (Known& file : listed) {
@@ -96,8 +98,8 @@ void ResponseFiles::readListed(const Progress& progress) {
     std::atomic<std::size_t> next = 0;
     std::atomic<std::int64_t> bytes = 0;
     const auto work = [&](const Progress& show) {
-        ResponseReader reader(keep);
-        for (std::size_t at = next++; at < unread.size(); at = next++) {
+        ResponseReader reader(keep, stop);
+        for (std::size_t at = next++; at < unread.size() && !stop.stop_requested(); at = next++) {
             read(*unread[at], reader);
             bytes += unread[at]->file.attributes.size;
             if (show) show(bytes, all);
@@ -118,9 +120,10 @@ void ResponseFiles::readListed(const Progress& progress) {
 void ResponseFiles::read(Known& known, ResponseReader& reader) {
     known.isGone = false;
     try {
-        FileResponses responses = reader.read(known.provider, known.file);
-        responses.root = known.root;
-        known.responses = std::make_shared<const FileResponses>(std::move(responses));
+        std::optional<FileResponses> responses = reader.read(known.provider, known.file);
+        if (!responses) return;
+        responses->root = known.root;
+        known.responses = std::make_shared<const FileResponses>(std::move(*responses));
     } catch (const std::system_error& error) {
         known.isGone = isGone(error.code());
         known.failure = error.code().message();

@@ -25,7 +25,7 @@ std::uint64_t responseKey(std::string_view dedupKey) {
     return std::hash<std::string_view>()(dedupKey);
 }
 
-FileResponses ResponseReader::read(ProviderID provider, const LogFile& file) {
+std::optional<FileResponses> ResponseReader::read(ProviderID provider, const LogFile& file) {
     const auto path = [&file] { return file.path; };
     const SumOrigin origin(path);
     begin(provider);
@@ -40,6 +40,7 @@ FileResponses ResponseReader::read(ProviderID provider, const LogFile& file) {
     case LogFormat::none:
         break;
     }
+    if (stop.stop_requested()) return std::nullopt;
     found.file = file;
     found.models = models.all();
     found.responses.shrink_to_fit();
@@ -59,7 +60,7 @@ void ResponseReader::readLines(const LogFile& file) {
     CodexLogParser codex;
     std::optional<FileCursor> reached;
     int replacements = 0;
-    while (!reached || reached->offset < file.attributes.size) {
+    while (!stop.stop_requested() && (!reached || reached->offset < file.attributes.size)) {
         JSONLTail::Result slice = readSlice(file, reached, sliceBytes, buffer);
         if (slice.reset) {
             if (++replacements > mostReplacements)

@@ -8,8 +8,11 @@
 #include "TokwatchCore/Records/UsageEvent.h"
 
 #include <cstdint>
+#include <optional>
+#include <stop_token>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace tokwatch {
 
@@ -17,11 +20,12 @@ namespace tokwatch {
 /// memory to read and parse in, so one belongs to one thread at a time.
 class ResponseReader {
   public:
-    explicit ResponseReader(KeepLines kept) : keep(kept) {}
+    explicit ResponseReader(KeepLines kept, std::stop_token stopped = {})
+        : keep(kept), stop(std::move(stopped)) {}
 
-    /// Throws std::system_error, or another exception with the reason, when the file cannot be
-    /// read; whoever cares asks `isGone`.
-    FileResponses read(ProviderID provider, const LogFile& file);
+    /// None where it was stopped. Throws std::system_error, or another exception with the reason,
+    /// when the file cannot be read; whoever cares asks `isGone`.
+    std::optional<FileResponses> read(ProviderID provider, const LogFile& file);
 
   private:
     void readLines(const LogFile& file);
@@ -31,6 +35,7 @@ class ResponseReader {
     std::uint32_t sessionOf(const UsageEvent& event, std::string_view directory);
 
     const KeepLines keep;
+    const std::stop_token stop;
     TailBuffer buffer;
     ClaudeLogParser claude;
     FileResponses found;
