@@ -9,21 +9,27 @@ T.ComboBox {
     /// What there is to choose: each an { id, label }.
     required property var choices
     property string current
+    property bool small: false
     signal chosen(string id)
 
     model: choices.map(choice => choice.label)
     currentIndex: choices.findIndex(choice => choice.id === current)
     onActivated: index => chosen(choices[index].id)
     implicitWidth: 200
-    implicitHeight: 28
+    implicitHeight: small ? 24 : 28
     leftPadding: Theme.space.m
     rightPadding: Theme.space.m
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: name
 
+    // A window that closes under its list opens again without it.
+    readonly property bool isOnScreen: Window.visibility !== Window.Hidden
+    onIsOnScreenChanged: if (!isOnScreen) popup.close()
+
     contentItem: Label {
         text: box.displayText
+        size: box.small ? Theme.type.caption : Theme.type.body
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true
     }
@@ -55,6 +61,7 @@ T.ComboBox {
         contentItem: Label {
             leftPadding: Theme.space.s
             text: option.modelData
+            size: box.small ? Theme.type.caption : Theme.type.body
             verticalAlignment: Text.AlignVCenter
             font.weight: box.currentIndex === option.index ? Font.DemiBold : Font.Normal
             Accessible.ignored: true

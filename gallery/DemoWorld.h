@@ -2,6 +2,7 @@
 
 #include "Tests/App/ModelWorld.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
+#include "Tokwatch/Views/Popover/Range/ShownRange.h"
 
 #include <initializer_list>
 #include <string>
@@ -23,6 +24,7 @@ class DemoWorld : public ModelWorld {
                        Seconds duration, Seconds untilReset) const;
 
     ViewClock clock;
+    ShownRange range;
 };
 
 } // namespace tokwatch::testing

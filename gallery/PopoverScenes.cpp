@@ -13,16 +13,17 @@ const QUrl popover(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Popover.qml"));
 
 Scene scene(QString name, PopoverTab tab, std::function<void(DemoWorld&)> prepare,
             DemoWorld::Home home = DemoWorld::Home::demo) {
-    return {
-        std::move(name),
-        popover,
-        home,
-        [tab, prepare = std::move(prepare)](DemoWorld& world) {
-            world.preferences->popoverTab = tab;
-            if (prepare) prepare(world);
-        },
-        [](DemoWorld& world) { return std::make_unique<PopoverView>(*world.model, world.clock); },
-        {}};
+    return {std::move(name),
+            popover,
+            home,
+            [tab, prepare = std::move(prepare)](DemoWorld& world) {
+                world.preferences->popoverTab = tab;
+                if (prepare) prepare(world);
+            },
+            [](DemoWorld& world) {
+                return std::make_unique<PopoverView>(*world.model, world.clock, world.range);
+            },
+            {}};
 }
 
 void usual(DemoWorld& world) {
@@ -183,15 +184,27 @@ Scene tips() {
     return tips;
 }
 
-Scene byDay() {
-    Scene days = scene("models-days", PopoverTab::models, usual);
-    days.makeView = [](DemoWorld& world) {
-        auto view = std::make_unique<PopoverView>(*world.model, world.clock);
-        view->models()->setMode(Segment::ByDay);
+/// The models' tab in other parts than models.
+Scene breakdown(const char* name, Segment::Breakdown mode,
+                const std::function<void(DemoWorld&)>& prepare) {
+    Scene breakdown = scene(name, PopoverTab::models, prepare);
+    breakdown.makeView = [mode](DemoWorld& world) {
+        auto view = std::make_unique<PopoverView>(*world.model, world.clock, world.range);
+        view->models()->setMode(mode);
         return view;
     };
-    days.size = {420, 480};
-    return days;
+    breakdown.size = {420, 480};
+    return breakdown;
+}
+
+void today(DemoWorld& world) {
+    usual(world);
+    world.range.setDays(ShownRange::Today);
+}
+
+void ninetyDays(DemoWorld& world) {
+    usual(world);
+    world.range.setDays(ShownRange::Quarter);
 }
 
 } // namespace
@@ -213,10 +226,13 @@ std::vector<Scene> popoverScenes() {
         scene("usage-empty", PopoverTab::usage, {}, DemoWorld::Home::empty),
         scene("stats", stats, usual),
         scene("stats-tokens", stats, inTokens),
+        scene("stats-today", stats, today),
+        scene("stats-90-days", stats, ninetyDays),
         scene("stats-empty", stats, {}, DemoWorld::Home::empty),
         scene("models", models, usual),
         scene("models-extreme", models, extreme),
-        byDay(),
+        breakdown("models-days", Segment::ByDay, usual),
+        breakdown("models-projects", Segment::ByProject, ninetyDays),
         scene("models-empty", models, {}, DemoWorld::Home::empty),
     };
 }

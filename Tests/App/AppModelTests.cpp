@@ -200,9 +200,9 @@ TEST_F(AppModelTest, PrunesOnceADayAndKeepsNinetyDays) {
     ingest(90, "kept");
     ingest(0, "newest");
     const auto days = [this] {
-        const QFuture<UsageSummary> summary = model->summaryOf(120);
+        const QFuture<std::optional<UsageSummary>> summary = model->summaryOf(120);
         settle();
-        return summary.result().perDay.size();
+        return summary.result()->perDay.size();
     };
     const auto passAfter = [this](double seconds) {
         time.jump(Seconds{seconds});

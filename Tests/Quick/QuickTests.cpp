@@ -17,6 +17,7 @@ Q_IMPORT_QML_PLUGIN(Tokwatch_CommonPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_OnboardingPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_PopoverPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_Popover_ModelsPlugin)
+Q_IMPORT_QML_PLUGIN(Tokwatch_Popover_RangePlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_Popover_StatsPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_Popover_UsagePlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_SettingsPlugin)
@@ -72,7 +73,8 @@ class QuickWorld : public QObject {
 
   private:
     ViewWorld world{".claude/projects/a/b.jsonl", ".grok/sessions/a"};
-    PopoverView popover{*world.model, world.clock};
+    ShownRange range;
+    PopoverView popover{*world.model, world.clock, range};
     SettingsView settings{*world.model, world.clock, world.places};
     OnboardingView welcome{*world.preferences, ProviderLocations{world.home.path()},
                            world.loginItem};

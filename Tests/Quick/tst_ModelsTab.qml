@@ -60,7 +60,18 @@ ModelsTab {
             tryCompare(list, "count", 1)
             compare(table.currentIndex, 0)
             compare(list.itemAtIndex(0).row.title, "Tue, Nov 24")
-            type([Qt.Key_Left])
+            // Of today; a list that was given up changes nothing.
+            type([Qt.Key_Space, Qt.Key_Up, Qt.Key_Escape, Qt.Key_Space, Qt.Key_Up, Qt.Key_Up, Qt.Key_Return], named("Days"))
+            compare(tab.view.range.days, 1)
+            world.settle()
+            tryCompare(list, "count", 1)
+            type([Qt.Key_End], classed("SegmentedControl"))
+            tryVerify(() => tab.view.state.isWaiting)
+            world.settle()
+            verify(!tab.view.state.isWaiting)
+            compare(tab.view.state.emptyText, "No usage today", "there is no log")
+            tab.view.range.days = 30
+            type([Qt.Key_Home], classed("SegmentedControl"))
             tryCompare(list, "count", 5000)
         }
     }

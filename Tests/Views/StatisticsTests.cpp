@@ -1,10 +1,7 @@
+#include "Tests/Report/ReportFixture.h"
 #include "Tests/Views/ViewWorld.h"
-#include "Tokwatch/Views/Popover/Models/Breakdown.h"
-#include "Tokwatch/Views/Popover/Models/ModelsView.h"
 #include "Tokwatch/Views/Popover/Models/TableText.h"
-#include "Tokwatch/Views/Popover/Stats/ChartDays.h"
-#include "Tokwatch/Views/Popover/Stats/HeatMapDays.h"
-#include "Tokwatch/Views/Popover/Stats/StatsView.h"
+#include "Tokwatch/Views/Popover/PopoverView.h"
 
 #include <QAbstractItemModelTester>
 
@@ -160,36 +157,60 @@ TEST(HeatMapDays, PutsEachDayOnItsWeekday) {
 }
 
 /// Costs that tools report are approximate.
-Breakdown breakdown(BreakdownMode mode, SummaryUnit unit) {
-    return Breakdown(summaryOf("2026-11-24", 30,
-                               {{ProviderID::claude, "opus", "2026-11-23", 1'000, 7.5},
-                                {ProviderID::grok, "grok\n\"4\", beta", "2026-11-24", 3'000, 2.5},
-                                {ProviderID::claude, "new", "2026-11-24", 6'000, -1}}),
-                     mode, unit, Calendar::utc());
+BreakdownPointer breakdown(Segment::Breakdown mode, SummaryUnit unit) {
+    const UsageSummary summary =
+        summaryOf("2026-11-24", 30,
+                  {{ProviderID::claude, "opus", "2026-11-23", 1'000, 7.5},
+                   {ProviderID::grok, "grok\n\"4\", beta", "2026-11-24", 3'000, 2.5},
+                   {ProviderID::claude, "new", "2026-11-24", 6'000, -1}});
+    switch (mode) {
+    case Segment::ByModel:
+        return breakdownByModel(summary, unit);
+    case Segment::ByDay:
+        return breakdownByDay(summary, unit, Calendar::utc());
+    case Segment::ByProject:
+        break;
+    }
+    ProjectUsage usage;
+    usage.rows = {{"~/src/app, old", 2, {7.5, true, 1'000, 0.75, 0.1}},
+                  {"", 1, {std::nullopt, false, 9'000, 0, 0.9}}};
+    return breakdownByProject(usage, unit);
 }
 
 TEST(Breakdown, LeadsWithTheUnitAndRanksByIt) {
-    const Breakdown byCost = breakdown(BreakdownMode::model, SummaryUnit::cost);
-    ASSERT_EQ(byCost.count(), 3U);
-    EXPECT_EQ(byCost.row(0),
-              (BreakdownRow{"claude/opus", "1", "claude", "opus", "~$7.50", "1.00K tokens", "75.0%",
-                            "opus, Claude, about $7.50, 1.00K tokens, 75.0% of cost", 0.75}));
-    EXPECT_EQ(byCost.row(1).provider, "grok");
-    EXPECT_EQ(byCost.row(2).value + byCost.row(2).share, "——");
-    EXPECT_EQ(byCost.row(2).spoken, "new, Claude, price unknown, 6.00K tokens");
+    const BreakdownPointer byCost = breakdown(Segment::ByModel, SummaryUnit::cost);
+    ASSERT_EQ(byCost->count(), 3U);
+    EXPECT_EQ(
+        byCost->row(0),
+        (BreakdownRow{"claude/opus", "1", "claude", "opus", "", "~$7.50", "1.00K tokens", "75.0%",
+                      "opus, Claude, about $7.50, 1.00K tokens, 75.0% of cost", 0.75}));
+    EXPECT_EQ(byCost->row(1).provider, "grok");
+    EXPECT_EQ(byCost->row(2).value + byCost->row(2).share, "——");
+    EXPECT_EQ(byCost->row(2).spoken, "new, Claude, price unknown, 6.00K tokens");
 
-    const BreakdownRow first = breakdown(BreakdownMode::model, SummaryUnit::tokens).row(0);
-    EXPECT_EQ(first.rank + " " + first.id + " " + first.value + " " + first.note,
-              "1 claude/new 6.00K —");
-    const BreakdownRow day = breakdown(BreakdownMode::day, SummaryUnit::cost).row(0);
-    EXPECT_EQ(day, (BreakdownRow{"day/2026-11-24", "", "", "Tue, Nov 24", "$2.50", "9.00K tokens",
-                                 "25.0%", "Tue, Nov 24, $2.50, 9.00K tokens, 25.0% of cost",
-                                 0.25 / 0.75}))
+    const auto firstOf = [](Segment::Breakdown mode) {
+        const BreakdownRow first = breakdown(mode, SummaryUnit::tokens)->row(0);
+        return (first.rank + " " + first.id + " " + first.value + " " + first.note).toStdString();
+    };
+    EXPECT_EQ(firstOf(Segment::ByModel), "1 claude/new 6.00K —");
+    EXPECT_EQ(firstOf(Segment::ByProject), "1 project/No project told 9.00K —");
+    EXPECT_EQ(
+        breakdown(Segment::ByDay, SummaryUnit::cost)->row(0),
+        (BreakdownRow{"day/2026-11-24", "", "", "Tue, Nov 24", "", "$2.50", "9.00K tokens", "25.0%",
+                      "Tue, Nov 24, $2.50, 9.00K tokens, 25.0% of cost", 0.25 / 0.75}))
         << "its bar is a part of the largest day's";
+    EXPECT_EQ(breakdown(Segment::ByProject, SummaryUnit::cost)->row(0),
+              (BreakdownRow{"project/~/src/app, old", "1", "", "app, old", "~/src/app, old",
+                            "~$7.50", "1.00K tokens", "75.0%",
+                            "~/src/app, old, about $7.50, 1.00K tokens, 75.0% of cost", 0.75}));
 }
 
 TEST(Breakdown, IsATableForPrograms) {
-    EXPECT_EQ(breakdown(BreakdownMode::model, SummaryUnit::cost).data().csv().toStdString(),
+    EXPECT_EQ(breakdown(Segment::ByProject, SummaryUnit::cost)->data().csv().toStdString(),
+              "Project,Sessions,Tokens,Cost (USD),Approximate,Cost share,Token share\r\n"
+              "\"~/src/app, old\",2,1000,7.500000,yes,0.750000,0.100000\r\n"
+              ",1,9000,,no,0.000000,0.900000\r\n");
+    EXPECT_EQ(breakdown(Segment::ByModel, SummaryUnit::cost)->data().csv().toStdString(),
               "Provider,Model,Tokens,Cost (USD),Approximate,Cost share,Token share\r\n"
               "Claude,opus,1000,7.500000,yes,0.750000,0.100000\r\n"
               "Grok,\"grok \"\"4\"\", beta\",3000,2.500000,yes,0.250000,0.300000\r\n"
@@ -222,23 +243,35 @@ TEST(TableText, QuotesWhatACSVReaderWouldMistake) {
 }
 
 struct StatsViewTest : ::testing::Test, testing::ViewWorld {
-    std::optional<StatsView> stats{std::in_place, *model, clock};
-    ModelsView models{*model, clock};
+    ShownRange range;
+    std::optional<PopoverView> popover{std::in_place, *model, clock, range};
+    StatsView& stats = *popover->stats();
+    ModelsView& models = *popover->models();
+
+    std::string titles() {
+        QStringList titles;
+        for (int at = 0; at < models.rows()->rowCount(); ++at)
+            titles.append(models.rows()
+                              ->data(models.rows()->index(at), Qt::UserRole)
+                              .value<BreakdownRow>()
+                              .title);
+        return titles.join(", ").toStdString();
+    }
 };
 
 TEST_F(StatsViewTest, ComputesNothingWhileItIsNotSeen) {
-    stats->setActive(true);
+    stats.setActive(true);
     models.setActive(true);
     settle();
-    EXPECT_EQ(models.emptyText(), "No usage in the last 30 days");
-    stats->setActive(false);
+    EXPECT_EQ(models.state().emptyText, "No usage in the last 30 days");
+    stats.setActive(false);
     models.setActive(false);
     holdBackground = true;
     use({event("2026-11-24T10:00:00Z", 2)});
     EXPECT_EQ(background.size(), 1U) << "the publishing alone";
     holdBackground = false;
     settle();
-    EXPECT_EQ(stats->state().chart.whole.value, "");
+    EXPECT_EQ(stats.state().chart.whole.value, "");
     EXPECT_EQ(models.rows()->rowCount(), 0);
     models.setActive(true);
     EXPECT_EQ(models.rows()->rowCount(), 1);
@@ -247,29 +280,110 @@ TEST_F(StatsViewTest, ComputesNothingWhileItIsNotSeen) {
 TEST_F(StatsViewTest, ShowsTheStoredDaysAsSoonAsTheyAreComputed) {
     use({event("2026-09-01T10:00:00Z", 3), event("2026-11-24T10:00:00Z", 2)});
     holdBackground = true;
-    stats->setActive(true);
+    stats.setActive(true);
     settle();
-    EXPECT_EQ(stats->state().chart.whole.value, "$2.00") << "what is known is there at once";
-    EXPECT_EQ(stats->calendar().cells.size(), 90U) << "the place is held";
-    EXPECT_EQ(stats->calendar().whole.value, "$0.00");
+    EXPECT_EQ(stats.state().chart.whole.value, "$2.00") << "what is known is there at once";
+    EXPECT_EQ(stats.calendar().cells.size(), 90U) << "the place is held";
+    EXPECT_EQ(stats.calendar().whole.value, "$0.00");
     holdBackground = false;
     settle();
-    EXPECT_EQ(stats->calendar().whole.value, "$5.00");
+    EXPECT_EQ(stats.calendar().whole.value, "$5.00");
 
     use({event("2026-11-24T11:00:00Z", 4)});
-    EXPECT_EQ(stats->calendar().whole.value, "$9.00");
+    EXPECT_EQ(stats.calendar().whole.value, "$9.00");
     preferences->summaryUnit = SummaryUnit::tokens;
     settle();
-    EXPECT_EQ(stats->calendar().whole.value, "3.00K");
-    EXPECT_EQ(stats->state().chart.whole.value, "2.00K");
+    EXPECT_EQ(stats.calendar().whole.value, "3.00K");
+    EXPECT_EQ(stats.state().chart.whole.value, "2.00K");
 
     // It may go while days are read.
     holdBackground = true;
     model->publish();
     settle();
-    stats.reset();
+    popover.reset();
     holdBackground = false;
     settle();
+}
+
+TEST_F(StatsViewTest, ShowsTheDaysThatAreChosen) {
+    use({event("2026-08-26T10:00:00Z", 8), event("2026-10-25T10:00:00Z", 4),
+         event("2026-10-26T10:00:00Z", 2), event("2026-11-18T10:00:00Z", 1)});
+    stats.setActive(true);
+    models.setActive(true);
+    models.setMode(Segment::ByDay);
+    for (const auto& [days, columns, whole, listed] :
+         {std::tuple{ShownRange::Quarter, 90U, "$7.00", 3},
+          {ShownRange::Week, 7U, "$1.00", 1},
+          {ShownRange::Month, 30U, "$3.00", 2},
+          {ShownRange::Today, 0U, "", 0}}) {
+        SCOPED_TRACE(days);
+        range.setDays(days);
+        settle();
+        EXPECT_EQ(stats.state().chart.columns.size(), columns);
+        EXPECT_EQ(stats.state().chart.whole.value, whole);
+        EXPECT_EQ(models.rows()->rowCount(), listed);
+        EXPECT_EQ(stats.calendar().whole.value, "$7.00") << "whatever is chosen";
+    }
+    EXPECT_EQ(stats.state().emptyText, "No usage today");
+    use({event("2026-11-24T11:00:00Z", 16)});
+    EXPECT_EQ(stats.state().chart.whole.value, "$16.00");
+    holdBackground = true;
+    range.setDays(ShownRange::Week);
+    settle();
+    EXPECT_FALSE(stats.reading().isShown) << "at once, for a person";
+    advance(0.2);
+    EXPECT_TRUE(stats.reading().isShown);
+    EXPECT_EQ(stats.state().chart.whole.value, "$16.00") << "until the others are there";
+    // The answer to what nobody asks any more.
+    range.setDays(ShownRange::Quarter);
+    holdBackground = false;
+    settle();
+    EXPECT_EQ(stats.state().chart.whole.value, "$23.00");
+    EXPECT_FALSE(stats.reading().isShown);
+}
+
+TEST_F(StatsViewTest, ReadsProjectsWhileSomebodyWaitsForThem) {
+    const std::string app = (home / "src/app").string();
+    home.write(".claude/projects/a/1.jsonl",
+               testing::Line{"a", 30, "2026-11-24T09:00:00Z", "s1", app}.text() +
+                   testing::Line{"b", 5, "2026-10-01T09:00:00Z", "s2", app + "-old"}.text());
+    home.write(".claude/projects/a/2.jsonl",
+               testing::Line{"c", 10, "2026-11-20T09:00:00Z", "s3", ""}.text());
+    models.setActive(true);
+    models.setInSight(true);
+    holdBackground = true;
+    models.setMode(Segment::ByProject);
+    settle();
+    EXPECT_TRUE(models.state().isWaiting);
+    EXPECT_FALSE(models.reading().isShown);
+    advance(0.2);
+    EXPECT_EQ(models.reading().text, "Reading sessions");
+    EXPECT_TRUE(models.reading().isShown);
+    holdBackground = false;
+    settle();
+    EXPECT_FALSE(models.state().isWaiting || models.reading().isShown);
+    preferences->summaryUnit = SummaryUnit::tokens;
+    settle();
+    EXPECT_EQ(titles(), "app, No project told");
+    EXPECT_EQ(models.asText().toStdString(), "#  Project          Tokens  Cost  Share\n"
+                                             "1  ~/src/app            30     —  75.0%\n"
+                                             "2  No project told      10     —  25.0%\n");
+
+    // Days that change while they are read: the first reading is given up.
+    holdBackground = true;
+    range.setDays(ShownRange::Today);
+    range.setDays(ShownRange::Quarter);
+    holdBackground = false;
+    settle();
+    EXPECT_EQ(titles(), "app, No project told, app-old");
+    use({event("2026-11-24T10:00:00Z", 2)});
+    EXPECT_EQ(models.state().notes, "Excludes models without a published price\n"
+                                    "Counts the files that are still there: 45 of 1.00K tokens");
+    models.setInSight(false);
+    holdBackground = true;
+    model->publish();
+    settle();
+    EXPECT_EQ(background.size(), 1U) << "nobody sees what would be read";
 }
 
 /// What a model tells of its changes, which must not contradict each other: "+1-2" for rows that

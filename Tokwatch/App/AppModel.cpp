@@ -178,10 +178,8 @@ QFuture<std::optional<UsageSummary>> AppModel::computeSummary(std::int64_t days,
                         });
 }
 
-QFuture<UsageSummary> AppModel::summaryOf(std::int64_t days) const {
-    return computeSummary(days, calendar()).then([](const std::optional<UsageSummary>& summary) {
-        return summary.value_or(UsageSummary());
-    });
+QFuture<std::optional<UsageSummary>> AppModel::summaryOf(std::int64_t days) const {
+    return computeSummary(days, calendar());
 }
 
 QFuture<void> AppModel::writeSnapshot() const {

@@ -99,14 +99,19 @@ class AppModel : public QObject {
     /// Brings the limits of the providers that the popover shows up to date, where that is due.
     void popoverOpened();
 
-    /// A summary of other than the usual days, computed in the background.
-    QFuture<UsageSummary> summaryOf(std::int64_t days) const;
+    /// A summary of other than the usual days, computed in the background; none where the store
+    /// failed, which is logged.
+    QFuture<std::optional<UsageSummary>> summaryOf(std::int64_t days) const;
 
     Preferences& preferences() const { return surroundings.preferences; }
     const ProviderLocations& locations() const { return surroundings.locations; }
     /// The one that the published summary's days are of.
     const Calendar& calendar() const { return calendarState.value(); }
     Date now() const { return surroundings.now(); }
+    // What views that compute something themselves do it with.
+    const RunInBackground& background() const { return surroundings.runInBackground; }
+    Scheduler& scheduler() const { return surroundings.scheduler; }
+    const std::shared_ptr<const PriceTable>& prices() const { return surroundings.prices; }
 
   private:
     // The model may be gone whenever one of these resumes.

@@ -36,8 +36,10 @@ class SummaryPrinter {
         }
         printHeadline();
         if (!only || *only == SummaryTable::tool) printTools();
-        if (!only || *only == SummaryTable::model) printBreakdown(BreakdownMode::model, "Model");
-        if (!only || *only == SummaryTable::day) printBreakdown(BreakdownMode::day, "Day");
+        if (!only || *only == SummaryTable::model)
+            printBreakdown(SummaryDisplay::modelRows(summary, unit), "Model");
+        if (!only || *only == SummaryTable::day)
+            printBreakdown(SummaryDisplay::dayRows(summary, unit, surroundings.calendar()), "Day");
         if (summary.hasUnknownPrices) {
             terminal.line();
             terminal.line(terminal.paint(Tone::dim, SummaryTexts::excludesUnknownPrices));
@@ -100,9 +102,7 @@ class SummaryPrinter {
         table.print(terminal);
     }
 
-    void printBreakdown(BreakdownMode mode, const char* title) {
-        const std::vector<SummaryDisplay::Row> rows =
-            SummaryDisplay::breakdown(summary, mode, unit, surroundings.calendar());
+    void printBreakdown(const std::vector<SummaryDisplay::Row>& rows, const char* title) {
         if (rows.empty()) return;
         Table table({{title},
                      {"Tokens", Align::right},

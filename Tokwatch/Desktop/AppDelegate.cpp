@@ -121,7 +121,7 @@ void AppDelegate::openPopover() {
 }
 
 std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
-    auto view = std::make_unique<PopoverView>(application->model(), *viewClock);
+    auto view = std::make_unique<PopoverView>(application->model(), *viewClock, shownRange);
     view->setHostAdvice(hostAdvice());
     connect(view.get(), &PopoverView::settingsRequested, this, &AppDelegate::openSettings);
     connect(view.get(), &PopoverView::quitRequested, qApp, &QCoreApplication::quit);

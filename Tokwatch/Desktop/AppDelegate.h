@@ -13,6 +13,7 @@
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
+#include "Tokwatch/Views/Popover/Range/ShownRange.h"
 
 #include <QObject>
 #include <QPoint>
@@ -83,6 +84,7 @@ class AppDelegate : public QObject {
     QmlRuntime runtime;
     std::optional<Application> application;
     std::optional<ViewClock> viewClock;
+    ShownRange shownRange;
     std::optional<ContentWindow> onboarding;
     std::optional<ContentWindow> settingsWindow;
     std::optional<QmlWindow> popoverContent;

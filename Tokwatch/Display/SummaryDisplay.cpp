@@ -55,15 +55,26 @@ SummaryDisplay::ranked(std::vector<UsageSummary::ModelRow> models, SummaryUnit u
     return models;
 }
 
-SummaryDisplay::Row SummaryDisplay::row(const UsageSummary::ModelRow& model, int rank,
+SummaryDisplay::Row SummaryDisplay::row(std::string_view title, const Use& use, int rank,
                                         SummaryUnit unit) {
     const bool isCost = unit == SummaryUnit::cost;
-    const double share = std::min(1.0, isCost ? model.costShare : model.tokenShare);
-    return {std::string(rawValue(model.provider)) + "/" + model.model, rank, model.provider,
-            plainText(model.model), costText(model.costUSD, model.approximate),
+    const double share = std::min(1.0, isCost ? use.costShare : use.tokenShare);
+    return {std::string(title), rank, std::nullopt, plainText(title),
+            costText(use.costUSD, use.approximate),
             // A part of the cost is no more known than the cost.
-            isCost && !model.costUSD ? unknown : MeterFormat::share(share),
-            MeterFormat::tokens(model.tokens.total()), share};
+            isCost && !use.costUSD ? unknown : MeterFormat::share(share),
+            MeterFormat::tokens(use.tokens), share};
+}
+
+SummaryDisplay::Row SummaryDisplay::row(const UsageSummary::ModelRow& model, int rank,
+                                        SummaryUnit unit) {
+    Row shown = row(
+        model.model,
+        {model.costUSD, model.approximate, model.tokens.total(), model.costShare, model.tokenShare},
+        rank, unit);
+    shown.id = std::string(rawValue(model.provider)) + "/" + model.model;
+    shown.provider = model.provider;
+    return shown;
 }
 
 SummaryDisplay::Row SummaryDisplay::row(const UsageSummary::DayRow& day, int rank,
@@ -95,12 +106,16 @@ std::string SummaryDisplay::spoken(const Row& row, SummaryUnit unit) {
 }
 
 std::string SummaryDisplay::notes(const UsageSummary& summary) {
-    std::string notes;
-    if (summary.hasUnknownPrices) notes = SummaryTexts::excludesUnknownPrices;
     const auto isShownApproximate = [](const UsageSummary::ModelRow& row) {
         return row.costUSD && row.approximate;
     };
-    if (std::ranges::any_of(summary.models, isShownApproximate))
+    return notes(summary.hasUnknownPrices, std::ranges::any_of(summary.models, isShownApproximate));
+}
+
+std::string SummaryDisplay::notes(bool hasUnknownPrices, bool hasApproximateCosts) {
+    std::string notes;
+    if (hasUnknownPrices) notes = SummaryTexts::excludesUnknownPrices;
+    if (hasApproximateCosts)
         notes.append(notes.empty() ? "" : "\n")
             .append("~ Priced like a similar model, or as its tool reported");
     return notes;
@@ -145,21 +160,19 @@ std::vector<SummaryDisplay::ToolLine> SummaryDisplay::toolLines(const UsageSumma
     return lines;
 }
 
-std::vector<SummaryDisplay::Row> SummaryDisplay::breakdown(const UsageSummary& summary,
-                                                           BreakdownMode mode, SummaryUnit unit,
-                                                           const Calendar& calendar) {
+std::vector<SummaryDisplay::Row> SummaryDisplay::modelRows(const UsageSummary& summary,
+                                                           SummaryUnit unit) {
     std::vector<Row> rows;
-    int rank = 0;
-    switch (mode) {
-    case BreakdownMode::model:
-        for (const UsageSummary::ModelRow& model : ranked(summary.models, unit))
-            rows.push_back(row(model, ++rank, unit));
-        break;
-    case BreakdownMode::day:
-        for (const UsageSummary::DayRow& day : summary.perDay)
-            rows.push_back(row(day, ++rank, summary, unit, calendar));
-        break;
-    }
+    for (const UsageSummary::ModelRow& model : ranked(summary.models, unit))
+        rows.push_back(row(model, static_cast<int>(rows.size()) + 1, unit));
+    return rows;
+}
+
+std::vector<SummaryDisplay::Row>
+SummaryDisplay::dayRows(const UsageSummary& summary, SummaryUnit unit, const Calendar& calendar) {
+    std::vector<Row> rows;
+    for (const UsageSummary::DayRow& day : summary.perDay)
+        rows.push_back(row(day, static_cast<int>(rows.size()) + 1, summary, unit, calendar));
     return rows;
 }
 

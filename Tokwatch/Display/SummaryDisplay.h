@@ -11,9 +11,6 @@
 
 namespace tokwatch {
 
-/// What the breakdown table has a row for.
-enum class BreakdownMode { model, day };
-
 /// What tokens were spent on, or their cost.
 enum class TokenPart { input, cacheRead, cacheWrite, output, other };
 /// "Cache read"
@@ -44,7 +41,16 @@ struct SummaryDisplay {
         std::string detail; ///< "12.5% of cost"
         friend bool operator==(const ToolLine&, const ToolLine&) = default;
     };
-    /// A model or a day.
+    /// What somebody used, and the part of all that it is.
+    struct Use {
+        std::optional<double> costUSD;
+        bool approximate = false;
+        std::int64_t tokens = 0;
+        double costShare = 0;  ///< 0…1
+        double tokenShare = 0; ///< 0…1
+        friend bool operator==(const Use&, const Use&) = default;
+    };
+    /// A model, a day or a project.
     struct Row {
         std::string id;
         int rank = 0; ///< from 1
@@ -67,6 +73,8 @@ struct SummaryDisplay {
     /// The models by what they used of the unit, the most first.
     static std::vector<UsageSummary::ModelRow> ranked(std::vector<UsageSummary::ModelRow> models,
                                                       SummaryUnit unit);
+    /// A row of no provider; the text may come from anywhere.
+    static Row row(std::string_view title, const Use& use, int rank, SummaryUnit unit);
     static Row row(const UsageSummary::ModelRow& model, int rank, SummaryUnit unit);
     static Row row(const UsageSummary::DayRow& day, int rank, const UsageSummary& summary,
                    SummaryUnit unit, const Calendar& calendar);
@@ -74,9 +82,12 @@ struct SummaryDisplay {
     static std::string spoken(const Row& row, SummaryUnit unit);
     /// What the numbers leave out or guess, a line each; none when nothing.
     static std::string notes(const UsageSummary& summary);
-    /// All rows: the models ranked, or the days from the newest.
-    static std::vector<Row> breakdown(const UsageSummary& summary, BreakdownMode mode,
-                                      SummaryUnit unit, const Calendar& calendar);
+    static std::string notes(bool hasUnknownPrices, bool hasApproximateCosts);
+    /// The models ranked.
+    static std::vector<Row> modelRows(const UsageSummary& summary, SummaryUnit unit);
+    /// The days from the newest.
+    static std::vector<Row> dayRows(const UsageSummary& summary, SummaryUnit unit,
+                                    const Calendar& calendar);
 
     /// The headline: "$12", "$9.50", "1.5K".
     static std::string compactCost(double usd);

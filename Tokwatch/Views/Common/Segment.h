@@ -10,7 +10,7 @@
 namespace tokwatch {
 
 /// What the segments of a switch stand for, by names for QML, which takes none that begins small:
-/// "Segment.Stats". Each is a case of the type that everybody else uses.
+/// "Segment.Stats". Where others use the choice, each is a case of their type.
 namespace Segment {
 Q_NAMESPACE
 QML_ELEMENT
@@ -22,10 +22,7 @@ enum Tab {
 };
 Q_ENUM_NS(Tab)
 
-enum Breakdown {
-    ByModel = static_cast<int>(BreakdownMode::model),
-    ByDay = static_cast<int>(BreakdownMode::day),
-};
+enum Breakdown { ByModel, ByDay, ByProject };
 Q_ENUM_NS(Breakdown)
 
 enum Unit {

@@ -26,20 +26,11 @@ Item {
             color: Theme.colors.secondaryText
             text: footer.status.isIndexing ? footer.status.indexing : footer.status.updated
         }
-        Rectangle {
+        ProgressLine {
             visible: footer.status.isIndexing
             width: parent.width
-            height: 3
-            radius: 1.5
-            color: Theme.colors.track
-            Accessible.role: Accessible.ProgressBar
-            Accessible.name: footer.status.indexing
-            Rectangle {
-                width: parent.width * footer.status.indexedFraction
-                height: parent.height
-                radius: parent.radius
-                color: Theme.colors.accent
-            }
+            name: footer.status.indexing
+            fraction: footer.status.indexedFraction
         }
     }
     Row {

@@ -5,10 +5,13 @@
 
 namespace tokwatch {
 
-PopoverView::PopoverView(AppModel& appModel, const ViewClock& clock)
-    : model(appModel), usageView(model, clock), statsView(model, clock), modelsView(model, clock),
+PopoverView::PopoverView(AppModel& appModel, const ViewClock& clock, ShownRange& range)
+    : model(appModel), usageView(model, clock), rangeSummary(model, range.days()),
+      statsView(model, range, rangeSummary), modelsView(model, range, rangeSummary),
       footerView(model, clock),
-      tabNotifier(model.preferences().popoverTab.addNotifier([this] { emit tabChanged(); })) {}
+      tabNotifier(model.preferences().popoverTab.addNotifier([this] { emit tabChanged(); })),
+      rangeNotifier(range.bindableDays().addNotifier(
+          [this, &range] { rangeSummary.setDays(range.days()); })) {}
 
 Segment::Tab PopoverView::tab() const {
     return static_cast<Segment::Tab>(model.preferences().popoverTab.peek());

@@ -3,6 +3,8 @@
 #include "Tokwatch/Views/Common/Segment.h"
 #include "Tokwatch/Views/Popover/FooterView.h"
 #include "Tokwatch/Views/Popover/Models/ModelsView.h"
+#include "Tokwatch/Views/Popover/Range/FollowedSummary.h"
+#include "Tokwatch/Views/Popover/Range/ShownRange.h"
 #include "Tokwatch/Views/Popover/Stats/StatsView.h"
 #include "Tokwatch/Views/Popover/Usage/UsageView.h"
 
@@ -27,7 +29,7 @@ class PopoverView : public QObject {
     Q_PROPERTY(tokwatch::ModelsView* models READ models CONSTANT)
     Q_PROPERTY(tokwatch::FooterView* footer READ footer CONSTANT)
   public:
-    PopoverView(AppModel& model, const ViewClock& clock);
+    PopoverView(AppModel& model, const ViewClock& clock, ShownRange& range);
 
     Segment::Tab tab() const;
     void setTab(Segment::Tab tab);
@@ -53,10 +55,12 @@ class PopoverView : public QObject {
     AppModel& model;
     Q_OBJECT_BINDABLE_PROPERTY(PopoverView, QString, advice, &PopoverView::hostAdviceChanged)
     UsageView usageView;
+    FollowedSummary rangeSummary;
     StatsView statsView;
     ModelsView modelsView;
     FooterView footerView;
     QPropertyNotifier tabNotifier;
+    QPropertyNotifier rangeNotifier;
 };
 
 } // namespace tokwatch

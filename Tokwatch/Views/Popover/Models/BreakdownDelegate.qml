@@ -10,6 +10,7 @@ Item {
     property bool isCurrent: false
     readonly property int inset: Theme.space.l
     readonly property bool isModel: row.provider !== ""
+    readonly property bool isRanked: row.rank !== ""
     readonly property alias isShortened: title.truncated
 
     Accessible.role: Accessible.ListItem
@@ -29,7 +30,7 @@ Item {
     }
     Label {
         id: rank
-        visible: delegate.isModel
+        visible: delegate.isRanked
         anchors { left: parent.left; leftMargin: delegate.inset; baseline: title.baseline }
         width: 28
         text: delegate.row.rank
@@ -48,8 +49,8 @@ Item {
     Label {
         id: title
         anchors {
-            left: delegate.isModel ? mark.right : parent.left
-            leftMargin: delegate.isModel ? Theme.space.s : delegate.inset
+            left: delegate.isModel ? mark.right : delegate.isRanked ? rank.right : parent.left
+            leftMargin: delegate.isModel ? Theme.space.s : delegate.isRanked ? 0 : delegate.inset
             right: value.left
             rightMargin: Theme.space.m
             top: parent.top

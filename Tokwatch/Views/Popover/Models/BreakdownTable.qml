@@ -83,11 +83,13 @@ Rectangle {
         }
     }
 
-    // One for all rows, for the names that are too long for theirs.
+    // One for all rows, for the names that are too long for theirs, or leave something out.
     HoverTip {
+        readonly property string hint: table.hoveredRow?.row.hint ?? ""
+
         parent: table.hoveredRow ?? table
-        text: table.hoveredRow?.row.title ?? ""
-        wanted: table.hoveredRow?.isShortened ?? false
+        text: hint || (table.hoveredRow?.row.title ?? "")
+        wanted: hint !== "" || (table.hoveredRow?.isShortened ?? false)
         widest: table.width
     }
 }

@@ -5,6 +5,8 @@
 #include "Tokwatch/Display/SummaryTexts.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
+#include "TokwatchCore/Presentation/MeterFormat.h"
+#include "TokwatchCore/Support/Amounts.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -12,46 +14,124 @@
 #include <utility>
 
 namespace tokwatch {
+namespace {
 
-ModelsView::ModelsView(AppModel& appModel, const ViewClock&) : model(appModel) {}
+/// What the projects' numbers leave out or guess. Assistants delete old files, whose sums are kept.
+std::string notesOf(const ProjectUsage& usage, const UsageSummary& stored) {
+    std::string notes = SummaryDisplay::notes(usage.hasUnknownPrices, usage.hasApproximateCosts);
+    const auto add = [&notes](const std::string& line) {
+        notes.append(notes.empty() ? "" : "\n").append(line);
+    };
+    // Less may be on its way to the store, or out of it.
+    constexpr double worthSaying = 0.99;
+    const std::int64_t all = stored.tokens.total();
+    if (stored.days == usage.days &&
+        static_cast<double>(usage.tokens) < worthSaying * static_cast<double>(all))
+        add("Counts the files that are still there: " + MeterFormat::tokens(usage.tokens) + " of " +
+            MeterFormat::tokens(all) + " tokens");
+    if (usage.unread > 0) add(counted(usage.unread, "file") + " could not be read");
+    return notes;
+}
+
+} // namespace
+
+ModelsView::ModelsView(AppModel& appModel, ShownRange& range, FollowedSummary& rangeSummary)
+    : model(appModel), shownRange(range), summary(rangeSummary), projects(model),
+      rangeNotifier(range.bindableDays().addNotifier([this] { followProjects(); })) {}
+
+ModelsView::Updates::Updates(ModelsView& view)
+    : look(view.summary), shown([&view] { return view.compute(); },
+                                [&view](Shown next) { view.show(std::move(next)); }),
+      reading(
+          [&view] {
+              return view.mode() == Segment::ByProject ? view.projects.reading()
+                                                       : view.summary.reading();
+          },
+          [&view](ReadingState next) { view.currentReading = std::move(next); }) {}
 
 void ModelsView::setActive(bool active) {
     if (active == isActive()) return;
     if (active) {
-        updater.emplace([this] { return compute(); },
-                        [this](State next) {
-                            rowModel.assign(std::move(next.breakdown));
-                            texts = std::move(next.texts);
-                        });
-        updater->arm();
+        updates.emplace(*this);
+        updates->shown.arm();
+        updates->reading.arm();
     } else {
-        updater.reset();
+        updates.reset();
     }
+    followProjects();
 }
 
-Breakdown ModelsView::breakdown() const {
-    return {model.summary(), breakdownMode.value(), model.preferences().summaryUnit,
-            model.calendar()};
+void ModelsView::setInSight(bool inSight) {
+    isInSight = inSight;
+    followProjects();
 }
 
-ModelsView::State ModelsView::compute() const {
-    const UsageSummary& summary = model.summary();
-    State state;
-    if (summary.tools.empty()) {
-        state.texts.emptyText = text(SummaryTexts::noUsage(AppModel::readingDays));
-        return state;
+void ModelsView::setMode(Segment::Breakdown mode) {
+    breakdownMode = mode;
+    followProjects();
+}
+
+void ModelsView::show(Shown next) {
+    // That rows are waited for is known before they go and until they are there, so that nothing is
+    // laid out for none.
+    if (next.state.isWaiting) currentState = next.state;
+    rowModel.assign(std::move(next.breakdown));
+    currentState = std::move(next.state);
+}
+
+void ModelsView::followProjects() {
+    const bool areWanted = isActive() && isInSight && mode() == Segment::ByProject;
+    projects.follow(areWanted ? std::optional<int>(shownRange.days()) : std::nullopt);
+}
+
+BreakdownPointer ModelsView::breakdown() const {
+    const SummaryUnit unit = model.preferences().summaryUnit;
+    switch (mode()) {
+    case Segment::ByModel:
+        return breakdownByModel(summary.value(), unit);
+    case Segment::ByDay:
+        return breakdownByDay(summary.value(), unit, model.calendar());
+    case Segment::ByProject:
+        return breakdownByProject(projects.usage().value_or(ProjectUsage()), unit);
     }
-    state.breakdown = breakdown();
-    state.texts.notes = text(SummaryDisplay::notes(summary));
-    return state;
+    return nullptr;
+}
+
+ModelsView::Shown ModelsView::compute() const {
+    if (mode() == Segment::ByProject) return computeProjects();
+    Shown shown;
+    const UsageSummary& stored = summary.value();
+    if (stored.tools.empty()) {
+        shown.state.emptyText = text(SummaryTexts::noUsage(stored.days));
+        return shown;
+    }
+    shown.breakdown = breakdown();
+    shown.state.notes = text(SummaryDisplay::notes(stored));
+    return shown;
+}
+
+ModelsView::Shown ModelsView::computeProjects() const {
+    Shown shown;
+    const std::optional<ProjectUsage>& usage = projects.usage();
+    if (!usage) {
+        shown.state.isWaiting = true;
+        return shown;
+    }
+    if (usage->rows.empty()) {
+        shown.state.emptyText = text(SummaryTexts::noUsage(usage->days));
+        return shown;
+    }
+    shown.breakdown = breakdown();
+    shown.state.notes = text(notesOf(*usage, summary.value()));
+    return shown;
 }
 
 QString ModelsView::asText() const {
-    return breakdown().table().aligned();
+    return breakdown()->table().aligned();
 }
 
 QString ModelsView::asCSV() const {
-    return breakdown().data().csv();
+    return breakdown()->data().csv();
 }
 
 void ModelsView::copyText() const {

@@ -2,7 +2,10 @@
 
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Views/Common/Segment.h"
-#include "Tokwatch/Views/Popover/Models/Breakdown.h"
+#include "Tokwatch/Views/Popover/Models/BreakdownModel.h"
+#include "Tokwatch/Views/Popover/Models/ProjectReading.h"
+#include "Tokwatch/Views/Popover/Range/FollowedSummary.h"
+#include "Tokwatch/Views/Popover/Range/ShownRange.h"
 
 #include <QObject>
 #include <QProperty>
@@ -14,36 +17,49 @@
 namespace tokwatch {
 
 class AppModel;
-class ViewClock;
 
-/// The tab with the ranked breakdown by model or by day. Follows the model only while it is active.
-/// References outlive it. Main thread only.
+/// What the tab shows beside its rows.
+struct ModelsState {
+    Q_GADGET
+    Q_PROPERTY(QString emptyText MEMBER emptyText)
+    Q_PROPERTY(QString notes MEMBER notes)
+    Q_PROPERTY(bool isWaiting MEMBER isWaiting)
+  public:
+    QString emptyText;      ///< instead of rows; empty when there are some
+    QString notes;          ///< what the numbers leave out or guess; empty when nothing
+    bool isWaiting = false; ///< there are no rows yet
+    friend bool operator==(const ModelsState&, const ModelsState&) = default;
+};
+
+/// The tab with the ranked breakdown by model, day or project. Follows the model only while it is
+/// active. References outlive it. Main thread only.
 class ModelsView : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(bool active READ isActive WRITE setActive)
+    Q_PROPERTY(bool inSight WRITE setInSight)
     Q_PROPERTY(tokwatch::Segment::Breakdown mode READ mode WRITE setMode NOTIFY modeChanged)
+    Q_PROPERTY(tokwatch::ShownRange* range READ range CONSTANT)
     Q_PROPERTY(tokwatch::BreakdownModel* rows READ rows CONSTANT)
-    Q_PROPERTY(QString emptyText READ emptyText NOTIFY textsChanged)
-    Q_PROPERTY(QString notes READ notes NOTIFY textsChanged)
+    Q_PROPERTY(tokwatch::ModelsState state READ state NOTIFY stateChanged)
+    Q_PROPERTY(tokwatch::ReadingState reading READ reading NOTIFY readingChanged)
   public:
-    ModelsView(AppModel& model, const ViewClock& clock);
+    ModelsView(AppModel& model, ShownRange& range, FollowedSummary& summary);
 
-    bool isActive() const { return updater.has_value(); }
-    /// Brings the rows up to date at once.
+    bool isActive() const { return updates.has_value(); }
+    /// Brings the rows up to date at once, those of projects as soon as they are read.
     void setActive(bool active);
+    /// Whether the window is shown: nobody waits for projects in one that was closed.
+    void setInSight(bool isInSight);
 
-    Segment::Breakdown mode() const {
-        return static_cast<Segment::Breakdown>(breakdownMode.value());
-    }
-    void setMode(Segment::Breakdown mode) { breakdownMode = static_cast<BreakdownMode>(mode); }
+    Segment::Breakdown mode() const { return breakdownMode.value(); }
+    void setMode(Segment::Breakdown mode);
+    ShownRange* range() const { return &shownRange; }
 
     BreakdownModel* rows() { return &rowModel; }
-    /// Instead of rows; empty when there are some.
-    const QString& emptyText() const { return texts.value().emptyText; }
-    /// What the numbers leave out or guess; empty when nothing.
-    const QString& notes() const { return texts.value().notes; }
+    const ModelsState& state() const { return currentState.value(); }
+    const ReadingState& reading() const { return currentReading.value(); }
 
     /// The whole table as it is ordered here.
     QString asText() const;
@@ -53,27 +69,40 @@ class ModelsView : public QObject {
 
   signals:
     void modeChanged();
-    void textsChanged();
+    void stateChanged();
+    void readingChanged();
 
   private:
-    struct Texts {
-        QString emptyText;
-        QString notes;
-        friend bool operator==(const Texts&, const Texts&) = default;
+    struct Shown {
+        BreakdownPointer breakdown;
+        ModelsState state;
     };
-    struct State {
-        std::optional<Breakdown> breakdown;
-        Texts texts;
+    /// What happens while the tab is active.
+    struct Updates {
+        explicit Updates(ModelsView& view);
+        FollowedSummary::Look look;
+        ObservingUpdater<Shown> shown;
+        ObservingUpdater<ReadingState> reading;
     };
-    Breakdown breakdown() const;
-    State compute() const;
+    BreakdownPointer breakdown() const;
+    Shown compute() const;
+    Shown computeProjects() const;
+    void show(Shown next);
+    void followProjects();
 
     AppModel& model;
+    ShownRange& shownRange;
+    FollowedSummary& summary;
+    ProjectReading projects;
     BreakdownModel rowModel;
-    Q_OBJECT_BINDABLE_PROPERTY(ModelsView, Texts, texts, &ModelsView::textsChanged)
-    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(ModelsView, BreakdownMode, breakdownMode,
-                                         BreakdownMode::model, &ModelsView::modeChanged)
-    std::optional<ObservingUpdater<State>> updater;
+    bool isInSight = false;
+    Q_OBJECT_BINDABLE_PROPERTY(ModelsView, ModelsState, currentState, &ModelsView::stateChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(ModelsView, ReadingState, currentReading,
+                               &ModelsView::readingChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(ModelsView, Segment::Breakdown, breakdownMode,
+                                         Segment::ByModel, &ModelsView::modeChanged)
+    QPropertyNotifier rangeNotifier;
+    std::optional<Updates> updates;
 };
 
 } // namespace tokwatch

@@ -14,6 +14,7 @@ namespace {
 constexpr double axisGap = 8;          ///< between the columns and the amounts beside them
 constexpr double labelGap = 6;         ///< between the zero line and the days below it
 constexpr double columnFraction = 0.7; ///< of the room that a day has
+constexpr double mostRoom = 56;        ///< of a day, so that a single one is a column and no wall
 constexpr double cornerRadius = 2;
 constexpr double leastHeight = 2; ///< little usage is to be seen, too
 constexpr double gapBetweenLabels = 10;
@@ -63,10 +64,11 @@ ChartColumns::Layout ChartColumns::layout() const {
     for (const ChartTick& tick : days.ticks)
         amounts = std::max(amounts, metrics.horizontalAdvance(tick.text));
     Layout plan;
-    // All columns alike and on whole pixels; what is over goes in front of the first.
+    // All columns alike and on whole pixels; what is over goes in front of the first, so that today
+    // is always at the end.
     plan.axisLeft = snapped(std::ceil(amounts) + axisGap);
     const double pitches = std::max(count() - (1 - columnFraction), 1.0);
-    plan.pitch = snappedDown((width() - plan.axisLeft) / pitches);
+    plan.pitch = snappedDown(std::min((width() - plan.axisLeft) / pitches, mostRoom));
     plan.barWidth = snapped(plan.pitch * columnFraction);
     plan.left = snapped(width() + plan.pitch - plan.barWidth - plan.pitch * count());
     plan.top = snapped(metrics.height() / 2);

@@ -1,9 +1,10 @@
 import QtQuick
 import Kivo.Theme
 import Tokwatch.Common
+import Tokwatch.Popover.Range
 import Tokwatch.Popover.Stats
 
-/// Token statistics, the chart of the reading window, and the calendar of the stored days.
+/// Token statistics and the chart of the chosen days, and the calendar of the stored days.
 Item {
     id: tab
     required property StatsView view
@@ -11,7 +12,7 @@ Item {
 
     readonly property bool isEmpty: view.state.emptyText !== ""
 
-    implicitHeight: isEmpty ? nothing.implicitHeight : column.naturalHeight
+    implicitHeight: column.naturalHeight
 
     Binding {
         target: tab.view
@@ -20,31 +21,46 @@ Item {
     }
     Component.onDestruction: if (view) view.active = false
 
-    EmptyState {
-        id: nothing
-        visible: tab.isEmpty
-        anchors.verticalCenter: parent.verticalCenter
-        width: parent.width
-        sentence: tab.view.state.emptyText
-    }
     function scroll(key) {
-        return !isEmpty && column.scroll(key)
+        return column.scroll(key)
     }
     ScrollColumn {
         id: column
-        visible: !tab.isEmpty
         anchors.fill: parent
         anchors.topMargin: -ringRoom
 
+        Item {
+            width: parent.width
+            height: 28
+            RangeChoice {
+                anchors.verticalCenter: parent.verticalCenter
+                range: tab.view.range
+            }
+            ProgressLine {
+                visible: tab.view.reading.isShown
+                y: parent.height + (Theme.space.m - height) / 2
+                width: parent.width
+                name: tab.view.reading.text
+                fraction: tab.view.reading.fraction
+            }
+        }
+        EmptyState {
+            visible: tab.isEmpty
+            width: parent.width
+            sentence: tab.view.state.emptyText
+        }
         ChartTiles {
+            visible: !tab.isEmpty
             width: parent.width
             tiles: tab.view.state.tiles
         }
         ChartCard {
+            visible: !tab.isEmpty
             width: parent.width
             chart: tab.view.state.chart
         }
         HeatMapCard {
+            visible: tab.view.state.hasCalendar
             width: parent.width
             calendar: tab.view.calendar
         }

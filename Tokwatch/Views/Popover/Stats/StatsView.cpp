@@ -8,17 +8,18 @@
 
 namespace tokwatch {
 
-StatsView::StatsView(AppModel& appModel, const ViewClock&) : model(appModel) {
-    connect(&reading, &QFutureWatcher<UsageSummary>::finished, this, &StatsView::takeStoredDays);
+StatsView::StatsView(AppModel& appModel, ShownRange& range, FollowedSummary& rangeSummary)
+    : model(appModel), shownRange(range), summary(rangeSummary), stored(model, AppModel::keptDays) {
 }
 
 StatsView::Updates::Updates(StatsView& view)
-    : state([&view] { return view.computeState(); },
+    : lookAtSummary(view.summary), lookAtStored(view.stored),
+      state([&view] { return view.computeState(); },
             [&view](StatsState next) { view.currentState = std::move(next); }),
       calendar([&view] { return view.computeCalendar(); },
                [&view](HeatMapDays next) { view.currentCalendar = std::move(next); }),
-      publishing(view.model.bindableLastUpdated().addNotifier([&view] { view.readStoredDays(); })) {
-}
+      reading([&view] { return view.summary.reading(); },
+              [&view](ReadingState next) { view.currentReading = std::move(next); }) {}
 
 void StatsView::setActive(bool active) {
     if (active == isActive()) return;
@@ -26,50 +27,36 @@ void StatsView::setActive(bool active) {
         updates.emplace(*this);
         updates->state.arm();
         updates->calendar.arm();
-        readStoredDays();
+        updates->reading.arm();
     } else {
         updates.reset();
     }
 }
 
 StatsState StatsView::computeState() const {
-    const UsageSummary& summary = model.summary();
-    const SummaryUnit unit = model.preferences().summaryUnit;
+    const UsageSummary& chosen = summary.value();
     StatsState state;
-    if (summary.tools.empty()) {
-        state.emptyText = text(SummaryTexts::noUsage(AppModel::readingDays));
+    state.hasCalendar = !chosen.tools.empty() || !stored.value().tools.empty();
+    if (chosen.tools.empty()) {
+        state.emptyText = text(SummaryTexts::noUsage(chosen.days));
         return state;
     }
-    const SummaryDisplay::TokenStatistics tokens = SummaryDisplay::tokenStatistics(summary);
+    const SummaryDisplay::TokenStatistics tokens = SummaryDisplay::tokenStatistics(chosen);
     state.tiles = {text(tokens.processed), text(tokens.cachedInput), text(tokens.uncachedInput),
                    text(tokens.output), text(tokens.cacheSavings)};
-    state.chart = ChartDays::of(summary, unit, model.calendar());
+    state.chart = ChartDays::of(chosen, model.preferences().summaryUnit, model.calendar());
     return state;
 }
 
 HeatMapDays StatsView::computeCalendar() const {
     const SummaryUnit unit = model.preferences().summaryUnit;
-    const UsageSummary& stored = storedDays.value();
-    if (stored.days == AppModel::keptDays) return HeatMapDays::of(stored, unit, model.calendar());
+    const UsageSummary& known = stored.value();
+    if (known.days == AppModel::keptDays) return HeatMapDays::of(known, unit, model.calendar());
     // Not known yet: the days without their usage hold the place.
     UsageSummary nothing;
     nothing.days = AppModel::keptDays;
-    nothing.windowEnd = model.summary().windowEnd;
+    nothing.windowEnd = known.windowEnd;
     return HeatMapDays::of(nothing, unit, model.calendar());
-}
-
-void StatsView::readStoredDays() {
-    isOutdated = reading.isRunning();
-    // A watcher and no continuation: those assert that whom they tell is still there.
-    if (!isOutdated) reading.setFuture(model.summaryOf(AppModel::keptDays));
-}
-
-void StatsView::takeStoredDays() {
-    if (reading.future().resultCount() == 0) return; // the program ends
-    const UsageSummary summary = reading.result();
-    // A summary of no days stands for one that could not be computed.
-    if (summary.days == AppModel::keptDays) storedDays.setValue(summary);
-    if (isOutdated && isActive()) readStoredDays();
 }
 
 } // namespace tokwatch
