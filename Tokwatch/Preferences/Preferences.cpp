@@ -1,19 +1,16 @@
 #include "Tokwatch/Preferences/Preferences.h"
 
-#include "Platform/System/PrivateFiles.h"
 #include "Tokwatch/Preferences/SettingsFile.h"
+#include "Tokwatch/Preferences/SettingsFollower.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QFileSystemWatcher>
 #include <QSettings>
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <system_error>
 #include <utility>
 
 namespace tokwatch {
@@ -41,22 +38,6 @@ ProviderList completed(const ProviderList& given) {
     std::ranges::for_each(given, append);
     std::ranges::for_each(allCases<ProviderID>, append);
     return order;
-}
-
-/// Makes the directory and an empty file where they are missing, for their owner only: QSettings
-/// keeps the permissions that it finds and would let everybody read a file that it makes. What
-/// fails here fails again when a setting is written.
-void makeFile(const std::filesystem::path& file) {
-    try {
-        makePrivateDirectory(file.parent_path());
-        createPrivately(file);
-    } catch (const std::system_error&) {
-        return;
-    }
-}
-
-std::filesystem::path fileOf(const QSettings& settings) {
-    return QFile::encodeName(settings.fileName()).toStdString();
 }
 
 /// $XDG_CONFIG_HOME; a relative one is invalid by the base directory rules and counts as not set.
@@ -170,28 +151,9 @@ bool Preferences::save() {
 }
 
 void Preferences::followFile() {
-    if (watcher) return;
-    watcher = std::make_unique<QFileSystemWatcher>();
-    const auto changed = [this] {
-        watchFile();
-        reload();
-    };
-    QObject::connect(watcher.get(), &QFileSystemWatcher::directoryChanged, watcher.get(), changed);
-    QObject::connect(watcher.get(), &QFileSystemWatcher::fileChanged, watcher.get(), changed);
-    watchFile();
+    if (follower) return;
+    follower = std::make_unique<SettingsFollower>(list.storage, [this] { reload(); });
     reload();
-}
-
-/// Writers replace the file, which ends the watch on it; the directory's watch tells of the new
-/// one. The file's own is for those who write into it.
-void Preferences::watchFile() {
-    makeFile(fileOf(list.storage));
-    const QFileInfo file(list.storage.fileName());
-    const QString directory = file.absolutePath();
-    if (!QFileInfo(directory).isDir()) return; // what stands there cannot be used
-    if (!watcher->directories().contains(directory)) watcher->addPath(directory);
-    if (!watcher->files().contains(file.absoluteFilePath()))
-        watcher->addPath(file.absoluteFilePath());
 }
 
 std::unique_ptr<QSettings> userSettings() {
@@ -203,7 +165,7 @@ std::filesystem::path settingsPath() {
 }
 
 std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file) {
-    makeFile(file);
+    makeSettingsFile(file);
     if (settingsObstacle(file)) {
         for (const std::string& fault : settingsFaults(file))
             systemLog(fault);

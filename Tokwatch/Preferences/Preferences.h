@@ -10,10 +10,11 @@
 #include <string_view>
 #include <vector>
 
-class QFileSystemWatcher;
 class QSettings;
 
 namespace tokwatch {
+
+class SettingsFollower;
 
 /// The user's settings, kept in a settings file under their own names. Main thread only.
 ///
@@ -86,12 +87,11 @@ class Preferences {
     bool save();
 
   private:
-    void watchFile();
     void tellFaults();
 
     QPropertyNotifier warningChanged;
     std::vector<std::string> toldFaults; ///< of the file, in the log
-    std::unique_ptr<QFileSystemWatcher> watcher;
+    std::unique_ptr<SettingsFollower> follower;
 };
 
 /// The settings file of the user, $XDG_CONFIG_HOME/Tokwatch/Tokwatch.conf. One that cannot be read,
