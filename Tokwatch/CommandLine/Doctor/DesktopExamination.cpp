@@ -1,6 +1,8 @@
 #include "Tokwatch/CommandLine/Doctor/Examinations.h"
 
+#include "Platform/Linux/DesktopAlerts.h"
 #include "Platform/Linux/DesktopBus.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <QDBusMessage>
 #include <QDBusVariant>
@@ -27,6 +29,7 @@ class DesktopExamination {
         add("Session bus", Health::good, "is there");
         examineApplication();
         examineStatusArea();
+        examineNotifications();
         examineSecretService();
         return std::move(findings);
     }
@@ -82,14 +85,39 @@ class DesktopExamination {
             add("Status area", Health::note, "items are collected, but no panel shows them");
     }
 
+    bool isStartable(const char* name) const {
+        return askBus("ListActivatableNames", {})
+            .value_or(QVariant())
+            .toStringList()
+            .contains(name);
+    }
+
+    void examineNotifications() {
+        using Alerts = DesktopAlerts;
+        constexpr const char* topic = "Notifications";
+        if (!isOwned(Alerts::serviceName)) {
+            if (isStartable(Alerts::serviceName))
+                add(topic, Health::good, "the service that shows them starts when it is asked");
+            else
+                add(topic, Health::note,
+                    "no service of this desktop shows any: limits that run low are seen in the "
+                    "status area alone");
+            return;
+        }
+        const auto name = ask(Alerts::serviceName, Alerts::objectPath, Alerts::serviceName,
+                              "GetServerInformation", {});
+        if (name)
+            add(topic, Health::good, plainText(name->toString().toStdString()) + " shows them");
+        else
+            add(topic, Health::bad, "the service that shows them does not answer");
+    }
+
     void examineSecretService() {
         if (isOwned(secretsName)) {
             add("Secret Service", Health::good, "runs");
             return;
         }
-        const QStringList startable =
-            askBus("ListActivatableNames", {}).value_or(QVariant()).toStringList();
-        if (startable.contains(secretsName))
+        if (isStartable(secretsName))
             add("Secret Service", Health::good, "starts when it is asked");
         else
             add("Secret Service", Health::note,

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Platform/Seams/AlertDisplay.h"
+
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+#include <QObject>
+
+#include <chrono>
+#include <map>
+#include <string>
+
+namespace tokwatch {
+
+/// Alerts through the desktop's notification service, org.freedesktop.Notifications (the Desktop
+/// Notifications Specification, 1.2). Every call is asynchronous; one that is not answered within
+/// the patience is given up, and its alert cannot be replaced or clicked. Where there is no bus or
+/// no service, there is silence. Main thread only.
+class DesktopAlerts : public QObject, public AlertDisplay {
+    Q_OBJECT
+  public:
+    static constexpr const char* serviceName = "org.freedesktop.Notifications"; ///< and interface
+    static constexpr const char* objectPath = "/org/freedesktop/Notifications";
+    static constexpr std::chrono::milliseconds patience{1000};
+
+    explicit DesktopAlerts(QDBusConnection session);
+
+    /// The service runs, or the bus starts it when it is asked.
+    bool isThere() const override { return !owner.isEmpty() || isStartable; }
+    void show(const Alert& alert) override;
+    void withdraw(const std::string& subject) override;
+
+  private slots:
+    void actionInvoked(uint id, const QString& action);
+    void activationTokenGiven(uint id, const QString& token);
+    void notificationClosed(uint id, uint reason);
+
+  private:
+    void lookForService();
+    void change(const std::function<void()>& presence);
+    bool isOurs(uint id) const;
+
+    QDBusConnection bus;
+    QDBusServiceWatcher watcher;
+    QString owner; ///< the connection of the service that runs; empty where none does
+    bool isStartable = false;
+    std::map<std::string, uint> shown; ///< the numbers that this owner gave, by subject
+    std::string token;                 ///< for the click that comes next
+};
+
+} // namespace tokwatch

@@ -1,0 +1,136 @@
+#include "Platform/Linux/DesktopAlerts.h"
+
+#include "Tests/BusSupport/PrivateBus.h"
+#include "Tests/Support/EventLoop.h"
+
+#include <QDBusVirtualObject>
+
+#include <gmock/gmock.h>
+
+namespace tokwatch {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// A notification service in this thread: a caller that waited for it would wait for ever.
+class FakeService final : public QDBusVirtualObject {
+  public:
+    explicit FakeService(QDBusConnection connection) : bus(std::move(connection)) {
+        bus.registerVirtualObject(DesktopAlerts::objectPath, this);
+    }
+    void appear() { bus.registerService(DesktopAlerts::serviceName); }
+    void vanish() { bus.unregisterService(DesktopAlerts::serviceName); }
+    void tell(const QString& signal, const QVariantList& arguments) {
+        QDBusMessage message = QDBusMessage::createSignal(DesktopAlerts::objectPath,
+                                                          DesktopAlerts::serviceName, signal);
+        message.setArguments(arguments);
+        bus.send(message);
+    }
+
+    bool handleMessage(const QDBusMessage& call, const QDBusConnection& connection) override {
+        const QVariantList given = call.arguments();
+        if (call.member() == "CloseNotification")
+            heard.push_back("close " + given[0].toString().toStdString());
+        if (call.member() != "Notify") return true;
+        const QVariantMap hints = qdbus_cast<QVariantMap>(given[6]);
+        heard.push_back(
+            "over " + given[1].toString().toStdString() + ", " + given[2].toString().toStdString() +
+            ": " + given[3].toString().toStdString() + " | " + given[4].toString().toStdString() +
+            " | " + given[5].toStringList().join(',').toStdString() + " | " +
+            hints["urgency"].typeName() + ' ' + std::to_string(hints["urgency"].toUInt()) + ' ' +
+            hints["desktop-entry"].toString().toStdString());
+        if (!isHung) connection.send(call.createReply(QVariant(++number)));
+        return true;
+    }
+    QString introspect(const QString&) const override { return {}; }
+
+    std::vector<std::string> heard;
+    uint number = 40;
+    bool isHung = false;
+
+  private:
+    QDBusConnection bus;
+};
+
+struct DesktopAlertsTest : ::testing::Test {
+    DesktopAlertsTest() {
+        testing::needEventLoop();
+        alerts.onOpen = [this](const std::string& token) { opened.push_back(token); };
+        alerts.onArrival = [this] { ++arrivals; };
+    }
+    void settle() {
+        for (int turn = 0; turn < 3; ++turn) {
+            testing::drain(appBus);
+            testing::drain(serviceBus);
+        }
+    }
+    std::vector<std::string> show(const std::string& subject, const std::string& title = "T") {
+        alerts.show({subject, title, "a < b", Alert::Urgency::critical});
+        settle();
+        return std::exchange(service.heard, {});
+    }
+
+    testing::PrivateBus bus;
+    QDBusConnection appBus = bus.connect("app");
+    QDBusConnection serviceBus = bus.connect("service");
+    FakeService service{serviceBus};
+    DesktopAlerts alerts{appBus};
+    std::vector<std::string> opened;
+    int arrivals = 0;
+};
+
+constexpr const char* over0 =
+    "over 0, app.tokwatch: T | a &lt; b | default,Open Tokwatch | uchar 2 app.tokwatch";
+constexpr const char* over41 =
+    "over 41, app.tokwatch: U | a &lt; b | default,Open Tokwatch | uchar 2 app.tokwatch";
+
+TEST_F(DesktopAlertsTest, ReplacesTheOneBeforeAndOpensAtAClick) {
+    settle();
+    EXPECT_FALSE(alerts.isThere());
+    EXPECT_THAT(show("claude/session"), IsEmpty());
+    service.appear();
+    settle();
+    EXPECT_TRUE(alerts.isThere());
+    EXPECT_EQ(arrivals, 1);
+    EXPECT_THAT(show("claude/session"), ElementsAre(over0));
+    EXPECT_THAT(show("claude/weekly"), ElementsAre(over0)) << "another window stands beside it";
+    service.number = 40; // as a service does that keeps the number of what it replaces
+    EXPECT_THAT(show("claude/session", "U"), ElementsAre(over41));
+
+    service.tell("ActionInvoked", {40u, "default"});
+    service.tell("ActionInvoked", {41u, "other"});
+    service.tell("ActivationToken", {41u, "token"});
+    service.tell("ActionInvoked", {41u, "default"});
+    service.tell("ActionInvoked", {41u, "default"});
+    settle();
+    EXPECT_THAT(opened, ElementsAre("token", ""));
+
+    service.tell("NotificationClosed", {41u, 2u});
+    settle();
+    EXPECT_THAT(show("claude/session"), ElementsAre(over0)) << "its user took it away";
+    alerts.withdraw("claude/session");
+    alerts.withdraw("claude/session");
+    settle();
+    EXPECT_THAT(service.heard, ElementsAre("close 42"));
+}
+
+TEST_F(DesktopAlertsTest, OutlivesTheServiceAndOneThatHangs) {
+    service.appear();
+    settle();
+    service.isHung = true;
+    EXPECT_THAT(show("claude/session"), ElementsAre(over0));
+    service.isHung = false;
+    EXPECT_THAT(show("claude/session"), ElementsAre(over0));
+    service.vanish();
+    service.appear();
+    settle();
+    EXPECT_THAT(show("claude/session"), ElementsAre(over0))
+        << "the number may be another program's by now";
+    bus.close();
+    testing::until([this] { return !appBus.isConnected(); });
+    alerts.show({"claude/session", "T", "", Alert::Urgency::low});
+}
+
+} // namespace
+} // namespace tokwatch
