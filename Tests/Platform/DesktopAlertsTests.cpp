@@ -3,6 +3,7 @@
 #include "Tests/BusSupport/PrivateBus.h"
 #include "Tests/Support/EventLoop.h"
 
+#include <QDBusArgument>
 #include <QDBusVirtualObject>
 
 #include <gmock/gmock.h>

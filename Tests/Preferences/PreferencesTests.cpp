@@ -4,6 +4,7 @@
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tests/Support/Testing.h"
+#include "Tokwatch/Preferences/AlertPreferences.h"
 
 #include <QSettings>
 
@@ -224,6 +225,35 @@ TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
     EXPECT_TRUE(application.preferences.save());
     EXPECT_THAT(contents(), HasSubstr("showDockIcon=true"));
     EXPECT_THAT(contents(), HasSubstr("summaryUnit=tokens"));
+}
+
+TEST_F(PreferencesTest, TellsOfWhatIsGraveAndNothingInQuietHours) {
+    const std::filesystem::path place = file.parent_path() / "Notifications.conf";
+    {
+        const std::unique_ptr<QSettings> kept = alertSettingsFile(place);
+        AlertPreferences alerts(*kept);
+        EXPECT_THAT(alerts.wanted(), ElementsAre(AlertKind::usedUp, AlertKind::critical));
+        EXPECT_FALSE(alerts.isQuietAt({23 * 60}));
+        alerts.of(AlertKind::reset) = true;
+        alerts.quietHours = true;
+        for (const char* nonsense : {"24:00", "7:60", "7:5", "-1:00", "7", "7:0x", ""})
+            EXPECT_NE(alerts.quietUntil.assignText(nonsense), std::nullopt) << nonsense;
+        EXPECT_EQ(alerts.quietUntil.assignText("7:05"), std::nullopt);
+    }
+    const std::unique_ptr<QSettings> kept = alertSettingsFile(place);
+    AlertPreferences alerts(*kept);
+    EXPECT_TRUE(alerts.reset);
+    EXPECT_EQ(alerts.quietUntil.text(), "7:05");
+    for (const auto& [from, until, hours] : {std::tuple{"22:00", "7:05", "0 1 2 3 4 5 6 7 22 23 "},
+                                             {"9:30", "12:00", "10 11 "},
+                                             {"9:00", "9:00", ""}}) {
+        alerts.quietFrom.assignText(from);
+        alerts.quietUntil.assignText(until);
+        std::string quiet;
+        for (int hour = 0; hour < 24; ++hour)
+            if (alerts.isQuietAt({60 * hour})) quiet += std::to_string(hour) + ' ';
+        EXPECT_EQ(quiet, hours) << from;
+    }
 }
 
 } // namespace tokwatch::testing

@@ -61,15 +61,12 @@ Application::Application(Surroundings surroundings, WorkLease::Rank rank, Prefer
     background.emplace(backgroundThreads);
     const ProviderLocations locations{surroundings.paths.home};
     indexer.emplace(store, locations, surroundings.calendar, surroundings.now);
-    const auto runInBackground = [this](std::function<void()> work) {
-        background->run(std::move(work));
-    };
-    const auto results = std::make_shared<LimitsCache>(store, runInBackground);
+    const auto results = std::make_shared<LimitsCache>(store, runInBackground());
     limitsService.emplace(makeLimitsProviders(results, surroundings.credentials, surroundings.http,
                                               locations.codexAuthFile()),
                           LimitsService::Storage{results,
                                                  attemptLedgerBeside(surroundings.paths.database()),
-                                                 runInBackground},
+                                                 runInBackground()},
                           preferences, surroundings.now, scheduler);
     appModel.emplace(ModelSurroundings{
         .preferences = preferences,
@@ -87,7 +84,7 @@ Application::Application(Surroundings surroundings, WorkLease::Rank rank, Prefer
         .openFileEvents = InotifyStream::open,
         .notifications = notifications,
         .scheduler = scheduler,
-        .runInBackground = runInBackground,
+        .runInBackground = runInBackground(),
         .calendar = surroundings.calendar,
         .now = surroundings.now,
         .history = history,

@@ -54,6 +54,10 @@ class Application {
 
     AppModel& model() { return *appModel; }
     Scheduler& timers() { return scheduler; }
+    /// For what may wait; ends with the application, which waits for it.
+    RunInBackground runInBackground() {
+        return [this](std::function<void()> work) { background->run(std::move(work)); };
+    }
 
   private:
     QtScheduler scheduler;

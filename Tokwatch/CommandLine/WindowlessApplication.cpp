@@ -1,6 +1,7 @@
 #include "Tokwatch/CommandLine/WindowlessApplication.h"
 
 #include "Platform/Linux/ProcessStart.h"
+#include "Tokwatch/Alerts/LimitAlerts.h"
 
 namespace tokwatch {
 namespace {
@@ -19,11 +20,16 @@ Surroundings ofApplication(const CommandSurroundings& given) {
 } // namespace
 
 WindowlessApplication::WindowlessApplication(const CommandSurroundings& surroundings)
-    : application(ofApplication(surroundings), WorkLease::Rank::follower, userPreferences, bus) {}
+    : paths(surroundings.paths),
+      application(ofApplication(surroundings), WorkLease::Rank::follower, userPreferences, bus) {}
 
 int WindowlessApplication::run(EventLoop& loop) {
     userPreferences.followFile();
+    alertPreferences.followFile();
     application.start();
+    const LimitAlerts alerts({application.model(), alertPreferences, alertDisplay,
+                              alertFileBeside(paths.database()), application.timers(),
+                              application.runInBackground()});
     return loop.run();
 }
 

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "Platform/Linux/DesktopAlerts.h"
 #include "Platform/Linux/DesktopBus.h"
 #include "Platform/Linux/TerminationSignals.h"
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/CommandLine/CommandSurroundings.h"
 #include "Tokwatch/CommandLine/EventLoop.h"
+#include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
 
 #include <QSettings>
@@ -28,10 +30,14 @@ class WindowlessApplication {
     const Preferences& preferences() const { return userPreferences; }
 
   private:
+    const UserPaths paths;
     TerminationSignals termination{[] { EventLoop::end(exitOk); }};
     std::unique_ptr<QSettings> settings = userSettings();
     Preferences userPreferences{*settings};
+    std::unique_ptr<QSettings> alertSettings = userAlertSettings();
+    AlertPreferences alertPreferences{*alertSettings};
     DesktopBus bus{QDBusConnection::sessionBus(), QDBusConnection::systemBus()};
+    DesktopAlerts alertDisplay{bus.sessionBus()};
     Application application;
 };
 

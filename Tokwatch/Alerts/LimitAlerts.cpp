@@ -1,0 +1,98 @@
+#include "Tokwatch/Alerts/LimitAlerts.h"
+
+#include "Tokwatch/Alerts/AlertTexts.h"
+#include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Preferences/Preferences.h"
+
+#include <QCoroFuture>
+#include <QPointer>
+#include <QPromise>
+
+#include <algorithm>
+#include <utility>
+
+namespace tokwatch {
+
+LimitAlerts::LimitAlerts(Services parts)
+    : services(std::move(parts)),
+      updater([this] { return situation(); }, [this](const AlertSituation& now) { look(now); }) {
+    services.display.onArrival = [this] { look(situation()); };
+    updater.arm();
+    looking = services.scheduler.every(interval, [this] { look(situation()); });
+}
+
+LimitAlerts::~LimitAlerts() {
+    services.display.onArrival = {};
+}
+
+AlertSituation LimitAlerts::situation() const {
+    const Preferences& preferences = services.model.preferences();
+    AlertSituation situation;
+    situation.now = services.model.now();
+    for (const ProviderID provider : preferences.enabledProviders()) {
+        const auto known = services.model.limits().find(provider);
+        if (known != services.model.limits().end()) situation.limits.insert(*known);
+    }
+    situation.warning = preferences.warningThreshold;
+    situation.critical = preferences.criticalThreshold;
+    situation.wanted = services.preferences.wanted();
+    const Calendar::Fields clock = services.model.calendar().fields(situation.now);
+    situation.isQuiet = services.preferences.isQuietAt({60 * clock.hour + clock.minute});
+    return situation;
+}
+
+void LimitAlerts::look(const AlertSituation& situation) {
+    const AppModel& model = services.model;
+    if (model.role() != Role::working) told.reset(); // others tell meanwhile
+    if (isTelling || model.role() != Role::working || !model.areLimitsAllowed() ||
+        !services.display.isThere())
+        return;
+    const AlertOutcome outcome = considerAlerts(situation, told.value_or(ToldAlerts()));
+    for (const AlertSubject& subject : outcome.calm) {
+        const auto last = shown.find(subject);
+        // That a limit has reset is news for as long as it stands there. What comes takes the place
+        // of what was.
+        if (last == shown.end() || last->second == AlertKind::reset ||
+            std::ranges::count(outcome.due, subject, &DueAlert::subject) > 0)
+            continue;
+        services.display.withdraw(nameOf(subject));
+        shown.erase(last);
+    }
+    // The file is asked where it may have the last word: in the beginning, and when there is news.
+    if (!told || outcome.told != *told) tell(situation);
+}
+
+QCoro::Task<> LimitAlerts::tell(AlertSituation situation) {
+    const QPointer<LimitAlerts> self(this);
+    isTelling = true;
+    const QFuture<AlertOutcome> considering = consider(std::move(situation));
+    const AlertOutcome outcome = co_await considering;
+    if (!self) co_return;
+    isTelling = false;
+    told = outcome.told;
+    for (const DueAlert& due : outcome.due)
+        show(due);
+    look(this->situation()); // for what changed meanwhile
+}
+
+QFuture<AlertOutcome> LimitAlerts::consider(AlertSituation situation) const {
+    const auto promise = std::make_shared<QPromise<AlertOutcome>>();
+    promise->start();
+    services.runInBackground([promise, file = services.file, situation = std::move(situation)] {
+        AlertOutcome outcome;
+        file->edit([&](ToldAlerts& noted) {
+            outcome = considerAlerts(situation, noted);
+            noted = outcome.told;
+        });
+        promise->addResult(std::move(outcome));
+        promise->finish();
+    });
+    return promise->future();
+}
+
+void LimitAlerts::show(const DueAlert& due) {
+    shown.insert_or_assign(due.subject(), due.kind);
+    services.display.show(alertOf(due, services.model.now(), services.model.calendar()));
+}
+
+} // namespace tokwatch
