@@ -148,6 +148,17 @@ void downtrend(QPainter& painter) {
     painter.drawPolyline(line({{20, 11.5}, {20, 15.5}, {16, 15.5}}));
 }
 
+void bell(QPainter& painter) {
+    QPainterPath path;
+    path.moveTo(4.5, 17);
+    path.cubicTo(6.2, 15.2, 6.5, 13.5, 6.5, 10);
+    path.cubicTo(6.5, 2.5, 17.5, 2.5, 17.5, 10);
+    path.cubicTo(17.5, 13.5, 17.8, 15.2, 19.5, 17);
+    path.closeSubpath();
+    painter.drawPath(path);
+    painter.drawPolyline(line({{10, 20}, {12, 20.8}, {14, 20}}));
+}
+
 void window(QPainter& painter) {
     painter.drawRoundedRect(QRectF(3, 4.5, 18, 15), 2.5, 2.5);
     painter.drawLine(QPointF(3, 9.5), QPointF(21, 9.5));
@@ -176,6 +187,7 @@ const std::map<QString, Draw>& drawings() {
         {"link", externalLink},
         {"drag", drag},
         {"folder", folder},
+        {"bell", bell},
         {"window", window},
         {"layers", layers},
         {"gauge.with.dots.needle.33percent", [](QPainter& p) { gauge(p, 0.33); }},

@@ -1,4 +1,5 @@
 #include "KivoLaunch/LoginItem.h"
+#include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 #include "Tokwatch/Views/Settings/SettingsView.h"
 #include "gallery/Scene.h"
@@ -15,10 +16,16 @@ kivo::LoginItem& loginItem() {
     return item;
 }
 
+AlertPreferences& alertPreferences() {
+    static const std::unique_ptr<QSettings> nobodys = settingsOfNobody();
+    static AlertPreferences preferences(*nobodys);
+    return preferences;
+}
+
 std::unique_ptr<QObject> settingsView(DemoWorld& world, SettingsView::Page page) {
     const SettingsPlaces places{world.home / ".local/share/Tokwatch/usage.sqlite",
-                                world.home / ".config/Tokwatch/Tokwatch.conf", loginItem(),
-                                [](const QUrl&) {}};
+                                world.home / ".config/Tokwatch/Tokwatch.conf", alertPreferences(),
+                                loginItem(), [](const QUrl&) {}};
     auto view = std::make_unique<SettingsView>(*world.model, world.clock, places);
     view->setPage(page);
     return view;
@@ -53,6 +60,7 @@ std::vector<Scene> windowScenes() {
     using enum SettingsView::Page;
     return {settingsScene("general", general),
             settingsScene("panel", menuBar),
+            settingsScene("notifications", alerts),
             settingsScene("providers", providers),
             settingsScene("privacy", privacy),
             settingsScene("about", about),

@@ -15,6 +15,7 @@ PROGRAM = sys.argv[1]
 COMMAND = os.path.join(os.path.dirname(PROGRAM), "tokwatch")
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 HOME = os.path.join(os.environ["HOME"], "demo")
+RESET = int(time.time()) + 9000
 
 # The session keeps accessibility from the panel, which it slows down.
 os.environ.pop("NO_AT_BRIDGE", None)
@@ -97,13 +98,26 @@ def find_item():
     return (left + right) // 2, desktop.PANEL_HEIGHT // 2 - 1
 
 
+def report_limits(session, weekly):
+    """What Codex writes as it learns that so many percent are used."""
+    limits = {"primary": {"used_percent": session, "window_minutes": 300, "resets_at": RESET},
+              "secondary": {"used_percent": weekly, "window_minutes": 10080, "resets_at": RESET + 400000}}
+    with open(os.path.join(HOME, ".codex/sessions/now.jsonl"), "a", encoding="utf-8") as file:
+        file.write(json.dumps({"timestamp": time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime()), "type": "event_msg",
+                               "payload": {"type": "token_count", "rate_limits": limits}}) + "\n")
+
+
+def set_notifications(settings):
+    path = os.path.join(os.environ["XDG_CONFIG_HOME"], "Tokwatch/Notifications.conf")
+    with open(path, "w", encoding="utf-8") as file:
+        file.write(settings)
+
+
 def prepare():
     """A home with something to show, its usage stored. Its limits are of this minute: older ones fade."""
     subprocess.run([os.path.join(ROOT, "script/demo-home"), "--quiet", HOME], check=True)
-    limits = {"primary": {"used_percent": 40, "window_minutes": 300, "resets_at": time.time() + 9000},
-              "secondary": {"used_percent": 20, "window_minutes": 10080, "resets_at": time.time() + 400000}}
-    with open(os.path.join(HOME, ".codex/sessions/now.jsonl"), "w", encoding="utf-8") as file:
-        file.write(json.dumps({"timestamp": time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime()), "type": "event_msg",
-                               "payload": {"type": "token_count", "rate_limits": limits}}) + "\n")
+    report_limits(40, 20)
     tokwatch("index", "--home", HOME)
     tokwatch("preferences", "set", "pinnedProvider", "codex")
+    # Nothing comes between the pointer and what is looked for.
+    set_notifications("usedUp=false\ncritical=false\n")

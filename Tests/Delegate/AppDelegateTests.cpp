@@ -7,6 +7,7 @@
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/ManualScheduler.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Store/UsageStore.h"
 
@@ -60,7 +61,7 @@ class AppDelegateTest : public ::testing::Test {
             Surroundings{UserPaths{home.path(), data.path()}, Calendar::utc, time.clock(),
                          std::make_shared<FakeCredentials>(CredentialError::Reason::notFound),
                          std::make_shared<FakeHTTP>()},
-            preferences, data / "settings.conf", desktopBus, time);
+            preferences, data / "settings.conf", alertPreferences, desktopBus, time);
     }
     /// With a status area, unless there is to be none.
     void launch(bool withArea = true) {
@@ -97,6 +98,8 @@ class AppDelegateTest : public ::testing::Test {
     ManualScheduler time;
     std::unique_ptr<QSettings> settings = settingsFile(data / "settings.conf");
     Preferences preferences{*settings};
+    std::unique_ptr<QSettings> alertSettings = alertSettingsFile(data / "Notifications.conf");
+    AlertPreferences alertPreferences{*alertSettings};
     DesktopBus desktopBus{appBus, appBus};
     std::optional<AppDelegate> delegate;
 };

@@ -11,6 +11,8 @@
 #include <QtQml/QQmlExtensionPlugin>
 #include <QtQuickTest>
 
+#include <algorithm>
+
 Q_IMPORT_QML_PLUGIN(Kivo_ThemePlugin)
 Q_IMPORT_QML_PLUGIN(Kivo_SettingsPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_CommonPlugin)
@@ -60,10 +62,10 @@ class QuickWorld : public QObject {
     }
     /// A setting as the command line prints it.
     Q_INVOKABLE QString preference(const QString& key) const {
-        return QString::fromStdString(world.preferences->named(key.toStdString())->text());
+        return QString::fromStdString(setting(key).text());
     }
     Q_INVOKABLE void setPreference(const QString& key, const QString& value) {
-        world.preferences->named(key.toStdString())->assignText(value.toStdString());
+        setting(key).assignText(value.toStdString());
         world.settle();
     }
     Q_INVOKABLE void blockAutostart() { world.home.write(".config/autostart", "no directory"); }
@@ -72,6 +74,12 @@ class QuickWorld : public QObject {
     Q_INVOKABLE void settle() { world.settle(); }
 
   private:
+    AnySetting& setting(const QString& key) const {
+        if (AnySetting* found = world.preferences->named(key.toStdString())) return *found;
+        const auto& alerts = world.alertPreferences.all();
+        return **std::ranges::find(alerts, key.toStdString(), &AnySetting::name);
+    }
+
     ViewWorld world{".claude/projects/a/b.jsonl", ".grok/sessions/a"};
     ShownRange range;
     PopoverView popover{*world.model, world.clock, range};

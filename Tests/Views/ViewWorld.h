@@ -2,6 +2,7 @@
 
 #include "KivoLaunch/LoginItem.h"
 #include "Tests/App/ModelWorld.h"
+#include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Views/Common/RowModel.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 #include "Tokwatch/Views/Settings/SettingsPlaces.h"
@@ -62,8 +63,11 @@ class ViewWorld : public ModelWorld {
     ViewClock clock{time.clock()};
     kivo::LoginItem loginItem{home / ".config/autostart",
                               {"app.tokwatch", "Tokwatch", "", {"/usr/bin/tokwatch"}, ""}};
+    std::unique_ptr<QSettings> alertSettings = alertSettingsFile(data / "Notifications.conf");
+    AlertPreferences alertPreferences{*alertSettings};
     SettingsPlaces places{home / ".local/share/Tokwatch/usage.sqlite",
-                          home / ".config/Tokwatch/Tokwatch.conf", loginItem, [](const QUrl&) {}};
+                          home / ".config/Tokwatch/Tokwatch.conf", alertPreferences, loginItem,
+                          [](const QUrl&) {}};
 };
 
 } // namespace tokwatch::testing

@@ -3,7 +3,7 @@
 #include "Platform/Seams/AlertDisplay.h"
 #include "Platform/Seams/Scheduler.h"
 #include "Tokwatch/Alerts/AlertFile.h"
-#include "Tokwatch/App/AppServices.h"
+#include "Tokwatch/App/ModelSurroundings.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
 
 #include <QCoroTask>

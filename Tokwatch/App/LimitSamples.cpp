@@ -9,7 +9,7 @@
 
 namespace tokwatch {
 
-LimitSamples::LimitSamples(std::shared_ptr<LimitHistory> limitHistory, BackgroundQueue::Run run)
+LimitSamples::LimitSamples(std::shared_ptr<LimitHistory> limitHistory, RunInBackground run)
     : history(std::move(limitHistory)), queue(std::move(run)) {}
 
 QCoro::Task<> LimitSamples::read(LimitsByProvider limits, Date now) {

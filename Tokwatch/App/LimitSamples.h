@@ -17,7 +17,7 @@ class LimitHistory;
 class LimitSamples {
   public:
     /// Without a history there are no samples.
-    LimitSamples(std::shared_ptr<LimitHistory> history, BackgroundQueue::Run run);
+    LimitSamples(std::shared_ptr<LimitHistory> history, RunInBackground run);
 
     const SamplesByProvider& known() const { return state.value(); }
 

@@ -49,12 +49,13 @@ kivo::LoginItem::Program loginProgram() {
 } // namespace
 
 AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences,
-                         std::filesystem::path preferencesFile, DesktopBus& desktopBus,
-                         Scheduler& timers)
-    : preferences(userPreferences), bus(desktopBus), paths(surroundings.paths),
-      settingsFile(std::move(preferencesFile)), now(surroundings.now),
+                         std::filesystem::path preferencesFile, AlertPreferences& toldOf,
+                         DesktopBus& desktopBus, Scheduler& timers)
+    : preferences(userPreferences), alertPreferences(toldOf), bus(desktopBus),
+      paths(surroundings.paths), settingsFile(std::move(preferencesFile)), now(surroundings.now),
       loginItem(kivo::LoginItem::userDirectory(), loginProgram()), scheduler(timers),
-      appearance(desktopBus.sessionBus()), theme(appearance.current()), runtime(theme) {
+      appearance(desktopBus.sessionBus()), theme(appearance.current()), runtime(theme),
+      alertDisplay(desktopBus.sessionBus()) {
     // Before the welcome is finished nobody is asked; a follower, whose user started it to ask,
     // does.
     const auto rank =
@@ -83,6 +84,7 @@ void AppDelegate::launch() {
         preferences.hasCompletedOnboarding.addNotifier([this] { followOnboarding(); });
     makeStatusItem();
     observeTitle();
+    tellOfLimits();
     if (std::exchange(pendingOpen, false)) openPopover();
 }
 
@@ -282,21 +284,36 @@ void AppDelegate::observeTitle() {
     });
 }
 
+// Alerts
+
+void AppDelegate::tellOfLimits() {
+    alertDisplay.onOpen = [this](const std::string& token) { openFromAlert(token); };
+    limitAlerts.emplace(LimitAlerts::Services{application->model(), alertPreferences, alertDisplay,
+                                              alertFileBeside(paths.database()), scheduler,
+                                              application->runInBackground()});
+}
+
+void AppDelegate::openFromAlert(const std::string& activationToken) {
+    // The toolkit takes it from there as it asks a Wayland compositor for the keyboard.
+    if (!activationToken.empty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken.c_str());
+    application->model().onOpenRequest();
+}
+
 // Windows
 
 void AppDelegate::makeWindows() {
     settingsWindow.emplace(
         runtime, scheduler,
-        QmlWindow::Content{settingsSource,
-                           [this] {
-                               const SettingsPlaces places{paths.database(), settingsFile,
-                                                           loginItem, QDesktopServices::openUrl};
-                               auto view = std::make_unique<SettingsView>(application->model(),
-                                                                          *viewClock, places);
-                               connect(view.get(), &SettingsView::quitRequested, qApp,
-                                       &QCoreApplication::quit);
-                               return view;
-                           }},
+        QmlWindow::Content{
+            settingsSource,
+            [this] {
+                const SettingsPlaces places{paths.database(), settingsFile, alertPreferences,
+                                            loginItem, QDesktopServices::openUrl};
+                auto view =
+                    std::make_unique<SettingsView>(application->model(), *viewClock, places);
+                connect(view.get(), &SettingsView::quitRequested, qApp, &QCoreApplication::quit);
+                return view;
+            }},
         ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, {560, 300}});
     onboarding.emplace(runtime, scheduler,
                        QmlWindow::Content{onboardingSource, [this] { return makeWelcome(); }},

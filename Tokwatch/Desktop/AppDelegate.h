@@ -3,6 +3,8 @@
 #include "KivoLaunch/LoginItem.h"
 #include "KivoTheme/DesktopAppearance.h"
 #include "KivoTheme/Theme.h"
+#include "Platform/Linux/DesktopAlerts.h"
+#include "Tokwatch/Alerts/LimitAlerts.h"
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/Desktop/ContentWindow.h"
 #include "Tokwatch/Desktop/ContextMenuWindow.h"
@@ -36,7 +38,8 @@ class AppDelegate : public QObject {
   public:
     /// References outlive it. `settingsFile` is where the preferences are kept.
     AppDelegate(Surroundings surroundings, Preferences& preferences,
-                std::filesystem::path settingsFile, DesktopBus& bus, Scheduler& timers);
+                std::filesystem::path settingsFile, AlertPreferences& alertPreferences,
+                DesktopBus& bus, Scheduler& timers);
     ~AppDelegate() override;
 
     /// Everything, in its order; called once.
@@ -62,6 +65,8 @@ class AppDelegate : public QObject {
     void hostChanged();
     void windowClosed();
     void observeTitle();
+    void tellOfLimits();
+    void openFromAlert(const std::string& activationToken);
     void toggle(QPoint anchor);
     void popoverOpened();
     bool isSecondOfDoubleClick() const;
@@ -73,6 +78,7 @@ class AppDelegate : public QObject {
     QPoint lastAnchor() const;
 
     Preferences& preferences;
+    AlertPreferences& alertPreferences;
     DesktopBus& bus;
     UserPaths paths;
     std::filesystem::path settingsFile;
@@ -82,7 +88,9 @@ class AppDelegate : public QObject {
     kivo::DesktopAppearance appearance;
     kivo::Theme theme;
     QmlRuntime runtime;
+    DesktopAlerts alertDisplay;
     std::optional<Application> application;
+    std::optional<LimitAlerts> limitAlerts;
     std::optional<ViewClock> viewClock;
     ShownRange shownRange;
     std::optional<ContentWindow> onboarding;

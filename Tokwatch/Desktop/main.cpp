@@ -6,6 +6,7 @@
 #include "Platform/Linux/QtScheduler.h"
 #include "Platform/Linux/TerminationSignals.h"
 #include "Tokwatch/Pictures/Marks.h"
+#include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Limits/URLSessionHTTPClient.h"
 
@@ -75,10 +76,13 @@ int run(int argc, char** argv) {
     const std::unique_ptr<QSettings> settings = tokwatch::userSettings();
     tokwatch::Preferences preferences(*settings);
     preferences.followFile();
+    const std::unique_ptr<QSettings> alertSettings = tokwatch::userAlertSettings();
+    tokwatch::AlertPreferences alertPreferences(*alertSettings);
+    alertPreferences.followFile();
     tokwatch::QtScheduler scheduler;
     delegate = std::make_unique<tokwatch::AppDelegate>(
         tokwatch::Surroundings::real(pathsFrom(parser, home, dataDirectory)), preferences,
-        settings->fileName().toStdString(), bus, scheduler);
+        settings->fileName().toStdString(), alertPreferences, bus, scheduler);
     if (openAtOnce) delegate->open();
     delegate->launch();
     // The end of a session comes as a signal: the item leaves the panel, the settings are written.

@@ -24,6 +24,11 @@ SettingsFrame {
         page: Component { MenuBarPage { view: settings.view.menuBar } }
     }
     SettingsSection {
+        title: "Notifications"
+        symbol: "bell"
+        page: Component { AlertsPage { view: settings.view.alerts } }
+    }
+    SettingsSection {
         title: "Providers"
         symbol: "layers"
         page: Component { ProvidersPage { view: settings.view.providers } }

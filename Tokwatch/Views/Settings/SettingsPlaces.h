@@ -12,10 +12,13 @@ class LoginItem;
 
 namespace tokwatch {
 
+class AlertPreferences;
+
 /// What the settings touch besides the preferences and the model. References outlive the view.
 struct SettingsPlaces {
     std::optional<std::filesystem::path> database; ///< none while it is a temporary one
     std::filesystem::path settingsFile;
+    AlertPreferences& alerts;
     kivo::LoginItem& loginItem;
     /// Shows a web page in the browser, a directory in the file manager.
     std::function<void(const QUrl&)> open;

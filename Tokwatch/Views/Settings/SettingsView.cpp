@@ -7,7 +7,7 @@
 namespace tokwatch {
 
 SettingsView::SettingsView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places)
-    : generalView(model, clock, places), menuBarView(model, clock),
+    : generalView(model, clock, places), menuBarView(model, clock), alertsView(places.alerts),
       providersView(model, clock, places) {}
 
 QString SettingsView::claudeServer() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tokwatch/Views/Settings/AlertsView.h"
 #include "Tokwatch/Views/Settings/GeneralView.h"
 #include "Tokwatch/Views/Settings/MenuBarView.h"
 #include "Tokwatch/Views/Settings/ProvidersView.h"
@@ -21,12 +22,13 @@ class SettingsView : public QObject {
     Q_PROPERTY(Page page READ page WRITE setPage NOTIFY pageChanged)
     Q_PROPERTY(tokwatch::GeneralView* general READ general CONSTANT)
     Q_PROPERTY(tokwatch::MenuBarView* menuBar READ menuBar CONSTANT)
+    Q_PROPERTY(tokwatch::AlertsView* alerts READ alerts CONSTANT)
     Q_PROPERTY(tokwatch::ProvidersView* providers READ providers CONSTANT)
     Q_PROPERTY(QString claudeServer READ claudeServer CONSTANT)
     Q_PROPERTY(QString codexServer READ codexServer CONSTANT)
     Q_PROPERTY(QString version READ version CONSTANT)
   public:
-    enum class Page { general, menuBar, providers, privacy, about };
+    enum class Page { general, menuBar, alerts, providers, privacy, about };
     Q_ENUM(Page)
 
     SettingsView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places);
@@ -35,6 +37,7 @@ class SettingsView : public QObject {
     void setPage(Page page) { shown = page; }
     GeneralView* general() { return &generalView; }
     MenuBarView* menuBar() { return &menuBarView; }
+    AlertsView* alerts() { return &alertsView; }
     ProvidersView* providers() { return &providersView; }
     /// Whom the logins go to.
     static QString claudeServer();
@@ -51,6 +54,7 @@ class SettingsView : public QObject {
                                          &SettingsView::pageChanged)
     GeneralView generalView;
     MenuBarView menuBarView;
+    AlertsView alertsView;
     ProvidersView providersView;
 };
 
