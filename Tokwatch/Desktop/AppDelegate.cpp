@@ -296,7 +296,7 @@ void AppDelegate::tellOfLimits() {
 void AppDelegate::openFromAlert(const std::string& activationToken) {
     // The toolkit takes it from there as it asks a Wayland compositor for the keyboard.
     if (!activationToken.empty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken.c_str());
-    application->model().onOpenRequest();
+    openPopover();
 }
 
 // Windows
