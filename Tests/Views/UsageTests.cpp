@@ -172,7 +172,8 @@ struct PopoverViewTest : ::testing::Test, testing::ViewWorld {
     }
     std::string updated() { return view.footer()->state().updated.toStdString(); }
 
-    PopoverView view{*model, clock};
+    ShownRange range;
+    PopoverView view{*model, clock, range};
 };
 
 TEST_F(PopoverViewTest, ActsForTheUser) {

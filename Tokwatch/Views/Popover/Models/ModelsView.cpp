@@ -61,8 +61,8 @@ void ModelsView::setActive(bool active) {
     followProjects();
 }
 
-void ModelsView::setInSight(bool inSight) {
-    isInSight = inSight;
+void ModelsView::setInSight(bool isInSight) {
+    inSight = isInSight;
     followProjects();
 }
 
@@ -80,7 +80,7 @@ void ModelsView::show(Shown next) {
 }
 
 void ModelsView::followProjects() {
-    const bool areWanted = isActive() && isInSight && mode() == Segment::ByProject;
+    const bool areWanted = isActive() && inSight && mode() == Segment::ByProject;
     projects.follow(areWanted ? std::optional<int>(shownRange.days()) : std::nullopt);
 }
 

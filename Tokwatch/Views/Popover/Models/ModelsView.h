@@ -38,7 +38,7 @@ class ModelsView : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(bool active READ isActive WRITE setActive)
-    Q_PROPERTY(bool inSight WRITE setInSight)
+    Q_PROPERTY(bool inSight READ isInSight WRITE setInSight)
     Q_PROPERTY(tokwatch::Segment::Breakdown mode READ mode WRITE setMode NOTIFY modeChanged)
     Q_PROPERTY(tokwatch::ShownRange* range READ range CONSTANT)
     Q_PROPERTY(tokwatch::BreakdownModel* rows READ rows CONSTANT)
@@ -51,6 +51,8 @@ class ModelsView : public QObject {
     /// Brings the rows up to date at once, those of projects as soon as they are read.
     void setActive(bool active);
     /// Whether the window is shown: nobody waits for projects in one that was closed.
+    /// Whether the window is shown: nobody waits for projects in one that was closed.
+    bool isInSight() const { return inSight; }
     void setInSight(bool isInSight);
 
     Segment::Breakdown mode() const { return breakdownMode.value(); }
@@ -95,7 +97,7 @@ class ModelsView : public QObject {
     FollowedSummary& summary;
     ProjectReading projects;
     BreakdownModel rowModel;
-    bool isInSight = false;
+    bool inSight = false;
     Q_OBJECT_BINDABLE_PROPERTY(ModelsView, ModelsState, currentState, &ModelsView::stateChanged)
     Q_OBJECT_BINDABLE_PROPERTY(ModelsView, ReadingState, currentReading,
                                &ModelsView::readingChanged)
