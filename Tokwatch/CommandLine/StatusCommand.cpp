@@ -105,11 +105,11 @@ int runStatus(const CommandSurroundings& surroundings, const StatusOptions& opti
     if (options.follow) return Follower(surroundings, options.format).run();
     const std::unique_ptr<QSettings> settings = userSettings();
     const Preferences preferences(*settings);
-    const LimitsByProvider limits = surroundings.limits(*surroundings.openStoreForReading(),
-                                                       preferences, preferences.enabledProviders());
-    surroundings.terminal.line(
-        statusLine(statusTitle(preferences, limits, surroundings.now(), surroundings.runOuts(limits)),
-                   options.format));
+    const LimitsByProvider limits = surroundings.limits(
+        *surroundings.openStoreForReading(), preferences, preferences.enabledProviders());
+    surroundings.terminal.line(statusLine(
+        statusTitle(preferences, limits, surroundings.now(), surroundings.runOuts(limits)),
+        options.format));
     return exitOk;
 }
 

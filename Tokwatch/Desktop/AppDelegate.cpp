@@ -77,7 +77,6 @@ void AppDelegate::launch() {
     makeWindows();
     if (!preferences.hasCompletedOnboarding) onboarding->open();
 
-    AppModel& model = application->model();
     application->start(preferences.hasCompletedOnboarding ? LimitsStart::atOnce
                                                           : LimitsStart::whenAllowed);
     onboardingNotifier =
@@ -272,9 +271,9 @@ void AppDelegate::windowClosed() {
 void AppDelegate::observeTitle() {
     AppModel& model = application->model();
     const auto content = [this, &model] {
-        const Date now = model.now();
-        return statusContent(preferences, model.limits(), now,
-                             RunOuts(model.limits(), model.samples(), now, model.calendar()));
+        const Date present = model.now();
+        return statusContent(preferences, model.limits(), present,
+                             RunOuts(model.limits(), model.samples(), present, model.calendar()));
     };
     titleObserver.emplace(content, [this](const StatusContent& next) { statusItem->apply(next); });
     titleObserver->arm();

@@ -102,7 +102,7 @@ ModelsView::Shown ModelsView::compute() const {
     Shown shown;
     const UsageSummary& stored = summary.value();
     if (stored.tools.empty()) {
-        shown.state.emptyText = text(SummaryTexts::noUsage(stored.days));
+        shown.state.emptyText = text(SummaryTexts::noUsage(shownRange.days()));
         return shown;
     }
     shown.breakdown = breakdown();
