@@ -193,7 +193,7 @@ Scene breakdown(const char* name, Segment::Breakdown mode,
         view->models()->setMode(mode);
         return view;
     };
-    breakdown.size = {420, 480};
+    breakdown.size = {420, 516};
     return breakdown;
 }
 

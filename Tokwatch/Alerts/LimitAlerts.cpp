@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Alerts/AlertTexts.h"
 #include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Display/RunOuts.h"
 #include "Tokwatch/Preferences/Preferences.h"
 
 #include <QCoroFuture>
@@ -29,9 +30,15 @@ AlertSituation LimitAlerts::situation() const {
     const Preferences& preferences = services.model.preferences();
     AlertSituation situation;
     situation.now = services.model.now();
+    const RunOuts runOuts(services.model.limits(), services.model.samples(), situation.now,
+                          services.model.calendar());
     for (const ProviderID provider : preferences.enabledProviders()) {
         const auto known = services.model.limits().find(provider);
-        if (known != services.model.limits().end()) situation.limits.insert(*known);
+        if (known == services.model.limits().end()) continue;
+        situation.limits.insert(*known);
+        for (const LimitWindow& window : known->second.windows)
+            if (const auto moment = runOuts.moment(provider, window.id))
+                situation.usedUpAt.insert({{provider, window.id}, *moment});
     }
     situation.warning = preferences.warningThreshold;
     situation.critical = preferences.criticalThreshold;

@@ -18,6 +18,7 @@ SettingsPage {
                 { id: "usedUp", label: "A limit is used up", caption: "" },
                 { id: "critical", label: "A limit reaches the critical level", caption: "" },
                 { id: "warning", label: "A limit reaches the warning level", caption: "" },
+                { id: "runsOut", label: "A limit will run out within the hour", caption: "By how it was used so far." },
                 { id: "reset", label: "A limit has reset", caption: "Only where it was critical." },
                 { id: "signIn", label: "A sign-in is needed", caption: "" },
             ]
