@@ -13,6 +13,9 @@ Flickable {
     readonly property int ringRoom: 4
     readonly property int naturalHeight: Math.ceil(column.implicitHeight) - ringRoom
     readonly property Item focused: Window.activeFocusItem
+    /// A window that opens again begins at the top.
+    readonly property bool isInSight: Window.visibility !== Window.Hidden
+    onIsInSightChanged: if (isInSight) contentY = 0
 
     /// True when the key scrolls.
     function scroll(key) {

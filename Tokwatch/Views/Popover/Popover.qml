@@ -21,7 +21,8 @@ FocusScope {
 
     Accessible.role: Accessible.Dialog
     Accessible.name: "Tokwatch"
-    Keys.onEscapePressed: closeRequested()
+    // Where there is no status area, the program ends with its window: not by a key for less.
+    Keys.onEscapePressed: if (view.hostAdvice === "") closeRequested()
     Keys.forwardTo: [tabs]
     // What nothing inside wanted.
     Keys.onPressed: event => event.accepted = pages.current?.scroll?.(event.key) ?? false

@@ -99,12 +99,14 @@ Column {
 
     Item {
         width: parent.width
-        height: reset.implicitHeight
+        // Side by side where both fit, so that neither is cut.
+        readonly property bool isTight: pace.width + 5 + caption.implicitWidth + Theme.space.s + reset.implicitWidth > width
+        height: reset.y + reset.implicitHeight
         visible: bar.limit.resetText !== "" || bar.limit.paceCaption !== ""
 
         Symbol {
             id: pace
-            anchors { left: parent.left; verticalCenter: parent.verticalCenter }
+            anchors { left: parent.left; verticalCenter: caption.verticalCenter }
             width: 14
             height: 14
             visible: bar.limit.paceSymbol !== ""
@@ -119,7 +121,7 @@ Column {
         }
         Label {
             id: caption
-            anchors { left: pace.right; leftMargin: 5; right: reset.left; rightMargin: Theme.space.s }
+            anchors { left: pace.right; leftMargin: 5 }
             text: bar.limit.paceCaption
             size: Theme.type.caption
             color: bar.limit.isAhead && !bar.limit.isOld ? Theme.colors.warningText : Theme.colors.secondaryText
@@ -128,7 +130,7 @@ Column {
         Label {
             id: reset
             anchors.right: parent.right
-            elide: Text.ElideNone
+            y: parent.isTight ? caption.implicitHeight + 2 : 0
             text: bar.limit.resetText
             size: Theme.type.caption
             color: Theme.colors.secondaryText
