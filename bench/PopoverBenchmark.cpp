@@ -5,6 +5,7 @@
 #include "Platform/Linux/DesktopBus.h"
 #include "Platform/Linux/QtScheduler.h"
 #include "Tokwatch/Desktop/AppDelegate.h"
+#include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
 
 #include <QDBusConnection>
@@ -126,8 +127,11 @@ int main(int argc, char** argv) {
     paths.home = argv[1];
     paths.dataHome = argv[2];
     QtScheduler scheduler;
+    const std::unique_ptr<QSettings> alertSettings =
+        settingsFile(configuration.filePath("notifications.conf").toStdString());
+    AlertPreferences alertPreferences(*alertSettings);
     AppDelegate delegate(Surroundings::real(paths), preferences, settings->fileName().toStdString(),
-                         bus, scheduler);
+                         alertPreferences, bus, scheduler);
     delegate.launch();
     constexpr double settledAfter = 8;
     runFor(settledAfter);
