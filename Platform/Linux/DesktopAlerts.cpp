@@ -21,7 +21,7 @@ QString text(const std::string& utf8) {
     return QString::fromStdString(utf8);
 }
 
-/// One byte, as the specification has it.
+/// One byte, as services take it.
 QVariant hintOf(Alert::Urgency urgency) {
     return QVariant::fromValue(static_cast<uchar>(urgency));
 }

@@ -12,8 +12,8 @@
 
 namespace tokwatch {
 
-/// Alerts through the desktop's notification service, org.freedesktop.Notifications (the Desktop
-/// Notifications Specification, 1.2). Every call is asynchronous; one that is not answered within
+/// Alerts through the desktop's notification service, org.freedesktop.Notifications (its
+/// protocol, version 1.2). Every call is asynchronous; one that is not answered within
 /// the patience is given up, and its alert cannot be replaced or clicked. Where there is no bus or
 /// no service, there is silence. Main thread only.
 class DesktopAlerts : public QObject, public AlertDisplay {
