@@ -228,7 +228,12 @@ TEST_F(AppModelTest, PrunesOnceADayAndKeepsNinetyDays) {
 
 TEST_F(AppModelTest, TakesNothingForNewThatCouldNotBeComputed) {
     startUp();
+    const std::optional<Date> started = model->lastUpdated();
+    time.jump(Seconds{86'400});
+    model->popoverOpened();
+    settle();
     const std::optional<Date> updated = model->lastUpdated();
+    EXPECT_GT(updated, started) << "the new day";
     const std::optional<Snapshot> written = SnapshotStore(data.path()).read();
     behindTheStore("DROP TABLE daily");
     const testing::CapturedLog log;

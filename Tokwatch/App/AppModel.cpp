@@ -251,6 +251,8 @@ QCoro::Task<> AppModel::readCodexLimits() {
 }
 
 void AppModel::popoverOpened() {
+    // A day that began since then is not to wait for the next look around.
+    if (lastUpdated() && calendar().dayKey(*lastUpdated()) != calendar().dayKey(now())) publish();
     if (ownRole == Role::showing)
         storeChanged();
     else if (asksForLimits())

@@ -91,7 +91,8 @@ void readLogsNobodyRead(const CommandSurroundings& surroundings,
     }
 }
 
-void refresh(const CommandSurroundings& surroundings, const std::shared_ptr<UsageStore>& store,
+/// False where there is nobody to ask.
+bool refresh(const CommandSurroundings& surroundings, const std::shared_ptr<UsageStore>& store,
              Preferences& preferences, LimitsByProvider& limits,
              std::vector<ProviderID> providers) {
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
@@ -99,12 +100,11 @@ void refresh(const CommandSurroundings& surroundings, const std::shared_ptr<Usag
         return std::ranges::count(enabled, provider) == 0 ||
                !surroundings.locations().isPresent(provider);
     });
-    if (providers.empty())
-        throw CommandError(
-            "no assistant with limits was found; tokwatch doctor tells where they are looked for");
+    if (providers.empty()) return false;
     readLogsNobodyRead(surroundings, store, limits, providers);
     for (auto& [provider, fetched] : Fetch(surroundings, store, preferences).run(providers))
         limits.insert_or_assign(provider, fetched);
+    return true;
 }
 
 /// The records, and in each window that runs out before its reset the moment when it does.
@@ -133,7 +133,8 @@ int runLimits(const CommandSurroundings& surroundings, const LimitsOptions& opti
     const std::vector<ProviderID> shown = shownProviders(preferences, options.provider);
 
     LimitsByProvider limits = surroundings.limits(*store, preferences, shown);
-    if (options.refresh) refresh(surroundings, store, preferences, limits, shown);
+    const bool isAsked =
+        options.refresh && refresh(surroundings, store, preferences, limits, shown);
     const RunOuts runOuts = surroundings.runOuts(limits);
     if (surroundings.json)
         surroundings.terminal.line(jsonText(encodeAll(limits, shown, runOuts)));
@@ -144,7 +145,10 @@ int runLimits(const CommandSurroundings& surroundings, const LimitsOptions& opti
 
     const bool isAnythingShown =
         std::ranges::any_of(limits, [](const auto& entry) { return showsSomething(entry.second); });
-    if (options.refresh && !isAnythingShown) throw CommandError("no limits could be obtained");
+    if (options.refresh && !isAnythingShown)
+        throw CommandError(isAsked ? "no limits could be obtained"
+                                   : "no assistant with limits was found; tokwatch doctor tells "
+                                     "where they are looked for");
     return exitOk;
 }
 
