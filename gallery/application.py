@@ -7,6 +7,7 @@ import os
 import subprocess
 import sys
 import time
+from datetime import datetime, timezone
 
 import desktop
 from desktop import wait_for
@@ -103,7 +104,9 @@ def report_limits(session, weekly):
     limits = {"primary": {"used_percent": session, "window_minutes": 300, "resets_at": RESET},
               "secondary": {"used_percent": weekly, "window_minutes": 10080, "resets_at": RESET + 400000}}
     with open(os.path.join(HOME, ".codex/sessions/now.jsonl"), "a", encoding="utf-8") as file:
-        file.write(json.dumps({"timestamp": time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime()), "type": "event_msg",
+        # To the millisecond: of two reports in one second the second is no newer otherwise.
+        moment = datetime.now(timezone.utc).isoformat(timespec="milliseconds")
+        file.write(json.dumps({"timestamp": moment, "type": "event_msg",
                                "payload": {"type": "token_count", "rate_limits": limits}}) + "\n")
 
 
