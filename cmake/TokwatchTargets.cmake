@@ -32,16 +32,19 @@ if(TOKWATCH_SANITIZE MATCHES "undefined")
 endif()
 
 # tokwatch_prefer_archives(PACKAGE): its static libraries where they lie beside the shared ones, which is so on Debian.
-# Abseil is a dozen small ones, and to load them takes a tenth of the time of a short command.
+# Abseil is a dozen small ones, and to load them takes a tenth of the time of a short command; to load SQLite takes half
+# of the shortest's.
 function(tokwatch_prefer_archives package)
   get_property(targets DIRECTORY PROPERTY IMPORTED_TARGETS)
   list(FILTER targets INCLUDE REGEX "^${package}::")
   foreach(target IN LISTS targets)
-    get_target_property(library ${target} IMPORTED_LOCATION_NONE)
-    string(REGEX REPLACE "\\.so[.0-9]*$" ".a" archive "${library}")
-    if(EXISTS "${archive}")
-      set_target_properties(${target} PROPERTIES IMPORTED_LOCATION_NONE "${archive}")
-    endif()
+    foreach(location IMPORTED_LOCATION_NONE IMPORTED_LOCATION)
+      get_target_property(library ${target} ${location})
+      string(REGEX REPLACE "\\.so[.0-9]*$" ".a" archive "${library}")
+      if(library AND EXISTS "${archive}")
+        set_target_properties(${target} PROPERTIES ${location} "${archive}")
+      endif()
+    endforeach()
   endforeach()
 endfunction()
 

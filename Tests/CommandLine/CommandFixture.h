@@ -17,9 +17,10 @@ struct ProgramResult {
 };
 
 /// Runs a program to its end with an environment of PATH, TZ=UTC and `environment` alone, so that
-/// nothing of the user's reaches it.
+/// nothing of the user's reaches it. Without an input there is nothing to be read.
 inline ProgramResult runProgram(const std::vector<std::string>& command,
-                                const std::vector<std::string>& environment = {}) {
+                                const std::vector<std::string>& environment = {},
+                                const std::string& input = {}) {
     QStringList arguments;
     for (const std::string& each : command)
         arguments.append(QString::fromStdString(each));
@@ -28,8 +29,10 @@ inline ProgramResult runProgram(const std::vector<std::string>& command,
         variables.append(QString::fromStdString(each));
     QProcess program;
     program.setEnvironment(variables);
-    program.setStandardInputFile(QProcess::nullDevice());
+    if (input.empty()) program.setStandardInputFile(QProcess::nullDevice());
     program.start(arguments.takeFirst(), arguments);
+    program.write(input.data(), std::ssize(input));
+    program.closeWriteChannel();
     program.waitForFinished(-1);
     return {program.exitCode(), program.readAllStandardOutput().toStdString(),
             program.readAllStandardError().toStdString()};
@@ -43,18 +46,21 @@ inline bool isOneLine(const std::string& text) {
 /// Runs the program in a world of its own.
 struct CommandTest : Test {
     ProgramResult tokwatch(std::vector<std::string> arguments,
-                           const std::vector<std::string>& environment = {}) const {
+                           const std::vector<std::string>& environment = {},
+                           const std::string& input = {}) const {
         arguments.insert(arguments.begin(), TOKWATCH_PROGRAM);
-        return runProgram(arguments, environment);
+        return runProgram(arguments, environment, input);
     }
     /// With the test's own home, data directory and settings.
-    ProgramResult here(std::vector<std::string> arguments) const {
+    ProgramResult here(std::vector<std::string> arguments, const std::string& input = {}) const {
         const bool hasCommand = !arguments.empty() && arguments[0] != "preferences";
         if (hasCommand)
             arguments.insert(arguments.end(), {"--home", (world / "home").string(), "--data-dir",
                                                (world / "data").string()});
-        return tokwatch(arguments, {"HOME=" + (world / "home").string(),
-                                    "XDG_CONFIG_HOME=" + (world / "config").string()});
+        return tokwatch(
+            arguments,
+            {"HOME=" + (world / "home").string(), "XDG_CONFIG_HOME=" + (world / "config").string()},
+            input);
     }
     /// A pass by a program that a command wraps.
     ProgramResult indexUnder(std::vector<std::string> command) const {

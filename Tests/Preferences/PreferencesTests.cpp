@@ -91,6 +91,26 @@ TEST_F(PreferencesTest, FindsEverySettingAgainAfterARestart) {
     EXPECT_EQ(after.preferences.named("ShowDockIcon"), nullptr);
 }
 
+TEST_F(PreferencesTest, AreTheSameWithoutTheToolkit) {
+    const testing::CapturedLog log;
+    for (const char* text :
+         {"", "[General]\nwarningThreshold=0.4\ncriticalThreshold=0.3\nsummaryUnit=tokens\n",
+          "warningThreshold=0.3", "[general]\r\n warningThreshold = 0.5 \r\n",
+          "[General]\nwarningThreshold=\"0.3\"\nsummaryUnit=\"tokens\"\n",
+          "[General]\nwarningThreshold=0.01\ncriticalThreshold=0.9\nsummaryUnit=Tokens\n",
+          "[General]\nwarningThreshold=high\ncriticalThreshold=\n",
+          "[General]\nwarningThreshold=nan",
+          "[General]\nWarningThreshold=0.9\n;warningThreshold=0.8\n",
+          "[menuBarWindows]\nwarningThreshold=0.9\n[General]\nwarningThreshold=0.8\n",
+          "[General]\nwarningThreshold=0.4\nwarningThreshold=0.6\n", "no settings at all"}) {
+        const Process toolkit = reading(text);
+        const PlainSettings plain = PlainSettings::read(file);
+        EXPECT_EQ(plain.thresholds.warning, toolkit.preferences.warningThreshold.peek()) << text;
+        EXPECT_EQ(plain.thresholds.critical, toolkit.preferences.criticalThreshold.peek()) << text;
+        EXPECT_EQ(plain.summaryUnit, toolkit.preferences.summaryUnit.peek()) << text;
+    }
+}
+
 TEST_F(PreferencesTest, FallsBackWhereTheFileMakesNoSense) {
     std::string text = "[General]\nlastPruneAt=yesterday\n";
     for (const Setting& each : settings)

@@ -1,8 +1,10 @@
 #include "Tokwatch/CommandLine/Arguments.h"
 
+#include "Tokwatch/CommandLine/Assistant/StatuslineCommand.h"
 #include "Tokwatch/CommandLine/CommandSurroundings.h"
 #include "Tokwatch/CommandLine/Commands.h"
 #include "Tokwatch/CommandLine/Completion.h"
+#include "Tokwatch/CommandLine/Frame/CommandFrame.h"
 #include "Tokwatch/CommandLine/Suggestion.h"
 #include "TokwatchCore/Store/LimitHistory.h"
 #include "TokwatchCore/Support/ApplicationVersion.h"
@@ -23,9 +25,7 @@ constexpr int mostDays = 36'500;
 
 /// What the command line said, to be carried out once it is known to be sound.
 struct Invocation {
-    std::string home;
-    std::string dataDirectory;
-    bool json = false;
+    DataArguments arguments;
     /// The desktop application unless a command replaces it.
     std::function<int(const CommandSurroundings&)> run = [this](const CommandSurroundings&) {
         return runDesktop(pathOptions());
@@ -33,38 +33,22 @@ struct Invocation {
 
     std::vector<std::string> pathOptions() const {
         std::vector<std::string> options;
-        if (!home.empty()) options.insert(options.end(), {"--home", home});
-        if (!dataDirectory.empty()) options.insert(options.end(), {"--data-dir", dataDirectory});
+        if (!arguments.home.empty()) options.insert(options.end(), {"--home", arguments.home});
+        if (!arguments.dataDirectory.empty())
+            options.insert(options.end(), {"--data-dir", arguments.dataDirectory});
         return options;
     }
 
     CommandSurroundings surroundings(Terminal& terminal) const {
-        UserPaths paths = UserPaths::current();
-        if (!home.empty()) paths.home = std::filesystem::absolute(home).lexically_normal();
-        if (!dataDirectory.empty()) paths.dataHome = std::filesystem::absolute(dataDirectory);
-        return {paths,     Calendar::current,
-                systemNow, terminal,
-                json,      limitHistoryBeside(paths.database())};
+        const UserPaths paths = arguments.paths();
+        return {paths,    Calendar::current, systemNow,
+                terminal, arguments.json,    limitHistoryBeside(paths.database())};
     }
 };
 
-void addPaths(CLI::App& command, Invocation& invocation) {
-    command
-        .add_option("--home", invocation.home,
-                    "Where the assistants' files are (default: your home directory)")
-        ->type_name("DIR");
-    command
-        .add_option("--data-dir", invocation.dataDirectory,
-                    "Where Tokwatch keeps its data (default: $XDG_DATA_HOME or ~/.local/share)")
-        ->type_name("DIR");
-}
-
 CLI::App& addDataCommand(CLI::App& app, Invocation& invocation, const std::string& name,
                          const std::string& about) {
-    CLI::App& command = *app.add_subcommand(name, about);
-    addPaths(command, invocation);
-    command.add_flag("--json", invocation.json, "Print JSON for programs");
-    return command;
+    return addDataCommand(app, invocation.arguments, name, about);
 }
 
 template<typename Value>
@@ -146,7 +130,7 @@ void addStatus(CLI::App& app, Invocation& invocation, StatusOptions& options) {
                             "How it is written (default: text)")
         ->excludes("--json");
     command.callback([&] {
-        if (invocation.json) options.format = StatusFormat::json;
+        if (invocation.arguments.json) options.format = StatusFormat::json;
         invocation.run = [&options](const CommandSurroundings& surroundings) {
             return runStatus(surroundings, options);
         };
@@ -156,7 +140,7 @@ void addStatus(CLI::App& app, Invocation& invocation, StatusOptions& options) {
 void addWatch(CLI::App& app, Invocation& invocation) {
     CLI::App& command =
         *app.add_subcommand("watch", "Show limits and today's usage, kept up to date");
-    addPaths(command, invocation);
+    addPaths(command, invocation.arguments);
     command.callback([&invocation] { invocation.run = runWatch; });
 }
 
@@ -192,7 +176,7 @@ void addPreferences(CLI::App& app, Invocation& invocation, SettingArguments& set
             ->check(isSetting);
     };
     const auto addJSON = [&invocation](CLI::App& action) {
-        action.add_flag("--json", invocation.json, "Print JSON for programs");
+        action.add_flag("--json", invocation.arguments.json, "Print JSON for programs");
     };
     addJSON(command);
     command.callback([&command, &invocation] {
@@ -277,9 +261,12 @@ void addAudit(CLI::App& app, Invocation& invocation, bool& all) {
     });
 }
 
-/// The first line of what the parser says; some of its messages have several.
-std::string oneLine(const std::string& message) {
-    return message.substr(0, message.find('\n'));
+void addAssistantLine(CLI::App& app, Invocation& invocation, StatuslineOptions& options) {
+    addStatusline(app, invocation.arguments, options).callback([&] {
+        invocation.run = [&](const CommandSurroundings&) {
+            return runStatusline(invocation.arguments, options);
+        };
+    });
 }
 
 /// What a command might have been that there is not.
@@ -306,17 +293,19 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     SummaryOptions summary;
     LimitsOptions limits;
     StatusOptions title;
+    StatuslineOptions statusline;
     SettingArguments setting;
     ProviderID rereadProvider = ProviderID::claude;
     ReportOptions report;
     bool showsAllRows = false;
     DoctorOptions doctor;
-    addPaths(app, invocation);
+    addPaths(app, invocation.arguments);
     addIndex(app, invocation);
     addSummary(app, invocation, summary);
     addLimits(app, invocation, limits);
     addStatus(app, invocation, title);
     addWatch(app, invocation);
+    addAssistantLine(app, invocation, statusline);
     addRefresh(app, invocation);
     addReread(app, invocation, rereadProvider);
     addSnapshot(app, invocation);
@@ -331,29 +320,12 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
             terminal.write(offer + '\n');
         return terminal.flush() ? exitFailure : exitOk;
     }
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& wanted) {
-        return app.exit(wanted);
-    } catch (const CLI::ParseError& error) {
-        terminal.error(oneLine(error.what()) + suggestionFor(error, app, argv[1]) +
-                       " (see tokwatch --help)");
-        return exitUsage;
-    }
-    try {
-        const int status = invocation.run(invocation.surroundings(terminal));
-        const std::error_code failure = terminal.flush();
-        if (!failure) return status;
-        // That its reader has had enough is no news to a program in a pipe.
-        if (failure == std::errc::broken_pipe) return exitFailure;
-        throw CommandError("writing the output failed: " + failure.message());
-    } catch (const UsageError& error) {
-        terminal.error(error.what() + std::string(" (see tokwatch --help)"));
-        return exitUsage;
-    } catch (const std::exception& error) {
-        terminal.error(error.what());
-        return exitFailure;
-    }
+    const auto suggest = [&](const CLI::ParseError& error) {
+        return suggestionFor(error, app, argv[1]);
+    };
+    return runArguments(
+        app, argc, argv, terminal,
+        [&] { return invocation.run(invocation.surroundings(terminal)); }, suggest);
 }
 
 } // namespace tokwatch

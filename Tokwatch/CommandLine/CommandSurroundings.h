@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Linux/UserPaths.h"
+#include "Tokwatch/CommandLine/Frame/CommandError.h"
 #include "Tokwatch/CommandLine/Terminal/Terminal.h"
 #include "Tokwatch/Display/RunOuts.h"
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
@@ -12,28 +13,12 @@
 
 #include <memory>
 #include <span>
-#include <stdexcept>
 #include <string>
 
 namespace tokwatch {
 
 class LimitHistory;
 class Preferences;
-
-/// How a process of ours ends.
-enum ExitStatus { exitOk = 0, exitFailure = 1, exitUsage = 2 };
-
-/// What keeps a command from doing its work; `what()` is the one line that the user gets.
-class CommandError : public std::runtime_error {
-  public:
-    explicit CommandError(const std::string& message) : std::runtime_error(message) {}
-};
-
-/// A command line that asks for what cannot be, or for two things at once.
-class UsageError : public std::runtime_error {
-  public:
-    explicit UsageError(const std::string& message) : std::runtime_error(message) {}
-};
 
 /// What a one-shot command takes from outside: the process's own, but for what options replaced.
 struct CommandSurroundings {

@@ -1,5 +1,6 @@
 #include "Tokwatch/CommandLine/LimitsPrinter.h"
 
+#include "Tokwatch/CommandLine/Terminal/SeverityTone.h"
 #include "Tokwatch/CommandLine/Terminal/Table.h"
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/LimitTexts.h"
@@ -90,16 +91,8 @@ class LimitsPrinter {
     }
 
     Tone toneOf(double left) const {
-        switch (severityOf(left, preferences.warningThreshold.peek(),
-                           preferences.criticalThreshold.peek())) {
-        case Severity::normal:
-            return Tone::green;
-        case Severity::warning:
-            return Tone::yellow;
-        case Severity::critical:
-            return Tone::red;
-        }
-        return Tone::plain;
+        return severityTone(severityOf(left, preferences.warningThreshold.peek(),
+                                       preferences.criticalThreshold.peek()));
     }
 
     const CommandSurroundings& surroundings;

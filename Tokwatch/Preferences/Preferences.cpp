@@ -4,12 +4,10 @@
 #include "Tokwatch/Preferences/SettingsFollower.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
-#include <QDir>
 #include <QFile>
 #include <QSettings>
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <utility>
 
@@ -19,11 +17,6 @@ namespace {
 constexpr const char* lastPruneKey = "lastPruneAt";
 /// A file that can neither be there nor be made.
 constexpr const char* nowhere = "/dev/null/Tokwatch.conf";
-
-/// The lower bound for anything that is not above it, as for what is not a number.
-double atLeast(double bound, double value) {
-    return value > bound ? value : bound;
-}
 
 ProviderList everyProvider() {
     return {allCases<ProviderID>.begin(), allCases<ProviderID>.end()};
@@ -40,13 +33,6 @@ ProviderList completed(const ProviderList& given) {
     return order;
 }
 
-/// $XDG_CONFIG_HOME; a relative one is invalid by the base directory rules and counts as not set.
-std::filesystem::path configHome() {
-    const std::filesystem::path given = qgetenv("XDG_CONFIG_HOME").toStdString();
-    if (given.is_absolute()) return given;
-    return std::filesystem::path(QFile::encodeName(QDir::homePath()).toStdString()) / ".config";
-}
-
 } // namespace
 
 Preferences::Preferences(QSettings& settings)
@@ -59,14 +45,13 @@ Preferences::Preferences(QSettings& settings)
                      ProviderID::claude),
       showResetTime(list, "showResetTime", "the time of the reset beside the number", true),
       menuBarWindows(list, "menuBarWindows", "the limit shown for each provider", {}),
-      warningThreshold(
-          list, "warningThreshold", "the fraction left below which a limit warns", 0.25,
-          [](double value) { return atLeast(lowestWarning, value); }, "a number from 0.1 to 1"),
+      warningThreshold(list, "warningThreshold", "the fraction left below which a limit warns",
+                       Thresholds().warning, Thresholds::acceptedWarning, "a number from 0.1 to 1"),
       criticalThreshold(
-          list, "criticalThreshold", "the fraction left below which a limit is critical", 0.1,
+          list, "criticalThreshold", "the fraction left below which a limit is critical",
+          Thresholds().critical,
           [this](double value) {
-              return std::min(atLeast(lowestCritical, value),
-                              highestCritical(warningThreshold.peek()));
+              return Thresholds::acceptedCritical(value, warningThreshold.peek());
           },
           "a number from 0.05 to warningThreshold - 0.05"),
       tintEnabled(list, "tintEnabled", "colour the number by its severity", true),
@@ -82,12 +67,6 @@ Preferences::Preferences(QSettings& settings)
 }
 
 Preferences::~Preferences() = default;
-
-double Preferences::highestCritical(double warning) {
-    // As people write it: 0.15 less 0.05 is 0.1 and not 0.09999999999999999.
-    constexpr double digits = 1e9;
-    return std::round((warning - thresholdGap) * digits) / digits;
-}
 
 AnySetting* Preferences::named(std::string_view name) const {
     const auto found = std::ranges::find(list.all, name, &AnySetting::name);
@@ -158,10 +137,6 @@ void Preferences::followFile() {
 
 std::unique_ptr<QSettings> userSettings() {
     return settingsFile(settingsPath());
-}
-
-std::filesystem::path settingsPath() {
-    return configHome() / "Tokwatch/Tokwatch.conf";
 }
 
 std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file) {

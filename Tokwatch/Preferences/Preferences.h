@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tokwatch/Preferences/PlainSettings.h"
 #include "Tokwatch/Preferences/Setting.h"
 #include "TokwatchCore/Support/Date.h"
 
@@ -22,13 +23,6 @@ class SettingsFollower;
 /// written from the event loop after an assignment, or at the latest when the QSettings end.
 class Preferences {
   public:
-    /// The lowest warning level and critical level, and the least that lies between the two:
-    /// critical always stays below warning.
-    static constexpr double lowestWarning = 0.1;
-    static constexpr double lowestCritical = 0.05;
-    static constexpr double thresholdGap = 0.05;
-    static double highestCritical(double warning);
-
     /// The settings outlive the preferences.
     explicit Preferences(QSettings& settings);
     ~Preferences();
@@ -94,11 +88,10 @@ class Preferences {
     std::unique_ptr<SettingsFollower> follower;
 };
 
-/// The settings file of the user, $XDG_CONFIG_HOME/Tokwatch/Tokwatch.conf. One that cannot be read,
+/// The user's settings, at `settingsPath`. A file that cannot be read,
 /// or is no regular file of bounded size, is a line in the log; the defaults hold then, nothing is
 /// saved, and the preferences are not `areKnown`.
 std::unique_ptr<QSettings> userSettings();
-std::filesystem::path settingsPath();
 /// The settings file at the path. It and its directory are made when they are missing.
 std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file);
 /// Settings without a file, all at their defaults: for their names and what they may be.

@@ -14,9 +14,6 @@
 namespace tokwatch {
 namespace {
 
-/// Bytes.
-constexpr std::size_t largestSettings = 1'048'576;
-
 /// QSettings keeps other programs' types in such values, and complains of those that it cannot
 /// read.
 constexpr std::string_view foreignValue = "=@Variant(";

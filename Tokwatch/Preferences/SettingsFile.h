@@ -1,11 +1,15 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace tokwatch {
+
+/// Bytes.
+inline constexpr std::size_t largestSettings = 1'048'576;
 
 /// What keeps the file from being read as settings, in words: it is a pipe or a directory, has more
 /// than a megabyte, or may not be read. None for a sound file and for a missing one. QSettings

@@ -1,6 +1,7 @@
 #include "TokwatchCore/Limits/ClaudeUsageResponse.h"
 
 #include "TokwatchCore/Limits/ServiceDocument.h"
+#include "TokwatchCore/Records/ClaudeWindows.h"
 #include "TokwatchCore/Support/ISO8601.h"
 
 #include <QString>
@@ -13,8 +14,6 @@
 namespace tokwatch {
 namespace {
 
-constexpr double sessionSeconds = 5 * 3600;
-constexpr double weekSeconds = 7 * 86400;
 /// Leaves room for the session, the week and the older answers' two.
 constexpr std::size_t mostScopedWeeks = mostWindows - 4;
 
@@ -81,12 +80,18 @@ ExtraUsage decodeExtraUsage(const document::Value& root) {
     return extra;
 }
 
-/// Without a percentage there is nothing to show.
-void add(std::vector<LimitWindow>& windows, std::string id, std::string label, double duration,
-         const Reading& reading) {
+/// A week of some models alone. Without a percentage there is nothing to show.
+void addWeek(std::vector<LimitWindow>& windows, std::string id, std::string label,
+             const Reading& reading) {
     if (!reading.percent) return;
-    windows.push_back({std::move(id), std::move(label), clampedFraction(*reading.percent), duration,
-                       reading.resetsAt, LimitSource::live()});
+    windows.push_back({std::move(id), std::move(label), clampedFraction(*reading.percent),
+                       ClaudeWindows::weekSeconds, reading.resetsAt, LimitSource::live()});
+}
+
+void add(std::vector<LimitWindow>& windows, decltype(ClaudeWindows::session)& window,
+         const Reading& reading) {
+    if (reading.percent)
+        windows.push_back(window(*reading.percent, reading.resetsAt, LimitSource::live()));
 }
 
 /// The window's own object, else the first limit of that kind.
@@ -111,7 +116,7 @@ std::vector<LimitWindow> scopedWeeks(const std::vector<Limit>& limits) {
         if (limit.kind != "weekly_scoped" || limit.modelName.empty()) continue;
         const std::string id = scopedID(limit.modelName);
         if (std::ranges::find(windows, id, &LimitWindow::id) == windows.end())
-            add(windows, id, "Weekly · " + limit.modelName, weekSeconds, limit.reading);
+            addWeek(windows, id, "Weekly · " + limit.modelName, limit.reading);
     }
     return windows;
 }
@@ -131,7 +136,7 @@ std::vector<LimitWindow> legacyWeeks(const document::Value& root,
         const Reading reading = decodeWindow(root, key).value_or(Reading{});
         const bool isReplaced = std::ranges::any_of(
             scoped, [id](const LimitWindow& window) { return window.id.starts_with(id); });
-        if (!isReplaced) add(windows, id, label, weekSeconds, reading);
+        if (!isReplaced) addWeek(windows, id, label, reading);
     }
     return windows;
 }
@@ -157,9 +162,9 @@ ClaudeUsageResponse ClaudeUsageResponse::decode(std::string_view body) {
     const document::Value root = document::parse(body);
     const std::vector<Limit> limits = decodeLimits(root);
     ClaudeUsageResponse response;
-    add(response.windows, "session", "Session", sessionSeconds,
+    add(response.windows, ClaudeWindows::session,
         readingOf(decodeWindow(root, "five_hour"), limits, "session"));
-    add(response.windows, "weekly", "Weekly", weekSeconds,
+    add(response.windows, ClaudeWindows::weekly,
         readingOf(decodeWindow(root, "seven_day"), limits, "weekly_all"));
     const std::vector<LimitWindow> scoped = scopedWeeks(limits);
     const std::vector<LimitWindow> legacy = legacyWeeks(root, scoped);

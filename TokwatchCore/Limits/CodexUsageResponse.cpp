@@ -1,12 +1,10 @@
 #include "TokwatchCore/Limits/CodexUsageResponse.h"
 
 #include "TokwatchCore/Limits/ServiceDocument.h"
+#include "TokwatchCore/Records/PlausibleMoment.h"
 
 namespace tokwatch {
 namespace {
-
-/// Seconds since 1970. A time beyond is none (milliseconds, say) and could not be shown as a date.
-constexpr double year10000 = 253402300800;
 
 void add(std::vector<LimitWindow>& windows, const char* id, const char* label,
          const document::Value* window) {
@@ -15,10 +13,8 @@ void add(std::vector<LimitWindow>& windows, const char* id, const char* label,
     const std::optional<double> seconds = document::number(*window, "limit_window_seconds");
     const std::optional<double> resetAt = document::number(*window, "reset_at");
     if (!percent || !seconds) return;
-    std::optional<Date> resetsAt;
-    if (resetAt && *resetAt >= 0 && *resetAt < year10000) resetsAt = dateFromUnixSeconds(*resetAt);
-    windows.push_back({id, label, clampedFraction(*percent), plausibleDuration(*seconds), resetsAt,
-                       LimitSource::live()});
+    windows.push_back({id, label, clampedFraction(*percent), plausibleDuration(*seconds),
+                       resetAt ? plausibleMoment(*resetAt) : std::nullopt, LimitSource::live()});
 }
 
 } // namespace

@@ -1,7 +1,5 @@
 #include "TokwatchCore/Records/LimitRecords.h"
 
-#include <QString>
-
 #include <algorithm>
 #include <cmath>
 
@@ -25,15 +23,6 @@ std::string boundedName(std::string name) {
         if (characters > most) return name.substr(0, last) + "…";
     }
     return name;
-}
-
-std::optional<std::string> planName(std::string_view raw) {
-    if (raw.empty()) return std::nullopt;
-    const std::string name = boundedName(std::string(raw));
-    const QString text = QString::fromStdString(name);
-    if (text.toStdString() != name) return name; // not UTF-8: nothing to capitalise
-    const qsizetype first = text[0].isHighSurrogate() && text.size() > 1 ? 2 : 1;
-    return (text.left(first).toUpper() + text.mid(first)).toStdString();
 }
 
 std::optional<double> plausibleDuration(double seconds) {

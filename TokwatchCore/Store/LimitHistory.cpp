@@ -188,9 +188,10 @@ void recordLimits(UsageStore& store, std::shared_ptr<LimitHistory> history) {
 }
 
 std::shared_ptr<LimitHistory>
-limitHistoryBeside(const std::optional<std::filesystem::path>& database) {
+limitHistoryBeside(const std::optional<std::filesystem::path>& database,
+                   std::chrono::milliseconds patience) {
     if (!database) return nullptr;
-    return std::make_shared<LimitHistory>(database->parent_path() / fileName);
+    return std::make_shared<LimitHistory>(database->parent_path() / fileName, patience);
 }
 
 } // namespace tokwatch

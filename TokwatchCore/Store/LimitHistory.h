@@ -62,6 +62,7 @@ void recordLimits(UsageStore& store, std::shared_ptr<LimitHistory> history);
 
 /// The history beside this database; null without one.
 std::shared_ptr<LimitHistory>
-limitHistoryBeside(const std::optional<std::filesystem::path>& database);
+limitHistoryBeside(const std::optional<std::filesystem::path>& database,
+                   std::chrono::milliseconds patience = LimitHistory::lockPatience);
 
 } // namespace tokwatch

@@ -52,6 +52,15 @@ bool isSet(const char* name) {
     return value != nullptr && *value != '\0';
 }
 
+bool isDumb() {
+    const char* kind = variable("TERM");
+    return kind != nullptr && std::strcmp(kind, "dumb") == 0;
+}
+
+bool mayColour() {
+    return !isDumb() && !isSet("NO_COLOR");
+}
+
 /// The length of one of `paint`'s codes at the front of the text.
 std::size_t colourCode(std::string_view text) {
     if (!text.starts_with("\033[")) return 0;
@@ -62,11 +71,12 @@ std::size_t colourCode(std::string_view text) {
 } // namespace
 
 Terminal Terminal::standard() {
-    const bool terminal = isatty(STDOUT_FILENO) != 0;
-    const char* kind = variable("TERM");
-    const bool dumb = kind != nullptr && std::strcmp(kind, "dumb") == 0;
-    return {stdout, stderr, isatty(STDERR_FILENO) != 0 && !dumb,
-            terminal && !dumb && !isSet("NO_COLOR")};
+    return {stdout, stderr, isatty(STDERR_FILENO) != 0 && !isDumb(),
+            isatty(STDOUT_FILENO) != 0 && mayColour()};
+}
+
+Terminal Terminal::throughPipe() {
+    return {stdout, stderr, false, mayColour()};
 }
 
 Terminal::Terminal(std::FILE* o, std::FILE* e, bool isTerminal, bool hasColour)

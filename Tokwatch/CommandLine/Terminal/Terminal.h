@@ -21,6 +21,9 @@ class Terminal {
     /// The process's standard output and error. NO_COLOR, when set to anything, turns colour off;
     /// TERM=dumb too.
     static Terminal standard();
+    /// The same for output that reaches a terminal through a program that draws it there: it has
+    /// colour though it goes into a pipe.
+    static Terminal throughPipe();
 
     Terminal(std::FILE* out, std::FILE* err, bool interactive, bool colour);
 

@@ -55,7 +55,7 @@ MenuBarView::MenuBarView(AppModel& appModel, const ViewClock& clock)
 }
 
 double MenuBarView::lowestWarning() const {
-    return Preferences::lowestWarning;
+    return Thresholds::lowestWarning;
 }
 
 double MenuBarView::highestWarning() const {
@@ -64,7 +64,7 @@ double MenuBarView::highestWarning() const {
 }
 
 double MenuBarView::lowestCritical() const {
-    return Preferences::lowestCritical;
+    return Thresholds::lowestCritical;
 }
 
 double MenuBarView::step() const {
@@ -88,7 +88,7 @@ MenuBarState MenuBarView::computed(const ViewClock& clock) const {
     state.tint = preferences.tintEnabled;
     state.warning = preferences.warningThreshold;
     state.critical = preferences.criticalThreshold;
-    state.highestCritical = Preferences::highestCritical(state.warning);
+    state.highestCritical = Thresholds::highestCritical(state.warning);
     state.warningText = percentText(state.warning);
     state.criticalText = percentText(state.critical);
     state.preview = titlePreview(preferences, model.limits(), clock.now());

@@ -1,0 +1,85 @@
+#!/usr/bin/env python3
+"""statusline.py PROGRAM: plays Claude Code, which runs PROGRAM for its status line, beside a running application.
+
+Shows that the program loads nothing of the toolkit, asks nobody, prints a line also where the pipe stays open, and that
+a follower without any login shows what the assistant told of its limits."""
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import time
+
+PROGRAM = os.path.abspath(sys.argv[1])
+NOTICED = 30  # seconds within which an application is to show what was told
+
+
+def check(what, holds, details=""):
+    if not holds:
+        sys.exit("FAILED: %s %s" % (what, details))
+    print("ok: " + what)
+
+
+def told(percent):
+    return json.dumps({"model": {"id": "claude-opus-4-5", "display_name": "Opus 4.5"}, "cost": {"total_cost_usd": 0.5},
+                       "context_window": {"used_percentage": 41.9},
+                       "rate_limits": {"five_hour": {"used_percentage": percent, "resets_at": int(time.time()) + 7230},
+                                       "seven_day": None}})
+
+
+def show_lines(world):
+    def line(text, *options, **environment):
+        return subprocess.run([PROGRAM, "statusline", *options], input=text, env={**world, **environment}, text=True,
+                              capture_output=True, timeout=NOTICED, check=True).stdout
+
+    check("the parts stand in their order", line(told(58), NO_COLOR="1") ==
+          "Opus 4.5 · context 41% · $0.50 · Session 42% left (2h 0m) · today $0.00\n", line(told(58)))
+    check("a line has colours in a pipe", "\033[32mSession" in line(told(58)))
+    check("what is stored stands in for what is not told",
+          line("", "--format", "session", NO_COLOR="1") == "Tokwatch · Session 42% left (2h 0m)\n")
+
+
+def show_open_pipe(world):
+    for text in (b"", told(58).encode(), b'{"model":'):
+        with subprocess.Popen([PROGRAM, "statusline"], env=world, stdin=subprocess.PIPE, stdout=subprocess.PIPE) as program:
+            program.stdin.write(text)
+            program.stdin.flush()
+            check("a line comes though the pipe stays open", program.wait(NOTICED) == 0 and program.stdout.read(), text)
+
+
+def show_surroundings(world):
+    needed = subprocess.check_output(["readelf", "-d", PROGRAM], text=True)
+    names = {line.split("[")[1].rstrip("]\n") for line in needed.splitlines() if "(NEEDED)" in line}
+    check("only the system's own libraries are loaded", all(
+        name.startswith(("libc.", "libm.", "ld-linux", "libasan", "libubsan", "libtsan", "libstdc++", "libgcc_s"))
+        for name in names), names)
+    trace = os.path.join(world["HOME"], "trace")
+    subprocess.run(["strace", "-f", "-qq", "-e", "trace=network,openat", "-o", trace, PROGRAM, "statusline"], env={
+        **world, "ASAN_OPTIONS": "detect_leaks=0"}, input=told(58).encode(), stdout=subprocess.DEVNULL, check=True)
+    with open(trace, encoding="utf-8", errors="replace") as file:
+        calls = [call for call in file if "openat" not in call or "credentials" in call]
+    check("nobody is asked and no login is read", not [call for call in calls if "exited" not in call], calls)
+
+
+def show_follower(world):
+    with subprocess.Popen([PROGRAM, "status", "--follow"], env=world, stdout=subprocess.PIPE, text=True) as follower:
+        def shown(start, what):
+            deadline, line = time.monotonic() + NOTICED, ""
+            while not line.startswith(start) and time.monotonic() < deadline:
+                line = follower.stdout.readline()
+            check(what, line.startswith(start), line)
+
+        shown("42% · ", "the application shows what was told before")
+        subprocess.run([PROGRAM, "statusline"], env=world, input=told(77), text=True, stdout=subprocess.DEVNULL, check=True)
+        shown("23% · ", "and what is told while it runs")
+        follower.terminate()
+
+
+with tempfile.TemporaryDirectory() as home:
+    surroundings = {"PATH": "/usr/bin:/bin", "TZ": "UTC", "HOME": home,
+                    "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}
+    os.makedirs(os.path.join(home, ".claude/projects"))
+    show_lines(surroundings)
+    show_open_pipe(surroundings)
+    show_surroundings(surroundings)
+    show_follower(surroundings)

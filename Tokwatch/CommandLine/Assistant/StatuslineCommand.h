@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Tokwatch/CommandLine/Assistant/AssistantLine.h"
+#include "Tokwatch/CommandLine/Frame/CommandFrame.h"
+
+#include <vector>
+
+namespace tokwatch {
+
+struct StatuslineOptions {
+    std::vector<LinePart> parts{allCases<LinePart>.begin(), allCases<LinePart>.end()};
+};
+
+/// Registers `tokwatch statusline`.
+CLI::App& addStatusline(CLI::App& app, DataArguments& arguments, StatuslineOptions& options);
+
+/// `tokwatch statusline`: what Claude Code's own status line runs at each of its changes. Reads
+/// what the assistant tells on standard input, stores what that says of limits, and prints one
+/// line.
+///
+/// Whatever is told and whatever fails, there is a line and the status is 0: an error would leave
+/// the user's prompt without one. No login is read and nobody is asked, which is all that the
+/// switch for Claude's live limits forbids: while it is off, the user who had this command put into
+/// the assistant gets its numbers all the same. They are stored as usual, and other surfaces show
+/// them by the switch, with their date.
+int runStatusline(const DataArguments& arguments, const StatuslineOptions& options);
+
+} // namespace tokwatch

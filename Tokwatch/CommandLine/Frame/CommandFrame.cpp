@@ -1,0 +1,70 @@
+#include "Tokwatch/CommandLine/Frame/CommandFrame.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace tokwatch {
+namespace {
+
+/// The first line of what the parser says; some of its messages have several.
+std::string oneLine(const std::string& message) {
+    return message.substr(0, message.find('\n'));
+}
+
+} // namespace
+
+UserPaths DataArguments::paths() const {
+    UserPaths paths = UserPaths::current();
+    if (!home.empty()) paths.home = std::filesystem::absolute(home).lexically_normal();
+    if (!dataDirectory.empty()) paths.dataHome = std::filesystem::absolute(dataDirectory);
+    return paths;
+}
+
+void addPaths(CLI::App& command, DataArguments& arguments) {
+    command
+        .add_option("--home", arguments.home,
+                    "Where the assistants' files are (default: your home directory)")
+        ->type_name("DIR");
+    command
+        .add_option("--data-dir", arguments.dataDirectory,
+                    "Where Tokwatch keeps its data (default: $XDG_DATA_HOME or ~/.local/share)")
+        ->type_name("DIR");
+}
+
+CLI::App& addDataCommand(CLI::App& app, DataArguments& arguments, const std::string& name,
+                         const std::string& about) {
+    CLI::App& command = *app.add_subcommand(name, about);
+    addPaths(command, arguments);
+    command.add_flag("--json", arguments.json, "Print JSON for programs");
+    return command;
+}
+
+int runArguments(CLI::App& app, int argc, const char* const* argv, Terminal& terminal,
+                 const std::function<int()>& run,
+                 const std::function<std::string(const CLI::ParseError&)>& suggest) {
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& wanted) {
+        return app.exit(wanted);
+    } catch (const CLI::ParseError& error) {
+        terminal.error(oneLine(error.what()) + (suggest ? suggest(error) : "") +
+                       " (see tokwatch --help)");
+        return exitUsage;
+    }
+    try {
+        const int status = run();
+        const std::error_code failure = terminal.flush();
+        if (!failure) return status;
+        // That its reader has had enough is no news to a program in a pipe.
+        if (failure == std::errc::broken_pipe) return exitFailure;
+        throw CommandError("writing the output failed: " + failure.message());
+    } catch (const UsageError& error) {
+        terminal.error(error.what() + std::string(" (see tokwatch --help)"));
+        return exitUsage;
+    } catch (const std::exception& error) {
+        terminal.error(error.what());
+        return exitFailure;
+    }
+}
+
+} // namespace tokwatch

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "TokwatchCore/Records/LimitRecords.h"
+
+#include <optional>
+#include <utility>
+
+namespace tokwatch {
+
+/// Claude's two limits that everybody has, as its service, its assistant and the store name them.
+namespace ClaudeWindows {
+
+inline constexpr const char* sessionID = "session";
+inline constexpr const char* weeklyID = "weekly";
+inline constexpr double sessionSeconds = 5 * 3600;
+inline constexpr double weekSeconds = 7 * 86400;
+
+inline LimitWindow session(double usedPercent, std::optional<Date> resetsAt, LimitSource source) {
+    return {sessionID,      "Session", clampedFraction(usedPercent),
+            sessionSeconds, resetsAt,  std::move(source)};
+}
+
+inline LimitWindow weekly(double usedPercent, std::optional<Date> resetsAt, LimitSource source) {
+    return {weeklyID,    "Weekly", clampedFraction(usedPercent),
+            weekSeconds, resetsAt, std::move(source)};
+}
+
+} // namespace ClaudeWindows
+} // namespace tokwatch

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "TokwatchCore/Support/Date.h"
+
+#include <optional>
+
+namespace tokwatch {
+
+/// A reset's time in seconds since 1970. A time beyond the year 9999 is none (milliseconds, say)
+/// and could not be shown as a date.
+inline std::optional<Date> plausibleMoment(double unixSeconds) {
+    constexpr double year10000 = 253402300800;
+    if (!(unixSeconds >= 0 && unixSeconds < year10000)) return std::nullopt;
+    return dateFromUnixSeconds(unixSeconds);
+}
+
+} // namespace tokwatch
