@@ -19,6 +19,8 @@ namespace tokwatch {
 namespace {
 
 constexpr mode_t privateFile = 0600;
+constexpr mode_t readableFile = 0644;
+constexpr mode_t permissionBits = 0777;
 constexpr mode_t privateDirectory = 0700;
 constexpr int mostLinks = 16;
 constexpr std::chrono::milliseconds lockPause{2};
@@ -56,7 +58,7 @@ FileDescriptor createNew(const std::filesystem::path& path) {
 /// exists, which tells it from one whose writer was killed.
 class ReplacementFile {
   public:
-    explicit ReplacementFile(const std::filesystem::path& target) {
+    ReplacementFile(const std::filesystem::path& target, mode_t permissions) {
         do {
             path = target.string() + std::string(uniquePart);
             descriptor = FileDescriptor(::mkostemp(path.data(), O_CLOEXEC));
@@ -65,7 +67,7 @@ class ReplacementFile {
                 path.clear();
                 fail(error, target);
             }
-            ::fchmod(descriptor.get(), privateFile); // the umask may have taken more
+            ::fchmod(descriptor.get(), permissions); // the umask may have taken more
         } while (!lock());
     }
     ~ReplacementFile() {
@@ -130,6 +132,17 @@ void removeAbandoned(const std::filesystem::path& target) {
     }
     for (const std::filesystem::path& path : found)
         removeIfAbandoned(path);
+}
+
+void replace(const std::filesystem::path& file, std::string_view contents, mode_t permissions) {
+    const std::filesystem::path real = followOwnLinks(file);
+    // An administrator may replace anything, also the device that a link was pointed at.
+    struct stat status = {};
+    if (::stat(real.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) fail(EINVAL, file);
+    removeAbandoned(real);
+    ReplacementFile replacement(real, permissions);
+    replacement.write(contents);
+    replacement.replace(real);
 }
 
 } // namespace
@@ -198,14 +211,13 @@ FileDescriptor lockPrivately(const std::filesystem::path& file,
 }
 
 void replacePrivately(const std::filesystem::path& file, std::string_view contents) {
-    const std::filesystem::path real = followOwnLinks(file);
-    // An administrator may replace anything, also the device that a link was pointed at.
-    struct stat status = {};
-    if (::stat(real.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) fail(EINVAL, file);
-    removeAbandoned(real);
-    ReplacementFile replacement(real);
-    replacement.write(contents);
-    replacement.replace(real);
+    replace(file, contents, privateFile);
+}
+
+void replaceForOthers(const std::filesystem::path& file, std::string_view contents) {
+    struct stat present = {};
+    const bool exists = ::stat(file.c_str(), &present) == 0;
+    replace(file, contents, exists ? present.st_mode & permissionBits : readableFile);
 }
 
 } // namespace tokwatch

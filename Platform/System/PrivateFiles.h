@@ -44,4 +44,8 @@ FileDescriptor lockPrivately(const std::filesystem::path& file, std::chrono::mil
 /// killed is removed.
 void replacePrivately(const std::filesystem::path& file, std::string_view contents);
 
+/// The same for a file that the user named and others are to read: 0644 where it is new; what
+/// exists keeps its permissions.
+void replaceForOthers(const std::filesystem::path& file, std::string_view contents);
+
 } // namespace tokwatch

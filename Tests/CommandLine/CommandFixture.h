@@ -31,7 +31,7 @@ inline ProgramResult runProgram(const std::vector<std::string>& command,
     program.setEnvironment(variables);
     if (input.empty()) program.setStandardInputFile(QProcess::nullDevice());
     program.start(arguments.takeFirst(), arguments);
-    program.write(input.data(), std::ssize(input));
+    if (!input.empty()) program.write(input.data(), std::ssize(input));
     program.closeWriteChannel();
     program.waitForFinished(-1);
     return {program.exitCode(), program.readAllStandardOutput().toStdString(),

@@ -261,6 +261,27 @@ void addAudit(CLI::App& app, Invocation& invocation, bool& all) {
     });
 }
 
+void addExport(CLI::App& app, Invocation& invocation, ExportOptions& options) {
+    CLI::App& command = addDataCommand(app, invocation, "export",
+                                       "Print what is stored, for collectors and spreadsheets");
+    addChoice<ExportFormat>(command, "--format", options.format,
+                            {{"prometheus", ExportFormat::prometheus},
+                             {"csv", ExportFormat::csv},
+                             {"json", ExportFormat::json}},
+                            "How it is written (default: prometheus)")
+        ->excludes("--json");
+    command.add_option("--host", options.host, "Whose it is (default: this machine's name)")
+        ->type_name("NAME");
+    command.add_option("--output", options.output, "Replace this file as a whole")
+        ->type_name("FILE");
+    command.callback([&] {
+        if (invocation.arguments.json) options.format = ExportFormat::json;
+        invocation.run = [&options](const CommandSurroundings& surroundings) {
+            return runExport(surroundings, options);
+        };
+    });
+}
+
 void addAssistantLine(CLI::App& app, Invocation& invocation, StatuslineOptions& options) {
     addStatusline(app, invocation.arguments, options).callback([&] {
         invocation.run = [&](const CommandSurroundings&) {
@@ -297,6 +318,7 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     SettingArguments setting;
     ProviderID rereadProvider = ProviderID::claude;
     ReportOptions report;
+    ExportOptions exported;
     bool showsAllRows = false;
     DoctorOptions doctor;
     addPaths(app, invocation.arguments);
@@ -311,6 +333,7 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     addSnapshot(app, invocation);
     addPreferences(app, invocation, setting);
     addReport(app, invocation, report);
+    addExport(app, invocation, exported);
     addAudit(app, invocation, showsAllRows);
     addDoctor(app, invocation, doctor);
 

@@ -94,6 +94,16 @@ enum class AuditRows { differing, all };
 /// has no reason, or something could not be read.
 int runAudit(const CommandSurroundings& surroundings, AuditRows which);
 
+enum class ExportFormat { prometheus, csv, json };
+struct ExportOptions {
+    ExportFormat format = ExportFormat::prometheus;
+    std::optional<std::string> host;   ///< the machine's name when absent
+    std::optional<std::string> output; ///< a file that is replaced as a whole
+};
+/// `tokwatch export`: what is stored, for collectors and sheets, without a look at logs or network.
+/// CommandError where counters could not be kept from falling.
+int runExport(const CommandSurroundings& surroundings, const ExportOptions& options);
+
 struct DoctorOptions {
     bool fix = false; ///< close to other users what they may read of the data
 };

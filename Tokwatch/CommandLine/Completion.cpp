@@ -44,6 +44,7 @@ Lines settings() {
 Lines values(const CLI::Option& option, const Lines& before, const std::string& current) {
     const std::string type = option.get_type_name();
     if (type == "DIR") return {":directories"};
+    if (type == "FILE") return {":files"};
     if (type == "KEY") return settings();
     if (type == "VALUE") return valuesOfSetting(before.front(), current);
     if (type.find('|') == std::string::npos) return {};

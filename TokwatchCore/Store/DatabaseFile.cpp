@@ -5,6 +5,7 @@
 
 #include <sqlite3.h>
 
+#include <string>
 #include <system_error>
 #include <thread>
 
@@ -21,6 +22,20 @@ std::filesystem::path createFile(const std::filesystem::path& file) {
     } catch (const std::system_error&) {
         return real;
     }
+}
+
+void makeTables(Connection& db, const Tables& tables) {
+    const auto areMade = [&db] { return db.number("PRAGMA user_version") >= 1; };
+    if (areMade()) return;
+    Transaction transaction(db);
+    // Another process may have been as quick to find the new file.
+    if (areMade()) return;
+    // Whoever wants to keep other tables in this place shall not find ours among them.
+    if (db.number("SELECT COUNT(*) FROM sqlite_schema") > 0)
+        throw UsageStoreError(SQLITE_NOTADB, "the file is another program's database");
+    db.execute(tables.schema);
+    db.execute(("PRAGMA user_version = " + std::to_string(tables.version)).c_str());
+    transaction.commit();
 }
 
 } // namespace
@@ -49,6 +64,14 @@ std::unique_ptr<Connection> openFile(const std::filesystem::path& file,
             std::this_thread::sleep_for(std::chrono::milliseconds{5});
         }
     }
+}
+
+std::unique_ptr<Connection> openTables(const std::filesystem::path& file,
+                                       std::chrono::milliseconds patience, const Tables& tables) {
+    std::error_code none;
+    if (std::filesystem::exists(file, none) && !std::filesystem::is_regular_file(file, none))
+        throw UsageStoreError(SQLITE_CANTOPEN, "there is something else than a file in its place");
+    return openFile(file, patience, [&tables](Connection& db) { makeTables(db, tables); });
 }
 
 std::unique_ptr<Connection> openFileForReading(const std::filesystem::path& file,

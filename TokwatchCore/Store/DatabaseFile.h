@@ -3,6 +3,7 @@
 #include "TokwatchCore/Store/SQLite.h"
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -19,6 +20,17 @@ std::filesystem::path realPath(const std::filesystem::path& file);
 std::unique_ptr<Connection> openFile(const std::filesystem::path& file,
                                      std::chrono::milliseconds patience,
                                      const std::function<void(Connection&)>& prepare);
+
+/// The tables of a database, and the version that it notes of them.
+struct Tables {
+    std::int32_t version = 0;
+    const char* schema;
+};
+
+/// Opens a database for writing that holds these tables, made where they are missing. Anything but
+/// a regular file is refused, and so is a database of another program's.
+std::unique_ptr<Connection> openTables(const std::filesystem::path& file,
+                                       std::chrono::milliseconds patience, const Tables& tables);
 
 /// What a sound database holds where it cannot be written. Anything but a regular file is refused;
 /// a pipe would be waited for.

@@ -5,8 +5,6 @@
 #include "TokwatchCore/Store/UsageStoreError.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
-#include <sqlite3.h>
-
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -47,20 +45,6 @@ std::vector<Named> samplesOf(const ProviderLimits& limits) {
         if (const auto sample = sampleOf(window, limits.fetchedAt))
             samples.push_back({window.id, *sample});
     return samples;
-}
-
-void migrate(sqlite::Connection& db) {
-    const auto isMade = [&db] { return db.number("PRAGMA user_version") >= 1; };
-    if (isMade()) return;
-    sqlite::Transaction transaction(db);
-    // Another process may have been as quick to find the new file.
-    if (isMade()) return;
-    // Whoever wants to keep other tables in this place shall not find ours among them.
-    if (db.number("SELECT COUNT(*) FROM sqlite_schema") > 0)
-        throw UsageStoreError(SQLITE_NOTADB, "the file is another program's database");
-    db.execute(schema);
-    db.execute(("PRAGMA user_version = " + std::to_string(LimitHistory::schemaVersion)).c_str());
-    transaction.commit();
 }
 
 LimitSample sampleIn(const sqlite::Use& row) {
@@ -109,10 +93,7 @@ LimitHistory::LimitHistory(std::filesystem::path path, std::chrono::milliseconds
     : file(std::move(path)), patience(lockWait) {}
 
 std::unique_ptr<sqlite::Connection> LimitHistory::open() const {
-    std::error_code none;
-    if (std::filesystem::exists(file, none) && !std::filesystem::is_regular_file(file, none))
-        throw UsageStoreError(SQLITE_CANTOPEN, "there is something else than a file in its place");
-    return sqlite::openFile(file, patience, migrate);
+    return sqlite::openTables(file, patience, {schemaVersion, schema});
 }
 
 /// Like a writer where that is possible, for only that rolls back what a killed one left.
