@@ -23,6 +23,7 @@ TEST(LastingCounts, NeverFall) {
         PriceTable prices;
         std::int64_t output;
         std::optional<double> costUSD;
+        std::int64_t cacheRead = 0;
     };
     const std::vector<Case> cases{
         {"no price yet", {row("2026-01-01", 1)}, {}, 1, std::nullopt},
@@ -30,15 +31,24 @@ TEST(LastingCounts, NeverFall) {
         {"the first day pruned, the second grown", {row("2026-01-02", 3)}, dear, 4, 8},
         {"the store removed", {}, dear, 4, 8},
         {"and partly read again", {row("2026-01-02", 1)}, dear, 4, 8},
-        {"a lower price", {row("2026-01-02", 3), row("2026-01-03", 1)}, cheap, 5, 9},
-        {"the price gone", {row("2026-01-02", 4)}, {}, 6, 9},
-        {"reported instead", {row("2026-01-04", 1, 0.5)}, {}, 7, 9.5},
+        {"a lower price", {row("2026-01-02", 4), row("2026-01-03", 1)}, cheap, 6, 9},
+        {"the price gone", {row("2026-01-02", 5)}, {}, 7, 9},
+        {"reported instead", {row("2026-01-04", 1, 0.5)}, {}, 8, 9.5},
+        {"one kind more, another less",
+         {{ProviderID::grok, "m", "2026-01-02", {.cacheRead = 7, .output = 1}, {}}},
+         {},
+         8,
+         9.5,
+         7},
     };
     for (const Case& each : cases) {
         const std::vector<ModelCount> counts =
             lastingCounts(home / "counts.sqlite", each.stored, each.prices);
-        EXPECT_THAT(counts, ElementsAre(ModelCount{
-                                ProviderID::grok, "m", {.output = each.output}, each.costUSD}))
+        EXPECT_THAT(counts,
+                    ElementsAre(ModelCount{ProviderID::grok,
+                                           "m",
+                                           {.cacheRead = each.cacheRead, .output = each.output},
+                                           each.costUSD}))
             << each.what;
     }
 }
