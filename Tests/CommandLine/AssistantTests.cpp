@@ -1,13 +1,8 @@
 #include "Tests/CommandLine/CommandFixture.h"
 #include "Tokwatch/CommandLine/Assistant/AssistantLine.h"
 #include "Tokwatch/CommandLine/Assistant/LocalReading.h"
-#include "Tokwatch/CommandLine/Assistant/PatientRead.h"
 #include "TokwatchCore/Records/ClaudeWindows.h"
 #include "TokwatchCore/Store/UsageStore.h"
-
-#include <unistd.h>
-
-#include <array>
 
 namespace tokwatch {
 namespace {
@@ -47,54 +42,43 @@ TEST(LocalReading, ReplacesWhatIsOlderAndLosesNothingElse) {
         std::vector<LimitWindow> told;
         std::vector<LimitWindow> expected; ///< none where nothing is to be stored
     };
-    const std::array cases{
-        Case{"the first",
-             {},
-             {session(1, told(0)), week(2, told(0))},
-             {session(1, told(0)), week(2, told(0))}},
-        Case{"an older live one",
-             {session(1, live), week(2, live), opus(live)},
-             {session(3, told(-5)), week(2, told(-5))},
-             {session(3, told(-5)), week(2, told(-5)), opus(live)}},
-        Case{"a newer live one",
-             {session(9, live), week(9, live)},
-             {session(3, told(-101)), week(3, told(-101))},
-             {}},
-        Case{"one window alone",
-             {session(1, live), week(2, live)},
-             {week(3, told(0))},
-             {session(1, wasLive), week(3, told(0))}},
-        Case{"a window that is new to us",
-             {week(2, live), opus(live)},
-             {session(3, told(0))},
-             {session(3, told(0)), week(2, wasLive), opus(wasLive)}},
-        Case{"the same again", {session(1, told(-30))}, {session(1, told(0))}, {}},
-        Case{"the same a minute later",
-             {session(1, told(-60))},
-             {session(1, told(0))},
-             {session(1, told(0))}},
-        Case{"the same of a failed fetch's",
-             {session(1, wasLive)},
-             {session(1, told(-90))},
-             {session(1, told(-90))}},
-        Case{"another, from before", {session(5, told(-10))}, {session(1, told(-20))}, {}},
-        Case{"another, lower, from since",
-             {session(5, told(-10))},
-             {session(1, told(-5))},
-             {session(1, told(-5))}},
-        Case{"of a window that is over",
-             {session(5, told(-10))},
-             {session(99, told(0), at(-1))},
-             {}},
-        Case{"without its reset",
-             {session(5, told(-10))},
-             {session(6, told(0), std::nullopt)},
-             {session(6, told(0))}},
-        Case{"one dated ahead",
-             {session(5, told(10))},
-             {session(6, told(0))},
-             {session(6, told(0))}},
-        Case{"none", {session(5, told(-10))}, {}, {}},
+    const std::vector<Case> cases{
+        {"an older live one",
+         {session(1, live), week(2, live), opus(live)},
+         {session(3, told(-5)), week(2, told(-5))},
+         {session(3, told(-5)), week(2, told(-5)), opus(live)}},
+        {"a newer live one",
+         {session(9, live), week(9, live)},
+         {session(3, told(-101)), week(3, told(-101))},
+         {}},
+        {"one window alone",
+         {session(1, live), week(2, live)},
+         {week(3, told(0))},
+         {session(1, wasLive), week(3, told(0))}},
+        {"a window that is new to us",
+         {week(2, live), opus(live)},
+         {session(3, told(0))},
+         {session(3, told(0)), week(2, wasLive), opus(wasLive)}},
+        {"the same again", {session(1, told(-30))}, {session(1, told(0))}, {}},
+        {"the same a minute later",
+         {session(1, told(-60))},
+         {session(1, told(0))},
+         {session(1, told(0))}},
+        {"the same of a failed fetch's",
+         {session(1, wasLive)},
+         {session(1, told(-90))},
+         {session(1, told(-90))}},
+        {"another, lower, from since",
+         {session(5, told(-10))},
+         {session(1, told(-5))},
+         {session(1, told(-5))}},
+        {"of a window that is over", {session(5, told(-10))}, {session(99, told(0), at(-1))}, {}},
+        {"without its reset",
+         {session(5, told(-10))},
+         {session(6, told(0), std::nullopt)},
+         {session(6, told(0))}},
+        {"one dated ahead", {session(5, told(10))}, {session(6, told(0))}, {session(6, told(0))}},
+        {"none", {session(5, told(-10))}, {}, {}},
     };
     for (const Case& each : cases) {
         const ProviderLimits stored{"Max", each.stored, Credits{"Extra usage", {}, 1, 2, false},
@@ -112,23 +96,6 @@ TEST(LocalReading, ReplacesWhatIsOlderAndLosesNothingElse) {
         EXPECT_EQ(changed->status, ProviderStatus::ok);
         EXPECT_GT(changed->fetchedAt, stored.fetchedAt) << each.what;
     }
-}
-
-TEST(PatientRead, EndsWithoutTheEnd) {
-    std::array<int, 2> pipe{};
-    ASSERT_EQ(::pipe(pipe.data()), 0);
-    const auto read = [&](std::size_t limit) {
-        return patientRead(pipe[0], limit, std::chrono::milliseconds{0},
-                           [](std::string_view text) { return text.ends_with('}'); });
-    };
-    EXPECT_EQ(read(10), "") << "nothing came, and nobody closed it";
-    ASSERT_EQ(::write(pipe[1], "{}", 2), 2);
-    EXPECT_EQ(read(10), "{}");
-    ASSERT_EQ(::write(pipe[1], "123", 3), 3);
-    EXPECT_EQ(read(2), std::nullopt);
-    ::close(pipe[1]);
-    EXPECT_EQ(read(10), "");
-    ::close(pipe[0]);
 }
 
 TEST(AssistantLine, TellsWhatIsKnown) {
