@@ -4,6 +4,8 @@
 #include "TokwatchCore/Limits/CodexLimitsProvider.h"
 #include "TokwatchCore/Limits/UsageEndpoint.h"
 
+#include <algorithm>
+
 namespace tokwatch {
 namespace {
 
@@ -21,21 +23,14 @@ class NoLimitsProvider final : public LimitsProvider {
 std::map<ProviderID, std::shared_ptr<LimitsProvider>> makeLimitsProviders(
     const std::shared_ptr<LimitsCache>& cache, const std::shared_ptr<CredentialSource>& credentials,
     const std::shared_ptr<HTTPClient>& http, const std::filesystem::path& codexAuthFile) {
-    const auto make = [&](ProviderID provider) -> std::shared_ptr<LimitsProvider> {
-        switch (provider) {
-        case ProviderID::claude:
-            return std::make_shared<ClaudeLimitsProvider>(credentials, http);
-        case ProviderID::codex:
-            return std::make_shared<CodexLimitsProvider>(cache, credentials, http, codexAuthFile);
-        case ProviderID::grok:
-        case ProviderID::cursor:
-            break;
-        }
-        return std::make_shared<NoLimitsProvider>();
-    };
-    std::map<ProviderID, std::shared_ptr<LimitsProvider>> providers;
+    std::map<ProviderID, std::shared_ptr<LimitsProvider>> providers{
+        {ProviderID::claude, std::make_shared<ClaudeLimitsProvider>(credentials, http)},
+        {ProviderID::codex,
+         std::make_shared<CodexLimitsProvider>(cache, credentials, http, codexAuthFile)}};
+    static_assert(std::ranges::count(providerTable, true, &ProviderTraits::publishesLimits) == 2,
+                  "each that publishes its limits has a source of them here");
     for (const ProviderID provider : allCases<ProviderID>)
-        providers.emplace(provider, make(provider));
+        providers.try_emplace(provider, std::make_shared<NoLimitsProvider>());
     return providers;
 }
 

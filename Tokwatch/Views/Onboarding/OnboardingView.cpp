@@ -7,6 +7,8 @@
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
 #include "TokwatchCore/Limits/UsageServers.h"
 
+#include <algorithm>
+
 namespace tokwatch {
 namespace {
 
@@ -14,23 +16,20 @@ OnboardingStep step(ProviderID provider, const ProviderLocations& locations) {
     OnboardingStep step{text(rawValue(provider)), text(displayName(provider)), {}, {}, {}};
     if (const auto roots = locations.logRoots(provider); !roots.empty())
         step.reads = "reads " + text(homeRelative(roots.front().native(), locations.home.native()));
-    switch (provider) {
-    case ProviderID::claude:
+    if (traits(provider).logFormat == LogFormat::none) {
+        step.reads = "is only detected, shows no usage yet";
+    } else if (provider == ProviderID::claude) {
         step.asks = QString("Asks %1 what is left, with Claude Code's login").arg(claudeServer);
         step.switchText = "Live limits";
-        break;
-    case ProviderID::codex:
+    } else if (provider == ProviderID::codex) {
         step.asks =
             QString("Asks %1 with Codex's login if the logs tell no limits").arg(codexServer);
         step.switchText = "Show limits";
-        break;
-    case ProviderID::grok:
+    } else {
         step.reads += ", asks nobody";
-        break;
-    case ProviderID::cursor:
-        step.reads = "is only detected, shows no usage yet";
-        break;
     }
+    static_assert(std::ranges::count(providerTable, true, &ProviderTraits::publishesLimits) == 2,
+                  "the welcome says of each with limits whom it asks");
     return step;
 }
 
