@@ -18,6 +18,7 @@
 #include <QMouseEvent>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QScreen>
 #include <QSettings>
 #include <QTimer>
 
@@ -78,10 +79,6 @@ class AppDelegateTest : public ::testing::Test {
     }
     bool isPopoverFrameless() {
         return shownWindow(popoverTitle)->flags().testFlag(Qt::FramelessWindowHint);
-    }
-    QObject* popoverView() {
-        auto* view = qobject_cast<QQuickView*>(shownWindow(popoverTitle));
-        return view->rootObject()->property("view").value<QObject*>();
     }
     void leaveStatusArea() {
         area.vanish();
@@ -194,7 +191,9 @@ TEST_F(AppDelegateTest, KeepsThePopoverWhenTheStatusAreaAndTheBusGo) {
 TEST_F(AppDelegateTest, TakesTheWindowForWantOfAStatusAreaBackWhenAPanelComesUpLate) {
     for (const bool isSoon : {true, false}) {
         launch(false);
-        time.advance(MeterStatusItem::hostGrace);
+        time.advance(MeterStatusItem::hostGrace - Seconds{0.1});
+        EXPECT_EQ(shownWindow(popoverTitle), nullptr) << "a panel may still come up";
+        time.advance(Seconds{0.2});
         ASSERT_NE(shownWindow(popoverTitle), nullptr);
         time.advance(Seconds{isSoon ? 5 : 3600});
         area.appear();
@@ -208,18 +207,18 @@ TEST_F(AppDelegateTest, TakesTheWindowForWantOfAStatusAreaBackWhenAPanelComesUpL
 }
 
 TEST_F(AppDelegateTest, EndsWithItsLastWindowWhereNoStatusAreaCanCome) {
-    enum class Area { goes, neverWas, goesWithTheBus };
-    for (const Area kind : {Area::goes, Area::neverWas, Area::goesWithTheBus}) {
-        launch(kind != Area::neverWas);
+    enum class Area { goes, neverWas, goesWithTheBus, neverWasABus };
+    for (const Area kind : {Area::goes, Area::neverWas, Area::goesWithTheBus, Area::neverWasABus}) {
+        launch(kind == Area::goes || kind == Area::goesWithTheBus);
         if (kind == Area::neverWas) time.advance(MeterStatusItem::hostGrace);
-        if (kind == Area::goesWithTheBus) {
-            bus.close();
-            EXPECT_TRUE(until([] { return shownWindow(popoverTitle) != nullptr; }))
-                << "nothing could open it any more";
-        } else {
+        if (kind == Area::neverWasABus) time.advance(Seconds{0}); // since the round before
+        if (kind == Area::goesWithTheBus) bus.close();
+        if (kind == Area::goes) {
             delegate->open();
             leaveStatusArea();
         }
+        ASSERT_TRUE(until([] { return shownWindow(popoverTitle) != nullptr; }))
+            << "nothing could open it any more";
         int turns = 0;
         QTimer idle;
         idle.callOnTimeout([&turns] {
@@ -244,29 +243,40 @@ TEST_F(AppDelegateTest, TakesItsTaskBarEntryAtTheNextOpening) {
         closePopover();
         delegate->open();
         EXPECT_EQ(isPopoverFrameless(), !showsDockIcon);
-        QMetaObject::invokeMethod(popoverView(), "settingsRequested");
+        const auto* shown = qobject_cast<QQuickView*>(shownWindow(popoverTitle));
+        QMetaObject::invokeMethod(shown->rootObject()->property("view").value<QObject*>(),
+                                  "settingsRequested");
         EXPECT_EQ(shownWindow(popoverTitle) != nullptr, showsDockIcon)
             << "a popup gives way to the settings, a window stays";
         delegate->open();
     }
 }
 
-TEST_F(AppDelegateTest, LetsTheProgramEndWhateverIsOpen) {
-    preferences.hasCompletedOnboarding = false;
-    preferences.showDockIcon = true;
+TEST_F(AppDelegateTest, OpensAndClosesByClicksButNotByTheOneThatClosedItNorADoubleClick) {
     launch();
-    delegate->open();
-    closePopover(); // hidden, and still there
-    ASSERT_NE(shownWindow(welcomeTitle), nullptr);
-    QTimer::singleShot(0, [] { QCoreApplication::quit(); });
-    QTimer::singleShot(10'000, [] { QCoreApplication::exit(1); });
-    EXPECT_EQ(QCoreApplication::exec(), 0) << "a window kept the program from ending";
+    const double guard = PopoverController::reopenGuard.count();
+    for (const auto& [secondsLater, isOpen] : {std::pair{0.0, true},
+                                               {0.1, true},
+                                               {1.0, false},
+                                               {guard - 0.01, false},
+                                               {0.02, true},
+                                               {1.0, false},
+                                               {-3600.0, true}}) {
+        time.jump(Seconds{secondsLater});
+        area.call("Activate", {600, 4});
+        EXPECT_EQ(shownWindow(popoverTitle) != nullptr, isOpen) << secondsLater << " s later";
+    }
+    const auto* popover = qobject_cast<QQuickView*>(shownWindow(popoverTitle));
+    const int screenHeight = popover->screen()->availableSize().height();
+    for (const auto& [content, height] : {std::pair{410.2, 411}, {9000.0, screenHeight * 4 / 5}}) {
+        popover->rootObject()->setImplicitHeight(content);
+        EXPECT_EQ(popover->height(), height);
+    }
 }
 
-TEST_F(AppDelegateTest, StaysOpenAtADoubleClickAndGivesItsMenuAtARightPressOnTheItem) {
+TEST_F(AppDelegateTest, GivesItsMenuAtARightPressOnTheItem) {
     launch();
-    for (int click = 0; click < 2; ++click)
-        area.call("Activate", {600, 4});
+    area.call("Activate", {600, 4});
     QWindow* popover = shownWindow(popoverTitle);
     ASSERT_NE(popover, nullptr);
     const QPointF onTheItem(602, 5);

@@ -51,7 +51,8 @@ struct PopupPanelTest : ::testing::Test {
     QRect expected(QSize ofSize) const {
         return panelRect(ofSize, anchor, window.screen()->availableGeometry());
     }
-    void pressAt(QPointF position) {
+    void pressAt(int x, int y) {
+        const QPointF position(x, y);
         QMouseEvent press(QEvent::MouseButtonPress, position, position, Qt::LeftButton,
                           Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(&window, &press);
@@ -78,12 +79,8 @@ TEST_F(PopupPanelTest, StaysAtItsAnchorWhateverItsSize) {
 TEST_F(PopupPanelTest, ClosesOnceHoweverItIsClosedAndNotByWhatHappensInside) {
     QFocusEvent out(QEvent::FocusOut, Qt::OtherFocusReason);
     const std::function<void()> ways[]{
-        [this] {
-            pressAt({-5, 20});
-        },
-        [this] {
-            pressAt({20, 300});
-        },
+        [this] { pressAt(-5, 20); },
+        [this] { pressAt(20, 300); },
         [&] { QCoreApplication::sendEvent(&window, &out); },
         [this] { window.close(); },
         [this] { window.hide(); },
@@ -93,8 +90,8 @@ TEST_F(PopupPanelTest, ClosesOnceHoweverItIsClosedAndNotByWhatHappensInside) {
         SCOPED_TRACE(&way - ways);
         panel.open(anchor, size);
         closings.clear();
-        pressAt({0, 0});
-        pressAt({419, 299});
+        pressAt(0, 0);
+        pressAt(419, 299);
         EXPECT_TRUE(panel.isOpen());
         way();
         tokwatch::testing::settle();

@@ -1,17 +1,14 @@
 #include "Tests/Support/ManualScheduler.h"
 #include "Tests/Support/TemporaryDirectory.h"
-#include "Tokwatch/Desktop/PopoverController.h"
 #include "Tokwatch/Desktop/QmlWindow.h"
 
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickView>
-#include <QSize>
 
 #include <gmock/gmock.h>
 
 #include <memory>
-#include <vector>
 
 namespace tokwatch {
 namespace {
@@ -82,83 +79,6 @@ TEST_F(QmlWindowTest, IsMirroredWhereTheDesktopReadsFromTheRight) {
         EXPECT_EQ(open(kept)->rootObject()->property("isMirrored").toBool(),
                   direction == Qt::RightToLeft);
     }
-}
-
-/// A popover that notes what is asked of it.
-struct FakeSurface final : PopoverSurface {
-    bool shown = false;
-    double natural = 0;
-    double visible = 1000;
-    std::vector<QSize> sizes;
-    PopoverController* controller = nullptr;
-
-    bool isShown() const override { return shown; }
-    void show(QPoint, int width, int height) override {
-        shown = true;
-        sizes.emplace_back(width, height);
-    }
-    void resize(int width, int height) override { sizes.emplace_back(width, height); }
-    void close() override {
-        shown = false;
-        controller->closed();
-    }
-    double contentHeight() override { return natural; }
-    double visibleHeight(QPoint) const override { return visible; }
-};
-
-struct PopoverControllerTest : ::testing::Test {
-    PopoverControllerTest() { surface.controller = &controller; }
-    void click() { controller.toggle({1200, 10}); }
-
-    FakeSurface surface;
-    Date now = dateFromUnixSeconds(1'768'000'000);
-    int openings = 0;
-    PopoverController controller{surface, [this] { return now; }, [this] { ++openings; }};
-};
-
-TEST_F(PopoverControllerTest, OpensAndClosesByClicksButNotByTheOneThatClosedIt) {
-    click();
-    EXPECT_TRUE(surface.shown);
-    EXPECT_EQ(openings, 1);
-    click();
-    EXPECT_FALSE(surface.shown);
-
-    now += PopoverController::reopenGuard;
-    click();
-    EXPECT_FALSE(surface.shown) << "the guard has not passed yet";
-    now += Seconds{0.01};
-    click();
-    EXPECT_TRUE(surface.shown);
-
-    surface.close(); // by a press outside
-    click();
-    EXPECT_FALSE(surface.shown);
-    now -= Seconds{3600};
-    click();
-    EXPECT_TRUE(surface.shown) << "a clock that was set back keeps it shut";
-    controller.close();
-    controller.open({1200, 10});
-    EXPECT_TRUE(surface.shown) << "who asks for it gets it at once";
-}
-
-TEST_F(PopoverControllerTest, IsAsHighAsItsContentUpToFourFifthsOfTheScreen) {
-    struct Case {
-        double natural, visible;
-        int height;
-    };
-    for (const auto& [natural, visible, height] :
-         {Case{900, 1000, 800}, Case{500.2, 1000, 501}, Case{0, 1000, 800}, Case{900, 693, 554}}) {
-        controller.contentHeightChanged(); // while it is not shown
-        surface.natural = natural;
-        surface.visible = visible;
-        controller.open({1200, 10});
-        EXPECT_EQ(surface.sizes.back(), QSize(420, height)) << natural << " of " << visible;
-        surface.natural = 410.5;
-        controller.contentHeightChanged();
-        EXPECT_EQ(surface.sizes.back(), QSize(420, 411));
-        controller.close();
-    }
-    EXPECT_EQ(surface.sizes.size(), 8U);
 }
 
 } // namespace

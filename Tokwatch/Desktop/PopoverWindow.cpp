@@ -1,6 +1,7 @@
 #include "Tokwatch/Desktop/PopoverWindow.h"
 
 #include "KivoPanel/DisplayServer.h"
+#include "Tokwatch/Desktop/PopoverController.h"
 
 #include <QEvent>
 #include <QGuiApplication>

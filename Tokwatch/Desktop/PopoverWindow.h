@@ -1,7 +1,6 @@
 #pragma once
 
 #include "KivoPanel/PopupPanel.h"
-#include "Tokwatch/Desktop/PopoverController.h"
 #include "Tokwatch/Desktop/QmlWindow.h"
 
 #include <QObject>
@@ -14,7 +13,7 @@ namespace tokwatch {
 
 /// The popover's window: at the status item like a menu, or an ordinary window where there is no
 /// status area or the user wants a task-bar entry. Main thread only.
-class PopoverWindow : public QObject, public PopoverSurface {
+class PopoverWindow : public QObject {
     Q_OBJECT
   public:
     enum class Style { popup, window };
@@ -31,14 +30,17 @@ class PopoverWindow : public QObject, public PopoverSurface {
     /// From the next opening on.
     void setStyle(Style style);
 
-    bool isShown() const override;
+    bool isShown() const;
     /// Shown as an ordinary window, which stays beside others.
     bool isShownAsWindow() const { return isShown() && !panel; }
-    void show(QPoint anchor, int width, int height) override;
-    void resize(int width, int height) override;
-    void close() override;
-    double contentHeight() override;
-    double visibleHeight(QPoint anchor) const override;
+    void show(QPoint anchor, int width, int height);
+    /// Another height while it is shown.
+    void resize(int width, int height);
+    void close();
+    /// The natural height of the content as far as it is known, 0 before.
+    double contentHeight();
+    /// The height of the screen at the anchor, less its bars.
+    double visibleHeight(QPoint anchor) const;
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
