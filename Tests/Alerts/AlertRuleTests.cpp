@@ -90,8 +90,6 @@ TEST(AlertRule, TellsEachThingOnceAndWhenItIsNews) {
           {601, 1, 900, ""}}},
         {"a reset that is seen late, and with a number that is critical again",
          {{0, 0.1, 300, "critical"}, {2000, 0.6, 2200, "reset"}, {2005, 0.6, 2200, ""}}},
-        {"a reset of which nothing is left already",
-         {{0, 0.1, 300, "critical"}, {500, 0.1, 600, "critical"}, {501, 0.3, 600, ""}}},
         {"no old number, and none that an earlier fetch gave",
          {{.minute = 0, .left = 0.1, .told = "", .age = 16},
           {.minute = 5, .left = 0.1, .told = "", .isStale = true},

@@ -27,8 +27,9 @@ namespace tokwatch::testing {
 /// Passes that stay under way until the test ends them, one at a time as the real indexer's.
 class FakeIndexer {
   public:
-    int passes = 0;       ///< asked for
-    IndexScope lastScope; ///< of the last of them
+    int passes = 0;                               ///< asked for
+    IndexScope lastScope;                         ///< of the last of them
+    IndexerService::ProgressHandler lastProgress; ///< of the last one that ended
 
     std::size_t waiting() const { return requests.size(); }
 
@@ -60,6 +61,7 @@ class FakeIndexer {
         requests.pop_front();
         answer(request.promise);
         request.promise.finish();
+        lastProgress = std::move(request.progress);
     }
     std::deque<Request> requests;
 };

@@ -62,19 +62,9 @@ struct CommandTest : Test {
             {"HOME=" + (world / "home").string(), "XDG_CONFIG_HOME=" + (world / "config").string()},
             input);
     }
-    /// A pass by a program that a command wraps.
-    ProgramResult indexUnder(std::vector<std::string> command) const {
-        command.insert(command.end(),
-                       {TOKWATCH_PROGRAM, "index", "--home", (world / "home").string(),
-                        "--data-dir", (world / "data").string()});
-        return runProgram(command);
-    }
     int makeDemo(const char* place, const char* days = "90") const {
         return runProgram({"python3", TOKWATCH_DEMO_HOME, "--days", days, (world / place).string()})
             .status;
-    }
-    UsageSummary summarised() const {
-        return decode<UsageSummary>(json({"summary"}), DateCoding::iso8601);
     }
     Json json(std::vector<std::string> arguments) const {
         arguments.emplace_back("--json");

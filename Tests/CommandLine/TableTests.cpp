@@ -21,12 +21,6 @@ std::string printed(const Table& table, bool colour) {
     return all;
 }
 
-TEST(Table, PaintsOnlyTheText) {
-    Table table({{"A"}, {"B"}});
-    table.add({{"x", Tone::red}, {"y"}});
-    EXPECT_EQ(printed(table, true), "\033[2mA\033[0m  \033[2mB\033[0m\n\033[31mx\033[0m  y\n");
-}
-
 TEST(Table, DrawsBarsToAnEighth) {
     EXPECT_EQ(bar(0, 4), "");
     EXPECT_EQ(bar(0.5, 4), "██");

@@ -21,7 +21,7 @@ import tempfile
 import threading
 import time
 
-from headless import DEADLINE, Network, World, check, enter_namespaces, now, stop
+from headless import DEADLINE, Network, World, check, codex_line, enter_namespaces, now, stop
 
 DATA = "home/.local/share"
 CLOCK_AHEAD = {"LD_PRELOAD": "/usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1", "FAKETIME": "+400d",
@@ -151,11 +151,6 @@ def other_zone():
     moment = midnight + datetime.timedelta(hours=-2 if east else 2)
     day = (moment + datetime.timedelta(hours=9 if east else -8)).strftime("%Y-%m-%d")
     return "Etc/GMT-9" if east else "Etc/GMT+8", moment.strftime("%Y-%m-%dT%H:%M:%SZ"), day
-
-
-def codex_line(response, moment):
-    return json.dumps({"timestamp": moment, "type": "token_usage_record", "payload": {
-        "response_id": response, "session_id": response, "usage": {"input_tokens": 7, "output_tokens": 5}}}) + "\n"
 
 
 def live(day, network):

@@ -221,6 +221,11 @@ def claude_line(message):
         "id": message, "model": "claude-opus-4-1", "usage": {"input_tokens": 10, "output_tokens": 5}}}) + "\n"
 
 
+def codex_line(response, moment):
+    return json.dumps({"timestamp": moment, "type": "token_usage_record", "payload": {
+        "response_id": response, "session_id": response, "usage": {"input_tokens": 7, "output_tokens": 5}}}) + "\n"
+
+
 def show_consent(world, network, program):
     """The desktop application asks nobody before its welcome is finished, whoever asks it to."""
     world.plant_logins()
@@ -312,11 +317,7 @@ def show_refresh(world):
     subprocess.run(["dbus-send", "--session", "--type=signal", "/any", "app.tokwatch.refresh"], check=True)
     wait_for("dbus-send makes the follower refresh", lambda: world.tokens("grok"))
     world.run("preferences", "set", "disabledProviders", "")
-    world.write("home/.codex/sessions/2026/a.jsonl", "".join(json.dumps(line) + "\n" for line in [
-        {"timestamp": now(), "type": "session_meta", "payload": {"id": "c"}},
-        {"timestamp": now(), "type": "turn_context", "payload": {"model": "gpt-5.4"}},
-        {"timestamp": now(), "type": "token_usage_record", "payload": {"response_id": "r", "session_id": "c", "usage": {
-            "input_tokens": 10, "cached_input_tokens": 0, "output_tokens": 5, "reasoning_output_tokens": 0}}}]))
+    world.write("home/.codex/sessions/2026/a.jsonl", codex_line("r", now()))
     check("tokwatch refresh finds the bus", world.run("refresh") == 0)
     wait_for("tokwatch refresh makes it refresh", lambda: world.tokens("codex"))
     return follower

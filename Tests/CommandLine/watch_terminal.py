@@ -63,24 +63,17 @@ def main():
     with tempfile.TemporaryDirectory() as home:
         os.environ["XDG_CONFIG_HOME"] = home + "/config"
         subprocess.run([sys.executable, demo_home, home], check=True, stdout=subprocess.DEVNULL)
-        page = Page(program, home)
-        page.wait_for("oday")  # "Today  $4.20", or soon after midnight "No usage today"
-        check("what is logged spoils no page", "session bus" not in page.text, page.text)
-        page.resize(6, 40)
-        small = page.wait_for("q ends")
-        check("a small page is one", small.rpartition("\x1b[H")[2].count("\r\n") <= 5, small)
-        os.write(page.master, b"q")
-        page.ends("q", 0)
-
-        page = Page(program, home)
-        page.wait_for("q ends")
-        page.process.terminate()
-        page.ends("SIGTERM", 0)
-
-        page = Page(program, home)
-        page.wait_for("q ends")
-        os.kill(page.child(), signal.SIGKILL)
-        page.ends("SIGKILL", 1)
+        for what, status, end in (("q", 0, lambda page: os.write(page.master, b"q")),
+                                  ("SIGTERM", 0, lambda page: page.process.terminate()),
+                                  ("SIGKILL", 1, lambda page: os.kill(page.child(), signal.SIGKILL))):
+            page = Page(program, home)
+            page.wait_for("oday")  # "Today  $4.20", or soon after midnight "No usage today"
+            check("what is logged spoils no page", "session bus" not in page.text, page.text)
+            page.resize(6, 40)
+            small = page.wait_for("q ends")
+            check("a small page is one", small.rpartition("\x1b[H")[2].count("\r\n") <= 5, small)
+            end(page)
+            page.ends(what, status)
 
         lines = subprocess.Popen([program, "watch", "--home", home, "--data-dir", home + "/data"],
                                  stdout=subprocess.PIPE, stdin=subprocess.DEVNULL, text=True)

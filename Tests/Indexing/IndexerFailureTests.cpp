@@ -41,6 +41,7 @@ TEST_F(IndexerFailureTest, CountsNothingThatIsOpenOfAFileThatWasReplacedMeanwhil
     std::filesystem::rename(home.write("new", ClaudeResponse{"new"}.line() + noise),
                             home / claudeLog);
     EXPECT_THAT(reader.next()->events, ElementsAre(Field(&UsageEvent::dedupKey, "new")));
+    EXPECT_THAT(reader.next()->events, IsEmpty()) << "nothing waits for the end of the file";
 }
 
 /// With others of its file behind it that could be: in the same group of slices, and in a later

@@ -27,21 +27,6 @@ struct JSONLTailTest : Test {
     std::int64_t bytesRead = 0;
 };
 
-TEST_F(JSONLTailTest, ReturnsALineOnceItsLineFeedIsThere) {
-    home.write("log.jsonl", "one\ntw");
-    EXPECT_THAT(readOn(), ElementsAre("one"));
-    EXPECT_EQ(cursor->offset, 4);
-    EXPECT_THAT(readOn(), IsEmpty());
-    home.append("log.jsonl", "o");
-    EXPECT_THAT(readOn(), IsEmpty());
-    EXPECT_EQ(cursor->offset, 4);
-    home.append("log.jsonl", "\nthree\n");
-    EXPECT_THAT(readOn(), ElementsAre("two", "three"));
-    EXPECT_EQ(bytesRead, 10);
-    EXPECT_THAT(readOn(), IsEmpty());
-    EXPECT_FALSE(reset);
-}
-
 TEST_F(JSONLTailTest, ReadsInWindowsWithoutLosingOrRepeatingALine) {
     std::string contents;
     std::vector<std::string> expected;

@@ -306,12 +306,6 @@ TEST(CodexLimitsProvider, ShowsStoredWindowsInPlaceOfAFailure) {
     failing.http = nullptr;
     EXPECT_EQ(failing.fetch(), known);
     EXPECT_THAT(failing.credentials->asked, IsEmpty());
-
-    Codex nothingStored;
-    ProviderLimits empty = logged(660);
-    empty.windows.clear();
-    nothingStored.store->setLimits(empty, ProviderID::codex);
-    EXPECT_EQ(nothingStored.fetch("", 429), limitsOf(std::nullopt, rateLimited));
 }
 
 /// A token with these claims, base64url without padding.

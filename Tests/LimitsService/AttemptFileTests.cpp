@@ -29,20 +29,6 @@ bool claim(AttemptLedger& ledger) {
     return isGranted && entry.isShared;
 }
 
-TEST(AttemptFile, IsWhatAllProcessesKnow) {
-    const TemporaryDirectory directory;
-    const AttemptRecord noted{noon, noon - Seconds{1}, ProviderStatus::rateLimited, Seconds{1200},
-                              true};
-    AttemptFile(directory.path()).edit(ProviderID::codex, [&](AttemptRecord& record) {
-        record = noted;
-        return true;
-    });
-    AttemptFile other(directory.path());
-    EXPECT_EQ(recordOf(other), noted);
-    for (const auto& entry : std::filesystem::directory_iterator(directory.path()))
-        EXPECT_EQ(static_cast<unsigned>(entry.status().permissions()), 0600u) << entry.path();
-}
-
 TEST(AttemptFile, GrantsAnAttemptToOneOfThoseWhoWantItAtOnce) {
     const TemporaryDirectory directory;
     for (int round = 0; round < 20; ++round) {

@@ -203,13 +203,6 @@ TEST_F(PreferencesTest, KeepsCriticalBelowWarningWhenAssigning) {
     EXPECT_DOUBLE_EQ(preferences.criticalThreshold, 0.05);
     preferences.warningThreshold = 0.5; // as after a restart with the same file
     EXPECT_DOUBLE_EQ(preferences.criticalThreshold, 0.2);
-
-    preferences.warningThreshold = 0.25;
-    process.settings->setValue("criticalThreshold", 0.24);
-    preferences.reload();
-    preferences.criticalThreshold = preferences.criticalThreshold.peek(); // what is shown is meant
-    preferences.warningThreshold = 0.5;
-    EXPECT_DOUBLE_EQ(preferences.criticalThreshold, 0.2);
 }
 
 TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {

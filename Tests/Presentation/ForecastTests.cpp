@@ -2,9 +2,6 @@
 
 #include "Tests/Support/Testing.h"
 
-#include <cmath>
-#include <random>
-
 namespace tokwatch::testing {
 
 const Date now = dateFromUnixSeconds(1'768'000'000);
@@ -102,33 +99,6 @@ TEST(Forecast, GoesOnAsTheWindowDidOnAverage) {
         forecast(*burnUp(window(0.2), now, Samples{sample(60, 0.1), sample(30, 0.1)}, now), now)
             ->usedAtReset,
         0.5, 1e-9);
-}
-
-TEST(Forecast, IsNeitherAfterTheResetNorBeforeNow) {
-    std::mt19937 random(20261125);
-    const auto between = [&random](double low, double high) {
-        return std::uniform_real_distribution(low, high)(random);
-    };
-    int told = 0;
-    for (int round = 0; round < 20'000; ++round) {
-        Samples samples;
-        for (double ago = between(0, 400); ago > -5; ago -= between(0, 60))
-            samples.push_back(sample(ago, std::floor(between(0, 1.1) * between(1, 100)) / 100,
-                                     between(0, 1) < 0.9 ? 180 : between(-100, 400)));
-        LimitWindow limit = window(between(0, 1.1), between(0, 1) < 0.5 ? 180 : between(-60, 400));
-        if (between(0, 1) < 0.2) limit.duration = between(-1, 1e6);
-        const std::optional<BurnUp> course = burnUp(limit, in(between(-20, 1)), samples, now);
-        if (!course) continue;
-        ASSERT_TRUE(std::ranges::is_sorted(course->points, {}, &BurnUp::Point::moment));
-        const std::optional<Forecast> said = forecast(*course, now);
-        if (!said) continue;
-        ASSERT_LE(said->usedAtReset, 1);
-        if (!said->usedUpAt) continue;
-        ++told;
-        ASSERT_GE(*said->usedUpAt, now);
-        ASSERT_LE(*said->usedUpAt, *limit.resetsAt);
-    }
-    EXPECT_GT(told, 100);
 }
 
 } // namespace tokwatch::testing

@@ -46,19 +46,6 @@ TEST(RecordCoding, WritesKeysInOrderAndLeavesAbsentOnesOut) {
               R"({"path":"/a","inode":7,"offset":9,"context":{"model":"m","provider":"codex"}})");
 }
 
-TEST(RecordCoding, ReadsBackWhatItWrote) {
-    const ProviderLimits limits = fullLimits();
-    EXPECT_EQ(decode<ProviderLimits>(parseJson(jsonText(encode(limits, stored))), stored), limits);
-    ProviderLimits bare;
-    bare.fetchedAt = after2001(0);
-    EXPECT_EQ(decode<ProviderLimits>(encode(bare, stored), stored), bare);
-    const FileCursor cursor{
-        "/with \"quotes\"\nand lines", ~std::uint64_t{0}, 1LL << 40, {{"a", ""}}};
-    EXPECT_EQ(decode<FileCursor>(parseJson(jsonText(encode(cursor)))), cursor);
-    for (const ProviderStatus status : allCases<ProviderStatus>)
-        EXPECT_EQ(decode<ProviderStatus>(encode(status)), status);
-}
-
 TEST(RecordCoding, RefusesMissingKeysNullsAndWrongTypes) {
     struct Case {
         void (*decode)(const Json&);

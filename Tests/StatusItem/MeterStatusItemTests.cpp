@@ -22,12 +22,12 @@ using ::testing::IsEmpty;
 
 constexpr auto itemInterface = "org.kde.StatusNotifierItem";
 
-/// A title, and three limits of which it shows the first.
+/// A title, and three limits of which it shows the second.
 StatusContent titled(const char* text, Severity severity = Severity::normal) {
     using enum ProviderID;
     StatusContent content{{std::nullopt, claude, severity, "Claude · Session 42% left"},
-                          {{claude, "session", true, {"Session 1%", claude, severity, "1%"}},
-                           {claude, "weekly", false, {"Weekly 2%", claude, severity, "2%"}},
+                          {{claude, "session", false, {"Session 1%", claude, severity, "1%"}},
+                           {claude, "weekly", true, {"Weekly 2%", claude, severity, "2%"}},
                            {codex, "session", false, {"Session 3%", codex, severity, "3%"}}}};
     if (text) {
         content.title.text = text;
@@ -146,17 +146,17 @@ TEST_F(MeterItem, ShowsALimitThatWasScrolledToForFiveSeconds) {
     makeIn("gnome-shell", titled("42%"));
     const auto label = [&] { return text("XAyatanaLabel"); };
     scroll(-120);
-    EXPECT_EQ(label(), "Weekly 2%");
+    EXPECT_EQ(label(), "Session 3%");
     scheduler.advance(Seconds{4.9});
     item->apply(titled("43%")); // must not interrupt
-    EXPECT_EQ(label(), "Weekly 2%");
+    EXPECT_EQ(label(), "Session 3%");
     scroll(-120);
     scheduler.advance(Seconds{4.9});
-    EXPECT_EQ(label(), "Session 3%") << "each step starts the time anew";
+    EXPECT_EQ(label(), "Session 1%") << "each step starts the time anew";
     scheduler.advance(Seconds{0.2});
     EXPECT_EQ(label(), "43%") << "the title that came meanwhile";
-    scroll(120);
-    EXPECT_EQ(label(), "Session 3%") << "from the first back to the last";
+    scroll(240);
+    EXPECT_EQ(label(), "Session 3%") << "two back, from the first to the last";
     scheduler.advance(Seconds{5});
     scroll(-60);
     EXPECT_EQ(label(), "43%") << "half a notch";

@@ -11,7 +11,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <thread>
 
 namespace tokwatch {
 namespace {
@@ -101,18 +100,6 @@ TEST_F(LimitHistoryTest, HearsFromTheStoreOfEachResultThatWasStored) {
     EXPECT_TRUE(store.setLimitsIfNewer(result(20, 0.5), claude, after(20)));
     EXPECT_FALSE(store.setLimitsIfNewer(result(15, 0.75), claude, after(20)));
     EXPECT_THAT(samples(), ElementsAre(std::pair(10, 25), std::pair(20, 50)));
-}
-
-TEST_F(LimitHistoryTest, ServesSeveralWritersAtOnce) {
-    std::vector<std::jthread> writers;
-    for (int writer = 0; writer < 4; ++writer)
-        writers.emplace_back([this] {
-            LimitHistory own(file, std::chrono::seconds{30});
-            for (int i = 0; i < 10; ++i)
-                own.record(result(i * 10, i / 10.0), claude);
-        });
-    writers.clear();
-    EXPECT_EQ(samples().size(), 10U);
 }
 
 TEST_F(LimitHistoryTest, SaysOnceWhatIsWrongWithTheFileAndGoesOn) {

@@ -1,3 +1,4 @@
+#include "KivoTheme/Palette.h"
 #include "Tests/Report/ReportFixture.h"
 #include "Tests/Views/ViewWorld.h"
 #include "Tokwatch/Views/Popover/Models/TableText.h"
@@ -85,7 +86,7 @@ ChartDays week(SummaryUnit unit) {
                          unit, Calendar::utc());
 }
 
-TEST(ChartDays, StacksTheProvidersUpToTheAxis) {
+TEST(ChartDays, StacksTheProvidersUpToTheAxisAndSaysTheirFigures) {
     const ChartDays chart = week(SummaryUnit::cost);
     EXPECT_THAT(chart.series,
                 ElementsAre(ChartSeries{"claude", "Claude"}, ChartSeries{"grok", "Grok"}));
@@ -101,10 +102,6 @@ TEST(ChartDays, StacksTheProvidersUpToTheAxis) {
                     .ticks,
                 IsEmpty())
         << "nothing has a price";
-}
-
-TEST(ChartDays, SaysTheFiguresOfEachDayAndOfAll) {
-    const ChartDays chart = week(SummaryUnit::cost);
     EXPECT_EQ(chart.columns[0].readout,
               (ChartReadout{"Wed, Nov 18",
                             "1.50M tokens",
@@ -114,6 +111,11 @@ TEST(ChartDays, SaysTheFiguresOfEachDayAndOfAll) {
                             "1.50M tokens"}));
     EXPECT_EQ(chart.columns[6].readout.title, "Today, Nov 24");
     EXPECT_EQ(chart.columns[3].readout.note, "7.00K tokens") << "without a price, and told";
+}
+
+TEST(ProviderMark, HasAColourForEachProvider) {
+    for (const bool isDark : {false, true})
+        EXPECT_GE(kivo::Palette::of({.dark = isDark}).series.size(), std::ssize(providerTable));
 }
 
 TEST(HeatMapDays, StepsAreQuartersOfTheDaysWithUsage) {
@@ -215,16 +217,6 @@ TEST(Breakdown, IsATableForPrograms) {
               "Claude,opus,1000,7.500000,yes,0.750000,0.100000\r\n"
               "Grok,\"grok \"\"4\"\", beta\",3000,2.500000,yes,0.250000,0.300000\r\n"
               "Claude,new,6000,,no,0.000000,0.600000\r\n");
-}
-
-TEST(TableText, AlignsByTheWidthThatIsSeenAndKeepsEveryRowOnOneLine) {
-    const TableText table{
-        {{"#", true}, {"Model"}, {"Cost", true}},
-        {{"10", "モデル", "—"}, {"11", "e\u0301", "$1,234.50"}, {"2", "a\nb\u200F", "$1"}}};
-    EXPECT_EQ(table.aligned().toStdString(), " #  Model        Cost\n"
-                                             "10  モデル          —\n"
-                                             "11  e\u0301       $1,234.50\n"
-                                             " 2  a b            $1\n");
 }
 
 TEST(TableText, QuotesWhatACSVReaderWouldMistake) {
@@ -387,32 +379,29 @@ TEST_F(StatsViewTest, ReadsProjectsWhileSomebodyWaitsForThem) {
 }
 
 /// What a model tells of its changes, which must not contradict each other: "+1-2" for rows that
-/// come, "-1-2" for rows that go, "3>0" for one that moves, "~0-2" for new values, "reset".
+/// come, "-1-2" for rows that go, ">3-0" for one that moves, "~0-2" for new values, "reset".
 class Told {
   public:
     explicit Told(QAbstractItemModel& model) : tester(&model) {
-        const auto range = [this](const char* sign) {
-            return [this, sign](const QModelIndex&, int first, int last) {
-                add(sign, first, "-", last);
-            };
+        using Model = QAbstractItemModel;
+        const auto rows = [this](const char* sign) {
+            return
+                [this, sign](const QModelIndex&, int first, int last) { add(sign, first, last); };
         };
-        QObject::connect(&model, &QAbstractItemModel::rowsInserted, range("+"));
-        QObject::connect(&model, &QAbstractItemModel::rowsRemoved, range("-"));
-        QObject::connect(&model, &QAbstractItemModel::rowsMoved,
-                         [this](const QModelIndex&, int from, int, const QModelIndex&, int to) {
-                             add("", from, ">", to);
-                         });
-        QObject::connect(&model, &QAbstractItemModel::dataChanged,
-                         [this](const QModelIndex& first, const QModelIndex& last) {
-                             add("~", first.row(), "-", last.row());
-                         });
-        QObject::connect(&model, &QAbstractItemModel::modelReset, [this] { text += "reset "; });
+        QObject::connect(&model, &Model::rowsInserted, rows("+"));
+        QObject::connect(&model, &Model::rowsRemoved, rows("-"));
+        QObject::connect(&model, &Model::rowsMoved,
+                         [this](auto&&, int from, int, auto&&, int to) { add(">", from, to); });
+        QObject::connect(&model, &Model::dataChanged, [this](const auto& first, const auto& last) {
+            add("~", first.row(), last.row());
+        });
+        QObject::connect(&model, &Model::modelReset, [this] { text += "reset "; });
     }
     std::string take() { return std::exchange(text, {}); }
 
   private:
-    void add(const char* sign, int one, const char* between, int other) {
-        text += sign + std::to_string(one) + between + std::to_string(other) + " ";
+    void add(const char* sign, int one, int other) {
+        text += sign + std::to_string(one) + "-" + std::to_string(other) + " ";
     }
     QAbstractItemModelTester tester;
     std::string text;
@@ -444,9 +433,9 @@ TEST(RowModel, ChangesOnlyWhatDiffers) {
                           {"abc", "axc", "-1-1 +1-1 "},
                           {"ab", "aab", "+1-1 "},
                           {"abcd", "dcba", "-0-3 +0-3 "},
-                          {"abcd", "DabC", "3>0 ~0-0 ~3-3 "},
-                          {"abcd", "aCdB", "1>4 ~1-1 ~3-3 "},
-                          {"ab", "BA", "0>2 ~0-0 ~1-1 "}}) {
+                          {"abcd", "DabC", ">3-0 ~0-0 ~3-3 "},
+                          {"abcd", "aCdB", ">1-4 ~1-1 ~3-3 "},
+                          {"ab", "BA", ">0-2 ~0-0 ~1-1 "}}) {
         RowModel model;
         model.assign(rows(c.before));
         Told told(model);
