@@ -46,6 +46,11 @@ TEST(Snapshot, CondensesProvidersInTheUsersOrder) {
     EXPECT_EQ(std::reduce(snapshot.dailyCost30.begin(), snapshot.dailyCost30.end()), 7);
     EXPECT_EQ(snapshot.costTodayUSD, 4.5);
     EXPECT_EQ(snapshot.cost30dUSD, 7);
+
+    const Snapshot bare = Snapshot::make({}, {{ProviderID::grok, ProviderLimits{}}},
+                                         {ProviderID::claude, ProviderID::grok}, now, berlin);
+    ASSERT_THAT(bare.providers, SizeIs(1)) << "limits are enough";
+    EXPECT_EQ(bare.providers[0].id, ProviderID::grok);
 }
 
 TEST(SnapshotStore, ReadsBackTheLastSnapshotWritten) {
