@@ -9,8 +9,7 @@ namespace tokwatch {
 namespace {
 
 std::filesystem::path variable(const char* name) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment once there are
-    // threads.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment.
     const char* value = std::getenv(name);
     return value == nullptr ? std::filesystem::path() : std::filesystem::path(value);
 }

@@ -13,8 +13,7 @@ namespace tokwatch {
 namespace {
 
 bool isSet(const char* name) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment once there are
-    // threads.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment.
     const char* value = std::getenv(name);
     return value != nullptr && *value != '\0';
 }

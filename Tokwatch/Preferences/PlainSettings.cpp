@@ -72,8 +72,7 @@ std::optional<std::string> contentsOf(const std::filesystem::path& file) {
 
 /// $XDG_CONFIG_HOME; a relative one is invalid by the base directory rules and counts as not set.
 std::filesystem::path configHome() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment once there are
-    // threads.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment.
     const char* given = std::getenv("XDG_CONFIG_HOME");
     if (given != nullptr && std::filesystem::path(given).is_absolute()) return given;
     return homeDirectory() / ".config";

@@ -3,7 +3,6 @@
 #include "TokwatchCore/Records/LimitRecords.h"
 
 #include <optional>
-#include <utility>
 
 namespace tokwatch {
 
@@ -16,13 +15,11 @@ inline constexpr double sessionSeconds = 5 * 3600;
 inline constexpr double weekSeconds = 7 * 86400;
 
 inline LimitWindow session(double usedPercent, std::optional<Date> resetsAt, LimitSource source) {
-    return {sessionID,      "Session", clampedFraction(usedPercent),
-            sessionSeconds, resetsAt,  std::move(source)};
+    return {sessionID, "Session", clampedFraction(usedPercent), sessionSeconds, resetsAt, source};
 }
 
 inline LimitWindow weekly(double usedPercent, std::optional<Date> resetsAt, LimitSource source) {
-    return {weeklyID,    "Weekly", clampedFraction(usedPercent),
-            weekSeconds, resetsAt, std::move(source)};
+    return {weeklyID, "Weekly", clampedFraction(usedPercent), weekSeconds, resetsAt, source};
 }
 
 } // namespace ClaudeWindows

@@ -10,8 +10,8 @@ namespace tokwatch {
 /// and could not be shown as a date.
 inline std::optional<Date> plausibleMoment(double unixSeconds) {
     constexpr double year10000 = 253402300800;
-    if (!(unixSeconds >= 0 && unixSeconds < year10000)) return std::nullopt;
-    return dateFromUnixSeconds(unixSeconds);
+    const bool isPlausible = unixSeconds >= 0 && unixSeconds < year10000;
+    return isPlausible ? std::optional(dateFromUnixSeconds(unixSeconds)) : std::nullopt;
 }
 
 } // namespace tokwatch

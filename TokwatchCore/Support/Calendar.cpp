@@ -44,8 +44,7 @@ std::string keyOf(absl::CivilDay day) {
 Calendar::Calendar(std::shared_ptr<const Zone> z) : zone(std::move(z)) {}
 
 Calendar Calendar::current() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment once there are
-    // threads.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment.
     const char* named = std::getenv("TZ");
     static LocalZone local(named == nullptr ? std::nullopt : std::optional<std::string>(named),
                            "/etc/localtime");

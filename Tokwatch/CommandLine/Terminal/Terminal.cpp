@@ -42,8 +42,7 @@ const char* codeOf(Tone tone) {
 }
 
 const char* variable(const char* name) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment once there are
-    // threads.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment.
     return std::getenv(name);
 }
 
