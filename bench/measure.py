@@ -6,6 +6,7 @@ in which little else runs. The ratio is the median of the pairs' ratios; beside 
 other work disturbs the least. Prints a Markdown table. WORK holds the homes and databases; --home measures the first
 pass on a home of your own in place of the made one."""
 import argparse
+import json
 import os
 import shutil
 import statistics
@@ -16,12 +17,13 @@ import time
 HERE = os.path.dirname(os.path.abspath(__file__))
 
 
-def run(command):
-    """Seconds and peak megabytes of one process."""
-    start = time.monotonic()
-    process = subprocess.Popen(command, stdout=subprocess.DEVNULL)
-    _, status, usage = os.wait4(process.pid, 0)
-    seconds = time.monotonic() - start
+def run(command, told=os.devnull):
+    """Seconds and peak megabytes of one process that is told what the file holds."""
+    with open(told, encoding="utf-8") as file:
+        start = time.monotonic()
+        process = subprocess.Popen(command, stdin=file, stdout=subprocess.DEVNULL)
+        _, status, usage = os.wait4(process.pid, 0)
+        seconds = time.monotonic() - start
     if status != 0:
         sys.exit("failed: " + " ".join(command))
     return seconds, usage.ru_maxrss / 1024
@@ -72,16 +74,16 @@ class Bench:
                         "--files", str(files)], check=True)
         return path
 
-    def paired(self, command, baseline, before=lambda: None, runs=7):
+    def paired(self, command, baseline, before=lambda: None, runs=7, told=os.devnull):
         run(baseline)
         before()
-        run(command)
+        run(command, told)
         pairs = []
         for _ in range(runs):
             self.disturbed += not wait_for_quiet(self.patience)
             base = run(baseline)[0]
             before()
-            seconds, memory = run(command)
+            seconds, memory = run(command, told)
             pairs.append((seconds, base, memory))
         return Figures(pairs)
 
@@ -124,7 +126,7 @@ class Bench:
         command = [self.tokwatch, "report", "--since", "2026-01-01", "--home", home]
         self.row("report, " + name, self.paired(command, baseline, runs=runs), target)
 
-    def summary(self, target):
+    def short_ones(self, summary_target, line_target):
         home, data = os.path.join(self.work, "summary-home"), os.path.join(self.work, "summary-data")
         shutil.rmtree(data, ignore_errors=True)
         path = os.path.join(home, ".claude/projects/p/a.jsonl")
@@ -139,7 +141,16 @@ class Bench:
         run([self.tokwatch, "index", "--home", home, "--data-dir", data])
         self.row("summary --no-index over 90 days of 30 models",
                  self.paired([self.tokwatch, "summary", "--no-index", "--days", "90", "--home", home, "--data-dir", data],
-                             ["true"], runs=21), target)
+                             ["true"], runs=21), summary_target)
+        told = os.path.join(self.work, "told.json")
+        with open(told, "w", encoding="utf-8") as file:
+            json.dump({"model": {"display_name": "Opus 4.5"}, "context_window": {"used_percentage": 42},
+                       "cost": {"total_cost_usd": 1.23}, "rate_limits": {
+                           window: {"used_percentage": 58, "resets_at": int(today) + 9000}
+                           for window in ("five_hour", "seven_day")}}, file)
+        self.row("statusline over the same days",
+                 self.paired([self.tokwatch, "statusline", "--home", home, "--data-dir", data], ["true"], runs=21, told=told),
+                 line_target)
 
     def closing(self):
         print("\nPairs that began beside other work: %d. Load average at the end %.1f." % (
@@ -183,7 +194,7 @@ def main():
         data = bench.steady("2,000 files", large, "25 ms")
         bench.appended(large, data, "30 ms")
         bench.steady("20,000 files", bench.home("home-many", 40, 20000), "200 ms")
-    bench.summary("25 ms")
+    bench.short_ones("25 ms", "12 ms")
     print("\nFirst pass by size: " + ", ".join("%g GB %.2f s/GB with %.0f MB" % (size, figures.least / size, figures.memory)
                                              for size, figures in passes.items()) + ".")
     bench.closing()
