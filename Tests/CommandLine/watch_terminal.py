@@ -38,15 +38,16 @@ class Page:
     def resize(self, rows, columns):
         fcntl.ioctl(self.master, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
 
-    def wait_for(self, words):
-        """All that was written until the words are in it."""
+    def wait_until(self, what, holds):
+        """Reads what is written until that holds of all of it."""
         end = time.monotonic() + DEADLINE
-        while words not in self.text and time.monotonic() < end:
+        while not holds(self.text) and time.monotonic() < end:
             if select.select([self.master], [], [], 0.1)[0]:
                 self.text += os.read(self.master, 65536).decode(errors="replace")
-        check("the page shows " + repr(words), words in self.text, self.text[-400:])
-        seen, self.text = self.text, ""
-        return seen
+        check(what, holds(self.text), self.text[-400:])
+
+    def wait_for(self, words):
+        self.wait_until("the page shows " + repr(words), lambda text: words in text)
 
     def child(self):
         with open("/proc/%d/task/%d/children" % (self.process.pid, self.process.pid), encoding="ascii") as file:
@@ -58,9 +59,15 @@ class Page:
         check("the terminal is as it was", termios.tcgetattr(self.slave) == self.before)
 
 
+def is_small(text):
+    """Whether the last page that is whole is no higher than six lines."""
+    _, begins, last = text.rpartition("q ends")[0].rpartition("\x1b[H")
+    return begins != "" and last.count("\n") <= 5
+
+
 def main():
     program, demo_home = map(os.path.abspath, sys.argv[1:3])
-    with tempfile.TemporaryDirectory() as home:
+    with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as home:
         os.environ["XDG_CONFIG_HOME"] = home + "/config"
         subprocess.run([sys.executable, demo_home, home], check=True, stdout=subprocess.DEVNULL)
         for what, status, end in (("q", 0, lambda page: os.write(page.master, b"q")),
@@ -70,8 +77,8 @@ def main():
             page.wait_for("oday")  # "Today  $4.20", or soon after midnight "No usage today"
             check("what is logged spoils no page", "session bus" not in page.text, page.text)
             page.resize(6, 40)
-            small = page.wait_for("q ends")
-            check("a small page is one", small.rpartition("\x1b[H")[2].count("\r\n") <= 5, small)
+            page.wait_until("a small page is one", is_small)
+            page.text = ""
             end(page)
             page.ends(what, status)
 
