@@ -55,6 +55,11 @@ SummaryDisplay::ranked(std::vector<UsageSummary::ModelRow> models, SummaryUnit u
     return models;
 }
 
+SummaryDisplay::Use SummaryDisplay::useOf(const UsageSummary::ModelRow& model) {
+    return {model.costUSD, model.approximate, model.tokens.total(), model.costShare,
+            model.tokenShare};
+}
+
 SummaryDisplay::Row SummaryDisplay::row(std::string_view title, const Use& use, int rank,
                                         SummaryUnit unit) {
     const bool isCost = unit == SummaryUnit::cost;
@@ -68,10 +73,7 @@ SummaryDisplay::Row SummaryDisplay::row(std::string_view title, const Use& use, 
 
 SummaryDisplay::Row SummaryDisplay::row(const UsageSummary::ModelRow& model, int rank,
                                         SummaryUnit unit) {
-    Row shown = row(
-        model.model,
-        {model.costUSD, model.approximate, model.tokens.total(), model.costShare, model.tokenShare},
-        rank, unit);
+    Row shown = row(model.model, useOf(model), rank, unit);
     shown.id = std::string(rawValue(model.provider)) + "/" + model.model;
     shown.provider = model.provider;
     return shown;

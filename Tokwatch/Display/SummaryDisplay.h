@@ -73,6 +73,7 @@ struct SummaryDisplay {
     /// The models by what they used of the unit, the most first.
     static std::vector<UsageSummary::ModelRow> ranked(std::vector<UsageSummary::ModelRow> models,
                                                       SummaryUnit unit);
+    static Use useOf(const UsageSummary::ModelRow& model);
     /// A row of no provider; the text may come from anywhere.
     static Row row(std::string_view title, const Use& use, int rank, SummaryUnit unit);
     static Row row(const UsageSummary::ModelRow& model, int rank, SummaryUnit unit);

@@ -4,6 +4,16 @@
 
 namespace tokwatch {
 
+TableText Breakdown::table() const {
+    TableText table{labels(), {}};
+    table.columns.insert(table.columns.end(), {{"Tokens", true}, {"Cost", true}, {"Share", true}});
+    for (std::size_t at = 0; at < count(); ++at) {
+        const SummaryDisplay::Row row = shown(at);
+        table.rows.push_back(label(row) << text(row.tokens) << text(row.cost) << text(row.share));
+    }
+    return table;
+}
+
 BreakdownRow rowOf(const SummaryDisplay::Row& shown, SummaryUnit unit) {
     const bool isCost = unit == SummaryUnit::cost;
     const QString cost = text(shown.cost);
@@ -21,6 +31,16 @@ BreakdownRow rowOf(const SummaryDisplay::Row& shown, SummaryUnit unit) {
 
 QString plainNumber(double value) {
     return QString::number(value, 'f', 6);
+}
+
+std::vector<TableText::Column> useColumns() {
+    return {{"Tokens"}, {"Cost (USD)"}, {"Approximate"}, {"Cost share"}, {"Token share"}};
+}
+
+QStringList useFields(const SummaryDisplay::Use& use) {
+    return {QString::number(use.tokens), use.costUSD ? plainNumber(*use.costUSD) : QString(),
+            use.approximate ? "yes" : "no", plainNumber(use.costShare),
+            plainNumber(use.tokenShare)};
 }
 
 } // namespace tokwatch

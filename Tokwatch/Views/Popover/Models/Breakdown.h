@@ -10,9 +10,11 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <cstddef>
 #include <memory>
+#include <vector>
 
 namespace tokwatch {
 
@@ -53,9 +55,15 @@ class Breakdown {
     virtual std::size_t count() const = 0;
     virtual BreakdownRow row(std::size_t at) const = 0;
     /// As people read it, with the texts of the rows.
-    virtual TableText table() const = 0;
+    TableText table() const;
     /// As programs read it: plain numbers, money in dollars, nothing where a price is unknown.
     virtual TableText data() const = 0;
+
+  private:
+    /// What a table says of each row before what was used.
+    virtual std::vector<TableText::Column> labels() const = 0;
+    virtual QStringList label(const SummaryDisplay::Row& row) const = 0;
+    virtual SummaryDisplay::Row shown(std::size_t at) const = 0;
 };
 
 using BreakdownPointer = std::shared_ptr<const Breakdown>;
@@ -71,5 +79,8 @@ BreakdownPointer breakdownByProject(ProjectUsage usage, SummaryUnit unit);
 BreakdownRow rowOf(const SummaryDisplay::Row& shown, SummaryUnit unit);
 /// Six digits tell shares and fractions of a cent.
 QString plainNumber(double value);
+/// What was used, with its shares, as programs read it.
+std::vector<TableText::Column> useColumns();
+QStringList useFields(const SummaryDisplay::Use& use);
 
 } // namespace tokwatch

@@ -31,15 +31,6 @@ class DayBreakdown final : public Breakdown {
         row.fraction = largest > 0 ? std::min(1.0, row.fraction / largest) : 0;
         return row;
     }
-    TableText table() const override {
-        TableText table{{{"Day"}, {"Tokens", true}, {"Cost", true}, {"Share", true}}, {}};
-        for (std::size_t at = 0; at < count(); ++at) {
-            const SummaryDisplay::Row row = shown(at);
-            table.rows.push_back(
-                {text(row.title), text(row.tokens), text(row.cost), text(row.share)});
-        }
-        return table;
-    }
     TableText data() const override {
         TableText table{{{"Day"}, {"Sessions"}, {"Tokens"}, {"Cost (USD)"}}, {}};
         for (const UsageSummary::DayRow& day : summary.perDay)
@@ -49,7 +40,9 @@ class DayBreakdown final : public Breakdown {
     }
 
   private:
-    SummaryDisplay::Row shown(std::size_t at) const {
+    std::vector<TableText::Column> labels() const override { return {{"Day"}}; }
+    QStringList label(const SummaryDisplay::Row& row) const override { return {text(row.title)}; }
+    SummaryDisplay::Row shown(std::size_t at) const override {
         return SummaryDisplay::row(summary.perDay[at], static_cast<int>(at) + 1, summary, unit,
                                    calendar);
     }

@@ -1,6 +1,8 @@
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Popover/Models/Breakdown.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -21,46 +23,25 @@ class ModelBreakdown final : public Breakdown {
         result.provider = text(rawValue(models[at].provider));
         return result;
     }
-    TableText table() const override {
-        TableText table{{{"#", true},
-                         {"Provider"},
-                         {"Model"},
-                         {"Tokens", true},
-                         {"Cost", true},
-                         {"Share", true}},
-                        {}};
-        for (std::size_t at = 0; at < count(); ++at) {
-            const SummaryDisplay::Row row = shown(at);
-            table.rows.push_back({QString::number(row.rank), nameOf(at), text(row.title),
-                                  text(row.tokens), text(row.cost), text(row.share)});
-        }
-        return table;
-    }
     TableText data() const override {
-        TableText table{{{"Provider"},
-                         {"Model"},
-                         {"Tokens"},
-                         {"Cost (USD)"},
-                         {"Approximate"},
-                         {"Cost share"},
-                         {"Token share"}},
-                        {}};
-        for (std::size_t at = 0; at < count(); ++at) {
-            const UsageSummary::ModelRow& model = models[at];
-            table.rows.push_back({nameOf(at), text(model.model),
-                                  QString::number(model.tokens.total()),
-                                  model.costUSD ? plainNumber(*model.costUSD) : QString(),
-                                  model.approximate ? "yes" : "no", plainNumber(model.costShare),
-                                  plainNumber(model.tokenShare)});
-        }
+        TableText table{{{"Provider"}, {"Model"}}, {}};
+        std::ranges::copy(useColumns(), std::back_inserter(table.columns));
+        for (const UsageSummary::ModelRow& model : models)
+            table.rows.push_back(QStringList{text(displayName(model.provider)), text(model.model)}
+                                 << useFields(SummaryDisplay::useOf(model)));
         return table;
     }
 
   private:
-    SummaryDisplay::Row shown(std::size_t at) const {
+    std::vector<TableText::Column> labels() const override {
+        return {{"#", true}, {"Provider"}, {"Model"}};
+    }
+    QStringList label(const SummaryDisplay::Row& row) const override {
+        return {QString::number(row.rank), text(displayName(*row.provider)), text(row.title)};
+    }
+    SummaryDisplay::Row shown(std::size_t at) const override {
         return SummaryDisplay::row(models[at], static_cast<int>(at) + 1, unit);
     }
-    QString nameOf(std::size_t at) const { return text(displayName(models[at].provider)); }
 
     std::vector<UsageSummary::ModelRow> models;
     SummaryUnit unit;

@@ -51,7 +51,6 @@ class ModelsView : public QObject {
     /// Brings the rows up to date at once, those of projects as soon as they are read.
     void setActive(bool active);
     /// Whether the window is shown: nobody waits for projects in one that was closed.
-    /// Whether the window is shown: nobody waits for projects in one that was closed.
     bool isInSight() const { return inSight; }
     void setInSight(bool isInSight);
 

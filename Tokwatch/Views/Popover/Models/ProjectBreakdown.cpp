@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <utility>
 
 namespace tokwatch {
@@ -38,39 +39,22 @@ class ProjectBreakdown final : public Breakdown {
         result.title = text(nameOf(row.title));
         return result;
     }
-    TableText table() const override {
-        TableText table{
-            {{"#", true}, {"Project"}, {"Tokens", true}, {"Cost", true}, {"Share", true}}, {}};
-        for (std::size_t at = 0; at < count(); ++at) {
-            const SummaryDisplay::Row row = shown(at);
-            table.rows.push_back({QString::number(row.rank), text(row.title), text(row.tokens),
-                                  text(row.cost), text(row.share)});
-        }
-        return table;
-    }
     TableText data() const override {
-        TableText table{{{"Project"},
-                         {"Sessions"},
-                         {"Tokens"},
-                         {"Cost (USD)"},
-                         {"Approximate"},
-                         {"Cost share"},
-                         {"Token share"}},
-                        {}};
-        for (const ProjectUsage::Row& project : projects) {
-            const SummaryDisplay::Use& use = project.use;
-            table.rows.push_back({text(project.path), QString::number(project.sessions),
-                                  QString::number(use.tokens),
-                                  use.costUSD ? plainNumber(*use.costUSD) : QString(),
-                                  use.approximate ? "yes" : "no", plainNumber(use.costShare),
-                                  plainNumber(use.tokenShare)});
-        }
+        TableText table{{{"Project"}, {"Sessions"}}, {}};
+        std::ranges::copy(useColumns(), std::back_inserter(table.columns));
+        for (const ProjectUsage::Row& project : projects)
+            table.rows.push_back(QStringList{text(project.path), QString::number(project.sessions)}
+                                 << useFields(project.use));
         return table;
     }
 
   private:
+    std::vector<TableText::Column> labels() const override { return {{"#", true}, {"Project"}}; }
+    QStringList label(const SummaryDisplay::Row& row) const override {
+        return {QString::number(row.rank), text(row.title)};
+    }
     /// Under its whole path.
-    SummaryDisplay::Row shown(std::size_t at) const {
+    SummaryDisplay::Row shown(std::size_t at) const override {
         const std::string& path = projects[at].path;
         return SummaryDisplay::row(path.empty() ? noProject : path, projects[at].use,
                                    static_cast<int>(at) + 1, unit);
