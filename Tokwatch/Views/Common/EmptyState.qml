@@ -7,6 +7,7 @@ Column {
     id: empty
     required property string sentence
     property list<string> places: []
+    property string invitation
     /// What its user can do.
     property list<string> advice: []
 
@@ -33,7 +34,7 @@ Column {
         Label {
             width: parent.width
             horizontalAlignment: Text.AlignHCenter
-            text: "Use Claude Code, Codex or Grok once, and it appears here."
+            text: empty.invitation
             color: Theme.colors.secondaryText
             wrapMode: Text.Wrap
             bottomPadding: Theme.space.m

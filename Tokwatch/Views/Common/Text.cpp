@@ -15,6 +15,15 @@ QString sentence(std::string_view utf8) {
     return line;
 }
 
+QString invitationToUseOne() {
+    QStringList tools;
+    for (const ProviderID provider : allCases<ProviderID>)
+        if (traits(provider).logFormat != LogFormat::none)
+            tools.append(text(traits(provider).toolName));
+    const QString last = tools.takeLast();
+    return QString("Use %1 or %2 once, and it appears here.").arg(tools.join(", "), last);
+}
+
 QStringList searchedPlaces(const ProviderLocations& locations) {
     QStringList places;
     const auto add = [&](const std::filesystem::path& whole) {

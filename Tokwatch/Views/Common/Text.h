@@ -15,6 +15,8 @@ QString text(std::string_view utf8);
 /// The same at the beginning of a line, where its first letter is a large one.
 QString sentence(std::string_view utf8);
 
+/// "Use Claude Code, Codex or Grok once, and it appears here."
+QString invitationToUseOne();
 /// Where the assistants are looked for, one place each, as people read it.
 QStringList searchedPlaces(const ProviderLocations& locations);
 /// What makes logs visible that are elsewhere, a sentence a place.

@@ -45,6 +45,7 @@ Item {
             sentence: tab.view.summary.period
             places: tab.view.lookedAt
             advice: tab.view.advice
+            invitation: tab.view.invitation
         }
         QuietLine {
             width: column.width - 2 * column.inset

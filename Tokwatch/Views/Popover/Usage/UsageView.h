@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Views/Common/RowModel.h"
+#include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Popover/Usage/LimitRows.h"
 #include "Tokwatch/Views/Popover/Usage/SummaryRows.h"
 
@@ -26,6 +27,7 @@ class UsageView : public QObject {
     Q_PROPERTY(tokwatch::SummaryCard summary READ summary NOTIFY summaryChanged)
     Q_PROPERTY(QStringList lookedAt READ lookedAt NOTIFY lookedAtChanged)
     Q_PROPERTY(QStringList advice READ advice NOTIFY lookedAtChanged)
+    Q_PROPERTY(QString invitation READ invitation CONSTANT)
   public:
     UsageView(AppModel& model, const ViewClock& clock);
 
@@ -39,6 +41,7 @@ class UsageView : public QObject {
     const QStringList& lookedAt() const { return places.value(); }
     /// With them: what makes those visible that are elsewhere.
     QStringList advice() const;
+    QString invitation() const { return invitationToUseOne(); }
 
     Q_INVOKABLE void act(const QString& provider, tokwatch::ProviderAction::Value action);
     /// Leads with money instead of tokens, or the other way round.
