@@ -9,6 +9,7 @@ T.ComboBox {
     /// What there is to choose: each an { id, label }.
     required property var choices
     property string current
+    /// Calm enough to stand in a line with other choices.
     property bool small: false
     signal chosen(string id)
 
@@ -43,8 +44,8 @@ T.ComboBox {
     }
     background: Rectangle {
         radius: Theme.space.radius
-        color: box.pressed ? Theme.colors.pressed : box.hovered ? Theme.colors.hover : Theme.colors.card
-        border.width: 1
+        color: box.pressed ? Theme.colors.pressed : box.hovered ? Theme.colors.hover : box.small ? Theme.colors.track : Theme.colors.card
+        border.width: box.small && !Theme.highContrast ? 0 : 1
         border.color: Theme.colors.outline
     }
     FocusRing {}

@@ -54,8 +54,8 @@ int ChartColumns::dayAt(QPointF position) const {
     return std::min(static_cast<int>(x / plan.pitch), count() - 1);
 }
 
-QRectF ChartColumns::Layout::bar(int day, double from, double to) const {
-    return {left + day * pitch, to, barWidth, from - to};
+QRectF ChartColumns::bar(const Layout& plan, int day, double from, double to) const {
+    return {snapped(plan.left + day * plan.pitch), to, plan.barWidth, from - to};
 }
 
 ChartColumns::Layout ChartColumns::layout() const {
@@ -65,11 +65,14 @@ ChartColumns::Layout ChartColumns::layout() const {
         amounts = std::max(amounts, metrics.horizontalAdvance(tick.text));
     Layout plan;
     // All columns alike and on whole pixels; what is over goes in front of the first, so that today
-    // is always at the end.
+    // is always at the end. Where that were much, as with very many days, their gaps differ
+    // instead: room in front would look like days without usage.
     plan.axisLeft = snapped(std::ceil(amounts) + axisGap);
     const double pitches = std::max(count() - (1 - columnFraction), 1.0);
-    plan.pitch = snappedDown(std::min((width() - plan.axisLeft) / pitches, mostRoom));
-    plan.barWidth = snapped(plan.pitch * columnFraction);
+    const double room = std::min((width() - plan.axisLeft) / pitches, mostRoom);
+    constexpr double much = 0.1;
+    plan.pitch = snappedDown(room) < (1 - much) * room ? room : snappedDown(room);
+    plan.barWidth = snapped(snappedDown(room) * columnFraction);
     plan.left = snapped(width() + plan.pitch - plan.barWidth - plan.pitch * count());
     plan.top = snapped(metrics.height() / 2);
     plan.base = snapped(height() - metrics.height() - labelGap);
@@ -82,10 +85,10 @@ void ChartColumns::paint(QPainter* painter) {
     painter->setRenderHint(QPainter::Antialiasing);
     if (current() >= 0) {
         const double gap = plan.pitch - plan.barWidth;
-        const QRectF bar = plan.bar(current(), plan.base, plan.top);
+        const QRectF looked = bar(plan, current(), plan.base, plan.top);
         painter->setPen(Qt::NoPen);
         painter->setBrush(palette.pressed);
-        painter->drawRoundedRect(placed(bar.adjusted(-gap / 2, -gap, gap / 2, 0)), 2, 2);
+        painter->drawRoundedRect(placed(looked.adjusted(-gap / 2, -gap, gap / 2, 0)), 2, 2);
     }
     paintAxis(*painter, plan);
     for (int day = 0; day < count(); ++day)
@@ -125,7 +128,7 @@ void ChartColumns::paintColumn(QPainter& painter, const Layout& plan, int day) c
         if (!(part.fraction > 0)) continue;
         reachedPart += part.fraction;
         const double to = snapped(plan.base - whole * reachedPart / sum);
-        QRectF box = plan.bar(day, from, to);
+        QRectF box = bar(plan, day, from, to);
         // A line of the ground between two colours, where there is room for it.
         if (from < plan.base && box.height() >= 3 * pixel) box.setBottom(box.bottom() - pixel);
         const QColor color = palette.series.value(part.series);
@@ -148,7 +151,7 @@ void ChartColumns::paintLabels(QPainter& painter, const Layout& plan) const {
         const QFont labelFont = font(isToday ? QFont::DemiBold : QFont::Normal);
         const QFontMetricsF metrics(labelFont);
         const double textWidth = std::ceil(metrics.horizontalAdvance(label));
-        const double middle = plan.bar(day, 0, 0).center().x();
+        const double middle = bar(plan, day, 0, 0).center().x();
         const double x = snapped(std::min(middle - textWidth / 2, width() - textWidth));
         if (x < 0 || x + textWidth > freeUntil) continue;
         painter.setFont(labelFont);

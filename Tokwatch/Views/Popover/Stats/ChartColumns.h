@@ -33,9 +33,9 @@ class ChartColumns : public ChartPlot {
         double barWidth = 0; ///< of a column
         double top = 0;      ///< of the axis
         double base = 0;     ///< the zero line
-        QRectF bar(int day, double from, double to) const;
     };
     Layout layout() const;
+    QRectF bar(const Layout& layout, int day, double from, double to) const;
     void paintAxis(QPainter& painter, const Layout& layout) const;
     void paintColumn(QPainter& painter, const Layout& layout, int day) const;
     void paintLabels(QPainter& painter, const Layout& layout) const;

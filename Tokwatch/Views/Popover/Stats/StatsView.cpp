@@ -38,7 +38,7 @@ StatsState StatsView::computeState() const {
     StatsState state;
     state.hasCalendar = !chosen.tools.empty() || !stored.value().tools.empty();
     if (chosen.tools.empty()) {
-        state.emptyText = text(SummaryTexts::noUsage(chosen.days));
+        state.emptyText = text(SummaryTexts::noUsage(shownRange.days()));
         return state;
     }
     const SummaryDisplay::TokenStatistics tokens = SummaryDisplay::tokenStatistics(chosen);
