@@ -1,5 +1,7 @@
 #include "KivoMenuBar/StatusAreaHost.h"
 
+#include "KivoMenuBar/StatusItemTypes.h"
+
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -14,8 +16,6 @@
 namespace kivo {
 namespace {
 
-constexpr auto watcherService = "org.kde.StatusNotifierWatcher";
-constexpr auto watcherPath = "/StatusNotifierWatcher";
 constexpr auto localPath = "/org/freedesktop/DBus/Local";
 constexpr auto localInterface = "org.freedesktop.DBus.Local";
 constexpr auto hostPrefix = "org.kde.StatusNotifierHost-";

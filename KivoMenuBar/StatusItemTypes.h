@@ -8,6 +8,10 @@
 
 namespace kivo {
 
+/// Who keeps the list of the session's items and status areas.
+inline constexpr auto watcherService = "org.kde.StatusNotifierWatcher";
+inline constexpr auto watcherPath = "/StatusNotifierWatcher";
+
 /// A picture as the status item protocol carries it, D-Bus type (iiay): 32 bits a pixel, alpha,
 /// red, green, blue in network byte order, not premultiplied, rows without padding.
 struct IconPixmap {

@@ -10,8 +10,6 @@
 namespace kivo {
 namespace {
 
-constexpr auto watcherService = "org.kde.StatusNotifierWatcher";
-constexpr auto watcherPath = "/StatusNotifierWatcher";
 // A host may own the watcher's name some time before its object answers.
 constexpr int offerRetries = 5;
 // The bus's word for it where it may not start the service; Qt has no number for this error.

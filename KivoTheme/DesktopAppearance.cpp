@@ -11,7 +11,7 @@ namespace kivo {
 namespace {
 
 constexpr auto service = "org.freedesktop.portal.Desktop";
-constexpr auto path = "/org/freedesktop/portal/desktop";
+constexpr auto portalPath = "/org/freedesktop/portal/desktop";
 constexpr auto interface = "org.freedesktop.portal.Settings";
 constexpr auto appearanceGroup = "org.freedesktop.appearance";
 constexpr auto interfaceGroup = "org.gnome.desktop.interface";
@@ -37,7 +37,7 @@ DesktopAppearance::DesktopAppearance(QDBusConnection bus, QObject* parent) : QOb
     decideTone();
     qGuiApp->installEventFilter(this);
     if (!bus.isConnected()) return;
-    bus.connect(service, path, interface, "SettingChanged", this,
+    bus.connect(service, portalPath, interface, "SettingChanged", this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
     read(bus, appearanceGroup, "color-scheme");
     read(bus, appearanceGroup, "contrast");
@@ -46,7 +46,7 @@ DesktopAppearance::DesktopAppearance(QDBusConnection bus, QObject* parent) : QOb
 }
 
 void DesktopAppearance::read(QDBusConnection bus, const QString& group, const QString& key) {
-    QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, "Read");
+    QDBusMessage call = QDBusMessage::createMethodCall(service, portalPath, interface, "Read");
     call << group << key;
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, group, key, watcher] {

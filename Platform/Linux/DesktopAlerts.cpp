@@ -1,5 +1,7 @@
 #include "Platform/Linux/DesktopAlerts.h"
 
+#include "Platform/Linux/DesktopBus.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -77,14 +79,16 @@ void DesktopAlerts::show(const Alert& alert) {
     const auto before = shown.find(alert.subject);
     const QStringList actions =
         onOpen ? QStringList{defaultAction, QStringLiteral("Open Tokwatch")} : QStringList();
+    // Of the desktop entry, the icon and the bus.
+    const QString application = QString::fromLatin1(DesktopBus::serviceName);
     const QVariantMap hints{{QStringLiteral("urgency"), hintOf(alert.urgency)},
-                            {QStringLiteral("desktop-entry"), QStringLiteral("app.tokwatch")}};
+                            {QStringLiteral("desktop-entry"), application}};
     constexpr int asTheDesktopLikes = -1; // how long it stays
     QDBusMessage call = callOf("Notify");
     // Titles are plain text everywhere; texts are markup to most.
     call.setArguments({QStringLiteral("Tokwatch"), before == shown.end() ? 0u : before->second,
-                       QStringLiteral("app.tokwatch"), text(alert.title),
-                       text(alert.text).toHtmlEscaped(), actions, hints, asTheDesktopLikes});
+                       application, text(alert.title), text(alert.text).toHtmlEscaped(), actions,
+                       hints, asTheDesktopLikes});
     auto* pending =
         new QDBusPendingCallWatcher(bus.asyncCall(call, static_cast<int>(patience.count())), this);
     connect(pending, &QDBusPendingCallWatcher::finished, this,

@@ -18,10 +18,10 @@
 namespace tokwatch {
 namespace {
 
-constexpr const char* variable = "DBUS_SESSION_BUS_ADDRESS";
+constexpr const char* addressVariable = "DBUS_SESSION_BUS_ADDRESS";
 
 std::string sessionBusAddress() {
-    if (const char* address = std::getenv(variable)) return address;
+    if (const char* address = std::getenv(addressVariable)) return address;
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
     return runtime == nullptr ? std::string() : "unix:path=" + std::string(runtime) + "/bus";
 }
@@ -68,7 +68,7 @@ bool leaveOutMuteSessionBus(std::chrono::milliseconds patience) {
     const std::optional<SocketAddress> address = socketAddress(sessionBusAddress());
     if (!address || !isMute(*address, patience)) return false;
     systemLog("the session bus does not answer and is left out");
-    ::setenv(variable, "unix:path=/dev/null", 1);
+    ::setenv(addressVariable, "unix:path=/dev/null", 1);
     return true;
 }
 

@@ -8,7 +8,6 @@
 
 namespace tokwatch::testing {
 
-const std::string claudeLog = ".claude/projects/p/a.jsonl";
 /// A line that is longer than a slice.
 const std::string noise = R"({"type":"user","content":")" + std::string(9 << 20, 'x') + "\"}\n";
 

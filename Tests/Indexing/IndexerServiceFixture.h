@@ -9,6 +9,8 @@
 
 namespace tokwatch::testing {
 
+inline const std::string claudeLog = ".claude/projects/p/a.jsonl";
+
 /// A home and a store of its own for each test, in March 2026.
 struct IndexerServiceTest : Test {
     IndexOutcome index(IndexerService::ProgressHandler progress = {}) {

@@ -6,7 +6,6 @@
 
 namespace tokwatch::testing {
 
-const std::string claudeLog = ".claude/projects/p/a.jsonl";
 const std::string codexLog = ".codex/sessions/2026/03/10/rollout.jsonl";
 
 TEST_F(IndexerServiceTest, ReadsNoMoreThanItsScope) {
