@@ -12,8 +12,8 @@ namespace {
 
 constexpr int weekdays = 7;
 constexpr double cellGap = 3;
-constexpr double labelGap = 4; ///< between the months and the cells below them
-constexpr double cornerRadius = 3;
+constexpr double monthGap = 4; ///< between the months and the cells below them
+constexpr double cellRadius = 3;
 constexpr double ringWidth = 1.5;
 
 struct WeekdayLabel {
@@ -36,9 +36,9 @@ void paintRinged(QPainter& painter, const QRectF& rect, const QColor& fill, cons
     constexpr double inner = 2 * ringWidth;
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(ring, ringWidth));
-    painter.drawRoundedRect(rect.adjusted(middle, middle, -middle, -middle), cornerRadius,
-                            cornerRadius);
-    paintRounded(painter, rect.adjusted(inner, inner, -inner, -inner), fill, cornerRadius / 2);
+    painter.drawRoundedRect(rect.adjusted(middle, middle, -middle, -middle), cellRadius,
+                            cellRadius);
+    paintRounded(painter, rect.adjusted(inner, inner, -inner, -inner), fill, cellRadius / 2);
 }
 
 } // namespace
@@ -89,11 +89,11 @@ HeatMapCells::Layout HeatMapCells::layout() const {
     double labels = 0;
     for (const WeekdayLabel& label : weekdayLabels)
         labels = std::max(labels, metrics.horizontalAdvance(label.text));
-    const double room = width() - std::ceil(labels) - 2 * labelGap;
+    const double room = width() - std::ceil(labels) - 2 * monthGap;
     Layout plan;
     plan.gap = snapped(cellGap);
     plan.pitchX = snappedDown((room + plan.gap) / std::max(days.weeks, 1));
-    plan.top = snapped(std::ceil(metrics.height()) + labelGap);
+    plan.top = snapped(std::ceil(metrics.height()) + monthGap);
     plan.pitchY = snappedDown((height() - plan.top + plan.gap) / weekdays);
     plan.left = snapped(width() + plan.gap - days.weeks * plan.pitchX);
     return plan;
@@ -112,7 +112,7 @@ void HeatMapCells::paint(QPainter* painter) {
         else if (day == count() - 1)
             paintRinged(*painter, rect, fill, palette.text);
         else
-            paintRounded(*painter, rect, fill, cornerRadius);
+            paintRounded(*painter, rect, fill, cellRadius);
     }
     paintLabels(*painter, plan);
 }
