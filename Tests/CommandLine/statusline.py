@@ -62,7 +62,8 @@ def show_follower(world):
                 line = follower.stdout.readline()
             check(what, line.startswith(start), line)
 
-        shown("42% · ", "the application shows what was told before")
+        line = follower.stdout.readline()
+        check("the application shows at first what was told before", line.startswith("42% · "), line)
         subprocess.run([PROGRAM, "statusline"], env=world, input=told(77), text=True, stdout=subprocess.DEVNULL, check=True)
         shown("23% · ", "and what is told while it runs")
         follower.terminate()

@@ -77,8 +77,7 @@ class Follower {
     int run() {
         const auto ticking =
             application.timers().every(titlePeriod, [this] { ticks.setValue(ticks.value() + 1); });
-        title.arm();
-        return application.run(loop);
+        return application.run(loop, [this] { title.arm(); });
     }
 
   private:

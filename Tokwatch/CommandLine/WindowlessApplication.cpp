@@ -23,13 +23,14 @@ WindowlessApplication::WindowlessApplication(const CommandSurroundings& surround
     : paths(surroundings.paths),
       application(ofApplication(surroundings), WorkLease::Rank::follower, userPreferences, bus) {}
 
-int WindowlessApplication::run(EventLoop& loop) {
+int WindowlessApplication::run(EventLoop& loop, const std::function<void()>& onStart) {
     userPreferences.followFile();
     alertPreferences.followFile();
     application.start();
     const LimitAlerts alerts({application.model(), alertPreferences, alertDisplay,
                               alertFileBeside(paths.database()), application.timers(),
                               application.runInBackground()});
+    onStart();
     return loop.run();
 }
 

@@ -11,6 +11,7 @@
 
 #include <QSettings>
 
+#include <functional>
 #include <memory>
 
 namespace tokwatch {
@@ -22,8 +23,9 @@ class WindowlessApplication {
   public:
     explicit WindowlessApplication(const CommandSurroundings& surroundings);
 
-    /// Returns once `EventLoop::end` is called, with its status.
-    int run(EventLoop& loop);
+    /// Returns once `EventLoop::end` is called, with its status. `onStart` is called as soon as
+    /// what is stored is known.
+    int run(EventLoop& loop, const std::function<void()>& onStart = [] {});
 
     AppModel& model() { return application.model(); }
     Scheduler& timers() { return application.timers(); }
