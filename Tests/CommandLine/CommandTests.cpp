@@ -11,6 +11,7 @@ TEST_F(CommandTest, RefusesWhatItDoesNotUnderstand) {
           "status --format text --json", "preferences get colour", "preferences set showDockIcon",
           "preferences set warningThreshold much", "index --home", "index extra"})
         expectRefused(words);
+    expectRefused("export --output ", "no file is named");
     expectRefused("sumary", "did you mean \"summary\"?");
     expectRefused("preferences get pinned", "did you mean \"pinnedProvider\"?");
 }

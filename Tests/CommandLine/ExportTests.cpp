@@ -74,9 +74,12 @@ TEST_F(CommandTest, ExportsWhatWasCountedThoughTheStoreForgetsIt) {
         EXPECT_EQ(fs::status(file).permissions(), permissions);
         fs::permissions(file, fs::perms{0640});
     }
-    fs::remove(file);
-    fs::create_symlink("/dev/null", file);
-    expectFailure(write(), 1, "writing the export failed");
+    for (const auto& [target, reason] :
+         {std::pair{"/dev/null", " is not a regular file"}, {"/tmp", " is a directory"}}) {
+        fs::remove(file);
+        fs::create_symlink(target, file);
+        expectFailure(write(), 1, reason);
+    }
     fs::remove(database().parent_path() / "counts.sqlite");
     fs::create_directory(database().parent_path() / "counts.sqlite");
     expectFailure(here(command), 1, "without them they could fall");

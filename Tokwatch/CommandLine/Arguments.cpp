@@ -273,7 +273,10 @@ void addExport(CLI::App& app, Invocation& invocation, ExportOptions& options) {
     command.add_option("--host", options.host, "Whose it is (default: this machine's name)")
         ->type_name("NAME");
     command.add_option("--output", options.output, "Replace this file as a whole")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check([](const std::string& name) {
+            return std::string(name.empty() ? "no file is named" : "");
+        });
     command.callback([&] {
         if (invocation.arguments.json) options.format = ExportFormat::json;
         invocation.run = [&options](const CommandSurroundings& surroundings) {

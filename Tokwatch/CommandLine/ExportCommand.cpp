@@ -64,9 +64,20 @@ std::string exported(const CommandSurroundings& surroundings, const ExportOption
     return {};
 }
 
+/// A collector's file takes the place of a file and of nothing else.
+void requireReplaceable(const std::filesystem::path& file) {
+    std::error_code none;
+    const std::filesystem::file_status status = std::filesystem::status(file, none);
+    if (!std::filesystem::exists(status) || std::filesystem::is_regular_file(status)) return;
+    throw CommandError(
+        "writing the export failed: " + file.string() +
+        (std::filesystem::is_directory(status) ? " is a directory" : " is not a regular file"));
+}
+
 } // namespace
 
 int runExport(const CommandSurroundings& surroundings, const ExportOptions& options) {
+    if (options.output) requireReplaceable(*options.output);
     const std::string text = exported(surroundings, options);
     if (!options.output) {
         surroundings.terminal.write(text);
