@@ -101,12 +101,20 @@ TEST_F(CommandTest, SaysWhenTheStoreIsBrokenAndKeepsIt) {
     writeToday("a.jsonl", "msg_1");
     const std::string garbage(10'000, 'x');
     world.write("data/Tokwatch/usage.sqlite", garbage);
+    world.write("data/Tokwatch/history.sqlite", garbage);
+    std::filesystem::create_directory(world / "data/Tokwatch/counts.sqlite");
     for (const char* command : {"index", "summary", "doctor"}) {
         const ProgramResult result = here({command});
         EXPECT_EQ(result.status, 1) << command;
         EXPECT_THAT(result.out + result.err, HasSubstr("file is not a database")) << command;
     }
-    EXPECT_EQ(world.read("data/Tokwatch/usage.sqlite"), garbage);
+    const std::string found = here({"doctor"}).out;
+    for (const char* remedy : {"usage.sqlite cannot be used: file is not a database (26); move it",
+                               "history.sqlite cannot be used: file is not a database (26); it can",
+                               "something else than a file in its place (14); it can be deleted"})
+        EXPECT_THAT(found, HasSubstr(remedy));
+    for (const char* file : {"usage.sqlite", "history.sqlite"})
+        EXPECT_EQ(world.read(std::string("data/Tokwatch/") + file), garbage);
 }
 
 TEST_F(CommandTest, LosesNothingWhenTheDiskIsFull) {

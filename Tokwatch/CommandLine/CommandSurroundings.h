@@ -31,6 +31,9 @@ struct CommandSurroundings {
 
     ProviderLocations locations() const { return {paths.home}; }
 
+    /// The store's file; without a data directory a CommandError.
+    std::filesystem::path requireDatabase() const;
+
     /// The store in the data directory. A one-shot command has no use for a temporary one: what it
     /// counted would be lost at its exit, so a store that cannot be opened is a CommandError.
     std::shared_ptr<UsageStore> openStore() const;
@@ -49,9 +52,6 @@ struct CommandSurroundings {
 
     /// CommandError when the home directory does not exist or is no directory.
     void requireHome() const;
-
-  private:
-    std::filesystem::path requireDatabase() const;
 };
 
 } // namespace tokwatch

@@ -5,6 +5,8 @@
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Preferences/SettingsFile.h"
 #include "TokwatchCore/Ingestion/LogFiles.h"
+#include "TokwatchCore/Store/LastingCounts.h"
+#include "TokwatchCore/Store/LimitHistory.h"
 #include "TokwatchCore/Store/SnapshotStore.h"
 #include "TokwatchCore/Support/Amounts.h"
 #include "TokwatchCore/Support/ISO8601.h"
@@ -38,7 +40,7 @@ class Examination {
         examineCursor();
         std::ranges::move(examineUncounted(places), std::back_inserter(findings));
         examineLogins();
-        examineStore();
+        examineDatabases();
         std::ranges::move(examinePrivacy(surroundings.paths, closing),
                           std::back_inserter(findings));
         examinePrices();
@@ -109,20 +111,45 @@ class Examination {
         }
     }
 
-    void examineStore() {
+    void examineDatabases() {
         try {
-            const std::shared_ptr<UsageStore> store = surroundings.openStore();
-            const std::string integrity = store->integrity();
-            const std::string file = surroundings.paths.database().value_or("").string();
-            add("Store", integrity == "ok" ? Health::good : Health::bad,
-                file + (integrity == "ok"
-                            ? " is sound, " + std::to_string(store->cursorTexts().size()) +
-                                  " files known"
-                            : ": " + integrity));
-            models = store->models();
-        } catch (const std::exception& error) {
+            const std::filesystem::path database = surroundings.requireDatabase();
+            examineStore(database);
+            examineSideFiles(countsBeside(database));
+        } catch (const CommandError& error) {
             add("Store", Health::bad, error.what());
         }
+    }
+
+    void examineStore(const std::filesystem::path& file) {
+        constexpr const char* remedy =
+            "move it away and run tokwatch index: the logs that are still there are read again";
+        findings.push_back(examineDatabase("Store", file, remedy, [&] {
+            UsageStore store(file);
+            store.requireSound();
+            models = store.models();
+            return ", " + counted(std::ssize(store.cursorTexts()), "file") + " known";
+        }));
+    }
+
+    /// The databases that come into being with their first use.
+    void examineSideFiles(const std::filesystem::path& counts) {
+        const auto examine = [this](const char* topic, const std::filesystem::path& file,
+                                    const char* remedy, const std::function<void()>& use) {
+            std::error_code none;
+            if (std::filesystem::exists(file, none))
+                findings.push_back(examineDatabase(topic, file, remedy, [&use] {
+                    use();
+                    return "";
+                }));
+        };
+        const LimitHistory& history = *surroundings.history;
+        examine("Forecasts", history.path(),
+                "it can be deleted: how limits were used until now is lost, and forecasts begin "
+                "anew",
+                [&history] { history.requireUsable(); });
+        examine("Export", counts, "it can be deleted: the counters begin anew with what is stored",
+                [&counts] { lastingCounts(counts, {}, PriceTable()); });
     }
 
     void examineSettings() {

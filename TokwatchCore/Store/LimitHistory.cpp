@@ -153,6 +153,12 @@ std::optional<SamplesByProvider> LimitHistory::samples(const LimitsByProvider& l
     }
 }
 
+void LimitHistory::requireUsable() const {
+    const std::unique_ptr<sqlite::Connection> db = open();
+    const sqlite::Transaction transaction(*db);
+    db->number("SELECT COUNT(provider || window || moment || used || reset) FROM samples");
+}
+
 void LimitHistory::tell(std::string_view reason) {
     const std::lock_guard lock(mutex);
     if (std::exchange(isTold, true)) return;

@@ -45,6 +45,11 @@ class LimitHistory {
     /// no file; absent where it cannot be read.
     std::optional<SamplesByProvider> samples(const LimitsByProvider& limits, Date now);
 
+    /// Throws UsageStoreError where a sample could not be recorded, or not all can be read.
+    void requireUsable() const;
+
+    const std::filesystem::path& path() const { return file; }
+
   private:
     std::unique_ptr<sqlite::Connection> open() const;
     std::unique_ptr<sqlite::Connection> openForReading() const;

@@ -5,6 +5,7 @@
 #include "TokwatchCore/Store/EventBatch.h"
 #include "TokwatchCore/Store/SQLite.h"
 
+#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <exception>
@@ -337,10 +338,11 @@ void UsageStore::releaseMemory() {
     db->releaseMemory();
 }
 
-std::string UsageStore::integrity() {
+void UsageStore::requireSound() {
     const std::lock_guard lock(queue);
-    sqlite::Use check(db->statement("PRAGMA integrity_check(1)"));
-    return check->step() ? check->text(0) : std::string("no answer");
+    const sqlite::Use check(db->statement("PRAGMA integrity_check(1)"));
+    const std::string answer = check->step() ? check->text(0) : "no answer";
+    if (answer != "ok") throw UsageStoreError(SQLITE_CORRUPT, answer);
 }
 
 std::vector<std::string> UsageStore::models() {

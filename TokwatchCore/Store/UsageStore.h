@@ -113,8 +113,8 @@ class UsageStore {
     /// Gives the database's caches back to the system; for the end of a long pass.
     void releaseMemory();
 
-    /// "ok", or what SQLite's own check of the file found. Reads the whole file.
-    std::string integrity();
+    /// Throws what SQLite's own check of the file finds. Reads the whole file.
+    void requireSound();
 
     /// The names of all models with stored usage, in text order, for diagnostics.
     std::vector<std::string> models();

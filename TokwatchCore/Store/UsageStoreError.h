@@ -24,6 +24,13 @@ class UsageStoreError : public std::runtime_error {
     /// Another process held the database's lock for longer than the store waits.
     bool isLocked() const { return (code & 0xff) == 5; }
 
+    /// What the file holds is at fault: other tables, damaged pages, sums without end. A lock, a
+    /// right and a full disk pass; this stays until the file goes.
+    bool concernsContents() const {
+        const int kind = code & 0xff;
+        return kind == 1 || kind == 11 || kind == 26;
+    }
+
     friend bool operator==(const UsageStoreError& a, const UsageStoreError& b) {
         return a.code == b.code && a.message == b.message;
     }

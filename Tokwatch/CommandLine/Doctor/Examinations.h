@@ -6,6 +6,7 @@
 #include "TokwatchCore/Records/RecordCoding.h"
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,11 @@ std::vector<Finding> examineDesktop();
 /// takes it from them where that is wanted.
 enum class Closing { offer, apply };
 std::vector<Finding> examinePrivacy(const UserPaths& paths, Closing closing);
+
+/// Whether a database of ours can be used. `use` does with it what the program does, and answers
+/// what is to be told of one that works; `remedy` helps where another file in its place would.
+Finding examineDatabase(std::string topic, const std::filesystem::path& file, const char* remedy,
+                        const std::function<std::string()>& use);
 
 /// What of the assistants' logs is not counted, and why: it is elsewhere, or does not tell. Reads
 /// all of Codex's.
