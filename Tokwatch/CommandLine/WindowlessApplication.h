@@ -25,7 +25,8 @@ class WindowlessApplication {
 
     /// Returns once `EventLoop::end` is called, with its status. `onStart` is called as soon as
     /// what is stored is known.
-    int run(EventLoop& loop, const std::function<void()>& onStart = [] {});
+    int run(
+        EventLoop& loop, const std::function<void()>& onStart = [] {});
 
     AppModel& model() { return application.model(); }
     Scheduler& timers() { return application.timers(); }
