@@ -71,6 +71,9 @@ def main():
         os.environ["XDG_CONFIG_HOME"] = home + "/config"
         subprocess.run([sys.executable, demo_home, home], check=True, stdout=subprocess.DEVNULL)
         for what, status, end in (("q", 0, lambda page: os.write(page.master, b"q")),
+                                  ("a typed interrupt", 0, lambda page: os.write(page.master, b"\x03")),
+                                  ("SIGINT", 0, lambda page: page.process.send_signal(signal.SIGINT)),
+                                  ("SIGQUIT", 1, lambda page: page.process.send_signal(signal.SIGQUIT)),
                                   ("SIGTERM", 0, lambda page: page.process.terminate()),
                                   ("SIGKILL", 1, lambda page: os.kill(page.child(), signal.SIGKILL))):
             page = Page(program, home)

@@ -37,15 +37,22 @@ void passOn(int signal) {
     ::kill(guardedChild, signal);
 }
 
-/// Outlives what the terminal sends to both of us, and passes on what was meant for the child.
+/// What keys send comes to both of us, and by the kernel's hand.
+void passOnUnlessTyped(int signal, siginfo_t* info, void*) {
+    if (info->si_code != SI_KERNEL) passOn(signal);
+}
+
+/// Outlives the signals, and passes on those that the child has not got by itself.
 void handleSignalsFor(pid_t child) {
     guardedChild = child;
-    for (const int signal : {SIGINT, SIGQUIT})
-        std::signal(signal, SIG_IGN);
     struct sigaction action {};
     action.sa_handler = passOn;
     action.sa_flags = SA_RESTART;
     for (const int signal : {SIGTERM, SIGHUP})
+        ::sigaction(signal, &action, nullptr);
+    action.sa_sigaction = passOnUnlessTyped;
+    action.sa_flags = SA_RESTART | SA_SIGINFO;
+    for (const int signal : {SIGINT, SIGQUIT})
         ::sigaction(signal, &action, nullptr);
 }
 
