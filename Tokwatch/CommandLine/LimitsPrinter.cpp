@@ -16,10 +16,15 @@ namespace tokwatch {
 namespace {
 
 constexpr std::size_t barColumns = 20;
+constexpr std::size_t shortBarColumns = 10;
 /// Labels and plans come from services.
 constexpr std::size_t longestLabel = 40;
+constexpr std::size_t shortLabel = 8;
 /// How a sentence goes on that tells that live limits are off.
 constexpr const char* turningOn = "; tokwatch preferences set claudeLiveLimits true turns them on.";
+
+/// The columns from the left.
+enum Place : std::size_t { atLabel, atLeft, atBar, atReset, atPace, atAge };
 
 class LimitsPrinter {
   public:
@@ -50,15 +55,21 @@ class LimitsPrinter {
   private:
     void addWindow(ProviderID provider, const LimitWindow& window, Date fetchedAt) {
         const LimitBarModel model(window, now);
-        table.add({{"  " + fitted(windowLabel(window), longestLabel)},
-                   {model.percentLeftText + " left", toneOf(model.leftFraction)},
-                   {track(model.leftFraction), toneOf(model.leftFraction)},
-                   {LimitTexts::reset(window, model, now, surroundings.calendar())},
-                   paceOf(provider, window, model),
-                   {ageText(window, fetchedAt), Tone::dim}});
+        const std::string label = windowLabel(window);
+        table.add(
+            {{"  " + fitted(label, longestLabel), Tone::plain, {"  " + fitted(label, shortLabel)}},
+             {model.percentLeftText + " left", toneOf(model.leftFraction)},
+             {track(model.leftFraction, barColumns),
+              toneOf(model.leftFraction),
+              {track(model.leftFraction, shortBarColumns)}},
+             {LimitTexts::reset(window, model, now, surroundings.calendar()),
+              Tone::plain,
+              {LimitTexts::shortReset(window, model, now)}},
+             paceOf(provider, window, model),
+             {ageText(window, fetchedAt), Tone::dim}});
     }
 
-    /// How it goes, and where that leads.
+    /// How it goes, and where that leads; where there is little room, the latter alone.
     Table::Cell paceOf(ProviderID provider, const LimitWindow& window,
                        const LimitBarModel& model) const {
         std::string text(caption(model.pace));
@@ -66,7 +77,8 @@ class LimitsPrinter {
         if (runOut.empty()) return {text, model.pace == Pace::over ? Tone::yellow : Tone::dim};
         const Tone tone = toneOf(model.leftFraction);
         return {text + (text.empty() ? "" : " · ") + runOut,
-                tone == Tone::red ? Tone::red : Tone::yellow};
+                tone == Tone::red ? Tone::red : Tone::yellow,
+                {runOut}};
     }
 
     void addCredits(const Credits& credits) {
@@ -75,9 +87,9 @@ class LimitsPrinter {
     }
 
     /// A bar as wide as the whole limit, so that what is gone can be seen.
-    static std::string track(double left) {
-        std::string filled = bar(left, barColumns);
-        for (std::size_t width = displayWidth(filled); width < barColumns; ++width)
+    static std::string track(double left, std::size_t columns) {
+        std::string filled = bar(left, columns);
+        for (std::size_t width = displayWidth(filled); width < columns; ++width)
             filled += "·";
         return filled;
     }
@@ -99,7 +111,8 @@ class LimitsPrinter {
     const Preferences& preferences;
     const RunOuts& runOuts;
     Date now;
-    Table table{{{""}, {"", Align::right}, {""}, {""}, {""}, {""}}};
+    Table table{{{""}, {"", Align::right}, {""}, {""}, {""}, {""}},
+                {atBar, atBar, atPace, atAge, atReset, atLabel, atPace}};
 };
 
 } // namespace

@@ -121,12 +121,15 @@ class ReportPrinter {
         std::optional<Cut> cut;
         if (isProject) cut = Cut::start;
         if (report.query.by == ReportBy::model) cut = Cut::end;
-        Table table({{columnTitle(), Align::left, cut},
+        constexpr std::size_t atSessions = 1;
+        constexpr std::size_t atBar = 5;
+        Table table({{columnTitle(), Align::left, cut, 16},
                      {"Sessions", Align::right},
                      {"Tokens", Align::right},
                      {"Cost", Align::right},
                      {"Share", Align::right},
-                     {""}});
+                     {""}},
+                    {atBar, atSessions});
         double largest = 0;
         for (const ReportRow& row : report.rows)
             largest = std::max(largest, shareOf(row));

@@ -47,10 +47,14 @@ LimitNotice unavailable(ProviderID provider, const std::string& tool, bool claud
 
 std::string LimitTexts::reset(const LimitWindow& window, const LimitBarModel& bar, Date now,
                               const Calendar& calendar) {
+    const std::string text = shortReset(window, bar, now);
+    if (!bar.resetText || *window.resetsAt <= now) return text;
+    return text + " · " + DayFormat::coming(*window.resetsAt, now, calendar);
+}
+
+std::string LimitTexts::shortReset(const LimitWindow& window, const LimitBarModel& bar, Date now) {
     if (!bar.resetText) return "";
-    if (*window.resetsAt <= now) return "has reset";
-    return "resets in " + *bar.resetText + " · " +
-           DayFormat::coming(*window.resetsAt, now, calendar);
+    return *window.resetsAt <= now ? "has reset" : "resets in " + *bar.resetText;
 }
 
 std::string LimitTexts::runOut(Date moment, Date now, const Calendar& calendar) {

@@ -14,6 +14,8 @@ struct LimitTexts {
     /// "resets in 3h 5m · 20:45", "has reset"; empty when the reset is unknown.
     static std::string reset(const LimitWindow& window, const LimitBarModel& bar, Date now,
                              const Calendar& calendar);
+    /// The same without the time of day: "resets in 3h 5m".
+    static std::string shortReset(const LimitWindow& window, const LimitBarModel& bar, Date now);
     /// "runs out about 14:00": to five minutes where that is hours away, else to the hour. It is
     /// never told of the past.
     static std::string runOut(Date moment, Date now, const Calendar& calendar);

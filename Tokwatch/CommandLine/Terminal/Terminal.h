@@ -39,7 +39,8 @@ class Terminal {
     /// The plain text (`plainText`) in a tone, where there is colour.
     std::string paint(Tone tone, std::string_view text) const;
 
-    /// What is written on a terminal like this one of so many columns, a line each.
+    /// What is written on a terminal like this one of so many columns, a line each. What is longer
+    /// is wrapped at blanks.
     std::vector<std::string> page(std::size_t columns,
                                   const std::function<void(Terminal&)>& write) const;
 
