@@ -114,7 +114,7 @@ void Table::fit(std::size_t most) {
     for (std::size_t i = steps.size(); i-- > 0;) {
         std::vector<std::size_t> fewer = steps;
         fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(i));
-        if (fitsAfter(fewer)) steps = fewer;
+        if (fitsAfter(fewer)) steps = std::move(fewer);
     }
     for (const std::size_t column : steps)
         giveWay(column);
