@@ -24,7 +24,7 @@ constexpr std::size_t shortLabel = 8;
 constexpr const char* turningOn = "; tokwatch preferences set claudeLiveLimits true turns them on.";
 
 /// The columns from the left.
-enum Place : std::size_t { atLabel, atLeft, atBar, atReset, atPace, atAge };
+enum ColumnPlace : std::size_t { atLabel, atLeft, atBar, atReset, atPace, atAge };
 
 class LimitsPrinter {
   public:
