@@ -1,5 +1,6 @@
 #include "KivoPanel/PanelPlacement.h"
 #include "KivoPanel/PopupPanel.h"
+#include "KivoPanel/SavedFrame.h"
 #include "Tests/Support/EventLoop.h"
 #include "Tokwatch/Desktop/StatusAreaPlace.h"
 
@@ -43,6 +44,44 @@ TEST(PanelPlacement, GuessesTheStatusAreaAtTheEndOfThePanel) {
     const QRect screen(0, 0, 1920, 1080);
     EXPECT_EQ(likelyStatusArea(screen, belowAPanel, false), QPoint(1919, 0));
     EXPECT_EQ(likelyStatusArea(screen, aboveAPanel, true), QPoint(0, 1079));
+}
+
+TEST(SavedFrames, ComeBackOnTheirScreenAndOnAVisiblePlaceWhereItIsGone) {
+    const ScreenArea laptop{"eDP-1", {0, 0, 1280, 800}, {0, 30, 1280, 770}};
+    const ScreenArea monitor{"HDMI-1", {1280, -100, 1920, 1080}, {1280, -100, 1920, 1040}};
+    const QList<ScreenArea> both{laptop, monitor};
+    const QRect onLaptop(40, 50, 240, 140);
+    const QRect onMonitor(2900, 700, 240, 140);
+    const SavedFrames left = remembering(remembering({}, onLaptop, both), onMonitor, both);
+    struct Case {
+        const char* what;
+        SavedFrames frames;
+        QList<ScreenArea> screens;
+        QRect place;
+    };
+    for (const Case& c : {
+             Case{"where it was left last", left, both, onMonitor},
+             {"its screen is gone: where it was on the other", left, {laptop}, onLaptop},
+             {"on a screen that moved",
+              left,
+              {laptop, {"HDMI-1", {-1920, 0, 1920, 1080}, {-1920, 0, 1920, 1040}}},
+              onMonitor.translated(-3200, 100)},
+             {"on none of its screens: inside the first",
+              {left[0]},
+              {laptop},
+              {1040, 660, 240, 140}},
+             {"moved back on the other", remembering(left, onLaptop, both), both, onLaptop},
+             {"below a bar", remembering({}, {-9, 3, 240, 140}, both), both, {0, 30, 240, 140}},
+             {"larger than a screen", SavedFrames{{"eDP-1", {5, 40, 4000, 3000}}}, both,
+              laptop.visible},
+             {"nowhere yet", {}, both, {}},
+             {"without a screen", left, {}, {}},
+         }) {
+        EXPECT_EQ(visiblePlace(c.frames, c.screens), c.place) << c.what;
+        EXPECT_EQ(savedFramesFrom(textOf(c.frames)), c.frames) << c.what;
+    }
+    EXPECT_EQ(savedFramesFrom(u"1 2 3 4 Lid 2\n\n1 2 3\n1 2 0 4 x\n9999999 2 3 4 x\n1 2 3 4"),
+              (SavedFrames{{"Lid 2", {1, 2, 3, 4}}, {"", {1, 2, 3, 4}}}));
 }
 
 struct PopupPanelTest : ::testing::Test {
