@@ -118,3 +118,5 @@ void DBusMenu::click(int itemId) {
 }
 
 } // namespace kivo
+
+#include "moc_DBusMenu.cpp"

@@ -77,3 +77,5 @@ QList<int> DBusMenuAdaptor::AboutToShowGroup(const QList<int>& ids, QList<int>& 
 }
 
 } // namespace kivo
+
+#include "moc_DBusMenuAdaptor.cpp"

@@ -108,3 +108,5 @@ void PanelTone::update() {
 }
 
 } // namespace kivo
+
+#include "moc_PanelTone.cpp"

@@ -134,3 +134,5 @@ uint StatusAreaHost::processOf(const QString& service) const {
 }
 
 } // namespace kivo
+
+#include "moc_StatusAreaHost.cpp"

@@ -70,3 +70,5 @@ void StatusNotifierAdaptor::Scroll(int delta, const QString& orientation) {
 }
 
 } // namespace kivo
+
+#include "moc_StatusNotifierAdaptor.cpp"

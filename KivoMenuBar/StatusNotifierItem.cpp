@@ -106,3 +106,5 @@ void StatusNotifierItem::setToolTip(const QString& toolTipTitle, const QString& 
 }
 
 } // namespace kivo
+
+#include "moc_StatusNotifierItem.cpp"

@@ -116,3 +116,5 @@ bool PopupPanel::eventFilter(QObject* watched, QEvent* event) {
 }
 
 } // namespace kivo
+
+#include "moc_PopupPanel.cpp"

@@ -126,3 +126,5 @@ void DesktopAppearance::assign(const Appearance& next) {
 }
 
 } // namespace kivo
+
+#include "moc_DesktopAppearance.cpp"

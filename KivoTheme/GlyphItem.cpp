@@ -27,3 +27,5 @@ void GlyphItem::paint(QPainter* painter) {
 }
 
 } // namespace kivo
+
+#include "moc_GlyphItem.cpp"

@@ -104,3 +104,5 @@ Palette Palette::of(const Appearance& appearance) {
 }
 
 } // namespace kivo
+
+#include "moc_Palette.cpp"

@@ -220,3 +220,5 @@ void SymbolItem::draw(QPainter& painter) const {
 }
 
 } // namespace kivo
+
+#include "moc_SymbolItem.cpp"

@@ -67,3 +67,5 @@ Theme* Theme::create(QQmlEngine* engine, QJSEngine*) {
 }
 
 } // namespace kivo
+
+#include "moc_Theme.cpp"

@@ -9,8 +9,8 @@ target_compile_options(TokwatchBuildFlags INTERFACE
   # g++ 14 takes the members of what std::optional::emplace makes for uninitialised; g++ 12 keeps watch over this one.
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_GREATER_EQUAL:$<CXX_COMPILER_VERSION>,13>>:-Wno-maybe-uninitialized>)
 if(CMAKE_UNITY_BUILD)
-  # A folder is compiled as one file under the sanitizers, in a third of the time: a name in an anonymous namespace
-  # stands once in a folder, or its file says SKIP_UNITY_BUILD_INCLUSION. The compiler then takes sources for headers.
+  # A folder is compiled as one file, but for debugging, in a third of the time: a name in an anonymous namespace stands
+  # once in a folder, or its file is ALONE. The compiler then takes sources for headers.
   target_compile_options(TokwatchBuildFlags INTERFACE -Wno-subobject-linkage)
 endif()
 if(TOKWATCH_WARNINGS_AS_ERRORS)
@@ -92,10 +92,12 @@ function(tokwatch_keep_alone)
   endforeach()
 endfunction()
 
-# tokwatch_module([MOC] [EXCEPT sources of programs …] [PUBLIC what the headers need …] [PRIVATE …]): the folder as a
-# library; MOC where it has a Q_OBJECT.
+# tokwatch_module([MOC] [EXCEPT sources of programs …] [ALONE sources …] [PUBLIC what the headers need …] [PRIVATE …]): the
+# folder as a library; MOC where it has a Q_OBJECT. ALONE stay out where folders are compiled as one file: their parts
+# have the names of a neighbour's, or one half of a folder needs the toolkit and the other is in the program that has to
+# do without (Tokwatch/CommandLine/Assistant).
 function(tokwatch_module)
-  cmake_parse_arguments(ARG "MOC" "" "PUBLIC;PRIVATE;EXCEPT" ${ARGN})
+  cmake_parse_arguments(ARG "MOC" "" "PUBLIC;PRIVATE;EXCEPT;ALONE" ${ARGN})
   tokwatch_folder()
   if(ARG_EXCEPT)
     list(REMOVE_ITEM sources ${ARG_EXCEPT})
@@ -108,10 +110,29 @@ function(tokwatch_module)
   endif()
   add_library(${name} STATIC ${sources})
   tokwatch_keep_alone(${sources})
+  set_source_files_properties(${ARG_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   set_target_properties(${name} PROPERTIES AUTOMOC ${ARG_MOC})
   tokwatch_export(${name} PUBLIC)
   tokwatch_use(${name} PUBLIC ${ARG_PUBLIC})
   tokwatch_use(${name} PRIVATE TokwatchBuildFlags ${ARG_PRIVATE})
+endfunction()
+
+# tokwatch_compile_written(TARGET): what the QML compiler writes, as one file, in a fifth of the time; as that of a system
+# header, since it is not ours to warn about.
+function(tokwatch_compile_written target)
+  get_target_property(written ${target} SOURCES)
+  list(FILTER written INCLUDE REGEX "/\\.rcc/qmlcache/.*\\.cpp$")
+  if(NOT written)
+    return()
+  endif()
+  set_source_files_properties(${written} PROPERTIES HEADER_FILE_ONLY ON)
+  list(TRANSFORM written REPLACE "(.+)" "#include \"\\1\"\n")
+  string(JOIN "" includes ${written})
+  set(together ${CMAKE_CURRENT_BINARY_DIR}/${target}Written)
+  file(CONFIGURE OUTPUT ${together}.h CONTENT "#pragma GCC system_header\n${includes}")
+  file(CONFIGURE OUTPUT ${together}.cpp CONTENT "#include \"${together}.h\"\n")
+  set_source_files_properties(${together}.cpp PROPERTIES SKIP_AUTOGEN ON SKIP_UNITY_BUILD_INCLUSION ON)
+  target_sources(${target} PRIVATE ${together}.cpp)
 endfunction()
 
 # tokwatch_qml_module(URI uri [PUBLIC …] [PRIVATE …]): the folder as a library of QML components and the C++ types beside
@@ -140,10 +161,7 @@ function(tokwatch_qml_module)
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
   tokwatch_use(${name} PUBLIC Qt6::Quick ${ARG_PUBLIC})
   tokwatch_use(${name} PRIVATE TokwatchBuildFlags ${ARG_PRIVATE})
-  # What the QML compiler writes is not ours to warn about.
-  get_target_property(written ${name} SOURCES)
-  list(FILTER written INCLUDE REGEX "/\\.rcc/qmlcache/")
-  set_source_files_properties(${written} PROPERTIES COMPILE_OPTIONS -w)
+  tokwatch_compile_written(${name})
 endfunction()
 
 # All that is also run under the thread sanitizer: the tests with the label "concurrent".

@@ -127,3 +127,5 @@ void DesktopAlerts::notificationClosed(uint id, uint /*reason*/) {
 }
 
 } // namespace tokwatch
+
+#include "moc_DesktopAlerts.cpp"

@@ -103,3 +103,5 @@ void DesktopBus::networkdChanged(const QString& /*interface*/, const QVariantMap
 }
 
 } // namespace tokwatch
+
+#include "moc_DesktopBus.cpp"

@@ -346,3 +346,5 @@ void AppDelegate::openSettings() {
 }
 
 } // namespace tokwatch
+
+#include "moc_AppDelegate.cpp"

@@ -65,3 +65,5 @@ bool ContentWindow::eventFilter(QObject* watched, QEvent* event) {
 }
 
 } // namespace tokwatch
+
+#include "moc_ContentWindow.cpp"

@@ -42,3 +42,5 @@ void ContextMenuWindow::close() {
 }
 
 } // namespace tokwatch
+
+#include "moc_ContextMenuWindow.cpp"

@@ -123,3 +123,5 @@ bool PopoverWindow::eventFilter(QObject* watched, QEvent* event) {
 }
 
 } // namespace tokwatch
+
+#include "moc_PopoverWindow.cpp"

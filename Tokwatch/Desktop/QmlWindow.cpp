@@ -73,3 +73,5 @@ void QmlWindow::release() {
 }
 
 } // namespace tokwatch
+
+#include "moc_QmlWindow.cpp"

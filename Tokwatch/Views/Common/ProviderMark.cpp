@@ -24,3 +24,6 @@ void ProviderMark::draw(QPainter& painter) const {
 }
 
 } // namespace tokwatch
+
+#include "moc_ProviderMark.cpp"
+#include "moc_Segment.cpp"

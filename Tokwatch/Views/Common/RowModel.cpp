@@ -87,3 +87,5 @@ void RowModel::assignEntries(std::vector<Entry> next) {
 }
 
 } // namespace tokwatch
+
+#include "moc_RowModel.cpp"

@@ -44,3 +44,5 @@ void MenuView::choose(int row) {
 }
 
 } // namespace tokwatch
+
+#include "moc_MenuView.cpp"

@@ -85,3 +85,5 @@ void OnboardingView::finish() {
 }
 
 } // namespace tokwatch
+
+#include "moc_OnboardingView.cpp"

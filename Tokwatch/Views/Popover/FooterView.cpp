@@ -95,3 +95,5 @@ FooterState FooterView::state(const AppModel& model, Date now) const {
 }
 
 } // namespace tokwatch
+
+#include "moc_FooterView.cpp"

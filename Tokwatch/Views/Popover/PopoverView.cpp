@@ -27,3 +27,5 @@ void PopoverView::refresh() {
 }
 
 } // namespace tokwatch
+
+#include "moc_PopoverView.cpp"

@@ -58,3 +58,5 @@ void AlertsView::setQuietUntil(const QString& time) {
 }
 
 } // namespace tokwatch
+
+#include "moc_AlertsView.cpp"

@@ -70,3 +70,5 @@ void GeneralView::showSettingsFile() {
 }
 
 } // namespace tokwatch
+
+#include "moc_GeneralView.cpp"

@@ -147,3 +147,5 @@ void MenuBarView::setCritical(double left) {
 }
 
 } // namespace tokwatch
+
+#include "moc_MenuBarView.cpp"

@@ -98,3 +98,5 @@ void ProvidersView::openUsagePage(const QString& provider) {
 }
 
 } // namespace tokwatch
+
+#include "moc_ProvidersView.cpp"

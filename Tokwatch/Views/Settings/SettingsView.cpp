@@ -23,3 +23,5 @@ QString SettingsView::version() {
 }
 
 } // namespace tokwatch
+
+#include "moc_SettingsView.cpp"

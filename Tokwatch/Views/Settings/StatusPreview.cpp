@@ -117,3 +117,5 @@ void StatusPreview::paint(QPainter* painter) {
 }
 
 } // namespace tokwatch
+
+#include "moc_StatusPreview.cpp"

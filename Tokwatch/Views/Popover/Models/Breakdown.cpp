@@ -44,3 +44,5 @@ QStringList useFields(const SummaryDisplay::Use& use) {
 }
 
 } // namespace tokwatch
+
+#include "moc_Breakdown.cpp"

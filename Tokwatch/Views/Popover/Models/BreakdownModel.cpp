@@ -52,3 +52,5 @@ QHash<int, QByteArray> BreakdownModel::roleNames() const {
 }
 
 } // namespace tokwatch
+
+#include "moc_BreakdownModel.cpp"

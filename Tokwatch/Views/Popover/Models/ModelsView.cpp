@@ -143,3 +143,5 @@ void ModelsView::copyCSV() const {
 }
 
 } // namespace tokwatch
+
+#include "moc_ModelsView.cpp"

@@ -55,3 +55,5 @@ void FollowedSummary::take() {
 }
 
 } // namespace tokwatch
+
+#include "moc_ShownRange.cpp"

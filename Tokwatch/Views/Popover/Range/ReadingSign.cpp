@@ -32,3 +32,5 @@ void ReadingSign::show() {
 }
 
 } // namespace tokwatch
+
+#include "moc_ReadingSign.cpp"

@@ -163,3 +163,5 @@ void ChartColumns::paintLabels(QPainter& painter, const Layout& plan) const {
 }
 
 } // namespace tokwatch
+
+#include "moc_ChartColumns.cpp"

@@ -163,3 +163,5 @@ ChartDays ChartDays::of(const UsageSummary& summary, SummaryUnit unit, const Cal
 }
 
 } // namespace tokwatch
+
+#include "moc_ChartDays.cpp"

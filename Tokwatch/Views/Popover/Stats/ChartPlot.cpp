@@ -136,3 +136,5 @@ void ChartPlot::focusOutEvent(QFocusEvent*) {
 }
 
 } // namespace tokwatch
+
+#include "moc_ChartPlot.cpp"

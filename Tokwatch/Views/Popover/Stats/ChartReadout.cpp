@@ -18,3 +18,5 @@ void nameWhole(ChartReadout& readout, std::int64_t days) {
 }
 
 } // namespace tokwatch
+
+#include "moc_ChartReadout.cpp"

@@ -134,3 +134,5 @@ void HeatMapCells::paintLabels(QPainter& painter, const Layout& plan) const {
 }
 
 } // namespace tokwatch
+
+#include "moc_HeatMapCells.cpp"

@@ -104,3 +104,5 @@ HeatMapDays HeatMapDays::of(const UsageSummary& summary, SummaryUnit unit,
 }
 
 } // namespace tokwatch
+
+#include "moc_HeatMapDays.cpp"

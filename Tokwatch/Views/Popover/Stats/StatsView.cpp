@@ -60,3 +60,5 @@ HeatMapDays StatsView::computeCalendar() const {
 }
 
 } // namespace tokwatch
+
+#include "moc_StatsView.cpp"

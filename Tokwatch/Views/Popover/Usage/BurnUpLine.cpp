@@ -33,3 +33,5 @@ BurnUpLine BurnUpLine::of(const BurnUp& course, const std::optional<Forecast>& f
 }
 
 } // namespace tokwatch
+
+#include "moc_BurnUpLine.cpp"

@@ -64,3 +64,5 @@ void BurnUpPlot::paint(QPainter* painter) {
 }
 
 } // namespace tokwatch
+
+#include "moc_BurnUpPlot.cpp"

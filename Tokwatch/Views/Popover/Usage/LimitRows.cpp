@@ -150,3 +150,5 @@ std::vector<QuietProvider> quietProviders(const ProvidersKnown& known) {
 }
 
 } // namespace tokwatch
+
+#include "moc_LimitRows.cpp"

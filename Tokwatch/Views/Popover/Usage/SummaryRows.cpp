@@ -55,3 +55,5 @@ SummaryCard summaryCard(const UsageSummary& summary, SummaryUnit unit) {
 }
 
 } // namespace tokwatch
+
+#include "moc_SummaryRows.cpp"

@@ -83,3 +83,5 @@ void UsageView::toggleUnit() {
 }
 
 } // namespace tokwatch
+
+#include "moc_UsageView.cpp"
