@@ -2,6 +2,7 @@
 
 #include "Tokwatch/CommandLine/Terminal/Table.h"
 #include "TokwatchCore/Records/RecordCoding.h"
+#include "TokwatchCore/Support/ApplicationVersion.h"
 
 #include <limits>
 #include <string_view>
@@ -47,7 +48,7 @@ std::string escapedForMarkup(std::string_view text) {
 
 std::string waybarLine(const StatusTitle& title) {
     Json json = Json::object();
-    json["text"] = escapedForMarkup(title.text.value_or("Tokwatch"));
+    json["text"] = escapedForMarkup(title.text.value_or(std::string(applicationName)));
     json["alt"] = title.text ? std::string(rawValue(*title.provider)) : "none";
     json["tooltip"] = escapedForMarkup(title.tooltip);
     json["class"] = nameOf(title.severity);

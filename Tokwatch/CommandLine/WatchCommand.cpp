@@ -9,6 +9,7 @@
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Report/ResponseFiles.h"
+#include "TokwatchCore/Support/ApplicationVersion.h"
 
 #include <algorithm>
 #include <optional>
@@ -98,7 +99,7 @@ class Watch {
     void write(Terminal& page) {
         const CommandSurroundings here{surroundings.paths, surroundings.calendar, surroundings.now,
                                        page};
-        page.line(page.paint(Tone::bold, "Tokwatch") + "  " +
+        page.line(page.paint(Tone::bold, applicationName) + "  " +
                   DayFormat::clock(surroundings.now(), surroundings.calendar()));
         page.line();
         const Preferences& preferences = application.preferences();

@@ -5,19 +5,13 @@
 #include "TokwatchCore/Presentation/LimitBarModel.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
 #include "TokwatchCore/Presentation/WindowLabel.h"
+#include "TokwatchCore/Support/ApplicationVersion.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace tokwatch {
 namespace {
-
-constexpr std::string_view applicationName = "Tokwatch";
-
-const LimitWindow* windowWithID(const ProviderLimits& limits, const std::string& id) {
-    const auto found = std::ranges::find(limits.windows, id, &LimitWindow::id);
-    return found == limits.windows.end() ? nullptr : &*found;
-}
 
 const ProviderLimits* limitsOf(const LimitsByProvider& limits, ProviderID provider) {
     const auto found = limits.find(provider);
@@ -118,7 +112,7 @@ const LimitWindow* menuBarWindow(const Preferences& preferences, ProviderID prov
     const WindowChoices& choices = preferences.menuBarWindows;
     const auto choice = choices.find(std::string(rawValue(provider)));
     const LimitWindow* chosen =
-        choice == choices.end() ? nullptr : windowWithID(limits, choice->second);
+        choice == choices.end() ? nullptr : limits.windowWithID(choice->second);
     return chosen ? chosen : tightestWindow(limits, now);
 }
 

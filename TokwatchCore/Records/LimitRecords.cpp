@@ -5,6 +5,11 @@
 
 namespace tokwatch {
 
+const LimitWindow* ProviderLimits::windowWithID(std::string_view id) const {
+    const auto found = std::ranges::find(windows, id, &LimitWindow::id);
+    return found == windows.end() ? nullptr : &*found;
+}
+
 ProviderLimits ProviderLimits::markedStale() const {
     ProviderLimits copy = *this;
     for (LimitWindow& window : copy.windows) {

@@ -88,6 +88,8 @@ struct ProviderLimits {
     /// A copy whose live and local windows are stale as of `fetchedAt`; windows already stale keep
     /// their date.
     ProviderLimits markedStale() const;
+    /// Null where there is none of that id. Lives as long as the windows stay as they are.
+    const LimitWindow* windowWithID(std::string_view id) const;
 
     friend bool operator==(const ProviderLimits&, const ProviderLimits&) = default;
 };

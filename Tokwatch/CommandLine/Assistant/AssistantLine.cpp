@@ -7,18 +7,12 @@
 #include "TokwatchCore/Presentation/MeterFormat.h"
 #include "TokwatchCore/Presentation/WindowLabel.h"
 #include "TokwatchCore/Records/ClaudeWindows.h"
+#include "TokwatchCore/Support/ApplicationVersion.h"
 
 #include <algorithm>
 
 namespace tokwatch {
 namespace {
-
-constexpr std::string_view applicationName = "Tokwatch";
-
-const LimitWindow* windowWithID(const ProviderLimits& limits, std::string_view id) {
-    const auto found = std::ranges::find(limits.windows, id, &LimitWindow::id);
-    return found == limits.windows.end() ? nullptr : &*found;
-}
 
 class LineWriter {
   public:
@@ -52,7 +46,7 @@ class LineWriter {
 
     /// "Session 58% left (2h 10m)"
     std::string limit(std::string_view id) const {
-        const LimitWindow* window = facts.limits ? windowWithID(*facts.limits, id) : nullptr;
+        const LimitWindow* window = facts.limits ? facts.limits->windowWithID(id) : nullptr;
         if (window == nullptr) return {};
         const LimitBarModel bar(*window, now);
         std::string text = windowLabel(*window) + ' ' + bar.percentLeftText + " left";

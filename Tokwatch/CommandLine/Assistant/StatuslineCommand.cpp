@@ -109,14 +109,15 @@ CLI::App& addStatusline(CLI::App& app, DataArguments& arguments, StatuslineOptio
             "--format",
             [&options](const std::vector<std::string>& names) {
                 options.parts.clear();
-                for (const std::string& name : names)
-                    options.parts.push_back(*caseNamed<LinePart>(name));
+                for (const std::string& name : names) {
+                    if (const auto part = caseNamed<LinePart>(name))
+                        options.parts.push_back(*part);
+                    else
+                        options.unknownParts.push_back(name);
+                }
             },
             "Which parts, in which order (default: all)")
         ->delimiter(',')
-        ->check(CLI::IsMember(std::vector<std::string>(caseNames<LinePart>.begin(),
-                                                       caseNames<LinePart>.end()))
-                    .description(""))
         ->type_name("PART,...");
     return command;
 }
@@ -133,7 +134,11 @@ int runStatusline(const DataArguments& arguments, const StatuslineOptions& optio
         terminal.line(jsonText(assistantJson(facts)));
     } else {
         const PlainSettings settings = PlainSettings::read(settingsPath());
-        terminal.line(assistantLine(facts, options.parts, settings, terminal, now));
+        std::string line = assistantLine(facts, options.parts, settings, terminal, now);
+        for (const std::string& unknown : options.unknownParts)
+            line += " · no part is called \"" + unknown + "\", only " +
+                    CLI::detail::join(caseNames<LinePart>, ", ");
+        terminal.line(line);
     }
     return terminal.flush() ? exitFailure : exitOk;
 }

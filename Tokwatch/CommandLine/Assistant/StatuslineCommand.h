@@ -3,12 +3,14 @@
 #include "Tokwatch/CommandLine/Assistant/AssistantLine.h"
 #include "Tokwatch/CommandLine/Frame/CommandFrame.h"
 
+#include <string>
 #include <vector>
 
 namespace tokwatch {
 
 struct StatuslineOptions {
     std::vector<LinePart> parts{allCases<LinePart>.begin(), allCases<LinePart>.end()};
+    std::vector<std::string> unknownParts; ///< as they were named
 };
 
 /// Registers `tokwatch statusline`.
@@ -19,7 +21,8 @@ CLI::App& addStatusline(CLI::App& app, DataArguments& arguments, StatuslineOptio
 /// line.
 ///
 /// Whatever is told and whatever fails, there is a line and the status is 0: an error would leave
-/// the user's prompt without one. No login is read and nobody is asked, which is all that the
+/// the user's prompt without one. Parts that do not exist are said there, as nobody sees standard
+/// error. No login is read and nobody is asked, which is all that the
 /// switch for Claude's live limits forbids: while it is off, the user who had this command put into
 /// the assistant gets its numbers all the same. They are stored as usual, and other surfaces show
 /// them by the switch, with their date.

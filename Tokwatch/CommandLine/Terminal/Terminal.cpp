@@ -11,8 +11,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
-#include <sstream>
 #include <utility>
 
 namespace tokwatch {
