@@ -55,7 +55,7 @@ struct LimitAlertsTest : ::testing::Test, testing::ModelWorld {
         settle();
     }
 
-    std::unique_ptr<QSettings> alertSettings = alertSettingsFile(data / "Notifications.conf");
+    std::unique_ptr<QSettings> alertSettings = settingsFile(data / "Notifications.conf");
     AlertPreferences alertPreferences{*alertSettings};
     FakeAlertDisplay display;
     std::optional<LimitAlerts> alerts;

@@ -194,7 +194,9 @@ TEST_F(CommandTest, GetsAndSetsPreferences) {
     EXPECT_EQ(here({"preferences", "set", "warningThreshold", "0.4"}).status, 0);
     EXPECT_EQ(here({"preferences", "get", "warningThreshold"}).out, "0.4\n");
     EXPECT_EQ(json({"preferences", "list"})["warningThreshold"], 0.4);
-    EXPECT_THAT(here({"preferences"}).out, HasSubstr("warningThreshold        0.4 "));
+    EXPECT_THAT(here({"preferences"}).out, HasSubstr("warningThreshold          0.4 "));
+    EXPECT_EQ(here({"preferences", "set", "notifications.quietFrom", "21:30"}).status, 0);
+    EXPECT_EQ(json({"preferences"})["notifications.quietFrom"], "21:30");
     std::filesystem::remove_all(world / "config");
     world.write("config", "");
     expectFailure(here({"preferences", "set", "tintEnabled", "no"}), 1);

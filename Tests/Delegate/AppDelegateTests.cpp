@@ -95,7 +95,7 @@ class AppDelegateTest : public ::testing::Test {
     ManualScheduler time;
     std::unique_ptr<QSettings> settings = settingsFile(data / "settings.conf");
     Preferences preferences{*settings};
-    std::unique_ptr<QSettings> alertSettings = alertSettingsFile(data / "Notifications.conf");
+    std::unique_ptr<QSettings> alertSettings = settingsFile(data / "Notifications.conf");
     AlertPreferences alertPreferences{*alertSettings};
     DesktopBus desktopBus{appBus, appBus};
     std::optional<AppDelegate> delegate;

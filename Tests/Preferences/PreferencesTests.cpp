@@ -243,7 +243,7 @@ TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
 TEST_F(PreferencesTest, TellsOfWhatIsGraveAndNothingInQuietHours) {
     const std::filesystem::path place = file.parent_path() / "Notifications.conf";
     {
-        const std::unique_ptr<QSettings> kept = alertSettingsFile(place);
+        const std::unique_ptr<QSettings> kept = settingsFile(place);
         AlertPreferences alerts(*kept);
         EXPECT_THAT(alerts.wanted(), ElementsAre(AlertKind::usedUp, AlertKind::critical));
         EXPECT_FALSE(alerts.isQuietAt({23 * 60}));
@@ -253,7 +253,7 @@ TEST_F(PreferencesTest, TellsOfWhatIsGraveAndNothingInQuietHours) {
             EXPECT_NE(alerts.quietUntil.assignText(nonsense), std::nullopt) << nonsense;
         EXPECT_EQ(alerts.quietUntil.assignText("7:05"), std::nullopt);
     }
-    const std::unique_ptr<QSettings> kept = alertSettingsFile(place);
+    const std::unique_ptr<QSettings> kept = settingsFile(place);
     AlertPreferences alerts(*kept);
     EXPECT_TRUE(alerts.reset);
     EXPECT_EQ(alerts.quietUntil.text(), "7:05");

@@ -11,8 +11,6 @@
 #include <QtQml/QQmlExtensionPlugin>
 #include <QtQuickTest>
 
-#include <algorithm>
-
 Q_IMPORT_QML_PLUGIN(Kivo_ThemePlugin)
 Q_IMPORT_QML_PLUGIN(Kivo_SettingsPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_CommonPlugin)
@@ -76,8 +74,7 @@ class QuickWorld : public QObject {
   private:
     AnySetting& setting(const QString& key) const {
         if (AnySetting* found = world.preferences->named(key.toStdString())) return *found;
-        const auto& alerts = world.alertPreferences.all();
-        return **std::ranges::find(alerts, key.toStdString(), &AnySetting::name);
+        return *world.alertPreferences.named(key.toStdString());
     }
 
     ViewWorld world{".claude/projects/a/b.jsonl", ".grok/sessions/a"};

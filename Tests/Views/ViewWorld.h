@@ -63,7 +63,7 @@ class ViewWorld : public ModelWorld {
     ViewClock clock{time.clock()};
     kivo::LoginItem loginItem{home / ".config/autostart",
                               {"app.tokwatch", "Tokwatch", "", {"/usr/bin/tokwatch"}, ""}};
-    std::unique_ptr<QSettings> alertSettings = alertSettingsFile(data / "Notifications.conf");
+    std::unique_ptr<QSettings> alertSettings = settingsFile(data / "Notifications.conf");
     AlertPreferences alertPreferences{*alertSettings};
     SettingsPlaces places{home / ".local/share/Tokwatch/usage.sqlite",
                           home / ".config/Tokwatch/Tokwatch.conf", alertPreferences, loginItem,

@@ -1,9 +1,8 @@
 #include "Tokwatch/CommandLine/Completion.h"
 
-#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/AllSettings.h"
 
 #include <CLI/CLI.hpp>
-#include <QSettings>
 
 #include <string_view>
 
@@ -18,11 +17,10 @@ std::string line(std::string_view word, std::string_view about) {
 
 /// In a list only the last item is offered, together with those before it.
 Lines valuesOfSetting(const std::string& name, const std::string& current) {
-    const std::unique_ptr<QSettings> nothing = settingsOfNobody();
-    const Preferences preferences(*nothing);
-    const AnySetting* setting = preferences.named(name);
-    if (setting == nullptr) return {};
-    const SettingDomain domain = setting->domain();
+    const AllSettings nobodys = AllSettings::ofNobody();
+    const std::optional<NamedSetting> named = nobodys.named(name);
+    if (!named) return {};
+    const SettingDomain domain = named->setting.domain();
     const std::size_t comma = domain.isList ? current.rfind(',') : std::string::npos;
     const std::string before = comma == std::string::npos ? "" : current.substr(0, comma + 1);
     Lines lines;
@@ -32,11 +30,10 @@ Lines valuesOfSetting(const std::string& name, const std::string& current) {
 }
 
 Lines settings() {
-    const std::unique_ptr<QSettings> nothing = settingsOfNobody();
-    const Preferences preferences(*nothing);
+    const AllSettings nobodys = AllSettings::ofNobody();
     Lines lines;
-    for (const AnySetting* setting : preferences.all())
-        lines.push_back(line(setting->name, setting->about + (": " + setting->domain().values)));
+    for (const auto& [name, setting, group, file] : nobodys.all())
+        lines.push_back(line(name, setting.about + (": " + setting.domain().values)));
     return lines;
 }
 

@@ -1,19 +1,11 @@
 #include "Tokwatch/CommandLine/Commands.h"
 
 #include "Tokwatch/CommandLine/Terminal/Table.h"
-#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/AllSettings.h"
 #include "TokwatchCore/Records/RecordCoding.h"
-
-#include <QSettings>
 
 namespace tokwatch {
 namespace {
-
-/// Settings for the time of one command.
-struct HeldPreferences {
-    std::unique_ptr<QSettings> settings;
-    Preferences preferences{*settings};
-};
 
 Json jsonOf(const std::string& text) {
     Json value = Json::parse(text, nullptr, false);
@@ -23,47 +15,46 @@ Json jsonOf(const std::string& text) {
 } // namespace
 
 std::vector<std::string> settingNames() {
-    const HeldPreferences nobody{settingsOfNobody()};
     std::vector<std::string> names;
-    for (const AnySetting* setting : nobody.preferences.all())
-        names.emplace_back(setting->name);
+    for (const NamedSetting& each : AllSettings::ofNobody().all())
+        names.push_back(each.name);
     return names;
 }
 
 int runPreferencesList(const CommandSurroundings& surroundings) {
-    const HeldPreferences user{userSettings()};
+    const AllSettings settings = AllSettings::ofUser();
     if (surroundings.json) {
         Json all = Json::object();
-        for (const AnySetting* setting : user.preferences.all())
-            all[setting->name] = jsonOf(setting->text());
+        for (const NamedSetting& each : settings.all())
+            all[each.name] = jsonOf(each.setting.text());
         surroundings.terminal.line(jsonText(all));
         return exitOk;
     }
     Table table({{"Setting"}, {"Value"}, {"May be"}});
-    for (const AnySetting* setting : user.preferences.all())
-        table.add({{setting->name, Tone::bold},
-                   {fitted(setting->text(), 200)},
-                   {setting->domain().values, Tone::dim}});
+    for (const NamedSetting& each : settings.all())
+        table.add({{each.name, Tone::bold},
+                   {fitted(each.setting.text(), 200)},
+                   {each.setting.domain().values, Tone::dim}});
     table.print(surroundings.terminal);
     return exitOk;
 }
 
 int runPreferencesGet(const CommandSurroundings& surroundings, const std::string& name) {
-    const HeldPreferences user{userSettings()};
-    const std::string value = user.preferences.named(name)->text();
+    const AllSettings settings = AllSettings::ofUser();
+    const std::string value = settings.named(name)->setting.text();
     surroundings.terminal.line(surroundings.json ? jsonText(jsonOf(value)) : value);
     return exitOk;
 }
 
 int runPreferencesSet(const CommandSurroundings& surroundings, const std::string& name,
                       const std::string& value) {
-    HeldPreferences user{userSettings()};
-    if (const auto refusal = user.preferences.named(name)->assignText(value)) {
-        surroundings.terminal.error(*refusal);
+    const AllSettings settings = AllSettings::ofUser();
+    const NamedSetting wanted = *settings.named(name);
+    if (const auto refusal = wanted.setting.assignText(value)) {
+        surroundings.terminal.error(wanted.name.substr(0, wanted.name.rfind('.') + 1) + *refusal);
         return exitUsage;
     }
-    if (!user.preferences.save())
-        throw CommandError("writing " + settingsPath().string() + " failed");
+    if (!wanted.group.save()) throw CommandError("writing " + wanted.file.string() + " failed");
     return exitOk;
 }
 

@@ -37,7 +37,7 @@ class WindowlessApplication {
     TerminationSignals termination{[] { EventLoop::end(exitOk); }};
     std::unique_ptr<QSettings> settings = userSettings();
     Preferences userPreferences{*settings};
-    std::unique_ptr<QSettings> alertSettings = userAlertSettings();
+    std::unique_ptr<QSettings> alertSettings = settingsFile(alertSettingsPath());
     AlertPreferences alertPreferences{*alertSettings};
     DesktopBus bus{QDBusConnection::sessionBus(), QDBusConnection::systemBus()};
     DesktopAlerts alertDisplay{bus.sessionBus()};

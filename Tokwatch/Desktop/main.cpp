@@ -76,7 +76,8 @@ int run(int argc, char** argv) {
     const std::unique_ptr<QSettings> settings = tokwatch::userSettings();
     tokwatch::Preferences preferences(*settings);
     preferences.followFile();
-    const std::unique_ptr<QSettings> alertSettings = tokwatch::userAlertSettings();
+    const std::unique_ptr<QSettings> alertSettings =
+        tokwatch::settingsFile(tokwatch::alertSettingsPath());
     tokwatch::AlertPreferences alertPreferences(*alertSettings);
     alertPreferences.followFile();
     tokwatch::QtScheduler scheduler;

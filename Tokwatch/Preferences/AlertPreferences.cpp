@@ -1,9 +1,6 @@
 #include "Tokwatch/Preferences/AlertPreferences.h"
 
-#include "Tokwatch/Preferences/Preferences.h"
-#include "Tokwatch/Preferences/SettingsFile.h"
-#include "Tokwatch/Preferences/SettingsFollower.h"
-#include "TokwatchCore/Support/SystemLog.h"
+#include "Tokwatch/Preferences/PlainSettings.h"
 
 #include <utility>
 
@@ -16,7 +13,7 @@ constexpr TimeOfDay morning{8 * 60};
 } // namespace
 
 AlertPreferences::AlertPreferences(QSettings& settings)
-    : list{settings, {}}, usedUp(list, "usedUp", "tell that a limit is used up", true),
+    : SettingsGroup(settings), usedUp(list, "usedUp", "tell that a limit is used up", true),
       critical(list, "critical", "tell that a limit is critical", true),
       runsOut(list, "runsOut", "tell that a limit runs out within the hour", false),
       warning(list, "warning", "tell that a limit is at the warning level", false),
@@ -24,9 +21,9 @@ AlertPreferences::AlertPreferences(QSettings& settings)
       signIn(list, "signIn", "tell that a login has expired", false),
       quietHours(list, "quietHours", "tell nothing from quietFrom to quietUntil", false),
       quietFrom(list, "quietFrom", "when the quiet hours begin", evening),
-      quietUntil(list, "quietUntil", "when the quiet hours end", morning) {}
-
-AlertPreferences::~AlertPreferences() = default;
+      quietUntil(list, "quietUntil", "when the quiet hours end", morning) {
+    tellFaults();
+}
 
 const Setting<bool>& AlertPreferences::of(AlertKind kind) const {
     switch (kind) {
@@ -61,29 +58,8 @@ bool AlertPreferences::isQuietAt(TimeOfDay time) const {
     return quietHours && isWithin(time, quietFrom, quietUntil);
 }
 
-void AlertPreferences::followFile() {
-    follower = std::make_unique<SettingsFollower>(list.storage, [this] { reload(); });
-    reload();
-}
-
-void AlertPreferences::reload() {
-    if (!storageIsSound(list.storage)) return; // what was read last holds
-    list.storage.sync();
-    for (AnySetting* setting : list.all)
-        setting->reload();
-}
-
-std::unique_ptr<QSettings> userAlertSettings() {
-    return alertSettingsFile(settingsPath().parent_path() / "Notifications.conf");
-}
-
-std::unique_ptr<QSettings> alertSettingsFile(const std::filesystem::path& file) {
-    if (const auto obstacle = settingsObstacle(file)) {
-        systemLog("the settings file " + file.string() + ' ' + *obstacle +
-                  "; notifications are as they are without one");
-        return settingsOfNobody();
-    }
-    return settingsFile(file);
+std::filesystem::path alertSettingsPath() {
+    return settingsPath().parent_path() / "Notifications.conf";
 }
 
 } // namespace tokwatch

@@ -1,15 +1,12 @@
 #pragma once
 
 #include "Tokwatch/Preferences/QuietHours.h"
-#include "Tokwatch/Preferences/Setting.h"
+#include "Tokwatch/Preferences/SettingsGroup.h"
 
-#include <filesystem>
 #include <memory>
 #include <set>
 
 namespace tokwatch {
-
-class SettingsFollower;
 
 /// What the user can be told of without looking.
 enum class AlertKind {
@@ -24,20 +21,12 @@ template<>
 inline constexpr std::array<std::string_view, 6> caseNames<AlertKind>{
     "usedUp", "critical", "runsOut", "warning", "reset", "signIn"};
 
-/// Of what the user wants to be told and when not, kept in a file of their own beside that of the
-/// Preferences. Main thread only; as there, no setting can fail to load.
-class AlertPreferences {
+/// Of what the user wants to be told and when not. Main thread only.
+class AlertPreferences final : public SettingsGroup {
   public:
     /// The settings outlive the preferences.
     explicit AlertPreferences(QSettings& settings);
-    ~AlertPreferences();
-    AlertPreferences(const AlertPreferences&) = delete;
-    AlertPreferences& operator=(const AlertPreferences&) = delete;
 
-  private:
-    SettingList list;
-
-  public:
     Setting<bool> usedUp;
     Setting<bool> critical;
     Setting<bool> runsOut;
@@ -49,26 +38,13 @@ class AlertPreferences {
     Setting<TimeOfDay> quietFrom;
     Setting<TimeOfDay> quietUntil;
 
-    /// All of the above, in their order.
-    const std::vector<AnySetting*>& all() const { return list.all; }
     Setting<bool>& of(AlertKind kind);
     const Setting<bool>& of(AlertKind kind) const;
     std::set<AlertKind> wanted() const;
     bool isQuietAt(TimeOfDay time) const;
-
-    /// Follows changes that other processes make to the file, for as long as this lives. Needs an
-    /// event loop.
-    void followFile();
-
-  private:
-    void reload();
-
-    std::unique_ptr<SettingsFollower> follower;
 };
 
-/// $XDG_CONFIG_HOME/Tokwatch/Notifications.conf. One that cannot be used is a line in the log; the
-/// defaults hold then, and nothing is saved.
-std::unique_ptr<QSettings> userAlertSettings();
-std::unique_ptr<QSettings> alertSettingsFile(const std::filesystem::path& file);
+/// Notifications.conf beside the file of the Preferences.
+std::filesystem::path alertSettingsPath();
 
 } // namespace tokwatch

@@ -1,12 +1,5 @@
 #include "Tokwatch/Preferences/Preferences.h"
 
-#include "Tokwatch/Preferences/SettingsFile.h"
-#include "Tokwatch/Preferences/SettingsFollower.h"
-#include "TokwatchCore/Support/SystemLog.h"
-
-#include <QFile>
-#include <QSettings>
-
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -15,8 +8,6 @@ namespace tokwatch {
 namespace {
 
 constexpr const char* lastPruneKey = "lastPruneAt";
-/// A file that can neither be there nor be made.
-constexpr const char* nowhere = "/dev/null/Tokwatch.conf";
 
 ProviderList everyProvider() {
     return {allCases<ProviderID>.begin(), allCases<ProviderID>.end()};
@@ -36,7 +27,7 @@ ProviderList completed(const ProviderList& given) {
 } // namespace
 
 Preferences::Preferences(QSettings& settings)
-    : list{settings, {}},
+    : SettingsGroup(settings),
       showDockIcon(list, "showDockIcon", "a task-bar entry for the window", false),
       hasCompletedOnboarding(list, "hasCompletedOnboarding", "the welcome window has been seen",
                              false),
@@ -66,17 +57,6 @@ Preferences::Preferences(QSettings& settings)
     tellFaults();
 }
 
-Preferences::~Preferences() = default;
-
-AnySetting* Preferences::named(std::string_view name) const {
-    const auto found = std::ranges::find(list.all, name, &AnySetting::name);
-    return found == list.all.end() ? nullptr : *found;
-}
-
-bool Preferences::areKnown() const {
-    return fileOf(list.storage) != nowhere;
-}
-
 std::vector<ProviderID> Preferences::enabledProviders() const {
     std::vector<ProviderID> enabled;
     const ProviderSet& disabled = disabledProviders;
@@ -104,53 +84,8 @@ void Preferences::setLastPruneAt(Date date) {
     if (storageIsSound(list.storage)) list.storage.setValue(lastPruneKey, unixSeconds(date));
 }
 
-void Preferences::tellFaults() {
-    std::vector<std::string> faults = settingsFaults(fileOf(list.storage));
-    if (faults == toldFaults) return;
-    for (const std::string& fault : faults)
-        systemLog(fault);
-    toldFaults = std::move(faults);
-}
-
-void Preferences::reload() {
-    tellFaults();
-    if (!storageIsSound(list.storage)) return; // what was read last holds
-    list.storage.sync();
-    for (AnySetting* setting : list.all)
-        setting->reload();
-}
-
-bool Preferences::save() {
-    if (!storageIsSound(list.storage)) return false;
-    list.storage.sync();
-    // A line that is no setting makes QSettings speak of an error for good and of no other: then it
-    // has to do that the file may be written.
-    if (list.storage.status() == QSettings::FormatError) return list.storage.isWritable();
-    return list.storage.status() == QSettings::NoError;
-}
-
-void Preferences::followFile() {
-    if (follower) return;
-    follower = std::make_unique<SettingsFollower>(list.storage, [this] { reload(); });
-    reload();
-}
-
 std::unique_ptr<QSettings> userSettings() {
     return settingsFile(settingsPath());
-}
-
-std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file) {
-    makeSettingsFile(file);
-    if (settingsObstacle(file)) {
-        for (const std::string& fault : settingsFaults(file))
-            systemLog(fault);
-        return settingsOfNobody();
-    }
-    return std::make_unique<QSettings>(QFile::decodeName(file.c_str()), QSettings::IniFormat);
-}
-
-std::unique_ptr<QSettings> settingsOfNobody() {
-    return std::make_unique<QSettings>(QString::fromLatin1(nowhere), QSettings::IniFormat);
 }
 
 } // namespace tokwatch

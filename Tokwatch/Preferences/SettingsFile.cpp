@@ -2,6 +2,7 @@
 
 #include "Platform/System/PrivateFiles.h"
 #include "Platform/System/WholeFile.h"
+#include "Tokwatch/Preferences/PlainSettings.h"
 #include "Tokwatch/Preferences/SettingCoding.h"
 
 #include <QFile>
@@ -62,8 +63,9 @@ std::vector<int> linesThatAreNoSettings(const std::filesystem::path& file) {
 std::vector<std::string> settingsFaults(const std::filesystem::path& file) {
     if (const std::optional<std::string> obstacle = settingsObstacle(file))
         return {"the settings file " + file.string() + ' ' + *obstacle +
-                "; who starts now has the defaults, asks no provider for its limits, and keeps "
-                "no changes"};
+                "; who starts now has the defaults" +
+                (file == settingsPath() ? ", asks no provider for its limits," : "") +
+                " and keeps no changes"};
     std::vector<std::string> faults;
     for (const int number : linesThatAreNoSettings(file))
         faults.push_back("line " + std::to_string(number) + " of " + file.string() +

@@ -1,0 +1,45 @@
+#include "Tokwatch/Preferences/AllSettings.h"
+
+#include "Tokwatch/Preferences/AlertPreferences.h"
+#include "Tokwatch/Preferences/Preferences.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tokwatch {
+
+AllSettings::AllSettings(Open open) {
+    add<Preferences>("", settingsPath(), open);
+    add<AlertPreferences>("notifications.", alertSettingsPath(), open);
+}
+
+template<typename Group>
+void AllSettings::add(std::string prefix, std::filesystem::path path, Open open) {
+    std::unique_ptr<QSettings> storage = open(path);
+    auto group = std::make_unique<Group>(*storage);
+    files.push_back({std::move(prefix), std::move(path), std::move(storage), std::move(group)});
+}
+
+AllSettings AllSettings::ofUser() {
+    return AllSettings(settingsFile);
+}
+
+AllSettings AllSettings::ofNobody() {
+    return AllSettings([](const std::filesystem::path&) { return settingsOfNobody(); });
+}
+
+std::vector<NamedSetting> AllSettings::all() const {
+    std::vector<NamedSetting> settings;
+    for (const File& file : files)
+        for (AnySetting* setting : file.group->all())
+            settings.push_back({file.prefix + setting->name, *setting, *file.group, file.path});
+    return settings;
+}
+
+std::optional<NamedSetting> AllSettings::named(std::string_view name) const {
+    const std::vector<NamedSetting> settings = all();
+    const auto found = std::ranges::find(settings, name, &NamedSetting::name);
+    return found == settings.end() ? std::nullopt : std::optional(*found);
+}
+
+} // namespace tokwatch

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "Tokwatch/Preferences/Setting.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tokwatch {
+
+class SettingsFollower;
+
+/// The settings of one file. Main thread only.
+///
+/// No setting can fail to load: what is missing or malformed reads as its default. The file is
+/// written from the event loop after an assignment, or at the latest when the QSettings end.
+class SettingsGroup {
+  public:
+    SettingsGroup(const SettingsGroup&) = delete;
+    SettingsGroup& operator=(const SettingsGroup&) = delete;
+    virtual ~SettingsGroup();
+
+    /// In the order in which they are declared.
+    const std::vector<AnySetting*>& all() const { return list.all; }
+    /// The setting of that name, or none.
+    AnySetting* named(std::string_view name) const;
+
+    /// Whether the settings are the user's: not where there is a file that could not be read, which
+    /// may forbid what the defaults allow.
+    bool areKnown() const;
+
+    /// Follows changes that other processes make to the file, for as long as this lives. Needs an
+    /// event loop.
+    void followFile();
+    /// Reads the file again and notifies of what changed.
+    void reload();
+    /// Writes the file now; false when that failed.
+    bool save();
+
+  protected:
+    /// The settings outlive the group.
+    explicit SettingsGroup(QSettings& settings);
+
+    /// Lines of the file that are no settings go into the log, once each.
+    void tellFaults();
+
+    SettingList list;
+
+  private:
+    std::vector<std::string> toldFaults;
+    std::unique_ptr<SettingsFollower> follower;
+};
+
+/// The settings file at the path. It and its directory are made when they are missing. One that
+/// cannot be read, or is no regular file of bounded size, is a line in the log; the defaults hold
+/// then, nothing is saved, and the settings are not `areKnown`.
+std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file);
+/// Settings without a file, all at their defaults: for their names and what they may be.
+std::unique_ptr<QSettings> settingsOfNobody();
+
+} // namespace tokwatch
