@@ -55,19 +55,27 @@ def test_first_start():
 
 
 def test_second_start(service):
-    step("tells nothing twice, and does not wait for a service that hangs")
+    step("tells nothing twice, and does not wait for a service that was started anew and hangs")
     with Application():
         item = StatusItem()
         wait_for("the registration", item.is_registered, 30)
         report_limits(100, 95)
         wait_for("the notification", lambda: shown() == 1, 20)
         assert take() == ["Codex · Weekly 5% left", "Codex · Session is used up"], take()
-        service.process.send_signal(signal.SIGSTOP)
-        report_limits(100, 100)
-        wait_for("what was told", lambda: '"weekly","kind":"usedUp"' in noted(), 20)
-        assert item.label is not None and finding() == "the service that shows them does not answer"
-        service.process.send_signal(signal.SIGCONT)
-        wait_for("it to be shown late", lambda: shown() == 1)
+        service.end()
+        with running_service() as another:
+            another.process.send_signal(signal.SIGSTOP)
+            report_limits(100, 100)
+            wait_for("what was told", lambda: '"weekly","kind":"usedUp"' in noted(), 20)
+            assert item.label is not None and finding() == "the service that shows them does not answer"
+            another.process.send_signal(signal.SIGCONT)
+            wait_for("it to be shown late", lambda: shown() == 1)
+
+
+def running_service():
+    service = desktop.Program("dunst")
+    wait_for("the service", lambda: finding() == "dunst shows them")
+    return service
 
 
 def noted():
@@ -78,7 +86,6 @@ def noted():
 prepare()
 set_notifications("")
 tokwatch("preferences", "set", "hasCompletedOnboarding", "true")
-with desktop.Program("dunst") as service:
-    wait_for("the service", lambda: finding() == "dunst shows them")
+with running_service() as service:
     test_first_start()
     test_second_start(service)
