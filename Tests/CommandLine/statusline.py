@@ -28,7 +28,7 @@ def told(percent):
 
 
 def show_open_pipe(world):
-    known = "Session 42% left (2h 0m) · today $0.00\n"
+    known = "Session 42% left (2h 0m)\n"
     for text, expected in (("", "Tokwatch\n"), (told(58), "Opus 4.5 · context 41% · $0.50 · " + known),
                            ('{"model":', "Tokwatch · " + known)):
         with subprocess.Popen([PROGRAM, "statusline"], env={**world, "NO_COLOR": "1"}, text=True, stdin=subprocess.PIPE,
