@@ -205,8 +205,8 @@ with tempfile.TemporaryDirectory() as root:
     for command in ("statusline", "status", "limits", "export"):  # of nothing
         world.show(command)
     show_waybar(world)
-    show_told(world)
     show_usage(world)
+    show_told(world)
     show_limits(world)
     show_waybar(world)
     world.run("preferences", "set", "menuBarStyle", "icon")
