@@ -10,6 +10,8 @@ namespace {
 constexpr Seconds repetition{60};
 /// By so much the moments of one reset differ that are told at different times.
 constexpr Seconds resetJitter{60};
+/// Assistants are told whole percents of what the service knows better.
+constexpr double rounding = 0.01;
 
 bool sameNumbers(const LimitWindow& a, const LimitWindow& b) {
     return a.usedFraction == b.usedFraction && a.resetsAt == b.resetsAt;
@@ -26,7 +28,7 @@ LimitWindow replacing(const LimitWindow& known, LimitWindow told, Date now) {
 bool isOvertaken(const LimitWindow& told, const LimitWindow& known, Date now) {
     if (!known.resetsAt || *known.resetsAt <= now) return false;
     if (told.resetsAt && *told.resetsAt > *known.resetsAt + resetJitter) return false;
-    return told.usedFraction < known.usedFraction ||
+    return told.usedFraction <= known.usedFraction - rounding ||
            (told.resetsAt && *told.resetsAt < *known.resetsAt - resetJitter);
 }
 
