@@ -67,10 +67,15 @@ TEST(LocalReading, ReplacesWhatIsOlderAndLosesNothingElse) {
          {session(1, wasLive)},
          {session(1, told(-90))},
          {session(1, told(-90))}},
-        {"another, lower, from since",
+        {"less of the same window, by a session that idles",
+         {session(5, told(-10)), week(5, told(-10))},
+         {session(1, told(-5)), week(1, told(-5), std::nullopt)},
+         {}},
+        {"an earlier window", {session(5, told(-10))}, {session(9, told(-5), at(1'000))}, {}},
+        {"less of the next window",
          {session(5, told(-10))},
-         {session(1, told(-5))},
-         {session(1, told(-5))}},
+         {session(1, told(-5), at(20'000))},
+         {session(1, told(-5), at(20'000))}},
         {"of a window that is over", {session(5, told(-10))}, {session(99, told(0), at(-1))}, {}},
         {"without its reset",
          {session(5, told(-10))},
@@ -150,6 +155,8 @@ TEST_F(StatuslineTest, PrintsALineWhateverItIsTold) {
              {"{}", "Tokwatch"},
              {R"({"model":null,"cost":{"total_cost_usd":"1"},"rate_limits":{"five_hour":7}})",
               "Tokwatch"},
+             {"{\"model\":{\"display_name\":\"O\xff\"},\"x\":\"\\\\\\ud83d\\ude00\\ud83d\"}",
+              "\033[1mO?\033[0m"},
              {R"({"model":"Opus","cost":3,"context_window":{"used_percentage":1e300}})",
               "context 100%"},
              {R"({"model":{"id":"claude-opus"},"cost":{"total_cost_usd":0}})",
@@ -172,7 +179,7 @@ TEST_F(StatuslineTest, StoresWhatItIsToldOfLimits) {
     const std::string reset = std::to_string(std::lround(unixSeconds(systemNow())) + 7'230);
     const std::string status = R"({"rate_limits":{"five_hour":{"used_percentage":92,"resets_at":)" +
                                reset + R"(},"seven_day":null}})";
-    EXPECT_EQ(line(status).out, "\033[31mSession 8% left (2h 0m)\033[0m · today $0.00\n");
+    EXPECT_EQ(line(status).out, "\033[31mSession 8% left (2h 0m)\033[0m\n");
     ASSERT_TRUE(stored());
     EXPECT_EQ(stored()->windows.size(), 1U);
     EXPECT_EQ(stored()->windows[0].resetsAt, dateFromUnixSeconds(std::stod(reset)));

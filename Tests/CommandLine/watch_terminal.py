@@ -82,6 +82,13 @@ def main():
             page.resize(6, 40)
             page.wait_until("a small page is one", is_small)
             page.text = ""
+            os.write(page.master, b"\x1a")
+            page.wait_until("the shell's lines are back while it is suspended",
+                            lambda text: "\x1b[?1049l" in text and text.rindex("\x1b[?1049h") > text.index("\x1b[?1049l"))
+            page.wait_until("a small page is one again", is_small)
+            page.resize(3, 40)
+            page.wait_until("a lower one has no title", lambda text: text.rpartition("\x1b[H")[2].startswith("\x1b[1mClaude"))
+            page.text = ""
             end(page)
             page.ends(what, status)
 

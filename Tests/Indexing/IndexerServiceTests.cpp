@@ -1,4 +1,5 @@
 #include "Tests/Indexing/IndexerServiceFixture.h"
+#include "Tokwatch/Indexing/SliceEvents.h"
 
 #include <array>
 #include <future>
@@ -75,6 +76,13 @@ TEST_F(IndexerServiceTest, CountsAHeldResponseOnceItGoesNoFurther) {
     EXPECT_EQ(index(), (IndexOutcome{1, false})) << "its writer may have died";
     EXPECT_EQ(index(), (IndexOutcome{0, false}));
     EXPECT_EQ(indexer().statistics().providers[0].bytesRead, 0);
+    // After the last one of a log comes what its assistant takes minutes for.
+    response = {.id = "msg_3", .timestamp = "2026-03-10T12:31:00Z", .stopReason = "null"};
+    home.append(claudeLog, response.line());
+    time.advance(Seconds{899});
+    EXPECT_EQ(index().newEvents, 0);
+    time.advance(Seconds{1});
+    EXPECT_EQ(index().newEvents, 1);
 }
 
 TEST_F(IndexerServiceTest, LosesNothingOfWhatIsStreamedBetweenItsPasses) {
@@ -113,7 +121,7 @@ TEST_F(IndexerServiceTest, LosesNothingOfWhatIsStreamedBetweenItsPasses) {
             if (upTo(3) == 0) counted += index().newEvents;
         }
         home.append(claudeLog, unwritten);
-        time.advance(Seconds{60});
+        time.advance(SliceEvents::lastPatience);
         EXPECT_EQ(counted + index().newEvents, responses);
         const UsageSummary followed = summary();
         startOver();

@@ -77,9 +77,10 @@ void requireReplaceable(const std::filesystem::path& file) {
 } // namespace
 
 int runExport(const CommandSurroundings& surroundings, const ExportOptions& options) {
-    if (options.output) requireReplaceable(*options.output);
+    const bool isPrinted = !options.output || *options.output == "-";
+    if (!isPrinted) requireReplaceable(*options.output);
     const std::string text = exported(surroundings, options);
-    if (!options.output) {
+    if (isPrinted) {
         surroundings.terminal.write(text);
         return exitOk;
     }

@@ -90,9 +90,21 @@ class Watch {
         const auto [rows, columns] = screen.size();
         std::vector<std::string> lines =
             surroundings.terminal.page(columns, [this](Terminal& page) { write(page); });
-        lines.resize(std::min(lines.size(), rows > 2 ? rows - 2 : 0));
-        lines.emplace_back();
-        lines.push_back(surroundings.terminal.paint(Tone::dim, "q ends · r refreshes"));
+        std::vector<std::string> foot{
+            "", surroundings.terminal.paint(Tone::dim, "q ends · r refreshes")};
+        // In a low pane the numbers stay.
+        constexpr std::size_t roomy = 10;
+        constexpr std::size_t low = 6;
+        if (rows < roomy) {
+            std::erase_if(lines, [](const std::string& line) { return line.empty(); });
+            foot.erase(foot.begin());
+        }
+        if (rows < low) {
+            lines.erase(lines.begin());
+            foot.clear();
+        }
+        lines.resize(std::min(lines.size(), rows - foot.size()));
+        lines.insert(lines.end(), foot.begin(), foot.end());
         screen.show(lines);
     }
 

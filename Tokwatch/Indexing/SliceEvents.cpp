@@ -24,13 +24,17 @@ void SliceEvents::add(ClaudeLine line, std::int64_t offset) {
     put(std::move(line.event), {offset, line.isUnfinished});
 }
 
+Seconds SliceEvents::patienceFor(std::size_t position) const {
+    return position + 1 == events.size() ? lastPatience : patience;
+}
+
 bool SliceEvents::isOpen(std::size_t position, std::int64_t end, std::optional<Date> now) const {
     if (!lines[position].isUnfinished || end - lines[position].first > mostReadAgain ||
         events.size() - position > mostOpen)
         return false;
     if (!now) return true;
     const Seconds age = *now - events[position].timestamp;
-    return age < patience && age >= -patience;
+    return age < patienceFor(position) && age >= -patience;
 }
 
 std::vector<UsageEvent> SliceEvents::take(std::int64_t end, std::optional<Date> now) {
@@ -38,6 +42,7 @@ std::vector<UsageEvent> SliceEvents::take(std::int64_t end, std::optional<Date> 
     std::size_t complete = 0;
     for (std::size_t i = 0; i < events.size(); ++i) {
         if (isOpen(i, end, now)) {
+            lines[i].completeAt = events[i].timestamp + patienceFor(i);
             next.put(std::move(events[i]), lines[i]);
         } else {
             if (complete != i) events[complete] = std::move(events[i]);
@@ -55,8 +60,7 @@ void SliceEvents::clear() {
 
 std::optional<SliceEvents::Open> SliceEvents::open() const {
     if (events.empty()) return std::nullopt;
-    const Date newest = std::ranges::max_element(events, {}, &UsageEvent::timestamp)->timestamp;
-    return Open{lines.front().first, newest + patience};
+    return Open{lines.front().first, std::ranges::min(lines, {}, &Lines::completeAt).completeAt};
 }
 
 } // namespace tokwatch

@@ -21,12 +21,15 @@ namespace tokwatch {
 /// so every response whose newest line has a null "stop_reason" stays open, however many write
 /// into one log by turns. Its event goes over to the next slice. At the end of the file it waits
 /// for a later pass, but only while its newest line is young: logs of older versions end in such
-/// lines, and so do those of sessions that were killed.
+/// lines, and so do those of sessions that were killed. The last response of a file waits longest:
+/// between the line of what it says and that of a file which it writes minutes can pass.
 class SliceEvents {
   public:
-    /// How long after its newest line a response may still go on, and how far ahead of our clock
-    /// that line may be dated.
+    /// How long after its newest line a response may still go on while others follow it, and how
+    /// far ahead of our clock that line may be dated.
     static constexpr Seconds patience{60};
+    /// The same of a file's last response: 50,000 tokens at 60 a second.
+    static constexpr Seconds lastPatience{900};
     /// How far behind the last line read, in bytes, the first line of an open response may lie.
     /// What follows that line is read again by each pass until the response is complete, and its
     /// keys see to it that nothing counts twice; this much takes tens of milliseconds. More than
@@ -49,7 +52,7 @@ class SliceEvents {
 
     struct Open {
         std::int64_t firstLine = 0; ///< where the next pass has to go on
-        Date completeAt;            ///< when the last of them is complete as it is
+        Date completeAt;            ///< when the first of them is complete as it is
     };
     /// What all responses that `take` left open together ask for; none without any.
     std::optional<Open> open() const;
@@ -58,9 +61,11 @@ class SliceEvents {
     struct Lines {
         std::int64_t first = 0; ///< where it begins
         bool isUnfinished = false;
+        Date completeAt{}; ///< as it is, where it was left open
     };
 
     void put(UsageEvent event, Lines lines);
+    Seconds patienceFor(std::size_t position) const;
     bool isOpen(std::size_t position, std::int64_t end, std::optional<Date> now) const;
 
     std::vector<UsageEvent> events;                         ///< in the order of their first lines

@@ -18,7 +18,10 @@ constexpr Seconds blockLead{24 * 3600.0};
 
 BlockPace paceOf(const Period& block, const UsageSums& sums, Date now) {
     constexpr double secondsAMinute = 60;
-    const double passed = std::max(1.0, Seconds(now - sums.first).count() / secondsAMinute);
+    // One response alone, a minute ago, is no pace.
+    constexpr double shortestMinutes = 10;
+    const double passed =
+        std::max(shortestMinutes, Seconds(now - sums.first).count() / secondsAMinute);
     const double left = Seconds(block.end - now).count() / secondsAMinute;
     BlockPace pace;
     const auto tokens = static_cast<double>(sums.tokens.total());

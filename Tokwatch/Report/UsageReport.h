@@ -22,7 +22,8 @@ template<>
 inline constexpr std::array<std::string_view, 8> caseNames<ReportBy>{
     "project", "session", "hour", "day", "week", "month", "model", "block"};
 
-/// Where the running block goes if it goes on as since its first response.
+/// Where the running block goes if it goes on as since its first response, for which ten minutes
+/// are counted at least.
 struct BlockPace {
     double tokensPerMinute = 0;
     std::optional<double> usdPerMinute; ///< absent where the block's cost is

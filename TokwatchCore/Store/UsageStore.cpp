@@ -212,6 +212,12 @@ std::unordered_map<std::string, std::string> UsageStore::cursorTexts() {
     return readCursorTexts(*db);
 }
 
+bool UsageStore::isUnread() {
+    const std::lock_guard lock(queue);
+    sqlite::Use query(db->statement("SELECT 1 FROM cursors LIMIT 1"));
+    return !query->step();
+}
+
 void UsageStore::save(const FileCursor& cursor) {
     const std::lock_guard lock(queue);
     write(*db, cursor);

@@ -77,6 +77,9 @@ class UsageStore {
     /// statement instead of one a file.
     std::unordered_map<std::string, std::string> cursorTexts();
 
+    /// Whether no file was ever read into it.
+    bool isUnread();
+
     void save(const FileCursor& cursor);
     /// Several cursors in one transaction.
     void save(std::span<const FileCursor> cursors);

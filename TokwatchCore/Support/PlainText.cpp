@@ -39,15 +39,24 @@ bool isControl(char32_t code) {
            (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
 }
 
+bool isInvalid(Character character) {
+    return character.length == 0;
+}
+
+bool isInvalidOrControl(Character character) {
+    return isInvalid(character) || isControl(character.code);
+}
+
 using Replacement = std::function<std::string(Character)>;
 
-std::string replaceControls(std::string_view text, const Replacement& replacement) {
+std::string replaced(std::string_view text, bool (*isToGo)(Character),
+                     const Replacement& replacement) {
     std::string plain;
     plain.reserve(text.size());
     while (!text.empty()) {
         const Character character = firstOf(text);
-        const std::size_t length = character.length == 0 ? 1 : character.length;
-        if (character.length == 0 || isControl(character.code))
+        const std::size_t length = isInvalid(character) ? 1 : character.length;
+        if (isToGo(character))
             plain += replacement(character);
         else
             plain += text.substr(0, length);
@@ -59,13 +68,17 @@ std::string replaceControls(std::string_view text, const Replacement& replacemen
 } // namespace
 
 std::string plainText(std::string_view text) {
-    return replaceControls(text, [](Character) { return std::string("?"); });
+    return replaced(text, isInvalidOrControl, [](Character) { return std::string("?"); });
+}
+
+std::string validUTF8(std::string_view text) {
+    return replaced(text, isInvalid, [](Character) { return std::string("?"); });
 }
 
 std::string plainJson(std::string document) {
     // The first bytes of what may be meant; nearly no document holds one.
     if (document.find_first_of("\x7F\xC2\xD8\xE2") == std::string::npos) return document;
-    return replaceControls(document, [](Character character) {
+    return replaced(document, isInvalidOrControl, [](Character character) {
         char escape[16];
         std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(character.code));
         return std::string(escape);

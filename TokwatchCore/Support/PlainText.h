@@ -11,7 +11,10 @@ namespace tokwatch {
 /// text, and each byte that is not UTF-8 comes out as "?".
 std::string plainText(std::string_view text);
 
-/// The same of a JSON document, whose texts keep what they say: such characters are escaped.
+/// The text with each byte that is not UTF-8 as "?".
+std::string validUTF8(std::string_view text);
+
+/// `plainText` of a JSON document, whose texts keep what they say: such characters are escaped.
 std::string plainJson(std::string document);
 
 } // namespace tokwatch

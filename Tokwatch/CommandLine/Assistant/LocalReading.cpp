@@ -8,6 +8,8 @@ namespace tokwatch {
 namespace {
 
 constexpr Seconds repetition{60};
+/// By so much the moments of one reset differ that are told at different times.
+constexpr Seconds resetJitter{60};
 
 bool sameNumbers(const LimitWindow& a, const LimitWindow& b) {
     return a.usedFraction == b.usedFraction && a.resetsAt == b.resetsAt;
@@ -19,11 +21,20 @@ LimitWindow replacing(const LimitWindow& known, LimitWindow told, Date now) {
     return told;
 }
 
+/// Whether less was used by then, or of a window that ended sooner: an idle session tells again and
+/// again what it was told hours ago. Within a window use only grows.
+bool isOvertaken(const LimitWindow& told, const LimitWindow& known, Date now) {
+    if (!known.resetsAt || *known.resetsAt <= now) return false;
+    if (told.resetsAt && *told.resetsAt > *known.resetsAt + resetJitter) return false;
+    return told.usedFraction < known.usedFraction ||
+           (told.resetsAt && *told.resetsAt < *known.resetsAt - resetJitter);
+}
+
 /// `known` may be dated ahead, by a clock that has been set back since; then it does not count.
 bool isNews(const LimitWindow& told, Date toldAt, const LimitWindow& known, Date knownAt,
             Date now) {
     if (knownAt > now) return true;
-    if (toldAt <= knownAt) return false;
+    if (toldAt <= knownAt || isOvertaken(told, known, now)) return false;
     return known.source.isStale() || !sameNumbers(replacing(known, told, now), known) ||
            toldAt - knownAt >= repetition;
 }

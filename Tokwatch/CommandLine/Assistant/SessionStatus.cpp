@@ -2,12 +2,14 @@
 
 #include "TokwatchCore/Records/ClaudeWindows.h"
 #include "TokwatchCore/Records/PlausibleMoment.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <nlohmann/json.hpp>
 
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <charconv>
 
 namespace tokwatch {
 namespace {
@@ -23,13 +25,49 @@ bool isKnown(const std::string& key) {
            key == "transcript_path";
 }
 
+/// The number of the UTF-16 unit that is escaped there, as "\\u00e9"; none for anything else.
+std::optional<unsigned> escapedUnit(std::string_view text, std::size_t at) {
+    constexpr std::size_t length = 6;
+    if (text.substr(std::min(at, text.size()), 2) != "\\u" || text.size() - at < length)
+        return std::nullopt;
+    unsigned unit = 0;
+    const char* end = text.data() + at + length;
+    const auto read = std::from_chars(text.data() + at + 2, end, unit, 16);
+    return read.ptr == end ? std::optional(unit) : std::nullopt;
+}
+
+/// A document in which only texts are broken, cut within a character or of another encoding, with
+/// "?" in their place.
+std::string mended(std::string_view document) {
+    const std::string text = validUTF8(document);
+    const auto isHalf = [&text](std::size_t at, unsigned first) {
+        const std::optional<unsigned> unit = escapedUnit(text, at);
+        return unit && *unit >= first && *unit < first + 0x400;
+    };
+    std::string whole;
+    std::size_t done = 0;
+    for (std::size_t at = 0; (at = text.find('\\', at)) != std::string::npos;) {
+        const bool isFirst = isHalf(at, 0xD800);
+        if (isFirst && isHalf(at + 6, 0xDC00)) {
+            at += 12;
+        } else if (isFirst || isHalf(at, 0xDC00)) {
+            whole.append(text, done, at - done).append("?");
+            done = at += 6;
+        } else {
+            at += 2;
+        }
+    }
+    return whole.append(text, std::min(done, text.size()));
+}
+
 Value parse(std::string_view text) {
     const auto isWanted = [](int depth, Value::parse_event_t event, Value& parsed) {
         if (event == Value::parse_event_t::key && depth == 1)
             return isKnown(parsed.get_ref<const std::string&>());
         return depth <= deepest;
     };
-    return Value::parse(text, isWanted, false);
+    Value root = Value::parse(text, isWanted, false);
+    return root.is_discarded() ? Value::parse(mended(text), isWanted, false) : root;
 }
 
 /// Null where there is none.

@@ -7,6 +7,7 @@
 #include "TokwatchCore/Store/StoredLimits.h"
 #include "TokwatchCore/Store/UsageStore.h"
 #include "TokwatchCore/Support/Calendar.h"
+#include "TokwatchCore/Support/PlainText.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <nlohmann/json.hpp>
@@ -56,9 +57,11 @@ std::shared_ptr<UsageStore> openStore(const std::filesystem::path& database, boo
     }
 }
 
-UsageAmount today(UsageStore& usage, Date now) {
+/// None where nobody ever read the logs.
+std::optional<UsageAmount> today(UsageStore& usage, Date now) {
+    if (usage.isUnread()) return std::nullopt;
     const UsageSummary summary = usage.summary(1, now, Calendar::current(), PriceTable::bundled());
-    return {summary.totalCostUSD, summary.tokens.total()};
+    return UsageAmount{summary.totalCostUSD, summary.tokens.total()};
 }
 
 std::optional<ProviderLimits> storedClaude(UsageStore& usage) {
@@ -136,7 +139,7 @@ int runStatusline(const DataArguments& arguments, const StatuslineOptions& optio
         const PlainSettings settings = PlainSettings::read(settingsPath());
         std::string line = assistantLine(facts, options.parts, settings, terminal, now);
         for (const std::string& unknown : options.unknownParts)
-            line += " · no part is called \"" + unknown + "\", only " +
+            line += " · no part is called \"" + plainText(unknown) + "\", only " +
                     CLI::detail::join(caseNames<LinePart>, ", ");
         terminal.line(line);
     }

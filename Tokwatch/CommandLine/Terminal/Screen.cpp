@@ -88,11 +88,7 @@ int Screen::guarded(const std::function<int()>& program) {
 
 Screen::Screen() {
     ::tcgetattr(STDIN_FILENO, &before);
-    termios keys = before;
-    keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-    keys.c_cc[VSUSP] = _POSIX_VDISABLE; // stopped, it would keep the page
-    ::tcsetattr(STDIN_FILENO, TCSADRAIN, &keys);
-    write(enter);
+    takeOver();
     holdMessages();
 
     sigset_t resize{};
@@ -117,9 +113,30 @@ Screen::~Screen() {
     keyNotifier.reset();
     resizeNotifier.reset();
     if (resizes >= 0) ::close(resizes);
+    giveBack();
+    releaseMessages();
+}
+
+void Screen::takeOver() {
+    termios keys = before;
+    keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+    keys.c_cc[VSUSP] = _POSIX_VDISABLE; // stopped at once, it would keep the page
+    ::tcsetattr(STDIN_FILENO, TCSADRAIN, &keys);
+    write(enter);
+}
+
+void Screen::giveBack() const {
     write(leave);
     ::tcsetattr(STDIN_FILENO, TCSADRAIN, &before);
-    releaseMessages();
+}
+
+/// Returns when the job goes on, in which case the page is drawn anew.
+void Screen::suspend() {
+    giveBack();
+    ::kill(0, SIGTSTP); // the job, which is this program and its guard
+    takeOver();
+    shown.clear();
+    if (onResize) onResize();
 }
 
 void Screen::holdMessages() {
@@ -145,8 +162,14 @@ void Screen::readKeys() {
     const ssize_t count = ::read(STDIN_FILENO, keys.data(), keys.size());
     // A terminal that went away stays readable and has nothing.
     if (count <= 0) keyNotifier->setEnabled(false);
-    for (ssize_t i = 0; i < count; ++i)
-        if (onKey) onKey(keys[static_cast<std::size_t>(i)]);
+    constexpr char suspendKey = '\x1a';
+    for (ssize_t i = 0; i < count; ++i) {
+        const char key = keys[static_cast<std::size_t>(i)];
+        if (key == suspendKey)
+            suspend();
+        else if (onKey)
+            onKey(key);
+    }
 }
 
 Screen::Size Screen::size() const {

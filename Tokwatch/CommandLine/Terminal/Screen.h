@@ -13,7 +13,8 @@
 namespace tokwatch {
 
 /// The terminal as one page that is written anew in place, for as long as this lives; then the
-/// shell's lines are back, and what was said on standard error meanwhile stands below them. Needs
+/// shell's lines are back, and what was said on standard error meanwhile stands below them. Ctrl-Z
+/// stops the job as it does every other, with the shell's lines back until that goes on. Needs
 /// an event loop, and to be made before there are threads.
 class Screen {
   public:
@@ -42,6 +43,9 @@ class Screen {
     std::function<void()> onResize;
 
   private:
+    void takeOver();
+    void giveBack() const;
+    void suspend();
     void readKeys();
     void holdMessages();
     void releaseMessages() const;
