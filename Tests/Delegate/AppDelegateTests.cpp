@@ -7,6 +7,7 @@
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/ManualScheduler.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Store/UsageStore.h"
@@ -62,7 +63,8 @@ class AppDelegateTest : public ::testing::Test {
             Surroundings{UserPaths{home.path(), data.path()}, Calendar::utc, time.clock(),
                          std::make_shared<FakeCredentials>(CredentialError::Reason::notFound),
                          std::make_shared<FakeHTTP>()},
-            preferences, data / "settings.conf", alertPreferences, desktopBus, time);
+            preferences, data / "settings.conf", alertPreferences, desktopPreferences, desktopBus,
+            time);
     }
     /// With a status area, unless there is to be none.
     void launch(bool withArea = true) {
@@ -97,6 +99,8 @@ class AppDelegateTest : public ::testing::Test {
     Preferences preferences{*settings};
     std::unique_ptr<QSettings> alertSettings = settingsFile(data / "Notifications.conf");
     AlertPreferences alertPreferences{*alertSettings};
+    std::unique_ptr<QSettings> desktopSettings = settingsFile(data / "Desktop.conf");
+    DesktopPreferences desktopPreferences{*desktopSettings};
     DesktopBus desktopBus{appBus, appBus};
     std::optional<AppDelegate> delegate;
 };

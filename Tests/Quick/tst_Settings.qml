@@ -88,6 +88,26 @@ Item {
             }
         }
 
+        function test_recordsAHotKey() {
+            const field = onPage(0, "Hot key")
+            const closed = closings.count
+            const said = () => settingsView.hotKey.state.caption
+            for (const [keys, kept, caption] of [
+                [[Qt.Key_Space, [Qt.Key_W, Qt.ControlModifier]], "Ctrl+W", "Opens and closes"],
+                [[Qt.Key_Space, [Qt.Key_X, Qt.ControlModifier | Qt.AltModifier]], "Ctrl+W", "Another program has Ctrl+Alt+X. Ctrl+W stays."],
+                [[Qt.Key_Space, Qt.Key_T, [Qt.Key_T, Qt.ShiftModifier]], "Ctrl+W", "Hold Ctrl"],
+                [[Qt.Key_Escape, [Qt.Key_T, Qt.MetaModifier]], "Ctrl+W", "Opens and closes"],
+                [[Qt.Key_Return, Qt.Key_F9], "F9", "Opens and closes"],
+                [[Qt.Key_Backspace], "", "Opens and closes"],
+            ]) {
+                type(keys, field)
+                world.settle()
+                compare(world.preference("hotKey"), kept)
+                verify(said().startsWith(caption), said())
+            }
+            compare(closings.count, closed, "the window's own keys were taken for its own")
+        }
+
         function test_providersAreReordered() {
             const control = onPage(3, "Claude: Show limits")
             type([[Qt.Key_Down, Qt.AltModifier], [Qt.Key_Down, Qt.AltModifier]])

@@ -11,6 +11,7 @@
 
 #include <QCursor>
 #include <QDesktopServices>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QQuickView>
 #include <QScreen>
@@ -36,26 +37,46 @@ std::filesystem::path iconDirectory() {
     return std::filesystem::path(runtime.toStdString()) / "tokwatch/icons";
 }
 
-/// What the desktop starts at login: the command, which finds its way to this program.
+/// The command, which finds its way to this program.
+QString commandProgram() {
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/tokwatch");
+}
+
+/// What the user binds a key to where the desktop lends none: by its name alone where a shell finds
+/// it by that.
+QString openCommand() {
+    const QString name = QStringLiteral("tokwatch");
+    const QFileInfo found(QStandardPaths::findExecutable(name));
+    return found.canonicalFilePath() == QFileInfo(commandProgram()).canonicalFilePath()
+               ? name
+               : commandProgram();
+}
+
+/// What the desktop starts at login.
 kivo::LoginItem::Program loginProgram() {
     const QLatin1String id(DesktopBus::serviceName);
     return {id,
             QStringLiteral("Tokwatch"),
             QStringLiteral("Rate limits and token usage of AI coding assistants"),
-            {QCoreApplication::applicationDirPath() + QStringLiteral("/tokwatch")},
+            {commandProgram()},
             id};
+}
+
+/// The toolkit takes it from there as it asks a Wayland compositor for the keyboard.
+void useActivationToken(const QString& token) {
+    if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
 }
 
 } // namespace
 
 AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences,
                          std::filesystem::path preferencesFile, AlertPreferences& toldOf,
-                         DesktopBus& desktopBus, Scheduler& timers)
-    : preferences(userPreferences), alertPreferences(toldOf), bus(desktopBus),
-      paths(surroundings.paths), settingsFile(std::move(preferencesFile)), now(surroundings.now),
-      loginItem(kivo::LoginItem::userDirectory(), loginProgram()), scheduler(timers),
-      appearance(desktopBus.sessionBus()), theme(appearance.current()), runtime(theme),
-      alertDisplay(desktopBus.sessionBus()) {
+                         DesktopPreferences& ofWindows, DesktopBus& desktopBus, Scheduler& timers)
+    : preferences(userPreferences), alertPreferences(toldOf), desktopPreferences(ofWindows),
+      bus(desktopBus), paths(surroundings.paths), settingsFile(std::move(preferencesFile)),
+      now(surroundings.now), loginItem(kivo::LoginItem::userDirectory(), loginProgram()),
+      scheduler(timers), appearance(desktopBus.sessionBus()), theme(appearance.current()),
+      runtime(theme), alertDisplay(desktopBus.sessionBus()) {
     // Before the welcome is finished nobody is asked; a follower, whose user started it to ask,
     // does.
     const auto rank =
@@ -84,6 +105,7 @@ void AppDelegate::launch() {
     makeStatusItem();
     observeTitle();
     tellOfLimits();
+    bindHotKey();
     if (std::exchange(pendingOpen, false)) openPopover();
 }
 
@@ -293,9 +315,24 @@ void AppDelegate::tellOfLimits() {
 }
 
 void AppDelegate::openFromAlert(const std::string& activationToken) {
-    // The toolkit takes it from there as it asks a Wayland compositor for the keyboard.
-    if (!activationToken.empty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken.c_str());
+    useActivationToken(QString::fromStdString(activationToken));
     openPopover();
+}
+
+// Hot key
+
+void AppDelegate::bindHotKey() {
+    hotKey.emplace(desktopPreferences, [this] {
+        return kivo::GlobalHotKey::make(
+            bus.sessionBus(), {QStringLiteral("open"), QStringLiteral("Open or close Tokwatch")});
+    });
+    hotKey->onPressed = [this](const QString& activationToken) { toggleByHotKey(activationToken); };
+}
+
+void AppDelegate::toggleByHotKey(const QString& activationToken) {
+    useActivationToken(activationToken);
+    viewClock->advance();
+    popover->toggle(lastAnchor());
 }
 
 // Windows
@@ -306,8 +343,9 @@ void AppDelegate::makeWindows() {
         QmlWindow::Content{
             settingsSource,
             [this] {
-                const SettingsPlaces places{paths.database(), settingsFile, alertPreferences,
-                                            loginItem, QDesktopServices::openUrl};
+                const SettingsPlaces places{
+                    paths.database(), settingsFile,  alertPreferences, desktopPreferences,
+                    *hotKey,          openCommand(), loginItem,        QDesktopServices::openUrl};
                 auto view =
                     std::make_unique<SettingsView>(application->model(), *viewClock, places);
                 connect(view.get(), &SettingsView::quitRequested, qApp, &QCoreApplication::quit);

@@ -12,6 +12,8 @@
 #include "Tokwatch/Desktop/PopoverWindow.h"
 #include "Tokwatch/Desktop/QmlRuntime.h"
 #include "Tokwatch/Desktop/QmlWindow.h"
+#include "Tokwatch/DesktopPreferences/ChosenHotKey.h"
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
@@ -39,7 +41,7 @@ class AppDelegate : public QObject {
     /// References outlive it. `settingsFile` is where the preferences are kept.
     AppDelegate(Surroundings surroundings, Preferences& preferences,
                 std::filesystem::path settingsFile, AlertPreferences& alertPreferences,
-                DesktopBus& bus, Scheduler& timers);
+                DesktopPreferences& desktopPreferences, DesktopBus& bus, Scheduler& timers);
     ~AppDelegate() override;
 
     /// Everything, in its order; called once.
@@ -67,6 +69,8 @@ class AppDelegate : public QObject {
     void observeTitle();
     void tellOfLimits();
     void openFromAlert(const std::string& activationToken);
+    void bindHotKey();
+    void toggleByHotKey(const QString& activationToken);
     void toggle(QPoint anchor);
     void popoverOpened();
     bool isSecondOfDoubleClick() const;
@@ -79,6 +83,7 @@ class AppDelegate : public QObject {
 
     Preferences& preferences;
     AlertPreferences& alertPreferences;
+    DesktopPreferences& desktopPreferences;
     DesktopBus& bus;
     UserPaths paths;
     std::filesystem::path settingsFile;
@@ -99,6 +104,7 @@ class AppDelegate : public QObject {
     std::optional<PopoverWindow> popoverWindow;
     std::optional<PopoverController> popover;
     std::optional<ContextMenuWindow> contextMenu;
+    std::optional<ChosenHotKey> hotKey;
     std::optional<MeterStatusItem> statusItem;
     std::optional<ObservingUpdater<StatusContent>> titleObserver;
     std::unique_ptr<ScheduledCall> statusTimer;

@@ -1,4 +1,5 @@
 import QtQuick
+import Kivo.HotKeys
 import Kivo.Theme
 import Kivo.Settings
 import Tokwatch.Common
@@ -6,6 +7,7 @@ import Tokwatch.Common
 SettingsPage {
     id: page
     required property var view
+    required property var hotKey
 
     title: "General"
 
@@ -29,6 +31,23 @@ SettingsPage {
                 text: dock.label
                 checked: page.view.state.showDockIcon
                 onToggled: page.view.setShowDockIcon(checked)
+            }
+        }
+    }
+    SettingsGroup {
+        SettingsRow {
+            id: hotKeyRow
+            label: "Hot key"
+            caption: page.hotKey.state.caption
+            isProblem: page.hotKey.state.isProblem
+            HotKeyField {
+                name: hotKeyRow.label
+                keys: page.hotKey.state.keys
+                enabled: page.hotKey.state.canRecord || page.hotKey.state.keys !== ""
+                onRecorded: keys => page.hotKey.choose(keys)
+                onCleared: page.hotKey.clear()
+                onRefused: page.hotKey.refuse()
+                onRecordingChanged: page.hotKey.setRecording(recording)
             }
         }
     }

@@ -1,0 +1,31 @@
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
+
+#include "Tokwatch/Preferences/PlainSettings.h"
+#include "TokwatchCore/Support/SystemLog.h"
+
+namespace tokwatch {
+namespace {
+
+template<typename Value>
+void tellIfMalformed(const QSettings& settings, const Setting<Value>& setting) {
+    if (!settings.contains(setting.name)) return;
+    const std::optional<std::string> stored = storedText(settings, setting.name);
+    if (Value value{}; stored && parseText(*stored, value)) return;
+    systemLog(std::string(setting.name) + " in " + settings.fileName().toStdString() + " is not " +
+              setting.domain().values + "; it counts as \"" + setting.text() + '"');
+}
+
+} // namespace
+
+DesktopPreferences::DesktopPreferences(QSettings& settings)
+    : SettingsGroup(settings),
+      hotKey(list, "hotKey", "the keys that open the popover from anywhere", {}) {
+    tellFaults();
+    tellIfMalformed(settings, hotKey);
+}
+
+std::filesystem::path desktopSettingsPath() {
+    return settingsPath().parent_path() / "Desktop.conf";
+}
+
+} // namespace tokwatch
