@@ -299,18 +299,26 @@ TEST_F(AppDelegateTest, GivesItsMenuAtARightPressOnTheItem) {
     EXPECT_EQ(shownWindow(popoverTitle), nullptr);
 }
 
-TEST_F(AppDelegateTest, FollowsTheDesktopsToneWhileThePopoverIsOpen) {
+TEST_F(AppDelegateTest, FollowsTheDesktopsToneOrTheChosenOneWhileThePopoverIsOpen) {
     launch();
     delegate->open();
     hostBus.registerService("org.freedesktop.portal.Desktop");
+    const auto isShown = [](bool dark) {
+        const auto* view = qobject_cast<QQuickView*>(shownWindow(popoverTitle));
+        return view->color() == kivo::Palette::of({dark}).canvas;
+    };
     for (const bool dark : {true, false}) {
         QDBusMessage signal = QDBusMessage::createSignal(
             "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings", "SettingChanged");
         signal << "org.freedesktop.appearance"
                << "color-scheme" << QVariant::fromValue(QDBusVariant(dark ? 1U : 2U));
         hostBus.send(signal);
-        const auto* view = qobject_cast<QQuickView*>(shownWindow(popoverTitle));
-        EXPECT_TRUE(until([&] { return view->color() == kivo::Palette::of({dark}).canvas; }));
+        EXPECT_TRUE(until([&] { return isShown(dark); }));
+        for (const auto tone : {kivo::ToneChoice::dark, kivo::ToneChoice::light}) {
+            desktopPreferences.theme = tone;
+            EXPECT_EQ(isShown(true), tone == kivo::ToneChoice::dark);
+        }
+        desktopPreferences.theme = kivo::ToneChoice::desktop;
     }
 }
 

@@ -103,9 +103,10 @@ def test_x11():
         wait_for("the setting", lambda: chosen() == "")
         assert grab(0x75), "it was kept"
         step("takes nonsense for none, and says so")
-        choose("hotKey=Ctrl+Nonsense")
+        choose("hotKey=Ctrl+Nonsense\ntheme=7")
         application.restart()
-        wait_for("a line in the log", lambda: "hotKey in " in application.complaints(), 30)
+        for name in "hotKey", "theme":
+            wait_for("a line in the log", lambda: f"{name} in " in application.complaints(), 30)
 
 
 def test_portal():

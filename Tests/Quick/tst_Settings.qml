@@ -47,6 +47,7 @@ Item {
                 { page: 2, tag: "Quiet hours", key: "quietHours", before: "false", after: "true" },
                 { page: 3, tag: "Live limits", key: "claudeLiveLimits", before: "true", after: "false" },
                 { page: 3, tag: "Codex: Show limits", key: "disabledProviders", before: "", after: "codex" },
+                { page: 0, tag: "Theme", key: "theme", press: Qt.Key_End, before: "desktop", after: "dark" },
                 { page: 0, tag: "Summaries lead with", key: "summaryUnit", press: Qt.Key_Right, before: "cost", after: "tokens" },
                 { page: 1, tag: "Show", key: "menuBarStyle", press: Qt.Key_Left, before: "provider", after: "icon" },
                 { page: 1, tag: "Provider", key: "pinnedProvider", press: Qt.Key_Down, before: "claude", after: "codex" },

@@ -75,8 +75,9 @@ AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences
     : preferences(userPreferences), alertPreferences(toldOf), desktopPreferences(ofWindows),
       bus(desktopBus), paths(surroundings.paths), settingsFile(std::move(preferencesFile)),
       now(surroundings.now), loginItem(kivo::LoginItem::userDirectory(), loginProgram()),
-      scheduler(timers), appearance(desktopBus.sessionBus()), theme(appearance.current()),
-      runtime(theme), alertDisplay(desktopBus.sessionBus()) {
+      scheduler(timers), appearance(desktopBus.sessionBus()),
+      theme(kivo::inTone(appearance.current(), ofWindows.theme.peek())), runtime(theme),
+      alertDisplay(desktopBus.sessionBus()) {
     // Before the welcome is finished nobody is asked; a follower, whose user started it to ask,
     // does.
     const auto rank =
@@ -84,12 +85,17 @@ AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences
     application.emplace(std::move(surroundings), rank, preferences, bus);
     viewClock.emplace(now);
     connect(&appearance, &kivo::DesktopAppearance::changed, this, [this] {
-        theme.setAppearance(appearance.current());
+        applyTheme();
         if (statusItem) statusItem->setDesktopDark(appearance.current().dark);
     });
+    themeNotifier = desktopPreferences.theme.addNotifier([this] { applyTheme(); });
 }
 
 AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applyTheme() {
+    theme.setAppearance(kivo::inTone(appearance.current(), desktopPreferences.theme));
+}
 
 void AppDelegate::launch() {
     makePopover();

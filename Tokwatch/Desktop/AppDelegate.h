@@ -57,6 +57,7 @@ class AppDelegate : public QObject {
     void pinWhatHasANumber();
     void giveWay();
     void openWelcome();
+    void applyTheme();
     void openSettings();
     std::unique_ptr<PopoverView> makePopoverView();
     void makePopover();
@@ -110,6 +111,7 @@ class AppDelegate : public QObject {
     std::unique_ptr<ScheduledCall> statusTimer;
     std::unique_ptr<ScheduledCall> countdown; ///< while the popover is open
     QPropertyNotifier dockIconNotifier;
+    QPropertyNotifier themeNotifier;
     QPropertyNotifier onboardingNotifier;
     std::optional<QPoint> clickedAt;
     Date openedAt = Date::min();

@@ -1,13 +1,19 @@
 #pragma once
 
 #include "KivoHotKeys/HotKey.h"
+#include "KivoTheme/ToneChoice.h"
 #include "Tokwatch/Preferences/SettingCoding.h"
 
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace tokwatch {
+
+template<>
+inline constexpr std::array<std::string_view, 3> caseNames<kivo::ToneChoice>{"desktop", "light",
+                                                                             "dark"};
 
 /// A hot key or none, as a setting: "Ctrl+Alt+T", "".
 struct HotKeyChoice {

@@ -19,8 +19,10 @@ void tellIfMalformed(const QSettings& settings, const Setting<Value>& setting) {
 
 DesktopPreferences::DesktopPreferences(QSettings& settings)
     : SettingsGroup(settings),
+      theme(list, "theme", "the tone of the windows", kivo::ToneChoice::desktop),
       hotKey(list, "hotKey", "the keys that open the popover from anywhere", {}) {
     tellFaults();
+    tellIfMalformed(settings, theme);
     tellIfMalformed(settings, hotKey);
 }
 

@@ -14,6 +14,7 @@ class DesktopPreferences final : public SettingsGroup {
     /// The settings outlive the preferences.
     explicit DesktopPreferences(QSettings& settings);
 
+    Setting<kivo::ToneChoice> theme;
     /// What opens the popover from anywhere.
     Setting<HotKeyChoice> hotKey;
 };

@@ -3,6 +3,7 @@ import Kivo.HotKeys
 import Kivo.Theme
 import Kivo.Settings
 import Tokwatch.Common
+import Tokwatch.Settings
 
 SettingsPage {
     id: page
@@ -52,6 +53,17 @@ SettingsPage {
         }
     }
     SettingsGroup {
+        SettingsRow {
+            id: theme
+            label: "Theme"
+            SegmentedControl {
+                name: theme.label
+                small: true
+                segments: [{ value: WindowTone.AsDesktop, text: "Desktop" }, { value: WindowTone.Light, text: "Light" }, { value: WindowTone.Dark, text: "Dark" }]
+                value: page.view.state.theme
+                onChosen: value => page.view.setTheme(value)
+            }
+        }
         SettingsRow {
             id: unit
             label: "Summaries lead with"
