@@ -103,9 +103,9 @@ def test_x11():
         wait_for("the setting", lambda: chosen() == "")
         assert grab(0x75), "it was kept"
         step("takes nonsense for none, and says so")
-        choose("hotKey=Ctrl+Nonsense\ntheme=7")
+        choose("hotKey=Ctrl+Nonsense\ntheme=7\npinned=maybe\npanelFrames=1 2 3")
         application.restart()
-        for name in "hotKey", "theme":
+        for name in "hotKey", "theme", "pinned", "panelFrames":
             wait_for("a line in the log", lambda: f"{name} in " in application.complaints(), 30)
 
 

@@ -28,6 +28,7 @@ bool isAnyWindowShown() {
 }
 
 const QUrl popoverSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Popover.qml"));
+const QUrl panelSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Usage/LimitsPanel.qml"));
 const QUrl settingsSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Settings/SettingsContent.qml"));
 const QUrl
     onboardingSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Onboarding/OnboardingContent.qml"));
@@ -112,6 +113,7 @@ void AppDelegate::launch() {
     observeTitle();
     tellOfLimits();
     bindHotKey();
+    makePinnedPanel();
     if (std::exchange(pendingOpen, false)) openPopover();
 }
 
@@ -152,6 +154,8 @@ void AppDelegate::openPopover() {
 std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
     auto view = std::make_unique<PopoverView>(application->model(), *viewClock, shownRange);
     view->setHostAdvice(hostAdvice());
+    view->setPinned(desktopPreferences.isPinned);
+    connect(view.get(), &PopoverView::pinToggled, this, &AppDelegate::togglePin);
     connect(view.get(), &PopoverView::settingsRequested, this, &AppDelegate::openSettings);
     connect(view.get(), &PopoverView::quitRequested, qApp, &QCoreApplication::quit);
     connect(view->usage(), &UsageView::welcomeRequested, this, &AppDelegate::openWelcome);
@@ -307,7 +311,7 @@ void AppDelegate::observeTitle() {
     titleObserver->arm();
     statusTimer = scheduler.every(titleInterval, [this, content] {
         statusItem->apply(content());
-        if (popoverWindow->isShown()) viewClock->advance();
+        if (popoverWindow->isShown() || pinnedPanel->isShown()) viewClock->advance();
     });
 }
 
@@ -339,6 +343,29 @@ void AppDelegate::toggleByHotKey(const QString& activationToken) {
     useActivationToken(activationToken);
     viewClock->advance();
     popover->toggle(lastAnchor());
+}
+
+// Pinned limits
+
+void AppDelegate::makePinnedPanel() {
+    pinnedPanel.emplace(
+        runtime, scheduler,
+        QmlWindow::Content{
+            panelSource,
+            [this] { return std::make_unique<UsageView>(application->model(), *viewClock); }},
+        desktopPreferences, [this] { return lastAnchor(); });
+    pinnedPanel->onClosed = [this] { windowClosed(); };
+    pinNotifier = desktopPreferences.isPinned.addNotifier([this] {
+        if (auto* view = qobject_cast<PopoverView*>(popoverContent->view()))
+            view->setPinned(desktopPreferences.isPinned);
+    });
+    pinnedPanel->restore();
+}
+
+void AppDelegate::togglePin() {
+    const bool isPinned = !desktopPreferences.isPinned;
+    if (isPinned) giveWay();
+    desktopPreferences.isPinned = isPinned;
 }
 
 // Windows

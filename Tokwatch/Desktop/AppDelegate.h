@@ -8,6 +8,7 @@
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/Desktop/ContentWindow.h"
 #include "Tokwatch/Desktop/ContextMenuWindow.h"
+#include "Tokwatch/Desktop/PinnedPanel.h"
 #include "Tokwatch/Desktop/PopoverController.h"
 #include "Tokwatch/Desktop/PopoverWindow.h"
 #include "Tokwatch/Desktop/QmlRuntime.h"
@@ -61,6 +62,8 @@ class AppDelegate : public QObject {
     void openSettings();
     std::unique_ptr<PopoverView> makePopoverView();
     void makePopover();
+    void makePinnedPanel();
+    void togglePin();
     void openPopover();
     void makeWindows();
     std::unique_ptr<OnboardingView> makeWelcome();
@@ -105,6 +108,7 @@ class AppDelegate : public QObject {
     std::optional<PopoverWindow> popoverWindow;
     std::optional<PopoverController> popover;
     std::optional<ContextMenuWindow> contextMenu;
+    std::optional<PinnedPanel> pinnedPanel;
     std::optional<ChosenHotKey> hotKey;
     std::optional<MeterStatusItem> statusItem;
     std::optional<ObservingUpdater<StatusContent>> titleObserver;
@@ -112,6 +116,7 @@ class AppDelegate : public QObject {
     std::unique_ptr<ScheduledCall> countdown; ///< while the popover is open
     QPropertyNotifier dockIconNotifier;
     QPropertyNotifier themeNotifier;
+    QPropertyNotifier pinNotifier;
     QPropertyNotifier onboardingNotifier;
     std::optional<QPoint> clickedAt;
     Date openedAt = Date::min();

@@ -32,4 +32,25 @@ SettingDomain domainOf(const HotKeyChoice&) {
     return {"keys such as Ctrl+Alt+T", {}};
 }
 
+void loadSetting(const QSettings& settings, const char* key, PanelFrames& value) {
+    if (const auto stored = storedText(settings, key)) parseText(*stored, value);
+}
+
+void storeSetting(QSettings& settings, const char* key, const PanelFrames& value) {
+    storeText(settings, key, textOf(value));
+}
+
+std::string textOf(const PanelFrames& value) {
+    return kivo::textOf(value.frames).toStdString();
+}
+
+bool parseText(std::string_view text, PanelFrames& value) {
+    value.frames = kivo::savedFramesFrom(asQString(text));
+    return textOf(value) == text;
+}
+
+SettingDomain domainOf(const PanelFrames&) {
+    return {"lines such as 20 40 232 140 HDMI-1", {}};
+}
+
 } // namespace tokwatch

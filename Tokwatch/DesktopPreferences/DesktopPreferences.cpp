@@ -20,10 +20,14 @@ void tellIfMalformed(const QSettings& settings, const Setting<Value>& setting) {
 DesktopPreferences::DesktopPreferences(QSettings& settings)
     : SettingsGroup(settings),
       theme(list, "theme", "the tone of the windows", kivo::ToneChoice::desktop),
-      hotKey(list, "hotKey", "the keys that open the popover from anywhere", {}) {
+      hotKey(list, "hotKey", "the keys that open the popover from anywhere", {}),
+      isPinned(list, "pinned", "the limits in a small panel above other windows", false),
+      panelFrames(list, "panelFrames", "where that panel was left", {}) {
     tellFaults();
     tellIfMalformed(settings, theme);
     tellIfMalformed(settings, hotKey);
+    tellIfMalformed(settings, isPinned);
+    tellIfMalformed(settings, panelFrames);
 }
 
 std::filesystem::path desktopSettingsPath() {

@@ -17,6 +17,10 @@ class DesktopPreferences final : public SettingsGroup {
     Setting<kivo::ToneChoice> theme;
     /// What opens the popover from anywhere.
     Setting<HotKeyChoice> hotKey;
+    /// The limits stand in a small panel above other windows.
+    Setting<bool> isPinned;
+    /// Where that panel was left.
+    Setting<PanelFrames> panelFrames;
 };
 
 /// Desktop.conf beside the file of the Preferences.
