@@ -1,4 +1,7 @@
 #include "KivoLaunch/LoginItem.h"
+#include "Tests/Views/FakeHotKey.h"
+#include "Tokwatch/DesktopPreferences/ChosenHotKey.h"
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 #include "Tokwatch/Views/Settings/SettingsView.h"
@@ -22,10 +25,27 @@ AlertPreferences& alertPreferences() {
     return preferences;
 }
 
+DesktopPreferences& desktopPreferences() {
+    static const std::unique_ptr<QSettings> nobodys = settingsOfNobody();
+    static DesktopPreferences preferences(*nobodys);
+    return preferences;
+}
+
+ChosenHotKey& hotKey() {
+    static ChosenHotKey chosen(desktopPreferences(), FakeHotKey::make);
+    desktopPreferences().hotKey.assignText("Ctrl+Alt+T");
+    return chosen;
+}
+
 std::unique_ptr<QObject> settingsView(DemoWorld& world, SettingsView::Page page) {
     const SettingsPlaces places{world.home / ".local/share/Tokwatch/usage.sqlite",
-                                world.home / ".config/Tokwatch/Tokwatch.conf", alertPreferences(),
-                                loginItem(), [](const QUrl&) {}};
+                                world.home / ".config/Tokwatch/Tokwatch.conf",
+                                alertPreferences(),
+                                desktopPreferences(),
+                                hotKey(),
+                                QStringLiteral("tokwatch"),
+                                loginItem(),
+                                [](const QUrl&) {}};
     auto view = std::make_unique<SettingsView>(*world.model, world.clock, places);
     view->setPage(page);
     return view;

@@ -11,6 +11,7 @@
 #include <QtQml/QQmlExtensionPlugin>
 #include <QtQuickTest>
 
+Q_IMPORT_QML_PLUGIN(Kivo_HotKeysPlugin)
 Q_IMPORT_QML_PLUGIN(Kivo_ThemePlugin)
 Q_IMPORT_QML_PLUGIN(Kivo_SettingsPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_CommonPlugin)
@@ -74,7 +75,8 @@ class QuickWorld : public QObject {
   private:
     AnySetting& setting(const QString& key) const {
         if (AnySetting* found = world.preferences->named(key.toStdString())) return *found;
-        return *world.alertPreferences.named(key.toStdString());
+        if (AnySetting* found = world.alertPreferences.named(key.toStdString())) return *found;
+        return *world.desktopPreferences.named(key.toStdString());
     }
 
     ViewWorld world{".claude/projects/a/b.jsonl", ".grok/sessions/a"};

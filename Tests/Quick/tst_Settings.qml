@@ -47,6 +47,7 @@ Item {
                 { page: 2, tag: "Quiet hours", key: "quietHours", before: "false", after: "true" },
                 { page: 3, tag: "Live limits", key: "claudeLiveLimits", before: "true", after: "false" },
                 { page: 3, tag: "Codex: Show limits", key: "disabledProviders", before: "", after: "codex" },
+                { page: 0, tag: "Theme", key: "theme", press: Qt.Key_End, before: "desktop", after: "dark" },
                 { page: 0, tag: "Summaries lead with", key: "summaryUnit", press: Qt.Key_Right, before: "cost", after: "tokens" },
                 { page: 1, tag: "Show", key: "menuBarStyle", press: Qt.Key_Left, before: "provider", after: "icon" },
                 { page: 1, tag: "Provider", key: "pinnedProvider", press: Qt.Key_Down, before: "claude", after: "codex" },
@@ -86,6 +87,26 @@ Item {
                 keyClick(Qt.Key_Space)
                 verify(!control.checked)
             }
+        }
+
+        function test_recordsAHotKey() {
+            const field = onPage(0, "Hot key")
+            const closed = closings.count
+            const said = () => settingsView.hotKey.state.caption
+            for (const [keys, kept, caption] of [
+                [[Qt.Key_Space, [Qt.Key_W, Qt.ControlModifier]], "Ctrl+W", "Opens and closes"],
+                [[Qt.Key_Space, [Qt.Key_X, Qt.ControlModifier | Qt.AltModifier]], "Ctrl+W", "Another program has Ctrl+Alt+X. Ctrl+W stays."],
+                [[Qt.Key_Space, Qt.Key_T, [Qt.Key_T, Qt.ShiftModifier]], "Ctrl+W", "Hold Ctrl"],
+                [[Qt.Key_Escape, [Qt.Key_T, Qt.MetaModifier]], "Ctrl+W", "Opens and closes"],
+                [[Qt.Key_Return, Qt.Key_F9], "F9", "Opens and closes"],
+                [[Qt.Key_Backspace], "", "Opens and closes"],
+            ]) {
+                type(keys, field)
+                world.settle()
+                compare(world.preference("hotKey"), kept)
+                verify(said().startsWith(caption), said())
+            }
+            compare(closings.count, closed, "the window's own keys were taken for its own")
         }
 
         function test_providersAreReordered() {

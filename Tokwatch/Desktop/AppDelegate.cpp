@@ -11,6 +11,7 @@
 
 #include <QCursor>
 #include <QDesktopServices>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QQuickView>
 #include <QScreen>
@@ -27,6 +28,7 @@ bool isAnyWindowShown() {
 }
 
 const QUrl popoverSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Popover.qml"));
+const QUrl panelSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Usage/LimitsPanel.qml"));
 const QUrl settingsSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Settings/SettingsContent.qml"));
 const QUrl
     onboardingSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Onboarding/OnboardingContent.qml"));
@@ -36,25 +38,46 @@ std::filesystem::path iconDirectory() {
     return std::filesystem::path(runtime.toStdString()) / "tokwatch/icons";
 }
 
-/// What the desktop starts at login: the command, which finds its way to this program.
+/// The command, which finds its way to this program.
+QString commandProgram() {
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/tokwatch");
+}
+
+/// What the user binds a key to where the desktop lends none: by its name alone where a shell finds
+/// it by that.
+QString openCommand() {
+    const QString name = QStringLiteral("tokwatch");
+    const QFileInfo found(QStandardPaths::findExecutable(name));
+    return found.canonicalFilePath() == QFileInfo(commandProgram()).canonicalFilePath()
+               ? name
+               : commandProgram();
+}
+
+/// What the desktop starts at login.
 kivo::LoginItem::Program loginProgram() {
     const QLatin1String id(DesktopBus::serviceName);
     return {id,
             QStringLiteral("Tokwatch"),
             QStringLiteral("Rate limits and token usage of AI coding assistants"),
-            {QCoreApplication::applicationDirPath() + QStringLiteral("/tokwatch")},
+            {commandProgram()},
             id};
+}
+
+/// The toolkit takes it from there as it asks a Wayland compositor for the keyboard.
+void useActivationToken(const QString& token) {
+    if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
 }
 
 } // namespace
 
 AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences,
                          std::filesystem::path preferencesFile, AlertPreferences& toldOf,
-                         DesktopBus& desktopBus, Scheduler& timers)
-    : preferences(userPreferences), alertPreferences(toldOf), bus(desktopBus),
-      paths(surroundings.paths), settingsFile(std::move(preferencesFile)), now(surroundings.now),
-      loginItem(kivo::LoginItem::userDirectory(), loginProgram()), scheduler(timers),
-      appearance(desktopBus.sessionBus()), theme(appearance.current()), runtime(theme),
+                         DesktopPreferences& ofWindows, DesktopBus& desktopBus, Scheduler& timers)
+    : preferences(userPreferences), alertPreferences(toldOf), desktopPreferences(ofWindows),
+      bus(desktopBus), paths(surroundings.paths), settingsFile(std::move(preferencesFile)),
+      now(surroundings.now), loginItem(kivo::LoginItem::userDirectory(), loginProgram()),
+      scheduler(timers), appearance(desktopBus.sessionBus()),
+      theme(kivo::inTone(appearance.current(), ofWindows.theme.peek())), runtime(theme),
       alertDisplay(desktopBus.sessionBus()) {
     // Before the welcome is finished nobody is asked; a follower, whose user started it to ask,
     // does.
@@ -63,12 +86,17 @@ AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences
     application.emplace(std::move(surroundings), rank, preferences, bus);
     viewClock.emplace(now);
     connect(&appearance, &kivo::DesktopAppearance::changed, this, [this] {
-        theme.setAppearance(appearance.current());
+        applyTheme();
         if (statusItem) statusItem->setDesktopDark(appearance.current().dark);
     });
+    themeNotifier = desktopPreferences.theme.addNotifier([this] { applyTheme(); });
 }
 
 AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applyTheme() {
+    theme.setAppearance(kivo::inTone(appearance.current(), desktopPreferences.theme));
+}
 
 void AppDelegate::launch() {
     makePopover();
@@ -84,6 +112,8 @@ void AppDelegate::launch() {
     makeStatusItem();
     observeTitle();
     tellOfLimits();
+    bindHotKey();
+    makePinnedPanel();
     if (std::exchange(pendingOpen, false)) openPopover();
 }
 
@@ -124,6 +154,8 @@ void AppDelegate::openPopover() {
 std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
     auto view = std::make_unique<PopoverView>(application->model(), *viewClock, shownRange);
     view->setHostAdvice(hostAdvice());
+    view->setPinned(desktopPreferences.isPinned);
+    connect(view.get(), &PopoverView::pinToggled, this, &AppDelegate::togglePin);
     connect(view.get(), &PopoverView::settingsRequested, this, &AppDelegate::openSettings);
     connect(view.get(), &PopoverView::quitRequested, qApp, &QCoreApplication::quit);
     connect(view->usage(), &UsageView::welcomeRequested, this, &AppDelegate::openWelcome);
@@ -279,7 +311,7 @@ void AppDelegate::observeTitle() {
     titleObserver->arm();
     statusTimer = scheduler.every(titleInterval, [this, content] {
         statusItem->apply(content());
-        if (popoverWindow->isShown()) viewClock->advance();
+        if (popoverWindow->isShown() || pinnedPanel->isShown()) viewClock->advance();
     });
 }
 
@@ -293,9 +325,47 @@ void AppDelegate::tellOfLimits() {
 }
 
 void AppDelegate::openFromAlert(const std::string& activationToken) {
-    // The toolkit takes it from there as it asks a Wayland compositor for the keyboard.
-    if (!activationToken.empty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken.c_str());
+    useActivationToken(QString::fromStdString(activationToken));
     openPopover();
+}
+
+// Hot key
+
+void AppDelegate::bindHotKey() {
+    hotKey.emplace(desktopPreferences, [this] {
+        return kivo::GlobalHotKey::make(
+            bus.sessionBus(), {QStringLiteral("open"), QStringLiteral("Open or close Tokwatch")});
+    });
+    hotKey->onPressed = [this](const QString& activationToken) { toggleByHotKey(activationToken); };
+}
+
+void AppDelegate::toggleByHotKey(const QString& activationToken) {
+    useActivationToken(activationToken);
+    viewClock->advance();
+    popover->toggle(lastAnchor());
+}
+
+// Pinned limits
+
+void AppDelegate::makePinnedPanel() {
+    pinnedPanel.emplace(
+        runtime, scheduler,
+        QmlWindow::Content{
+            panelSource,
+            [this] { return std::make_unique<UsageView>(application->model(), *viewClock); }},
+        desktopPreferences, [this] { return lastAnchor(); });
+    pinnedPanel->onClosed = [this] { windowClosed(); };
+    pinNotifier = desktopPreferences.isPinned.addNotifier([this] {
+        if (auto* view = qobject_cast<PopoverView*>(popoverContent->view()))
+            view->setPinned(desktopPreferences.isPinned);
+    });
+    pinnedPanel->restore();
+}
+
+void AppDelegate::togglePin() {
+    const bool isPinned = !desktopPreferences.isPinned;
+    if (isPinned) giveWay();
+    desktopPreferences.isPinned = isPinned;
 }
 
 // Windows
@@ -306,8 +376,9 @@ void AppDelegate::makeWindows() {
         QmlWindow::Content{
             settingsSource,
             [this] {
-                const SettingsPlaces places{paths.database(), settingsFile, alertPreferences,
-                                            loginItem, QDesktopServices::openUrl};
+                const SettingsPlaces places{
+                    paths.database(), settingsFile,  alertPreferences, desktopPreferences,
+                    *hotKey,          openCommand(), loginItem,        QDesktopServices::openUrl};
                 auto view =
                     std::make_unique<SettingsView>(application->model(), *viewClock, places);
                 connect(view.get(), &SettingsView::quitRequested, qApp, &QCoreApplication::quit);

@@ -8,10 +8,13 @@
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/Desktop/ContentWindow.h"
 #include "Tokwatch/Desktop/ContextMenuWindow.h"
+#include "Tokwatch/Desktop/PinnedPanel.h"
 #include "Tokwatch/Desktop/PopoverController.h"
 #include "Tokwatch/Desktop/PopoverWindow.h"
 #include "Tokwatch/Desktop/QmlRuntime.h"
 #include "Tokwatch/Desktop/QmlWindow.h"
+#include "Tokwatch/DesktopPreferences/ChosenHotKey.h"
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
@@ -39,7 +42,7 @@ class AppDelegate : public QObject {
     /// References outlive it. `settingsFile` is where the preferences are kept.
     AppDelegate(Surroundings surroundings, Preferences& preferences,
                 std::filesystem::path settingsFile, AlertPreferences& alertPreferences,
-                DesktopBus& bus, Scheduler& timers);
+                DesktopPreferences& desktopPreferences, DesktopBus& bus, Scheduler& timers);
     ~AppDelegate() override;
 
     /// Everything, in its order; called once.
@@ -55,9 +58,12 @@ class AppDelegate : public QObject {
     void pinWhatHasANumber();
     void giveWay();
     void openWelcome();
+    void applyTheme();
     void openSettings();
     std::unique_ptr<PopoverView> makePopoverView();
     void makePopover();
+    void makePinnedPanel();
+    void togglePin();
     void openPopover();
     void makeWindows();
     std::unique_ptr<OnboardingView> makeWelcome();
@@ -67,6 +73,8 @@ class AppDelegate : public QObject {
     void observeTitle();
     void tellOfLimits();
     void openFromAlert(const std::string& activationToken);
+    void bindHotKey();
+    void toggleByHotKey(const QString& activationToken);
     void toggle(QPoint anchor);
     void popoverOpened();
     bool isSecondOfDoubleClick() const;
@@ -79,6 +87,7 @@ class AppDelegate : public QObject {
 
     Preferences& preferences;
     AlertPreferences& alertPreferences;
+    DesktopPreferences& desktopPreferences;
     DesktopBus& bus;
     UserPaths paths;
     std::filesystem::path settingsFile;
@@ -99,11 +108,15 @@ class AppDelegate : public QObject {
     std::optional<PopoverWindow> popoverWindow;
     std::optional<PopoverController> popover;
     std::optional<ContextMenuWindow> contextMenu;
+    std::optional<PinnedPanel> pinnedPanel;
+    std::optional<ChosenHotKey> hotKey;
     std::optional<MeterStatusItem> statusItem;
     std::optional<ObservingUpdater<StatusContent>> titleObserver;
     std::unique_ptr<ScheduledCall> statusTimer;
     std::unique_ptr<ScheduledCall> countdown; ///< while the popover is open
     QPropertyNotifier dockIconNotifier;
+    QPropertyNotifier themeNotifier;
+    QPropertyNotifier pinNotifier;
     QPropertyNotifier onboardingNotifier;
     std::optional<QPoint> clickedAt;
     Date openedAt = Date::min();

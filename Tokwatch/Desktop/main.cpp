@@ -5,6 +5,7 @@
 #include "Platform/Linux/ProcessStart.h"
 #include "Platform/Linux/QtScheduler.h"
 #include "Platform/Linux/TerminationSignals.h"
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Pictures/Marks.h"
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
@@ -80,10 +81,14 @@ int run(int argc, char** argv) {
         tokwatch::settingsFile(tokwatch::alertSettingsPath());
     tokwatch::AlertPreferences alertPreferences(*alertSettings);
     alertPreferences.followFile();
+    const std::unique_ptr<QSettings> desktopSettings =
+        tokwatch::settingsFile(tokwatch::desktopSettingsPath());
+    tokwatch::DesktopPreferences desktopPreferences(*desktopSettings);
+    desktopPreferences.followFile();
     tokwatch::QtScheduler scheduler;
     delegate = std::make_unique<tokwatch::AppDelegate>(
         tokwatch::Surroundings::real(pathsFrom(parser, home, dataDirectory)), preferences,
-        settings->fileName().toStdString(), alertPreferences, bus, scheduler);
+        settings->fileName().toStdString(), alertPreferences, desktopPreferences, bus, scheduler);
     if (openAtOnce) delegate->open();
     delegate->launch();
     // The end of a session comes as a signal: the item leaves the panel, the settings are written.

@@ -24,6 +24,7 @@ class PopoverView : public QObject {
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(tokwatch::Segment::Tab tab READ tab WRITE setTab NOTIFY tabChanged)
     Q_PROPERTY(QString hostAdvice READ hostAdvice NOTIFY hostAdviceChanged)
+    Q_PROPERTY(bool isPinned READ isPinned NOTIFY pinnedChanged)
     Q_PROPERTY(tokwatch::UsageView* usage READ usage CONSTANT)
     Q_PROPERTY(tokwatch::StatsView* stats READ stats CONSTANT)
     Q_PROPERTY(tokwatch::ModelsView* models READ models CONSTANT)
@@ -36,6 +37,9 @@ class PopoverView : public QObject {
     /// How to get a status area; empty where there is one.
     const QString& hostAdvice() const { return advice.value(); }
     void setHostAdvice(const QString& next) { advice = next; }
+    /// The limits stand in a panel of their own, too.
+    bool isPinned() const { return pinned.value(); }
+    void setPinned(bool isPinned) { pinned = isPinned; }
     UsageView* usage() { return &usageView; }
     StatsView* stats() { return &statsView; }
     ModelsView* models() { return &modelsView; }
@@ -48,12 +52,16 @@ class PopoverView : public QObject {
   signals:
     void tabChanged();
     void hostAdviceChanged();
+    void pinnedChanged();
+    void pinToggled();
     void settingsRequested();
     void quitRequested();
 
   private:
     AppModel& model;
     Q_OBJECT_BINDABLE_PROPERTY(PopoverView, QString, advice, &PopoverView::hostAdviceChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(PopoverView, bool, pinned, false,
+                                         &PopoverView::pinnedChanged)
     UsageView usageView;
     FollowedSummary rangeSummary;
     StatsView statsView;

@@ -16,7 +16,7 @@ SettingsFrame {
     SettingsSection {
         title: "General"
         symbol: "gear"
-        page: Component { GeneralPage { view: settings.view.general } }
+        page: Component { GeneralPage { view: settings.view.general; hotKey: settings.view.hotKey } }
     }
     SettingsSection {
         title: "Panel"

@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Views/Settings/AlertsView.h"
 #include "Tokwatch/Views/Settings/GeneralView.h"
+#include "Tokwatch/Views/Settings/HotKeyView.h"
 #include "Tokwatch/Views/Settings/MenuBarView.h"
 #include "Tokwatch/Views/Settings/ProvidersView.h"
 
@@ -21,6 +22,7 @@ class SettingsView : public QObject {
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(Page page READ page WRITE setPage NOTIFY pageChanged)
     Q_PROPERTY(tokwatch::GeneralView* general READ general CONSTANT)
+    Q_PROPERTY(tokwatch::HotKeyView* hotKey READ hotKey CONSTANT)
     Q_PROPERTY(tokwatch::MenuBarView* menuBar READ menuBar CONSTANT)
     Q_PROPERTY(tokwatch::AlertsView* alerts READ alerts CONSTANT)
     Q_PROPERTY(tokwatch::ProvidersView* providers READ providers CONSTANT)
@@ -36,6 +38,7 @@ class SettingsView : public QObject {
     Page page() const { return shown; }
     void setPage(Page page) { shown = page; }
     GeneralView* general() { return &generalView; }
+    HotKeyView* hotKey() { return &hotKeyView; }
     MenuBarView* menuBar() { return &menuBarView; }
     AlertsView* alerts() { return &alertsView; }
     ProvidersView* providers() { return &providersView; }
@@ -53,6 +56,7 @@ class SettingsView : public QObject {
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(SettingsView, Page, shown, Page::general,
                                          &SettingsView::pageChanged)
     GeneralView generalView;
+    HotKeyView hotKeyView;
     MenuBarView menuBarView;
     AlertsView alertsView;
     ProvidersView providersView;
