@@ -4,6 +4,8 @@
 #include "Tokwatch/Desktop/StatusAreaAdvice.h"
 #include "Tokwatch/Desktop/StatusAreaPlace.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Updates/ConfiguredFeed.h"
+#include "Tokwatch/Updates/FeedTransport.h"
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 #include "Tokwatch/Views/Popover/PopoverView.h"
 #include "Tokwatch/Views/Settings/SettingsView.h"
@@ -71,6 +73,7 @@ AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::launch() {
+    lookForUpdates();
     makePopover();
     updatePopoverStyle();
     dockIconNotifier = preferences.showDockIcon.addNotifier([this] { updatePopoverStyle(); });
@@ -215,12 +218,16 @@ QPoint AppDelegate::lastAnchor() const {
 
 void AppDelegate::makeStatusItem() {
     AppModel& model = application->model();
-    const StatusActions actions{
+    StatusActions actions{
         .open = [this](QPoint anchor) { toggle(anchor); },
         .refresh = [&model] { model.refresh(); },
         .openSettings = [this] { openSettings(); },
         .quit = [] { QCoreApplication::quit(); },
+        .canCheckForUpdates = [this] { return updates && updates->updater().canCheck(); },
+        .checkForUpdates = [this] { checkForUpdates(); },
     };
+    if (const QUrl page = makersPage(); !page.isEmpty())
+        actions.openMakersPage = [page] { QDesktopServices::openUrl(page); };
     statusItem.emplace(StatusItemSurroundings{bus.sessionBus(), scheduler, now, iconDirectory()},
                        actions);
     contextMenu.emplace(runtime, scheduler, [actions] { return statusMenu(actions); });
@@ -298,27 +305,50 @@ void AppDelegate::openFromAlert(const std::string& activationToken) {
     openPopover();
 }
 
+// Updates
+
+void AppDelegate::lookForUpdates() {
+    const std::optional<kivo::UpdateFeed> feed = configuredFeed();
+    if (!feed) return;
+    updates.emplace(*feed,
+                    SoftwareUpdates::Surroundings{settingsFile.parent_path() / "Updates.conf",
+                                                  feedTransport(*feed), now, scheduler});
+    // Of a menu that a host draws it is told at once.
+    updatesNotifier = updates->preferences().agreed.addNotifier([this] {
+        if (statusItem) statusItem->menuChanged();
+    });
+}
+
+void AppDelegate::checkForUpdates() {
+    openSettings();
+    if (auto* settings = qobject_cast<SettingsView*>(settingsWindow->view()))
+        settings->setPage(SettingsView::Page::about);
+    updates->updater().check();
+}
+
 // Windows
 
 void AppDelegate::makeWindows() {
     settingsWindow.emplace(
-        runtime, scheduler,
-        QmlWindow::Content{
-            settingsSource,
-            [this] {
-                const SettingsPlaces places{paths.database(), settingsFile, alertPreferences,
-                                            loginItem, QDesktopServices::openUrl};
-                auto view =
-                    std::make_unique<SettingsView>(application->model(), *viewClock, places);
-                connect(view.get(), &SettingsView::quitRequested, qApp, &QCoreApplication::quit);
-                return view;
-            }},
+        runtime, scheduler, QmlWindow::Content{settingsSource, [this] { return makeSettings(); }},
         ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, {560, 300}});
     onboarding.emplace(runtime, scheduler,
                        QmlWindow::Content{onboardingSource, [this] { return makeWelcome(); }},
                        ContentWindow::Frame{QStringLiteral("Welcome to Tokwatch"), {500, 0}});
     for (ContentWindow* window : {&*settingsWindow, &*onboarding})
         connect(window, &ContentWindow::closed, this, &AppDelegate::windowClosed);
+}
+
+std::unique_ptr<SettingsView> AppDelegate::makeSettings() {
+    const SettingsPlaces places{.database = paths.database(),
+                                .settingsFile = settingsFile,
+                                .alerts = alertPreferences,
+                                .loginItem = loginItem,
+                                .open = QDesktopServices::openUrl,
+                                .updates = updates ? &*updates : nullptr};
+    auto view = std::make_unique<SettingsView>(application->model(), *viewClock, places);
+    connect(view.get(), &SettingsView::quitRequested, qApp, &QCoreApplication::quit);
+    return view;
 }
 
 std::unique_ptr<OnboardingView> AppDelegate::makeWelcome() {

@@ -14,6 +14,7 @@
 #include "Tokwatch/Desktop/QmlWindow.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
+#include "Tokwatch/Updates/SoftwareUpdates.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 #include "Tokwatch/Views/Popover/Range/ShownRange.h"
 
@@ -30,6 +31,7 @@ namespace tokwatch {
 class DesktopBus;
 class OnboardingView;
 class PopoverView;
+class SettingsView;
 
 /// Puts the application on the desktop: the status item with its title, the popover, the settings
 /// and the welcome. Main thread only; lives until the program ends.
@@ -56,10 +58,13 @@ class AppDelegate : public QObject {
     void giveWay();
     void openWelcome();
     void openSettings();
+    void lookForUpdates();
+    void checkForUpdates();
     std::unique_ptr<PopoverView> makePopoverView();
     void makePopover();
     void openPopover();
     void makeWindows();
+    std::unique_ptr<SettingsView> makeSettings();
     std::unique_ptr<OnboardingView> makeWelcome();
     void makeStatusItem();
     void hostChanged();
@@ -93,6 +98,8 @@ class AppDelegate : public QObject {
     std::optional<LimitAlerts> limitAlerts;
     std::optional<ViewClock> viewClock;
     ShownRange shownRange;
+    std::optional<SoftwareUpdates> updates; ///< none where no feed was configured
+    QPropertyNotifier updatesNotifier;
     std::optional<ContentWindow> onboarding;
     std::optional<ContentWindow> settingsWindow;
     std::optional<QmlWindow> popoverContent;

@@ -13,6 +13,7 @@ class LoginItem;
 namespace tokwatch {
 
 class AlertPreferences;
+class SoftwareUpdates;
 
 /// What the settings touch besides the preferences and the model. References outlive the view.
 struct SettingsPlaces {
@@ -22,6 +23,7 @@ struct SettingsPlaces {
     kivo::LoginItem& loginItem;
     /// Shows a web page in the browser, a directory in the file manager.
     std::function<void(const QUrl&)> open;
+    SoftwareUpdates* updates = nullptr; ///< none where no feed was configured
 };
 
 } // namespace tokwatch

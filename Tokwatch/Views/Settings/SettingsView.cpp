@@ -8,7 +8,7 @@ namespace tokwatch {
 
 SettingsView::SettingsView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places)
     : generalView(model, clock, places), menuBarView(model, clock), alertsView(places.alerts),
-      providersView(model, clock, places) {}
+      providersView(model, clock, places), updatesView(makeUpdatesView(model, clock, places)) {}
 
 QString SettingsView::claudeServer() {
     return text(tokwatch::claudeServer);
