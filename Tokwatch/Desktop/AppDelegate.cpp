@@ -1,5 +1,6 @@
 #include "Tokwatch/Desktop/AppDelegate.h"
 
+#include "KivoPaste/TextPaste.h"
 #include "Platform/Linux/DesktopBus.h"
 #include "Tokwatch/Desktop/StatusAreaAdvice.h"
 #include "Tokwatch/Desktop/StatusAreaPlace.h"
@@ -11,9 +12,11 @@
 #include "Tokwatch/Views/Settings/SettingsView.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
+#include <QClipboard>
 #include <QCursor>
 #include <QDesktopServices>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QQuickView>
 #include <QScreen>
 #include <QStandardPaths>
@@ -129,6 +132,7 @@ std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
     view->setHostAdvice(hostAdvice());
     connect(view.get(), &PopoverView::settingsRequested, this, &AppDelegate::openSettings);
     connect(view.get(), &PopoverView::quitRequested, qApp, &QCoreApplication::quit);
+    connect(view.get(), &PopoverView::pasteRequested, this, &AppDelegate::paste);
     connect(view->usage(), &UsageView::welcomeRequested, this, &AppDelegate::openWelcome);
     return view;
 }
@@ -212,6 +216,29 @@ QPoint AppDelegate::lastAnchor() const {
     if (screen == nullptr) return pointer;
     return likelyStatusArea(screen->geometry(), screen->availableGeometry(),
                             QGuiApplication::isRightToLeft());
+}
+
+/// The popover gives the keyboard back first. Where that is of no use, or the program would end
+/// with its only window, it stays and says that there is something to paste.
+void AppDelegate::paste(const QString& text) {
+    if (!kivo::canPaste() || isWithoutHost()) {
+        QGuiApplication::clipboard()->setText(text);
+        return sayCopied();
+    }
+    popover->close();
+    kivo::pasteText(bus.sessionBus(), text, [this, alive = QPointer(this)](auto outcome) {
+        if (alive && outcome == kivo::PasteOutcome::copied) sayCopied();
+    });
+}
+
+void AppDelegate::sayCopied() {
+    const bool isSeen = popoverWindow->isShown();
+    if (!isSeen && alertDisplay.isThere())
+        return alertDisplay.show({"paste", "Copied to the clipboard",
+                                  "It could not be pasted for you.", Alert::Urgency::low});
+    if (!isSeen) openPopover();
+    if (auto* view = qobject_cast<PopoverView*>(popoverContent->view()))
+        view->footer()->say(QStringLiteral("Copied. Paste it where you want it."));
 }
 
 // Status item

@@ -61,6 +61,8 @@ class AppDelegate : public QObject {
     void lookForUpdates();
     void checkForUpdates();
     std::unique_ptr<PopoverView> makePopoverView();
+    void paste(const QString& text);
+    void sayCopied();
     void makePopover();
     void openPopover();
     void makeWindows();
