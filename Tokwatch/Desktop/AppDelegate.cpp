@@ -77,6 +77,7 @@ AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::launch() {
     lookForUpdates();
+    makeMainMenu();
     makePopover();
     updatePopoverStyle();
     dockIconNotifier = preferences.showDockIcon.addNotifier([this] { updatePopoverStyle(); });
@@ -243,11 +244,10 @@ void AppDelegate::sayCopied() {
 
 // Status item
 
-void AppDelegate::makeStatusItem() {
-    AppModel& model = application->model();
+StatusActions AppDelegate::menuActions() {
     StatusActions actions{
         .open = [this](QPoint anchor) { toggle(anchor); },
-        .refresh = [&model] { model.refresh(); },
+        .refresh = [this] { application->model().refresh(); },
         .openSettings = [this] { openSettings(); },
         .quit = [] { QCoreApplication::quit(); },
         .canCheckForUpdates = [this] { return updates && updates->updater().canCheck(); },
@@ -255,6 +255,16 @@ void AppDelegate::makeStatusItem() {
     };
     if (const QUrl page = makersPage(); !page.isEmpty())
         actions.openMakersPage = [page] { QDesktopServices::openUrl(page); };
+    return actions;
+}
+
+void AppDelegate::makeMainMenu() {
+    mainMenu.emplace(bus.sessionBus(), QStringLiteral("Tokwatch"),
+                     [actions = menuActions()] { return statusMenu(actions); });
+}
+
+void AppDelegate::makeStatusItem() {
+    const StatusActions actions = menuActions();
     statusItem.emplace(StatusItemSurroundings{bus.sessionBus(), scheduler, now, iconDirectory()},
                        actions);
     contextMenu.emplace(runtime, scheduler, [actions] { return statusMenu(actions); });
@@ -343,6 +353,7 @@ void AppDelegate::lookForUpdates() {
     // Of a menu that a host draws it is told at once.
     updatesNotifier = updates->preferences().agreed.addNotifier([this] {
         if (statusItem) statusItem->menuChanged();
+        mainMenu->rebuild();
     });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KivoLaunch/LoginItem.h"
+#include "KivoMenuBar/MainMenu.h"
 #include "KivoTheme/DesktopAppearance.h"
 #include "KivoTheme/Theme.h"
 #include "Platform/Linux/DesktopAlerts.h"
@@ -68,6 +69,8 @@ class AppDelegate : public QObject {
     void makeWindows();
     std::unique_ptr<SettingsView> makeSettings();
     std::unique_ptr<OnboardingView> makeWelcome();
+    StatusActions menuActions();
+    void makeMainMenu();
     void makeStatusItem();
     void hostChanged();
     void windowClosed();
@@ -107,6 +110,7 @@ class AppDelegate : public QObject {
     std::optional<QmlWindow> popoverContent;
     std::optional<PopoverWindow> popoverWindow;
     std::optional<PopoverController> popover;
+    std::optional<kivo::MainMenu> mainMenu;
     std::optional<ContextMenuWindow> contextMenu;
     std::optional<MeterStatusItem> statusItem;
     std::optional<ObservingUpdater<StatusContent>> titleObserver;
