@@ -69,6 +69,9 @@ class QuickWorld : public QObject {
     }
     Q_INVOKABLE void blockAutostart() { world.home.write(".config/autostart", "no directory"); }
     Q_INVOKABLE QString clipboard() const { return QGuiApplication::clipboard()->text(); }
+    Q_INVOKABLE bool hasPictureInClipboard() const {
+        return !QGuiApplication::clipboard()->image().isNull();
+    }
     Q_INVOKABLE void passAMinute() { world.pass(Seconds{60}); }
     Q_INVOKABLE void settle() { world.settle(); }
 

@@ -15,6 +15,7 @@ Item {
     }
     SignalSpy { id: closings; target: popover; signalName: "closeRequested" }
     SignalSpy { id: settings; target: popoverView; signalName: "settingsRequested" }
+    SignalSpy { id: pastes; target: popoverView; signalName: "pasteRequested" }
     SignalSpy { id: quits; target: popoverView; signalName: "quitRequested" }
 
     Look {
@@ -57,6 +58,20 @@ Item {
             compare([settings.count, quits.count, closings.count], [1, 1, 1])
             type([[Qt.Key_R, Qt.ControlModifier]])
             verify(popoverView.footer.state.isRefreshing)
+        }
+
+        function test_takesTheSummaryAndThePictureElsewhere() {
+            const copy = classed("CopyMenu")
+            const lines = ["Today: $4.00 · 2.00K tokens · API estimate", "Last 30 days: $6.00 · 3.00K tokens · API estimate"]
+            type([Qt.Key_Space, Qt.Key_Down, Qt.Key_Return], copy)
+            compare(pastes.signalArguments[0][0], lines.join("\n"))
+            type([Qt.Key_Space, Qt.Key_Down, Qt.Key_Down, Qt.Key_Return], copy)
+            compare([world.clipboard(), copy.text], [lines.join("\n"), "Copied"])
+            show(1)
+            const picture = named("Copy as a picture")
+            mouseClick(picture)
+            tryCompare(picture, "text", "Copied")
+            verify(world.hasPictureInClipboard())
         }
 
         function test_keyboardReachesWhatDoesNotFit() {

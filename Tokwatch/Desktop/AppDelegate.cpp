@@ -1,18 +1,23 @@
 #include "Tokwatch/Desktop/AppDelegate.h"
 
+#include "KivoPaste/TextPaste.h"
 #include "Platform/Linux/DesktopBus.h"
 #include "Tokwatch/Desktop/StatusAreaAdvice.h"
 #include "Tokwatch/Desktop/StatusAreaPlace.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Updates/ConfiguredFeed.h"
+#include "Tokwatch/Updates/FeedTransport.h"
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 #include "Tokwatch/Views/Popover/PopoverView.h"
 #include "Tokwatch/Views/Settings/SettingsView.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
+#include <QClipboard>
 #include <QCursor>
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QQuickView>
 #include <QScreen>
 #include <QStandardPaths>
@@ -99,6 +104,8 @@ void AppDelegate::applyTheme() {
 }
 
 void AppDelegate::launch() {
+    lookForUpdates();
+    makeMainMenu();
     makePopover();
     updatePopoverStyle();
     dockIconNotifier = preferences.showDockIcon.addNotifier([this] { updatePopoverStyle(); });
@@ -158,6 +165,7 @@ std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
     connect(view.get(), &PopoverView::pinToggled, this, &AppDelegate::togglePin);
     connect(view.get(), &PopoverView::settingsRequested, this, &AppDelegate::openSettings);
     connect(view.get(), &PopoverView::quitRequested, qApp, &QCoreApplication::quit);
+    connect(view.get(), &PopoverView::pasteRequested, this, &AppDelegate::paste);
     connect(view->usage(), &UsageView::welcomeRequested, this, &AppDelegate::openWelcome);
     return view;
 }
@@ -243,16 +251,52 @@ QPoint AppDelegate::lastAnchor() const {
                             QGuiApplication::isRightToLeft());
 }
 
+/// The popover gives the keyboard back first. Where that is of no use, or the program would end
+/// with its only window, it stays and says that there is something to paste.
+void AppDelegate::paste(const QString& text) {
+    if (!kivo::canPaste() || isWithoutHost()) {
+        QGuiApplication::clipboard()->setText(text);
+        return sayCopied();
+    }
+    popover->close();
+    kivo::pasteText(bus.sessionBus(), text, [this, alive = QPointer(this)](auto outcome) {
+        if (alive && outcome == kivo::PasteOutcome::copied) sayCopied();
+    });
+}
+
+void AppDelegate::sayCopied() {
+    const bool isSeen = popoverWindow->isShown();
+    if (!isSeen && alertDisplay.isThere())
+        return alertDisplay.show({"paste", "Copied to the clipboard",
+                                  "It could not be pasted for you.", Alert::Urgency::low});
+    if (!isSeen) openPopover();
+    if (auto* view = qobject_cast<PopoverView*>(popoverContent->view()))
+        view->footer()->say(QStringLiteral("Copied. Paste it where you want it."));
+}
+
 // Status item
 
-void AppDelegate::makeStatusItem() {
-    AppModel& model = application->model();
-    const StatusActions actions{
+StatusActions AppDelegate::menuActions() {
+    StatusActions actions{
         .open = [this](QPoint anchor) { toggle(anchor); },
-        .refresh = [&model] { model.refresh(); },
+        .refresh = [this] { application->model().refresh(); },
         .openSettings = [this] { openSettings(); },
         .quit = [] { QCoreApplication::quit(); },
+        .canCheckForUpdates = [this] { return updates && updates->updater().canCheck(); },
+        .checkForUpdates = [this] { checkForUpdates(); },
     };
+    if (const QUrl page = makersPage(); !page.isEmpty())
+        actions.openMakersPage = [page] { QDesktopServices::openUrl(page); };
+    return actions;
+}
+
+void AppDelegate::makeMainMenu() {
+    mainMenu.emplace(bus.sessionBus(), QStringLiteral("Tokwatch"),
+                     [actions = menuActions()] { return statusMenu(actions); });
+}
+
+void AppDelegate::makeStatusItem() {
+    const StatusActions actions = menuActions();
     statusItem.emplace(StatusItemSurroundings{bus.sessionBus(), scheduler, now, iconDirectory()},
                        actions);
     contextMenu.emplace(runtime, scheduler, [actions] { return statusMenu(actions); });
@@ -368,28 +412,54 @@ void AppDelegate::togglePin() {
     desktopPreferences.isPinned = isPinned;
 }
 
+// Updates
+
+void AppDelegate::lookForUpdates() {
+    const std::optional<kivo::UpdateFeed> feed = configuredFeed();
+    if (!feed) return;
+    updates.emplace(*feed,
+                    SoftwareUpdates::Surroundings{settingsFile.parent_path() / "Updates.conf",
+                                                  feedTransport(*feed), now, scheduler});
+    // Of a menu that a host draws it is told at once.
+    updatesNotifier = updates->preferences().agreed.addNotifier([this] {
+        if (statusItem) statusItem->menuChanged();
+        mainMenu->rebuild();
+    });
+}
+
+void AppDelegate::checkForUpdates() {
+    openSettings();
+    if (auto* settings = qobject_cast<SettingsView*>(settingsWindow->view()))
+        settings->setPage(SettingsView::Page::about);
+    updates->updater().check();
+}
+
 // Windows
 
 void AppDelegate::makeWindows() {
     settingsWindow.emplace(
-        runtime, scheduler,
-        QmlWindow::Content{
-            settingsSource,
-            [this] {
-                const SettingsPlaces places{
-                    paths.database(), settingsFile,  alertPreferences, desktopPreferences,
-                    *hotKey,          openCommand(), loginItem,        QDesktopServices::openUrl};
-                auto view =
-                    std::make_unique<SettingsView>(application->model(), *viewClock, places);
-                connect(view.get(), &SettingsView::quitRequested, qApp, &QCoreApplication::quit);
-                return view;
-            }},
+        runtime, scheduler, QmlWindow::Content{settingsSource, [this] { return makeSettings(); }},
         ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, {560, 300}});
     onboarding.emplace(runtime, scheduler,
                        QmlWindow::Content{onboardingSource, [this] { return makeWelcome(); }},
                        ContentWindow::Frame{QStringLiteral("Welcome to Tokwatch"), {500, 0}});
     for (ContentWindow* window : {&*settingsWindow, &*onboarding})
         connect(window, &ContentWindow::closed, this, &AppDelegate::windowClosed);
+}
+
+std::unique_ptr<SettingsView> AppDelegate::makeSettings() {
+    const SettingsPlaces places{.database = paths.database(),
+                                .settingsFile = settingsFile,
+                                .alerts = alertPreferences,
+                                .desktop = desktopPreferences,
+                                .hotKey = *hotKey,
+                                .openCommand = openCommand(),
+                                .loginItem = loginItem,
+                                .open = QDesktopServices::openUrl,
+                                .updates = updates ? &*updates : nullptr};
+    auto view = std::make_unique<SettingsView>(application->model(), *viewClock, places);
+    connect(view.get(), &SettingsView::quitRequested, qApp, &QCoreApplication::quit);
+    return view;
 }
 
 std::unique_ptr<OnboardingView> AppDelegate::makeWelcome() {

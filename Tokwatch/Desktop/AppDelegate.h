@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KivoLaunch/LoginItem.h"
+#include "KivoMenuBar/MainMenu.h"
 #include "KivoTheme/DesktopAppearance.h"
 #include "KivoTheme/Theme.h"
 #include "Platform/Linux/DesktopAlerts.h"
@@ -17,6 +18,7 @@
 #include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
+#include "Tokwatch/Updates/SoftwareUpdates.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 #include "Tokwatch/Views/Popover/Range/ShownRange.h"
 
@@ -33,6 +35,7 @@ namespace tokwatch {
 class DesktopBus;
 class OnboardingView;
 class PopoverView;
+class SettingsView;
 
 /// Puts the application on the desktop: the status item with its title, the popover, the settings
 /// and the welcome. Main thread only; lives until the program ends.
@@ -60,13 +63,20 @@ class AppDelegate : public QObject {
     void openWelcome();
     void applyTheme();
     void openSettings();
+    void lookForUpdates();
+    void checkForUpdates();
     std::unique_ptr<PopoverView> makePopoverView();
+    void paste(const QString& text);
+    void sayCopied();
     void makePopover();
     void makePinnedPanel();
     void togglePin();
     void openPopover();
     void makeWindows();
+    std::unique_ptr<SettingsView> makeSettings();
     std::unique_ptr<OnboardingView> makeWelcome();
+    StatusActions menuActions();
+    void makeMainMenu();
     void makeStatusItem();
     void hostChanged();
     void windowClosed();
@@ -102,11 +112,14 @@ class AppDelegate : public QObject {
     std::optional<LimitAlerts> limitAlerts;
     std::optional<ViewClock> viewClock;
     ShownRange shownRange;
+    std::optional<SoftwareUpdates> updates; ///< none where no feed was configured
+    QPropertyNotifier updatesNotifier;
     std::optional<ContentWindow> onboarding;
     std::optional<ContentWindow> settingsWindow;
     std::optional<QmlWindow> popoverContent;
     std::optional<PopoverWindow> popoverWindow;
     std::optional<PopoverController> popover;
+    std::optional<kivo::MainMenu> mainMenu;
     std::optional<ContextMenuWindow> contextMenu;
     std::optional<PinnedPanel> pinnedPanel;
     std::optional<ChosenHotKey> hotKey;

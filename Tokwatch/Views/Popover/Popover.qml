@@ -111,5 +111,7 @@ FocusScope {
         status: popover.view.footer.state
         onRefresh: popover.view.refresh()
         onSettings: popover.view.settingsRequested()
+        onPasteSummary: popover.view.pasteSummary()
+        onCopySummary: popover.view.copySummary()
     }
 }

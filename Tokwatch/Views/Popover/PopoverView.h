@@ -46,6 +46,10 @@ class PopoverView : public QObject {
     FooterView* footer() { return &footerView; }
 
     Q_INVOKABLE void refresh();
+    /// Today, the last 30 days and the limits as text: for where the keyboard was before the
+    /// window had it, or for the clipboard.
+    Q_INVOKABLE void pasteSummary() { emit pasteRequested(summary()); }
+    Q_INVOKABLE void copySummary() const;
     /// Something shown changes with every second.
     bool countsDown() const { return usageView.countsDown() || footerView.countsDown(); }
 
@@ -56,8 +60,11 @@ class PopoverView : public QObject {
     void pinToggled();
     void settingsRequested();
     void quitRequested();
+    void pasteRequested(const QString& text);
 
   private:
+    QString summary() const;
+
     AppModel& model;
     Q_OBJECT_BINDABLE_PROPERTY(PopoverView, QString, advice, &PopoverView::hostAdviceChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(PopoverView, bool, pinned, false,

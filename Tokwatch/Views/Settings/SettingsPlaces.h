@@ -16,6 +16,7 @@ namespace tokwatch {
 class AlertPreferences;
 class ChosenHotKey;
 class DesktopPreferences;
+class SoftwareUpdates;
 
 /// What the settings touch besides the preferences and the model. References outlive the view.
 struct SettingsPlaces {
@@ -28,6 +29,7 @@ struct SettingsPlaces {
     kivo::LoginItem& loginItem;
     /// Shows a web page in the browser, a directory in the file manager.
     std::function<void(const QUrl&)> open;
+    SoftwareUpdates* updates = nullptr; ///< none where no feed was configured
 };
 
 } // namespace tokwatch

@@ -5,10 +5,13 @@
 #include "Tokwatch/Views/Settings/HotKeyView.h"
 #include "Tokwatch/Views/Settings/MenuBarView.h"
 #include "Tokwatch/Views/Settings/ProvidersView.h"
+#include "Tokwatch/Views/Settings/UpdatesView.h"
 
 #include <QObject>
 #include <QProperty>
 #include <qqmlregistration.h>
+
+#include <memory>
 
 namespace tokwatch {
 
@@ -26,6 +29,7 @@ class SettingsView : public QObject {
     Q_PROPERTY(tokwatch::MenuBarView* menuBar READ menuBar CONSTANT)
     Q_PROPERTY(tokwatch::AlertsView* alerts READ alerts CONSTANT)
     Q_PROPERTY(tokwatch::ProvidersView* providers READ providers CONSTANT)
+    Q_PROPERTY(tokwatch::UpdatesView* updates READ updates CONSTANT)
     Q_PROPERTY(QString claudeServer READ claudeServer CONSTANT)
     Q_PROPERTY(QString codexServer READ codexServer CONSTANT)
     Q_PROPERTY(QString version READ version CONSTANT)
@@ -42,6 +46,8 @@ class SettingsView : public QObject {
     MenuBarView* menuBar() { return &menuBarView; }
     AlertsView* alerts() { return &alertsView; }
     ProvidersView* providers() { return &providersView; }
+    /// Null where there is no feed to ask.
+    UpdatesView* updates() { return updatesView.get(); }
     /// Whom the logins go to.
     static QString claudeServer();
     static QString codexServer();
@@ -60,6 +66,7 @@ class SettingsView : public QObject {
     MenuBarView menuBarView;
     AlertsView alertsView;
     ProvidersView providersView;
+    const std::unique_ptr<UpdatesView> updatesView;
 };
 
 } // namespace tokwatch
