@@ -1,8 +1,8 @@
 #pragma once
 
 #include "KivoLaunch/LoginItem.h"
+#include "KivoLooks/DesktopAppearance.h"
 #include "KivoMenuBar/MainMenu.h"
-#include "KivoTheme/DesktopAppearance.h"
 #include "KivoTheme/Theme.h"
 #include "Platform/Linux/DesktopAlerts.h"
 #include "Tokwatch/Alerts/LimitAlerts.h"

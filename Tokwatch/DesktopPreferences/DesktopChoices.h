@@ -2,7 +2,7 @@
 
 #include "KivoHotKeys/HotKey.h"
 #include "KivoPanel/SavedFrame.h"
-#include "KivoTheme/ToneChoice.h"
+#include "KivoLooks/ToneChoice.h"
 #include "Tokwatch/Preferences/SettingCoding.h"
 
 #include <array>

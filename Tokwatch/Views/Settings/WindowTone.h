@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KivoTheme/ToneChoice.h"
+#include "KivoLooks/ToneChoice.h"
 
 #include <QObject>
 #include <qqmlregistration.h>

@@ -1,4 +1,4 @@
-#include "KivoTheme/ToneChoice.h"
+#include "KivoLooks/ToneChoice.h"
 
 namespace kivo {
 
