@@ -40,3 +40,5 @@ Motion Motion::of(const Appearance& appearance) {
 }
 
 } // namespace kivo
+
+#include "moc_Measures.cpp"

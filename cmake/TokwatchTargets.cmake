@@ -94,8 +94,8 @@ endfunction()
 
 # tokwatch_module([MOC] [EXCEPT sources of programs …] [ALONE sources …] [PUBLIC what the headers need …] [PRIVATE …]): the
 # folder as a library; MOC where it has a Q_OBJECT. ALONE stay out where folders are compiled as one file: their parts
-# have the names of a neighbour's, or one half of a folder needs the toolkit and the other is in the program that has to
-# do without (Tokwatch/CommandLine/Assistant).
+# have the names of a neighbour's, or one half of a folder needs the toolkit and the other is in a program that has to
+# do without (Tokwatch/CommandLine/Assistant, Tokwatch/Widget).
 function(tokwatch_module)
   cmake_parse_arguments(ARG "MOC" "" "PUBLIC;PRIVATE;EXCEPT;ALONE" ${ARGN})
   tokwatch_folder()

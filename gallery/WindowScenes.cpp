@@ -3,6 +3,7 @@
 #include "Tokwatch/DesktopPreferences/ChosenHotKey.h"
 #include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Preferences/AlertPreferences.h"
+#include "Tokwatch/Preferences/WidgetPreferences.h"
 #include "Tokwatch/Updates/SoftwareUpdates.h"
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 #include "Tokwatch/Views/Settings/SettingsView.h"
@@ -38,12 +39,19 @@ ChosenHotKey& hotKey() {
     return chosen;
 }
 
+WidgetPreferences& widgetPreferences() {
+    static const std::unique_ptr<QSettings> nobodys = settingsOfNobody();
+    static WidgetPreferences preferences(*nobodys);
+    return preferences;
+}
+
 std::unique_ptr<SettingsView> settingsView(DemoWorld& world, SettingsView::Page page,
                                            SoftwareUpdates* updates = nullptr) {
     const SettingsPlaces places{world.home / ".local/share/Tokwatch/usage.sqlite",
                                 world.home / ".config/Tokwatch/Tokwatch.conf",
                                 alertPreferences(),
                                 desktopPreferences(),
+                                widgetPreferences(),
                                 hotKey(),
                                 QStringLiteral("tokwatch"),
                                 loginItem(),
@@ -128,6 +136,7 @@ std::vector<Scene> windowScenes() {
     return {settingsScene("general", general),
             settingsScene("panel", menuBar),
             settingsScene("notifications", alerts),
+            settingsScene("widget", widget),
             settingsScene("providers", providers),
             settingsScene("privacy", privacy),
             settingsScene("about", about),

@@ -10,6 +10,7 @@
 #include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/WidgetPreferences.h"
 #include "TokwatchCore/Store/UsageStore.h"
 
 #include <QDBusMessage>
@@ -63,8 +64,8 @@ class AppDelegateTest : public ::testing::Test {
             Surroundings{UserPaths{home.path(), data.path()}, Calendar::utc, time.clock(),
                          std::make_shared<FakeCredentials>(CredentialError::Reason::notFound),
                          std::make_shared<FakeHTTP>()},
-            preferences, data / "settings.conf", alertPreferences, desktopPreferences, desktopBus,
-            time);
+            preferences, data / "settings.conf", alertPreferences, desktopPreferences,
+            widgetPreferences, desktopBus, time);
     }
     /// With a status area, unless there is to be none.
     void launch(bool withArea = true) {
@@ -101,6 +102,8 @@ class AppDelegateTest : public ::testing::Test {
     AlertPreferences alertPreferences{*alertSettings};
     std::unique_ptr<QSettings> desktopSettings = settingsFile(data / "Desktop.conf");
     DesktopPreferences desktopPreferences{*desktopSettings};
+    std::unique_ptr<QSettings> widgetSettings = settingsFile(data / "Widget.conf");
+    WidgetPreferences widgetPreferences{*widgetSettings};
     DesktopBus desktopBus{appBus, appBus};
     std::optional<AppDelegate> delegate;
 };

@@ -79,7 +79,8 @@ class QuickWorld : public QObject {
     AnySetting& setting(const QString& key) const {
         if (AnySetting* found = world.preferences->named(key.toStdString())) return *found;
         if (AnySetting* found = world.alertPreferences.named(key.toStdString())) return *found;
-        return *world.desktopPreferences.named(key.toStdString());
+        if (AnySetting* found = world.desktopPreferences.named(key.toStdString())) return *found;
+        return *world.widgetPreferences.named(key.toStdString());
     }
 
     ViewWorld world{".claude/projects/a/b.jsonl", ".grok/sessions/a"};

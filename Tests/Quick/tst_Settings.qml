@@ -31,8 +31,8 @@ Item {
         function test_sections() {
             settingsView.page = 0
             const list = classed("SectionList")
-            for (const [keys, page] of [[[Qt.Key_Up], 0], [[Qt.Key_Down], 1], [[Qt.Key_End, Qt.Key_Down], 5],
-                                        [[Qt.Key_Home, [Qt.Key_PageUp, Qt.ControlModifier]], 5]]) {
+            for (const [keys, page] of [[[Qt.Key_Up], 0], [[Qt.Key_Down], 1], [[Qt.Key_End, Qt.Key_Down], 6],
+                                        [[Qt.Key_Home, [Qt.Key_PageUp, Qt.ControlModifier]], 6]]) {
                 type(keys, list)
                 compare(settingsView.page, page)
             }
@@ -45,8 +45,10 @@ Item {
                 { page: 1, tag: "Tint the item when a limit runs low", key: "tintEnabled", before: "true", after: "false" },
                 { page: 2, tag: "A limit reaches the warning level", key: "warning", before: "false", after: "true" },
                 { page: 2, tag: "Quiet hours", key: "quietHours", before: "false", after: "true" },
-                { page: 3, tag: "Live limits", key: "claudeLiveLimits", before: "true", after: "false" },
-                { page: 3, tag: "Codex: Show limits", key: "disabledProviders", before: "", after: "codex" },
+                { page: 3, tag: "Show on the desktop", key: "shown", before: "false", after: "true" },
+                { page: 3, tag: "Size", key: "size", press: Qt.Key_Right, before: "medium", after: "large" },
+                { page: 4, tag: "Live limits", key: "claudeLiveLimits", before: "true", after: "false" },
+                { page: 4, tag: "Codex: Show limits", key: "disabledProviders", before: "", after: "codex" },
                 { page: 0, tag: "Theme", key: "theme", press: Qt.Key_End, before: "desktop", after: "dark" },
                 { page: 0, tag: "Summaries lead with", key: "summaryUnit", press: Qt.Key_Right, before: "cost", after: "tokens" },
                 { page: 1, tag: "Show", key: "menuBarStyle", press: Qt.Key_Left, before: "provider", after: "icon" },
@@ -110,7 +112,7 @@ Item {
         }
 
         function test_providersAreReordered() {
-            const control = onPage(3, "Claude: Show limits")
+            const control = onPage(4, "Claude: Show limits")
             type([[Qt.Key_Down, Qt.AltModifier], [Qt.Key_Down, Qt.AltModifier]])
             compare(world.preference("providerOrder"), "codex,grok,claude,cursor")
             verify(control.activeFocus, "the focus goes with it")

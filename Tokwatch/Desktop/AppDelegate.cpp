@@ -77,11 +77,13 @@ void useActivationToken(const QString& token) {
 
 AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences,
                          std::filesystem::path preferencesFile, AlertPreferences& toldOf,
-                         DesktopPreferences& ofWindows, DesktopBus& desktopBus, Scheduler& timers)
+                         DesktopPreferences& ofWindows, WidgetPreferences& aboutWidget,
+                         DesktopBus& desktopBus, Scheduler& timers)
     : preferences(userPreferences), alertPreferences(toldOf), desktopPreferences(ofWindows),
-      bus(desktopBus), paths(surroundings.paths), settingsFile(std::move(preferencesFile)),
-      now(surroundings.now), loginItem(kivo::LoginItem::userDirectory(), loginProgram()),
-      scheduler(timers), appearance(desktopBus.sessionBus()),
+      widgetPreferences(aboutWidget), bus(desktopBus), paths(surroundings.paths),
+      settingsFile(std::move(preferencesFile)), now(surroundings.now),
+      loginItem(kivo::LoginItem::userDirectory(), loginProgram()), scheduler(timers),
+      appearance(desktopBus.sessionBus()),
       theme(kivo::inTone(appearance.current(), ofWindows.theme.peek())), runtime(theme),
       alertDisplay(desktopBus.sessionBus()) {
     // Before the welcome is finished nobody is asked; a follower, whose user started it to ask,
@@ -121,6 +123,7 @@ void AppDelegate::launch() {
     tellOfLimits();
     bindHotKey();
     makePinnedPanel();
+    if (paths.dataHome) widgetStarter.emplace(widgetPreferences, *paths.dataHome);
     if (std::exchange(pendingOpen, false)) openPopover();
 }
 
@@ -452,6 +455,7 @@ std::unique_ptr<SettingsView> AppDelegate::makeSettings() {
                                 .settingsFile = settingsFile,
                                 .alerts = alertPreferences,
                                 .desktop = desktopPreferences,
+                                .widget = widgetPreferences,
                                 .hotKey = *hotKey,
                                 .openCommand = openCommand(),
                                 .loginItem = loginItem,

@@ -14,6 +14,7 @@
 #include "Tokwatch/Desktop/PopoverWindow.h"
 #include "Tokwatch/Desktop/QmlRuntime.h"
 #include "Tokwatch/Desktop/QmlWindow.h"
+#include "Tokwatch/Desktop/WidgetStarter.h"
 #include "Tokwatch/DesktopPreferences/ChosenHotKey.h"
 #include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
@@ -36,6 +37,7 @@ class DesktopBus;
 class OnboardingView;
 class PopoverView;
 class SettingsView;
+class WidgetPreferences;
 
 /// Puts the application on the desktop: the status item with its title, the popover, the settings
 /// and the welcome. Main thread only; lives until the program ends.
@@ -45,7 +47,8 @@ class AppDelegate : public QObject {
     /// References outlive it. `settingsFile` is where the preferences are kept.
     AppDelegate(Surroundings surroundings, Preferences& preferences,
                 std::filesystem::path settingsFile, AlertPreferences& alertPreferences,
-                DesktopPreferences& desktopPreferences, DesktopBus& bus, Scheduler& timers);
+                DesktopPreferences& desktopPreferences, WidgetPreferences& widgetPreferences,
+                DesktopBus& bus, Scheduler& timers);
     ~AppDelegate() override;
 
     /// Everything, in its order; called once.
@@ -98,6 +101,7 @@ class AppDelegate : public QObject {
     Preferences& preferences;
     AlertPreferences& alertPreferences;
     DesktopPreferences& desktopPreferences;
+    WidgetPreferences& widgetPreferences;
     DesktopBus& bus;
     UserPaths paths;
     std::filesystem::path settingsFile;
@@ -114,6 +118,7 @@ class AppDelegate : public QObject {
     ShownRange shownRange;
     std::optional<SoftwareUpdates> updates; ///< none where no feed was configured
     QPropertyNotifier updatesNotifier;
+    std::optional<WidgetStarter> widgetStarter;
     std::optional<ContentWindow> onboarding;
     std::optional<ContentWindow> settingsWindow;
     std::optional<QmlWindow> popoverContent;

@@ -9,6 +9,7 @@
 #include "Tokwatch/Pictures/Marks.h"
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/WidgetPreferences.h"
 #include "TokwatchCore/Limits/URLSessionHTTPClient.h"
 
 #include <QCommandLineParser>
@@ -85,10 +86,15 @@ int run(int argc, char** argv) {
         tokwatch::settingsFile(tokwatch::desktopSettingsPath());
     tokwatch::DesktopPreferences desktopPreferences(*desktopSettings);
     desktopPreferences.followFile();
+    const std::unique_ptr<QSettings> widgetSettings =
+        tokwatch::settingsFile(tokwatch::widgetSettingsPath());
+    tokwatch::WidgetPreferences widgetPreferences(*widgetSettings);
+    widgetPreferences.followFile();
     tokwatch::QtScheduler scheduler;
     delegate = std::make_unique<tokwatch::AppDelegate>(
         tokwatch::Surroundings::real(pathsFrom(parser, home, dataDirectory)), preferences,
-        settings->fileName().toStdString(), alertPreferences, desktopPreferences, bus, scheduler);
+        settings->fileName().toStdString(), alertPreferences, desktopPreferences, widgetPreferences,
+        bus, scheduler);
     if (openAtOnce) delegate->open();
     delegate->launch();
     // The end of a session comes as a signal: the item leaves the panel, the settings are written.

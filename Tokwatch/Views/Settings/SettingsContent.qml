@@ -29,6 +29,11 @@ SettingsFrame {
         page: Component { AlertsPage { view: settings.view.alerts } }
     }
     SettingsSection {
+        title: "Widget"
+        symbol: "gauge.with.dots.needle.67percent"
+        page: Component { WidgetPage { view: settings.view.widget } }
+    }
+    SettingsSection {
         title: "Providers"
         symbol: "layers"
         page: Component { ProvidersPage { view: settings.view.providers } }

@@ -17,6 +17,7 @@ class AlertPreferences;
 class ChosenHotKey;
 class DesktopPreferences;
 class SoftwareUpdates;
+class WidgetPreferences;
 
 /// What the settings touch besides the preferences and the model. References outlive the view.
 struct SettingsPlaces {
@@ -24,6 +25,7 @@ struct SettingsPlaces {
     std::filesystem::path settingsFile;
     AlertPreferences& alerts;
     DesktopPreferences& desktop;
+    WidgetPreferences& widget;
     ChosenHotKey& hotKey;
     QString openCommand; ///< opens the popover of the application that runs
     kivo::LoginItem& loginItem;

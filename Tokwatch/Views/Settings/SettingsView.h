@@ -6,6 +6,7 @@
 #include "Tokwatch/Views/Settings/MenuBarView.h"
 #include "Tokwatch/Views/Settings/ProvidersView.h"
 #include "Tokwatch/Views/Settings/UpdatesView.h"
+#include "Tokwatch/Views/Settings/WidgetView.h"
 
 #include <QObject>
 #include <QProperty>
@@ -28,13 +29,14 @@ class SettingsView : public QObject {
     Q_PROPERTY(tokwatch::HotKeyView* hotKey READ hotKey CONSTANT)
     Q_PROPERTY(tokwatch::MenuBarView* menuBar READ menuBar CONSTANT)
     Q_PROPERTY(tokwatch::AlertsView* alerts READ alerts CONSTANT)
+    Q_PROPERTY(tokwatch::WidgetView* widget READ widget CONSTANT)
     Q_PROPERTY(tokwatch::ProvidersView* providers READ providers CONSTANT)
     Q_PROPERTY(tokwatch::UpdatesView* updates READ updates CONSTANT)
     Q_PROPERTY(QString claudeServer READ claudeServer CONSTANT)
     Q_PROPERTY(QString codexServer READ codexServer CONSTANT)
     Q_PROPERTY(QString version READ version CONSTANT)
   public:
-    enum class Page { general, menuBar, alerts, providers, privacy, about };
+    enum class Page { general, menuBar, alerts, widget, providers, privacy, about };
     Q_ENUM(Page)
 
     SettingsView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places);
@@ -45,6 +47,7 @@ class SettingsView : public QObject {
     HotKeyView* hotKey() { return &hotKeyView; }
     MenuBarView* menuBar() { return &menuBarView; }
     AlertsView* alerts() { return &alertsView; }
+    WidgetView* widget() { return &widgetView; }
     ProvidersView* providers() { return &providersView; }
     /// Null where there is no feed to ask.
     UpdatesView* updates() { return updatesView.get(); }
@@ -65,6 +68,7 @@ class SettingsView : public QObject {
     HotKeyView hotKeyView;
     MenuBarView menuBarView;
     AlertsView alertsView;
+    WidgetView widgetView;
     ProvidersView providersView;
     const std::unique_ptr<UpdatesView> updatesView;
 };
