@@ -69,14 +69,14 @@ def geometry(window, environment=None):
     return {key: int(value) for key, value in (line.split("=") for line in lines)}
 
 
-def accessible(*arguments):
+def accessible(*arguments, application="Tokwatch"):
     script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible.py")
-    return subprocess.run([script, *arguments], capture_output=True, text=True, timeout=20)
+    return subprocess.run([script, application, *arguments], capture_output=True, text=True, timeout=20)
 
 
-def names():
+def names(application="Tokwatch"):
     """What a screen reader would read."""
-    return [line.partition("\t")[2] for line in accessible("list").stdout.splitlines()]
+    return [line.partition("\t")[2] for line in accessible("list", application=application).stdout.splitlines()]
 
 
 def press(name):

@@ -37,6 +37,15 @@ TEST(StatusLine, WritesTheTitleInEachFormat) {
               R"("class":"warning","percentage":19})");
 }
 
+TEST(StatusLine, LetsNoTextCommandABar) {
+    const StatusTitle title{"%{F-}#(id)#[dim]<i>&", ProviderID::claude, Severity::critical, "-"};
+    EXPECT_EQ(statusLine(title, StatusFormat::pango),
+              R"(<span foreground="#e5484d">%{F-}#(id)#[dim]&lt;i&gt;&amp;</span>)");
+    EXPECT_EQ(statusLine(title, StatusFormat::polybar), "%{F#e5484d}% {F-}#(id)#[dim]<i>&%{F-}");
+    EXPECT_EQ(statusLine(title, StatusFormat::tmux),
+              "#[fg=white,bg=red]%{F-}##(id)##[dim]<i>&#[default]");
+}
+
 TEST(StatusLine, HasSomethingToShowWithoutAText) {
     const StatusTitle icon{{}, {}, Severity::critical, "Claude · S\033[31m 5% left\nCodex"};
     EXPECT_EQ(statusLine(icon, StatusFormat::text), "Claude · S?[31m 5% left");
