@@ -1,6 +1,7 @@
 #include "Tokwatch/CommandLine/StatusLine.h"
 
 #include "Tokwatch/CommandLine/Terminal/Table.h"
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 #include "TokwatchCore/Support/ApplicationVersion.h"
 
@@ -24,7 +25,7 @@ std::string jsonLine(const StatusTitle& title) {
     json["severity"] = nameOf(title.severity);
     json["tooltip"] = title.tooltip;
     if (title.runsOutAt) json["runsOutAt"] = encode(*title.runsOutAt, DateCoding::iso8601);
-    return jsonText(json);
+    return jsonText(versioned(std::move(json)));
 }
 
 std::string replaced(std::string text, std::string_view what, std::string_view by) {
