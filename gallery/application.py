@@ -4,6 +4,7 @@ screen reader would. The first argument of the script that uses this is tokwatch
 
 import json
 import os
+import re
 import subprocess
 import sys
 import time
@@ -64,9 +65,10 @@ def windows(name="Tokwatch", environment=None):
 
 
 def geometry(window, environment=None):
-    command = ["xdotool", "getwindowgeometry", "--shell", window]
-    lines = subprocess.run(command, check=True, capture_output=True, text=True, env=environment).stdout.split()
-    return {key: int(value) for key, value in (line.split("=") for line in lines)}
+    """On the screen, without what a window manager puts around it."""
+    told = subprocess.run(["xwininfo", "-id", window], check=True, capture_output=True, text=True, env=environment).stdout
+    found = re.findall(r"^ *(?:Absolute upper-left )?(X|Y|Width|Height): +(-?\d+)$", told, re.MULTILINE)
+    return {key.upper(): int(value) for key, value in found}
 
 
 def accessible(*arguments, application="Tokwatch"):
