@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""Tokwatch's windows as a screen reader has them.
+"""An application's windows as a screen reader has them.
 
-    accessible.py list          every element that shows: its role, a tab, its name
-    accessible.py press NAME    presses the first one of that name
+    accessible.py APPLICATION list          every element that shows: its role, a tab, its name
+    accessible.py APPLICATION press NAME    presses the first one of that name
 
 A process of its own for each look: the library that reads the tree keeps what it once saw.
 """
@@ -29,16 +29,16 @@ def showing():
     desktop = Atspi.get_desktop(0)
     for index in range(desktop.get_child_count()):
         application = desktop.get_child_at_index(index)
-        if application is not None and application.get_name() == "Tokwatch":
+        if application is not None and application.get_name() == sys.argv[1]:
             yield from below(application)
 
 
-if sys.argv[1] == "list":
+if sys.argv[2] == "list":
     for element in showing():
         print(element.get_role_name(), element.get_name(), sep="\t")
 else:
     for element in showing():
-        if element.get_name() != sys.argv[2]:
+        if element.get_name() != sys.argv[3]:
             continue
         actions = [element.get_action_name(index) for index in range(element.get_n_actions())]
         wanted = next((action for action in ("Press", "Toggle") if action in actions), None)
@@ -46,4 +46,4 @@ else:
             element.do_action(actions.index(wanted))
             sys.exit(0)
         print(element.get_role_name(), actions, file=sys.stderr)
-    sys.exit(f"there is no {sys.argv[2]} to press")
+    sys.exit(f"there is no {sys.argv[3]} to press")

@@ -4,6 +4,7 @@ screen reader would. The first argument of the script that uses this is tokwatch
 
 import json
 import os
+import re
 import subprocess
 import sys
 import time
@@ -72,19 +73,20 @@ def windows(name="Tokwatch", environment=None):
 
 
 def geometry(window, environment=None):
-    command = ["xdotool", "getwindowgeometry", "--shell", window]
-    lines = subprocess.run(command, check=True, capture_output=True, text=True, env=environment).stdout.split()
-    return {key: int(value) for key, value in (line.split("=") for line in lines)}
+    """On the screen, without what a window manager puts around it."""
+    told = subprocess.run(["xwininfo", "-id", window], check=True, capture_output=True, text=True, env=environment).stdout
+    found = re.findall(r"^ *(?:Absolute upper-left )?(X|Y|Width|Height): +(-?\d+)$", told, re.MULTILINE)
+    return {key.upper(): int(value) for key, value in found}
 
 
-def accessible(*arguments):
+def accessible(*arguments, application="Tokwatch"):
     script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "accessible.py")
-    return subprocess.run([script, *arguments], capture_output=True, text=True, timeout=20)
+    return subprocess.run([script, application, *arguments], capture_output=True, text=True, timeout=20)
 
 
-def names():
+def names(application="Tokwatch"):
     """What a screen reader would read."""
-    return [line.partition("\t")[2] for line in accessible("list").stdout.splitlines()]
+    return [line.partition("\t")[2] for line in accessible("list", application=application).stdout.splitlines()]
 
 
 def press(name):

@@ -1,5 +1,7 @@
 """What a person does on the desktop of script/desktop-session: look, click, and ask over the bus."""
 
+import glob
+import json
 import os
 import re
 import signal
@@ -16,6 +18,7 @@ PICTURES = os.environ["DESKTOP_PICTURES"]
 HOST = os.environ["DESKTOP_HOST"]
 TONE = os.environ["DESKTOP_TONE"]
 CLIENT = os.environ["DESKTOP_CLIENT"]
+COMPOSITOR = os.path.join(os.environ["DESKTOP_ROOT"], "compositor")
 
 LEFT, MIDDLE, RIGHT, WHEEL_UP, WHEEL_DOWN = 1, 2, 3, 4, 5
 WIDTH, HEIGHT, PANEL_HEIGHT = 1280, 720, 32
@@ -167,6 +170,24 @@ def stop_panel():
     run(os.environ["DESKTOP_PANEL"], "stop")
 
 
+def compositor_display(kind):
+    """The compositor's own display, "wayland" or "x11", as its clients' environment names it."""
+    with open(os.path.join(COMPOSITOR, f"{kind}-name"), encoding="ascii") as file:
+        name = file.read().strip()
+    return os.path.join(COMPOSITOR, name) if kind == "wayland" else name
+
+
+def compositor_windows():
+    """The leaves of the compositor's tree: workspaces hold containers hold windows."""
+
+    def leaves(node):
+        below = node["nodes"] + node["floating_nodes"]
+        return [leaf for child in below for leaf in leaves(child)] if below else [node]
+
+    socket = glob.glob(os.path.join(COMPOSITOR, "sway-ipc.*.sock"))[0]
+    return leaves(json.loads(run("swaymsg", "-s", socket, "-t", "get_tree")))
+
+
 def end_bus():
     """Ends the session's message bus, as when the desktop breaks down."""
     bus = dbus.SessionBus()
@@ -223,10 +244,10 @@ class StatusItem:
 class Program:
     """A program under test whose output is read as it comes."""
 
-    def __init__(self, *command):
+    def __init__(self, *command, environment=None):
         self.output = tempfile.NamedTemporaryFile(mode="r", suffix=".out")
         with open(self.output.name, "w") as sink:
-            self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=sink, text=True)
+            self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=sink, text=True, env=environment)
         self.lines = []
 
     def __enter__(self):

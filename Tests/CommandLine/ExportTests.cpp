@@ -53,7 +53,6 @@ TEST_F(CommandTest, ExportsWhatWasCountedThoughTheStoreForgetsIt) {
     EXPECT_EQ(here({"index"}).status, 0);
     const std::string today = formattedNow().substr(0, 10);
     const Json json = this->json({"export", "--host", "den"});
-    EXPECT_EQ(json["version"], 1);
     EXPECT_EQ(json["days"][0]["day"], today);
     EXPECT_EQ(json["days"][0]["totalTokens"], 45);
     EXPECT_THAT(

@@ -29,7 +29,7 @@ TEST(StatusLine, WritesTheTitleInEachFormat) {
         "19% · 3h 5m", ProviderID::claude, Severity::warning, tooltip, false, 19};
     EXPECT_EQ(statusLine(shown, StatusFormat::text), "19% · 3h 5m");
     EXPECT_EQ(statusLine(shown, StatusFormat::json),
-              R"({"text":"19% · 3h 5m","provider":"claude","severity":"warning",)"
+              R"({"version":1,"text":"19% · 3h 5m","provider":"claude","severity":"warning",)"
               R"("tooltip":"Claude · A & <b> 19% left\nCodex · Weekly 50% left"})");
     EXPECT_EQ(statusLine(shown, StatusFormat::waybar),
               R"({"text":"19% · 3h 5m","alt":"claude","tooltip":)"
@@ -37,11 +37,21 @@ TEST(StatusLine, WritesTheTitleInEachFormat) {
               R"("class":"warning","percentage":19})");
 }
 
+TEST(StatusLine, LetsNoTextCommandABar) {
+    const StatusTitle title{"%{F-}#(id)#[dim]<i>&", ProviderID::claude, Severity::critical, "-"};
+    EXPECT_EQ(statusLine(title, StatusFormat::pango),
+              R"(<span foreground="#e5484d">%{F-}#(id)#[dim]&lt;i&gt;&amp;</span>)");
+    EXPECT_EQ(statusLine(title, StatusFormat::polybar), "%{F#e5484d}% {F-}#(id)#[dim]<i>&%{F-}");
+    EXPECT_EQ(statusLine(title, StatusFormat::tmux),
+              "#[fg=white,bg=red]%{F-}##(id)##[dim]<i>&#[default]");
+}
+
 TEST(StatusLine, HasSomethingToShowWithoutAText) {
     const StatusTitle icon{{}, {}, Severity::critical, "Claude · S\033[31m 5% left\nCodex"};
     EXPECT_EQ(statusLine(icon, StatusFormat::text), "Claude · S?[31m 5% left");
-    EXPECT_EQ(statusLine(icon, StatusFormat::json),
-              R"({"severity":"critical","tooltip":"Claude · S\u001b[31m 5% left\nCodex"})");
+    EXPECT_EQ(
+        statusLine(icon, StatusFormat::json),
+        R"({"version":1,"severity":"critical","tooltip":"Claude · S\u001b[31m 5% left\nCodex"})");
     EXPECT_EQ(statusLine(icon, StatusFormat::waybar),
               R"({"text":"Tokwatch","alt":"none","tooltip":"Claude · S\u001b[31m 5% left\nCodex",)"
               R"("class":"critical"})");
@@ -116,7 +126,7 @@ TEST_F(LimitsCommandTest, PrintsWhatIsStored) {
     std::filesystem::create_directories(world / "home");
     EXPECT_THAT(here({"limits"}).out, HasSubstr("No limits are known yet"));
     EXPECT_EQ(here({"status"}).out, "Tokwatch\n");
-    EXPECT_EQ(json({"limits"}).dump(), "{}");
+    EXPECT_EQ(json({"limits"}).dump(), R"({"version":1})");
     storeTwo();
     const std::string text = here({"limits"}).out;
     EXPECT_THAT(text, StartsWith("Claude · Max\n  Session  42% left  ████████▍···········"
@@ -129,7 +139,7 @@ TEST_F(LimitsCommandTest, PrintsWhatIsStored) {
     EXPECT_EQ(here({"status"}).out, "42% · 2h 45m\n");
 
     const Json all = json({"limits"});
-    EXPECT_EQ(all.begin().key(), "claude");
+    EXPECT_EQ(std::next(all.begin()).key(), "claude");
     EXPECT_EQ(decode<ProviderLimits>(all["codex"], DateCoding::iso8601).status,
               ProviderStatus::unreachable);
     EXPECT_EQ(all["codex"]["fetchedAt"], "2027-01-15T08:00:00Z");

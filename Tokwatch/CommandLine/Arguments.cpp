@@ -126,7 +126,10 @@ void addStatus(CLI::App& app, Invocation& invocation, StatusOptions& options) {
     addChoice<StatusFormat>(command, "--format", options.format,
                             {{"text", StatusFormat::text},
                              {"json", StatusFormat::json},
-                             {"waybar", StatusFormat::waybar}},
+                             {"waybar", StatusFormat::waybar},
+                             {"pango", StatusFormat::pango},
+                             {"polybar", StatusFormat::polybar},
+                             {"tmux", StatusFormat::tmux}},
                             "How it is written (default: text)")
         ->excludes("--json");
     command.callback([&] {

@@ -3,6 +3,7 @@
 #include "Tokwatch/CommandLine/Commands.h"
 #include "Tokwatch/CommandLine/LogReadings.h"
 #include "Tokwatch/CommandLine/Terminal/Table.h"
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "Tokwatch/Display/HomeRelative.h"
 #include "Tokwatch/Report/LogAudit.h"
 #include "TokwatchCore/Records/RecordFields.h"
@@ -270,7 +271,7 @@ int runAudit(const CommandSurroundings& surroundings, AuditRows which) {
     if (!examined.audit.isExplained()) examined = examine(surroundings);
     const auto& [reading, audit] = examined;
     if (surroundings.json) {
-        surroundings.terminal.line(jsonText(jsonOf(audit, reading)));
+        surroundings.terminal.line(jsonText(versioned(jsonOf(audit, reading))));
     } else {
         AuditPrinter(surroundings, audit).print(which);
         printUnread(surroundings, reading);

@@ -2,6 +2,7 @@
 
 #include "Platform/System/PrivateFiles.h"
 #include "Tokwatch/CommandLine/ExportFormats.h"
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Store/StoredAccounts.h"
 
@@ -59,7 +60,8 @@ std::string exported(const CommandSurroundings& surroundings, const ExportOption
     case ExportFormat::csv:
         return exportCSV(host, days, prices);
     case ExportFormat::json:
-        return jsonText(exportJson(host, days, prices, limits, surroundings.now())) + '\n';
+        return jsonText(versioned(exportJson(host, days, prices, limits, surroundings.now()))) +
+               '\n';
     }
     return {};
 }

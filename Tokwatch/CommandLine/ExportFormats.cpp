@@ -6,11 +6,6 @@
 #include <cmath>
 
 namespace tokwatch {
-namespace {
-
-constexpr int jsonVersion = 1;
-
-} // namespace
 
 std::string exportCSV(const std::string& host, std::span<const DailyRow> days,
                       const PriceTable& prices) {
@@ -36,7 +31,6 @@ std::string exportCSV(const std::string& host, std::span<const DailyRow> days,
 Json exportJson(const std::string& host, std::span<const DailyRow> days, const PriceTable& prices,
                 const LimitsByProvider& limits, Date now) {
     Json json = Json::object();
-    json["version"] = jsonVersion;
     json["host"] = host;
     json["exportedAt"] = formatISO8601(now);
     Json& rows = json["days"] = Json::array();

@@ -19,8 +19,7 @@ std::string prometheusText(const std::string& host, std::span<const ModelCount> 
 std::string exportCSV(const std::string& host, std::span<const DailyRow> days,
                       const PriceTable& prices);
 
-/// The same days and the limits. "version" is 1, and another one as soon as a reader of this one
-/// would go wrong; fields are added without.
+/// The same days and the limits.
 Json exportJson(const std::string& host, std::span<const DailyRow> days, const PriceTable& prices,
                 const LimitsByProvider& limits, Date now);
 

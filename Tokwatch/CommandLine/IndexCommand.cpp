@@ -3,6 +3,7 @@
 #include "Tokwatch/CommandLine/Commands.h"
 #include "Tokwatch/CommandLine/Terminal/ProgressBar.h"
 #include "Tokwatch/CommandLine/Terminal/Table.h"
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "TokwatchCore/Ingestion/LogFiles.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 #include "TokwatchCore/Support/Amounts.h"
@@ -113,7 +114,7 @@ IndexReport runIndexPass(const CommandSurroundings& surroundings,
 
 void printIndexReport(const CommandSurroundings& surroundings, const IndexReport& report) {
     if (surroundings.json) {
-        surroundings.terminal.line(jsonText(encode(report)));
+        surroundings.terminal.line(jsonText(versioned(encode(report))));
     } else {
         print(surroundings.terminal, report);
     }

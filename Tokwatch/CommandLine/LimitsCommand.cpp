@@ -4,6 +4,7 @@
 #include "Tokwatch/CommandLine/EventLoop.h"
 #include "Tokwatch/CommandLine/IndexCommand.h"
 #include "Tokwatch/CommandLine/LimitsPrinter.h"
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "Tokwatch/Limits/AttemptFile.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Limits/LimitsCache.h"
@@ -137,7 +138,7 @@ int runLimits(const CommandSurroundings& surroundings, const LimitsOptions& opti
         options.refresh && refresh(surroundings, store, preferences, limits, shown);
     const RunOuts runOuts = surroundings.runOuts(limits);
     if (surroundings.json)
-        surroundings.terminal.line(jsonText(encodeAll(limits, shown, runOuts)));
+        surroundings.terminal.line(jsonText(versioned(encodeAll(limits, shown, runOuts))));
     else
         printLimits(surroundings, preferences, limits, shown, runOuts);
     if (limits.empty() && !options.refresh && !surroundings.json)

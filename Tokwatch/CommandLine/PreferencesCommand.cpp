@@ -1,8 +1,11 @@
 #include "Tokwatch/CommandLine/Commands.h"
 
 #include "Tokwatch/CommandLine/Terminal/Table.h"
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "Tokwatch/Preferences/AllSettings.h"
 #include "TokwatchCore/Records/RecordCoding.h"
+
+#include <utility>
 
 namespace tokwatch {
 namespace {
@@ -27,7 +30,7 @@ int runPreferencesList(const CommandSurroundings& surroundings) {
         Json all = Json::object();
         for (const NamedSetting& each : settings.all())
             all[each.name] = jsonOf(each.setting.text());
-        surroundings.terminal.line(jsonText(all));
+        surroundings.terminal.line(jsonText(versioned(std::move(all))));
         return exitOk;
     }
     Table table({{"Setting"}, {"Value"}, {"May be"}});

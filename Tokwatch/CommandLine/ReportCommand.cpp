@@ -2,6 +2,7 @@
 #include "Tokwatch/CommandLine/LogReadings.h"
 #include "Tokwatch/CommandLine/ReportFormats.h"
 #include "Tokwatch/CommandLine/ReportPrinter.h"
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/SummaryTexts.h"
 #include "TokwatchCore/Support/Amounts.h"
@@ -78,7 +79,7 @@ int runReport(const CommandSurroundings& surroundings, const ReportOptions& opti
         UsageReport::make(query, responses, PriceTable::bundled(), calendar, now);
     Terminal& terminal = surroundings.terminal;
     if (surroundings.json) {
-        terminal.line(jsonText(jsonOf(report, reading)));
+        terminal.line(jsonText(versioned(jsonOf(report, reading))));
     } else if (options.csv) {
         terminal.write(reportCSV(report));
     } else {

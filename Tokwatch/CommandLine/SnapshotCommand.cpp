@@ -1,5 +1,6 @@
 #include "Tokwatch/CommandLine/Commands.h"
 
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "TokwatchCore/Store/SnapshotStore.h"
 
 namespace tokwatch {
@@ -11,7 +12,7 @@ int runSnapshot(const CommandSurroundings& surroundings) {
         throw CommandError("there is no snapshot in " +
                            directory.value_or("any data directory").string() +
                            "; the running application writes it");
-    surroundings.terminal.line(jsonText(encode(*snapshot, DateCoding::iso8601)));
+    surroundings.terminal.line(jsonText(versioned(encode(*snapshot, DateCoding::iso8601))));
     return exitOk;
 }
 

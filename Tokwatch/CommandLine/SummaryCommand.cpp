@@ -3,6 +3,7 @@
 #include "Tokwatch/CommandLine/IndexCommand.h"
 #include "Tokwatch/CommandLine/Terminal/Table.h"
 #include "Tokwatch/CommandLine/Terminal/UsageBar.h"
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/SummaryDisplay.h"
 #include "Tokwatch/Display/SummaryTexts.h"
@@ -142,7 +143,7 @@ int runSummary(const CommandSurroundings& surroundings, const SummaryOptions& op
         throw CommandError(std::string("reading the usage store failed: ") + error.what());
     }
     if (surroundings.json) {
-        surroundings.terminal.line(jsonText(encode(summary, DateCoding::iso8601)));
+        surroundings.terminal.line(jsonText(versioned(encode(summary, DateCoding::iso8601))));
     } else {
         SummaryPrinter(surroundings, summary, options.unit).print(options.by);
     }

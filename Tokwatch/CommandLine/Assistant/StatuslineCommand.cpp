@@ -2,6 +2,7 @@
 
 #include "Tokwatch/CommandLine/Assistant/LocalReading.h"
 #include "Tokwatch/CommandLine/Assistant/PatientRead.h"
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "TokwatchCore/Store/LimitHistory.h"
 #include "TokwatchCore/Store/PriceTable.h"
 #include "TokwatchCore/Store/StoredLimits.h"
@@ -134,7 +135,7 @@ int runStatusline(const DataArguments& arguments, const StatuslineOptions& optio
         consultStore(*database, facts, wantsToday, now);
     Terminal terminal = Terminal::throughPipe();
     if (arguments.json) {
-        terminal.line(jsonText(assistantJson(facts)));
+        terminal.line(jsonText(versioned(assistantJson(facts))));
     } else {
         const PlainSettings settings = PlainSettings::read(settingsPath());
         std::string line = assistantLine(facts, options.parts, settings, terminal, now);

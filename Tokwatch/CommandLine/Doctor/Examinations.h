@@ -22,6 +22,7 @@ struct Finding {
 };
 
 void printFindings(Terminal& terminal, const std::vector<Finding>& findings);
+/// A list, which has no place for the version of its form: each finding has it.
 Json encode(const std::vector<Finding>& findings);
 
 /// The doctor's look at the desktop's buses: whether there is a session bus and who of those that

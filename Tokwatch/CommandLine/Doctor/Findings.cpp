@@ -1,6 +1,7 @@
 #include "Tokwatch/CommandLine/Doctor/Examinations.h"
 
 #include "Tokwatch/CommandLine/Terminal/Table.h"
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 
 namespace tokwatch {
 namespace {
@@ -50,7 +51,7 @@ Json encode(const std::vector<Finding>& findings) {
         each["topic"] = finding.topic;
         each["health"] = std::string(nameOf(finding.health));
         each["text"] = finding.text;
-        json.push_back(std::move(each));
+        json.push_back(versioned(std::move(each)));
     }
     return json;
 }
