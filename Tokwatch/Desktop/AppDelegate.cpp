@@ -1,6 +1,7 @@
 #include "Tokwatch/Desktop/AppDelegate.h"
 
 #include "Platform/Linux/DesktopBus.h"
+#include "Platform/System/Places.h"
 #include "Tokwatch/Desktop/StatusAreaAdvice.h"
 #include "Tokwatch/Desktop/StatusAreaPlace.h"
 #include "Tokwatch/Preferences/Preferences.h"
@@ -11,6 +12,7 @@
 
 #include <QCursor>
 #include <QDesktopServices>
+#include <QFile>
 #include <QGuiApplication>
 #include <QQuickView>
 #include <QScreen>
@@ -42,7 +44,7 @@ kivo::LoginItem::Program loginProgram() {
     return {id,
             QStringLiteral("Tokwatch"),
             QStringLiteral("Rate limits and token usage of AI coding assistants"),
-            {QCoreApplication::applicationDirPath() + QStringLiteral("/tokwatch")},
+            {QFile::decodeName(ourProgram("tokwatch").c_str())},
             id};
 }
 
