@@ -24,9 +24,10 @@ if(TOKWATCH_SANITIZE)
     add_compile_options(-fno-sanitize-recover=all -fno-sanitize=null,alignment)
   endif()
 endif()
-# A linker that takes tenths of a second for what others take seconds for, where there is one.
+# A linker that takes tenths of a second for what others take seconds for, where there is one; packages come from the
+# system's own, whatever else is installed.
 find_program(MOLD mold)
-if(MOLD)
+if(MOLD AND NOT TOKWATCH_PACKAGES)
   add_link_options(-fuse-ld=mold)
 endif()
 # What tests are compiled with: they are to start soon, not to run fast. Behaviour that is undefined is looked for in

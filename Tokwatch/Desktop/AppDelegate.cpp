@@ -2,6 +2,7 @@
 
 #include "KivoPaste/TextPaste.h"
 #include "Platform/Linux/DesktopBus.h"
+#include "Platform/System/Places.h"
 #include "Tokwatch/Desktop/StatusAreaAdvice.h"
 #include "Tokwatch/Desktop/StatusAreaPlace.h"
 #include "Tokwatch/Preferences/Preferences.h"
@@ -15,6 +16,7 @@
 #include <QClipboard>
 #include <QCursor>
 #include <QDesktopServices>
+#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QPointer>
@@ -45,7 +47,7 @@ std::filesystem::path iconDirectory() {
 
 /// The command, which finds its way to this program.
 QString commandProgram() {
-    return QCoreApplication::applicationDirPath() + QStringLiteral("/tokwatch");
+    return QFile::decodeName(ourProgram("tokwatch").c_str());
 }
 
 /// What the user binds a key to where the desktop lends none: by its name alone where a shell finds

@@ -19,7 +19,7 @@ WidgetStarter::WidgetStarter(WidgetPreferences& widgetPreferences,
 
 void WidgetStarter::startIfWanted() {
     if (!preferences.shown.peek()) return;
-    const std::filesystem::path program = programDirectory() / "tokwatch-widget";
+    const std::filesystem::path program = ourProgram("tokwatch-widget");
     if (QProcess::startDetached(QFile::decodeName(program.c_str()), arguments)) return;
     systemLog("starting " + program.string() + " failed");
     preferences.shown = false; // so that no switch says otherwise

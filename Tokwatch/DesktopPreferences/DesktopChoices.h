@@ -1,8 +1,8 @@
 #pragma once
 
 #include "KivoHotKeys/HotKey.h"
-#include "KivoPanel/SavedFrame.h"
 #include "KivoLooks/ToneChoice.h"
+#include "KivoPanel/SavedFrame.h"
 #include "Tokwatch/Preferences/SettingCoding.h"
 
 #include <array>

@@ -50,7 +50,7 @@ std::optional<std::filesystem::path> snapshotDirectory(const QCommandLineParser&
 }
 
 void openTokwatch() {
-    QProcess::startDetached(QString::fromStdString((programDirectory() / "tokwatch").string()), {});
+    QProcess::startDetached(QString::fromStdString(ourProgram("tokwatch").string()), {});
 }
 
 int run(int argc, char** argv) {
