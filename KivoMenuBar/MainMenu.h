@@ -24,7 +24,7 @@ class MainMenu : public QObject {
     static constexpr const char* registrarName =
         "com.canonical.AppMenu.Registrar"; ///< and interface
     static constexpr const char* registrarPath = "/com/canonical/AppMenu/Registrar";
-    static constexpr const char* menuPath = "/MenuBar";
+    static constexpr const char* menuPath = "/MainMenu";
 
     MainMenu(QDBusConnection bus, QString title, DBusMenu::Builder build);
 

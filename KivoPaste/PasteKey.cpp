@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
 
@@ -33,6 +34,33 @@ bool isOurs(xcb_window_t window) {
     return std::ranges::any_of(QGuiApplication::topLevelWindows(), [window](const QWindow* each) {
         return each->handle() != nullptr && each->winId() == window;
     });
+}
+
+/// Which window its manager calls active, and did last where it names none any more.
+xcb_window_t activeWindow(xcb_connection_t* connection, xcb_window_t root) {
+    constexpr std::string_view name("_NET_ACTIVE_WINDOW");
+    const Owned<xcb_intern_atom_reply_t> atom(
+        xcb_intern_atom_reply(
+            connection,
+            xcb_intern_atom(connection, true, static_cast<uint16_t>(name.size()), name.data()),
+            nullptr),
+        &std::free);
+    if (!atom || atom->atom == XCB_ATOM_NONE) return XCB_WINDOW_NONE;
+    const Owned<xcb_get_property_reply_t> property(
+        xcb_get_property_reply(
+            connection,
+            xcb_get_property(connection, false, root, atom->atom, XCB_ATOM_WINDOW, 0, 1), nullptr),
+        &std::free);
+    if (!property || xcb_get_property_value_length(property.get()) < int{sizeof(xcb_window_t)})
+        return XCB_WINDOW_NONE;
+    return *static_cast<const xcb_window_t*>(xcb_get_property_value(property.get()));
+}
+
+/// Where no window is active, the keyboard is with one of the manager's own, to which nobody
+/// pastes.
+bool areOfOneProgram(xcb_connection_t* connection, xcb_window_t one, xcb_window_t other) {
+    const uint32_t program = ~xcb_get_setup(connection)->resource_id_mask;
+    return (one & program) == (other & program);
 }
 
 /// Where each keyboard has a key; none where it has not.
@@ -67,7 +95,9 @@ bool isAnotherProgramReady() {
     if (!focus || !pointer) return false;
     constexpr int modifiers =
         XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4;
-    return focus->focus > pointerRoot && focus->focus != root && !isOurs(focus->focus) &&
+    const xcb_window_t active = activeWindow(connection, root);
+    return active != XCB_WINDOW_NONE && areOfOneProgram(connection, active, focus->focus) &&
+           focus->focus > pointerRoot && focus->focus != root && !isOurs(focus->focus) &&
            (pointer->mask & modifiers) == 0;
 }
 

@@ -62,6 +62,7 @@ if sys.argv[1] in ("editor", "registrar"):
     sys.exit()
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../gallery"))
+import dbus
 import desktop
 from application import PROGRAM, Application, prepare, press, tokwatch, windows
 from desktop import StatusItem, step, wait_for
@@ -94,6 +95,7 @@ def check_pasting(way, **environment):
 def check_copying():
     step("says that it could only copy")
     with desktop.Program("dunst"):
+        wait_for("the service", lambda: dbus.SessionBus().name_has_owner("org.freedesktop.Notifications"))
         paste_summary()
         told = lambda: subprocess.run(["dunstctl", "history"], capture_output=True, text=True).stdout
         shown = lambda: subprocess.run(["dunstctl", "count", "displayed"], capture_output=True, text=True).stdout

@@ -19,14 +19,14 @@ UpdatesView::UpdatesView(const AppModel& model, const ViewClock& clock, Software
 }
 
 UpdatesState UpdatesView::computed(const AppModel& model, Date now) const {
-    kivo::Updater& updater = updates.updater();
-    const kivo::UpdateState& last = updater.state();
-    const std::optional<kivo::UpdateManifest> news = updater.news();
+    kivo::Updater& source = updates.updater();
+    const kivo::UpdateState& last = source.state();
+    const std::optional<kivo::UpdateManifest> news = source.news();
     UpdatesState state;
     state.privacy = QString("Asks %1 and says nothing about you. Programs are not downloaded.")
-                        .arg(updater.feed().manifest.host());
-    state.isAgreed = updater.canCheck();
-    state.mayCheck = updater.mayAsk();
+                        .arg(source.feed().manifest.host());
+    state.isAgreed = source.canCheck();
+    state.mayCheck = source.mayAsk();
     state.hasNews = news.has_value();
     state.isProblem = !last.problem.isEmpty();
     if (news) state.notes = news->notes;
