@@ -9,6 +9,7 @@ namespace kivo {
 namespace {
 
 constexpr int rootId = 0;
+constexpr int titleId = 1; ///< where there is a title
 
 /// Hosts read a single underscore as the mark of a mnemonic.
 QString escapedLabel(QString label) {
@@ -42,9 +43,10 @@ QVariantMap entryProperties(const MenuEntry& entry) {
 
 } // namespace
 
-DBusMenu::DBusMenu(QDBusConnection connection, QString ownPath, Builder builder, QObject* parent)
+DBusMenu::DBusMenu(QDBusConnection connection, QString ownPath, Builder builder, QObject* parent,
+                   QString ownTitle)
     : QObject(parent), bus(std::move(connection)), path(std::move(ownPath)),
-      build(std::move(builder)) {
+      title(std::move(ownTitle)), build(std::move(builder)), lastId(entriesAbove()) {
     registerMenuTypes();
     items = numbered(build());
     adaptor = new DBusMenuAdaptor(&exported, *this);
@@ -88,10 +90,31 @@ const MenuEntry* DBusMenu::entry(int itemId) const {
     return found == items.end() ? nullptr : &found->entry;
 }
 
+int DBusMenu::entriesAbove() const {
+    return title.isEmpty() ? rootId : titleId;
+}
+
+bool DBusMenu::isKnown(int itemId) const {
+    return itemId == rootId || itemId == entriesAbove() || entry(itemId) != nullptr;
+}
+
+std::vector<int> DBusMenu::children(int itemId) const {
+    if (itemId != entriesAbove())
+        return itemId == rootId ? std::vector{titleId} : std::vector<int>();
+    std::vector<int> ids;
+    for (const Item& item : items)
+        ids.push_back(item.id);
+    return ids;
+}
+
 QVariantMap DBusMenu::properties(int itemId, const QStringList& names) const {
     QVariantMap all;
-    if (itemId == rootId)
+    if (itemId == rootId || itemId == entriesAbove())
         all.insert(QStringLiteral("children-display"), QStringLiteral("submenu"));
+    if (itemId == titleId && !title.isEmpty())
+        all.insert({{QStringLiteral("label"), escapedLabel(title)},
+                    {QStringLiteral("enabled"), true},
+                    {QStringLiteral("visible"), true}});
     else if (const MenuEntry* known = entry(itemId))
         all = entryProperties(*known);
     if (names.isEmpty()) return all;
@@ -104,9 +127,9 @@ QVariantMap DBusMenu::properties(int itemId, const QStringList& names) const {
 
 MenuLayoutItem DBusMenu::layout(int itemId, int depth, const QStringList& names) const {
     MenuLayoutItem result{itemId, properties(itemId, names), {}};
-    if (itemId != rootId || depth == 0) return result;
-    for (const Item& item : items)
-        result.children.append({item.id, properties(item.id, names), {}});
+    if (depth == 0) return result;
+    for (const int child : children(itemId))
+        result.children.append(layout(child, depth - 1, names));
     return result;
 }
 

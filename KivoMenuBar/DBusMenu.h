@@ -22,10 +22,10 @@ struct MenuEntry {
     static MenuEntry separator() { return {}; }
 };
 
-/// A flat context menu that the status area's host draws (com.canonical.dbusmenu). It is built anew
-/// whenever the host is about to show it. An entry keeps its number as long as it is there, and no
-/// number comes back: a click that a change overtook does what was clicked, or nothing. Main thread
-/// only.
+/// A flat menu that somebody else draws (com.canonical.dbusmenu): a context menu, by the status
+/// area's host; with a title the one menu of a menu bar. It is built anew whenever the host is
+/// about to show it. An entry keeps its number as long as it is there, and no number comes back: a
+/// click that a change overtook does what was clicked, or nothing. Main thread only.
 class DBusMenu : public QObject {
     Q_OBJECT
   public:
@@ -33,7 +33,8 @@ class DBusMenu : public QObject {
 
     /// Exports the menu at `path` for as long as it lives. The entries' calls come from the event
     /// loop, after the host has its reply, so that they may end the program.
-    DBusMenu(QDBusConnection bus, QString path, Builder build, QObject* parent = nullptr);
+    DBusMenu(QDBusConnection bus, QString path, Builder build, QObject* parent = nullptr,
+             QString title = {});
     ~DBusMenu() override;
 
     /// Builds again, and tells the host when something that it shows differs. True in that case.
@@ -53,15 +54,20 @@ class DBusMenu : public QObject {
 
     std::vector<Item> numbered(std::vector<MenuEntry> fresh);
     const MenuEntry* entry(int itemId) const;
+    /// What has entries below it: the root, or what the root has below it.
+    int entriesAbove() const;
+    bool isKnown(int itemId) const;
+    std::vector<int> children(int itemId) const;
     QVariantMap properties(int itemId, const QStringList& names) const;
     MenuLayoutItem layout(int itemId, int depth, const QStringList& names) const;
     void click(int itemId);
 
     QDBusConnection bus;
     QString path;
+    QString title;
     Builder build;
     std::vector<Item> items;
-    int lastId = 0; ///< the root's; entries count from 1
+    int lastId; ///< entries count from the one after the root's, or the title's
     uint revision = 1;
     QObject exported;
     class DBusMenuAdaptor* adaptor = nullptr;

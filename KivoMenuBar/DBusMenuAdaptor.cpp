@@ -31,11 +31,13 @@ QList<MenuItemProperties> DBusMenuAdaptor::GetGroupProperties(const QList<int>& 
     QList<int> wanted = ids;
     if (wanted.isEmpty()) {
         wanted.append(root);
-        for (const DBusMenu::Item& item : menu.items)
-            wanted.append(item.id);
+        // The list grows while it is walked.
+        for (qsizetype at = 0; at < wanted.size(); ++at)
+            for (const int child : menu.children(wanted[at]))
+                wanted.append(child);
     }
     for (const int id : wanted)
-        if (id == root || menu.entry(id)) result.append({id, menu.properties(id, propertyNames)});
+        if (menu.isKnown(id)) result.append({id, menu.properties(id, propertyNames)});
     return result;
 }
 
@@ -51,7 +53,7 @@ void DBusMenuAdaptor::Event(int id, const QString& eventId, const QDBusVariant&,
 QList<int> DBusMenuAdaptor::EventGroup(const QList<MenuEvent>& events) {
     QList<int> unknown;
     for (const MenuEvent& event : events) {
-        if (event.id != root && !menu.entry(event.id))
+        if (!menu.isKnown(event.id))
             unknown.append(event.id);
         else
             Event(event.id, event.type, event.data, event.timestamp);
@@ -60,7 +62,7 @@ QList<int> DBusMenuAdaptor::EventGroup(const QList<MenuEvent>& events) {
 }
 
 bool DBusMenuAdaptor::AboutToShow(int id) {
-    if (id != root) return false;
+    if (menu.children(id).empty() && id != root) return false;
     emit menu.aboutToShow();
     return menu.rebuild();
 }
@@ -68,7 +70,7 @@ bool DBusMenuAdaptor::AboutToShow(int id) {
 QList<int> DBusMenuAdaptor::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
     QList<int> updated;
     for (const int id : ids) {
-        if (id != root && !menu.entry(id))
+        if (!menu.isKnown(id))
             idErrors.append(id);
         else if (AboutToShow(id))
             updated.append(id);

@@ -169,6 +169,18 @@ void layers(QPainter& painter) {
     painter.drawPolyline(line({{3.5, 13}, {12, 18}, {20.5, 13}}));
 }
 
+void pin(QPainter& painter) {
+    painter.drawPolygon(
+        line({{9.5, 4}, {9.5, 10}, {6.5, 14.2}, {17.5, 14.2}, {14.5, 10}, {14.5, 4}}));
+    painter.drawLine(QPointF(8, 4), QPointF(16, 4));
+    painter.drawLine(QPointF(12, 14.2), QPointF(12, 20.5));
+}
+
+void filledPin(QPainter& painter) {
+    painter.setBrush(painter.pen().color());
+    pin(painter);
+}
+
 using Draw = void (*)(QPainter&);
 
 const std::map<QString, Draw>& drawings() {
@@ -190,6 +202,8 @@ const std::map<QString, Draw>& drawings() {
         {"bell", bell},
         {"window", window},
         {"layers", layers},
+        {"pin", pin},
+        {"pin.fill", filledPin},
         {"gauge.with.dots.needle.33percent", [](QPainter& p) { gauge(p, 0.33); }},
         {"gauge.with.dots.needle.50percent", [](QPainter& p) { gauge(p, 0.5); }},
         {"gauge.with.dots.needle.67percent", [](QPainter& p) { gauge(p, 0.67); }},

@@ -5,8 +5,10 @@
 #include "Platform/Linux/DesktopBus.h"
 #include "Platform/Linux/QtScheduler.h"
 #include "Tokwatch/Desktop/AppDelegate.h"
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/WidgetPreferences.h"
 
 #include <QDBusConnection>
 #include <QElapsedTimer>
@@ -130,8 +132,14 @@ int main(int argc, char** argv) {
     const std::unique_ptr<QSettings> alertSettings =
         settingsFile(configuration.filePath("notifications.conf").toStdString());
     AlertPreferences alertPreferences(*alertSettings);
+    const std::unique_ptr<QSettings> desktopSettings =
+        settingsFile(configuration.filePath("desktop.conf").toStdString());
+    DesktopPreferences desktopPreferences(*desktopSettings);
+    const std::unique_ptr<QSettings> widgetSettings =
+        settingsFile(configuration.filePath("widget.conf").toStdString());
+    WidgetPreferences widgetPreferences(*widgetSettings);
     AppDelegate delegate(Surroundings::real(paths), preferences, settings->fileName().toStdString(),
-                         alertPreferences, bus, scheduler);
+                         alertPreferences, desktopPreferences, widgetPreferences, bus, scheduler);
     delegate.launch();
     constexpr double settledAfter = 8;
     runFor(settledAfter);

@@ -24,9 +24,10 @@ if(TOKWATCH_SANITIZE)
     add_compile_options(-fno-sanitize-recover=all -fno-sanitize=null,alignment)
   endif()
 endif()
-# A linker that takes tenths of a second for what others take seconds for, where there is one.
+# A linker that takes tenths of a second for what others take seconds for, where there is one; packages come from the
+# system's own, whatever else is installed.
 find_program(MOLD mold)
-if(MOLD)
+if(MOLD AND NOT TOKWATCH_PACKAGES)
   add_link_options(-fuse-ld=mold)
 endif()
 # What tests are compiled with: they are to start soon, not to run fast. Behaviour that is undefined is looked for in
@@ -94,8 +95,8 @@ endfunction()
 
 # tokwatch_module([MOC] [EXCEPT sources of programs …] [ALONE sources …] [PUBLIC what the headers need …] [PRIVATE …]): the
 # folder as a library; MOC where it has a Q_OBJECT. ALONE stay out where folders are compiled as one file: their parts
-# have the names of a neighbour's, or one half of a folder needs the toolkit and the other is in the program that has to
-# do without (Tokwatch/CommandLine/Assistant).
+# have the names of a neighbour's, or one half of a folder needs the toolkit and the other is in a program that has to
+# do without (Tokwatch/CommandLine/Assistant, Tokwatch/Widget).
 function(tokwatch_module)
   cmake_parse_arguments(ARG "MOC" "" "PUBLIC;PRIVATE;EXCEPT;ALONE" ${ARGN})
   tokwatch_folder()

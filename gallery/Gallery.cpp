@@ -30,6 +30,7 @@ QImage picture(const Scene& scene, const kivo::Appearance& appearance, bool whol
     DemoWorld world(scene.home);
     if (scene.prepare) scene.prepare(world);
     world.settle();
+    if (scene.draw) return scene.draw(world, appearance);
     kivo::Theme theme(appearance);
     QmlRuntime runtime(theme);
     const std::shared_ptr<QQmlEngine> engine = runtime.engine();

@@ -197,6 +197,17 @@ Scene breakdown(const char* name, Segment::Breakdown mode,
     return breakdown;
 }
 
+/// The small panel that stays above other windows.
+Scene pinnedLimits() {
+    return {QStringLiteral("pinned"),
+            QUrl(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Usage/LimitsPanel.qml")),
+            DemoWorld::Home::demo,
+            usual,
+            [](DemoWorld& world) { return std::make_unique<UsageView>(*world.model, world.clock); },
+            {},
+            {232, 0}};
+}
+
 void today(DemoWorld& world) {
     usual(world);
     world.range.setDays(ShownRange::Today);
@@ -223,6 +234,7 @@ std::vector<Scene> popoverScenes() {
         tips(),
         scene("usage-running-out", PopoverTab::usage, runningOut),
         openedLimits(),
+        pinnedLimits(),
         scene("usage-empty", PopoverTab::usage, {}, DemoWorld::Home::empty),
         scene("stats", stats, usual),
         scene("stats-tokens", stats, inTokens),

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "KivoLooks/Palette.h"
 #include "gallery/DemoWorld.h"
 
+#include <QImage>
 #include <QObject>
 #include <QSize>
 #include <QString>
@@ -28,11 +30,15 @@ struct Scene {
     /// The window; the height follows the content when it is 0, up to what a laptop's screen
     /// leaves.
     QSize size{420, 0};
+    /// What is no window of QML is drawn by this alone.
+    std::function<QImage(DemoWorld&, const kivo::Appearance&)> draw{};
 };
 
 std::vector<Scene> popoverScenes();
 /// Of the settings and the welcome.
 std::vector<Scene> windowScenes();
+/// Of the widget on the desktop.
+std::vector<Scene> widgetScenes();
 /// All that a picture is kept of.
 std::vector<Scene> allScenes();
 

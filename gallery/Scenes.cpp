@@ -4,8 +4,9 @@ namespace tokwatch::testing {
 
 std::vector<Scene> allScenes() {
     std::vector<Scene> scenes = popoverScenes();
-    for (Scene& scene : windowScenes())
-        scenes.push_back(std::move(scene));
+    for (auto* more : {windowScenes, widgetScenes})
+        for (Scene& scene : more())
+            scenes.push_back(std::move(scene));
     return scenes;
 }
 

@@ -34,8 +34,16 @@ def preference(key):
 
 class Application:
     def __init__(self, environment=None):
+        self.environment = environment
         self.errors = open(os.path.join(os.environ["HOME"], "errors"), "w+")
-        self.process = subprocess.Popen([PROGRAM, "--home", HOME], stderr=self.errors, env=environment)
+        self.start()
+
+    def start(self):
+        self.process = subprocess.Popen([PROGRAM, "--home", HOME], stderr=self.errors, env=self.environment)
+
+    def restart(self):
+        self.end()
+        self.start()
 
     def __enter__(self):
         return self

@@ -126,6 +126,15 @@ def click(x, y, button=LEFT):
     run("xdotool", "click", str(button))
 
 
+def drag(x, y, to_x, to_y):
+    run("xdotool", "mousemove", str(x), str(y), "mousedown", "1")
+    for part in range(1, 11):
+        run("xdotool", "mousemove", str(x + (to_x - x) * part // 10), str(y + (to_y - y) * part // 10))
+        time.sleep(0.02)
+    time.sleep(0.1)
+    run("xdotool", "mouseup", "1")
+
+
 def open_menu(x, y, button):
     """The box of what a click on the panel opens: left, top, right, bottom."""
     top = 0 if HOST == "waybar" else PANEL_HEIGHT  # waybar opens menus at the pointer, others below the panel

@@ -28,6 +28,16 @@ std::filesystem::path programDirectory() {
     return std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
 }
 
+std::filesystem::path ourProgram(std::string_view name) {
+    const std::filesystem::path directory = programDirectory();
+    for (const char* place : {"", "../libexec/tokwatch", "../../bin"}) {
+        std::error_code ignored;
+        std::filesystem::path program = (directory / place / name).lexically_normal();
+        if (std::filesystem::exists(program, ignored)) return program;
+    }
+    return directory / name;
+}
+
 std::filesystem::path libraryDirectory(const void* address) {
     Dl_info info{};
     if (dladdr(address, &info) == 0 || info.dli_fname == nullptr) return {};

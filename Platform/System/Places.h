@@ -1,11 +1,17 @@
 #pragma once
 
 #include <filesystem>
+#include <string_view>
 
 namespace tokwatch {
 
 /// The directory of the program that runs; empty where the system does not tell.
 std::filesystem::path programDirectory();
+
+/// One of our programs by its name. In a build tree all of them lie beside each other; installed,
+/// `tokwatch` is where people's programs are (bin) and what it becomes where nobody looks
+/// (libexec/tokwatch). Beside the running program where there is none: an error then names a path.
+std::filesystem::path ourProgram(std::string_view name);
 
 /// The directory of the shared library that holds this address. None for the program itself: the
 /// loader knows only the name it was called by, which may be relative to anything.

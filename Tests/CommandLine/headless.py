@@ -4,8 +4,8 @@
 It runs in namespaces of its own, where the whole network is a name server and a TLS server of this script's: what is
 looked up, and who is asked what, is all there is. Shows that the desktop application asks nobody before its welcome is
 finished, that the refresh signal is heard, that only the two usage services are contacted, each with its own login, and
-nobody when they are off, and that a login turns up nowhere. Exit status 77 where the system does not allow such
-namespaces."""
+nobody when they are off, and that a login and what an assistant wrote turn up nowhere. Exit status 77 where the system
+does not allow such namespaces."""
 import datetime
 import fcntl
 import json
@@ -24,6 +24,7 @@ import time
 
 HOSTS = {"api.anthropic.com", "chatgpt.com"}
 SECRETS = ["sk-ant-PLANTED-1", "rt-PLANTED-2", "PLANTED-3.e30.PLANTED-4"]
+ANSWER = "PLANTED-4 is what the assistant wrote"
 DEADLINE = 120  # seconds, the bound for what never comes; on an idle machine nothing here takes more than two
 
 
@@ -218,7 +219,8 @@ def now():
 
 def claude_line(message):
     return json.dumps({"type": "assistant", "timestamp": now(), "sessionId": "s", "message": {
-        "id": message, "model": "claude-opus-4-1", "usage": {"input_tokens": 10, "output_tokens": 5}}}) + "\n"
+        "id": message, "model": "claude-opus-4-1", "content": [{"type": "text", "text": ANSWER}],
+        "usage": {"input_tokens": 10, "output_tokens": 5}}}) + "\n"
 
 
 def codex_line(response, moment):
@@ -350,19 +352,19 @@ def show_secrecy(worlds, network, follower):
         planted = {world.path("home/.claude/.credentials.json"), world.path("home/.codex/auth.json")}
         for directory, _, names in os.walk(world.directory):
             for path in (os.path.join(directory, name) for name in names):
-                if path in planted or not os.path.isfile(path):
+                if path in planted or "/.claude/projects/" in path or not os.path.isfile(path):
                     continue
                 searched += 1
                 check_secret_free(path, world.read(path))
         check_secret_free("the command lines", world.command_lines)
     check_secret_free("what was sent without encryption", network.received)
-    check("the logins are in none of %d files, no output and no argument" % searched, searched > 15)
+    check("the logins and what an assistant wrote are in none of %d files, no output and no argument" % searched, searched > 15)
 
 
 def check_secret_free(where, data):
-    for secret in SECRETS:
+    for secret in [*SECRETS, ANSWER]:
         if secret.encode() in data:
-            sys.exit("FAILED: a login is in " + where)
+            sys.exit("FAILED: a login or an answer is in " + where)
 
 
 def enter_namespaces(script):

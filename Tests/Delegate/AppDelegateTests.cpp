@@ -7,8 +7,10 @@
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/ManualScheduler.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/WidgetPreferences.h"
 #include "TokwatchCore/Store/UsageStore.h"
 
 #include <QDBusMessage>
@@ -62,7 +64,8 @@ class AppDelegateTest : public ::testing::Test {
             Surroundings{UserPaths{home.path(), data.path()}, Calendar::utc, time.clock(),
                          std::make_shared<FakeCredentials>(CredentialError::Reason::notFound),
                          std::make_shared<FakeHTTP>()},
-            preferences, data / "settings.conf", alertPreferences, desktopBus, time);
+            preferences, data / "settings.conf", alertPreferences, desktopPreferences,
+            widgetPreferences, desktopBus, time);
     }
     /// With a status area, unless there is to be none.
     void launch(bool withArea = true) {
@@ -97,6 +100,10 @@ class AppDelegateTest : public ::testing::Test {
     Preferences preferences{*settings};
     std::unique_ptr<QSettings> alertSettings = settingsFile(data / "Notifications.conf");
     AlertPreferences alertPreferences{*alertSettings};
+    std::unique_ptr<QSettings> desktopSettings = settingsFile(data / "Desktop.conf");
+    DesktopPreferences desktopPreferences{*desktopSettings};
+    std::unique_ptr<QSettings> widgetSettings = settingsFile(data / "Widget.conf");
+    WidgetPreferences widgetPreferences{*widgetSettings};
     DesktopBus desktopBus{appBus, appBus};
     std::optional<AppDelegate> delegate;
 };
@@ -295,18 +302,26 @@ TEST_F(AppDelegateTest, GivesItsMenuAtARightPressOnTheItem) {
     EXPECT_EQ(shownWindow(popoverTitle), nullptr);
 }
 
-TEST_F(AppDelegateTest, FollowsTheDesktopsToneWhileThePopoverIsOpen) {
+TEST_F(AppDelegateTest, FollowsTheDesktopsToneOrTheChosenOneWhileThePopoverIsOpen) {
     launch();
     delegate->open();
     hostBus.registerService("org.freedesktop.portal.Desktop");
+    const auto isShown = [](bool dark) {
+        const auto* view = qobject_cast<QQuickView*>(shownWindow(popoverTitle));
+        return view->color() == kivo::Palette::of({dark}).canvas;
+    };
     for (const bool dark : {true, false}) {
         QDBusMessage signal = QDBusMessage::createSignal(
             "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings", "SettingChanged");
         signal << "org.freedesktop.appearance"
                << "color-scheme" << QVariant::fromValue(QDBusVariant(dark ? 1U : 2U));
         hostBus.send(signal);
-        const auto* view = qobject_cast<QQuickView*>(shownWindow(popoverTitle));
-        EXPECT_TRUE(until([&] { return view->color() == kivo::Palette::of({dark}).canvas; }));
+        EXPECT_TRUE(until([&] { return isShown(dark); }));
+        for (const auto tone : {kivo::ToneChoice::dark, kivo::ToneChoice::light}) {
+            desktopPreferences.theme = tone;
+            EXPECT_EQ(isShown(true), tone == kivo::ToneChoice::dark);
+        }
+        desktopPreferences.theme = kivo::ToneChoice::desktop;
     }
 }
 

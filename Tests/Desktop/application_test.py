@@ -82,6 +82,36 @@ def check_own_menu(item):
     wait_for("the end", is_closed)
 
 
+def check_pinned_panel(item_place, application):
+    step("pins the limits to a panel that is dragged, stays above, and comes back where it was left")
+    panel = lambda: windows("Tokwatch Limits")
+    open_by_click(item_place)
+    press("Pin the limits")
+    pinned = wait_for("the panel", panel)[0]
+    assert not windows(), "the popover stayed open"
+    at = lambda: (geometry(pinned)["X"], geometry(pinned)["Y"])
+    for x, y in (300, 350), (700, 500):
+        left, top = at()
+        desktop.drag(left + 40, top + 20, x + 40, y + 20)
+        # It goes along once the pointer has gone far enough to mean it.
+        wait_for("the move", lambda: max(abs(at()[0] - x), abs(at()[1] - y)) < 30)
+    desktop.save("pinned")
+    place = wait_for("it to rest", lambda: desktop.twice_the_same(at, 0.5))
+    assert "panelFrames={} {} ".format(*place) in desktop_settings().replace('"', ""), (place, desktop_settings())
+    application.restart()
+    pinned = wait_for("the panel again", panel, 30)[0]
+    wait_for("its place", lambda: at() == place)
+    desktop.click(place[0] + 40, place[1] + 20)
+    desktop.key("Escape")
+    wait_for("its end", lambda: not panel())
+    assert "pinned=false" in desktop_settings()
+
+
+def desktop_settings():
+    with open(os.path.join(os.environ["XDG_CONFIG_HOME"], "Tokwatch/Desktop.conf"), encoding="utf-8") as file:
+        return file.read()
+
+
 def check_settings(place, item):
     step("opens the settings from the popover, and they act at once")
     open_by_click(place)
@@ -113,6 +143,8 @@ def test_with_host():
         check_second_start()
         check_own_menu(item)
         check_settings(place, item)
+        if HOST != "waybar":
+            check_pinned_panel(place, application)
         step("outlives the bus")
         desktop.end_bus()
         time.sleep(1)

@@ -11,6 +11,7 @@
 #include <QtQml/QQmlExtensionPlugin>
 #include <QtQuickTest>
 
+Q_IMPORT_QML_PLUGIN(Kivo_HotKeysPlugin)
 Q_IMPORT_QML_PLUGIN(Kivo_ThemePlugin)
 Q_IMPORT_QML_PLUGIN(Kivo_SettingsPlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_CommonPlugin)
@@ -68,13 +69,18 @@ class QuickWorld : public QObject {
     }
     Q_INVOKABLE void blockAutostart() { world.home.write(".config/autostart", "no directory"); }
     Q_INVOKABLE QString clipboard() const { return QGuiApplication::clipboard()->text(); }
+    Q_INVOKABLE bool hasPictureInClipboard() const {
+        return !QGuiApplication::clipboard()->image().isNull();
+    }
     Q_INVOKABLE void passAMinute() { world.pass(Seconds{60}); }
     Q_INVOKABLE void settle() { world.settle(); }
 
   private:
     AnySetting& setting(const QString& key) const {
         if (AnySetting* found = world.preferences->named(key.toStdString())) return *found;
-        return *world.alertPreferences.named(key.toStdString());
+        if (AnySetting* found = world.alertPreferences.named(key.toStdString())) return *found;
+        if (AnySetting* found = world.desktopPreferences.named(key.toStdString())) return *found;
+        return *world.widgetPreferences.named(key.toStdString());
     }
 
     ViewWorld world{".claude/projects/a/b.jsonl", ".grok/sessions/a"};

@@ -15,6 +15,7 @@ Item {
     }
     SignalSpy { id: closings; target: popover; signalName: "closeRequested" }
     SignalSpy { id: settings; target: popoverView; signalName: "settingsRequested" }
+    SignalSpy { id: pastes; target: popoverView; signalName: "pasteRequested" }
     SignalSpy { id: quits; target: popoverView; signalName: "quitRequested" }
 
     Look {
@@ -59,6 +60,21 @@ Item {
             verify(popoverView.footer.state.isRefreshing)
         }
 
+        function test_takesTheSummaryAndThePictureElsewhere() {
+            const copy = classed("CopyMenu")
+            const lines = ["Today: $4.00 · 2.00K tokens · API estimate", "Last 30 days: $6.00 · 3.00K tokens · API estimate"]
+            type([Qt.Key_Space, Qt.Key_Down, Qt.Key_Return], copy)
+            const begin = text => text.split("\n").slice(0, 2).join("\n")
+            compare(begin(pastes.signalArguments[0][0]), lines.join("\n"))
+            type([Qt.Key_Space, Qt.Key_Down, Qt.Key_Down, Qt.Key_Return], copy)
+            compare([begin(world.clipboard()), copy.text], [lines.join("\n"), "Copied"])
+            show(1)
+            const picture = named("Copy as a picture")
+            mouseClick(picture)
+            tryCompare(picture, "text", "Copied")
+            verify(world.hasPictureInClipboard())
+        }
+
         function test_keyboardReachesWhatDoesNotFit() {
             stage.height = 320
             const page = found(item => item.contentY !== undefined, popover)
@@ -69,15 +85,15 @@ Item {
             compare(page.contentY, 0)
 
             const names = []
-            for (let i = 0; i < 5; ++i) {
+            for (let i = 0; i < 6; ++i) {
                 keyClick(Qt.Key_Tab)
                 const item = popover.Window.activeFocusItem
                 names.push(item.Accessible.name)
                 const top = item.mapToItem(page, 0, 0).y
-                verify(i > 2 || top >= 0 && top + item.height <= page.height, names[i] + " is out of sight")
+                verify(i === 0 || i > 3 || top >= 0 && top + item.height <= page.height, names[i] + " is out of sight")
             }
             const spoken = popoverView.usage.summary.spoken
-            compare(names, ["Details: " + spoken, "Unit", "About the API estimate", "Refresh", "Settings"])
+            compare(names, ["Pin the limits", "Details: " + spoken, "Unit", "About the API estimate", "Refresh", "Settings"])
             stage.height = 700
         }
 

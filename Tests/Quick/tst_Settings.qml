@@ -31,8 +31,8 @@ Item {
         function test_sections() {
             settingsView.page = 0
             const list = classed("SectionList")
-            for (const [keys, page] of [[[Qt.Key_Up], 0], [[Qt.Key_Down], 1], [[Qt.Key_End, Qt.Key_Down], 5],
-                                        [[Qt.Key_Home, [Qt.Key_PageUp, Qt.ControlModifier]], 5]]) {
+            for (const [keys, page] of [[[Qt.Key_Up], 0], [[Qt.Key_Down], 1], [[Qt.Key_End, Qt.Key_Down], 6],
+                                        [[Qt.Key_Home, [Qt.Key_PageUp, Qt.ControlModifier]], 6]]) {
                 type(keys, list)
                 compare(settingsView.page, page)
             }
@@ -45,8 +45,11 @@ Item {
                 { page: 1, tag: "Tint the item when a limit runs low", key: "tintEnabled", before: "true", after: "false" },
                 { page: 2, tag: "A limit reaches the warning level", key: "warning", before: "false", after: "true" },
                 { page: 2, tag: "Quiet hours", key: "quietHours", before: "false", after: "true" },
-                { page: 3, tag: "Live limits", key: "claudeLiveLimits", before: "true", after: "false" },
-                { page: 3, tag: "Codex: Show limits", key: "disabledProviders", before: "", after: "codex" },
+                { page: 3, tag: "Show on the desktop", key: "shown", before: "false", after: "true" },
+                { page: 3, tag: "Size", key: "size", press: Qt.Key_Right, before: "medium", after: "large" },
+                { page: 4, tag: "Live limits", key: "claudeLiveLimits", before: "true", after: "false" },
+                { page: 4, tag: "Codex: Show limits", key: "disabledProviders", before: "", after: "codex" },
+                { page: 0, tag: "Theme", key: "theme", press: Qt.Key_End, before: "desktop", after: "dark" },
                 { page: 0, tag: "Summaries lead with", key: "summaryUnit", press: Qt.Key_Right, before: "cost", after: "tokens" },
                 { page: 1, tag: "Show", key: "menuBarStyle", press: Qt.Key_Left, before: "provider", after: "icon" },
                 { page: 1, tag: "Provider", key: "pinnedProvider", press: Qt.Key_Down, before: "claude", after: "codex" },
@@ -88,8 +91,28 @@ Item {
             }
         }
 
+        function test_recordsAHotKey() {
+            const field = onPage(0, "Hot key")
+            const closed = closings.count
+            const said = () => settingsView.hotKey.state.caption
+            for (const [keys, kept, caption] of [
+                [[Qt.Key_Space, [Qt.Key_W, Qt.ControlModifier]], "Ctrl+W", "Opens and closes"],
+                [[Qt.Key_Space, [Qt.Key_X, Qt.ControlModifier | Qt.AltModifier]], "Ctrl+W", "Another program has Ctrl+Alt+X. Ctrl+W stays."],
+                [[Qt.Key_Space, Qt.Key_T, [Qt.Key_T, Qt.ShiftModifier]], "Ctrl+W", "Hold Ctrl"],
+                [[Qt.Key_Escape, [Qt.Key_T, Qt.MetaModifier]], "Ctrl+W", "Opens and closes"],
+                [[Qt.Key_Return, Qt.Key_F9], "F9", "Opens and closes"],
+                [[Qt.Key_Backspace], "", "Opens and closes"],
+            ]) {
+                type(keys, field)
+                world.settle()
+                compare(world.preference("hotKey"), kept)
+                verify(said().startsWith(caption), said())
+            }
+            compare(closings.count, closed, "the window's own keys were taken for its own")
+        }
+
         function test_providersAreReordered() {
-            const control = onPage(3, "Claude: Show limits")
+            const control = onPage(4, "Claude: Show limits")
             type([[Qt.Key_Down, Qt.AltModifier], [Qt.Key_Down, Qt.AltModifier]])
             compare(world.preference("providerOrder"), "codex,grok,claude,cursor")
             verify(control.activeFocus, "the focus goes with it")

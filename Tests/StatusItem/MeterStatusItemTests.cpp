@@ -51,6 +51,7 @@ struct MeterItem : ::testing::Test {
     ManualScheduler scheduler;
     QString process = "plasmashell";
     int openings = 0;
+    bool canCheck = false;
     std::unique_ptr<MeterStatusItem> item;
 
     void make() {
@@ -58,7 +59,8 @@ struct MeterItem : ::testing::Test {
             StatusItemSurroundings{itemBus, scheduler, scheduler.clock(), home / "icons",
                                    [this](uint) { return process; },
                                    [](uint) { return std::nullopt; }},
-            StatusActions{[this](QPoint) { ++openings; }, [] {}, [] {}, [] {}});
+            StatusActions{[this](QPoint) { ++openings; }, [] {}, [] {}, [] {},
+                          [this] { return canCheck; }, [] {}, [] {}});
     }
     /// The status area of this process comes.
     void enter(const QString& host) {
@@ -175,6 +177,10 @@ TEST_F(MeterItem, OffersAWayInWhereOnlyTheMenuOpens) {
     makeIn("plasmashell", titled("42%"));
     EXPECT_THAT(labels(), ElementsAre("Refresh", "Settings…", "", "Quit Tokwatch"))
         << "no updates to look for";
+    canCheck = true;
+    EXPECT_THAT(labels(), ElementsAre("Refresh", "Settings…", "", "Check for Updates…",
+                                      "More Applications…", "", "Quit Tokwatch"));
+    canCheck = false;
 
     leave();
     enter("gnome-shell");

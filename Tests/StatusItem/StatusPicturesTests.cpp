@@ -1,6 +1,6 @@
 #include "Tokwatch/Pictures/StatusPictures.h"
 
-#include "KivoTheme/Contrast.h"
+#include "KivoLooks/Contrast.h"
 
 #include <gtest/gtest.h>
 

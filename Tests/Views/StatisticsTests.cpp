@@ -1,4 +1,4 @@
-#include "KivoTheme/Palette.h"
+#include "KivoLooks/Palette.h"
 #include "Tests/Report/ReportFixture.h"
 #include "Tests/Views/ViewWorld.h"
 #include "Tokwatch/Views/Popover/Models/TableText.h"

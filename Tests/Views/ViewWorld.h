@@ -2,7 +2,11 @@
 
 #include "KivoLaunch/LoginItem.h"
 #include "Tests/App/ModelWorld.h"
+#include "Tests/Views/FakeHotKey.h"
+#include "Tokwatch/DesktopPreferences/ChosenHotKey.h"
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Preferences/AlertPreferences.h"
+#include "Tokwatch/Preferences/WidgetPreferences.h"
 #include "Tokwatch/Views/Common/RowModel.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 #include "Tokwatch/Views/Settings/SettingsPlaces.h"
@@ -65,8 +69,19 @@ class ViewWorld : public ModelWorld {
                               {"app.tokwatch", "Tokwatch", "", {"/usr/bin/tokwatch"}, ""}};
     std::unique_ptr<QSettings> alertSettings = settingsFile(data / "Notifications.conf");
     AlertPreferences alertPreferences{*alertSettings};
+    std::unique_ptr<QSettings> widgetSettings = settingsFile(data / "Widget.conf");
+    WidgetPreferences widgetPreferences{*widgetSettings};
+    std::unique_ptr<QSettings> desktopSettings = settingsFile(data / "Desktop.conf");
+    DesktopPreferences desktopPreferences{*desktopSettings};
+    ChosenHotKey hotKey{desktopPreferences, FakeHotKey::make};
     SettingsPlaces places{home / ".local/share/Tokwatch/usage.sqlite",
-                          home / ".config/Tokwatch/Tokwatch.conf", alertPreferences, loginItem,
+                          home / ".config/Tokwatch/Tokwatch.conf",
+                          alertPreferences,
+                          desktopPreferences,
+                          widgetPreferences,
+                          hotKey,
+                          QStringLiteral("tokwatch"),
+                          loginItem,
                           [](const QUrl&) {}};
 };
 

@@ -15,7 +15,7 @@
 /// process ends with; CommandError tells what kept them from their work.
 namespace tokwatch {
 
-/// `tokwatch` alone: becomes the desktop application, `tokwatch-desktop` beside this program, with
+/// `tokwatch` alone: becomes the desktop application, `tokwatch-desktop`, with
 /// the same options. Returns only by CommandError: without a display, or where the desktop part is
 /// not installed.
 int runDesktop(const std::vector<std::string>& options);

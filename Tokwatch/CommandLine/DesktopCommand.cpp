@@ -26,7 +26,7 @@ int runDesktop(const std::vector<std::string>& options) {
         throw CommandError(
             "there is no display to show windows on; without one there are the commands summary, "
             "limits, status and doctor (see tokwatch --help)");
-    const std::filesystem::path program = programDirectory() / "tokwatch-desktop";
+    const std::filesystem::path program = ourProgram("tokwatch-desktop");
     std::vector<std::string> command{program.string()};
     command.insert(command.end(), options.begin(), options.end());
     std::vector<char*> arguments;
@@ -34,6 +34,9 @@ int runDesktop(const std::vector<std::string>& options) {
         arguments.push_back(argument.data());
     arguments.push_back(nullptr);
     ::execv(program.c_str(), arguments.data());
+    if (errno == ENOENT)
+        throw CommandError("the desktop application is not installed: there is no " +
+                           program.string() + "; the package tokwatch-desktop has it");
     throw CommandError("starting " + program.string() +
                        " failed: " + std::generic_category().message(errno));
 }

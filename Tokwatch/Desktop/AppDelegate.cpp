@@ -1,17 +1,25 @@
 #include "Tokwatch/Desktop/AppDelegate.h"
 
+#include "KivoPaste/TextPaste.h"
 #include "Platform/Linux/DesktopBus.h"
+#include "Platform/System/Places.h"
 #include "Tokwatch/Desktop/StatusAreaAdvice.h"
 #include "Tokwatch/Desktop/StatusAreaPlace.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Updates/ConfiguredFeed.h"
+#include "Tokwatch/Updates/FeedTransport.h"
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
 #include "Tokwatch/Views/Popover/PopoverView.h"
 #include "Tokwatch/Views/Settings/SettingsView.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
+#include <QClipboard>
 #include <QCursor>
 #include <QDesktopServices>
+#include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QQuickView>
 #include <QScreen>
 #include <QStandardPaths>
@@ -27,6 +35,7 @@ bool isAnyWindowShown() {
 }
 
 const QUrl popoverSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Popover.qml"));
+const QUrl panelSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Usage/LimitsPanel.qml"));
 const QUrl settingsSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Settings/SettingsContent.qml"));
 const QUrl
     onboardingSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Onboarding/OnboardingContent.qml"));
@@ -36,25 +45,48 @@ std::filesystem::path iconDirectory() {
     return std::filesystem::path(runtime.toStdString()) / "tokwatch/icons";
 }
 
-/// What the desktop starts at login: the command, which finds its way to this program.
+/// The command, which finds its way to this program.
+QString commandProgram() {
+    return QFile::decodeName(ourProgram("tokwatch").c_str());
+}
+
+/// What the user binds a key to where the desktop lends none: by its name alone where a shell finds
+/// it by that.
+QString openCommand() {
+    const QString name = QStringLiteral("tokwatch");
+    const QFileInfo found(QStandardPaths::findExecutable(name));
+    return found.canonicalFilePath() == QFileInfo(commandProgram()).canonicalFilePath()
+               ? name
+               : commandProgram();
+}
+
+/// What the desktop starts at login.
 kivo::LoginItem::Program loginProgram() {
     const QLatin1String id(DesktopBus::serviceName);
     return {id,
             QStringLiteral("Tokwatch"),
             QStringLiteral("Rate limits and token usage of AI coding assistants"),
-            {QCoreApplication::applicationDirPath() + QStringLiteral("/tokwatch")},
+            {commandProgram()},
             id};
+}
+
+/// The toolkit takes it from there as it asks a Wayland compositor for the keyboard.
+void useActivationToken(const QString& token) {
+    if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
 }
 
 } // namespace
 
 AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences,
                          std::filesystem::path preferencesFile, AlertPreferences& toldOf,
+                         DesktopPreferences& ofWindows, WidgetPreferences& aboutWidget,
                          DesktopBus& desktopBus, Scheduler& timers)
-    : preferences(userPreferences), alertPreferences(toldOf), bus(desktopBus),
-      paths(surroundings.paths), settingsFile(std::move(preferencesFile)), now(surroundings.now),
+    : preferences(userPreferences), alertPreferences(toldOf), desktopPreferences(ofWindows),
+      widgetPreferences(aboutWidget), bus(desktopBus), paths(surroundings.paths),
+      settingsFile(std::move(preferencesFile)), now(surroundings.now),
       loginItem(kivo::LoginItem::userDirectory(), loginProgram()), scheduler(timers),
-      appearance(desktopBus.sessionBus()), theme(appearance.current()), runtime(theme),
+      appearance(desktopBus.sessionBus()),
+      theme(kivo::inTone(appearance.current(), ofWindows.theme.peek())), runtime(theme),
       alertDisplay(desktopBus.sessionBus()) {
     // Before the welcome is finished nobody is asked; a follower, whose user started it to ask,
     // does.
@@ -63,14 +95,21 @@ AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences
     application.emplace(std::move(surroundings), rank, preferences, bus);
     viewClock.emplace(now);
     connect(&appearance, &kivo::DesktopAppearance::changed, this, [this] {
-        theme.setAppearance(appearance.current());
+        applyTheme();
         if (statusItem) statusItem->setDesktopDark(appearance.current().dark);
     });
+    themeNotifier = desktopPreferences.theme.addNotifier([this] { applyTheme(); });
 }
 
 AppDelegate::~AppDelegate() = default;
 
+void AppDelegate::applyTheme() {
+    theme.setAppearance(kivo::inTone(appearance.current(), desktopPreferences.theme));
+}
+
 void AppDelegate::launch() {
+    lookForUpdates();
+    makeMainMenu();
     makePopover();
     updatePopoverStyle();
     dockIconNotifier = preferences.showDockIcon.addNotifier([this] { updatePopoverStyle(); });
@@ -84,6 +123,9 @@ void AppDelegate::launch() {
     makeStatusItem();
     observeTitle();
     tellOfLimits();
+    bindHotKey();
+    makePinnedPanel();
+    if (paths.dataHome) widgetStarter.emplace(widgetPreferences, *paths.dataHome);
     if (std::exchange(pendingOpen, false)) openPopover();
 }
 
@@ -124,8 +166,11 @@ void AppDelegate::openPopover() {
 std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
     auto view = std::make_unique<PopoverView>(application->model(), *viewClock, shownRange);
     view->setHostAdvice(hostAdvice());
+    view->setPinned(desktopPreferences.isPinned);
+    connect(view.get(), &PopoverView::pinToggled, this, &AppDelegate::togglePin);
     connect(view.get(), &PopoverView::settingsRequested, this, &AppDelegate::openSettings);
     connect(view.get(), &PopoverView::quitRequested, qApp, &QCoreApplication::quit);
+    connect(view.get(), &PopoverView::pasteRequested, this, &AppDelegate::paste);
     connect(view->usage(), &UsageView::welcomeRequested, this, &AppDelegate::openWelcome);
     return view;
 }
@@ -211,16 +256,52 @@ QPoint AppDelegate::lastAnchor() const {
                             QGuiApplication::isRightToLeft());
 }
 
+/// The popover gives the keyboard back first. Where that is of no use, or the program would end
+/// with its only window, it stays and says that there is something to paste.
+void AppDelegate::paste(const QString& text) {
+    if (!kivo::canPaste() || isWithoutHost()) {
+        QGuiApplication::clipboard()->setText(text);
+        return sayCopied();
+    }
+    popover->close();
+    kivo::pasteText(bus.sessionBus(), text, [this, alive = QPointer(this)](auto outcome) {
+        if (alive && outcome == kivo::PasteOutcome::copied) sayCopied();
+    });
+}
+
+void AppDelegate::sayCopied() {
+    const bool isSeen = popoverWindow->isShown();
+    if (!isSeen && alertDisplay.isThere())
+        return alertDisplay.show({"paste", "Copied to the clipboard",
+                                  "It could not be pasted for you.", Alert::Urgency::low});
+    if (!isSeen) openPopover();
+    if (auto* view = qobject_cast<PopoverView*>(popoverContent->view()))
+        view->footer()->say(QStringLiteral("Copied. Paste it where you want it."));
+}
+
 // Status item
 
-void AppDelegate::makeStatusItem() {
-    AppModel& model = application->model();
-    const StatusActions actions{
+StatusActions AppDelegate::menuActions() {
+    StatusActions actions{
         .open = [this](QPoint anchor) { toggle(anchor); },
-        .refresh = [&model] { model.refresh(); },
+        .refresh = [this] { application->model().refresh(); },
         .openSettings = [this] { openSettings(); },
         .quit = [] { QCoreApplication::quit(); },
+        .canCheckForUpdates = [this] { return updates && updates->updater().canCheck(); },
+        .checkForUpdates = [this] { checkForUpdates(); },
     };
+    if (const QUrl page = makersPage(); !page.isEmpty())
+        actions.openMakersPage = [page] { QDesktopServices::openUrl(page); };
+    return actions;
+}
+
+void AppDelegate::makeMainMenu() {
+    mainMenu.emplace(bus.sessionBus(), QStringLiteral("Tokwatch"),
+                     [actions = menuActions()] { return statusMenu(actions); });
+}
+
+void AppDelegate::makeStatusItem() {
+    const StatusActions actions = menuActions();
     statusItem.emplace(StatusItemSurroundings{bus.sessionBus(), scheduler, now, iconDirectory()},
                        actions);
     contextMenu.emplace(runtime, scheduler, [actions] { return statusMenu(actions); });
@@ -279,7 +360,7 @@ void AppDelegate::observeTitle() {
     titleObserver->arm();
     statusTimer = scheduler.every(titleInterval, [this, content] {
         statusItem->apply(content());
-        if (popoverWindow->isShown()) viewClock->advance();
+        if (popoverWindow->isShown() || pinnedPanel->isShown()) viewClock->advance();
     });
 }
 
@@ -293,32 +374,98 @@ void AppDelegate::tellOfLimits() {
 }
 
 void AppDelegate::openFromAlert(const std::string& activationToken) {
-    // The toolkit takes it from there as it asks a Wayland compositor for the keyboard.
-    if (!activationToken.empty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken.c_str());
+    useActivationToken(QString::fromStdString(activationToken));
     openPopover();
+}
+
+// Hot key
+
+void AppDelegate::bindHotKey() {
+    hotKey.emplace(desktopPreferences, [this] {
+        return kivo::GlobalHotKey::make(
+            bus.sessionBus(), {QStringLiteral("open"), QStringLiteral("Open or close Tokwatch")});
+    });
+    hotKey->onPressed = [this](const QString& activationToken) { toggleByHotKey(activationToken); };
+}
+
+void AppDelegate::toggleByHotKey(const QString& activationToken) {
+    useActivationToken(activationToken);
+    viewClock->advance();
+    popover->toggle(lastAnchor());
+}
+
+// Pinned limits
+
+void AppDelegate::makePinnedPanel() {
+    pinnedPanel.emplace(
+        runtime, scheduler,
+        QmlWindow::Content{
+            panelSource,
+            [this] { return std::make_unique<UsageView>(application->model(), *viewClock); }},
+        desktopPreferences, [this] { return lastAnchor(); });
+    pinnedPanel->onClosed = [this] { windowClosed(); };
+    pinNotifier = desktopPreferences.isPinned.addNotifier([this] {
+        if (auto* view = qobject_cast<PopoverView*>(popoverContent->view()))
+            view->setPinned(desktopPreferences.isPinned);
+    });
+    pinnedPanel->restore();
+}
+
+void AppDelegate::togglePin() {
+    const bool isPinned = !desktopPreferences.isPinned;
+    if (isPinned) giveWay();
+    desktopPreferences.isPinned = isPinned;
+}
+
+// Updates
+
+void AppDelegate::lookForUpdates() {
+    const std::optional<kivo::UpdateFeed> feed = configuredFeed();
+    if (!feed) return;
+    updates.emplace(*feed,
+                    SoftwareUpdates::Surroundings{settingsFile.parent_path() / "Updates.conf",
+                                                  feedTransport(*feed), now, scheduler});
+    // Of a menu that a host draws it is told at once.
+    updatesNotifier = updates->preferences().agreed.addNotifier([this] {
+        if (statusItem) statusItem->menuChanged();
+        mainMenu->rebuild();
+    });
+}
+
+void AppDelegate::checkForUpdates() {
+    openSettings();
+    if (auto* settings = qobject_cast<SettingsView*>(settingsWindow->view()))
+        settings->setPage(SettingsView::Page::about);
+    updates->updater().check();
 }
 
 // Windows
 
 void AppDelegate::makeWindows() {
     settingsWindow.emplace(
-        runtime, scheduler,
-        QmlWindow::Content{
-            settingsSource,
-            [this] {
-                const SettingsPlaces places{paths.database(), settingsFile, alertPreferences,
-                                            loginItem, QDesktopServices::openUrl};
-                auto view =
-                    std::make_unique<SettingsView>(application->model(), *viewClock, places);
-                connect(view.get(), &SettingsView::quitRequested, qApp, &QCoreApplication::quit);
-                return view;
-            }},
+        runtime, scheduler, QmlWindow::Content{settingsSource, [this] { return makeSettings(); }},
         ContentWindow::Frame{QStringLiteral("Tokwatch Settings"), {720, 520}, {560, 300}});
     onboarding.emplace(runtime, scheduler,
                        QmlWindow::Content{onboardingSource, [this] { return makeWelcome(); }},
                        ContentWindow::Frame{QStringLiteral("Welcome to Tokwatch"), {500, 0}});
     for (ContentWindow* window : {&*settingsWindow, &*onboarding})
         connect(window, &ContentWindow::closed, this, &AppDelegate::windowClosed);
+}
+
+std::unique_ptr<SettingsView> AppDelegate::makeSettings() {
+    const SettingsPlaces places{.database = paths.database(),
+                                .settingsFile = settingsFile,
+                                .alerts = alertPreferences,
+                                .desktop = desktopPreferences,
+                                .widget = widgetPreferences,
+                                .hotKey = *hotKey,
+                                .openCommand = openCommand(),
+                                .loginItem = loginItem,
+                                .open = QDesktopServices::openUrl,
+                                .updates = updates ? &*updates : nullptr};
+    auto view = std::make_unique<SettingsView>(application->model(), *viewClock, places);
+    connect(view.get(), &SettingsView::quitRequested, qApp, &QCoreApplication::quit);
+    return view;
 }
 
 std::unique_ptr<OnboardingView> AppDelegate::makeWelcome() {

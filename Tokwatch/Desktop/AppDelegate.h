@@ -1,19 +1,25 @@
 #pragma once
 
 #include "KivoLaunch/LoginItem.h"
-#include "KivoTheme/DesktopAppearance.h"
+#include "KivoLooks/DesktopAppearance.h"
+#include "KivoMenuBar/MainMenu.h"
 #include "KivoTheme/Theme.h"
 #include "Platform/Linux/DesktopAlerts.h"
 #include "Tokwatch/Alerts/LimitAlerts.h"
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/Desktop/ContentWindow.h"
 #include "Tokwatch/Desktop/ContextMenuWindow.h"
+#include "Tokwatch/Desktop/PinnedPanel.h"
 #include "Tokwatch/Desktop/PopoverController.h"
 #include "Tokwatch/Desktop/PopoverWindow.h"
 #include "Tokwatch/Desktop/QmlRuntime.h"
 #include "Tokwatch/Desktop/QmlWindow.h"
+#include "Tokwatch/Desktop/WidgetStarter.h"
+#include "Tokwatch/DesktopPreferences/ChosenHotKey.h"
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/StatusItem/MeterStatusItem.h"
+#include "Tokwatch/Updates/SoftwareUpdates.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 #include "Tokwatch/Views/Popover/Range/ShownRange.h"
 
@@ -30,6 +36,8 @@ namespace tokwatch {
 class DesktopBus;
 class OnboardingView;
 class PopoverView;
+class SettingsView;
+class WidgetPreferences;
 
 /// Puts the application on the desktop: the status item with its title, the popover, the settings
 /// and the welcome. Main thread only; lives until the program ends.
@@ -39,6 +47,7 @@ class AppDelegate : public QObject {
     /// References outlive it. `settingsFile` is where the preferences are kept.
     AppDelegate(Surroundings surroundings, Preferences& preferences,
                 std::filesystem::path settingsFile, AlertPreferences& alertPreferences,
+                DesktopPreferences& desktopPreferences, WidgetPreferences& widgetPreferences,
                 DesktopBus& bus, Scheduler& timers);
     ~AppDelegate() override;
 
@@ -55,18 +64,30 @@ class AppDelegate : public QObject {
     void pinWhatHasANumber();
     void giveWay();
     void openWelcome();
+    void applyTheme();
     void openSettings();
+    void lookForUpdates();
+    void checkForUpdates();
     std::unique_ptr<PopoverView> makePopoverView();
+    void paste(const QString& text);
+    void sayCopied();
     void makePopover();
+    void makePinnedPanel();
+    void togglePin();
     void openPopover();
     void makeWindows();
+    std::unique_ptr<SettingsView> makeSettings();
     std::unique_ptr<OnboardingView> makeWelcome();
+    StatusActions menuActions();
+    void makeMainMenu();
     void makeStatusItem();
     void hostChanged();
     void windowClosed();
     void observeTitle();
     void tellOfLimits();
     void openFromAlert(const std::string& activationToken);
+    void bindHotKey();
+    void toggleByHotKey(const QString& activationToken);
     void toggle(QPoint anchor);
     void popoverOpened();
     bool isSecondOfDoubleClick() const;
@@ -79,6 +100,8 @@ class AppDelegate : public QObject {
 
     Preferences& preferences;
     AlertPreferences& alertPreferences;
+    DesktopPreferences& desktopPreferences;
+    WidgetPreferences& widgetPreferences;
     DesktopBus& bus;
     UserPaths paths;
     std::filesystem::path settingsFile;
@@ -93,17 +116,25 @@ class AppDelegate : public QObject {
     std::optional<LimitAlerts> limitAlerts;
     std::optional<ViewClock> viewClock;
     ShownRange shownRange;
+    std::optional<SoftwareUpdates> updates; ///< none where no feed was configured
+    QPropertyNotifier updatesNotifier;
+    std::optional<WidgetStarter> widgetStarter;
     std::optional<ContentWindow> onboarding;
     std::optional<ContentWindow> settingsWindow;
     std::optional<QmlWindow> popoverContent;
     std::optional<PopoverWindow> popoverWindow;
     std::optional<PopoverController> popover;
+    std::optional<kivo::MainMenu> mainMenu;
     std::optional<ContextMenuWindow> contextMenu;
+    std::optional<PinnedPanel> pinnedPanel;
+    std::optional<ChosenHotKey> hotKey;
     std::optional<MeterStatusItem> statusItem;
     std::optional<ObservingUpdater<StatusContent>> titleObserver;
     std::unique_ptr<ScheduledCall> statusTimer;
     std::unique_ptr<ScheduledCall> countdown; ///< while the popover is open
     QPropertyNotifier dockIconNotifier;
+    QPropertyNotifier themeNotifier;
+    QPropertyNotifier pinNotifier;
     QPropertyNotifier onboardingNotifier;
     std::optional<QPoint> clickedAt;
     Date openedAt = Date::min();

@@ -4,6 +4,7 @@
 
 #include <malloc.h>
 
+Q_IMPORT_QML_PLUGIN(Kivo_HotKeysPlugin)
 Q_IMPORT_QML_PLUGIN(Kivo_SettingsPlugin)
 Q_IMPORT_QML_PLUGIN(Kivo_ThemePlugin)
 Q_IMPORT_QML_PLUGIN(Tokwatch_CommonPlugin)

@@ -5,9 +5,11 @@
 #include "Platform/Linux/ProcessStart.h"
 #include "Platform/Linux/QtScheduler.h"
 #include "Platform/Linux/TerminationSignals.h"
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Pictures/Marks.h"
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/WidgetPreferences.h"
 #include "TokwatchCore/Limits/URLSessionHTTPClient.h"
 
 #include <QCommandLineParser>
@@ -80,10 +82,19 @@ int run(int argc, char** argv) {
         tokwatch::settingsFile(tokwatch::alertSettingsPath());
     tokwatch::AlertPreferences alertPreferences(*alertSettings);
     alertPreferences.followFile();
+    const std::unique_ptr<QSettings> desktopSettings =
+        tokwatch::settingsFile(tokwatch::desktopSettingsPath());
+    tokwatch::DesktopPreferences desktopPreferences(*desktopSettings);
+    desktopPreferences.followFile();
+    const std::unique_ptr<QSettings> widgetSettings =
+        tokwatch::settingsFile(tokwatch::widgetSettingsPath());
+    tokwatch::WidgetPreferences widgetPreferences(*widgetSettings);
+    widgetPreferences.followFile();
     tokwatch::QtScheduler scheduler;
     delegate = std::make_unique<tokwatch::AppDelegate>(
         tokwatch::Surroundings::real(pathsFrom(parser, home, dataDirectory)), preferences,
-        settings->fileName().toStdString(), alertPreferences, bus, scheduler);
+        settings->fileName().toStdString(), alertPreferences, desktopPreferences, widgetPreferences,
+        bus, scheduler);
     if (openAtOnce) delegate->open();
     delegate->launch();
     // The end of a session comes as a signal: the item leaves the panel, the settings are written.

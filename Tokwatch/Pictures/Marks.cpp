@@ -139,6 +139,10 @@ QPainterPath mark(std::optional<ProviderID> provider) {
     return gaugeMark();
 }
 
+int seriesOf(ProviderID provider) {
+    return static_cast<int>(provider);
+}
+
 QIcon applicationIcon() {
     QIcon icon;
     for (const int side : {16, 24, 32, 48, 64, 128, 256}) {

@@ -16,6 +16,9 @@ inline constexpr double markSide = 24;
 /// directions, for any single colour. These are drawings of ours, not the makers' logos.
 QPainterPath mark(std::optional<ProviderID> provider);
 
+/// A provider's place among the theme's side-by-side colours, the same everywhere.
+int seriesOf(ProviderID provider);
+
 /// The application's icon as windows and task bars show it, in the usual sizes.
 QIcon applicationIcon();
 

@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/WidgetPreferences.h"
 
 #include <algorithm>
 #include <utility>
@@ -11,6 +12,7 @@ namespace tokwatch {
 AllSettings::AllSettings(Open open) {
     add<Preferences>("", settingsPath(), open);
     add<AlertPreferences>("notifications.", alertSettingsPath(), open);
+    add<WidgetPreferences>("widget.", widgetSettingsPath(), open);
 }
 
 template<typename Group>

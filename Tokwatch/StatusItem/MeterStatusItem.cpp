@@ -48,12 +48,20 @@ QString widthGuide(QString text) {
 } // namespace
 
 std::vector<kivo::MenuEntry> statusMenu(const StatusActions& actions) {
-    return {
+    std::vector<kivo::MenuEntry> entries{
         {QStringLiteral("Refresh"), QKeySequence(Qt::CTRL | Qt::Key_R), actions.refresh},
         {QStringLiteral("Settings…"), QKeySequence(Qt::CTRL | Qt::Key_Comma), actions.openSettings},
         kivo::MenuEntry::separator(),
-        {QStringLiteral("Quit Tokwatch"), QKeySequence(Qt::CTRL | Qt::Key_Q), actions.quit},
     };
+    if (actions.canCheckForUpdates && actions.canCheckForUpdates()) {
+        entries.push_back({QStringLiteral("Check for Updates…"), {}, actions.checkForUpdates});
+        if (actions.openMakersPage)
+            entries.push_back({QStringLiteral("More Applications…"), {}, actions.openMakersPage});
+        entries.push_back(kivo::MenuEntry::separator());
+    }
+    entries.push_back(
+        {QStringLiteral("Quit Tokwatch"), QKeySequence(Qt::CTRL | Qt::Key_Q), actions.quit});
+    return entries;
 }
 
 MeterStatusItem::MeterStatusItem(StatusItemSurroundings surroundings, StatusActions itemActions)

@@ -39,6 +39,10 @@ struct StatusActions {
     std::function<void()> refresh;
     std::function<void()> openSettings;
     std::function<void()> quit;
+    /// Whether there is somebody to ask for updates at present; without it there never is.
+    std::function<bool()> canCheckForUpdates{};
+    std::function<void()> checkForUpdates{};
+    std::function<void()> openMakersPage{}; ///< none where no such page was configured
 };
 
 /// The context menu of every item.
@@ -63,6 +67,8 @@ class MeterStatusItem {
 
     /// While it is open, there is no tooltip.
     void setPopoverOpen(bool isOpen);
+    /// What the menu offers is something else.
+    void menuChanged() { menu.rebuild(); }
     /// What the desktop's own tone is, for panels that follow it.
     void setDesktopDark(bool isDark) { tone.setDesktopDark(isDark); }
 

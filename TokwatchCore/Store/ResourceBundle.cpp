@@ -14,8 +14,9 @@ constexpr const char* bundleName = "Tokwatch_TokwatchCore.bundle";
 std::filesystem::path find() {
     static const int marker = 0; // lies where this library is
     for (const std::filesystem::path& base :
-         std::array{programDirectory() / "../share/tokwatch", libraryDirectory(&marker),
-                    programDirectory()}) {
+         std::array{programDirectory() / "../share/tokwatch",
+                    programDirectory() / "../../share/tokwatch", // from libexec/tokwatch
+                    libraryDirectory(&marker), programDirectory()}) {
         if (base.empty()) continue;
         std::error_code ignored;
         std::filesystem::path bundle = base / bundleName;

@@ -15,7 +15,7 @@ namespace tokwatch {
 namespace {
 
 int becomeCommands(char** argv, Terminal& terminal) {
-    const std::filesystem::path program = programDirectory() / "tokwatch-commands";
+    const std::filesystem::path program = ourProgram("tokwatch-commands");
     ::execv(program.c_str(), argv);
     terminal.error("starting " + program.string() +
                    " failed: " + std::generic_category().message(errno));

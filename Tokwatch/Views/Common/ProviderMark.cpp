@@ -6,10 +6,6 @@
 
 namespace tokwatch {
 
-int seriesOf(ProviderID provider) {
-    return static_cast<int>(provider);
-}
-
 ProviderMark::ProviderMark(QQuickItem* parent) : GlyphItem(parent) {
     connect(this, &ProviderMark::providerChanged, this, [this] { update(); });
 }

@@ -1,14 +1,10 @@
 #pragma once
 
 #include "KivoTheme/GlyphItem.h"
-#include "TokwatchCore/Records/ProviderID.h"
 
 #include <QString>
 
 namespace tokwatch {
-
-/// A provider's place among the theme's side-by-side colours, the same everywhere.
-int seriesOf(ProviderID provider);
 
 /// A provider's sign by the provider's raw value, the application's for any other name:
 /// "ProviderMark" in QML.

@@ -3,6 +3,7 @@
 #include "Tokwatch/Display/Severity.h"
 #include "Tokwatch/Display/SummaryDisplay.h"
 #include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "Tokwatch/Preferences/WidgetPreferences.h"
 
 #include <QObject>
 #include <qqmlregistration.h>
@@ -36,6 +37,13 @@ enum Style {
     LimitLeft = static_cast<int>(MenuBarStyle::provider),
 };
 Q_ENUM_NS(Style)
+
+enum Size {
+    Small = static_cast<int>(WidgetSize::small),
+    Medium = static_cast<int>(WidgetSize::medium),
+    Large = static_cast<int>(WidgetSize::large),
+};
+Q_ENUM_NS(Size)
 
 } // namespace Segment
 

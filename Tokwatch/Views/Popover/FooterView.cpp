@@ -66,6 +66,10 @@ void FooterView::refreshAsked() {
     asked = clock.now();
 }
 
+void FooterView::say(const QString& sentence) {
+    said = Saying{sentence, clock.now()};
+}
+
 FooterState FooterView::state(const AppModel& model, Date now) const {
     FooterState state;
     const std::optional<IndexingProgress>& progress = model.indexing();
@@ -79,6 +83,12 @@ FooterState FooterView::state(const AppModel& model, Date now) const {
             static_cast<double>(progress->bytesRead) / static_cast<double>(progress->bytesTotal);
     }
     state.isRefreshing = model.isRefreshing() || isAsking(model);
+    const std::optional<Saying> saying = said.value();
+    if (saying && now - saying->at < noteTime) {
+        state.updated = saying->sentence;
+        state.countsDown = true;
+        return state;
+    }
     const std::optional<Date> pressed = asked.value();
     const std::optional<Retry> retry = nextRetry(model, now);
     if (pressed && retry && now - *pressed < noteTime) {

@@ -40,7 +40,7 @@ class FooterView : public QObject {
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(tokwatch::FooterState state READ state NOTIFY stateChanged)
   public:
-    /// How long it is said that a refresh came too soon.
+    /// How long it is said that a refresh came too soon, and what else was said.
     static constexpr Seconds noteTime{10};
 
     FooterView(AppModel& model, const ViewClock& clock);
@@ -51,6 +51,8 @@ class FooterView : public QObject {
 
     /// The user asked for a refresh. Where that was too soon for limits, it says so for a while.
     void refreshAsked();
+    /// Says something of what the user just did, for as long.
+    void say(const QString& sentence);
 
   signals:
     void stateChanged();
@@ -59,6 +61,12 @@ class FooterView : public QObject {
     FooterState state(const AppModel& model, Date now) const;
 
     const ViewClock& clock;
+    struct Saying {
+        QString sentence;
+        Date at;
+        friend bool operator==(const Saying&, const Saying&) = default;
+    };
+    QProperty<std::optional<Saying>> said;
     QProperty<std::optional<Date>> asked; ///< when the user last did
     Q_OBJECT_BINDABLE_PROPERTY(FooterView, FooterState, current, &FooterView::stateChanged)
     ObservingUpdater<FooterState> updater;

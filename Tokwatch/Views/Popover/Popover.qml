@@ -45,18 +45,27 @@ FocusScope {
         id: tabs
         x: Theme.space.l
         y: Theme.space.m
-        width: parent.width - 2 * Theme.space.l
+        width: pin.x - Theme.space.s - x
         name: "Sections"
         segments: [{ value: Segment.Usage, text: "Usage" }, { value: Segment.Stats, text: "Stats" }, { value: Segment.Models, text: "Models" }]
         value: popover.view.tab
         onChosen: value => popover.view.tab = value
     }
 
+    IconButton {
+        id: pin
+        x: parent.width - Theme.space.l - width
+        anchors.verticalCenter: tabs.verticalCenter
+        symbol: popover.view.isPinned ? "pin.fill" : "pin"
+        text: popover.view.isPinned ? "Unpin the limits" : "Pin the limits"
+        onClicked: popover.view.pinToggled()
+    }
+
     HostBanner {
         id: banner
         x: Theme.space.l
         y: tabs.y + tabs.height + Theme.space.m
-        width: tabs.width
+        width: parent.width - 2 * Theme.space.l
         advice: popover.view.hostAdvice
     }
 
@@ -102,5 +111,7 @@ FocusScope {
         status: popover.view.footer.state
         onRefresh: popover.view.refresh()
         onSettings: popover.view.settingsRequested()
+        onPasteSummary: popover.view.pasteSummary()
+        onCopySummary: popover.view.copySummary()
     }
 }

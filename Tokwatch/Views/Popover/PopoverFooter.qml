@@ -7,6 +7,8 @@ Item {
     required property var status
     signal refresh
     signal settings
+    signal pasteSummary
+    signal copySummary
 
     height: 44
 
@@ -38,6 +40,21 @@ Item {
         anchors { right: parent.right; rightMargin: Theme.space.m; verticalCenter: parent.verticalCenter }
         spacing: Theme.space.xs
 
+        CopyMenu {
+            id: copy
+            name: "Copy or paste the summary"
+            opensUpwards: true
+            choices: [
+                { text: "Paste Summary", run: () => footer.pasteSummary() },
+                {
+                    text: "Copy Summary",
+                    run: () => {
+                        footer.copySummary()
+                        copy.confirm()
+                    }
+                }
+            ]
+        }
         IconButton {
             symbol: "refresh"
             text: "Refresh"

@@ -1,7 +1,12 @@
 #include "Tokwatch/Views/Popover/PopoverView.h"
 
 #include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/Display/PlainSummary.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Views/Common/Text.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
 
 namespace tokwatch {
 
@@ -11,7 +16,9 @@ PopoverView::PopoverView(AppModel& appModel, const ViewClock& clock, ShownRange&
       footerView(model, clock),
       tabNotifier(model.preferences().popoverTab.addNotifier([this] { emit tabChanged(); })),
       rangeNotifier(range.bindableDays().addNotifier(
-          [this, &range] { rangeSummary.setDays(range.days()); })) {}
+          [this, &range] { rangeSummary.setDays(range.days()); })) {
+    connect(&modelsView, &ModelsView::pasteRequested, this, &PopoverView::pasteRequested);
+}
 
 Segment::Tab PopoverView::tab() const {
     return static_cast<Segment::Tab>(model.preferences().popoverTab.peek());
@@ -19,6 +26,16 @@ Segment::Tab PopoverView::tab() const {
 
 void PopoverView::setTab(Segment::Tab tab) {
     model.preferences().popoverTab = static_cast<PopoverTab>(tab);
+}
+
+QString PopoverView::summary() const {
+    const Preferences& preferences = model.preferences();
+    const StatusContent content = statusContent(preferences, model.limits(), model.now());
+    return text(plainSummary(model.summary(), content.steps, preferences.summaryUnit));
+}
+
+void PopoverView::copySummary() const {
+    QGuiApplication::clipboard()->setText(summary());
 }
 
 void PopoverView::refresh() {

@@ -48,6 +48,12 @@ SettingsPage {
             }
         }
     }
+    Loader {
+        width: parent.width
+        active: page.view.updates !== null
+        visible: active
+        sourceComponent: UpdatesGroup { view: page.view.updates }
+    }
     SettingsGroup {
         title: "Built with"
         Repeater {
@@ -58,6 +64,7 @@ SettingsPage {
                 { name: "simdjson", use: "Reading session files", licence: "Apache 2.0" },
                 { name: "JSON for Modern C++", use: "Records as text", licence: "MIT" },
                 { name: "Abseil", use: "Calendars and time zones", licence: "Apache 2.0" },
+                { name: "libsodium", use: "Signatures of updates", licence: "ISC" },
                 { name: "CLI11", use: "The command line", licence: "BSD 3-Clause" },
             ]
             SettingsRow {

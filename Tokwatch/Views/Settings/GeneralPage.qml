@@ -1,11 +1,14 @@
 import QtQuick
+import Kivo.HotKeys
 import Kivo.Theme
 import Kivo.Settings
 import Tokwatch.Common
+import Tokwatch.Settings
 
 SettingsPage {
     id: page
     required property var view
+    required property var hotKey
 
     title: "General"
 
@@ -33,6 +36,34 @@ SettingsPage {
         }
     }
     SettingsGroup {
+        SettingsRow {
+            id: hotKeyRow
+            label: "Hot key"
+            caption: page.hotKey.state.caption
+            isProblem: page.hotKey.state.isProblem
+            HotKeyField {
+                name: hotKeyRow.label
+                keys: page.hotKey.state.keys
+                enabled: page.hotKey.state.canRecord || page.hotKey.state.keys !== ""
+                onRecorded: keys => page.hotKey.choose(keys)
+                onCleared: page.hotKey.clear()
+                onRefused: page.hotKey.refuse()
+                onRecordingChanged: page.hotKey.setRecording(recording)
+            }
+        }
+    }
+    SettingsGroup {
+        SettingsRow {
+            id: theme
+            label: "Theme"
+            SegmentedControl {
+                name: theme.label
+                small: true
+                segments: [{ value: WindowTone.AsDesktop, text: "Desktop" }, { value: WindowTone.Light, text: "Light" }, { value: WindowTone.Dark, text: "Dark" }]
+                value: page.view.state.theme
+                onChosen: value => page.view.setTheme(value)
+            }
+        }
         SettingsRow {
             id: unit
             label: "Summaries lead with"

@@ -2,6 +2,7 @@
 
 #include "KivoLaunch/LoginItem.h"
 #include "Tokwatch/App/AppModel.h"
+#include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 #include "Tokwatch/Display/HomeRelative.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
@@ -34,6 +35,7 @@ GeneralState GeneralView::computed(const ViewClock& clock) const {
     state.unwritable = unwritable.value();
     state.startsAtLogin = places.loginItem.isEnabled();
     state.showDockIcon = preferences.showDockIcon;
+    state.theme = static_cast<WindowTone::Value>(places.desktop.theme.value());
     state.unit = static_cast<Segment::Unit>(preferences.summaryUnit.value());
     if (places.database) state.dataPlace = text(homeRelative(places.database->native(), home));
     state.settingsPlace = text(homeRelative(places.settingsFile.native(), home));
@@ -55,6 +57,10 @@ void GeneralView::setStartsAtLogin(bool starts) {
 
 void GeneralView::setShowDockIcon(bool shows) {
     model.preferences().showDockIcon = shows;
+}
+
+void GeneralView::setTheme(WindowTone::Value tone) {
+    places.desktop.theme = static_cast<kivo::ToneChoice>(tone);
 }
 
 void GeneralView::setUnit(Segment::Unit unit) {

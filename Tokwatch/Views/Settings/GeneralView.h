@@ -3,6 +3,7 @@
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Views/Common/Segment.h"
 #include "Tokwatch/Views/Settings/SettingsPlaces.h"
+#include "Tokwatch/Views/Settings/WindowTone.h"
 
 #include <QObject>
 #include <QProperty>
@@ -19,6 +20,7 @@ struct GeneralState {
     Q_PROPERTY(bool startsAtLogin MEMBER startsAtLogin)
     Q_PROPERTY(QString unwritable MEMBER unwritable)
     Q_PROPERTY(bool showDockIcon MEMBER showDockIcon)
+    Q_PROPERTY(tokwatch::WindowTone::Value theme MEMBER theme)
     Q_PROPERTY(tokwatch::Segment::Unit unit MEMBER unit)
     Q_PROPERTY(QString dataPlace MEMBER dataPlace)
     Q_PROPERTY(QString settingsPlace MEMBER settingsPlace)
@@ -26,6 +28,7 @@ struct GeneralState {
     bool startsAtLogin = false;
     QString unwritable; ///< the entry for that, where it could not be written; else empty
     bool showDockIcon = false;
+    WindowTone::Value theme = WindowTone::AsDesktop;
     Segment::Unit unit = Segment::Cost;
     QString dataPlace; ///< "~/.local/share/Tokwatch/usage.sqlite"; empty while it is in memory
     QString settingsPlace;
@@ -44,6 +47,7 @@ class GeneralView : public QObject {
 
     Q_INVOKABLE void setStartsAtLogin(bool starts);
     Q_INVOKABLE void setShowDockIcon(bool shows);
+    Q_INVOKABLE void setTheme(tokwatch::WindowTone::Value tone);
     Q_INVOKABLE void setUnit(tokwatch::Segment::Unit unit);
     /// Opens the directories in the file manager.
     Q_INVOKABLE void showData();

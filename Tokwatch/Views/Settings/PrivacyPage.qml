@@ -37,7 +37,7 @@ SettingsPage {
                 {
                     symbol: "check",
                     title: "What there is not",
-                    sentence: "No account, no telemetry, no advertising, no other server."
+                    sentence: "No account, no telemetry, no advertising, no other server" + (page.view.updates ? " but the one that is asked for new versions, if you agree on the page About." : ".")
                 },
             ]
             Item {

@@ -16,7 +16,7 @@ SettingsFrame {
     SettingsSection {
         title: "General"
         symbol: "gear"
-        page: Component { GeneralPage { view: settings.view.general } }
+        page: Component { GeneralPage { view: settings.view.general; hotKey: settings.view.hotKey } }
     }
     SettingsSection {
         title: "Panel"
@@ -27,6 +27,11 @@ SettingsFrame {
         title: "Notifications"
         symbol: "bell"
         page: Component { AlertsPage { view: settings.view.alerts } }
+    }
+    SettingsSection {
+        title: "Widget"
+        symbol: "gauge.with.dots.needle.67percent"
+        page: Component { WidgetPage { view: settings.view.widget } }
     }
     SettingsSection {
         title: "Providers"

@@ -7,8 +7,10 @@
 namespace tokwatch {
 
 SettingsView::SettingsView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places)
-    : generalView(model, clock, places), menuBarView(model, clock), alertsView(places.alerts),
-      providersView(model, clock, places) {}
+    : generalView(model, clock, places),
+      hotKeyView(places.desktop, places.hotKey, places.openCommand), menuBarView(model, clock),
+      alertsView(places.alerts), widgetView(places.widget), providersView(model, clock, places),
+      updatesView(makeUpdatesView(model, clock, places)) {}
 
 QString SettingsView::claudeServer() {
     return text(tokwatch::claudeServer);

@@ -2,12 +2,17 @@
 
 #include "Tokwatch/Views/Settings/AlertsView.h"
 #include "Tokwatch/Views/Settings/GeneralView.h"
+#include "Tokwatch/Views/Settings/HotKeyView.h"
 #include "Tokwatch/Views/Settings/MenuBarView.h"
 #include "Tokwatch/Views/Settings/ProvidersView.h"
+#include "Tokwatch/Views/Settings/UpdatesView.h"
+#include "Tokwatch/Views/Settings/WidgetView.h"
 
 #include <QObject>
 #include <QProperty>
 #include <qqmlregistration.h>
+
+#include <memory>
 
 namespace tokwatch {
 
@@ -21,14 +26,17 @@ class SettingsView : public QObject {
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(Page page READ page WRITE setPage NOTIFY pageChanged)
     Q_PROPERTY(tokwatch::GeneralView* general READ general CONSTANT)
+    Q_PROPERTY(tokwatch::HotKeyView* hotKey READ hotKey CONSTANT)
     Q_PROPERTY(tokwatch::MenuBarView* menuBar READ menuBar CONSTANT)
     Q_PROPERTY(tokwatch::AlertsView* alerts READ alerts CONSTANT)
+    Q_PROPERTY(tokwatch::WidgetView* widget READ widget CONSTANT)
     Q_PROPERTY(tokwatch::ProvidersView* providers READ providers CONSTANT)
+    Q_PROPERTY(tokwatch::UpdatesView* updates READ updates CONSTANT)
     Q_PROPERTY(QString claudeServer READ claudeServer CONSTANT)
     Q_PROPERTY(QString codexServer READ codexServer CONSTANT)
     Q_PROPERTY(QString version READ version CONSTANT)
   public:
-    enum class Page { general, menuBar, alerts, providers, privacy, about };
+    enum class Page { general, menuBar, alerts, widget, providers, privacy, about };
     Q_ENUM(Page)
 
     SettingsView(AppModel& model, const ViewClock& clock, const SettingsPlaces& places);
@@ -36,9 +44,13 @@ class SettingsView : public QObject {
     Page page() const { return shown; }
     void setPage(Page page) { shown = page; }
     GeneralView* general() { return &generalView; }
+    HotKeyView* hotKey() { return &hotKeyView; }
     MenuBarView* menuBar() { return &menuBarView; }
     AlertsView* alerts() { return &alertsView; }
+    WidgetView* widget() { return &widgetView; }
     ProvidersView* providers() { return &providersView; }
+    /// Null where there is no feed to ask.
+    UpdatesView* updates() { return updatesView.get(); }
     /// Whom the logins go to.
     static QString claudeServer();
     static QString codexServer();
@@ -53,9 +65,12 @@ class SettingsView : public QObject {
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(SettingsView, Page, shown, Page::general,
                                          &SettingsView::pageChanged)
     GeneralView generalView;
+    HotKeyView hotKeyView;
     MenuBarView menuBarView;
     AlertsView alertsView;
+    WidgetView widgetView;
     ProvidersView providersView;
+    const std::unique_ptr<UpdatesView> updatesView;
 };
 
 } // namespace tokwatch

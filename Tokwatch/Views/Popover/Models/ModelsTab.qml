@@ -84,6 +84,7 @@ Item {
                 tab.view.copyCSV()
                 confirm()
             }
+            onPasteWanted: tab.view.pasteText()
         }
     }
     function copyText() {

@@ -67,11 +67,14 @@ class ModelsView : public QObject {
     QString asCSV() const;
     Q_INVOKABLE void copyText() const;
     Q_INVOKABLE void copyCSV() const;
+    Q_INVOKABLE void pasteText() { emit pasteRequested(asText()); }
 
   signals:
     void modeChanged();
     void stateChanged();
     void readingChanged();
+    /// Where the keyboard was before the window had it.
+    void pasteRequested(const QString& text);
 
   private:
     struct Shown {

@@ -1,8 +1,9 @@
 #include "Tokwatch/Views/Popover/Stats/ChartColumns.h"
 
+#include "Tokwatch/Pictures/Columns.h"
+
 #include <QFontMetricsF>
 #include <QPainter>
-#include <QPainterPath>
 
 #include <algorithm>
 #include <cmath>
@@ -11,25 +12,10 @@
 namespace tokwatch {
 namespace {
 
-constexpr double axisGap = 8;          ///< between the columns and the amounts beside them
-constexpr double labelGap = 6;         ///< between the zero line and the days below it
-constexpr double columnFraction = 0.7; ///< of the room that a day has
-constexpr double mostRoom = 56;        ///< of a day, so that a single one is a column and no wall
-constexpr double cornerRadius = 2;
-constexpr double leastHeight = 2; ///< little usage is to be seen, too
+constexpr double axisGap = 8;   ///< between the columns and the amounts beside them
+constexpr double labelGap = 6;  ///< between the zero line and the days below it
+constexpr double mostRoom = 56; ///< of a day, so that a single one is a column and no wall
 constexpr double gapBetweenLabels = 10;
-
-QPainterPath roundedAbove(const QRectF& rect, double radius) {
-    const double r = std::min({radius, rect.width() / 2, rect.height()});
-    QPainterPath path(rect.bottomLeft());
-    path.lineTo(rect.left(), rect.top() + r);
-    path.quadTo(rect.topLeft(), {rect.left() + r, rect.top()});
-    path.lineTo(rect.right() - r, rect.top());
-    path.quadTo(rect.topRight(), {rect.right(), rect.top() + r});
-    path.lineTo(rect.bottomRight());
-    path.closeSubpath();
-    return path;
-}
 
 } // namespace
 
@@ -68,11 +54,11 @@ ChartColumns::Layout ChartColumns::layout() const {
     // is always at the end. Where that were much, as with very many days, their gaps differ
     // instead: room in front would look like days without usage.
     plan.axisLeft = snapped(std::ceil(amounts) + axisGap);
-    const double pitches = std::max(count() - (1 - columnFraction), 1.0);
+    const double pitches = std::max(count() - (1 - columns::widthFraction), 1.0);
     const double room = std::min((width() - plan.axisLeft) / pitches, mostRoom);
     constexpr double much = 0.1;
     plan.pitch = snappedDown(room) < (1 - much) * room ? room : snappedDown(room);
-    plan.barWidth = snapped(snappedDown(room) * columnFraction);
+    plan.barWidth = snapped(snappedDown(room) * columns::widthFraction);
     plan.left = snapped(width() + plan.pitch - plan.barWidth - plan.pitch * count());
     plan.top = snapped(metrics.height() / 2);
     plan.base = snapped(height() - metrics.height() - labelGap);
@@ -119,7 +105,7 @@ void ChartColumns::paintColumn(QPainter& painter, const Layout& plan, int day) c
     for (const ChartPart& part : parts)
         sum += part.fraction;
     if (!(sum > 0)) return;
-    const double whole = std::max(snapped(sum * (plan.base - plan.top)), leastHeight);
+    const double whole = std::max(snapped(sum * (plan.base - plan.top)), columns::leastHeight);
 
     const double top = plan.base - whole;
     double from = plan.base;
@@ -133,7 +119,7 @@ void ChartColumns::paintColumn(QPainter& painter, const Layout& plan, int day) c
         if (from < plan.base && box.height() >= 3 * pixel) box.setBottom(box.bottom() - pixel);
         const QColor color = palette.series.value(part.series);
         if (to <= top)
-            painter.fillPath(roundedAbove(placed(box), cornerRadius), color);
+            painter.fillPath(columns::roundedAbove(placed(box)), color);
         else
             painter.fillRect(placed(box), color);
         from = to;

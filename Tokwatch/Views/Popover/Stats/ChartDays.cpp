@@ -3,7 +3,7 @@
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/SummaryDisplay.h"
 #include "Tokwatch/Display/UsageAmount.h"
-#include "Tokwatch/Views/Common/ProviderMark.h"
+#include "Tokwatch/Pictures/Marks.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
 

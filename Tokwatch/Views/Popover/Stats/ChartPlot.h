@@ -1,7 +1,7 @@
 #pragma once
 
-#include "KivoTheme/Palette.h"
-#include "KivoTheme/Theme.h"
+#include "KivoLooks/Measures.h"
+#include "KivoLooks/Palette.h"
 #include "Tokwatch/Views/Popover/Stats/ChartReadout.h"
 
 #include <QProperty>

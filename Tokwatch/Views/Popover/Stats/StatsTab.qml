@@ -36,6 +36,16 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 range: tab.view.range
             }
+            CopyButton {
+                id: copy
+                anchors.right: parent.right
+                name: "Copy as a picture"
+                enabled: cards.height > 0
+                onClicked: cards.grabToImage(picture => {
+                    tab.view.copyPicture(picture.image, Theme.colors.canvas)
+                    copy.confirm()
+                }, Qt.size(cards.width * Screen.devicePixelRatio, cards.height * Screen.devicePixelRatio))
+            }
             ProgressLine {
                 visible: tab.view.reading.isShown
                 y: parent.height + (Theme.space.m - height) / 2
@@ -49,20 +59,26 @@ Item {
             width: parent.width
             sentence: tab.view.state.emptyText
         }
-        ChartTiles {
-            visible: !tab.isEmpty
+        Column {
+            id: cards
             width: parent.width
-            tiles: tab.view.state.tiles
-        }
-        ChartCard {
-            visible: !tab.isEmpty
-            width: parent.width
-            chart: tab.view.state.chart
-        }
-        HeatMapCard {
-            visible: tab.view.state.hasCalendar
-            width: parent.width
-            calendar: tab.view.calendar
+            spacing: Theme.space.m
+
+            ChartTiles {
+                visible: !tab.isEmpty
+                width: parent.width
+                tiles: tab.view.state.tiles
+            }
+            ChartCard {
+                visible: !tab.isEmpty
+                width: parent.width
+                chart: tab.view.state.chart
+            }
+            HeatMapCard {
+                visible: tab.view.state.hasCalendar
+                width: parent.width
+                calendar: tab.view.calendar
+            }
         }
     }
 }

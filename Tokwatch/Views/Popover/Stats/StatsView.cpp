@@ -6,6 +6,10 @@
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QPainter>
+
 namespace tokwatch {
 
 StatsView::StatsView(AppModel& appModel, ShownRange& range, FollowedSummary& rangeSummary)
@@ -31,6 +35,15 @@ void StatsView::setActive(bool active) {
     } else {
         updates.reset();
     }
+}
+
+void StatsView::copyPicture(const QImage& picture, const QColor& background) {
+    if (picture.isNull()) return;
+    const int margin = picture.width() / 24; // as beside the cards
+    QImage framed(picture.size() + 2 * QSize(margin, margin), QImage::Format_RGB32);
+    framed.fill(background);
+    QPainter(&framed).drawImage(margin, margin, picture);
+    QGuiApplication::clipboard()->setImage(framed);
 }
 
 StatsState StatsView::computeState() const {

@@ -6,6 +6,8 @@
 #include "Tokwatch/Views/Popover/Stats/ChartDays.h"
 #include "Tokwatch/Views/Popover/Stats/HeatMapDays.h"
 
+#include <QColor>
+#include <QImage>
 #include <QObject>
 #include <QProperty>
 #include <qqmlregistration.h>
@@ -70,6 +72,9 @@ class StatsView : public QObject {
     const StatsState& state() const { return currentState.value(); }
     const HeatMapDays& calendar() const { return currentCalendar.value(); }
     const ReadingState& reading() const { return currentReading.value(); }
+
+    /// Puts a picture of what the tab shows into the clipboard, on a background of this colour.
+    Q_INVOKABLE static void copyPicture(const QImage& picture, const QColor& background);
 
   signals:
     void stateChanged();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KivoTheme/Palette.h"
+#include "KivoLooks/Palette.h"
 #include "Tokwatch/Views/Popover/Usage/BurnUpLine.h"
 
 #include <QColor>

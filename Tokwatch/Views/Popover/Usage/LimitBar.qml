@@ -8,6 +8,7 @@ Column {
     required property var limit
     property bool opens: false ///< it can be opened
     property bool isOpen: false
+    property bool isBrief: false ///< without what is said below the bar
 
     readonly property color fill: aged(byLevel(Theme.colors.accent, Theme.colors.warning, Theme.colors.critical), Theme.colors.muted)
     readonly property color figure: aged(byLevel(Theme.colors.text, Theme.colors.warningText, Theme.colors.criticalText), Theme.colors.secondaryText)
@@ -102,7 +103,7 @@ Column {
         // Side by side where both fit, so that neither is cut.
         readonly property bool isTight: pace.width + 5 + caption.implicitWidth + Theme.space.s + reset.implicitWidth > width
         height: reset.y + reset.implicitHeight
-        visible: bar.limit.resetText !== "" || bar.limit.paceCaption !== ""
+        visible: !bar.isBrief && (bar.limit.resetText !== "" || bar.limit.paceCaption !== "")
 
         Symbol {
             id: pace
@@ -140,7 +141,7 @@ Column {
 
     Label {
         width: parent.width
-        visible: text !== ""
+        visible: !bar.isBrief && text !== ""
         text: bar.limit.runOutText
         size: Theme.type.caption
         font.weight: Font.Medium

@@ -1,4 +1,4 @@
-#include "KivoTheme/DesktopAppearance.h"
+#include "KivoLooks/DesktopAppearance.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>

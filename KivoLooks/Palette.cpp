@@ -1,4 +1,4 @@
-#include "KivoTheme/Palette.h"
+#include "KivoLooks/Palette.h"
 
 namespace kivo {
 namespace {

@@ -1,4 +1,4 @@
-#include "KivoTheme/Contrast.h"
+#include "KivoLooks/Contrast.h"
 
 #include <algorithm>
 #include <cmath>

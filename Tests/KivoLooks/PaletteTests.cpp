@@ -1,5 +1,5 @@
-#include "KivoTheme/Contrast.h"
-#include "KivoTheme/Palette.h"
+#include "KivoLooks/Contrast.h"
+#include "KivoLooks/Palette.h"
 
 #include <QMetaProperty>
 #include <QStringList>

@@ -1,0 +1,188 @@
+#include "KivoHotKeys/PortalHotKey.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingCallWatcher>
+
+#include <algorithm>
+#include <utility>
+
+namespace kivo {
+
+/// One entry of what is bound: "(sa{sv})".
+struct PortalShortcut {
+    QString id;
+    QVariantMap properties;
+};
+
+QDBusArgument& operator<<(QDBusArgument& argument, const PortalShortcut& shortcut) {
+    argument.beginStructure();
+    argument << shortcut.id << shortcut.properties;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, PortalShortcut& shortcut) {
+    argument.beginStructure();
+    argument >> shortcut.id >> shortcut.properties;
+    argument.endStructure();
+    return argument;
+}
+namespace {
+
+using Kind = PortalRequest::Answer::Kind;
+
+/// Portals tell the path of a session as a text.
+QString sessionIn(const QVariantMap& results) {
+    const QVariant handle = results.value(QStringLiteral("session_handle"));
+    return handle.canConvert<QDBusObjectPath>() ? handle.value<QDBusObjectPath>().path()
+                                                : handle.toString();
+}
+
+/// The shortcut of that name among those that the portal has bound; none where it left that out.
+std::optional<PortalShortcut> shortcutIn(const QVariantMap& results, const QString& id) {
+    const QVariant listed = results.value(QStringLiteral("shortcuts"));
+    const auto all = qdbus_cast<QList<PortalShortcut>>(listed);
+    const auto found = std::ranges::find(all, id, &PortalShortcut::id);
+    return found == all.end() ? std::nullopt : std::optional(*found);
+}
+
+} // namespace
+
+PortalHotKey::PortalHotKey(QDBusConnection sessionBus, Action what)
+    : bus(std::move(sessionBus)), action(std::move(what)),
+      watcher(PortalRequest::service, bus, QDBusServiceWatcher::WatchForOwnerChange) {
+    // Slots with types that the toolkit does not know by name are connected without complaint, and
+    // never called.
+    qRegisterMetaType<QDBusObjectPath>();
+    qDBusRegisterMetaType<PortalShortcut>();
+    qDBusRegisterMetaType<QList<PortalShortcut>>();
+    bus.connect(PortalRequest::service, PortalRequest::path, PortalRequest::interface,
+                QStringLiteral("Activated"), this,
+                SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+    connect(&watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString&, const QString& before, const QString& now) {
+                portalChanged(before, now);
+            });
+}
+
+PortalHotKey::~PortalHotKey() {
+    release();
+}
+
+void PortalHotKey::bind(const HotKey& key) {
+    if (!bus.isConnected()) return emit settled(HotKeyState::unsupported);
+    forget(nextSession);
+    wanted = key;
+    ask("CreateSession", {}, {{QStringLiteral("session_handle_token"), portalToken()}},
+        PortalRequest::Asks::portal, &PortalHotKey::sessionMade);
+}
+
+void PortalHotKey::ask(const char* method, const QVariantList& arguments,
+                       const QVariantMap& options, PortalRequest::Asks asks, Step next) {
+    endRequest();
+    request = new PortalRequest(
+        bus, {method, arguments, options, asks},
+        [this, next](const PortalRequest::Answer& answer) { (this->*next)(answer); }, this);
+}
+
+/// Later: it may be its answer that ends it.
+void PortalHotKey::endRequest() {
+    if (request == nullptr) return;
+    request->forget();
+    std::exchange(request, nullptr)->deleteLater();
+}
+
+void PortalHotKey::sessionMade(const PortalRequest::Answer& answer) {
+    if (answer.kind != Kind::done) return fail(answer.kind);
+    nextSession = sessionIn(answer.results);
+    const QList<PortalShortcut> shortcuts{
+        {action.id,
+         {{QStringLiteral("description"), action.description},
+          {QStringLiteral("preferred_trigger"), portalTrigger(*wanted)}}}};
+    ask("BindShortcuts",
+        {QVariant::fromValue(QDBusObjectPath(nextSession)), QVariant::fromValue(shortcuts),
+         QString()},
+        {}, PortalRequest::Asks::user, &PortalHotKey::shortcutsBound);
+    emit settled(HotKeyState::waiting);
+}
+
+void PortalHotKey::shortcutsBound(const PortalRequest::Answer& answer) {
+    if (answer.kind != Kind::done) return fail(answer.kind);
+    const std::optional<PortalShortcut> shortcut = shortcutIn(answer.results, action.id);
+    if (!shortcut) return fail(Kind::refused);
+    forget(session);
+    session = std::exchange(nextSession, {});
+    wanted.reset();
+    boundTrigger = shortcut->properties.value(QStringLiteral("trigger_description")).toString();
+    emit settled(HotKeyState::bound);
+}
+
+void PortalHotKey::fail(Kind kind) {
+    endRequest();
+    forget(nextSession);
+    wanted.reset();
+    switch (kind) {
+    case Kind::done:
+        break;
+    case Kind::refused:
+        return emit settled(HotKeyState::refused);
+    case Kind::silent:
+        return emit settled(HotKeyState::silent);
+    case Kind::unsupported:
+        return emit settled(HotKeyState::unsupported);
+    }
+}
+
+void PortalHotKey::release() {
+    endRequest();
+    forget(nextSession);
+    forget(session);
+    wanted.reset();
+    boundTrigger.clear();
+}
+
+void PortalHotKey::forget(QString& which) {
+    if (which.isEmpty()) return;
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        PortalRequest::service, std::exchange(which, {}),
+        QStringLiteral("org.freedesktop.portal.Session"), QStringLiteral("Close"));
+    call.setAutoStartService(false);
+    bus.send(call);
+}
+
+void PortalHotKey::look() {
+    if (!bus.isConnected()) return emit settled(HotKeyState::unsupported);
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        PortalRequest::service, PortalRequest::path,
+        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    call << QString(PortalRequest::interface) << QStringLiteral("version");
+    auto* asking = new QDBusPendingCallWatcher(
+        bus.asyncCall(call, static_cast<int>(PortalRequest::patience.count())), this);
+    connect(asking, &QDBusPendingCallWatcher::finished, this, [this, asking] {
+        asking->deleteLater();
+        if (asking->isError() && !wanted && session.isEmpty())
+            fail(PortalRequest::kindOf(asking->error()));
+    });
+}
+
+void PortalHotKey::activated(const QDBusObjectPath& of, const QString& id, qulonglong /*time*/,
+                             const QVariantMap& options) {
+    if (of.path() == session && id == action.id)
+        emit pressed(options.value(QStringLiteral("activation_token")).toString());
+}
+
+void PortalHotKey::portalChanged(const QString& before, const QString& now) {
+    // Started by our own question, which it will answer.
+    if (before.isEmpty() && wanted) return;
+    const bool isLoss = wanted || !session.isEmpty();
+    session.clear(); // gone with the portal
+    nextSession.clear();
+    if (isLoss) fail(Kind::silent);
+    if (!now.isEmpty()) emit arrived();
+}
+
+} // namespace kivo
+
+#include "moc_PortalHotKey.cpp"

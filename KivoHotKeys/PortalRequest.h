@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QString>
+#include <QVariantList>
+#include <QVariantMap>
+
+#include <chrono>
+#include <functional>
+
+class QDBusError;
+class QDBusMessage;
+
+namespace kivo {
+
+/// One question to the desktop portal's hot keys (org.freedesktop.portal.GlobalShortcuts, version
+/// 1), whose answer comes as a signal of its own (org.freedesktop.portal.Request). Asked when it is
+/// made, answered once, and never waited for. Main thread only.
+class PortalRequest : public QObject {
+    Q_OBJECT
+  public:
+    static constexpr const char* service = "org.freedesktop.portal.Desktop";
+    static constexpr const char* path = "/org/freedesktop/portal/desktop";
+    static constexpr const char* interface = "org.freedesktop.portal.GlobalShortcuts";
+    /// How long a portal may think before it counts as silent.
+    static constexpr std::chrono::milliseconds patience{1000};
+
+    struct Answer {
+        enum class Kind { done, refused, silent, unsupported };
+        Kind kind = Kind::done;
+        QVariantMap results; ///< where it is done
+    };
+    enum class Asks { portal, user }; ///< a user may think as long as they like
+
+    struct Question {
+        const char* method;
+        QVariantList arguments; ///< without the options, which come last
+        QVariantMap options;
+        Asks asks = Asks::portal;
+    };
+
+    PortalRequest(QDBusConnection bus, Question question, std::function<void(const Answer&)> done,
+                  QObject* parent);
+    ~PortalRequest() override;
+
+    /// Whatever is answered, nobody wants to hear it.
+    void forget() { done = nullptr; }
+
+    static Answer::Kind kindOf(const QDBusError& error);
+
+  private slots:
+    void responded(uint response, const QVariantMap& results);
+
+  private:
+    void finish(Answer answer);
+
+    QDBusConnection bus;
+    QString handle;
+    std::function<void(const Answer&)> done;
+};
+
+/// A name for something that a portal makes for us, which is part of its path; another one each
+/// time.
+QString portalToken();
+
+} // namespace kivo

@@ -1,0 +1,50 @@
+#include "KivoPanel/DesktopWindow.h"
+
+#include <QGuiApplication>
+#include <QWindow>
+
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <xcb/xcb.h>
+
+namespace kivo {
+namespace {
+
+xcb_atom_t atom(xcb_connection_t* server, std::string_view name) {
+    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
+        xcb_intern_atom_reply(
+            server, xcb_intern_atom(server, false, static_cast<uint16_t>(name.size()), name.data()),
+            nullptr),
+        &std::free);
+    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+}
+
+template<std::size_t count>
+void setHints(xcb_connection_t* server, xcb_window_t window, std::string_view property,
+              xcb_atom_t type, const std::array<std::uint32_t, count>& values) {
+    xcb_change_property(server, XCB_PROP_MODE_REPLACE, window, atom(server, property), type, 32,
+                        count, values.data());
+}
+
+} // namespace
+
+void putOnDesktop(QWindow& window) {
+    window.setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint |
+                    Qt::WindowDoesNotAcceptFocus);
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    xcb_connection_t* server = x11 == nullptr ? nullptr : x11->connection();
+    if (server == nullptr) return;
+    const auto id = static_cast<xcb_window_t>(window.winId());
+    setHints<1>(server, id, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+                {atom(server, "_NET_WM_WINDOW_TYPE_UTILITY")});
+    // The toolkit adds its own states to these when it shows the window.
+    setHints<3>(server, id, "_NET_WM_STATE", XCB_ATOM_ATOM,
+                {atom(server, "_NET_WM_STATE_STICKY"), atom(server, "_NET_WM_STATE_SKIP_TASKBAR"),
+                 atom(server, "_NET_WM_STATE_SKIP_PAGER")});
+    constexpr std::uint32_t allWorkspaces = 0xFFFFFFFF;
+    setHints<1>(server, id, "_NET_WM_DESKTOP", XCB_ATOM_CARDINAL, {allWorkspaces});
+}
+
+} // namespace kivo

@@ -1,0 +1,55 @@
+#!/usr/bin/python3
+"""A desktop portal that lends hot keys, and answers everybody who wants to bind one with the number given (0 is yes). Says
+what it bound; "press" on its standard input presses it.
+"""
+
+import sys
+
+import dbus
+import dbus.lowlevel
+import dbus.mainloop.glib
+import dbus.service
+from gi.repository import GLib
+
+INTERFACE = "org.freedesktop.portal.GlobalShortcuts"
+SESSION = "/org/freedesktop/portal/desktop/session/only"
+
+
+class Portal(dbus.service.Object):
+    def respond(self, options, sender, response, results):
+        path = f"/org/freedesktop/portal/desktop/request/{sender[1:].replace('.', '_')}/{options['handle_token']}"
+        signal = dbus.lowlevel.SignalMessage(path, "org.freedesktop.portal.Request", "Response")
+        signal.append(dbus.UInt32(response), dbus.Dictionary(results, signature="sv"), signature="ua{sv}")
+        GLib.idle_add(bus.send_message, signal)
+        return dbus.ObjectPath(path)
+
+    @dbus.service.method(INTERFACE, in_signature="a{sv}", out_signature="o", sender_keyword="sender")
+    def CreateSession(self, options, sender=None):
+        return self.respond(options, sender, 0, {"session_handle": SESSION})
+
+    @dbus.service.method(INTERFACE, in_signature="oa(sa{sv})sa{sv}", out_signature="o", sender_keyword="sender")
+    def BindShortcuts(self, session, shortcuts, _parent, options, sender=None):
+        assert session == SESSION
+        self.id, properties = shortcuts[0]
+        print("bound", properties["preferred_trigger"], flush=True)
+        bound = [(self.id, dbus.Dictionary({"trigger_description": "Press Ctrl+Alt+T"}, signature="sv"))]
+        return self.respond(options, sender, int(sys.argv[1]), {"shortcuts": dbus.Array(bound, signature="(sa{sv})")})
+
+    @dbus.service.signal(INTERFACE, signature="osta{sv}")
+    def Activated(self, session, shortcut, time, options):
+        pass
+
+
+def command(source, _condition):
+    if source.readline().strip() == "press":
+        portal.Activated(dbus.ObjectPath(SESSION), portal.id, 0, {})
+        print("done", flush=True)
+    return True
+
+
+dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
+bus = dbus.SessionBus()
+name = dbus.service.BusName("org.freedesktop.portal.Desktop", bus)
+portal = Portal(bus, "/org/freedesktop/portal/desktop")
+GLib.io_add_watch(sys.stdin, GLib.IO_IN, command)
+GLib.MainLoop().run()

@@ -1,0 +1,28 @@
+#include "Tokwatch/Desktop/WidgetStarter.h"
+
+#include "Platform/System/Places.h"
+#include "Tokwatch/Preferences/WidgetPreferences.h"
+#include "TokwatchCore/Support/SystemLog.h"
+
+#include <QFile>
+#include <QProcess>
+
+namespace tokwatch {
+
+WidgetStarter::WidgetStarter(WidgetPreferences& widgetPreferences,
+                             const std::filesystem::path& dataHome)
+    : preferences(widgetPreferences), arguments{QStringLiteral("--data-dir"),
+                                                QFile::decodeName(dataHome.c_str())},
+      shownNotifier(preferences.shown.addNotifier([this] { startIfWanted(); })) {
+    startIfWanted();
+}
+
+void WidgetStarter::startIfWanted() {
+    if (!preferences.shown.peek()) return;
+    const std::filesystem::path program = ourProgram("tokwatch-widget");
+    if (QProcess::startDetached(QFile::decodeName(program.c_str()), arguments)) return;
+    systemLog("starting " + program.string() + " failed");
+    preferences.shown = false; // so that no switch says otherwise
+}
+
+} // namespace tokwatch

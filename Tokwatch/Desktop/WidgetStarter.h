@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QPropertyNotifier>
+#include <QStringList>
+
+#include <filesystem>
+
+namespace tokwatch {
+
+class WidgetPreferences;
+
+/// Starts the desktop widget: with the application where it was on, and when it is turned on. The
+/// widget, a process of its own, follows the same settings and ends by itself when it is turned
+/// off; where one runs already, another ends at once.
+///
+/// It has no entry of its own among what the desktop starts at login. Its numbers come from the
+/// application, so that it comes with it, and one switch decides about both. Main thread only.
+class WidgetStarter {
+  public:
+    /// The preferences outlive it.
+    WidgetStarter(WidgetPreferences& preferences, const std::filesystem::path& dataHome);
+
+  private:
+    void startIfWanted();
+
+    WidgetPreferences& preferences;
+    const QStringList arguments;
+    QPropertyNotifier shownNotifier;
+};
+
+} // namespace tokwatch

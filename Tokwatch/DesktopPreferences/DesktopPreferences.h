@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Tokwatch/DesktopPreferences/DesktopChoices.h"
+#include "Tokwatch/Preferences/SettingsGroup.h"
+
+#include <filesystem>
+
+namespace tokwatch {
+
+/// What the user wants of the windows alone; commands have no use for it. What the file has at the
+/// start that is no such thing is said in the log. Main thread only.
+class DesktopPreferences final : public SettingsGroup {
+  public:
+    /// The settings outlive the preferences.
+    explicit DesktopPreferences(QSettings& settings);
+
+    Setting<kivo::ToneChoice> theme;
+    /// What opens the popover from anywhere.
+    Setting<HotKeyChoice> hotKey;
+    /// The limits stand in a small panel above other windows.
+    Setting<bool> isPinned;
+    /// Where that panel was left.
+    Setting<PanelFrames> panelFrames;
+};
+
+/// Desktop.conf beside the file of the Preferences.
+std::filesystem::path desktopSettingsPath();
+
+} // namespace tokwatch

@@ -1,0 +1,19 @@
+#include "Tokwatch/Updates/ConfiguredFeed.h"
+
+#include "TokwatchCore/Support/ApplicationVersion.h"
+
+namespace tokwatch {
+
+std::optional<kivo::UpdateFeed> configuredFeed() {
+    const std::string_view version = applicationVersion();
+    return kivo::makeUpdateFeed(
+        QStringLiteral(TOKWATCH_UPDATE_FEED), QByteArrayLiteral(TOKWATCH_UPDATE_KEY),
+        QString::fromUtf8(version.data(), static_cast<qsizetype>(version.size())));
+}
+
+QUrl makersPage() {
+    const QUrl page(QStringLiteral(TOKWATCH_MAKER_PAGE), QUrl::StrictMode);
+    return page.scheme() == QLatin1String("https") ? page : QUrl();
+}
+
+} // namespace tokwatch
