@@ -2,7 +2,9 @@
 
 #include "KivoHotKeys/HotKey.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
+#include <QQuickWindow>
 
 #include <algorithm>
 #include <array>
@@ -28,8 +30,16 @@ void KeyRecorder::setRecording(bool records) {
     if (records == recording) return;
     recording = records;
     if (recording) forceActiveFocus(Qt::OtherFocusReason);
+    grabKeyboard();
     hold({});
     emit recordingChanged();
+}
+
+/// An X server gives keys that others have to them, unless somebody has the keyboard. Elsewhere
+/// that cannot be had, and the toolkit complains.
+void KeyRecorder::grabKeyboard() {
+    if (window() != nullptr && QGuiApplication::platformName() == QLatin1String("xcb"))
+        window()->setKeyboardGrabEnabled(recording);
 }
 
 void KeyRecorder::hold(Qt::KeyboardModifiers modifiers) {

@@ -8,7 +8,7 @@ namespace kivo {
 
 /// Takes the keys that are pressed while it records, and tells the first that can be a hot key:
 /// "KeyRecorder" in QML. Space and Return begin it, Escape ends it; Backspace and Delete alone mean
-/// no hot key at all. It has the keyboard while it records.
+/// no hot key at all. It has the keyboard while it records, also for keys that other programs have.
 class KeyRecorder : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
@@ -39,6 +39,7 @@ class KeyRecorder : public QQuickItem {
   private:
     void start(QKeyEvent& event);
     void record(QKeyEvent& event);
+    void grabKeyboard();
     void hold(Qt::KeyboardModifiers modifiers);
 
     bool recording = false;
