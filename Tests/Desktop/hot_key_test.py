@@ -107,6 +107,7 @@ def test_x11():
         application.restart()
         for name in "hotKey", "theme", "pinned", "panelFrames":
             wait_for("a line in the log", lambda: f"{name} in " in application.complaints(), 30)
+        wait_for("the registration", StatusItem().is_registered, 30)
 
 
 def test_portal():

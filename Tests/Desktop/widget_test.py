@@ -104,7 +104,7 @@ def check_hints(widget):
                  "WM_DESKTOP(CARDINAL) = 4294967295", "Client accepts input or input focus: False"):
         assert hint in hints, f"{hint} is not in {hints}"
     script = os.path.join(os.path.dirname(os.path.abspath(desktop.__file__)), "accessible.py")
-    read = lambda: subprocess.run([script, "list"], capture_output=True, text=True, timeout=20).stdout
+    read = lambda: subprocess.run([script, "Tokwatch", "list"], capture_output=True, text=True, timeout=20).stdout
     wait_for("its name for screen readers", lambda: "\tTokwatch" in read())
 
 

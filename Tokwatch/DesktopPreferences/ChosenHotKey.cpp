@@ -45,10 +45,13 @@ void ChosenHotKey::bind(const kivo::HotKey& key) {
     global().bind(key);
 }
 
+ChosenHotKey::Status ChosenHotKey::standing() {
+    return bound ? Status{HotKeyState::bound, kivo::textOf(*bound), global().trigger()} : Status{};
+}
+
 void ChosenHotKey::look() {
     if (attempt) return;
-    current =
-        bound ? Status{HotKeyState::bound, kivo::textOf(*bound), global().trigger()} : Status{};
+    current = standing();
     if (bound == preferences.hotKey.value().key)
         global().look();
     else
@@ -68,6 +71,8 @@ void ChosenHotKey::clear() {
 }
 
 void ChosenHotKey::setRecording(bool records) {
+    // What was said of a key that could not be had is over with the next one.
+    if (records && !attempt && bound == preferences.hotKey.value().key) current = standing();
     if (hotKey) hotKey->setPaused(records);
 }
 
