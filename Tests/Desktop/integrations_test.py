@@ -122,8 +122,8 @@ def show_tmux():
         tokwatch("index", "--home", HOME)
         wait_for("it on red", lambda: re.search(rf"\x1b\[[0-9;]*41m{CRITICAL}\x1b", line()), 30)
     finally:
-        run(*inner, "kill-server")
-        run(*outer, "kill-server")
+        for server in inner, outer:  # the outer may go with what it shows, while it is told to
+            subprocess.run([*server, "kill-server"], env=ENVIRONMENT, check=False, capture_output=True)
 
 
 def show_starship():
