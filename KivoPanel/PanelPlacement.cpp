@@ -20,4 +20,15 @@ QRect panelRect(QSize size, QPoint anchor, const QRect& visibleFrame) {
     return {QPoint(x, y), size};
 }
 
+QRect menuRect(QSize size, QPoint at, const QRect& visibleFrame) {
+    const auto start = [](int press, int length, int first, int last) {
+        const int after = press + 1;
+        const int fits = after + length <= last + 1 ? after : press - length;
+        return std::max(first, std::min(fits, last + 1 - length));
+    };
+    return {QPoint(start(at.x(), size.width(), visibleFrame.left(), visibleFrame.right()),
+                   start(at.y(), size.height(), visibleFrame.top(), visibleFrame.bottom())),
+            size};
+}
+
 } // namespace kivo

@@ -1,7 +1,6 @@
 #include "KivoPanel/PopupPanel.h"
 
 #include "KivoPanel/DisplayServer.h"
-#include "KivoPanel/PanelPlacement.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -32,8 +31,8 @@ int highestInPlace(int heightAtOpening, int screenHeight) {
 
 } // namespace
 
-PopupPanel::PopupPanel(QWindow& panelWindow)
-    : window(panelWindow), grabs(canGrabAll()),
+PopupPanel::PopupPanel(QWindow& panelWindow, Placement placedBy)
+    : window(panelWindow), placement(placedBy), grabs(canGrabAll()),
       isPlacedByCompositor(QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
     window.setFlags(grabs ? unmanaged : Qt::Window | Qt::FramelessWindowHint);
     window.installEventFilter(this);
@@ -66,7 +65,7 @@ void PopupPanel::place(QSize size) {
     window.setMinimumSize(size);
     window.setMaximumSize(size);
     if (screen == nullptr) return window.resize(size);
-    window.setGeometry(panelRect(size, anchor, screen->availableGeometry()));
+    window.setGeometry(placement(size, anchor, screen->availableGeometry()));
 }
 
 void PopupPanel::grab() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KivoPanel/PanelPlacement.h"
+
 #include <QObject>
 #include <QPoint>
 #include <QSize>
@@ -20,8 +22,10 @@ namespace kivo {
 class PopupPanel : public QObject {
     Q_OBJECT
   public:
+    using Placement = QRect (*)(QSize size, QPoint anchor, const QRect& visibleFrame);
+
     /// The window outlives the panel, and is not shown yet.
-    explicit PopupPanel(QWindow& window);
+    explicit PopupPanel(QWindow& window, Placement placement = panelRect);
 
     /// Shows the window at the anchor, in screen coordinates.
     void open(QPoint anchor, QSize size);
@@ -48,6 +52,7 @@ class PopupPanel : public QObject {
     void release();
 
     QWindow& window;
+    const Placement placement;
     const bool grabs;
     const bool isPlacedByCompositor;
     int heightAtOpening = 0;

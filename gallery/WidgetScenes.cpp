@@ -44,6 +44,11 @@ void knowUsualLimits(DemoWorld& world) {
     world.showUsualLimits();
 }
 
+/// As with assistants that publish none.
+void knowNoLimits(DemoWorld& world) {
+    world.model->apply({}, ProviderID::codex);
+}
+
 void runLow(DemoWorld& world) {
     ProviderLimits claude = world.claudeLimits();
     claude.windows[0].usedFraction = 0.95;
@@ -79,8 +84,8 @@ std::vector<Scene> widgetScenes() {
                                     {"widget-small-critical", small, runLow},
                                     {"widget-medium-old", medium, knowUsualLimits, 3},
                                     {"widget-large-critical", large, runLow},
-                                    {"widget-small-costs", small},
-                                    {"widget-medium-costs", medium},
+                                    {"widget-small-costs", small, knowNoLimits},
+                                    {"widget-medium-costs", medium, knowNoLimits},
                                     {"widget-empty", medium, nullptr, 0, false}})
         scenes.push_back(widgetScene(each));
     return scenes;

@@ -37,6 +37,8 @@ TEST(PanelPlacement, PutsAPanelAtWhatOpenedItAndInsideTheVisibleFrame) {
         EXPECT_EQ(panelRect({420, 600}, c.anchor, c.visibleFrame),
                   QRect(c.topLeft, QSize(420, 600)))
             << c.what;
+    EXPECT_EQ(menuRect({180, 150}, {100, 50}, belowAPanel).topLeft(), QPoint(101, 51));
+    EXPECT_EQ(menuRect({180, 150}, {1900, 1000}, belowAPanel).topLeft(), QPoint(1720, 850));
 }
 
 TEST(PanelPlacement, GuessesTheStatusAreaAtTheEndOfThePanel) {

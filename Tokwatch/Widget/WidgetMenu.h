@@ -51,7 +51,7 @@ class WidgetMenu : public QRasterWindow {
     const WidgetLooks looks;
     const double scale;
     std::size_t current; ///< past the last one where none is
-    kivo::PopupPanel panel{*this};
+    kivo::PopupPanel panel{*this, kivo::menuRect};
 };
 
 } // namespace tokwatch

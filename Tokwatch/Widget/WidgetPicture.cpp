@@ -247,7 +247,7 @@ void paintSmall(Sheet& sheet, const QRectF& inside, const WidgetDisplay& display
     } else {
         paintHeadline(sheet, inside,
                       {std::nullopt,
-                       text(SummaryTexts::period(30)) + " · " + text(display.costs->month),
+                       text(display.costs->month) + QStringLiteral(" in 30 days"),
                        text(display.costs->todayLabel),
                        text(display.costs->today),
                        {},
