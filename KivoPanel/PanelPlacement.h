@@ -18,8 +18,8 @@ inline constexpr int anchorClearance = 24;
 /// not one on the panel.
 QRect panelRect(QSize size, QPoint anchor, const QRect& visibleFrame);
 
-/// Where a menu goes that a press on a point of the visible frame opened: to the right of it and below,
-/// to the left and above where there is no room, and inside that frame.
+/// Where a menu goes that a press on a point of the visible frame opened: to the right of it and
+/// below, to the left and above where there is no room, and inside that frame.
 QRect menuRect(QSize size, QPoint at, const QRect& visibleFrame);
 
 } // namespace kivo
