@@ -117,6 +117,20 @@ function(tokwatch_module)
   tokwatch_use(${name} PRIVATE TokwatchBuildFlags ${ARG_PRIVATE})
 endfunction()
 
+# tokwatch_command(NAME LIBRARY): a program for terminals from this folder's main.cpp, with no more libraries than what it runs
+# needs: the rooms name more.
+function(tokwatch_command name library)
+  add_executable(${name} main.cpp)
+  target_link_libraries(${name} PRIVATE TokwatchBuildFlags ${library})
+  # A linker that takes what is needed from archives in their order: mold takes a template's instance from any of them,
+  # and with it a member that needs a library which nobody else does.
+  target_link_options(${name} PRIVATE -fuse-ld=bfd -Wl,--as-needed)
+  if(NOT name STREQUAL "tokwatch")
+    add_dependencies(tokwatch ${name}) # which becomes it
+  endif()
+  install(TARGETS ${name} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endfunction()
+
 # tokwatch_compile_written(TARGET): what the QML compiler writes, as one file, in a fifth of the time; as that of a system
 # header, since it is not ours to warn about.
 function(tokwatch_compile_written target)
