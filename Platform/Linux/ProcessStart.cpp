@@ -4,6 +4,7 @@
 #include <locale.h>
 #include <sys/resource.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <latch>
 #include <string_view>
@@ -28,6 +29,12 @@ void preventCoreDumps() {
     // value. PR_SET_DUMPABLE would do too, but hides /proc/self from desktop portals.
     const rlimit limit{1, 1};
     ::setrlimit(RLIMIT_CORE, &limit);
+}
+
+void prepareCommand() {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    preventCoreDumps();
 }
 
 void requireThreads(int count) {

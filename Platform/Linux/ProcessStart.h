@@ -13,6 +13,10 @@ void ensureUTF8Locale();
 /// every program that reads logins, before it does.
 void preventCoreDumps();
 
+/// For every program that is a command: no core dumps, and a reader that closes its pipe and a file
+/// that may grow no further are failures of a write, which is where they are dealt with.
+void prepareCommand();
+
 /// Throws std::system_error where this process may not have so many threads at once. The toolkit
 /// would wait for ever for one of its own that never began.
 void requireThreads(int count);

@@ -40,8 +40,10 @@ class StatusTitleTest : public ::testing::Test {
         made.fetchedAt = when;
         return made;
     }
-    StatusTitle title() const { return statusTitle(preferences, limits, now); }
-    std::vector<LimitStep> steps() const { return statusContent(preferences, limits, now).steps; }
+    StatusTitle title() const { return statusTitle(preferences.plain(), limits, now); }
+    std::vector<LimitStep> steps() const {
+        return statusContent(preferences.plain(), limits, now).steps;
+    }
 };
 
 TEST_F(StatusTitleTest, ShowsThePinnedProvidersTightestWindow) {
@@ -66,7 +68,7 @@ TEST_F(StatusTitleTest, TellsWhatRunsOutBeforeItsReset) {
     const std::vector<LimitSample> samples{{now - Seconds{3600}, 0.25, reset},
                                            {now - Seconds{1800}, 0.25, reset}};
     const RunOuts runOuts(limits, {{claude, {{"session", samples}}}}, now, Calendar::utc());
-    const StatusContent content = statusContent(preferences, limits, now, runOuts);
+    const StatusContent content = statusContent(preferences.plain(), limits, now, runOuts);
     EXPECT_EQ(content.title.runsOutAt, now + Seconds{7200});
     EXPECT_EQ(content.steps[0].title.tooltip,
               "Claude · The session 50% left · resets in 3h 0m · runs out about 15:00");
@@ -117,7 +119,7 @@ TEST_F(StatusTitleTest, HasTheFirstNumberUntilSomebodyChooses) {
 TEST_F(StatusTitleTest, ChoosesTheWindow) {
     limits[claude].windows = {window("a", 0.5, 60), window("b", 0.25, 60), window("c", 0.25, 60),
                               window("old", 0.1, 0)};
-    EXPECT_EQ(menuBarWindow(preferences, claude, limits[claude], now)->id, "b");
+    EXPECT_EQ(menuBarWindow(preferences.plain(), claude, limits[claude], now)->id, "b");
     preferences.menuBarWindows = WindowChoices{{"claude", "a"}, {"codex", "b"}};
     EXPECT_EQ(title().text, "50% · 1m");
     EXPECT_EQ(title().tooltip,

@@ -1,12 +1,10 @@
 #include "Tests/CommandLine/CommandFixture.h"
 #include "Tokwatch/CommandLine/LimitsPrinter.h"
 #include "Tokwatch/CommandLine/StatusLine.h"
-#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/PlainSettings.h"
 #include "TokwatchCore/Store/LimitHistory.h"
 #include "TokwatchCore/Store/UsageStore.h"
 #include "TokwatchCore/Support/ISO8601.h"
-
-#include <QSettings>
 
 #include <array>
 
@@ -58,9 +56,6 @@ TEST(StatusLine, HasSomethingToShowWithoutAText) {
 }
 
 TEST(LimitsPrinter, LeavesOutWhatATerminalHasNoRoomFor) {
-    const TemporaryDirectory world;
-    const std::unique_ptr<QSettings> settings = settingsFile(world / "settings.conf");
-    const Preferences preferences{*settings};
     const Date reset = now + Seconds{10'800};
     LimitWindow weekly = window("weekly", "Weekly · claude-opus-4-5", 0.1, reset);
     weekly.source = LimitSource::stale(now - Seconds{3600});
@@ -73,7 +68,7 @@ TEST(LimitsPrinter, LeavesOutWhatATerminalHasNoRoomFor) {
                           Calendar::utc());
     const auto page = [&](std::size_t columns) {
         return Terminal(stdout, stderr, false, false).page(columns, [&](Terminal& terminal) {
-            printLimits({{}, Calendar::utc, [] { return now; }, terminal}, preferences, known,
+            printLimits({{}, Calendar::utc, [] { return now; }, terminal}, PlainSettings(), known,
                         {ProviderID::claude}, runOuts);
         });
     };

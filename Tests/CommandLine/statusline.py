@@ -40,13 +40,19 @@ def show_open_pipe(world):
             check("a line comes though the pipe stays open", line == expected, line)
 
 
+def libraries(program):
+    needed = subprocess.check_output(["readelf", "-d", program], text=True)
+    return {line.split("[")[1].rstrip("]\n") for line in needed.splitlines() if "(NEEDED)" in line}
+
+
 def show_surroundings(world):
-    needed = subprocess.check_output(["readelf", "-d", PROGRAM], text=True)
-    names = {line.split("[")[1].rstrip("]\n") for line in needed.splitlines() if "(NEEDED)" in line}
+    names = libraries(PROGRAM)
     # Under the sanitizers a folder is one object, which brings what its other sources need.
     if not any("san.so" in name for name in names):
         check("only the system's own libraries are loaded", all(
             name.startswith(("libc.", "libm.", "ld-linux", "libstdc++", "libgcc_s")) for name in names), names)
+        names = libraries(PROGRAM + "-logs")
+        check("and none of the toolkit to read logs", not any(name.startswith("libQt") for name in names), names)
     trace = os.path.join(world["HOME"], "trace")
     subprocess.run(["strace", "-f", "-qq", "-e", "trace=network,openat", "-o", trace, PROGRAM, "statusline"], env={
         **world, "ASAN_OPTIONS": "detect_leaks=0"}, input=told(58).encode(), stdout=subprocess.DEVNULL, check=True)

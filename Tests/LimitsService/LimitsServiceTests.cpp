@@ -7,8 +7,8 @@
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tests/Support/Testing.h"
 #include "Tokwatch/Limits/AttemptFile.h"
-#include "Tokwatch/Limits/ClaudeGate.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Presentation/ClaudeGate.h"
 #include "TokwatchCore/Store/UsageStore.h"
 
 #include <QSettings>
@@ -242,7 +242,7 @@ TEST_F(LimitsServiceTest, NeverTouchesClaudeWhileItsLiveLimitsAreOffAndTakesItBa
     ProviderLimits expected = known.markedStale();
     expected.status = ProviderStatus::unavailable;
     EXPECT_EQ(updates.back(), expected) << "the plan and the windows stay to be seen";
-    EXPECT_EQ(ClaudeGate::applied({{ProviderID::claude, known}}, preferences, time.now()),
+    EXPECT_EQ(ClaudeGate::applied({{ProviderID::claude, known}}, false, time.now()),
               (LimitsByProvider{{ProviderID::claude, expected}}));
     EXPECT_EQ(store->limits(ProviderID::claude), known) << "for whoever turns it on again";
 

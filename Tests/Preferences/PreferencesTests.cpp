@@ -93,21 +93,30 @@ TEST_F(PreferencesTest, FindsEverySettingAgainAfterARestart) {
 
 TEST_F(PreferencesTest, AreTheSameWithoutTheToolkit) {
     const testing::CapturedLog log;
-    for (const char* text :
-         {"", "[General]\nwarningThreshold=0.4\ncriticalThreshold=0.3\nsummaryUnit=tokens\n",
-          "warningThreshold=0.3", "[general]\r\n warningThreshold = 0.5 \r\n",
-          "[General]\nwarningThreshold=\"0.3\"\nsummaryUnit=\"tokens\"\n",
-          "[General]\nwarningThreshold=0.01\ncriticalThreshold=0.9\nsummaryUnit=Tokens\n",
-          "[General]\nwarningThreshold=high\ncriticalThreshold=\n",
-          "[General]\nwarningThreshold=nan",
-          "[General]\nWarningThreshold=0.9\n;warningThreshold=0.8\n",
-          "[menuBarWindows]\nwarningThreshold=0.9\n[General]\nwarningThreshold=0.8\n",
-          "[General]\nwarningThreshold=0.4\nwarningThreshold=0.6\n", "no settings at all"}) {
+    std::string choices = "[General]\n";
+    std::string nonsense = choices;
+    for (const Setting& each : settings) {
+        choices += std::string(each.name) + '=' + std::string(each.text) + '\n';
+        nonsense += std::string(each.name) + '=' + std::string(each.nonsense) + '\n';
+    }
+    for (const std::string& text :
+         {std::string(), choices, nonsense, std::string("warningThreshold=0.3"),
+          std::string("[general]\r\n warningThreshold = +0.5 \r\n"),
+          std::string("[General]\nwarningThreshold=\"0.3\"\nsummaryUnit=\"tokens\"\n"),
+          std::string("[General]\nwarningThreshold=0.01\ncriticalThreshold=0.9\n"),
+          std::string("[General]\nwarningThreshold=nan\ncriticalThreshold=\n"),
+          std::string("[General]\nWarningThreshold=0.9\n;warningThreshold=0.8\n"),
+          std::string("[menuBarWindows]\nwarningThreshold=0.9\n[General]\nwarningThreshold=0.8\n"),
+          std::string("[General]\nwarningThreshold=0.4\nwarningThreshold=0.6\n"),
+          std::string(
+              "[General]\nproviderOrder=grok, \"codex\" ,grok\ndisabledProviders=@Invalid()"),
+          std::string("[General]\nproviderOrder=\"grok, codex\"\nclaudeLiveLimits=true, false\n"),
+          std::string(
+              "[General]\nmenuBarWindows\\codex=w\nclaudeLiveLimits=\"YES\"\npinnedProvider=\n"),
+          std::string("[menuBarWindows]\nclaude=\"a, \\\"b\\\" \"\ncodex = week ly \ngrok=a, b\n"),
+          std::string("no settings at all")}) {
         const Process toolkit = reading(text);
-        const PlainSettings plain = PlainSettings::read(file);
-        EXPECT_EQ(plain.thresholds.warning, toolkit.preferences.warningThreshold.peek()) << text;
-        EXPECT_EQ(plain.thresholds.critical, toolkit.preferences.criticalThreshold.peek()) << text;
-        EXPECT_EQ(plain.summaryUnit, toolkit.preferences.summaryUnit.peek()) << text;
+        EXPECT_EQ(PlainSettings::read(file), toolkit.preferences.plain()) << text;
     }
 }
 

@@ -3,10 +3,10 @@
 #include "Platform/Seams/SystemNotifications.h"
 #include "Tokwatch/App/MainThread.h"
 #include "Tokwatch/App/ProgressRelay.h"
-#include "Tokwatch/App/Pruning.h"
-#include "Tokwatch/Limits/ClaudeGate.h"
 #include "Tokwatch/Limits/LimitsService.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Presentation/ClaudeGate.h"
+#include "TokwatchCore/Store/Pruning.h"
 #include "TokwatchCore/Store/StoredLimits.h"
 #include "TokwatchCore/Store/UsageStore.h"
 #include "TokwatchCore/Support/SystemLog.h"
@@ -63,7 +63,7 @@ void AppModel::start(Role firstRole, LimitsStart limitsStart) {
     updatePresent();
     // At once, so that the first title is right; nobody else uses the store yet.
     setLimits(ClaudeGate::applied(knownLimits(*surroundings.store, present()),
-                                  surroundings.preferences, surroundings.now()));
+                                  surroundings.preferences.claudeLiveLimits, surroundings.now()));
     publish();
     surroundings.limitsService.onUpdate = [self](ProviderID provider,
                                                  const ProviderLimits& limits) {
@@ -233,7 +233,8 @@ void AppModel::setStoredLimits(LimitsByProvider stored) {
         return known != limits().end() && known->second.fetchedAt > entry.second.fetchedAt &&
                known->second.fetchedAt <= surroundings.now();
     });
-    setLimits(ClaudeGate::applied(std::move(stored), surroundings.preferences, surroundings.now()));
+    setLimits(ClaudeGate::applied(std::move(stored), surroundings.preferences.claudeLiveLimits,
+                                  surroundings.now()));
 }
 
 QFuture<LimitsByProvider> AppModel::readStoredLimits(std::vector<ProviderID> providers) const {
@@ -307,7 +308,7 @@ QCoro::Task<> AppModel::pass(IndexScope scope) {
         if (self) requests.passed(scope, outcome.unfinished);
     } catch (const std::exception& error) {
         systemLog("indexing failed: " + what(error));
-        if (self) requests.failed(surroundings.now() + IndexerService::retryInterval);
+        if (self) requests.failed(surroundings.now() + Indexer::retryInterval);
     }
     relay->end();
     if (!self) co_return;
@@ -342,7 +343,7 @@ QCoro::Task<> AppModel::pruneDaily() {
     const QFuture<bool> pruning =
         inBackground(surroundings.runInBackground, [now, store = surroundings.store, days] {
             try {
-                store->prune(pruneLimit(now, store->newestDay(), keptDays, days), days);
+                store->prune(pruneLimit(now, store->newestDay(), days), days);
                 return true;
             } catch (const std::exception& error) {
                 systemLog("prune failed: " + what(error));

@@ -43,8 +43,6 @@ class AppModel : public QObject {
   public:
     /// The days of the published summary.
     static constexpr std::int64_t readingDays = 30;
-    /// Older days are deleted.
-    static constexpr int keptDays = 90;
 
     explicit AppModel(ModelSurroundings given);
     ~AppModel() override;

@@ -1,13 +1,9 @@
 #include "Tokwatch/CommandLine/Arguments.h"
 
 #include "Tokwatch/CommandLine/Assistant/StatuslineCommand.h"
-#include "Tokwatch/CommandLine/CommandSurroundings.h"
-#include "Tokwatch/CommandLine/Commands.h"
-#include "Tokwatch/CommandLine/Completion.h"
 #include "Tokwatch/CommandLine/Frame/CommandFrame.h"
 #include "Tokwatch/CommandLine/Suggestion.h"
 #include "TokwatchCore/Store/LimitHistory.h"
-#include "TokwatchCore/Support/ApplicationVersion.h"
 
 #include <CLI/CLI.hpp>
 
@@ -26,10 +22,10 @@ constexpr int mostDays = 36'500;
 /// What the command line said, to be carried out once it is known to be sound.
 struct Invocation {
     DataArguments arguments;
-    /// The desktop application unless a command replaces it.
-    std::function<int(const CommandSurroundings&)> run = [this](const CommandSurroundings&) {
-        return runDesktop(pathOptions());
-    };
+    std::optional<Command> command;
+
+    /// The desktop application unless there is a command.
+    Command wanted() const { return command.value_or(DesktopOptions{pathOptions()}); }
 
     std::vector<std::string> pathOptions() const {
         std::vector<std::string> options;
@@ -67,7 +63,7 @@ CLI::Option* addChoice(CLI::App& command, const std::string& name, Value& value,
 
 void addIndex(CLI::App& app, Invocation& invocation) {
     addDataCommand(app, invocation, "index", "Read what the assistants logged since the last time")
-        .callback([&invocation] { invocation.run = runIndex; });
+        .callback([&invocation] { invocation.command = IndexOptions(); });
 }
 
 void addSummary(CLI::App& app, Invocation& invocation, SummaryOptions& options) {
@@ -85,11 +81,7 @@ void addSummary(CLI::App& app, Invocation& invocation, SummaryOptions& options) 
         "Show this table only");
     command.add_flag("--no-index", options.skipIndex,
                      "Show what is stored without reading the logs first");
-    command.callback([&] {
-        invocation.run = [&options](const CommandSurroundings& surroundings) {
-            return runSummary(surroundings, options);
-        };
-    });
+    command.callback([&] { invocation.command = options; });
 }
 
 std::map<std::string, ProviderID> providersByName() {
@@ -104,26 +96,35 @@ std::map<std::string, std::optional<ProviderID>> optionalProvidersByName() {
     return {providers.begin(), providers.end()};
 }
 
-void addLimits(CLI::App& app, Invocation& invocation, LimitsOptions& options) {
+/// What words say of `tokwatch limits` and `tokwatch status`, each of which is two commands.
+struct LimitsWords {
+    std::optional<ProviderID> provider;
+    bool refresh = false;
+};
+struct StatusWords {
+    StatusFormat format = StatusFormat::text;
+    bool follow = false;
+};
+
+void addLimits(CLI::App& app, Invocation& invocation, LimitsWords& words) {
     CLI::App& command =
         addDataCommand(app, invocation, "limits", "Show how much of each limit is left");
-    command.add_flag("--refresh", options.refresh,
+    command.add_flag("--refresh", words.refresh,
                      "Ask the services first, with the logins that the assistants stored");
-    addChoice(command, "--provider", options.provider, optionalProvidersByName(),
+    addChoice(command, "--provider", words.provider, optionalProvidersByName(),
               "Show this provider only");
     command.callback([&] {
-        invocation.run = [&options](const CommandSurroundings& surroundings) {
-            return runLimits(surroundings, options);
-        };
+        invocation.command = words.refresh ? Command(FreshLimitsOptions{words.provider})
+                                           : Command(LimitsOptions{words.provider});
     });
 }
 
-void addStatus(CLI::App& app, Invocation& invocation, StatusOptions& options) {
+void addStatus(CLI::App& app, Invocation& invocation, StatusWords& words) {
     CLI::App& command =
         addDataCommand(app, invocation, "status", "Print the title of the status area");
-    command.add_flag("--follow", options.follow,
+    command.add_flag("--follow", words.follow,
                      "Watch logs and limits, and print a line at each change");
-    addChoice<StatusFormat>(command, "--format", options.format,
+    addChoice<StatusFormat>(command, "--format", words.format,
                             {{"text", StatusFormat::text},
                              {"json", StatusFormat::json},
                              {"waybar", StatusFormat::waybar},
@@ -133,10 +134,9 @@ void addStatus(CLI::App& app, Invocation& invocation, StatusOptions& options) {
                             "How it is written (default: text)")
         ->excludes("--json");
     command.callback([&] {
-        if (invocation.arguments.json) options.format = StatusFormat::json;
-        invocation.run = [&options](const CommandSurroundings& surroundings) {
-            return runStatus(surroundings, options);
-        };
+        if (invocation.arguments.json) words.format = StatusFormat::json;
+        invocation.command = words.follow ? Command(FollowOptions{words.format})
+                                          : Command(StatusOptions{words.format});
     });
 }
 
@@ -144,90 +144,59 @@ void addWatch(CLI::App& app, Invocation& invocation) {
     CLI::App& command =
         *app.add_subcommand("watch", "Show limits and today's usage, kept up to date");
     addPaths(command, invocation.arguments);
-    command.callback([&invocation] { invocation.run = runWatch; });
+    command.callback([&invocation] { invocation.command = WatchOptions(); });
 }
 
 void addRefresh(CLI::App& app, Invocation& invocation) {
     app.add_subcommand("refresh", "Make the running application refresh")->callback([&invocation] {
-        invocation.run = runRefresh;
+        invocation.command = RefreshOptions();
     });
 }
 
 void addSnapshot(CLI::App& app, Invocation& invocation) {
     addDataCommand(app, invocation, "snapshot", "Print the snapshot that widgets read, as JSON")
-        .callback([&invocation] { invocation.run = runSnapshot; });
+        .callback([&invocation] { invocation.command = SnapshotOptions(); });
 }
 
-/// A setting's name and what it is to be.
-struct SettingArguments {
-    std::string name;
-    std::string value;
-};
-
-void addPreferences(CLI::App& app, Invocation& invocation, SettingArguments& setting) {
+void addPreferences(CLI::App& app, Invocation& invocation, SetSettingOptions& setting) {
     CLI::App& command = *app.add_subcommand("preferences", "Print and change settings");
     const auto addName = [&setting](CLI::App& action) {
-        // Asked for only where a setting is named; most commands name none.
-        const auto isSetting = [](const std::string& name) -> std::string {
-            const std::vector<std::string> names = settingNames();
-            if (std::ranges::count(names, name) > 0) return {};
-            return "no setting is called \"" + name + '"' + suggestion(name, names);
-        };
-        action.add_option("key", setting.name, "The setting")
-            ->required()
-            ->type_name("KEY")
-            ->check(isSetting);
+        action.add_option("key", setting.name, "The setting")->required()->type_name("KEY");
     };
     const auto addJSON = [&invocation](CLI::App& action) {
         action.add_flag("--json", invocation.arguments.json, "Print JSON for programs");
     };
     addJSON(command);
     command.callback([&command, &invocation] {
-        if (command.get_subcommands().empty()) invocation.run = runPreferencesList;
+        if (command.get_subcommands().empty()) invocation.command = ListSettingsOptions();
     });
     CLI::App& list = *command.add_subcommand("list", "Print all settings (default)");
     addJSON(list);
-    list.callback([&invocation] { invocation.run = runPreferencesList; });
+    list.callback([&invocation] { invocation.command = ListSettingsOptions(); });
     CLI::App& get = *command.add_subcommand("get", "Print one setting");
     addName(get);
     addJSON(get);
-    get.callback([&] {
-        invocation.run = [&setting](const CommandSurroundings& surroundings) {
-            return runPreferencesGet(surroundings, setting.name);
-        };
-    });
+    get.callback([&] { invocation.command = GetSettingOptions{setting.name}; });
     CLI::App& set = *command.add_subcommand("set", "Change one setting");
     addName(set);
     set.add_option("value", setting.value, "What it is to be")->required()->type_name("VALUE");
-    set.callback([&] {
-        invocation.run = [&setting](const CommandSurroundings& surroundings) {
-            return runPreferencesSet(surroundings, setting.name, setting.value);
-        };
-    });
+    set.callback([&] { invocation.command = setting; });
 }
 
-void addReread(CLI::App& app, Invocation& invocation, ProviderID& provider) {
+void addReread(CLI::App& app, Invocation& invocation, RereadOptions& options) {
     CLI::App& command =
         addDataCommand(app, invocation, "reread",
                        "Forget how far a provider's logs were read, and read them again");
-    addChoice<ProviderID>(command, "provider", provider, providersByName(), "Whose logs")
+    addChoice<ProviderID>(command, "provider", options.provider, providersByName(), "Whose logs")
         ->required();
-    command.callback([&] {
-        invocation.run = [&provider](const CommandSurroundings& surroundings) {
-            return runReread(surroundings, provider);
-        };
-    });
+    command.callback([&] { invocation.command = options; });
 }
 
 void addDoctor(CLI::App& app, Invocation& invocation, DoctorOptions& options) {
     CLI::App& command = addDataCommand(app, invocation, "doctor",
                                        "Tell what was found, what works and what does not");
     command.add_flag("--fix", options.fix, "Close to other users what they may read of the data");
-    command.callback([&] {
-        invocation.run = [&options](const CommandSurroundings& surroundings) {
-            return runDoctor(surroundings, options);
-        };
-    });
+    command.callback([&] { invocation.command = options; });
 }
 
 void addReport(CLI::App& app, Invocation& invocation, ReportOptions& options) {
@@ -246,22 +215,15 @@ void addReport(CLI::App& app, Invocation& invocation, ReportOptions& options) {
     addChoice(command, "--provider", options.provider, optionalProvidersByName(),
               "Count this provider only");
     command.add_flag("--csv", options.csv, "Print comma-separated values for spreadsheets");
-    command.callback([&] {
-        invocation.run = [&options](const CommandSurroundings& surroundings) {
-            return runReport(surroundings, options);
-        };
-    });
+    command.callback([&] { invocation.command = options; });
 }
 
 void addAudit(CLI::App& app, Invocation& invocation, bool& all) {
     CLI::App& command = addDataCommand(
         app, invocation, "audit", "Compare what is stored with the files, and explain differences");
     command.add_flag("--all", all, "Show the days and models that agree, too");
-    command.callback([&] {
-        invocation.run = [&all](const CommandSurroundings& surroundings) {
-            return runAudit(surroundings, all ? AuditRows::all : AuditRows::differing);
-        };
-    });
+    command.callback(
+        [&] { invocation.command = AuditOptions{all ? AuditRows::all : AuditRows::differing}; });
 }
 
 void addExport(CLI::App& app, Invocation& invocation, ExportOptions& options) {
@@ -282,17 +244,7 @@ void addExport(CLI::App& app, Invocation& invocation, ExportOptions& options) {
         });
     command.callback([&] {
         if (invocation.arguments.json) options.format = ExportFormat::json;
-        invocation.run = [&options](const CommandSurroundings& surroundings) {
-            return runExport(surroundings, options);
-        };
-    });
-}
-
-void addAssistantLine(CLI::App& app, Invocation& invocation, StatuslineOptions& options) {
-    addStatusline(app, invocation.arguments, options).callback([&] {
-        invocation.run = [&](const CommandSurroundings&) {
-            return runStatusline(invocation.arguments, options);
-        };
+        invocation.command = options;
     });
 }
 
@@ -308,21 +260,22 @@ std::string suggestionFor(const CLI::ParseError& error, const CLI::App& app,
 
 } // namespace
 
-int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
+int runCommandLine(int argc, const char* const* argv, Terminal& terminal,
+                   const CarryOut& carryOut) {
     CLI::App app(
         "Rate limits and token usage of AI coding assistants. Without a command: the desktop application.",
         "tokwatch");
-    app.set_version_flag("--version", "tokwatch " + std::string(applicationVersion()));
+    addVersion(app);
     app.require_subcommand(0, 1);
     app.get_formatter()->column_width(34);
 
     Invocation invocation;
     SummaryOptions summary;
-    LimitsOptions limits;
-    StatusOptions title;
+    LimitsWords limits;
+    StatusWords title;
     StatuslineOptions statusline;
-    SettingArguments setting;
-    ProviderID rereadProvider = ProviderID::claude;
+    SetSettingOptions setting;
+    RereadOptions reread;
     ReportOptions report;
     ExportOptions exported;
     bool showsAllRows = false;
@@ -333,9 +286,11 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
     addLimits(app, invocation, limits);
     addStatus(app, invocation, title);
     addWatch(app, invocation);
-    addAssistantLine(app, invocation, statusline);
+    addStatusline(app, invocation.arguments, statusline).callback([&] {
+        invocation.command = statusline;
+    });
     addRefresh(app, invocation);
-    addReread(app, invocation, rereadProvider);
+    addReread(app, invocation, reread);
     addSnapshot(app, invocation);
     addPreferences(app, invocation, setting);
     addReport(app, invocation, report);
@@ -345,16 +300,16 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal) {
 
     // Shells ask for this and people do not; the words may be anything.
     if (argc > 1 && std::string_view(argv[1]) == "complete") {
-        for (const std::string& offer : completions(app, {argv + 2, argv + argc}))
-            terminal.write(offer + '\n');
-        return terminal.flush() ? exitFailure : exitOk;
+        const CompletionOptions completion{&app, {argv + 2, argv + argc}};
+        return carriedOut(terminal,
+                          [&] { return carryOut(invocation.surroundings(terminal), completion); });
     }
     const auto suggest = [&](const CLI::ParseError& error) {
         return suggestionFor(error, app, argv[1]);
     };
     return runArguments(
         app, argc, argv, terminal,
-        [&] { return invocation.run(invocation.surroundings(terminal)); }, suggest);
+        [&] { return carryOut(invocation.surroundings(terminal), invocation.wanted()); }, suggest);
 }
 
 } // namespace tokwatch

@@ -1,6 +1,7 @@
 #include "Tokwatch/CommandLine/CommandSurroundings.h"
 
-#include "Tokwatch/Limits/ClaudeGate.h"
+#include "Tokwatch/Preferences/PlainSettings.h"
+#include "TokwatchCore/Presentation/ClaudeGate.h"
 #include "TokwatchCore/Store/LimitHistory.h"
 #include "TokwatchCore/Store/StoredLimits.h"
 #include "TokwatchCore/Support/SystemLog.h"
@@ -55,10 +56,11 @@ std::shared_ptr<UsageStore> CommandSurroundings::openStoreForReading() const {
     }
 }
 
-LimitsByProvider CommandSurroundings::limits(UsageStore& store, const Preferences& preferences,
+LimitsByProvider CommandSurroundings::limits(UsageStore& store, const PlainSettings& settings,
                                              std::span<const ProviderID> providers) const {
     try {
-        return ClaudeGate::applied(storedLimits(store, providers), preferences, now());
+        return ClaudeGate::applied(storedLimits(store, providers), settings.claudeLiveLimits,
+                                   now());
     } catch (const UsageStoreError& error) {
         throw CommandError(std::string("reading the usage store failed: ") + error.what());
     }

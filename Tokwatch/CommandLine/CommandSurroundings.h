@@ -18,7 +18,7 @@
 namespace tokwatch {
 
 class LimitHistory;
-class Preferences;
+struct PlainSettings;
 
 /// What a one-shot command takes from outside: the process's own, but for what options replaced.
 struct CommandSurroundings {
@@ -43,8 +43,8 @@ struct CommandSurroundings {
     std::shared_ptr<UsageStore> openStoreForReading() const;
 
     /// The last known limits of these providers as they are to be shown: Claude's by the
-    /// preferences' switch. CommandError when the store fails.
-    LimitsByProvider limits(UsageStore& store, const Preferences& preferences,
+    /// switch for it. CommandError when the store fails.
+    LimitsByProvider limits(UsageStore& store, const PlainSettings& settings,
                             std::span<const ProviderID> providers) const;
 
     /// Which of these limits run out, by their history; none where that cannot be read.

@@ -1,12 +1,9 @@
-#include "Tokwatch/CommandLine/Commands.h"
-
 #include "Platform/System/Places.h"
+#include "Tokwatch/CommandLine/Frame/CommandFrame.h"
+#include "Tokwatch/CommandLine/StoredCommands.h"
 
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
+#include <filesystem>
 #include <system_error>
 
 namespace tokwatch {
@@ -20,25 +17,25 @@ bool isSet(const char* name) {
 
 } // namespace
 
-int runDesktop(const std::vector<std::string>& options) {
+int StoredCommands::run(const CommandSurroundings&, const DesktopOptions& options) {
     // The toolkit's own variable counts too: it may name a platform that needs no display server.
     if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM"))
         throw CommandError(
             "there is no display to show windows on; without one there are the commands summary, "
             "limits, status and doctor (see tokwatch --help)");
-    const std::filesystem::path program = ourProgram("tokwatch-desktop");
-    std::vector<std::string> command{program.string()};
-    command.insert(command.end(), options.begin(), options.end());
-    std::vector<char*> arguments;
-    for (std::string& argument : command)
-        arguments.push_back(argument.data());
-    arguments.push_back(nullptr);
-    ::execv(program.c_str(), arguments.data());
-    if (errno == ENOENT)
+    const std::string program = "tokwatch-desktop";
+    const std::filesystem::path place = ourProgram(program);
+    std::error_code ignored;
+    if (!std::filesystem::exists(place, ignored))
         throw CommandError("the desktop application is not installed: there is no " +
-                           program.string() + "; the package tokwatch-desktop has it");
-    throw CommandError("starting " + program.string() +
-                       " failed: " + std::generic_category().message(errno));
+                           place.string() + "; the package tokwatch-desktop has it");
+    std::vector<std::string> words{program};
+    words.insert(words.end(), options.words.begin(), options.words.end());
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    become(program, arguments.data());
 }
 
 } // namespace tokwatch

@@ -1,12 +1,9 @@
-#include "Tokwatch/CommandLine/Commands.h"
-
 #include "Platform/System/PrivateFiles.h"
 #include "Tokwatch/CommandLine/ExportFormats.h"
+#include "Tokwatch/CommandLine/StoredCommands.h"
 #include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
-#include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/PlainSettings.h"
 #include "TokwatchCore/Store/StoredAccounts.h"
-
-#include <QSettings>
 
 #include <unistd.h>
 
@@ -46,10 +43,9 @@ std::vector<ModelCount> counts(const std::filesystem::path& database,
 
 std::string exported(const CommandSurroundings& surroundings, const ExportOptions& options) {
     const std::shared_ptr<UsageStore> store = surroundings.openStoreForReading();
-    const std::unique_ptr<QSettings> settings = userSettings();
-    const Preferences preferences(*settings);
+    const PlainSettings settings = PlainSettings::ofUser();
     const LimitsByProvider limits =
-        surroundings.limits(*store, preferences, preferences.enabledProviders());
+        surroundings.limits(*store, settings, settings.enabledProviders);
     const std::filesystem::path database = *surroundings.paths.database();
     const std::vector<DailyRow> days = storedDays(database);
     const PriceTable prices = PriceTable::bundled();
@@ -78,7 +74,7 @@ void requireReplaceable(const std::filesystem::path& file) {
 
 } // namespace
 
-int runExport(const CommandSurroundings& surroundings, const ExportOptions& options) {
+int StoredCommands::run(const CommandSurroundings& surroundings, const ExportOptions& options) {
     const bool isPrinted = !options.output || *options.output == "-";
     if (!isPrinted) requireReplaceable(*options.output);
     const std::string text = exported(surroundings, options);

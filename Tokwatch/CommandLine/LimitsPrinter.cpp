@@ -2,10 +2,9 @@
 
 #include "Tokwatch/CommandLine/Terminal/SeverityTone.h"
 #include "Tokwatch/CommandLine/Terminal/Table.h"
+#include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/LimitTexts.h"
-#include "Tokwatch/Limits/RefreshPolicy.h"
-#include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Presentation/LimitBarModel.h"
 #include "TokwatchCore/Presentation/WindowLabel.h"
@@ -28,8 +27,8 @@ enum ColumnPlace : std::size_t { atLabel, atLeft, atBar, atReset, atPace, atAge 
 
 class LimitsPrinter {
   public:
-    LimitsPrinter(const CommandSurroundings& given, const Preferences& p, const RunOuts& r)
-        : surroundings(given), preferences(p), runOuts(r), now(given.now()) {}
+    LimitsPrinter(const CommandSurroundings& given, const PlainSettings& s, const RunOuts& r)
+        : surroundings(given), settings(s), runOuts(r), now(given.now()) {}
 
     void add(ProviderID provider, const ProviderLimits& limits) {
         std::string heading(displayName(provider));
@@ -38,7 +37,7 @@ class LimitsPrinter {
         for (const LimitWindow& window : limits.windows)
             addWindow(provider, window, limits.fetchedAt);
         if (limits.credits) addCredits(*limits.credits);
-        LimitNotice notice = limitNotice(provider, limits, preferences.claudeLiveLimits.peek());
+        LimitNotice notice = limitNotice(provider, limits, settings.claudeLiveLimits);
         if (notice.remedy == LimitNotice::Remedy::turnOnLiveLimits)
             notice.sentence.replace(notice.sentence.size() - 1, 1, turningOn);
         if (!notice.sentence.empty())
@@ -98,34 +97,64 @@ class LimitsPrinter {
     std::string ageText(const LimitWindow& window, Date fetchedAt) const {
         const bool isLive = std::holds_alternative<LimitSource::Live>(window.source.value);
         const Date moment = LimitAge::asOf(window, fetchedAt);
-        if (isLive && std::chrono::abs(now - moment) < RefreshPolicy::baseInterval) return "";
+        if (isLive && std::chrono::abs(now - moment) < LimitAge::betweenFetches) return "";
         return "as of " + DayFormat::moment(moment, now, surroundings.calendar());
     }
 
     Tone toneOf(double left) const {
-        return severityTone(severityOf(left, preferences.warningThreshold.peek(),
-                                       preferences.criticalThreshold.peek()));
+        return severityTone(
+            severityOf(left, settings.thresholds.warning, settings.thresholds.critical));
     }
 
     const CommandSurroundings& surroundings;
-    const Preferences& preferences;
+    const PlainSettings& settings;
     const RunOuts& runOuts;
     Date now;
     Table table{{{""}, {"", Align::right}, {""}, {""}, {""}, {""}},
                 {atBar, atBar, atPace, atAge, atReset, atLabel, atPace}};
 };
 
+/// The records, and in each window that runs out before its reset the moment when it does.
+Json encodeAll(const LimitsByProvider& limits, const std::vector<ProviderID>& order,
+               const RunOuts& runOuts) {
+    Json json = Json::object();
+    for (const ProviderID provider : order) {
+        const auto found = limits.find(provider);
+        if (found == limits.end()) continue;
+        Json& record = json[std::string(rawValue(provider))];
+        record = encode(found->second, DateCoding::iso8601);
+        for (std::size_t at = 0; at < found->second.windows.size(); ++at)
+            if (const auto moment = runOuts.moment(provider, found->second.windows[at].id))
+                record["windows"][at]["runsOutAt"] = encode(*moment, DateCoding::iso8601);
+    }
+    return json;
+}
+
 } // namespace
 
-void printLimits(const CommandSurroundings& surroundings, const Preferences& preferences,
+void printLimits(const CommandSurroundings& surroundings, const PlainSettings& settings,
                  const LimitsByProvider& limits, const std::vector<ProviderID>& order,
                  const RunOuts& runOuts) {
-    LimitsPrinter printer(surroundings, preferences, runOuts);
+    LimitsPrinter printer(surroundings, settings, runOuts);
     for (const ProviderID provider : order) {
         const auto found = limits.find(provider);
         if (found != limits.end()) printer.add(provider, found->second);
     }
     printer.print();
+}
+
+std::vector<ProviderID> providersAsked(const PlainSettings& settings,
+                                       std::optional<ProviderID> only) {
+    return only ? std::vector{*only} : settings.enabledProviders;
+}
+
+void showLimits(const CommandSurroundings& surroundings, const PlainSettings& settings,
+                const LimitsByProvider& limits, const std::vector<ProviderID>& order) {
+    const RunOuts runOuts = surroundings.runOuts(limits);
+    if (surroundings.json)
+        surroundings.terminal.line(jsonText(versioned(encodeAll(limits, order, runOuts))));
+    else
+        printLimits(surroundings, settings, limits, order, runOuts);
 }
 
 } // namespace tokwatch

@@ -1,11 +1,10 @@
-#include "Tokwatch/CommandLine/Commands.h"
-
+#include "Tokwatch/CommandLine/StoredCommands.h"
 #include "Tokwatch/CommandLine/Terminal/VersionedJson.h"
 #include "TokwatchCore/Store/SnapshotStore.h"
 
 namespace tokwatch {
 
-int runSnapshot(const CommandSurroundings& surroundings) {
+int StoredCommands::run(const CommandSurroundings& surroundings, const SnapshotOptions&) {
     const std::optional<std::filesystem::path> directory = surroundings.paths.snapshotDirectory();
     const std::optional<Snapshot> snapshot = SnapshotStore(directory).read();
     if (!snapshot)

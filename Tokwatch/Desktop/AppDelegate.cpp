@@ -353,7 +353,7 @@ void AppDelegate::observeTitle() {
     AppModel& model = application->model();
     const auto content = [this, &model] {
         const Date present = model.now();
-        return statusContent(preferences, model.limits(), present,
+        return statusContent(preferences.plain(), model.limits(), present,
                              RunOuts(model.limits(), model.samples(), present, model.calendar()));
     };
     titleObserver.emplace(content, [this](const StatusContent& next) { statusItem->apply(next); });

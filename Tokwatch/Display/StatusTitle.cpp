@@ -1,6 +1,5 @@
 #include "Tokwatch/Display/StatusTitle.h"
 
-#include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Presentation/LimitBarModel.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
@@ -18,10 +17,10 @@ const ProviderLimits* limitsOf(const LimitsByProvider& limits, ProviderID provid
     return found == limits.end() ? nullptr : &found->second;
 }
 
-const LimitWindow* menuBarWindow(const Preferences& preferences, const LimitsByProvider& limits,
+const LimitWindow* menuBarWindow(const PlainSettings& settings, const LimitsByProvider& limits,
                                  ProviderID provider, Date now) {
     const ProviderLimits* known = limitsOf(limits, provider);
-    return known ? tokwatch::menuBarWindow(preferences, provider, *known, now) : nullptr;
+    return known ? tokwatch::menuBarWindow(settings, provider, *known, now) : nullptr;
 }
 
 /// "Claude · Session 42% left · resets in 3h 5m · runs out about 14:00", and how old the number is
@@ -54,37 +53,37 @@ std::string tooltip(const std::vector<ProviderID>& enabled, const LimitsByProvid
     return lines.empty() ? std::string(applicationName) : lines;
 }
 
-Severity severity(const Preferences& preferences, const LimitWindow& window, Date now) {
-    if (!preferences.tintEnabled) return Severity::normal;
-    return severityOf(LimitBarModel(window, now).leftFraction, preferences.warningThreshold,
-                      preferences.criticalThreshold);
+Severity severity(const PlainSettings& settings, const LimitWindow& window, Date now) {
+    if (!settings.tintEnabled) return Severity::normal;
+    return severityOf(LimitBarModel(window, now).leftFraction, settings.thresholds.warning,
+                      settings.thresholds.critical);
 }
 
 /// By the least that any enabled provider's menu-bar window has left, whichever is shown.
-Severity severity(const Preferences& preferences, const std::vector<ProviderID>& enabled,
+Severity severity(const PlainSettings& settings, const std::vector<ProviderID>& enabled,
                   const LimitsByProvider& limits, Date now) {
     Severity gravest = Severity::normal;
     for (const ProviderID provider : enabled)
-        if (const auto* window = menuBarWindow(preferences, limits, provider, now))
-            gravest = std::max(gravest, severity(preferences, *window, now));
+        if (const auto* window = menuBarWindow(settings, limits, provider, now))
+            gravest = std::max(gravest, severity(settings, *window, now));
     return gravest;
 }
 
 /// Of the title's provider.
-void showWindow(StatusTitle& title, const Preferences& preferences, const ProviderLimits& limits,
+void showWindow(StatusTitle& title, const PlainSettings& settings, const ProviderLimits& limits,
                 const LimitWindow& window, Date now, const RunOuts& runOuts) {
     const LimitBarModel bar(window, now);
     title.text = bar.percentLeftText;
     title.percentLeft = static_cast<int>(wholePercent(bar.leftFraction));
-    if (preferences.showResetTime && bar.resetText) *title.text += " · " + *bar.resetText;
+    if (settings.showResetTime && bar.resetText) *title.text += " · " + *bar.resetText;
     title.isOld = LimitAge::isOld(window, limits.fetchedAt, now);
     title.runsOutAt = runOuts.moment(*title.provider, window.id);
 }
 
 /// The title without its text.
-StatusTitle icon(const Preferences& preferences, const std::vector<ProviderID>& enabled,
+StatusTitle icon(const PlainSettings& settings, const std::vector<ProviderID>& enabled,
                  const LimitsByProvider& limits, Date now, const RunOuts& runOuts) {
-    return {std::nullopt, std::nullopt, severity(preferences, enabled, limits, now),
+    return {std::nullopt, std::nullopt, severity(settings, enabled, limits, now),
             tooltip(enabled, limits, now, runOuts), false};
 }
 
@@ -107,58 +106,58 @@ const LimitWindow* tightestWindow(const ProviderLimits& limits, Date now) {
     return tightest;
 }
 
-const LimitWindow* menuBarWindow(const Preferences& preferences, ProviderID provider,
+const LimitWindow* menuBarWindow(const PlainSettings& settings, ProviderID provider,
                                  const ProviderLimits& limits, Date now) {
-    const WindowChoices& choices = preferences.menuBarWindows;
+    const WindowChoices& choices = settings.menuBarWindows;
     const auto choice = choices.find(std::string(rawValue(provider)));
     const LimitWindow* chosen =
         choice == choices.end() ? nullptr : limits.windowWithID(choice->second);
     return chosen ? chosen : tightestWindow(limits, now);
 }
 
-std::optional<ProviderID> shownProvider(const Preferences& preferences,
+std::optional<ProviderID> shownProvider(const PlainSettings& settings,
                                         const LimitsByProvider& limits) {
-    const std::vector<ProviderID> enabled = preferences.enabledProviders();
+    const std::vector<ProviderID>& enabled = settings.enabledProviders;
     if (enabled.empty()) return std::nullopt;
-    const ProviderID pinned = preferences.pinnedProvider;
+    const ProviderID pinned = settings.pinnedProvider;
     const ProviderID usual = std::ranges::count(enabled, pinned) > 0 ? pinned : enabled.front();
     const auto hasLimit = [&limits](ProviderID provider) {
         const ProviderLimits* known = limitsOf(limits, provider);
         return known && !known->windows.empty();
     };
-    if (preferences.pinnedProvider.isChosen() || hasLimit(usual)) return usual;
+    if (settings.isPinChosen || hasLimit(usual)) return usual;
     const auto standIn = std::ranges::find_if(enabled, hasLimit);
     return standIn == enabled.end() ? usual : *standIn;
 }
 
-StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now,
+StatusTitle statusTitle(const PlainSettings& settings, const LimitsByProvider& limits, Date now,
                         const RunOuts& runOuts) {
-    const std::vector<ProviderID> enabled = preferences.enabledProviders();
-    StatusTitle title = icon(preferences, enabled, limits, now, runOuts);
-    if (preferences.menuBarStyle == MenuBarStyle::icon) return title;
-    title.provider = shownProvider(preferences, limits);
+    const std::vector<ProviderID>& enabled = settings.enabledProviders;
+    StatusTitle title = icon(settings, enabled, limits, now, runOuts);
+    if (settings.menuBarStyle == MenuBarStyle::icon) return title;
+    title.provider = shownProvider(settings, limits);
     if (!title.provider) return title;
-    if (const auto* window = menuBarWindow(preferences, limits, *title.provider, now))
-        showWindow(title, preferences, limits.at(*title.provider), *window, now, runOuts);
+    if (const auto* window = menuBarWindow(settings, limits, *title.provider, now))
+        showWindow(title, settings, limits.at(*title.provider), *window, now, runOuts);
     return title;
 }
 
-StatusContent statusContent(const Preferences& preferences, const LimitsByProvider& limits,
-                            Date now, const RunOuts& runOuts) {
-    const std::vector<ProviderID> enabled = preferences.enabledProviders();
-    const std::optional<ProviderID> shown = shownProvider(preferences, limits);
-    StatusContent content{statusTitle(preferences, limits, now, runOuts), {}};
+StatusContent statusContent(const PlainSettings& settings, const LimitsByProvider& limits, Date now,
+                            const RunOuts& runOuts) {
+    const std::vector<ProviderID>& enabled = settings.enabledProviders;
+    const std::optional<ProviderID> shown = shownProvider(settings, limits);
+    StatusContent content{statusTitle(settings, limits, now, runOuts), {}};
     for (const ProviderID provider : enabled) {
         const ProviderLimits* known = limitsOf(limits, provider);
         if (!known) continue;
         const LimitWindow* usual =
-            provider == shown ? menuBarWindow(preferences, provider, *known, now) : nullptr;
+            provider == shown ? menuBarWindow(settings, provider, *known, now) : nullptr;
         for (const LimitWindow& window : known->windows) {
             StatusTitle title{{},
                               provider,
-                              severity(preferences, window, now),
+                              severity(settings, window, now),
                               tooltipLine(provider, window, known->fetchedAt, now, runOuts)};
-            showWindow(title, preferences, *known, window, now, runOuts);
+            showWindow(title, settings, *known, window, now, runOuts);
             title.text = windowLabel(window) + ' ' + *title.text;
             content.steps.push_back({provider, window.id, &window == usual, std::move(title)});
         }

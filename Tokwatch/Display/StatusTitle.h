@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Display/RunOuts.h"
 #include "Tokwatch/Display/Severity.h"
+#include "Tokwatch/Preferences/PlainSettings.h"
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Records/ProviderID.h"
 #include "TokwatchCore/Support/Date.h"
@@ -12,8 +13,6 @@
 #include <vector>
 
 namespace tokwatch {
-
-class Preferences;
 
 /// What stands in the status area.
 struct StatusTitle {
@@ -28,15 +27,14 @@ struct StatusTitle {
     friend bool operator==(const StatusTitle&, const StatusTitle&) = default;
 };
 
-/// The title by the user's settings. Reads what it depends on as observables, so that a tracked
-/// computation follows the settings.
-StatusTitle statusTitle(const Preferences& preferences, const LimitsByProvider& limits, Date now,
+/// The title by the user's settings.
+StatusTitle statusTitle(const PlainSettings& settings, const LimitsByProvider& limits, Date now,
                         const RunOuts& runOuts = {});
 
 /// Whose limit the title shows: the pinned provider's, or the first one's while that is turned off.
 /// Until somebody has chosen, the first with a limit stands in for one without. None when all are
 /// turned off.
-std::optional<ProviderID> shownProvider(const Preferences& preferences,
+std::optional<ProviderID> shownProvider(const PlainSettings& settings,
                                         const LimitsByProvider& limits);
 
 /// One limit of one provider: a step of scrolling over the item, an entry of its menu.
@@ -59,15 +57,15 @@ struct StatusContent {
 
     friend bool operator==(const StatusContent&, const StatusContent&) = default;
 };
-StatusContent statusContent(const Preferences& preferences, const LimitsByProvider& limits,
-                            Date now, const RunOuts& runOuts = {});
+StatusContent statusContent(const PlainSettings& settings, const LimitsByProvider& limits, Date now,
+                            const RunOuts& runOuts = {});
 
 /// The window closest to running out: the smallest part left among those that have not reset yet,
 /// or among all when all have; the first of equals. Null without windows.
 const LimitWindow* tightestWindow(const ProviderLimits& limits, Date now);
 
 /// The window that stands for the provider in the title: the chosen one, else the tightest.
-const LimitWindow* menuBarWindow(const Preferences& preferences, ProviderID provider,
+const LimitWindow* menuBarWindow(const PlainSettings& settings, ProviderID provider,
                                  const ProviderLimits& limits, Date now);
 
 } // namespace tokwatch

@@ -311,7 +311,7 @@ void IndexPass::noteUnfinished() {
         if (!unstored.contains(file)) outcome.unfinished.push_back({files[file].file.path, due});
     }
     if (unstored.empty()) return;
-    const Date due = surroundings.now() + IndexerService::retryInterval;
+    const Date due = surroundings.now() + Indexer::retryInterval;
     for (const std::size_t file : unstored)
         outcome.unfinished.push_back({files[file].file.path, due});
 }

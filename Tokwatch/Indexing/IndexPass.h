@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/Indexing/IndexerService.h"
+#include "Tokwatch/Indexing/Indexer.h"
 #include "Tokwatch/Indexing/SliceReader.h"
 #include "TokwatchCore/Ingestion/ProviderLocations.h"
 #include "TokwatchCore/Store/UsageStore.h"
@@ -30,8 +30,8 @@ class IndexPass {
         const ProviderLocations& locations;
         const Calendar& calendar;
         const Clock& now;
-        const IndexerService::IngestEvents& ingestEvents;
-        const IndexerService::ProgressHandler& progress;
+        const Indexer::IngestEvents& ingestEvents;
+        const Indexer::ProgressHandler& progress;
         const IndexScope& scope;
         const std::atomic<bool>& stop; ///< ends the pass after the present slice
     };

@@ -1,11 +1,8 @@
 #include "Tokwatch/Indexing/IndexerService.h"
 
-#include "Tokwatch/Indexing/IndexPass.h"
-#include "TokwatchCore/Support/SystemLog.h"
+#include "TokwatchCore/Ingestion/LogFiles.h"
 
 #include <QPromise>
-
-#include <malloc.h>
 
 #include <algorithm>
 #include <atomic>
@@ -18,9 +15,6 @@
 namespace tokwatch {
 namespace {
 
-/// After a pass of this many bytes the allocator is asked to give back what it kept.
-constexpr std::int64_t longPassBytes = 16'777'216;
-
 bool isBelow(std::string_view path, const std::filesystem::path& root) {
     return pathBelow(root, path).has_value();
 }
@@ -30,7 +24,7 @@ bool isBelow(std::string_view path, const std::filesystem::path& root) {
 /// The service's thread and the passes that wait for it, in arrival order.
 class IndexerService::Executor {
   public:
-    explicit Executor(IndexerService& service) : owner(service) {}
+    explicit Executor(Indexer& passes) : indexer(passes) {}
 
     ~Executor() {
         {
@@ -76,7 +70,7 @@ class IndexerService::Executor {
         pthread_setname_np(pthread_self(), "indexer");
         while (std::optional<Request> request = nextRequest()) {
             try {
-                request->promise.addResult(owner.pass(request->progress, request->scope, stop));
+                request->promise.addResult(indexer.pass(request->progress, request->scope, stop));
             } catch (...) {
                 request->promise.setException(std::current_exception());
             }
@@ -84,7 +78,7 @@ class IndexerService::Executor {
         }
     }
 
-    IndexerService& owner;
+    Indexer& indexer;
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<Request> waiters; ///< while the thread is busy
@@ -92,53 +86,16 @@ class IndexerService::Executor {
     std::thread thread{[this] { work(); }}; ///< last: it uses all of the above
 };
 
-IndexerService::IndexerService(std::shared_ptr<UsageStore> usageStore, ProviderLocations places,
-                               CalendarSource days, Clock clock, IngestEvents ingest)
-    : store(std::move(usageStore)), locations(std::move(places)), calendar(std::move(days)),
-      now(std::move(clock)), ingestEvents(std::move(ingest)),
-      executor(std::make_unique<Executor>(*this)) {
-    if (!ingestEvents) {
-        ingestEvents = [this](std::span<const UsageEvent> events, const Calendar& in) {
-            return store->ingest(events, in);
-        };
-    }
-}
+IndexerService::IndexerService(std::shared_ptr<UsageStore> store, ProviderLocations places,
+                               CalendarSource calendar, Clock clock, IngestEvents ingestEvents)
+    : locations(places), indexer(std::move(store), std::move(places), std::move(calendar),
+                                 std::move(clock), std::move(ingestEvents)),
+      executor(std::make_unique<Executor>(indexer)) {}
 
 IndexerService::~IndexerService() = default;
 
 QFuture<IndexOutcome> IndexerService::index(ProgressHandler progress, const IndexScope& scope) {
     return executor->submit(std::move(progress), scope);
-}
-
-IndexOutcome IndexerService::pass(const ProgressHandler& progress, const IndexScope& scope,
-                                  const std::atomic<bool>& stop) {
-    const Calendar days = calendar();
-    IndexPass pass({*store, locations, days, now, ingestEvents, progress, scope, stop});
-    IndexOutcome outcome = pass.run();
-    if (!scope) logListingFailures(pass.listingFailures());
-    std::int64_t bytes = 0;
-    for (const IndexStatistics::Provider& provider : pass.statistics().providers)
-        bytes += provider.bytesRead;
-    if (bytes >= longPassBytes) {
-        store->releaseMemory();
-        malloc_trim(0);
-    }
-    const std::lock_guard lock(mutex);
-    last = pass.statistics();
-    return outcome;
-}
-
-void IndexerService::logListingFailures(const std::vector<std::string>& failures) {
-    for (const std::string& failure : failures) {
-        // Said once, until it is another one.
-        if (std::ranges::count(listingFailures, failure) == 0) systemLog(failure);
-    }
-    listingFailures = failures;
-}
-
-IndexStatistics IndexerService::statistics() const {
-    const std::lock_guard lock(mutex);
-    return last;
 }
 
 std::optional<ProviderID> IndexerService::providerForChangedPath(std::string_view path) const {

@@ -1,83 +1,24 @@
 #pragma once
 
-#include "TokwatchCore/Ingestion/ProviderLocations.h"
-#include "TokwatchCore/Records/ProviderID.h"
-#include "TokwatchCore/Records/UsageEvent.h"
-#include "TokwatchCore/Store/UsageStore.h"
-#include "TokwatchCore/Support/Calendar.h"
-#include "TokwatchCore/Support/Date.h"
+#include "Tokwatch/Indexing/Indexer.h"
 
 #include <QFuture>
 
-#include <atomic>
-#include <cstdint>
-#include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <span>
-#include <string>
 #include <string_view>
-#include <vector>
 
 namespace tokwatch {
-
-/// How far the running pass has come through the present provider's files, in bytes.
-struct IndexingProgress {
-    ProviderID provider = ProviderID::claude;
-    std::int64_t bytesRead = 0;
-    std::int64_t bytesTotal = 0;
-    friend bool operator==(const IndexingProgress&, const IndexingProgress&) = default;
-};
-
-/// The paths that a pass looks at; all files when absent.
-using IndexScope = std::optional<std::vector<std::string>>;
-
-/// A file that a later pass has to look at although no change may tell of it: it ends in a response
-/// that may go on, or the store had no room for what it holds.
-struct UnfinishedFile {
-    std::string path;
-    Date due;
-    friend bool operator==(const UnfinishedFile&, const UnfinishedFile&) = default;
-};
-
-struct IndexOutcome {
-    std::int64_t newEvents = 0;      ///< events that the store had not seen before
-    bool codexLimitsUpdated = false; ///< newer limits from Codex's logs are in the store now
-    std::vector<UnfinishedFile> unfinished = {};
-    friend bool operator==(const IndexOutcome&, const IndexOutcome&) = default;
-};
-
-/// What a pass went through, for people who asked for it.
-struct IndexStatistics {
-    struct Provider {
-        ProviderID provider = ProviderID::claude;
-        std::int64_t files = 0; ///< found, unchanged ones included
-        std::int64_t newEvents = 0;
-        std::int64_t bytesRead = 0;
-    };
-    std::vector<Provider> providers;
-    std::int64_t unreadableFiles = 0;   ///< each has its line in the log
-    std::int64_t unreadableFolders = 0; ///< the log has a line for each root
-    std::int64_t unstoredFiles = 0;     ///< the store failed; they are read again by the next pass
-};
 
 /// Brings the store up to date with the assistants' logs. Callable from any thread; passes run one
 /// at a time on a thread of the service's own, in the order in which they were asked for.
 class IndexerService {
   public:
-    /// Hands a batch to the store and returns how many of its events were new; throws
-    /// UsageStoreError.
-    using IngestEvents = std::function<std::int64_t(std::span<const UsageEvent>, const Calendar&)>;
+    using IngestEvents = Indexer::IngestEvents;
     /// Called on the service's thread.
-    using ProgressHandler = std::function<void(const IndexingProgress&)>;
+    using ProgressHandler = Indexer::ProgressHandler;
 
-    /// How long after a failure of the store its files are due again: a disk that was full has room
-    /// when somebody made some.
-    static constexpr Seconds retryInterval{15};
-
-    /// Batches go to the store's own `ingest` when no other function is given. The clock is read on
-    /// the service's threads.
+    /// As for an `Indexer`. The clock is read on the service's threads.
     IndexerService(std::shared_ptr<UsageStore> store, ProviderLocations locations,
                    CalendarSource calendar, Clock clock, IngestEvents ingestEvents = {});
     /// Lets the running pass end after its present slice; what it stored stays, and the rest is
@@ -89,32 +30,22 @@ class IndexerService {
     /// One pass over all files, or over those among the given paths, as a watcher reports them:
     /// then it costs what has changed, not what there is. While a pass runs, a further call waits
     /// and then makes a pass of its own; those that wait for a pass over all files share one, which
-    /// reports its progress to the first of them. Failures of single files are logged and do not
-    /// fail the pass; UsageStoreError comes out of the future when the store's cursors cannot be
-    /// read.
+    /// reports its progress to the first of them. What `Indexer::pass` throws comes out of the
+    /// future.
     QFuture<IndexOutcome> index(ProgressHandler progress = {}, const IndexScope& scope = {});
 
     /// Whose log a changed path is; none for anything else.
     std::optional<ProviderID> providerForChangedPath(std::string_view path) const;
 
     /// Of the last pass that ended.
-    IndexStatistics statistics() const;
+    IndexStatistics statistics() const { return indexer.statistics(); }
 
   private:
     class Executor;
-    IndexOutcome pass(const ProgressHandler& progress, const IndexScope& scope,
-                      const std::atomic<bool>& stop);
-    void logListingFailures(const std::vector<std::string>& failures);
 
-    std::shared_ptr<UsageStore> store;
     ProviderLocations locations;
-    CalendarSource calendar; ///< asked once a pass
-    Clock now;
-    IngestEvents ingestEvents;
-    std::vector<std::string> listingFailures; ///< of the last pass over all files
-    mutable std::mutex mutex;                 ///< over `last`
-    IndexStatistics last;
-    std::unique_ptr<Executor> executor; ///< last: its thread uses all of the above
+    Indexer indexer;
+    std::unique_ptr<Executor> executor; ///< last: its thread uses the indexer
 };
 
 } // namespace tokwatch

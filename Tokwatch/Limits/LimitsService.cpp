@@ -1,7 +1,7 @@
 #include "Tokwatch/Limits/LimitsService.h"
 
-#include "Tokwatch/Limits/ClaudeGate.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Presentation/ClaudeGate.h"
 
 #include <QCoroFuture>
 
@@ -163,7 +163,7 @@ bool LimitsService::isActive(ProviderID id) const {
 }
 
 bool LimitsService::isGated(ProviderID id) const {
-    return ClaudeGate::isClosed(id, preferences);
+    return ClaudeGate::isClosed(id, preferences.claudeLiveLimits);
 }
 
 /// Asking again for a login that the user refused would nag. What was refused to another process

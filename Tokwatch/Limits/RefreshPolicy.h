@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Support/Date.h"
 
@@ -10,7 +11,7 @@ namespace tokwatch {
 /// How often a provider's service may be asked.
 struct RefreshPolicy {
     /// Between fetches, and the age at which a successful result is due again.
-    static constexpr Seconds baseInterval{300};
+    static constexpr Seconds baseInterval = LimitAge::betweenFetches;
     /// Where doubling the delay after failures ends.
     static constexpr Seconds maximumBackoff{1800};
     /// No two attempts of the application's own accord are closer than this.

@@ -4,61 +4,19 @@
 #include "Platform/System/PrivateFiles.h"
 #include "Platform/System/WholeFile.h"
 #include "Tokwatch/Preferences/SettingsFile.h"
+#include "Tokwatch/Preferences/SettingsText.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <system_error>
 
 namespace tokwatch {
 namespace {
-
-std::string_view withoutBlanks(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-bool isGeneral(std::string_view group) {
-    constexpr std::string_view name = "general";
-    return std::ranges::equal(group, name, {}, [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-}
-
-/// The value of a key outside all groups; the last of several. Words and numbers stand there as
-/// they are, or between quotation marks.
-std::optional<std::string_view> valueOf(std::string_view key, std::string_view text) {
-    std::optional<std::string_view> value;
-    bool isInGeneral = true;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        const std::string_view line = withoutBlanks(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-        if (line.starts_with('[')) {
-            isInGeneral = isGeneral(withoutBlanks(line.substr(1, line.find(']') - 1)));
-            continue;
-        }
-        const std::size_t equals = line.find('=');
-        if (!isInGeneral || equals == std::string_view::npos ||
-            withoutBlanks(line.substr(0, equals)) != key)
-            continue;
-        value = withoutBlanks(line.substr(equals + 1));
-        if (value->size() >= 2 && value->starts_with('"') && value->ends_with('"'))
-            value = withoutBlanks(value->substr(1, value->size() - 2));
-    }
-    return value;
-}
-
-double numberOr(double fallback, std::optional<std::string_view> text) {
-    if (!text) return fallback;
-    double number = 0;
-    const auto [end, error] = std::from_chars(text->begin(), text->end(), number);
-    return error == std::errc{} && end == text->end() ? number : fallback;
-}
 
 /// Absent where it may not be used, as `settingsObstacle` has it.
 std::optional<std::string> contentsOf(const std::filesystem::path& file) {
@@ -68,6 +26,48 @@ std::optional<std::string> contentsOf(const std::filesystem::path& file) {
         return std::nullopt;
     }
     return readWholeFile(file, largestSettings);
+}
+
+// As the toolkit's half loads them: `value` stays where the key is missing or holds something else.
+
+void load(const SettingsText& settings, const char* key, bool& value) {
+    if (const auto text = settings.text(key)) parseText(*text, value);
+}
+
+void load(const SettingsText& settings, const char* key, double& value) {
+    const std::string text = settings.text(key).value_or("");
+    std::string_view number = trimmed(text);
+    if (number.starts_with('+')) number.remove_prefix(1);
+    double parsed = 0;
+    const auto [end, error] = std::from_chars(number.begin(), number.end(), parsed);
+    if (error == std::errc{} && end == number.end()) value = parsed;
+}
+
+template<NamedCase Case>
+void load(const SettingsText& settings, const char* key, Case& value) {
+    if (const auto text = settings.text(key)) value = caseNamed<Case>(*text).value_or(value);
+}
+
+ProviderList providers(const SettingsText& settings, const char* key) {
+    ProviderList named;
+    for (const std::string& name : settings.list(key))
+        if (const auto provider = providerFromRawValue(trimmed(name))) named.push_back(*provider);
+    return named;
+}
+
+std::vector<ProviderID> enabledProviders(const SettingsText& settings) {
+    const ProviderList disabled = providers(settings, "disabledProviders");
+    return enabledOf(completed(providers(settings, "providerOrder")),
+                     {disabled.begin(), disabled.end()});
+}
+
+Thresholds thresholds(const SettingsText& settings) {
+    Thresholds levels;
+    load(settings, "warningThreshold", levels.warning);
+    load(settings, "criticalThreshold", levels.critical);
+    levels.warning = Thresholds::acceptedWarning(levels.warning);
+    levels.critical = Thresholds::acceptedCritical(levels.critical, levels.warning);
+    return levels;
 }
 
 /// $XDG_CONFIG_HOME; a relative one is invalid by the base directory rules and counts as not set.
@@ -81,21 +81,50 @@ std::filesystem::path configHome() {
 } // namespace
 
 PlainSettings PlainSettings::read(const std::filesystem::path& file) {
-    PlainSettings settings;
+    PlainSettings plain;
     const std::optional<std::string> text = contentsOf(file);
-    if (!text) return settings;
-    Thresholds& thresholds = settings.thresholds;
-    thresholds.warning = Thresholds::acceptedWarning(
-        numberOr(thresholds.warning, valueOf("warningThreshold", *text)));
-    thresholds.critical = Thresholds::acceptedCritical(
-        numberOr(thresholds.critical, valueOf("criticalThreshold", *text)), thresholds.warning);
-    if (const auto unit = valueOf("summaryUnit", *text))
-        settings.summaryUnit = caseNamed<SummaryUnit>(*unit).value_or(settings.summaryUnit);
-    return settings;
+    if (!text) return plain;
+    const SettingsText settings(*text);
+    load(settings, "menuBarStyle", plain.menuBarStyle);
+    load(settings, "pinnedProvider", plain.pinnedProvider);
+    plain.isPinChosen = settings.contains("pinnedProvider");
+    load(settings, "showResetTime", plain.showResetTime);
+    plain.menuBarWindows = settings.group("menuBarWindows");
+    plain.thresholds = tokwatch::thresholds(settings);
+    load(settings, "tintEnabled", plain.tintEnabled);
+    plain.enabledProviders = tokwatch::enabledProviders(settings);
+    // What is neither true nor false forbids.
+    plain.claudeLiveLimits = !settings.contains("claudeLiveLimits");
+    load(settings, "claudeLiveLimits", plain.claudeLiveLimits);
+    load(settings, "summaryUnit", plain.summaryUnit);
+    return plain;
+}
+
+PlainSettings PlainSettings::ofUser() {
+    for (const std::string& fault : settingsFaults(settingsPath()))
+        systemLog(fault);
+    return read(settingsPath());
 }
 
 std::filesystem::path settingsPath() {
     return configHome() / "Tokwatch/Tokwatch.conf";
+}
+
+ProviderList completed(const ProviderList& given) {
+    ProviderList order;
+    const auto append = [&order](ProviderID provider) {
+        if (std::ranges::count(order, provider) == 0) order.push_back(provider);
+    };
+    std::ranges::for_each(given, append);
+    std::ranges::for_each(allCases<ProviderID>, append);
+    return order;
+}
+
+std::vector<ProviderID> enabledOf(const ProviderList& order, const ProviderSet& disabled) {
+    std::vector<ProviderID> enabled;
+    std::ranges::copy_if(order, std::back_inserter(enabled),
+                         [&disabled](ProviderID provider) { return !disabled.contains(provider); });
+    return enabled;
 }
 
 } // namespace tokwatch

@@ -1,7 +1,5 @@
 #include "Tokwatch/Preferences/Preferences.h"
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace tokwatch {
@@ -11,17 +9,6 @@ constexpr const char* lastPruneKey = "lastPruneAt";
 
 ProviderList everyProvider() {
     return {allCases<ProviderID>.begin(), allCases<ProviderID>.end()};
-}
-
-/// Each provider once: the given ones in their order, then the others in declaration order.
-ProviderList completed(const ProviderList& given) {
-    ProviderList order;
-    const auto append = [&order](ProviderID provider) {
-        if (std::ranges::count(order, provider) == 0) order.push_back(provider);
-    };
-    std::ranges::for_each(given, append);
-    std::ranges::for_each(allCases<ProviderID>, append);
-    return order;
 }
 
 } // namespace
@@ -58,11 +45,14 @@ Preferences::Preferences(QSettings& settings)
 }
 
 std::vector<ProviderID> Preferences::enabledProviders() const {
-    std::vector<ProviderID> enabled;
-    const ProviderSet& disabled = disabledProviders;
-    std::ranges::copy_if(providerOrder.value(), std::back_inserter(enabled),
-                         [&disabled](ProviderID provider) { return !disabled.contains(provider); });
-    return enabled;
+    return enabledOf(providerOrder, disabledProviders);
+}
+
+PlainSettings Preferences::plain() const {
+    return {menuBarStyle,  pinnedProvider,     pinnedProvider.isChosen(),
+            showResetTime, menuBarWindows,     {warningThreshold, criticalThreshold},
+            tintEnabled,   enabledProviders(), claudeLiveLimits,
+            summaryUnit};
 }
 
 void Preferences::setEnabled(ProviderID provider, bool isEnabled) {

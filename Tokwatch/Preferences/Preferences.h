@@ -37,6 +37,9 @@ class Preferences final : public SettingsGroup {
     Setting<SummaryUnit> summaryUnit;
     Setting<PopoverTab> popoverTab;
 
+    /// All that decides what is shown. Reads it as observables, so that a tracked computation
+    /// follows the settings.
+    PlainSettings plain() const;
     /// `providerOrder` less `disabledProviders`.
     std::vector<ProviderID> enabledProviders() const;
     /// Keeps the other providers as they are.

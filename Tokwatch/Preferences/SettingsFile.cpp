@@ -3,10 +3,8 @@
 #include "Platform/System/PrivateFiles.h"
 #include "Platform/System/WholeFile.h"
 #include "Tokwatch/Preferences/PlainSettings.h"
-#include "Tokwatch/Preferences/SettingCoding.h"
-
-#include <QFile>
-#include <QSettings>
+#include "Tokwatch/Preferences/SettingText.h"
+#include "Tokwatch/Preferences/SettingsText.h"
 
 #include <sstream>
 #include <string_view>
@@ -27,9 +25,9 @@ bool isSettingLine(const std::string& line) {
 }
 
 bool isSwitchMalformed(const std::filesystem::path& file, const char* key) {
-    const QSettings settings(QFile::decodeName(file.c_str()), QSettings::IniFormat);
+    const SettingsText settings(readWholeFile(file, largestSettings).value_or(""));
     bool value = false;
-    return settings.contains(key) && !parseText(storedText(settings, key).value_or(""), value);
+    return settings.contains(key) && !parseText(settings.text(key).value_or(""), value);
 }
 
 } // namespace

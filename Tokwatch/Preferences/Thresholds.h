@@ -17,6 +17,8 @@ struct Thresholds {
     /// The wanted values, brought into their bounds; the lower one for what is not a number.
     static double acceptedWarning(double wanted);
     static double acceptedCritical(double wanted, double warning);
+
+    friend bool operator==(const Thresholds&, const Thresholds&) = default;
 };
 
 } // namespace tokwatch

@@ -10,6 +10,8 @@ namespace tokwatch {
 struct LimitAge {
     /// The age beyond which a number is shown as an old one.
     static constexpr Seconds current{900};
+    /// What is asked for is asked for anew after so long.
+    static constexpr Seconds betweenFetches{300};
 
     /// When the number held: of its own date, or of the fetch that brought it.
     static Date asOf(const LimitWindow& window, Date fetchedAt);

@@ -1,5 +1,8 @@
 #include "TokwatchCore/Records/LimitRecords.h"
 
+#include "TokwatchCore/Support/Letters.h"
+#include "TokwatchCore/Support/PlainText.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -28,6 +31,15 @@ std::string boundedName(std::string name) {
         if (characters > most) return name.substr(0, last) + "…";
     }
     return name;
+}
+
+std::optional<std::string> planName(std::string_view raw) {
+    if (raw.empty()) return std::nullopt;
+    const std::string name = boundedName(std::string(raw));
+    if (validUTF8(name) != name) return name; // nothing to capitalise
+    std::wstring letters = lettersOf(name);
+    letters.front() = capital(letters.front());
+    return utf8Of(letters);
 }
 
 std::optional<double> plausibleDuration(double seconds) {

@@ -126,15 +126,13 @@ CLI::App& addStatusline(CLI::App& app, DataArguments& arguments, StatuslineOptio
     return command;
 }
 
-int runStatusline(const DataArguments& arguments, const StatuslineOptions& options) {
+int runStatusline(const UserPaths& paths, bool json, const StatuslineOptions& options) {
     const Date now = systemNow();
     AssistantFacts facts{readStatus(now), {}, {}};
-    const bool wantsToday =
-        arguments.json || std::ranges::count(options.parts, LinePart::today) > 0;
-    if (const auto database = arguments.paths().database())
-        consultStore(*database, facts, wantsToday, now);
+    const bool wantsToday = json || std::ranges::count(options.parts, LinePart::today) > 0;
+    if (const auto database = paths.database()) consultStore(*database, facts, wantsToday, now);
     Terminal terminal = Terminal::throughPipe();
-    if (arguments.json) {
+    if (json) {
         terminal.line(jsonText(versioned(assistantJson(facts))));
     } else {
         const PlainSettings settings = PlainSettings::read(settingsPath());

@@ -9,6 +9,7 @@
 namespace tokwatch {
 
 struct StatuslineOptions {
+    static constexpr const char* program = programs::stored;
     std::vector<LinePart> parts{allCases<LinePart>.begin(), allCases<LinePart>.end()};
     std::vector<std::string> unknownParts; ///< as they were named
 };
@@ -26,6 +27,6 @@ CLI::App& addStatusline(CLI::App& app, DataArguments& arguments, StatuslineOptio
 /// switch for Claude's live limits forbids: while it is off, the user who had this command put into
 /// the assistant gets its numbers all the same. They are stored as usual, and other surfaces show
 /// them by the switch, with their date.
-int runStatusline(const DataArguments& arguments, const StatuslineOptions& options);
+int runStatusline(const UserPaths& paths, bool json, const StatuslineOptions& options);
 
 } // namespace tokwatch

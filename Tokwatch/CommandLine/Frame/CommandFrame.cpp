@@ -1,5 +1,11 @@
 #include "Tokwatch/CommandLine/Frame/CommandFrame.h"
 
+#include "Platform/System/Places.h"
+#include "TokwatchCore/Support/ApplicationVersion.h"
+
+#include <unistd.h>
+
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
@@ -12,6 +18,17 @@ std::string oneLine(const std::string& message) {
 }
 
 } // namespace
+
+void become(const std::string& name, char** words) {
+    const std::filesystem::path program = ourProgram(name);
+    ::execv(program.c_str(), words);
+    throw CommandError("starting " + program.string() +
+                       " failed: " + std::generic_category().message(errno));
+}
+
+void addVersion(CLI::App& app) {
+    app.set_version_flag("--version", "tokwatch " + std::string(applicationVersion()));
+}
 
 UserPaths DataArguments::paths() const {
     UserPaths paths = UserPaths::current();
@@ -39,18 +56,7 @@ CLI::App& addDataCommand(CLI::App& app, DataArguments& arguments, const std::str
     return command;
 }
 
-int runArguments(CLI::App& app, int argc, const char* const* argv, Terminal& terminal,
-                 const std::function<int()>& run,
-                 const std::function<std::string(const CLI::ParseError&)>& suggest) {
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& wanted) {
-        return app.exit(wanted);
-    } catch (const CLI::ParseError& error) {
-        terminal.error(oneLine(error.what()) + (suggest ? suggest(error) : "") +
-                       " (see tokwatch --help)");
-        return exitUsage;
-    }
+int carriedOut(Terminal& terminal, const std::function<int()>& run) {
     try {
         const int status = run();
         const std::error_code failure = terminal.flush();
@@ -65,6 +71,21 @@ int runArguments(CLI::App& app, int argc, const char* const* argv, Terminal& ter
         terminal.error(error.what());
         return exitFailure;
     }
+}
+
+int runArguments(CLI::App& app, int argc, const char* const* argv, Terminal& terminal,
+                 const std::function<int()>& run,
+                 const std::function<std::string(const CLI::ParseError&)>& suggest) {
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& wanted) {
+        return app.exit(wanted);
+    } catch (const CLI::ParseError& error) {
+        terminal.error(oneLine(error.what()) + (suggest ? suggest(error) : "") +
+                       " (see tokwatch --help)");
+        return exitUsage;
+    }
+    return carriedOut(terminal, run);
 }
 
 } // namespace tokwatch

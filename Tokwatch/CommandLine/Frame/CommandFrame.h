@@ -13,6 +13,22 @@
 /// by the one that starts sooner.
 namespace tokwatch {
 
+/// Of our programs one has the commands that need no more than what is stored, one those that read
+/// the assistants' logs, and one those that need an event loop: to go on, for the session's bus,
+/// the network or the settings file. Each starts with no more libraries than its commands need.
+namespace programs {
+inline constexpr const char* stored = "tokwatch";
+inline constexpr const char* logs = "tokwatch-logs";
+inline constexpr const char* session = "tokwatch-session";
+} // namespace programs
+
+/// Makes this process another program of ours, with these words. Returns by CommandError alone,
+/// where that cannot be started.
+[[noreturn]] void become(const std::string& program, char** words);
+
+/// The option that prints the version.
+void addVersion(CLI::App& app);
+
 /// The options that every command takes which reads or shows data.
 struct DataArguments {
     std::string home;
@@ -24,6 +40,9 @@ struct DataArguments {
 void addPaths(CLI::App& command, DataArguments& arguments);
 CLI::App& addDataCommand(CLI::App& app, DataArguments& arguments, const std::string& name,
                          const std::string& about);
+
+/// Runs, or says why not. The status that the process ends with.
+int carriedOut(Terminal& terminal, const std::function<int()>& run);
 
 /// Reads the words and runs, or says why not, with what `suggest` has to add. The status that the
 /// process ends with.

@@ -73,7 +73,7 @@ double MenuBarView::step() const {
 
 MenuBarState MenuBarView::computed(const ViewClock& clock) const {
     const Preferences& preferences = model.preferences();
-    const std::optional<ProviderID> shown = shownProvider(preferences, model.limits());
+    const std::optional<ProviderID> shown = shownProvider(preferences.plain(), model.limits());
     MenuBarState state;
     state.style = static_cast<Segment::Style>(preferences.menuBarStyle.value());
     state.showsProvider = preferences.menuBarStyle == MenuBarStyle::provider && shown;

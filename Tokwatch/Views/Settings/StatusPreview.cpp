@@ -66,9 +66,9 @@ TitlePreview titlePreview(const Preferences& preferences, const LimitsByProvider
                           Date now) {
     const std::vector<ProviderID> enabled = preferences.enabledProviders();
     TitlePreview preview;
-    const bool isUnknown = statusContent(preferences, limits, now).steps.empty();
+    const bool isUnknown = statusContent(preferences.plain(), limits, now).steps.empty();
     const StatusTitle title =
-        statusTitle(preferences, isUnknown ? sampleLimits(enabled, now) : limits, now);
+        statusTitle(preferences.plain(), isUnknown ? sampleLimits(enabled, now) : limits, now);
     preview.isSample = isUnknown && title.text;
     preview.text = text(title.text.value_or(""));
     if (title.provider && !title.text)

@@ -12,6 +12,8 @@
 
 namespace tokwatch {
 
+class Preferences;
+
 /// What the status item would show, for pictures of it.
 struct TitlePreview {
     Q_GADGET

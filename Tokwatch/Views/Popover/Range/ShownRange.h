@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tokwatch/App/AppModel.h"
+#include "TokwatchCore/Store/Pruning.h"
 
 #include <QObject>
 #include <QProperty>
@@ -20,7 +21,7 @@ class ShownRange : public QObject {
         Today = 1,
         Week = 7,
         Month = AppModel::readingDays,
-        Quarter = AppModel::keptDays,
+        Quarter = keptDays,
     };
     Q_ENUM(Days)
 

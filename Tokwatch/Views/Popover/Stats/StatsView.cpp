@@ -5,6 +5,7 @@
 #include "Tokwatch/Display/SummaryTexts.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Views/Common/Text.h"
+#include "TokwatchCore/Store/Pruning.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -13,8 +14,7 @@
 namespace tokwatch {
 
 StatsView::StatsView(AppModel& appModel, ShownRange& range, FollowedSummary& rangeSummary)
-    : model(appModel), shownRange(range), summary(rangeSummary), stored(model, AppModel::keptDays) {
-}
+    : model(appModel), shownRange(range), summary(rangeSummary), stored(model, keptDays) {}
 
 StatsView::Updates::Updates(StatsView& view)
     : lookAtSummary(view.summary), lookAtStored(view.stored),
@@ -64,10 +64,10 @@ StatsState StatsView::computeState() const {
 HeatMapDays StatsView::computeCalendar() const {
     const SummaryUnit unit = model.preferences().summaryUnit;
     const UsageSummary& known = stored.value();
-    if (known.days == AppModel::keptDays) return HeatMapDays::of(known, unit, model.calendar());
+    if (known.days == keptDays) return HeatMapDays::of(known, unit, model.calendar());
     // Not known yet: the days without their usage hold the place.
     UsageSummary nothing;
-    nothing.days = AppModel::keptDays;
+    nothing.days = keptDays;
     nothing.windowEnd = known.windowEnd;
     return HeatMapDays::of(nothing, unit, model.calendar());
 }
