@@ -30,7 +30,7 @@ void PopoverView::setTab(Segment::Tab tab) {
 
 QString PopoverView::summary() const {
     const Preferences& preferences = model.preferences();
-    const StatusContent content = statusContent(preferences, model.limits(), model.now());
+    const StatusContent content = statusContent(preferences.plain(), model.limits(), model.now());
     return text(plainSummary(model.summary(), content.steps, preferences.summaryUnit));
 }
 
