@@ -96,7 +96,7 @@ endfunction()
 # tokwatch_module([MOC] [EXCEPT sources of programs …] [ALONE sources …] [PUBLIC what the headers need …] [PRIVATE …]): the
 # folder as a library; MOC where it has a Q_OBJECT. ALONE stay out where folders are compiled as one file: their parts
 # have the names of a neighbour's, or one half of a folder needs the toolkit and the other is in a program that has to
-# do without (Tokwatch/CommandLine, Tokwatch/Widget).
+# do without (Tokwatch/Preferences, Tokwatch/Widget).
 function(tokwatch_module)
   cmake_parse_arguments(ARG "MOC" "" "PUBLIC;PRIVATE;EXCEPT;ALONE" ${ARGN})
   tokwatch_folder()
@@ -126,12 +126,12 @@ function(tokwatch_command name library)
   # A linker that takes what is needed from archives in their order: mold takes a template's instance from any of them,
   # and with it a member that needs a library which nobody else does.
   target_link_options(${name} PRIVATE -fuse-ld=bfd -Wl,--as-needed)
-  if(name STREQUAL "tokwatch")
-    install(TARGETS ${name} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-  else()
+  set(place ${CMAKE_INSTALL_BINDIR})
+  if(NOT name STREQUAL "tokwatch")
     add_dependencies(tokwatch ${name}) # which becomes it
-    install(TARGETS ${name} RUNTIME DESTINATION ${TOKWATCH_PROGRAMS})
+    set(place ${TOKWATCH_PROGRAMS})
   endif()
+  install(TARGETS ${name} RUNTIME DESTINATION ${place})
 endfunction()
 
 # tokwatch_compile_written(TARGET): what the QML compiler writes, as one file, in a fifth of the time; as that of a system

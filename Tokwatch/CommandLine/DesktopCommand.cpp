@@ -3,6 +3,8 @@
 #include "Tokwatch/CommandLine/StoredCommands.h"
 
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 namespace tokwatch {
 namespace {
@@ -22,9 +24,11 @@ int StoredCommands::run(const CommandSurroundings&, const DesktopOptions& option
             "there is no display to show windows on; without one there are the commands summary, "
             "limits, status and doctor (see tokwatch --help)");
     const std::string program = "tokwatch-desktop";
-    if (std::error_code none; !std::filesystem::exists(ourProgram(program), none))
+    const std::filesystem::path place = ourProgram(program);
+    std::error_code ignored;
+    if (!std::filesystem::exists(place, ignored))
         throw CommandError("the desktop application is not installed: there is no " +
-                           ourProgram(program).string() + "; the package tokwatch-desktop has it");
+                           place.string() + "; the package tokwatch-desktop has it");
     std::vector<std::string> words{program};
     words.insert(words.end(), options.words.begin(), options.words.end());
     std::vector<char*> arguments;
