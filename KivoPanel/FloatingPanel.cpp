@@ -2,7 +2,6 @@
 
 #include "KivoPanel/PanelPlacement.h"
 
-#include <QCursor>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QScreen>
@@ -97,8 +96,14 @@ void FloatingPanel::close() {
 
 void FloatingPanel::startMove() {
     isMoving = true;
-    grip = QCursor::pos() - window.position();
-    followsPointer = !window.startSystemMove();
+    // A compositor moves its windows itself. A window manager could, too, but from where the
+    // pointer is by the time it is asked, so that the window would lag behind by a part of the way.
+    const bool isComposed = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+    followsPointer = !(isComposed && window.startSystemMove());
+}
+
+void FloatingPanel::follow(const QMouseEvent& event) {
+    if (followsPointer) window.setPosition(event.globalPosition().toPoint() - grip);
 }
 
 void FloatingPanel::positionChanged() {
@@ -116,11 +121,14 @@ bool FloatingPanel::eventFilter(QObject* watched, QEvent* event) {
     if (watched == qGuiApp && event->type() == QEvent::Quit) isProgramEnding = true;
     if (watched != &window || !opened) return false;
     switch (event->type()) {
+    case QEvent::MouseButtonPress:
+        grip = static_cast<QMouseEvent*>(event)->position().toPoint();
+        return false;
     case QEvent::MouseMove:
-        if (followsPointer)
-            window.setPosition(static_cast<QMouseEvent*>(event)->globalPosition().toPoint() - grip);
+        follow(*static_cast<QMouseEvent*>(event));
         return false;
     case QEvent::MouseButtonRelease:
+        follow(*static_cast<QMouseEvent*>(event));
         followsPointer = false;
         return false;
     case QEvent::Close:

@@ -10,6 +10,7 @@
 
 #include <functional>
 
+class QMouseEvent;
 class QScreen;
 class QWindow;
 
@@ -53,6 +54,7 @@ class FloatingPanel : public QObject {
     void screensChanged();
     QRect wantedPlace() const;
     void place();
+    void follow(const QMouseEvent& event);
     void positionChanged();
     void moved();
 
@@ -60,7 +62,7 @@ class FloatingPanel : public QObject {
     SavedFrames frames;
     QPoint anchor;
     QSize size;
-    QPoint grip; ///< of the pointer in the window, while it takes it along without a window manager
+    QPoint grip; ///< where in the window it was pressed last
     bool opened = false;
     QPoint placedAt;
     bool isMoving = false;       ///< by its user, since the screens are as they are

@@ -127,9 +127,7 @@ def click(x, y, button=LEFT):
 
 
 def drag(x, y, to_x, to_y):
-    # A little first, as hands do: what is dragged is taken along from where it is taken for a drag.
-    run("xdotool", "mousemove", str(x), str(y), "mousedown", "1", "mousemove", str(x + 12), str(y))
-    time.sleep(0.2)
+    run("xdotool", "mousemove", str(x), str(y), "mousedown", "1")
     for part in range(1, 11):
         run("xdotool", "mousemove", str(x + (to_x - x) * part // 10), str(y + (to_y - y) * part // 10))
         time.sleep(0.02)
