@@ -4,7 +4,7 @@
 #include "Platform/System/PrivateFiles.h"
 #include "Platform/System/WholeFile.h"
 #include "Tokwatch/Preferences/SettingsFile.h"
-#include "Tokwatch/Preferences/SettingsText.h"
+#include "Tokwatch/Preferences/StoredSettings.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <algorithm>
@@ -30,11 +30,11 @@ std::optional<std::string> contentsOf(const std::filesystem::path& file) {
 
 // As the toolkit's half loads them: `value` stays where the key is missing or holds something else.
 
-void load(const SettingsText& settings, const char* key, bool& value) {
+void load(const StoredSettings& settings, const char* key, bool& value) {
     if (const auto text = settings.text(key)) parseText(*text, value);
 }
 
-void load(const SettingsText& settings, const char* key, double& value) {
+void load(const StoredSettings& settings, const char* key, double& value) {
     const std::string text = settings.text(key).value_or("");
     std::string_view number = trimmed(text);
     if (number.starts_with('+')) number.remove_prefix(1);
@@ -44,24 +44,24 @@ void load(const SettingsText& settings, const char* key, double& value) {
 }
 
 template<NamedCase Case>
-void load(const SettingsText& settings, const char* key, Case& value) {
+void load(const StoredSettings& settings, const char* key, Case& value) {
     if (const auto text = settings.text(key)) value = caseNamed<Case>(*text).value_or(value);
 }
 
-ProviderList providers(const SettingsText& settings, const char* key) {
+ProviderList providers(const StoredSettings& settings, const char* key) {
     ProviderList named;
     for (const std::string& name : settings.list(key))
         if (const auto provider = providerFromRawValue(trimmed(name))) named.push_back(*provider);
     return named;
 }
 
-std::vector<ProviderID> enabledProviders(const SettingsText& settings) {
+std::vector<ProviderID> enabledProviders(const StoredSettings& settings) {
     const ProviderList disabled = providers(settings, "disabledProviders");
     return enabledOf(completed(providers(settings, "providerOrder")),
                      {disabled.begin(), disabled.end()});
 }
 
-Thresholds thresholds(const SettingsText& settings) {
+Thresholds thresholds(const StoredSettings& settings) {
     Thresholds levels;
     load(settings, "warningThreshold", levels.warning);
     load(settings, "criticalThreshold", levels.critical);
@@ -84,7 +84,7 @@ PlainSettings PlainSettings::read(const std::filesystem::path& file) {
     PlainSettings plain;
     const std::optional<std::string> text = contentsOf(file);
     if (!text) return plain;
-    const SettingsText settings(*text);
+    const StoredSettings settings(*text);
     load(settings, "menuBarStyle", plain.menuBarStyle);
     load(settings, "pinnedProvider", plain.pinnedProvider);
     plain.isPinChosen = settings.contains("pinnedProvider");

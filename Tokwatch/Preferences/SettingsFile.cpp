@@ -4,7 +4,7 @@
 #include "Platform/System/WholeFile.h"
 #include "Tokwatch/Preferences/PlainSettings.h"
 #include "Tokwatch/Preferences/SettingText.h"
-#include "Tokwatch/Preferences/SettingsText.h"
+#include "Tokwatch/Preferences/StoredSettings.h"
 
 #include <sstream>
 #include <string_view>
@@ -25,7 +25,7 @@ bool isSettingLine(const std::string& line) {
 }
 
 bool isSwitchMalformed(const std::filesystem::path& file, const char* key) {
-    const SettingsText settings(readWholeFile(file, largestSettings).value_or(""));
+    const StoredSettings settings(readWholeFile(file, largestSettings).value_or(""));
     bool value = false;
     return settings.contains(key) && !parseText(settings.text(key).value_or(""), value);
 }

@@ -16,7 +16,7 @@ SettingsPage {
         SettingsRow {
             id: desktop
             label: "Show on the desktop"
-            caption: "It comes with Tokwatch, at login too when that starts then."
+            caption: "It starts together with Tokwatch."
             Toggle {
                 text: desktop.label
                 checked: page.shown.shown

@@ -11,9 +11,9 @@ namespace tokwatch {
 /// What stands in a settings file, as QSettings reads it, but without the toolkit: its start takes
 /// longer than all that a short command does. Keys of groups are "group/key"; of a key that stands
 /// there twice the last counts.
-class SettingsText {
+class StoredSettings {
   public:
-    explicit SettingsText(std::string_view text);
+    explicit StoredSettings(std::string_view text);
 
     bool contains(const std::string& key) const { return values.contains(key); }
     /// None where the key is missing or holds a list.

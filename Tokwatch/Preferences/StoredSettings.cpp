@@ -1,4 +1,4 @@
-#include "Tokwatch/Preferences/SettingsText.h"
+#include "Tokwatch/Preferences/StoredSettings.h"
 
 #include "Tokwatch/Preferences/SettingText.h"
 
@@ -65,7 +65,7 @@ std::string prefixOf(std::string_view line) {
 
 } // namespace
 
-SettingsText::SettingsText(std::string_view text) {
+StoredSettings::StoredSettings(std::string_view text) {
     std::string prefix;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
@@ -80,17 +80,17 @@ SettingsText::SettingsText(std::string_view text) {
     }
 }
 
-std::optional<std::string> SettingsText::text(const std::string& key) const {
+std::optional<std::string> StoredSettings::text(const std::string& key) const {
     std::vector<std::string> items = list(key);
     return items.size() == 1 ? std::optional(std::move(items.front())) : std::nullopt;
 }
 
-std::vector<std::string> SettingsText::list(const std::string& key) const {
+std::vector<std::string> StoredSettings::list(const std::string& key) const {
     const auto found = values.find(key);
     return found == values.end() ? std::vector<std::string>() : found->second;
 }
 
-std::map<std::string, std::string> SettingsText::group(const std::string& name) const {
+std::map<std::string, std::string> StoredSettings::group(const std::string& name) const {
     std::map<std::string, std::string> texts;
     const std::string prefix = name + '/';
     for (auto at = values.lower_bound(prefix); at != values.end() && at->first.starts_with(prefix);
