@@ -99,11 +99,15 @@ void FloatingPanel::startMove() {
     // A compositor moves its windows itself. A window manager could, too, but from where the
     // pointer is by the time it is asked, so that the window would lag behind by a part of the way.
     const bool isComposed = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-    followsPointer = !(isComposed && window.startSystemMove());
+    if (isComposed && (!isHeld || window.startSystemMove())) return;
+    // A quick hand has let go before it is known to drag: then it goes all the way at once.
+    followsPointer = isHeld;
+    window.setPosition(pointer - grip);
 }
 
 void FloatingPanel::follow(const QMouseEvent& event) {
-    if (followsPointer) window.setPosition(event.globalPosition().toPoint() - grip);
+    pointer = event.globalPosition().toPoint();
+    if (followsPointer) window.setPosition(pointer - grip);
 }
 
 void FloatingPanel::positionChanged() {
@@ -122,13 +126,16 @@ bool FloatingPanel::eventFilter(QObject* watched, QEvent* event) {
     if (watched != &window || !opened) return false;
     switch (event->type()) {
     case QEvent::MouseButtonPress:
+        isHeld = true;
         grip = static_cast<QMouseEvent*>(event)->position().toPoint();
+        follow(*static_cast<QMouseEvent*>(event));
         return false;
     case QEvent::MouseMove:
         follow(*static_cast<QMouseEvent*>(event));
         return false;
     case QEvent::MouseButtonRelease:
         follow(*static_cast<QMouseEvent*>(event));
+        isHeld = false;
         followsPointer = false;
         return false;
     case QEvent::Close:

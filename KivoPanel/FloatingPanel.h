@@ -62,7 +62,9 @@ class FloatingPanel : public QObject {
     SavedFrames frames;
     QPoint anchor;
     QSize size;
-    QPoint grip; ///< where in the window it was pressed last
+    QPoint grip;    ///< where in the window it was pressed last
+    QPoint pointer; ///< where it was last seen on the screen, with a button held
+    bool isHeld = false;
     bool opened = false;
     QPoint placedAt;
     bool isMoving = false;       ///< by its user, since the screens are as they are

@@ -9,6 +9,7 @@ CopyButton {
     required property var choices
     property bool opensUpwards: false
     property bool byKeyboard: false
+    isOpen: menu.active
 
     onClicked: {
         byKeyboard = visualFocus

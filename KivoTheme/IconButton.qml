@@ -8,6 +8,8 @@ T.Button {
     required property string symbol
     /// What the button does is under way.
     property bool spins: false
+    /// Something that it opened stands where its tooltip would.
+    property bool isOpen: false
 
     implicitWidth: 28
     implicitHeight: 28
@@ -31,5 +33,5 @@ T.Button {
         color: button.down ? Theme.colors.pressed : button.hovered ? Theme.colors.hover : "transparent"
     }
     FocusRing { distance: 0 }
-    HoverTip { text: button.text; wanted: button.hovered || button.visualFocus }
+    HoverTip { text: button.text; wanted: (button.hovered || button.visualFocus) && !button.isOpen }
 }

@@ -95,6 +95,11 @@ def check_pinned_panel(item_place, application):
         left, top = at()
         desktop.drag(left + 40, top + 20, x + 40, y + 20)
         wait_for("the move", lambda: at() == (x, y))
+    left, top = at()
+    flick = ("mousemove_relative", "30", "10") * 2
+    desktop.run("xdotool", "mousemove", str(left + 40), str(top + 20), "mousedown", "1", *flick, "mouseup", "1")
+    desktop.move_away()
+    wait_for("a quick hand's move, and nothing behind the pointer", lambda: at() == (left + 60, top + 20))
     desktop.save("pinned")
     place = wait_for("it to rest", lambda: desktop.twice_the_same(at, 0.5))
     assert "panelFrames={} {} ".format(*place) in desktop_settings().replace('"', ""), (place, desktop_settings())

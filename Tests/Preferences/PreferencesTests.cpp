@@ -10,7 +10,10 @@
 
 #include <sys/stat.h>
 
+#include <array>
 #include <fstream>
+#include <random>
+#include <string>
 
 namespace tokwatch::testing {
 
@@ -117,6 +120,58 @@ TEST_F(PreferencesTest, AreTheSameWithoutTheToolkit) {
           std::string("no settings at all")}) {
         const Process toolkit = reading(text);
         EXPECT_EQ(PlainSettings::read(file), toolkit.preferences.plain()) << text;
+    }
+}
+
+/// Files of pieces that mean something in them, put together at random.
+TEST(StoredSettings, AreWhatTheToolkitReadsHoweverTheFileIsWritten) {
+    needEventLoop();
+    const CapturedLog log;
+    const TemporaryDirectory home;
+    constexpr std::array pieces{"[General]",
+                                "[menuBarWindows]",
+                                "[other]",
+                                "\n",
+                                "\n",
+                                "\n",
+                                "\r\n",
+                                " ",
+                                "=",
+                                "=",
+                                ";",
+                                "\"",
+                                "\\x61",
+                                "\\146",
+                                "\\\\",
+                                ",",
+                                "\t",
+                                "%41",
+                                "claudeLiveLimits=",
+                                "showResetTime=",
+                                "providerOrder=",
+                                "disabledProviders=@Invalid()\n",
+                                "warningThreshold=",
+                                "pinnedProvider=",
+                                "claude=",
+                                "menuBarWindows\\codex=",
+                                "true",
+                                "false",
+                                "yes",
+                                "codex",
+                                "grok",
+                                "0.5",
+                                "0.3",
+                                "@@x",
+                                "session"};
+    std::mt19937 random(1);
+    for (int round = 0; round < 2000; ++round) {
+        std::string text;
+        for (std::size_t left = random() % 24; left > 0; --left)
+            text += pieces[random() % pieces.size()];
+        // Each its own file: the toolkit remembers those that have been there.
+        const std::filesystem::path file = home.write(std::to_string(round), text);
+        const Process toolkit(file);
+        EXPECT_EQ(PlainSettings::read(file), toolkit.preferences.plain()) << PrintToString(text);
     }
 }
 

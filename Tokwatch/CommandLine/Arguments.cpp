@@ -255,6 +255,8 @@ std::string suggestionFor(const CLI::ParseError& error, const CLI::App& app,
     std::vector<std::string> names;
     for (const CLI::App* command : app.get_subcommands({}))
         names.push_back(command->get_name());
+    // One that there is was not what was wrong.
+    if (std::ranges::count(names, word) > 0) return {};
     return suggestion(word, names);
 }
 

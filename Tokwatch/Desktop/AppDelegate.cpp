@@ -125,7 +125,7 @@ void AppDelegate::launch() {
     tellOfLimits();
     bindHotKey();
     makePinnedPanel();
-    if (paths.dataHome) widgetStarter.emplace(widgetPreferences, *paths.dataHome);
+    if (paths.dataHome) widgetStarter.emplace(widgetPreferences, *paths.dataHome, paths.home);
     if (std::exchange(pendingOpen, false)) openPopover();
 }
 

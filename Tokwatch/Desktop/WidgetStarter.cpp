@@ -10,9 +10,12 @@
 namespace tokwatch {
 
 WidgetStarter::WidgetStarter(WidgetPreferences& widgetPreferences,
-                             const std::filesystem::path& dataHome)
+                             const std::filesystem::path& dataHome,
+                             const std::filesystem::path& home)
     : preferences(widgetPreferences), arguments{QStringLiteral("--data-dir"),
-                                                QFile::decodeName(dataHome.c_str())},
+                                                QFile::decodeName(dataHome.c_str()),
+                                                QStringLiteral("--home"),
+                                                QFile::decodeName(home.c_str())},
       shownNotifier(preferences.shown.addNotifier([this] { startIfWanted(); })) {
     startIfWanted();
 }

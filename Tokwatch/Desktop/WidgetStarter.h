@@ -17,8 +17,9 @@ class WidgetPreferences;
 /// application, so that it comes with it, and one switch decides about both. Main thread only.
 class WidgetStarter {
   public:
-    /// The preferences outlive it.
-    WidgetStarter(WidgetPreferences& preferences, const std::filesystem::path& dataHome);
+    /// The preferences outlive it. The places are the application's, which a click opens with them.
+    WidgetStarter(WidgetPreferences& preferences, const std::filesystem::path& dataHome,
+                  const std::filesystem::path& home);
 
   private:
     void startIfWanted();

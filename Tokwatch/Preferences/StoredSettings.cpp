@@ -1,25 +1,95 @@
 #include "Tokwatch/Preferences/StoredSettings.h"
 
 #include "Tokwatch/Preferences/SettingText.h"
+#include "TokwatchCore/Support/Letters.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
+#include <optional>
+#include <system_error>
 #include <utility>
 
 namespace tokwatch {
 namespace {
 
-/// What stands for the letter after a backslash.
-char escaped(char letter) {
-    switch (letter) {
-    case 'n':
-        return '\n';
-    case 'r':
-        return '\r';
-    case 't':
-        return '\t';
-    default:
-        return letter;
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+/// A line up to where it ends, and where its first "=" is. It ends at a line feed, or where a
+/// comment begins, that no quotation mark and no backslash keeps from it.
+struct Line {
+    std::string_view text;
+    std::size_t equals = std::string_view::npos;
+};
+
+Line takeLine(std::string_view& rest) {
+    Line line;
+    bool isQuoted = false;
+    std::size_t at = 0;
+    for (; at < rest.size(); ++at) {
+        const char letter = rest[at];
+        if (letter == '"') isQuoted = !isQuoted;
+        if (letter == '\\') ++at;
+        if (isQuoted) continue;
+        if (letter == '\n' || letter == '\r' || (letter == ';' && at > 0)) break;
+        if (letter == '=' && line.equals == std::string_view::npos) line.equals = at;
+        if (letter == ';') { // a line of its own, quotation marks and all
+            at = std::min(rest.find_first_of("\r\n"), rest.size());
+            break;
+        }
     }
+    const std::size_t end = std::min(at, rest.size());
+    line.text = rest.substr(0, end);
+    const bool isAtComment = end < rest.size() && rest[end] == ';';
+    rest.remove_prefix(std::min(end + (isAtComment ? 0 : 1), rest.size()));
+    return line;
+}
+
+/// The number that the digits at the front are, which are then gone.
+std::optional<unsigned> takeNumber(std::string_view& digits, int base) {
+    unsigned number = 0;
+    const auto [end, error] = std::from_chars(digits.begin(), digits.end(), number, base);
+    if (error != std::errc{}) return std::nullopt;
+    digits.remove_prefix(static_cast<std::size_t>(end - digits.begin()));
+    return number;
+}
+
+/// What stands for the letters after a backslash, which are then gone: nothing for an end of a
+/// line. Numbers are those of letters.
+std::string takeEscaped(std::string_view& rest) {
+    constexpr std::array<std::pair<char, char>, 11> names{{{'a', '\a'},
+                                                           {'b', '\b'},
+                                                           {'f', '\f'},
+                                                           {'n', '\n'},
+                                                           {'r', '\r'},
+                                                           {'t', '\t'},
+                                                           {'v', '\v'},
+                                                           {'"', '"'},
+                                                           {'?', '?'},
+                                                           {'\'', '\''},
+                                                           {'\\', '\\'}}};
+    if (rest.empty()) return {};
+    const char letter = rest.front();
+    const auto numbered = [&rest](int base) {
+        const std::optional<unsigned> number = takeNumber(rest, base);
+        return number ? utf8Of(std::wstring(1, static_cast<wchar_t>(*number & 0xFFFF))) : "";
+    };
+    if (letter >= '0' && letter <= '7') return numbered(8);
+    rest.remove_prefix(1);
+    if (letter == 'x') return numbered(16);
+    if (letter == '\r' && rest.starts_with('\n')) rest.remove_prefix(1);
+    const auto* const found = std::ranges::find(names, letter, &std::pair<char, char>::first);
+    return found == names.end() ? std::string() : std::string(1, found->second);
+}
+
+/// Texts that QSettings would take for something else are marked, and some types have their name
+/// around them.
+std::string plainItem(std::string item) {
+    for (const std::string_view name : {"@String(", "@ByteArray("})
+        if (item.starts_with(name) && item.ends_with(')'))
+            return item.substr(name.size(), item.size() - name.size() - 1);
+    if (item.starts_with("@@")) item.erase(0, 1);
+    return item;
 }
 
 /// The items between the commas; between quotation marks a comma is a letter like others.
@@ -27,55 +97,70 @@ std::vector<std::string> itemsOf(std::string_view value) {
     std::vector<std::string> items(1);
     bool isQuoted = false;
     std::size_t kept = 0; // letters of the last item that are no blanks, or quoted
-    for (std::size_t at = 0; at < value.size(); ++at) {
-        char letter = value[at];
+    while (!value.empty()) {
+        const char letter = value.front();
+        value.remove_prefix(1);
         if (letter == '"') {
             isQuoted = !isQuoted;
             kept = items.back().size();
-            continue;
-        }
-        if (letter == ',' && !isQuoted) {
+        } else if (letter == ',' && !isQuoted) {
             items.back().resize(kept);
             items.emplace_back();
             kept = 0;
-            continue;
+        } else if (letter == '\\') {
+            items.back() += takeEscaped(value);
+            kept = items.back().size();
+        } else if ((letter == ' ' || letter == '\t') && !isQuoted) {
+            if (!items.back().empty()) items.back() += letter;
+        } else {
+            items.back() += letter;
+            kept = items.back().size();
         }
-        const bool isBlank = (letter == ' ' || letter == '\t') && !isQuoted;
-        if (letter == '\\' && at + 1 < value.size()) letter = escaped(value[++at]);
-        if (isBlank && items.back().empty()) continue;
-        items.back() += letter;
-        if (!isBlank) kept = items.back().size();
     }
     items.back().resize(kept);
+    if (items.size() == 1 && items.front() == "@Invalid()") return {};
+    std::ranges::transform(items, items.begin(), plainItem);
     return items;
 }
 
-/// Both ways to write a group lead to one name.
-std::string withSlashes(std::string_view key) {
-    std::string name(key);
-    std::ranges::replace(name, '\\', '/');
-    return name;
+/// A key without its "%41", and with slashes: both ways to write a group lead to one name.
+std::string keyOf(std::string_view text) {
+    std::string key;
+    while (!text.empty()) {
+        const char letter = text.front();
+        text.remove_prefix(1);
+        std::string_view digits = text.substr(0, 2);
+        if (const auto number =
+                letter == '%' && digits.size() == 2 ? takeNumber(digits, 16) : std::nullopt;
+            number && digits.empty()) {
+            key += static_cast<char>(*number);
+            text.remove_prefix(2);
+        } else {
+            key += letter == '\\' ? '/' : letter;
+        }
+    }
+    return key;
 }
 
 /// "[group]" as it stands before each of its keys.
 std::string prefixOf(std::string_view line) {
     const std::string_view name = trimmed(line.substr(1, line.find(']') - 1));
-    return lowered(name) == "general" ? "" : withSlashes(name) + '/';
+    return lowered(name) == "general" ? "" : keyOf(name) + '/';
 }
 
 } // namespace
 
 StoredSettings::StoredSettings(std::string_view text) {
+    if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
     std::string prefix;
     while (!text.empty()) {
-        const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
-        const std::string_view line = trimmed(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-        const std::size_t equals = line.find('=');
+        const std::size_t start = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+        text.remove_prefix(start);
+        const auto [line, equals] = takeLine(text);
         if (line.starts_with('['))
             prefix = prefixOf(line);
         else if (equals != std::string_view::npos && !line.starts_with(';'))
-            values[prefix + withSlashes(trimmed(line.substr(0, equals)))] =
+            values[prefix + keyOf(trimmed(line.substr(0, equals)))] =
                 itemsOf(line.substr(equals + 1));
     }
 }
@@ -90,13 +175,14 @@ std::vector<std::string> StoredSettings::list(const std::string& key) const {
     return found == values.end() ? std::vector<std::string>() : found->second;
 }
 
-std::map<std::string, std::string> StoredSettings::group(const std::string& name) const {
+std::map<std::string, std::string> StoredSettings::group(const std::string& group) const {
     std::map<std::string, std::string> texts;
-    const std::string prefix = name + '/';
+    const std::string prefix = group + '/';
     for (auto at = values.lower_bound(prefix); at != values.end() && at->first.starts_with(prefix);
          ++at)
-        if (at->second.size() == 1)
-            texts.emplace(at->first.substr(prefix.size()), at->second.front());
+        if (const std::string name = at->first.substr(prefix.size());
+            !name.empty() && name.find('/') == std::string::npos && at->second.size() == 1)
+            texts.emplace(name, at->second.front());
     return texts;
 }
 

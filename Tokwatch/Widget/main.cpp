@@ -40,17 +40,13 @@ void stayLean() {
     QGuiApplication::setDesktopSettingsAware(desktop.contains("KDE"));
 }
 
-std::optional<std::filesystem::path> snapshotDirectory(const QCommandLineParser& parser,
-                                                       const QCommandLineOption& dataDirectory) {
-    UserPaths paths = UserPaths::current();
-    if (parser.isSet(dataDirectory))
-        paths.dataHome =
-            std::filesystem::absolute(parser.value(dataDirectory).toStdString()).lexically_normal();
-    return paths.snapshotDirectory();
+std::filesystem::path absolute(const QString& path) {
+    return std::filesystem::absolute(path.toStdString()).lexically_normal();
 }
 
-void openTokwatch() {
-    QProcess::startDetached(QString::fromStdString(ourProgram("tokwatch").string()), {});
+/// The one whose numbers are shown: with the same places as this program.
+void openTokwatch(const QStringList& places) {
+    QProcess::startDetached(QString::fromStdString(ourProgram("tokwatch").string()), places);
 }
 
 int run(int argc, char** argv) {
@@ -66,8 +62,14 @@ int run(int argc, char** argv) {
     QCommandLineParser parser;
     const QCommandLineOption dataDirectory("data-dir", "Where Tokwatch keeps its data.", "DIR");
     parser.addHelpOption();
-    parser.addOption(dataDirectory);
+    const QCommandLineOption home("home", "Where the assistants' files are, for Tokwatch.", "DIR");
+    parser.addOptions({dataDirectory, home});
     parser.process(application);
+    UserPaths paths = UserPaths::current();
+    QStringList places; // as they were said, for the application
+    for (const QCommandLineOption& option : {dataDirectory, home})
+        if (parser.isSet(option)) places << "--" + option.names().first() << parser.value(option);
+    if (parser.isSet(dataDirectory)) paths.dataHome = absolute(parser.value(dataDirectory));
 
     const std::unique_ptr<QSettings> settings = settingsFile(widgetSettingsPath());
     const FileDescriptor single =
@@ -81,8 +83,8 @@ int run(int argc, char** argv) {
     const kivo::DesktopAppearance appearance(QDBusConnection::sessionBus());
     QtScheduler scheduler;
     Widget widget(preferences, scheduler, appearance,
-                  {snapshotDirectory(parser, dataDirectory), settingsPath(), InotifyStream::open,
-                   systemNow, Calendar::current, openTokwatch});
+                  {paths.snapshotDirectory(), settingsPath(), InotifyStream::open, systemNow,
+                   Calendar::current, [places] { openTokwatch(places); }});
     widget.open();
     const TerminationSignals termination([] { QGuiApplication::quit(); });
     return QGuiApplication::exec();

@@ -59,6 +59,7 @@ SettingsPage {
         Repeater {
             model: [
                 { name: "Qt", use: "Windows, network, desktop bus", licence: "LGPL 3" },
+                { name: "libxcb", use: "Hot keys and windows on X11", licence: "MIT" },
                 { name: "QCoro", use: "Coroutines for Qt", licence: "MIT" },
                 { name: "SQLite", use: "The usage database", licence: "Public domain" },
                 { name: "simdjson", use: "Reading session files", licence: "Apache 2.0" },

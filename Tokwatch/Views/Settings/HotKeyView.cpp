@@ -62,7 +62,7 @@ HotKeySetting HotKeyView::computed() const {
         status.state != HotKeyState::silent && status.state != HotKeyState::unsupported;
     setting.isProblem = wasRefused || isProblem(status.state);
     setting.caption = wasRefused
-                          ? QStringLiteral("Hold Ctrl, Alt or Super too, or take a function key.")
+                          ? QStringLiteral("Hold Ctrl, Alt or Super with a letter or digit, or take a function key.")
                           : captionOf(status, setting.keys, command);
     return setting;
 }

@@ -32,7 +32,7 @@ SettingsPage {
                 {
                     symbol: "layers",
                     title: "What is kept",
-                    sentence: "Sums for each model and day of the last 90 days, and the latest limits. The files can be read by your account only."
+                    sentence: "Of 90 days, sums for each model and day and how each limit was used; which responses were counted, and how far each file was read. Only your account can read it."
                 },
                 {
                     symbol: "check",
