@@ -61,9 +61,10 @@ HotKeySetting HotKeyView::computed() const {
     setting.canRecord =
         status.state != HotKeyState::silent && status.state != HotKeyState::unsupported;
     setting.isProblem = wasRefused || isProblem(status.state);
-    setting.caption = wasRefused
-                          ? QStringLiteral("Hold Ctrl, Alt or Super with a letter or digit, or take a function key.")
-                          : captionOf(status, setting.keys, command);
+    setting.caption =
+        wasRefused ? QStringLiteral(
+                         "Hold Ctrl, Alt or Super with a letter or digit, or take a function key.")
+                   : captionOf(status, setting.keys, command);
     return setting;
 }
 
