@@ -10,6 +10,8 @@ FocusScope {
     required property string name
     default property list<SettingsSection> sections
     property int currentIndex: 0
+    /// Concerns all sections; empty for none.
+    property string warning: ""
     signal chosen(int index)
     signal closeRequested
     signal quitRequested
@@ -49,6 +51,14 @@ FocusScope {
             currentIndex: frame.currentIndex
             focus: true
             onChosen: index => frame.chosen(index)
+        }
+        Label {
+            anchors { left: parent.left; right: parent.right; bottom: parent.bottom; margins: Theme.space.m }
+            visible: text !== ""
+            text: frame.warning
+            size: Theme.type.caption
+            color: Theme.colors.criticalText
+            wrapMode: Text.Wrap
         }
         Rectangle {
             anchors { right: parent.right; top: parent.top; bottom: parent.bottom }

@@ -123,6 +123,21 @@ TEST_F(PreferencesTest, AreTheSameWithoutTheToolkit) {
     }
 }
 
+TEST_F(PreferencesTest, TellWhyAChangeIsNotKeptAndKeepItOnceTheyCan) {
+    CapturedLog log;
+    Process process(file);
+    const std::filesystem::path directory = file.parent_path();
+    std::filesystem::remove_all(directory);
+    std::ofstream(directory) << "in its way";
+    process.preferences.showResetTime = false;
+    EXPECT_TRUE(until([&] { return !process.preferences.unsaved().value().empty(); }));
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr(file.string() + ": Not a directory")));
+    std::filesystem::remove(directory);
+    std::filesystem::create_directory(directory);
+    EXPECT_TRUE(process.preferences.save());
+    EXPECT_THAT(contents(), HasSubstr("showResetTime=false"));
+}
+
 /// Files of pieces that mean something in them, put together at random.
 TEST(StoredSettings, AreWhatTheToolkitReadsHoweverTheFileIsWritten) {
     needEventLoop();

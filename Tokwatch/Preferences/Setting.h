@@ -22,6 +22,8 @@ class AnySetting;
 struct SettingList {
     QSettings& storage;
     std::vector<AnySetting*> all;
+    std::function<void()> onStore =
+        {}; ///< called after each change, whether it could be stored or not
 };
 
 /// A setting as it is named, read and assigned in text, as on the command line. Main thread.
@@ -39,7 +41,7 @@ class AnySetting {
 
   protected:
     AnySetting(SettingList& list, const char* itsName, const char* whatItIs)
-        : name(itsName), about(whatItIs), settings(list.storage) {
+        : name(itsName), about(whatItIs), settings(list.storage), siblings(list) {
         list.all.push_back(this);
     }
     AnySetting(const AnySetting&) = delete;
@@ -47,6 +49,7 @@ class AnySetting {
     ~AnySetting() = default;
 
     QSettings& settings;
+    const SettingList& siblings;
 };
 
 /// One of the user's settings: an observable value that is kept in the settings file under
@@ -81,8 +84,10 @@ class Setting final : public AnySetting {
         if (accept) wanted = accept(std::move(wanted));
         // What is shown may be a stored value brought into its bounds, hence the look at the
         // file's.
-        if ((!(stored() == wanted) || !settings.contains(name)) && storageIsSound(settings))
-            storeSetting(settings, name, wanted);
+        if (!(stored() == wanted) || !settings.contains(name)) {
+            if (storageIsSound(settings)) storeSetting(settings, name, wanted);
+            if (siblings.onStore) siblings.onStore();
+        }
         chosen.setValue(true);
         state.setValue(std::move(wanted));
         return *this;

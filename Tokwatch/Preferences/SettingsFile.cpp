@@ -1,11 +1,16 @@
 #include "Tokwatch/Preferences/SettingsFile.h"
 
+#include "Platform/System/FileDescriptor.h"
 #include "Platform/System/PrivateFiles.h"
 #include "Platform/System/WholeFile.h"
 #include "Tokwatch/Preferences/PlainSettings.h"
 #include "Tokwatch/Preferences/SettingText.h"
 #include "Tokwatch/Preferences/StoredSettings.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <sstream>
 #include <string_view>
 #include <system_error>
@@ -45,6 +50,14 @@ std::optional<std::string> settingsObstacle(const std::filesystem::path& file) {
     if (obstacle == std::errc::invalid_argument) return "is not a regular file";
     if (obstacle == std::errc::file_too_large) return "is too large";
     return "cannot be read: " + obstacle.message();
+}
+
+std::string writingObstacle(const std::filesystem::path& file) {
+    const FileDescriptor writable(::open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
+    // It is replaced by another that is made beside it.
+    if (!writable.isOpen() || ::access(file.parent_path().c_str(), W_OK | X_OK) != 0)
+        return std::generic_category().message(errno);
+    return "there may be no room left";
 }
 
 std::vector<int> linesThatAreNoSettings(const std::filesystem::path& file) {

@@ -16,6 +16,9 @@ inline constexpr std::size_t largestSettings = 1'048'576;
 /// would wait for a pipe, and replace what it could not read.
 std::optional<std::string> settingsObstacle(const std::filesystem::path& file);
 
+/// What keeps the file from being written, as the system says it.
+std::string writingObstacle(const std::filesystem::path& file);
+
 /// The numbers (from 1) of the lines that are no setting, no group and no comment. QSettings leaves
 /// them out, and out of the file, too, at the next change.
 std::vector<int> linesThatAreNoSettings(const std::filesystem::path& file);

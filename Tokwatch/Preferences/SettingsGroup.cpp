@@ -4,6 +4,7 @@
 #include "Tokwatch/Preferences/SettingsFollower.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <algorithm>
@@ -17,7 +18,14 @@ constexpr const char* nowhere = "/dev/null/Tokwatch.conf";
 
 } // namespace
 
-SettingsGroup::SettingsGroup(QSettings& settings) : list{settings, {}} {}
+SettingsGroup::SettingsGroup(QSettings& settings) : list{settings, {}} {
+    saving.setSingleShot(true);
+    QObject::connect(&saving, &QTimer::timeout, &saving, [this] { saveOrTell(); });
+    // Commands save themselves, and have no loop.
+    list.onStore = [this] {
+        if (QCoreApplication::instance() != nullptr) saving.start(0);
+    };
+}
 
 SettingsGroup::~SettingsGroup() = default;
 
@@ -48,11 +56,31 @@ void SettingsGroup::reload() {
 
 bool SettingsGroup::save() {
     if (!areKnown() || !storageIsSound(list.storage)) return false;
-    list.storage.sync();
-    // A line that is no setting makes QSettings speak of an error for good and of no other: then it
-    // has to do that the file may be written.
-    if (list.storage.status() == QSettings::FormatError) return list.storage.isWritable();
-    return list.storage.status() == QSettings::NoError;
+    // Another for the same file: one that failed once speaks of that for good.
+    QSettings present(list.storage.fileName(), QSettings::IniFormat);
+    present.sync();
+    // A line that is no setting makes QSettings speak of an error and of no other: then it has to
+    // do that the file may be written.
+    if (present.status() == QSettings::FormatError) return present.isWritable();
+    return present.status() == QSettings::NoError;
+}
+
+std::string SettingsGroup::whyUnsaved() const {
+    if (!areKnown()) return "what is there cannot be used";
+    const std::filesystem::path file = fileOf(list.storage);
+    return settingsObstacle(file).value_or(writingObstacle(file));
+}
+
+void SettingsGroup::saveOrTell() {
+    constexpr int retryMilliseconds = 10'000;
+    std::string reason = save() ? "" : whyUnsaved();
+    if (!reason.empty()) {
+        if (reason != obstacle.value())
+            systemLog("changes of settings could not be written to " +
+                      fileOf(list.storage).string() + ": " + reason);
+        saving.start(retryMilliseconds);
+    }
+    obstacle = std::move(reason);
 }
 
 void SettingsGroup::followFile() {

@@ -2,6 +2,9 @@
 
 #include "Tokwatch/Preferences/Setting.h"
 
+#include <QProperty>
+#include <QTimer>
+
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -38,6 +41,11 @@ class SettingsGroup {
     void reload();
     /// Writes the file now; false when that failed.
     bool save();
+    /// Why changes are not in the file, as "Permission denied"; empty where they are. What cannot
+    /// be written is tried again. Observable.
+    const QProperty<std::string>& unsaved() const { return obstacle; }
+    /// The same of a `save` that failed.
+    std::string whyUnsaved() const;
 
   protected:
     /// The settings outlive the group.
@@ -49,7 +57,11 @@ class SettingsGroup {
     SettingList list;
 
   private:
+    void saveOrTell();
+
     std::vector<std::string> toldFaults;
+    QProperty<std::string> obstacle;
+    QTimer saving;
     std::unique_ptr<SettingsFollower> follower;
 };
 

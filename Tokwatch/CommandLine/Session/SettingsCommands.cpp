@@ -60,7 +60,9 @@ int SessionCommands::run(const CommandSurroundings& surroundings,
         surroundings.terminal.error(wanted.name.substr(0, wanted.name.rfind('.') + 1) + *refusal);
         return exitUsage;
     }
-    if (!wanted.group.save()) throw CommandError("writing " + wanted.file.string() + " failed");
+    if (!wanted.group.save())
+        throw CommandError("writing " + wanted.file.string() +
+                           " failed: " + wanted.group.whyUnsaved());
     return exitOk;
 }
 

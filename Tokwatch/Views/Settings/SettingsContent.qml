@@ -8,6 +8,7 @@ SettingsFrame {
     required property SettingsView view
 
     name: "Tokwatch Settings"
+    warning: view.unsaved
     currentIndex: view.page
     onChosen: index => view.page = index
     onCloseRequested: view.closeRequested()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Views/Settings/AlertsView.h"
 #include "Tokwatch/Views/Settings/GeneralView.h"
 #include "Tokwatch/Views/Settings/HotKeyView.h"
@@ -32,6 +33,7 @@ class SettingsView : public QObject {
     Q_PROPERTY(tokwatch::WidgetView* widget READ widget CONSTANT)
     Q_PROPERTY(tokwatch::ProvidersView* providers READ providers CONSTANT)
     Q_PROPERTY(tokwatch::UpdatesView* updates READ updates CONSTANT)
+    Q_PROPERTY(QString unsaved READ unsaved NOTIFY unsavedChanged)
     Q_PROPERTY(QString claudeServer READ claudeServer CONSTANT)
     Q_PROPERTY(QString codexServer READ codexServer CONSTANT)
     Q_PROPERTY(QString version READ version CONSTANT)
@@ -51,6 +53,8 @@ class SettingsView : public QObject {
     ProvidersView* providers() { return &providersView; }
     /// Null where there is no feed to ask.
     UpdatesView* updates() { return updatesView.get(); }
+    /// A sentence while changes cannot be kept.
+    QString unsaved() const { return warning.value(); }
     /// Whom the logins go to.
     static QString claudeServer();
     static QString codexServer();
@@ -58,6 +62,7 @@ class SettingsView : public QObject {
 
   signals:
     void pageChanged();
+    void unsavedChanged();
     void closeRequested();
     void quitRequested();
 
@@ -71,6 +76,8 @@ class SettingsView : public QObject {
     WidgetView widgetView;
     ProvidersView providersView;
     const std::unique_ptr<UpdatesView> updatesView;
+    Q_OBJECT_BINDABLE_PROPERTY(SettingsView, QString, warning, &SettingsView::unsavedChanged)
+    ObservingUpdater<QString> warningUpdater;
 };
 
 } // namespace tokwatch
