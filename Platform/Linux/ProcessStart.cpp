@@ -1,9 +1,13 @@
 #include "Platform/Linux/ProcessStart.h"
 
+#include "Platform/System/FileDescriptor.h"
+
+#include <fcntl.h>
 #include <langinfo.h>
 #include <locale.h>
 #include <sys/resource.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <latch>
@@ -48,6 +52,15 @@ void requireThreads(int count) {
         throw std::system_error(error.code(), "starting threads");
     }
     release.count_down();
+}
+
+void requireDescriptors(int count) {
+    std::vector<FileDescriptor> held;
+    for (int i = 0; i < count; ++i) {
+        held.emplace_back(::open("/", O_PATH | O_CLOEXEC));
+        if (!held.back().isOpen())
+            throw std::system_error(errno, std::generic_category(), "opening files");
+    }
 }
 
 } // namespace tokwatch

@@ -21,4 +21,8 @@ void prepareCommand();
 /// would wait for ever for one of its own that never began.
 void requireThreads(int count);
 
+/// Throws std::system_error where this process may not open so many files more. A thread of the
+/// toolkit's that finds no descriptors for its wake-ups ends the process by a signal.
+void requireDescriptors(int count);
+
 } // namespace tokwatch

@@ -26,6 +26,8 @@ namespace {
 
 /// Ours, the toolkit's, and a few to spare.
 constexpr int threads = 12;
+/// It has 20 open while its windows are closed.
+constexpr int descriptors = 32;
 
 /// The same options as those of the commands, which starts this program.
 tokwatch::UserPaths pathsFrom(const QCommandLineParser& parser, const QCommandLineOption& home,
@@ -43,6 +45,7 @@ int run(int argc, char** argv) {
     tokwatch::preventCoreDumps();
     tokwatch::ensureUTF8Locale();
     tokwatch::requireThreads(threads);
+    tokwatch::requireDescriptors(descriptors);
     tokwatch::leaveOutMuteSessionBus();
     // Pictures of this size are drawn faster, and in a third of the memory, without a graphics
     // driver.

@@ -1,9 +1,23 @@
 #include "Tokwatch/CommandLine/Session/EventLoop.h"
 
+#include "Platform/Linux/ProcessStart.h"
 #include "Platform/Linux/TerminationSignals.h"
 #include "TokwatchCore/Limits/URLSessionHTTPClient.h"
 
 namespace tokwatch {
+namespace {
+
+/// A follower has 15 open, half of them its threads'.
+constexpr int descriptors = 20;
+
+std::unique_ptr<QCoreApplication> makeApplication(int& argumentCount, char** arguments) {
+    requireDescriptors(descriptors);
+    return std::make_unique<QCoreApplication>(argumentCount, arguments);
+}
+
+} // namespace
+
+EventLoop::EventLoop() : application(makeApplication(argumentCount, arguments.data())) {}
 
 EventLoop::~EventLoop() {
     // Its end would wait for the look-up; the program leaves without it.

@@ -10,8 +10,8 @@ namespace tokwatch {
 /// The event loop of a command that needs one: for D-Bus, the network, or to follow changes.
 class EventLoop {
   public:
-    EventLoop()
-        : application(std::make_unique<QCoreApplication>(argumentCount, arguments.data())) {}
+    /// Throws std::system_error where the process may open too few files.
+    EventLoop();
     ~EventLoop();
     EventLoop(const EventLoop&) = delete;
     EventLoop& operator=(const EventLoop&) = delete;
