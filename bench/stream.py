@@ -8,7 +8,6 @@ do side by side, and half of them have tool output and whole responses of others
 follower's store must equal that of one pass; exits with 1 when it does not. Latencies are those of responses whose last
 line names a reason."""
 import argparse
-import json
 import os
 import random
 import signal
@@ -19,12 +18,8 @@ import sys
 import threading
 import time
 
+from assistants import claude_line
 from world import World, database
-
-
-def stamp():
-    now = time.time()
-    return time.strftime("%Y-%m-%dT%H:%M:%S", time.gmtime(now)) + ".%03dZ" % (now % 1 * 1000)
 
 
 class Session(threading.Thread):
@@ -38,10 +33,8 @@ class Session(threading.Thread):
         self.count, self.ended = 0, {}
 
     def line(self, key, output, reason, sidechain=False):
-        return json.dumps({"parentUuid": None, "isSidechain": sidechain, "sessionId": "s%d" % self.number, "message": {
-            "model": "claude-opus-4-1-20250805", "id": key, "role": "assistant",
-            "content": [{"type": "text", "text": "x" * self.random.randrange(2000)}], "stop_reason": reason,
-            "usage": {"input_tokens": 10, "output_tokens": output}}, "type": "assistant", "timestamp": stamp()}) + "\n"
+        return claude_line("s%d" % self.number, key, {"input_tokens": 10, "output_tokens": output}, reason,
+                           text="x" * self.random.randrange(2000), sidechain=sidechain)
 
     def between(self):
         """What others write between a response's lines."""

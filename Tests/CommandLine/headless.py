@@ -367,17 +367,22 @@ def check_secret_free(where, data):
             sys.exit("FAILED: a login or an answer is in " + where)
 
 
+def in_namespaces(command, *kinds):
+    """Runs a command in namespaces of its own and answers its exit status, 77 where the system does not allow them."""
+    namespaces = ["setpriv", "--pdeathsig", "KILL", "unshare", *kinds] + ([] if os.getuid() == 0 else ["--map-root-user"])
+    trial = subprocess.run([*namespaces, "true"], stderr=subprocess.PIPE, text=True, check=False)
+    if trial.returncode != 0:
+        print("skipped: this system allows no namespaces: " + trial.stderr.strip())
+        return 77
+    return subprocess.run([*namespaces, *command], check=False).returncode
+
+
 def enter_namespaces(script):
     """Runs the script again in namespaces and on a bus of its own, and ends with it; answers the programs once there."""
     programs = [os.path.realpath(path) for path in sys.argv[1:] if path != "inside"]
     if sys.argv[-1] != "inside":
-        namespaces = ["unshare", "--net", "--mount"] + ([] if os.getuid() == 0 else ["--map-root-user"])
-        trial = subprocess.run([*namespaces, "true"], stderr=subprocess.PIPE, text=True, check=False)
-        if trial.returncode != 0:
-            print("skipped: this system allows no namespaces: " + trial.stderr.strip())
-            sys.exit(77)
-        inside = [sys.executable, os.path.realpath(script), *programs, "inside"]
-        sys.exit(subprocess.run([*namespaces, "dbus-run-session", "--", *inside], check=False).returncode)
+        inside = ["dbus-run-session", "--", sys.executable, os.path.realpath(script), *programs, "inside"]
+        sys.exit(in_namespaces(inside, "--net", "--mount"))
     return programs
 
 
