@@ -51,6 +51,11 @@ void PopupPanel::open(QPoint at, QSize size) {
     if (grabs) grabTimer.start();
 }
 
+void PopupPanel::belongTo(QWindow& parent) {
+    window.setFlags(Qt::Popup | Qt::FramelessWindowHint);
+    window.setTransientParent(&parent);
+}
+
 void PopupPanel::resize(QSize size) {
     if (opened) place(size);
 }

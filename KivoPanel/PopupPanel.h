@@ -35,6 +35,11 @@ class PopupPanel : public QObject {
     void close();
     bool isOpen() const { return opened; }
 
+    /// Before the first opening: makes it a menu of another window, which is shown, so that a
+    /// Wayland compositor places it there. The keyboard may stay where it is (sway): the pointer is
+    /// enough.
+    void belongTo(QWindow& parent);
+
     /// Called for a press elsewhere, in screen coordinates; true keeps the window open. Whoever was
     /// pressed does not hear of it.
     std::function<bool(QPoint at, Qt::MouseButton button)> onPressElsewhere;

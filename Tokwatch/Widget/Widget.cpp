@@ -25,11 +25,6 @@ constexpr Seconds fileLatency{0.1};
 /// Screens come, go and change in several steps.
 constexpr std::chrono::milliseconds screensLatency{300};
 
-/// A compositor places windows and does not say where.
-bool isPlacedByCompositor() {
-    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-}
-
 kivo::SavedFrames savedFrames(const WidgetPreferences& preferences) {
     return kivo::savedFramesFrom(QString::fromStdString(preferences.frames()));
 }
@@ -151,7 +146,7 @@ void Widget::sizeChanged() {
 }
 
 void Widget::remember() {
-    if (isPlacedByCompositor()) return;
+    if (!window.onDesktop().isPlaceKnown()) return;
     const kivo::SavedFrames frames =
         kivo::remembering(savedFrames(preferences), window.place(), kivo::presentScreens());
     preferences.setFrames(kivo::textOf(frames).toStdString());
@@ -172,6 +167,7 @@ void Widget::openMenu(QPoint at) {
         {QStringLiteral("Hide Widget"), false, [this] { preferences.shown = false; }});
     menu = std::make_unique<WidgetMenu>(std::move(entries), window.looks());
     connect(menu.get(), &WidgetMenu::closed, this, [this] { menu.release()->deleteLater(); });
+    if (window.onDesktop().isSurface()) menu->belongTo(window);
     menu->open(at);
 }
 

@@ -23,6 +23,8 @@ class WidgetMenu : public QRasterWindow {
 
     WidgetMenu(std::vector<Entry> entries, const WidgetLooks& looks);
 
+    /// As `PopupPanel::belongTo`; before it opens.
+    void belongTo(QWindow& parent) { panel.belongTo(parent); }
     void open(QPoint at);
 
   signals:

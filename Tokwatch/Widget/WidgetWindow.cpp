@@ -1,7 +1,5 @@
 #include "Tokwatch/Widget/WidgetWindow.h"
 
-#include "KivoPanel/DesktopWindow.h"
-
 #include <QAccessibleObject>
 #include <QGuiApplication>
 #include <QMouseEvent>
@@ -16,9 +14,21 @@ namespace {
 
 /// A window manager that moves the window tells each step of the way.
 constexpr std::chrono::milliseconds settleTime{400};
+/// A surface is at its next place some frames after it was sent there.
+constexpr std::chrono::milliseconds surfaceTime{100};
+
+using Dragging = kivo::DesktopWindow::Dragging;
 
 QString nameOfWindow() {
     return QStringLiteral("Tokwatch");
+}
+
+QWindow& withCorners(QWindow& window, bool areRound) {
+    if (!areRound) return window;
+    QSurfaceFormat translucent = window.format();
+    translucent.setAlphaBufferSize(8);
+    window.setFormat(translucent);
+    return window;
 }
 
 class WidgetAccessible : public QAccessibleObject {
@@ -46,15 +56,10 @@ QAccessibleInterface* accessibleOf(const QString&, QObject* object) {
 
 } // namespace
 
-WidgetWindow::WidgetWindow(const WidgetLooks& looks) : drawnWith(looks) {
+WidgetWindow::WidgetWindow(const WidgetLooks& looks)
+    : drawnWith(looks), desktop(withCorners(*this, looks.isRounded)) {
     setTitle(nameOfWindow());
-    if (looks.isRounded) {
-        QSurfaceFormat translucent = format();
-        translucent.setAlphaBufferSize(8);
-        setFormat(translucent);
-    }
     QAccessible::installFactory(accessibleOf);
-    kivo::putOnDesktop(*this);
     settling.setSingleShot(true);
     settling.setInterval(settleTime);
     connect(&settling, &QTimer::timeout, this, &WidgetWindow::tellIfMoved);
@@ -76,10 +81,13 @@ void WidgetWindow::setLooks(const WidgetLooks& looks) {
 }
 
 void WidgetWindow::setPlace(const QRect& next) {
+    if (standIn) {
+        standIn.reset();
+        grip.reset();
+        update();
+    }
     restingPlace = next;
-    setMinimumSize(next.size());
-    setMaximumSize(next.size());
-    setGeometry(next);
+    desktop.setPlace(next);
 }
 
 QAccessibleInterface* WidgetWindow::accessibleRoot() const {
@@ -90,6 +98,7 @@ void WidgetWindow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.fillRect(QRect(QPoint(), size()), Qt::transparent);
+    if (standIn && standIn->isExposed()) return;
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     paintWidget(painter, shown, drawnWith);
 }
@@ -106,13 +115,36 @@ void WidgetWindow::mouseMoveEvent(QMouseEvent* event) {
     if (!isDragged && way.manhattanLength() < QGuiApplication::styleHints()->startDragDistance())
         return;
     isDragged = true;
-    // A compositor moves its windows itself, and takes the pointer until it is let go.
-    if (QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
+    switch (desktop.dragging()) {
+    case Dragging::itself:
+        return setPosition(event->globalPosition().toPoint() - *grip);
+    case Dragging::standIn:
+        return carry(way);
+    case Dragging::byCompositor:
+        // It takes the pointer until that is let go.
         grip.reset();
         startSystemMove();
-        return;
     }
-    setPosition(event->globalPosition().toPoint() - *grip);
+}
+
+void WidgetWindow::carry(QPoint way) {
+    if (!standIn) {
+        standIn = std::make_unique<WidgetWindow>(drawnWith);
+        standIn->setFlag(Qt::WindowTransparentForInput);
+        standIn->present(shown);
+        standIn->setPlace(restingPlace);
+        standIn->show();
+    }
+    standIn->setPlace(restingPlace.translated(way));
+    update();
+}
+
+void WidgetWindow::putDown() {
+    WidgetWindow* const last = standIn.release();
+    setPlace(last->place());
+    update();
+    QTimer::singleShot(surfaceTime, last, &QObject::deleteLater);
+    emit moved();
 }
 
 void WidgetWindow::mouseReleaseEvent(QMouseEvent* event) {
@@ -122,11 +154,11 @@ void WidgetWindow::mouseReleaseEvent(QMouseEvent* event) {
     grip.reset();
     if (!isDragged) return emit clicked();
     isDragged = false;
-    tellIfMoved();
+    standIn ? putDown() : tellIfMoved();
 }
 
 void WidgetWindow::moveEvent(QMoveEvent*) {
-    if (!grip) settling.start();
+    if (!grip && desktop.dragging() == Dragging::itself) settling.start();
 }
 
 void WidgetWindow::tellIfMoved() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KivoDesktop/DesktopWindow.h"
 #include "Tokwatch/Widget/WidgetDisplay.h"
 #include "Tokwatch/Widget/WidgetPicture.h"
 
@@ -7,6 +8,7 @@
 #include <QRasterWindow>
 #include <QTimer>
 
+#include <memory>
 #include <optional>
 
 namespace tokwatch {
@@ -22,11 +24,12 @@ class WidgetWindow : public QRasterWindow {
     void present(const WidgetDisplay& display);
     void setLooks(const WidgetLooks& looks);
     const WidgetLooks& looks() const { return drawnWith; }
-    /// In one size, so that compositors that tile windows leave it alone.
+    /// Ends a drag that is under way.
     void setPlace(const QRect& place);
     /// Where it was set or moved to. While a window manager takes it over, its geometry is not
     /// that.
     const QRect& place() const { return restingPlace; }
+    const kivo::DesktopWindow& onDesktop() const { return desktop; }
     /// What a screen reader reads.
     std::string spoken() const { return shown.spoken(); }
 
@@ -47,13 +50,17 @@ class WidgetWindow : public QRasterWindow {
 
   private:
     void tellIfMoved();
+    void carry(QPoint way);
+    void putDown();
 
     WidgetLooks drawnWith;
+    kivo::DesktopWindow desktop;
     WidgetDisplay shown;
     QRect restingPlace;
     std::optional<QPoint> grip; ///< where the pointer holds the window, while it is pressed
     bool isDragged = false;
-    QTimer settling; ///< after a move that was the window manager's
+    std::unique_ptr<WidgetWindow> standIn; ///< shows the widget on its way
+    QTimer settling;                       ///< after a move that was the window manager's
 };
 
 } // namespace tokwatch

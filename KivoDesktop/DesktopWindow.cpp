@@ -1,4 +1,6 @@
-#include "KivoPanel/DesktopWindow.h"
+#include "KivoDesktop/DesktopWindow.h"
+
+#include "KivoDesktop/LayerSurface.h"
 
 #include <QGuiApplication>
 #include <QWindow>
@@ -28,14 +30,7 @@ void setHints(xcb_connection_t* server, xcb_window_t window, std::string_view pr
                         count, values.data());
 }
 
-} // namespace
-
-void putOnDesktop(QWindow& window) {
-    window.setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint |
-                    Qt::WindowDoesNotAcceptFocus);
-    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    xcb_connection_t* server = x11 == nullptr ? nullptr : x11->connection();
-    if (server == nullptr) return;
+void keepBelow(QWindow& window, xcb_connection_t* server) {
     const auto id = static_cast<xcb_window_t>(window.winId());
     setHints<1>(server, id, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
                 {atom(server, "_NET_WM_WINDOW_TYPE_UTILITY")});
@@ -45,6 +40,35 @@ void putOnDesktop(QWindow& window) {
                  atom(server, "_NET_WM_STATE_SKIP_PAGER")});
     constexpr std::uint32_t allWorkspaces = 0xFFFFFFFF;
     setHints<1>(server, id, "_NET_WM_DESKTOP", XCB_ATOM_CARDINAL, {allWorkspaces});
+}
+
+bool isWayland() {
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
+} // namespace
+
+DesktopWindow::DesktopWindow(QWindow& placedWindow) : window(placedWindow) {
+    window.setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint |
+                    Qt::WindowDoesNotAcceptFocus);
+    if (isWayland()) layer = LayerSurface::of(window);
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    xcb_connection_t* server = x11 == nullptr ? nullptr : x11->connection();
+    if (server != nullptr) keepBelow(window, server);
+}
+
+DesktopWindow::~DesktopWindow() = default;
+
+DesktopWindow::Dragging DesktopWindow::dragging() const {
+    if (layer) return Dragging::standIn;
+    return isWayland() ? Dragging::byCompositor : Dragging::itself;
+}
+
+void DesktopWindow::setPlace(const QRect& place) {
+    window.setMinimumSize(place.size());
+    window.setMaximumSize(place.size());
+    window.setGeometry(place);
+    if (layer) layer->setPlace(place);
 }
 
 } // namespace kivo
