@@ -1,4 +1,5 @@
 #include "KivoLaunch/LoginItem.h"
+#include "Tests/Support/TemporaryDirectory.h"
 #include "Tests/Views/FakeHotKey.h"
 #include "Tokwatch/DesktopPreferences/ChosenHotKey.h"
 #include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
@@ -21,16 +22,21 @@ kivo::LoginItem& loginItem() {
     return item;
 }
 
-AlertPreferences& alertPreferences() {
-    static const std::unique_ptr<QSettings> nobodys = settingsOfNobody();
-    static AlertPreferences preferences(*nobodys);
+/// Settings of a kind, in a file that goes with the pictures' end.
+template<typename Preferences>
+Preferences& settingsNamed(const char* name) {
+    static const TemporaryDirectory directory;
+    static const std::unique_ptr<QSettings> file = settingsFile(directory / name);
+    static Preferences preferences(*file);
     return preferences;
 }
 
+AlertPreferences& alertPreferences() {
+    return settingsNamed<AlertPreferences>("Notifications.conf");
+}
+
 DesktopPreferences& desktopPreferences() {
-    static const std::unique_ptr<QSettings> nobodys = settingsOfNobody();
-    static DesktopPreferences preferences(*nobodys);
-    return preferences;
+    return settingsNamed<DesktopPreferences>("Desktop.conf");
 }
 
 ChosenHotKey& hotKey() {
@@ -40,9 +46,7 @@ ChosenHotKey& hotKey() {
 }
 
 WidgetPreferences& widgetPreferences() {
-    static const std::unique_ptr<QSettings> nobodys = settingsOfNobody();
-    static WidgetPreferences preferences(*nobodys);
-    return preferences;
+    return settingsNamed<WidgetPreferences>("Widget.conf");
 }
 
 std::unique_ptr<SettingsView> settingsView(DemoWorld& world, SettingsView::Page page,
