@@ -29,8 +29,7 @@ std::optional<HotKey> hotKeyFrom(QStringView text);
 
 /// The key as X servers number it (the unshifted symbol of a letter); none for what is not usable.
 std::optional<std::uint32_t> keysymOf(Qt::Key key);
-/// As the desktop portal takes it: "CTRL+ALT+t", by the shortcuts specification of
-/// freedesktop.org.
+/// As the desktop portal takes it: "CTRL+ALT+t", by freedesktop.org's rules for shortcuts.
 QString portalTrigger(const HotKey& hotKey);
 
 } // namespace kivo

@@ -22,8 +22,8 @@ class AnySetting;
 struct SettingList {
     QSettings& storage;
     std::vector<AnySetting*> all;
-    std::function<void()> onStore =
-        {}; ///< called after each change, whether it could be stored or not
+    /// Called after each change, whether it could be stored or not.
+    std::function<void()> onStore = {};
 };
 
 /// A setting as it is named, read and assigned in text, as on the command line. Main thread.
