@@ -184,13 +184,14 @@ endfunction()
 # All that is also run under the thread sanitizer: the tests with the label "concurrent".
 add_custom_target(ConcurrencyTests)
 
-# tokwatch_test(NAME SOURCES … LINK … [LABELS …]): one test program, its cases known to ctest one by one.
+# tokwatch_test(NAME SOURCES … [ALONE sources …] LINK … [LABELS …]): one test program, its cases known to ctest one by one.
 function(tokwatch_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "SOURCES;ALONE;LINK;LABELS" ${ARGN})
+  set_source_files_properties(${ARG_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   add_executable(${name} ${ARG_SOURCES})
   target_compile_options(${name} PRIVATE ${TOKWATCH_TEST_OPTIONS})
   target_link_libraries(${name} PRIVATE TokwatchBuildFlags TestHeaders TestsSupport ${ARG_LINK} GTest::gmock GTest::gtest_main)
-  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests UNITY_BUILD OFF)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   if("concurrent" IN_LIST ARG_LABELS)
     add_dependencies(ConcurrencyTests ${name})
   endif()

@@ -9,7 +9,7 @@ namespace tokwatch {
 namespace {
 
 constexpr double hour = 3600;
-constexpr double day = 24 * hour;
+constexpr double twoDays = 48 * hour;
 
 /// The rules of spacing, told a second time and simply: what an attempt must have waited for.
 struct Expectation {
@@ -51,7 +51,7 @@ class Days : protected testing::ModelWorld {
         model->start();
         check(false);
         double lived = 0;
-        while (lived < 2 * day && !::testing::Test::HasFailure()) {
+        while (lived < twoDays && !::testing::Test::HasFailure()) {
             lived += step();
             check(false);
             if (chance(0.01)) {
@@ -74,7 +74,7 @@ class Days : protected testing::ModelWorld {
     /// One thing that happens; the seconds that it took.
     double step() {
         const int what = std::uniform_int_distribution(0, 11)(random);
-        if (what == 0) time.jump(Seconds{between(-3 * day, 3 * day)});
+        if (what == 0) time.jump(Seconds{between(-72 * hour, 72 * hour)});
         if (what == 1) time.jump(Seconds{between(-400, 400)});
         if (what == 2) flip();
         if (what == 3) model->refresh();

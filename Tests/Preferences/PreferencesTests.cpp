@@ -94,8 +94,24 @@ TEST_F(PreferencesTest, FindsEverySettingAgainAfterARestart) {
     EXPECT_EQ(after.preferences.named("ShowDockIcon"), nullptr);
 }
 
-TEST_F(PreferencesTest, AreTheSameWithoutTheToolkit) {
-    const testing::CapturedLog log;
+/// Files that are read as the toolkit reads them. Each is a file of its own: the toolkit takes one
+/// for unchanged that is replaced by another of its size within a tick of the clock.
+class StoredSettings : public Test {
+    TemporaryDirectory home;
+    const CapturedLog log;
+    int files = 0;
+
+  protected:
+    StoredSettings() { needEventLoop(); }
+
+    void expectTheSame(const std::string& text) {
+        const std::filesystem::path file = home.write(std::to_string(++files), text);
+        const Process toolkit(file);
+        EXPECT_EQ(PlainSettings::read(file), toolkit.preferences.plain()) << PrintToString(text);
+    }
+};
+
+TEST_F(StoredSettings, AreTheSameWithoutTheToolkit) {
     std::string choices = "[General]\n";
     std::string nonsense = choices;
     for (const Setting& each : settings) {
@@ -118,8 +134,7 @@ TEST_F(PreferencesTest, AreTheSameWithoutTheToolkit) {
               "[General]\nmenuBarWindows\\codex=w\nclaudeLiveLimits=\"YES\"\npinnedProvider=\n"),
           std::string("[menuBarWindows]\nclaude=\"a, \\\"b\\\" \"\ncodex = week ly \ngrok=a, b\n"),
           std::string("no settings at all")}) {
-        const Process toolkit = reading(text);
-        EXPECT_EQ(PlainSettings::read(file), toolkit.preferences.plain()) << text;
+        expectTheSame(text);
     }
 }
 
@@ -139,10 +154,7 @@ TEST_F(PreferencesTest, TellWhyAChangeIsNotKeptAndKeepItOnceTheyCan) {
 }
 
 /// Files of pieces that mean something in them, put together at random.
-TEST(StoredSettings, AreWhatTheToolkitReadsHoweverTheFileIsWritten) {
-    needEventLoop();
-    const CapturedLog log;
-    const TemporaryDirectory home;
+TEST_F(StoredSettings, AreTheSameHoweverTheFileIsWritten) {
     constexpr std::array pieces{"[General]",
                                 "[menuBarWindows]",
                                 "[other]",
@@ -183,10 +195,7 @@ TEST(StoredSettings, AreWhatTheToolkitReadsHoweverTheFileIsWritten) {
         std::string text;
         for (std::size_t left = random() % 24; left > 0; --left)
             text += pieces[random() % pieces.size()];
-        // Each its own file: the toolkit remembers those that have been there.
-        const std::filesystem::path file = home.write(std::to_string(round), text);
-        const Process toolkit(file);
-        EXPECT_EQ(PlainSettings::read(file), toolkit.preferences.plain()) << PrintToString(text);
+        expectTheSame(text);
     }
 }
 

@@ -6,7 +6,7 @@
 
 namespace tokwatch::testing {
 
-const Date now = *parseISO8601("2026-11-24T15:00:00Z");
+const Date afternoon = *parseISO8601("2026-11-24T15:00:00Z");
 constexpr const char* today = "2026-11-24";
 /// The start of a day before it.
 Date dayAgo(int days) {
@@ -25,7 +25,8 @@ DailyRow row(ProviderID provider, const char* model, const char* day, std::int64
 
 UsageSummary summarizeDays(std::int64_t days, const std::vector<DailyRow>& rows,
                            const std::vector<SessionCount>& sessions = {}) {
-    return summarize(days, SummaryWindow(days, now, Calendar::utc()), rows, sessions, prices());
+    return summarize(days, SummaryWindow(days, afternoon, Calendar::utc()), rows, sessions,
+                     prices());
 }
 
 std::vector<std::string> modelNames(const UsageSummary& summary) {
@@ -149,7 +150,7 @@ TEST(UsageSummary, OfAStoreLeavesOutWhatLiesOutsideTheWindow) {
         event("1", "old", "2026-11-22T23:59:59Z"), event("2", "old", "2026-11-23T00:00:00Z"),
         event("3", "new", "2026-11-24T23:59:59Z"), event("4", "new", "2026-11-25T00:00:00Z")};
     store.ingest(events, utc);
-    const UsageSummary summary = store.summary(2, now, utc, prices());
+    const UsageSummary summary = store.summary(2, afternoon, utc, prices());
     EXPECT_EQ(summary.tokens.total(), 2'000'000);
     EXPECT_EQ(summary.sessions, 1) << "a session belongs to its first day alone";
 }
