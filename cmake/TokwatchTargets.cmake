@@ -152,8 +152,14 @@ function(tokwatch_compile_written target)
   target_sources(${target} PRIVATE ${together}.cpp)
 endfunction()
 
+# tokwatch_take(LIBRARY FUNCTION): programs with the library have this function, which takes nothing, whether they call it or not.
+function(tokwatch_take library function)
+  string(LENGTH ${function} length)
+  target_link_options(${library} INTERFACE LINKER:--undefined=_Z${length}${function}v)
+endfunction()
+
 # tokwatch_qml_module(URI uri [PUBLIC …] [PRIVATE …]): the folder as a library of QML components and the C++ types beside
-# them, compiled ahead.
+# them, compiled ahead. Who links it can import it: no plugin, which is two more files to compile a module.
 function(tokwatch_qml_module)
   cmake_parse_arguments(ARG "" "URI" "PUBLIC;PRIVATE" ${ARGN})
   tokwatch_folder()
@@ -170,6 +176,7 @@ function(tokwatch_qml_module)
     URI ${ARG_URI}
     VERSION 1.0
     RESOURCE_PREFIX /qt/qml
+    NO_PLUGIN
     ${cache}
     SOURCES ${sources}
     QML_FILES ${components})
@@ -179,6 +186,12 @@ function(tokwatch_qml_module)
   tokwatch_use(${name} PUBLIC Qt6::Quick ${ARG_PUBLIC})
   tokwatch_use(${name} PRIVATE TokwatchBuildFlags ${ARG_PRIVATE})
   tokwatch_compile_written(${name})
+  # What makes types and compiled components known runs when the program starts, if it is taken from the archive.
+  string(REPLACE "." "_" module ${ARG_URI})
+  tokwatch_take(${name} qml_register_types_${module})
+  if(NOT cache)
+    tokwatch_take(${name} qInitResources_qmlcache_${name})
+  endif()
 endfunction()
 
 # All that is also run under the thread sanitizer: the tests with the label "concurrent".
