@@ -141,7 +141,7 @@ int main(int argc, char** argv) {
     AppDelegate delegate(Surroundings::real(paths), preferences, settings->fileName().toStdString(),
                          alertPreferences, desktopPreferences, widgetPreferences, bus, scheduler);
     delegate.launch();
-    constexpr double settledAfter = 8;
+    constexpr double settledAfter = 15;
     runFor(settledAfter);
     const double trayMemory = proportionalMemory();
 
@@ -172,7 +172,7 @@ int main(int argc, char** argv) {
     }
     const std::vector<double> scrolls = scrollModels(preferences);
     popover()->close();
-    constexpr double releasedAfter = 90;
+    constexpr double releasedAfter = 120;
     runFor(releasedAfter);
     std::printf(
         "{\"trayMB\": %.1f, \"openMB\": %.1f, \"closedMB\": %.1f, \"firstOpenMs\": %.1f, "

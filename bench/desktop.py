@@ -17,10 +17,10 @@ import time
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 MODELS = 5000
 FIGURES = [
-    ("trayMB", "memory, status item alone", "MB", 35),
+    ("trayMB", "memory, status item alone", "MB", 25),
     ("openMB", "memory, popover open", "MB", 60),
-    ("closedMB", "memory, 90 s after it was closed", "MB", None),
-    ("firstOpenMs", "first opening", "ms", 150),
+    ("closedMB", "memory, two minutes after it was closed", "MB", 35),
+    ("firstOpenMs", "first opening", "ms", 60),
     ("laterOpenMs", "later openings, median of 15", "ms", 40),
     ("tabSwitchMs", "switch of tabs, median of 27", "ms", 16.7),
     ("tabSwitchMaxMs", "switch of tabs, longest", "ms", None),

@@ -171,7 +171,11 @@ function(tokwatch_qml_module)
   if(TOKWATCH_SANITIZE)
     set(cache NO_CACHEGEN)
   endif()
-  qt_add_qml_module(${name} STATIC
+  get_target_property(compiler Qt6::qmlcachegen LOCATION)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/qmlcachegen.in ${CMAKE_BINARY_DIR}/qmlcachegen @ONLY FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+  qt_add_library(${name} STATIC)
+  set_target_properties(${name} PROPERTIES QT_QMLCACHEGEN_EXECUTABLE ${CMAKE_BINARY_DIR}/qmlcachegen)
+  qt_add_qml_module(${name}
     OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/qml/${path}
     URI ${ARG_URI}
     VERSION 1.0

@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/InotifyStream.h"
 #include "Platform/Linux/LinuxCredentialSource.h"
+#include "Platform/Linux/ProcessMemory.h"
 #include "Tokwatch/Limits/AttemptFile.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "TokwatchCore/Limits/LimitsCache.h"
@@ -97,6 +98,13 @@ Application::~Application() {
     sharing.reset();
     appModel.reset();
     background.reset();
+}
+
+void Application::start(LimitsStart limits) {
+    sharing->start(limits);
+    // Most of the code that has run by then will not run again, and the process stays for days.
+    constexpr Seconds settled{10};
+    started = scheduler.after(settled, giveBackMemory);
 }
 
 } // namespace tokwatch

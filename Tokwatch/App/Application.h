@@ -47,7 +47,7 @@ class Application {
     ~Application();
 
     /// Begins to show what is stored, and to work unless another process over the same data does.
-    void start(LimitsStart limits = LimitsStart::atOnce) { sharing->start(limits); }
+    void start(LimitsStart limits = LimitsStart::atOnce);
 
     /// Takes effect within moments.
     void setRank(WorkLease::Rank rank) { sharing->setRank(rank); }
@@ -67,6 +67,7 @@ class Application {
     std::optional<LimitsService> limitsService;
     std::optional<AppModel> appModel;
     std::optional<WorkSharing> sharing;
+    std::unique_ptr<ScheduledCall> started;      ///< what follows a start
     std::optional<BackgroundThreads> background; ///< its work uses all of the above
 };
 

@@ -180,6 +180,7 @@ void AppDelegate::makePopover() {
                            QmlWindow::Content{popoverSource, [this] { return makePopoverView(); }});
     popoverWindow.emplace(*popoverContent);
     popover.emplace(*popoverWindow, now, [this] { popoverOpened(); });
+    popoverContent->keepReady();
     popoverWindow->onContentHeight = [this] { popover->contentHeightChanged(); };
     popoverWindow->onPressElsewhere = [this](QPoint at, Qt::MouseButton button) {
         return pressedElsewhere(at, button);

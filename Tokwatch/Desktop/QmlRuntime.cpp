@@ -1,7 +1,5 @@
 #include "Tokwatch/Desktop/QmlRuntime.h"
 
-#include <malloc.h>
-
 namespace tokwatch {
 
 std::shared_ptr<QQmlEngine> QmlRuntime::engine() {
@@ -11,10 +9,6 @@ std::shared_ptr<QQmlEngine> QmlRuntime::engine() {
     appearance.install(*made);
     current = made;
     return made;
-}
-
-void QmlRuntime::trim() {
-    ::malloc_trim(0);
 }
 
 } // namespace tokwatch

@@ -17,8 +17,6 @@ class QmlRuntime {
 
     std::shared_ptr<QQmlEngine> engine();
     kivo::Theme& theme() const { return appearance; }
-    /// Gives freed memory back to the system; for the moment after a window went.
-    void trim();
 
   private:
     kivo::Theme& appearance;

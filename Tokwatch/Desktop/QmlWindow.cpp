@@ -1,5 +1,6 @@
 #include "Tokwatch/Desktop/QmlWindow.h"
 
+#include "Platform/Linux/ProcessMemory.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <QGuiApplication>
@@ -58,8 +59,20 @@ void QmlWindow::followLayoutDirection(QQuickView& view) {
     QQmlProperty::write(all, QStringLiteral("LayoutMirroring.childrenInherit"), true, context);
 }
 
+void QmlWindow::keepReady() {
+    isKeptReady = true;
+    readyCall = scheduler.after(readyAfter, [this] {
+        if (!quickView) make();
+    });
+}
+
 void QmlWindow::letGo() {
-    if (quickView) releaseCall = scheduler.after(keepTime, [this] { release(); });
+    if (!quickView) return;
+    releaseCall = scheduler.after(keepTime, [this] {
+        release();
+        if (isKeptReady) make();
+        giveBackMemory();
+    });
 }
 
 void QmlWindow::release() {
@@ -69,7 +82,6 @@ void QmlWindow::release() {
     quickView.reset();
     viewObject.reset();
     engine.reset();
-    runtime.trim();
 }
 
 } // namespace tokwatch

@@ -14,11 +14,14 @@ class QQuickView;
 namespace tokwatch {
 
 /// A window with QML inside that is made when it is first wanted, kept a while after it was closed
-/// so that it reopens at once, and then given back with all that it held. Main thread only.
+/// so that it reopens at once, and then given back with all that it held. One that is to be at hand
+/// is made before it is wanted, and anew when it was given back. Main thread only.
 class QmlWindow : public QObject {
     Q_OBJECT
   public:
     static constexpr Seconds keepTime{60};
+    /// After the start, which has more urgent things to do.
+    static constexpr Seconds readyAfter{5};
 
     /// What is shown: a QML file whose root has a property "view" for the view object.
     struct Content {
@@ -36,6 +39,9 @@ class QmlWindow : public QObject {
     QQuickView* existing() const { return quickView.get(); }
     /// The view object; null where there is no window.
     QObject* view() const { return viewObject.get(); }
+
+    /// From now on the window is at hand: it opens in half of the time, for 8 MB.
+    void keepReady();
 
     /// Leaves the background, and with it the corners, to the content, or paints it. Until the
     /// window is given back.
@@ -66,6 +72,8 @@ class QmlWindow : public QObject {
     std::unique_ptr<QObject> viewObject;
     std::unique_ptr<QQuickView> quickView;
     bool translucent = false;
+    bool isKeptReady = false;
+    std::unique_ptr<ScheduledCall> readyCall;
     std::unique_ptr<ScheduledCall> releaseCall;
 };
 

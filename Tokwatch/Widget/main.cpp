@@ -1,6 +1,7 @@
 #include "KivoLooks/DesktopAppearance.h"
 #include "Platform/Linux/InotifyStream.h"
 #include "Platform/Linux/MuteSessionBus.h"
+#include "Platform/Linux/ProcessMemory.h"
 #include "Platform/Linux/ProcessStart.h"
 #include "Platform/Linux/QtScheduler.h"
 #include "Platform/Linux/TerminationSignals.h"
@@ -16,6 +17,7 @@
 #include <QGuiApplication>
 #include <QProcess>
 #include <QSettings>
+#include <QTimer>
 
 #include <chrono>
 #include <cstdio>
@@ -86,6 +88,8 @@ int run(int argc, char** argv) {
                   {paths.snapshotDirectory(), settingsPath(), InotifyStream::open, systemNow,
                    Calendar::current, [places] { openTokwatch(places); }});
     widget.open();
+    // Most of the code that has run by then will not run again, and the process stays for days.
+    QTimer::singleShot(std::chrono::seconds{10}, giveBackMemory);
     const TerminationSignals termination([] { QGuiApplication::quit(); });
     return QGuiApplication::exec();
 }
