@@ -32,7 +32,7 @@ QByteArray contents(const QString& path, qint64 most) {
     file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
     struct stat status = {};
     if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return {};
-    return file.read(most);
+    return file.read(std::min<qint64>(most, status.st_size)); // for which it makes room first
 }
 
 QString withoutComments(QString text) {

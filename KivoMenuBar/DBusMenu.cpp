@@ -128,8 +128,10 @@ QVariantMap DBusMenu::properties(int itemId, const QStringList& names) const {
 MenuLayoutItem DBusMenu::layout(int itemId, int depth, const QStringList& names) const {
     MenuLayoutItem result{itemId, properties(itemId, names), {}};
     if (depth == 0) return result;
+    // Less than nothing means all, whatever number a host has for it.
+    const int below = depth < 0 ? depth : depth - 1;
     for (const int child : children(itemId))
-        result.children.append(layout(child, depth - 1, names));
+        result.children.append(layout(child, below, names));
     return result;
 }
 

@@ -37,7 +37,7 @@ void load(const StoredSettings& settings, const char* key, bool& value) {
 void load(const StoredSettings& settings, const char* key, double& value) {
     const std::string text = settings.text(key).value_or("");
     std::string_view number = trimmed(text);
-    if (number.starts_with('+')) number.remove_prefix(1);
+    if (number.starts_with('+') && !number.starts_with("+-")) number.remove_prefix(1);
     double parsed = 0;
     const auto [end, error] = std::from_chars(number.begin(), number.end(), parsed);
     if (error == std::errc{} && end == number.end()) value = parsed;

@@ -43,7 +43,10 @@ bool storageIsSound(const QSettings& settings) {
 
 std::optional<std::string> storedText(const QSettings& settings, const char* key) {
     const QVariant stored = settings.value(key);
-    if (!stored.isValid() || stored.typeId() == QMetaType::QStringList) return std::nullopt;
+    // A list in which a text begins with "@" is one of other values.
+    const bool isList =
+        stored.typeId() == QMetaType::QStringList || stored.typeId() == QMetaType::QVariantList;
+    if (!stored.isValid() || isList) return std::nullopt;
     return stored.toString().toStdString();
 }
 

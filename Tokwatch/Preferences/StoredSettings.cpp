@@ -22,6 +22,11 @@ struct Line {
     std::size_t equals = std::string_view::npos;
 };
 
+/// Whether both letters of a line's end are there, in either order.
+bool isLineEnd(std::string_view text) {
+    return text.starts_with("\r\n") || text.starts_with("\n\r");
+}
+
 Line takeLine(std::string_view& rest) {
     Line line;
     bool isQuoted = false;
@@ -29,7 +34,7 @@ Line takeLine(std::string_view& rest) {
     for (; at < rest.size(); ++at) {
         const char letter = rest[at];
         if (letter == '"') isQuoted = !isQuoted;
-        if (letter == '\\') ++at;
+        if (letter == '\\') at += isLineEnd(rest.substr(at + 1)) ? 2 : 1;
         if (isQuoted) continue;
         if (letter == '\n' || letter == '\r' || (letter == ';' && at > 0)) break;
         if (letter == '=' && line.equals == std::string_view::npos) line.equals = at;
@@ -45,12 +50,23 @@ Line takeLine(std::string_view& rest) {
     return line;
 }
 
-/// The number that the digits at the front are, which are then gone.
+/// The value of a digit; none where it is none of the base.
+std::optional<unsigned> digitOf(char letter, int base) {
+    unsigned digit = 0;
+    const auto [end, error] = std::from_chars(&letter, &letter + 1, digit, base);
+    return error == std::errc{} ? std::optional(digit) : std::nullopt;
+}
+
+/// The number that the digits at the front are, as many as there are, which are then gone. Its
+/// letter is that of the last 16 bits.
 std::optional<unsigned> takeNumber(std::string_view& digits, int base) {
-    unsigned number = 0;
-    const auto [end, error] = std::from_chars(digits.begin(), digits.end(), number, base);
-    if (error != std::errc{}) return std::nullopt;
-    digits.remove_prefix(static_cast<std::size_t>(end - digits.begin()));
+    std::optional<unsigned> number;
+    while (!digits.empty()) {
+        const std::optional<unsigned> digit = digitOf(digits.front(), base);
+        if (!digit) break;
+        number = (number.value_or(0) * static_cast<unsigned>(base) + *digit) & 0xFFFF;
+        digits.remove_prefix(1);
+    }
     return number;
 }
 
@@ -72,12 +88,11 @@ std::string takeEscaped(std::string_view& rest) {
     const char letter = rest.front();
     const auto numbered = [&rest](int base) {
         const std::optional<unsigned> number = takeNumber(rest, base);
-        return number ? utf8Of(std::wstring(1, static_cast<wchar_t>(*number & 0xFFFF))) : "";
+        return number ? utf8Of(std::wstring(1, static_cast<wchar_t>(*number))) : "";
     };
     if (letter >= '0' && letter <= '7') return numbered(8);
-    rest.remove_prefix(1);
+    rest.remove_prefix(isLineEnd(rest) ? 2 : 1);
     if (letter == 'x') return numbered(16);
-    if (letter == '\r' && rest.starts_with('\n')) rest.remove_prefix(1);
     const auto* const found = std::ranges::find(names, letter, &std::pair<char, char>::first);
     return found == names.end() ? std::string() : std::string(1, found->second);
 }
@@ -92,32 +107,52 @@ std::string plainItem(std::string item) {
     return item;
 }
 
+bool isBlank(char letter) {
+    return letter == ' ' || letter == '\t';
+}
+
+/// One item while it is read.
+struct Item {
+    std::string text;
+    std::size_t kept = 0;  ///< letters that stay, blanks or not
+    bool isQuoted = false; ///< some of it; then its blanks stay
+
+    void chop() {
+        while (!isQuoted && text.size() > kept && isBlank(text.back()))
+            text.pop_back();
+    }
+};
+
 /// The items between the commas; between quotation marks a comma is a letter like others.
 std::vector<std::string> itemsOf(std::string_view value) {
-    std::vector<std::string> items(1);
-    bool isQuoted = false;
-    std::size_t kept = 0; // letters of the last item that are no blanks, or quoted
+    std::vector<std::string> items;
+    Item item;
+    bool isWithin = false; // quotation marks
+    bool isBefore = true;  // the letters after a comma or a quotation, blanks left out
     while (!value.empty()) {
         const char letter = value.front();
         value.remove_prefix(1);
+        if (isBefore && isBlank(letter)) continue;
+        isBefore = false;
         if (letter == '"') {
-            isQuoted = !isQuoted;
-            kept = items.back().size();
-        } else if (letter == ',' && !isQuoted) {
-            items.back().resize(kept);
-            items.emplace_back();
-            kept = 0;
+            item.isQuoted = true;
+            isWithin = !isWithin;
+            isBefore = !isWithin;
+            if (isBefore) item.kept = item.text.size();
+        } else if (letter == ',' && !isWithin) {
+            item.chop();
+            items.push_back(std::exchange(item, {}).text);
+            isBefore = true;
         } else if (letter == '\\') {
-            items.back() += takeEscaped(value);
-            kept = items.back().size();
-        } else if ((letter == ' ' || letter == '\t') && !isQuoted) {
-            if (!items.back().empty()) items.back() += letter;
+            if (value.empty()) item.kept = item.text.size();
+            if (const std::string escaped = takeEscaped(value); !escaped.empty())
+                item.kept = item.text.append(escaped).size();
         } else {
-            items.back() += letter;
-            kept = items.back().size();
+            item.text += letter;
         }
     }
-    items.back().resize(kept);
+    item.chop();
+    items.push_back(std::move(item.text));
     if (items.size() == 1 && items.front() == "@Invalid()") return {};
     std::ranges::transform(items, items.begin(), plainItem);
     return items;

@@ -23,6 +23,9 @@ struct Field {
     const char* key;
     Value Record::*member;
 };
+// Said to clang, which before its 17th release finds none for aggregates.
+template<typename Record, typename Value>
+Field(const char*, Value Record::*) -> Field<Record, Value>;
 
 extern template Json encode(const TokenCounts&, DateCoding);
 extern template Json encode(const LimitWindow&, DateCoding);
