@@ -31,7 +31,8 @@ void tail(benchmark::State& state) {
     std::string lines;
     while (lines.size() < 8'000'000)
         lines += ClaudeResponse{}.line() + noise(4'000);
-    const auto file = home.write("log.jsonl", lines);
+    const auto path = home.write("log.jsonl", lines);
+    const LogFile file{path.string(), fileAttributes(path)};
     TailBuffer buffer;
     for (auto _ : state)
         benchmark::DoNotOptimize(

@@ -1,10 +1,8 @@
 #include "Tests/Indexing/IndexerServiceFixture.h"
 #include "Tests/Support/OrdinaryUser.h"
-#include "Tokwatch/Indexing/BoundedQueue.h"
 #include "Tokwatch/Indexing/SliceReader.h"
 
 #include <limits>
-#include <thread>
 
 namespace tokwatch::testing {
 
@@ -22,13 +20,6 @@ struct IndexerFailureTest : IndexerServiceTest {
     }
 };
 
-TEST(BoundedQueue, LetsAWaitingProducerGoWhenItIsClosed) {
-    BoundedQueue<int> queue(1);
-    queue.push(1, 1);
-    const std::jthread producer([&queue] { EXPECT_FALSE(queue.push(2, 1)); });
-    queue.close();
-}
-
 TEST_F(IndexerFailureTest, CountsNothingThatIsOpenOfAFileThatWasReplacedMeanwhile) {
     home.write(claudeLog, ClaudeResponse{.id = "old", .stopReason = "null"}.line() + noise);
     const std::vector<PendingFile> files{
@@ -36,6 +27,7 @@ TEST_F(IndexerFailureTest, CountsNothingThatIsOpenOfAFileThatWasReplacedMeanwhil
          findLogFiles(ProviderID::claude, home / ".claude/projects").files.at(0),
          {}}};
     SliceReader reader(files, time.clock());
+    reader.begin(0);
     EXPECT_THAT(reader.next()->events, IsEmpty()) << "it may go on";
     std::filesystem::rename(home.write("new", ClaudeResponse{"new"}.line() + noise),
                             home / claudeLog);

@@ -202,6 +202,42 @@ TEST_F(IndexerServiceTest, ReadsAFileLargerThanASliceInOnePass) {
     EXPECT_EQ(outputTokens(), 100);
 }
 
+/// Of a response that stands in two files the first one counts, of limits the newest, and a file is
+/// left alone once it cannot be read.
+TEST_F(IndexerServiceTest, StoresTheSameHoweverManyThreadsRead) {
+    const std::string filler =
+        R"({"type":"user","content":")" + std::string(1 << 18, 'x') + "\"}\n";
+    for (int i = 0; i < 48; ++i) {
+        const std::string name = std::to_string(i * 37 % 48);
+        std::string claude;
+        std::string codex = CodexLog::session("s" + name) + CodexLog::model("gpt-5");
+        for (int line = 0; line < i * 5 % 40; ++line) {
+            const int output = i + line;
+            claude += ClaudeResponse{.id = std::to_string(line * i % 97), .output = output}.line();
+            codex += CodexLog::usage(std::to_string(line * i % 89), 1, output) +
+                     CodexLog::limits(output);
+        }
+        home.write(".claude/projects/p/" + name + ".jsonl", claude + filler + claude);
+        home.write(".codex/sessions/" + name + ".jsonl", codex + filler + codex);
+    }
+    home.write(".claude/projects/p/huge.jsonl", ClaudeResponse{"first"}.line() +
+                                                    std::string(9 << 20, 'x') + "\n" +
+                                                    ClaudeResponse{"last"}.line());
+    const auto pass = [this](std::size_t readers) {
+        store = std::make_shared<UsageStore>(":memory:");
+        std::vector<std::int64_t> bytes;
+        Indexer all(store, locations, days, time.clock(), {}, readers);
+        const IndexOutcome outcome = all.pass(
+            [&](const IndexingProgress& progress) { bytes.push_back(progress.bytesRead); });
+        return std::tuple(outcome, summary(), store->cursorTexts(),
+                          store->limits(ProviderID::codex), bytes);
+    };
+    const auto alone = pass(1);
+    EXPECT_GT(std::get<0>(alone).newEvents, 50);
+    for (const std::size_t readers : {2U, 8U})
+        EXPECT_EQ(pass(readers), alone) << readers;
+}
+
 TEST_F(IndexerServiceTest, RunsOnePassAtATimeAndKeepsOneWaiting) {
     home.write(claudeLog, ClaudeResponse{"msg_1"}.line());
     int passes = 0; // which a thread of the indexer's own counts, one by one

@@ -12,8 +12,9 @@ namespace tokwatch::testing {
 struct JSONLTailTest : Test {
     /// Reads on from where the last call stopped.
     std::vector<std::string> readOn(std::int64_t maxBytes = JSONLTail::sliceBytes) {
+        const std::filesystem::path path = home / "log.jsonl";
         const JSONLTail::Result result =
-            JSONLTail::read(home / "log.jsonl", cursor, maxBytes, buffer);
+            JSONLTail::read({path.string(), fileAttributes(path)}, cursor, maxBytes, buffer);
         cursor = result.cursor;
         reset = result.reset;
         bytesRead = result.bytesRead;

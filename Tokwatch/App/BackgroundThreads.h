@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/Indexing/BoundedQueue.h"
+#include "Tokwatch/App/BoundedQueue.h"
 
 #include <functional>
 #include <thread>

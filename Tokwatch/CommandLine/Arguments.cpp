@@ -11,6 +11,8 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tokwatch {
@@ -264,6 +266,13 @@ std::string suggestionFor(const CLI::ParseError& error, const CLI::App& app,
 
 int runCommandLine(int argc, const char* const* argv, Terminal& terminal,
                    const CarryOut& carryOut) {
+    // Asked for by scripts, and all that the rest of this takes is for something else.
+    if (argc == 2 && std::string_view(argv[1]) == "--version") {
+        return carriedOut(terminal, [&terminal] {
+            terminal.line(versionText());
+            return exitOk;
+        });
+    }
     CLI::App app(
         "Rate limits and token usage of AI coding assistants. Without a command: the desktop application.",
         "tokwatch");
@@ -283,25 +292,37 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal,
     bool showsAllRows = false;
     DoctorOptions doctor;
     addPaths(app, invocation.arguments);
-    addIndex(app, invocation);
-    addSummary(app, invocation, summary);
-    addLimits(app, invocation, limits);
-    addStatus(app, invocation, title);
-    addWatch(app, invocation);
-    addStatusline(app, invocation.arguments, statusline).callback([&] {
-        invocation.command = statusline;
-    });
-    addRefresh(app, invocation);
-    addReread(app, invocation, reread);
-    addSnapshot(app, invocation);
-    addPreferences(app, invocation, setting);
-    addReport(app, invocation, report);
-    addExport(app, invocation, exported);
-    addAudit(app, invocation, showsAllRows);
-    addDoctor(app, invocation, doctor);
+    const std::pair<std::string_view, std::function<void()>> commands[] = {
+        {"index", [&] { addIndex(app, invocation); }},
+        {"summary", [&] { addSummary(app, invocation, summary); }},
+        {"limits", [&] { addLimits(app, invocation, limits); }},
+        {"status", [&] { addStatus(app, invocation, title); }},
+        {"watch", [&] { addWatch(app, invocation); }},
+        {"statusline",
+         [&] {
+             addStatusline(app, invocation.arguments, statusline).callback([&] {
+                 invocation.command = statusline;
+             });
+         }},
+        {"refresh", [&] { addRefresh(app, invocation); }},
+        {"reread", [&] { addReread(app, invocation, reread); }},
+        {"snapshot", [&] { addSnapshot(app, invocation); }},
+        {"preferences", [&] { addPreferences(app, invocation, setting); }},
+        {"report", [&] { addReport(app, invocation, report); }},
+        {"export", [&] { addExport(app, invocation, exported); }},
+        {"audit", [&] { addAudit(app, invocation, showsAllRows); }},
+        {"doctor", [&] { addDoctor(app, invocation, doctor); }},
+    };
+    // For a command its own words are enough; help, completion and suggestions need all.
+    const std::string_view first = argc > 1 ? argv[1] : "";
+    const auto named =
+        std::ranges::find(commands, first, [](const auto& each) { return each.first; });
+    for (const auto& [name, add] : commands) {
+        if (named == std::end(commands) || name == first) add();
+    }
 
     // Shells ask for this and people do not; the words may be anything.
-    if (argc > 1 && std::string_view(argv[1]) == "complete") {
+    if (first == "complete") {
         const CompletionOptions completion{&app, {argv + 2, argv + argc}};
         return carriedOut(terminal,
                           [&] { return carryOut(invocation.surroundings(terminal), completion); });

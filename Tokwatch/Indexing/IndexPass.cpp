@@ -1,6 +1,6 @@
 #include "Tokwatch/Indexing/IndexPass.h"
 
-#include "Tokwatch/Indexing/BoundedQueue.h"
+#include "Tokwatch/Indexing/ReadAhead.h"
 #include "TokwatchCore/Records/RecordCoding.h"
 #include "TokwatchCore/Support/Amounts.h"
 #include "TokwatchCore/Support/SystemLog.h"
@@ -8,8 +8,9 @@
 #include <algorithm>
 #include <exception>
 #include <iterator>
+#include <string_view>
 #include <system_error>
-#include <thread>
+#include <unordered_map>
 
 namespace tokwatch {
 namespace {
@@ -22,10 +23,8 @@ constexpr std::size_t groupEventLimit = 16'384;
 constexpr std::size_t firstGroupEvents = 2'048;
 /// Slices in one transaction: bounds what a killed pass has to read again.
 constexpr std::size_t groupSliceLimit = 1'024;
-/// Below this many unread bytes a second thread costs more than it brings.
-constexpr std::int64_t readAheadBytes = 2'097'152;
-/// How far the reader may run ahead, in events and slices.
-constexpr std::size_t readAheadWeight = 16'384;
+/// For less than this many unread bytes a further thread costs more than it brings.
+constexpr std::int64_t bytesForReader = 2'097'152;
 /// How many folders of a root are named that could not be listed.
 constexpr std::size_t namedFailures = 5;
 
@@ -64,27 +63,20 @@ void logFailure(const PendingFile& pending, const std::string& reason) {
 IndexPass::IndexPass(Surroundings given) : surroundings(given), groupEvents(firstGroupEvents) {}
 
 IndexOutcome IndexPass::run() {
-    if (!surroundings.scope) cursorTexts = surroundings.store.cursorTexts();
-    for (const ProviderID provider : allCases<ProviderID>)
-        findPending(provider);
+    findPending();
     std::int64_t unread = 0;
     for (const Part& part : parts)
         unread += part.progress.bytesTotal;
-    if (unread < readAheadBytes) {
+    const auto readers = static_cast<std::size_t>(unread / bytesForReader);
+    if (readers == 0) {
         readInline();
     } else {
-        readAhead();
+        readAhead(std::min({readers, surroundings.readers, files.size()}));
     }
     flush();
     logUnstored();
     noteUnfinished();
     return outcome;
-}
-
-bool IndexPass::isKnownUnchanged(ProviderID provider, const LogFile& file) const {
-    const auto found = cursorTexts.find(file.path);
-    return !isDocument(provider) && found != cursorTexts.end() &&
-           standsAt(found->second, file.attributes.inode, file.attributes.size);
 }
 
 std::vector<LogFile> IndexPass::filesIn(ProviderID provider, const std::filesystem::path& root) {
@@ -121,71 +113,88 @@ void IndexPass::noteFailures(const std::filesystem::path& root,
     unlisted.push_back(std::move(text));
 }
 
-std::optional<FileCursor> IndexPass::storedCursor(const std::string& path) const {
-    if (surroundings.scope) return surroundings.store.cursor(path);
-    const auto found = cursorTexts.find(path);
-    if (found == cursorTexts.end()) return std::nullopt;
-    return decodeCursorRow(path, found->second);
+std::vector<IndexPass::Candidate> IndexPass::candidates() {
+    std::vector<Candidate> listed;
+    for (const ProviderID provider : allCases<ProviderID>) {
+        Part& part = parts.emplace_back(Part{{provider, 0, 0}, {provider, 0, 0, 0}});
+        for (const std::filesystem::path& root : surroundings.locations.logRoots(provider)) {
+            std::vector<LogFile> inRoot = filesIn(provider, root);
+            part.statistics.files += std::ssize(inRoot);
+            listed.reserve(listed.size() + inRoot.size());
+            for (LogFile& file : inRoot)
+                listed.push_back({provider, false, std::move(file), {}});
+        }
+    }
+    return listed;
 }
 
-void IndexPass::findPending(ProviderID provider) {
-    Part& part = parts.emplace_back(Part{{provider, 0, 0}, {provider, 0, 0, 0}});
-    for (const std::filesystem::path& root : surroundings.locations.logRoots(provider)) {
-        for (LogFile& file : filesIn(provider, root)) {
-            ++part.statistics.files;
-            if (isKnownUnchanged(provider, file)) continue;
-            PendingFile candidate{provider, std::move(file), std::nullopt};
-            try {
-                candidate.cursor = storedCursor(candidate.file.path);
-            } catch (const DecodingError& error) {
-                ++unreadableFiles;
-                logFailure(candidate, error.what());
-                continue;
-            }
-            if (!isChanged(candidate)) continue;
-            part.progress.bytesTotal += unreadBytes(candidate);
-            files.push_back(std::move(candidate));
+/// Of a pass over all files: what the store knows of each. Most rows say that nothing has changed
+/// and are done with here, before anything of them is copied.
+void IndexPass::noteCursors(std::vector<Candidate>& listed) {
+    std::unordered_multimap<std::string_view, Candidate*> byPath(listed.size());
+    for (Candidate& candidate : listed)
+        byPath.emplace(candidate.file.path, &candidate);
+    surroundings.store.visitCursors([&byPath](std::string_view path, std::string_view row) {
+        for (auto [at, end] = byPath.equal_range(path); at != end; ++at) {
+            Candidate& candidate = *at->second;
+            const FileAttributes& attributes = candidate.file.attributes;
+            candidate.isUnchanged =
+                !isDocument(candidate.provider) && standsAt(row, attributes.inode, attributes.size);
+            if (!candidate.isUnchanged) candidate.cursorRow = row;
         }
+    });
+}
+
+std::optional<FileCursor> IndexPass::storedCursor(const Candidate& candidate) const {
+    const std::string& path = candidate.file.path;
+    if (surroundings.scope) return surroundings.store.cursor(path);
+    if (!candidate.cursorRow) return std::nullopt;
+    return decodeCursorRow(path, *candidate.cursorRow);
+}
+
+void IndexPass::findPending() {
+    std::vector<Candidate> listed = candidates();
+    if (!surroundings.scope) noteCursors(listed);
+    for (Candidate& candidate : listed) {
+        if (candidate.isUnchanged) continue;
+        PendingFile pending{candidate.provider, candidate.file, std::nullopt};
+        try {
+            pending.cursor = storedCursor(candidate);
+        } catch (const DecodingError& error) {
+            ++unreadableFiles;
+            logFailure(pending, error.what());
+            continue;
+        }
+        if (!isChanged(pending)) continue;
+        partOf(pending.provider).progress.bytesTotal += unreadBytes(pending);
+        files.push_back(std::move(pending));
     }
 }
 
 void IndexPass::readInline() {
     SliceReader reader(files, surroundings.now);
-    while (!surroundings.stop) {
-        std::optional<Slice> slice = reader.next();
-        if (!slice) return;
-        take(std::move(*slice));
-    }
-}
-
-void IndexPass::readAhead() {
-    BoundedQueue<Slice> queue(readAheadWeight);
-    std::thread worker;
-    try {
-        worker = std::thread([this, &queue] {
-            SliceReader reader(files, surroundings.now);
-            while (std::optional<Slice> slice = reader.next()) {
-                const std::size_t weight = slice->events.size() + 1;
-                if (!queue.push(std::move(*slice), weight)) return;
-            }
-            queue.close();
-        });
-    } catch (const std::system_error&) {
-        return readInline(); // the system allows no more threads
-    }
-    try {
+    for (std::size_t file = 0; file < files.size(); ++file) {
+        reader.begin(file);
         while (!surroundings.stop) {
-            std::optional<Slice> slice = queue.pop();
+            std::optional<Slice> slice = reader.next();
             if (!slice) break;
             take(std::move(*slice));
         }
-    } catch (...) {
-        queue.close();
-        worker.join();
-        throw;
     }
-    queue.close();
-    worker.join();
+}
+
+void IndexPass::readAhead(std::size_t readers) {
+    std::optional<ReadAhead> ahead;
+    try {
+        ahead.emplace(files, surroundings.now, readers);
+    } catch (const std::system_error&) {
+        return readInline(); // the system allows no more threads
+    }
+    while (!surroundings.stop) {
+        std::optional<Slice> slice = ahead->next();
+        if (!slice) return;
+        take(std::move(*slice));
+    }
 }
 
 void IndexPass::take(Slice slice) {

@@ -12,14 +12,13 @@
 #include <set>
 #include <span>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace tokwatch {
 
-/// One pass over the log files in its scope. Large amounts are read and parsed on a thread that
-/// runs ahead, while this thread writes what it read in file order; the result does not depend on
-/// timing.
+/// One pass over the log files in its scope. Large amounts are read and parsed on threads that run
+/// ahead, while this thread writes what they read in file order; the result does not depend on
+/// timing or on their number.
 ///
 /// Slices are stored in groups: the events of a group in one transaction, then its cursors in
 /// another. A pass that dies in between finds its events already seen the next time.
@@ -33,6 +32,7 @@ class IndexPass {
         const Indexer::IngestEvents& ingestEvents;
         const Indexer::ProgressHandler& progress;
         const IndexScope& scope;
+        std::size_t readers;           ///< threads at most that run ahead
         const std::atomic<bool>& stop; ///< ends the pass after the present slice
     };
 
@@ -62,15 +62,24 @@ class IndexPass {
         IndexStatistics::Provider statistics;
     };
 
-    void findPending(ProviderID provider);
+    /// A file that was listed, and the row of its cursor, but for those that need no decoding.
+    struct Candidate {
+        ProviderID provider = ProviderID::claude;
+        bool isUnchanged = false;
+        LogFile file;
+        std::optional<std::string> cursorRow;
+    };
+
+    std::vector<Candidate> candidates();
+    void noteCursors(std::vector<Candidate>& listed);
+    void findPending();
     Part& partOf(ProviderID provider);
-    bool isKnownUnchanged(ProviderID provider, const LogFile& file) const;
     std::vector<LogFile> filesIn(ProviderID provider, const std::filesystem::path& root);
     void noteFailures(const std::filesystem::path& root,
                       const std::vector<LogListing::Failure>& failures);
-    std::optional<FileCursor> storedCursor(const std::string& path) const;
+    std::optional<FileCursor> storedCursor(const Candidate& candidate) const;
     void readInline();
-    void readAhead();
+    void readAhead(std::size_t readers);
     void take(Slice slice);
     void noteCodexLimits(std::optional<ProviderLimits> limits);
     void flush();
@@ -83,7 +92,6 @@ class IndexPass {
     void noteUnfinished();
 
     Surroundings surroundings;
-    std::unordered_map<std::string, std::string> cursorTexts; ///< of a pass over all files
     std::vector<Part> parts;
     std::vector<PendingFile> files; ///< changed ones, provider by provider
     std::set<std::size_t> unstored; ///< files of which a slice could not be stored

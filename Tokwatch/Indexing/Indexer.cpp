@@ -6,6 +6,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 namespace tokwatch {
@@ -13,13 +14,18 @@ namespace {
 
 /// After a pass of this many bytes the allocator is asked to give back what it kept.
 constexpr std::int64_t longPassBytes = 16'777'216;
+constexpr unsigned mostReaders = 8;
 
 } // namespace
 
+std::size_t Indexer::usualReaders() {
+    return std::clamp(std::thread::hardware_concurrency(), 1U, mostReaders);
+}
+
 Indexer::Indexer(std::shared_ptr<UsageStore> usageStore, ProviderLocations places,
-                 CalendarSource days, Clock clock, IngestEvents ingest)
+                 CalendarSource days, Clock clock, IngestEvents ingest, std::size_t most)
     : store(std::move(usageStore)), locations(std::move(places)), calendar(std::move(days)),
-      now(std::move(clock)), ingestEvents(std::move(ingest)) {
+      now(std::move(clock)), ingestEvents(std::move(ingest)), readers(most) {
     if (!ingestEvents) {
         ingestEvents = [this](std::span<const UsageEvent> events, const Calendar& in) {
             return store->ingest(events, in);
@@ -30,7 +36,7 @@ Indexer::Indexer(std::shared_ptr<UsageStore> usageStore, ProviderLocations place
 IndexOutcome Indexer::pass(const ProgressHandler& progress, const IndexScope& scope,
                            const std::atomic<bool>& stop) {
     const Calendar days = calendar();
-    IndexPass pass({*store, locations, days, now, ingestEvents, progress, scope, stop});
+    IndexPass pass({*store, locations, days, now, ingestEvents, progress, scope, readers, stop});
     IndexOutcome outcome = pass.run();
     if (!scope) logListingFailures(pass.listingFailures());
     const IndexStatistics statistics = pass.statistics();

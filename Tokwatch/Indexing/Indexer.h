@@ -8,6 +8,7 @@
 #include "TokwatchCore/Support/Date.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -71,9 +72,14 @@ class Indexer {
     /// when somebody made some.
     static constexpr Seconds retryInterval{15};
 
-    /// Batches go to the store's own `ingest` when no other function is given.
+    /// As many threads as read and parse at once: one for each core, but no more than can be ahead
+    /// of the one that writes.
+    static std::size_t usualReaders();
+
+    /// Batches go to the store's own `ingest` when no other function is given. The clock is read by
+    /// all readers.
     Indexer(std::shared_ptr<UsageStore> store, ProviderLocations locations, CalendarSource calendar,
-            Clock clock, IngestEvents ingestEvents = {});
+            Clock clock, IngestEvents ingestEvents = {}, std::size_t readers = usualReaders());
     Indexer(const Indexer&) = delete;
     Indexer& operator=(const Indexer&) = delete;
 
@@ -94,6 +100,7 @@ class Indexer {
     CalendarSource calendar; ///< asked once a pass
     Clock now;
     IngestEvents ingestEvents;
+    std::size_t readers;
     std::vector<std::string> listingFailures; ///< of the last pass over all files
     mutable std::mutex mutex;                 ///< over `last`
     IndexStatistics last;

@@ -13,6 +13,9 @@
 namespace tokwatch {
 namespace {
 
+/// How much of its buffer a reader keeps from one file to the next: most logs are smaller.
+constexpr std::size_t keptBytes = 2'097'152;
+
 constexpr const char* providerEntry = "provider";
 constexpr const char* sizeEntry = "size";
 constexpr const char* modifiedEntry = "mtime";
@@ -63,9 +66,18 @@ bool isChangedDocument(const LogFile& file, const std::optional<FileCursor>& cur
 SliceReader::SliceReader(const std::vector<PendingFile>& pendingFiles, Clock clock)
     : files(pendingFiles), now(std::move(clock)) {}
 
+void SliceReader::begin(std::size_t file) {
+    present = file;
+    isRead = false;
+    reached.reset();
+    given.reset();
+    events.clear();
+    buffer.shrink(keptBytes);
+}
+
 std::optional<Slice> SliceReader::next() {
-    if (at == files.size()) return std::nullopt;
-    const PendingFile& pending = files[at];
+    if (isRead) return std::nullopt;
+    const PendingFile& pending = files[present];
     const auto path = [&pending] { return pending.file.path; };
     const SumOrigin origin(path);
     Slice slice;
@@ -79,22 +91,14 @@ std::optional<Slice> SliceReader::next() {
         slice = {};
         slice.failure = error.what();
     }
-    slice.file = at;
+    slice.file = present;
     const bool isDocument = traits(pending.provider).logFormat == LogFormat::grokDocument;
-    if (isDocument || !slice.failure.empty() || isAtEnd(pending, slice.bytes)) nextFile();
+    isRead = isDocument || !slice.failure.empty() || isAtEnd(pending, slice.bytes);
     return slice;
 }
 
 bool SliceReader::isAtEnd(const PendingFile& pending, std::int64_t bytes) const {
     return bytes == 0 || reached->offset >= pending.file.attributes.size;
-}
-
-void SliceReader::nextFile() {
-    ++at;
-    reached.reset();
-    given.reset();
-    events.clear();
-    buffer.shrink(JSONLTail::sliceBytes);
 }
 
 Slice SliceReader::read(const PendingFile& pending) {

@@ -38,13 +38,16 @@ struct Slice {
     std::string failure;    ///< why the file could not be read further; empty when it could
 };
 
-/// Reads pending files in order, slice by slice, and parses what it reads. Knows no store, so that
-/// it may run ahead of the writer on a thread of its own.
+/// Reads pending files slice by slice and parses what it reads. Knows no store, so that it may run
+/// ahead of the writer on a thread of its own, beside others like it.
 class SliceReader {
   public:
     SliceReader(const std::vector<PendingFile>& pendingFiles, Clock clock);
 
-    /// The next slice; none when all files have been read to their last complete line.
+    void begin(std::size_t file);
+
+    /// The next slice of the file that was begun, one at least; none when it has been read to its
+    /// last complete line.
     std::optional<Slice> next();
 
   private:
@@ -54,11 +57,11 @@ class SliceReader {
     void parseClaude(const JSONLTail::Result& read);
     void parseCodex(Slice& slice, JSONLTail::Result& read);
     bool isAtEnd(const PendingFile& pending, std::int64_t bytes) const;
-    void nextFile();
 
     const std::vector<PendingFile>& files;
     Clock now;
-    std::size_t at = 0;
+    std::size_t present = 0;
+    bool isRead = false;               ///< the present file
     std::optional<FileCursor> reached; ///< in the present file, after its slices so far
     std::optional<FileCursor> given;   ///< with the last of them
     TailBuffer buffer;

@@ -1,8 +1,6 @@
 #include "Tokwatch/Preferences/PlainSettings.h"
 
 #include "Platform/System/Places.h"
-#include "Platform/System/PrivateFiles.h"
-#include "Platform/System/WholeFile.h"
 #include "Tokwatch/Preferences/SettingsFile.h"
 #include "Tokwatch/Preferences/StoredSettings.h"
 #include "TokwatchCore/Support/SystemLog.h"
@@ -13,20 +11,9 @@
 #include <iterator>
 #include <optional>
 #include <string_view>
-#include <system_error>
 
 namespace tokwatch {
 namespace {
-
-/// Absent where it may not be used, as `settingsObstacle` has it.
-std::optional<std::string> contentsOf(const std::filesystem::path& file) {
-    try {
-        followOwnLinks(file);
-    } catch (const std::system_error&) {
-        return std::nullopt;
-    }
-    return readWholeFile(file, largestSettings);
-}
 
 // As the toolkit's half loads them: `value` stays where the key is missing or holds something else.
 
@@ -78,13 +65,9 @@ std::filesystem::path configHome() {
     return homeDirectory() / ".config";
 }
 
-} // namespace
-
-PlainSettings PlainSettings::read(const std::filesystem::path& file) {
+PlainSettings settingsIn(const std::string& text) {
     PlainSettings plain;
-    const std::optional<std::string> text = contentsOf(file);
-    if (!text) return plain;
-    const StoredSettings settings(*text);
+    const StoredSettings settings(text);
     load(settings, "menuBarStyle", plain.menuBarStyle);
     load(settings, "pinnedProvider", plain.pinnedProvider);
     plain.isPinChosen = settings.contains("pinnedProvider");
@@ -100,10 +83,18 @@ PlainSettings PlainSettings::read(const std::filesystem::path& file) {
     return plain;
 }
 
+} // namespace
+
+PlainSettings PlainSettings::read(const std::filesystem::path& file) {
+    return settingsIn(readSettings(file).text);
+}
+
 PlainSettings PlainSettings::ofUser() {
-    for (const std::string& fault : settingsFaults(settingsPath()))
+    const std::filesystem::path file = settingsPath();
+    const SettingsContents contents = readSettings(file);
+    for (const std::string& fault : settingsFaults(file, contents))
         systemLog(fault);
-    return read(settingsPath());
+    return settingsIn(contents.text);
 }
 
 std::filesystem::path settingsPath() {

@@ -29,27 +29,32 @@ bool isSettingLine(const std::string& line) {
     return line.find(line[start] == '[' ? ']' : '=', start) != std::string::npos;
 }
 
-bool isSwitchMalformed(const std::filesystem::path& file, const char* key) {
-    const StoredSettings settings(readWholeFile(file, largestSettings).value_or(""));
+bool isSwitchMalformed(const std::string& text, const char* key) {
+    const StoredSettings settings(text);
     bool value = false;
     return settings.contains(key) && !parseText(settings.text(key).value_or(""), value);
 }
 
 } // namespace
 
-std::optional<std::string> settingsObstacle(const std::filesystem::path& file) {
+SettingsContents readSettings(const std::filesystem::path& file) {
     try {
         followOwnLinks(file);
     } catch (const std::system_error& error) {
-        return std::string("cannot be used: ") + error.what();
+        return {{}, std::string("cannot be used: ") + error.what()};
     }
     std::error_code obstacle;
-    if (readWholeFile(file, largestSettings, obstacle) ||
-        obstacle == std::errc::no_such_file_or_directory || obstacle == std::errc::not_a_directory)
-        return std::nullopt;
-    if (obstacle == std::errc::invalid_argument) return "is not a regular file";
-    if (obstacle == std::errc::file_too_large) return "is too large";
-    return "cannot be read: " + obstacle.message();
+    if (std::optional<std::string> text = readWholeFile(file, largestSettings, obstacle))
+        return {*std::move(text), {}};
+    if (obstacle == std::errc::no_such_file_or_directory || obstacle == std::errc::not_a_directory)
+        return {};
+    if (obstacle == std::errc::invalid_argument) return {{}, "is not a regular file"};
+    if (obstacle == std::errc::file_too_large) return {{}, "is too large"};
+    return {{}, "cannot be read: " + obstacle.message()};
+}
+
+std::optional<std::string> settingsObstacle(const std::filesystem::path& file) {
+    return readSettings(file).obstacle;
 }
 
 std::string writingObstacle(const std::filesystem::path& file) {
@@ -60,9 +65,9 @@ std::string writingObstacle(const std::filesystem::path& file) {
     return "there may be no room left";
 }
 
-std::vector<int> linesThatAreNoSettings(const std::filesystem::path& file) {
+std::vector<int> linesThatAreNoSettings(const std::string& text) {
     std::vector<int> numbers;
-    std::istringstream lines(readWholeFile(file, largestSettings).value_or(""));
+    std::istringstream lines(text);
     int number = 0;
     for (std::string line; std::getline(lines, line);) {
         ++number;
@@ -72,16 +77,21 @@ std::vector<int> linesThatAreNoSettings(const std::filesystem::path& file) {
 }
 
 std::vector<std::string> settingsFaults(const std::filesystem::path& file) {
-    if (const std::optional<std::string> obstacle = settingsObstacle(file))
-        return {"the settings file " + file.string() + ' ' + *obstacle +
+    return settingsFaults(file, readSettings(file));
+}
+
+std::vector<std::string> settingsFaults(const std::filesystem::path& file,
+                                        const SettingsContents& contents) {
+    if (contents.obstacle)
+        return {"the settings file " + file.string() + ' ' + *contents.obstacle +
                 "; who starts now has the defaults" +
                 (file == settingsPath() ? ", asks no provider for its limits," : "") +
                 " and keeps no changes"};
     std::vector<std::string> faults;
-    for (const int number : linesThatAreNoSettings(file))
+    for (const int number : linesThatAreNoSettings(contents.text))
         faults.push_back("line " + std::to_string(number) + " of " + file.string() +
                          " is no setting; the next change of a setting drops it");
-    if (isSwitchMalformed(file, "claudeLiveLimits"))
+    if (isSwitchMalformed(contents.text, "claudeLiveLimits"))
         faults.push_back("claudeLiveLimits in " + file.string() +
                          " is neither true nor false; Claude's live limits are off");
     return faults;

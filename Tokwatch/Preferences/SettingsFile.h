@@ -11,6 +11,13 @@ namespace tokwatch {
 /// Bytes.
 inline constexpr std::size_t largestSettings = 1'048'576;
 
+/// What stands in a settings file; nothing where it is missing or cannot be used.
+struct SettingsContents {
+    std::string text;
+    std::optional<std::string> obstacle; ///< as `settingsObstacle` has it
+};
+SettingsContents readSettings(const std::filesystem::path& file);
+
 /// What keeps the file from being read as settings, in words: it is a pipe or a directory, has more
 /// than a megabyte, or may not be read. None for a sound file and for a missing one. QSettings
 /// would wait for a pipe, and replace what it could not read.
@@ -19,12 +26,15 @@ std::optional<std::string> settingsObstacle(const std::filesystem::path& file);
 /// What keeps the file from being written, as the system says it.
 std::string writingObstacle(const std::filesystem::path& file);
 
-/// The numbers (from 1) of the lines that are no setting, no group and no comment. QSettings leaves
-/// them out, and out of the file, too, at the next change.
-std::vector<int> linesThatAreNoSettings(const std::filesystem::path& file);
+/// The numbers (from 1) of the lines of a settings file that are no setting, no group and no
+/// comment. QSettings leaves them out, and out of the file, too, at the next change.
+std::vector<int> linesThatAreNoSettings(const std::string& text);
 
 /// Both of the above, and a switch for Claude's live limits that is no boolean, as sentences for
 /// the log and the doctor.
 std::vector<std::string> settingsFaults(const std::filesystem::path& file);
+/// The same of a file that was read already.
+std::vector<std::string> settingsFaults(const std::filesystem::path& file,
+                                        const SettingsContents& contents);
 
 } // namespace tokwatch

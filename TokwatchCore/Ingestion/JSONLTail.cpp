@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 
 namespace tokwatch {
@@ -39,13 +40,13 @@ void split(std::string_view consumed, std::vector<std::string_view>& lines) {
 /// Reads whole lines from `offset` into the buffer, doubling the window while a single line exceeds
 /// it. The number of bytes up to and including the last line feed; 0 when there is no complete
 /// line.
-std::size_t readLines(const InputFile& input, std::int64_t offset, std::int64_t maxBytes,
-                      TailBuffer& buffer) {
+std::size_t readLines(const InputFile& input, std::int64_t size, std::int64_t offset,
+                      std::int64_t maxBytes, TailBuffer& buffer) {
     std::int64_t window = std::max<std::int64_t>(maxBytes, 1);
     std::size_t filled = 0;
     while (true) {
         // No more room than the file needs: most logs are far smaller than a window.
-        const std::int64_t unread = std::max<std::int64_t>(input.attributes().size - offset, 0);
+        const std::int64_t unread = std::max<std::int64_t>(size - offset, 0);
         const auto wanted = static_cast<std::size_t>(std::min(window, unread));
         buffer.grow(wanted, filled);
         const std::size_t scanned = filled;
@@ -85,6 +86,8 @@ LineEnd findLineEnd(const InputFile& input, std::int64_t offset) {
 
 void TailBuffer::grow(std::size_t wanted, std::size_t used) {
     if (wanted <= size) return;
+    // So that a few files of growing size do not each take new memory.
+    wanted = std::bit_ceil(wanted);
     auto larger = std::make_unique_for_overwrite<char[]>(wanted);
     if (used > 0) std::memcpy(larger.get(), bytes.get(), used);
     bytes = std::move(larger);
@@ -97,18 +100,18 @@ void TailBuffer::shrink(std::size_t most) {
     size = 0;
 }
 
-JSONLTail::Result JSONLTail::read(const std::filesystem::path& file,
-                                  const std::optional<FileCursor>& stored, std::int64_t maxBytes,
-                                  TailBuffer& buffer) {
-    const FileAttributes listed = fileAttributes(file);
+JSONLTail::Result JSONLTail::read(const LogFile& file, const std::optional<FileCursor>& stored,
+                                  std::int64_t maxBytes, TailBuffer& buffer) {
     Result result;
-    start(result, file, stored, listed);
-    if (listed.size <= result.cursor.offset) return result;
+    start(result, file.path, stored, file.attributes);
+    if (file.attributes.size <= result.cursor.offset) return result;
 
-    const InputFile input(file);
-    // The open file's attributes count: it may have been replaced since it was looked at.
-    start(result, file, stored, input.attributes());
-    const std::size_t consumed = readLines(input, result.cursor.offset, maxBytes, buffer);
+    const InputFile input(file.path);
+    // The open file's attributes count: it may have been replaced since it was listed.
+    const FileAttributes attributes = input.attributes();
+    start(result, file.path, stored, attributes);
+    const std::size_t consumed =
+        readLines(input, attributes.size, result.cursor.offset, maxBytes, buffer);
     split({buffer.data(), consumed}, result.lines);
     result.bytesRead = static_cast<std::int64_t>(consumed);
     result.cursor.offset += result.bytesRead;
@@ -142,7 +145,7 @@ JSONLTail::Result readSlice(const LogFile& file, const std::optional<FileCursor>
     if (file.attributes.size > longestLine) {
         if (auto skipped = skipOverlongLine(file.path, cursor)) return *std::move(skipped);
     }
-    return JSONLTail::read(file.path, cursor, maxBytes, buffer);
+    return JSONLTail::read(file, cursor, maxBytes, buffer);
 }
 
 } // namespace tokwatch

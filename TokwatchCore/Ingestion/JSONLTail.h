@@ -45,8 +45,9 @@ struct JSONLTail {
 
     /// Reads at most `maxBytes` (more only when one line is longer) from the cursor's offset, up to
     /// the last complete line. A file that was replaced or shrank is read from its start with an
-    /// empty context. Throws std::system_error when the file cannot be examined, opened or read.
-    static Result read(const std::filesystem::path& file, const std::optional<FileCursor>& cursor,
+    /// empty context. A file that was not longer than that when it was listed is not opened. Throws
+    /// std::system_error when the file cannot be examined, opened or read.
+    static Result read(const LogFile& file, const std::optional<FileCursor>& cursor,
                        std::int64_t maxBytes, TailBuffer& buffer);
 };
 

@@ -130,11 +130,15 @@ double Statement::real(int column) const {
     return sqlite3_column_double(handle.get(), column);
 }
 
-std::string Statement::text(int column) const {
+std::string_view Statement::textView(int column) const {
     const unsigned char* text = sqlite3_column_text(handle.get(), column);
     if (text == nullptr) return {};
     const int length = sqlite3_column_bytes(handle.get(), column);
-    return std::string(reinterpret_cast<const char*>(text), static_cast<std::size_t>(length));
+    return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(length)};
+}
+
+std::string Statement::text(int column) const {
+    return std::string(textView(column));
 }
 
 void Connection::Closer::operator()(sqlite3* connection) const {

@@ -43,16 +43,26 @@ constexpr const char* selectDaily =
 constexpr const char* selectSessions =
     "SELECT provider, day, COUNT(*) FROM sessions WHERE day >= ?1 AND day <= ?2 GROUP BY provider, day";
 
+/// In kilobytes. What most calls need, a look at all cursors among them: they come by once.
+constexpr const char* smallCache = "PRAGMA cache_size=-2048";
+/// The first pass over years of logs inserts keys all over their index, in key order within each
+/// batch, so a page is needed once a batch and 12 MB of them are as fast as 24 MB.
+constexpr const char* largeCache = "PRAGMA cache_size=-12288";
+/// A batch of so many events is one of a long pass.
+constexpr std::size_t manyEvents = 1'024;
+
 void migrate(sqlite::Connection& db) {
+    // Of a new file. A batch of keys touches most pages of their index, so that half as many of
+    // twice the size take half the calls; a single event writes a few, which larger ones would make
+    // dear.
+    db.execute("PRAGMA page_size=8192");
     db.execute("PRAGMA journal_mode=WAL");
     // In write-ahead mode a commit survives a crash of the program without a sync, and a power cut
     // with one at each checkpoint. What a power cut could undo is read again from the logs, since
     // keys, sums and cursors go back together.
     db.execute("PRAGMA synchronous=NORMAL");
-    // The first pass over years of logs inserts keys all over their index, in key order within each
-    // batch, so a page is needed once a batch and 12 MB of them are as fast as 24 MB. Fewer
-    // checkpoints write each page less often.
-    db.execute("PRAGMA cache_size=-12288");
+    db.execute(smallCache);
+    // Fewer checkpoints write each page less often.
     db.execute("PRAGMA wal_autocheckpoint=4096");
     if (db.number("PRAGMA user_version") >= 1) return;
     sqlite::Transaction transaction(db);
@@ -90,11 +100,16 @@ void writeLimits(sqlite::Connection& db, const ProviderLimits& limits, ProviderI
         .run();
 }
 
-std::unordered_map<std::string, std::string> readCursorTexts(sqlite::Connection& db) {
-    std::unordered_map<std::string, std::string> texts;
+void visitCursorRows(sqlite::Connection& db, const UsageStore::CursorVisitor& visit) {
     const sqlite::Use query(db.statement("SELECT path, json FROM cursors"));
     while (query->step())
-        texts.emplace(query->text(0), query->text(1));
+        visit(query->textView(0), query->textView(1));
+}
+
+std::unordered_map<std::string, std::string> readCursorTexts(sqlite::Connection& db) {
+    std::unordered_map<std::string, std::string> texts;
+    visitCursorRows(
+        db, [&texts](std::string_view path, std::string_view json) { texts.emplace(path, json); });
     return texts;
 }
 
@@ -120,11 +135,11 @@ void write(sqlite::Connection& db, const FileCursor& cursor) {
 
 } // namespace
 
-bool standsAt(const std::string& json, std::uint64_t inode, std::int64_t offset) {
+bool standsAt(std::string_view json, std::uint64_t inode, std::int64_t offset) {
     // What stands in front is the path as a JSON text, in which no quote comes without a backslash.
     const std::string place = R"(","inode":)" + std::to_string(inode) + R"(,"offset":)" +
                               std::to_string(offset) + R"(,"context":{)";
-    return json.find(place) != std::string::npos && json.ends_with("}}");
+    return json.find(place) != std::string_view::npos && json.ends_with("}}");
 }
 
 FileCursor decodeCursorRow(const std::string& path, const std::string& json) {
@@ -193,6 +208,7 @@ std::int64_t UsageStore::dataVersion() {
 
 std::int64_t UsageStore::ingest(std::span<const UsageEvent> events, const Calendar& calendar) {
     const std::lock_guard lock(queue);
+    if (events.size() >= manyEvents) db->execute(largeCache);
     sqlite::Transaction transaction(*db);
     const std::int64_t count = EventBatch(*db, calendar).add(events);
     transaction.commit();
@@ -210,6 +226,11 @@ std::optional<FileCursor> UsageStore::cursor(const std::string& path) {
 std::unordered_map<std::string, std::string> UsageStore::cursorTexts() {
     const std::lock_guard lock(queue);
     return readCursorTexts(*db);
+}
+
+void UsageStore::visitCursors(const CursorVisitor& visit) {
+    const std::lock_guard lock(queue);
+    visitCursorRows(*db, visit);
 }
 
 bool UsageStore::isUnread() {
@@ -341,6 +362,7 @@ UsageSummary UsageStore::summary(std::int64_t days, Date now, const Calendar& ca
 
 void UsageStore::releaseMemory() {
     const std::lock_guard lock(queue);
+    db->execute(smallCache);
     db->releaseMemory();
 }
 

@@ -16,6 +16,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -76,6 +77,10 @@ class UsageStore {
     /// All stored cursors as their undecoded JSON, by path: for a pass that visits every file, one
     /// statement instead of one a file.
     std::unordered_map<std::string, std::string> cursorTexts();
+    /// The same, row by row; what `visit` is given lives no longer than its call, and it may not
+    /// call the store.
+    using CursorVisitor = std::function<void(std::string_view path, std::string_view json)>;
+    void visitCursors(const CursorVisitor& visit);
 
     /// Whether no file was ever read into it.
     bool isUnread();
@@ -145,7 +150,7 @@ class UsageStore {
 
 /// Whether a cursor row, as `save` writes it, stands at this place. Decoding thousands of rows only
 /// to find that nothing changed would be a third of such a pass.
-bool standsAt(const std::string& json, std::uint64_t inode, std::int64_t offset);
+bool standsAt(std::string_view json, std::uint64_t inode, std::int64_t offset);
 
 /// Decodes a cursor row. The row's path, not the one inside the JSON, is the cursor's: JSON cannot
 /// hold every file name.

@@ -26,8 +26,12 @@ void become(const std::string& name, char** words) {
                        " failed: " + std::generic_category().message(errno));
 }
 
+std::string versionText() {
+    return "tokwatch " + std::string(applicationVersion());
+}
+
 void addVersion(CLI::App& app) {
-    app.set_version_flag("--version", "tokwatch " + std::string(applicationVersion()));
+    app.set_version_flag("--version", versionText());
 }
 
 UserPaths DataArguments::paths() const {

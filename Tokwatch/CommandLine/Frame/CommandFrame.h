@@ -26,7 +26,8 @@ inline constexpr const char* session = "tokwatch-session";
 /// where that cannot be started.
 [[noreturn]] void become(const std::string& program, char** words);
 
-/// The option that prints the version.
+std::string versionText();
+/// The option that prints it.
 void addVersion(CLI::App& app);
 
 /// The options that every command takes which reads or shows data.
