@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""make_home.py DIR --megabytes N --files F: a home of a given size for measuring, in the proportions of real logs:
+"""make_home.py DIR --megabytes N --files F [--days D] [--models M]: a home of a given size for measuring, in the proportions of real logs:
 three quarters Claude Code, one quarter Codex; about 150,000 lines in a gigabyte name usage, most bytes are tool output.
 A home that was made with the same numbers before is kept."""
 import argparse
@@ -17,16 +17,18 @@ def filler(rng, size):
 
 
 def stamp(rng, day):
-    return "2026-%02d-%02dT%02d:%02d:%02d.%03dZ" % (9 + day // 28, 1 + day % 28, rng.randrange(24), rng.randrange(60),
-                                                    rng.randrange(60), rng.randrange(1000))
+    """Months have 28 days; that of day 0 is September 2026, what came before has negative numbers."""
+    month = 2026 * 12 + 8 + day // 28
+    return "%d-%02d-%02dT%02d:%02d:%02d.%03dZ" % (month // 12, 1 + month % 12, 1 + day % 28, rng.randrange(24),
+                                                  rng.randrange(60), rng.randrange(60), rng.randrange(1000))
 
 
-def claude(rng, session, day, size):
+def claude(rng, session, day, size, models):
     out, got = [], 0
     while got < size:
         lines = []
         if rng.random() < .35:
-            key, model = "msg_%024x" % rng.getrandbits(96), rng.choice(("claude-opus-4-1-20250805", "claude-haiku-4-5-20251001"))
+            key, model = "msg_%024x" % rng.getrandbits(96), rng.choice(models)
             usage = {"input_tokens": rng.randrange(4000), "cache_read_input_tokens": rng.randrange(90000),
                      "cache_creation_input_tokens": 7, "output_tokens": rng.randrange(1, 3000)}
             for _ in range(rng.choice((1, 1, 2, 3))):
@@ -44,7 +46,7 @@ def claude(rng, session, day, size):
     return out
 
 
-def codex(rng, session, day, size):
+def codex(rng, session, day, size, _):
     out, got = ['{"type":"session_meta","payload":{"id":"%s"}}' % session,
                 '{"type":"turn_context","payload":{"model":"gpt-5-codex"}}'], 0
     while got < size:
@@ -70,16 +72,21 @@ def main():
     parser.add_argument("directory")
     parser.add_argument("--megabytes", type=float, required=True)
     parser.add_argument("--files", type=int, required=True)
+    parser.add_argument("--days", type=int, default=60)
+    parser.add_argument("--models", type=int, default=2)
     options = parser.parse_args()
-    done, wanted = os.path.join(options.directory, ".made"), "%g %d" % (options.megabytes, options.files)
+    done = os.path.join(options.directory, ".made")
+    wanted = "%g %d %d %d" % (options.megabytes, options.files, options.days, options.models)
     if os.path.exists(done) and open(done, encoding="utf-8").read() == wanted:
         return
+    models = ["claude-opus-4-1-20250805", "claude-haiku-4-5-20251001"]
+    models += ["model-%d" % number for number in range(2, options.models)]
     size = options.megabytes * 1e6 / options.files
     for number in range(options.files):
         rng = random.Random(number)
-        session, day = "%032x" % rng.getrandbits(128), number % 60
+        session, day = "%032x" % rng.getrandbits(128), number % options.days + min(0, 60 - options.days)
         is_codex = number % 4 == 3
-        lines = (codex if is_codex else claude)(rng, session, day, size)
+        lines = (codex if is_codex else claude)(rng, session, day, size, models)
         path = os.path.join(options.directory, ".codex/sessions/2026/09/%02d" % (1 + day % 28) if is_codex
                             else ".claude/projects/p%d" % (number % max(1, options.files // 8)), session + ".jsonl")
         os.makedirs(os.path.dirname(path), exist_ok=True)
