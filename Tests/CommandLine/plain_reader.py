@@ -1,0 +1,340 @@
+#!/usr/bin/env python3
+"""plain_reader.py PROGRAM [--homes N] [--seed N]: holds what PROGRAM stores and reports of made homes, whose logs grow
+and are damaged at random, against a reader as plain as can be. Another seed makes other homes; each difference is printed
+with its own, and `--homes 1 --seed` that one shows it again."""
+import argparse
+import collections
+import datetime as dt
+import json
+import math
+import os
+import pathlib
+import random
+import re
+import sqlite3
+import subprocess
+import sys
+import tempfile
+import time
+import zoneinfo
+
+COUNTERS = ("uncachedInput", "cacheRead", "cacheWrite5m", "cacheWrite1h", "output", "reasoning")
+MOMENT = re.compile(r"(\d{4}-\d\d-\d\dT\d\d:\d\d):([0-5]\d|60)(\.\d+)?(?:Z|([+-])([01]\d|2[0-3]):?([0-5]\d))", re.ASCII)
+STILL_WRITTEN, LAST_STILL_WRITTEN = 60, 900  # seconds that an unfinished response is waited for
+WINDOW = 60  # days that are reported
+Event = collections.namedtuple("Event", "model session key time counts cost unfinished", defaults=(None, False))
+
+
+def part(holder, name, kind=dict):
+    value = holder.get(name) if isinstance(holder, dict) else None
+    value = value if isinstance(value, kind) and not isinstance(value, bool) else None
+    return value.encode(errors="backslashreplace").decode() if kind is str and value is not None else value
+
+
+def count(holder, name):
+    value = part(holder, name, (int, float)) or 0
+    return int(value) if -2**63 <= value < 2**63 else 0
+
+
+def moment(holder, name):
+    match = MOMENT.fullmatch(part(holder, name, str) or "")
+    try:
+        minute, second, fraction, sign, hours, minutes = match.groups()
+        east = dt.timedelta(hours=int(hours or 0), minutes=int(minutes or 0)) * (-1 if sign == "-" else 1)
+        return dt.datetime.fromisoformat(minute + "+00:00") + dt.timedelta(seconds=int(second) + float(fraction or 0)) - east
+    except (AttributeError, ValueError, OverflowError):
+        return None
+
+
+def refuse(constant):
+    raise ValueError(constant)
+
+
+def parsed(data):
+    try:
+        return json.loads(data.decode(), parse_constant=refuse)
+    except (ValueError, RecursionError):
+        return None
+
+
+def claude_event(line, _):
+    message = part(line, "message")
+    usage, when = part(message, "usage"), moment(line, "timestamp")
+    key = part(message, "id", str)
+    key = part(line, "requestId", str) if key is None else key
+    model = part(message, "model", str)
+    if part(line, "type", str) != "assistant" or None in (usage, key, when) or model == "<synthetic>":
+        return None
+    writes = part(usage, "cache_creation")
+    counts = (count(usage, "input_tokens"), count(usage, "cache_read_input_tokens"),
+              count(usage, "cache_creation_input_tokens") if writes is None else count(writes, "ephemeral_5m_input_tokens"),
+              count(writes, "ephemeral_1h_input_tokens"), count(usage, "output_tokens"),
+              count(part(usage, "output_tokens_details"), "thinking_tokens"))
+    return sum(counts[:5]) > 0 and Event("unknown" if model is None else model, part(line, "sessionId", str) or "", key, when,
+                                         counts, unfinished=message.get("stop_reason", "") is None)
+
+
+def codex_event(line, context):
+    kind, payload = part(line, "type", str), part(line, "payload")
+    for told, name in (("session_meta", "id"), ("turn_context", "model")):
+        if kind == told and part(payload, name, str) is not None:
+            context[kind] = part(payload, name, str)
+    key, usage, when = part(payload, "response_id", str), part(payload, "usage"), moment(line, "timestamp")
+    if kind != "token_usage_record" or None in (key, usage, when):
+        return None
+    session = context.get("session_meta", part(payload, "session_id", str) or "")
+    cached = count(usage, "cached_input_tokens")
+    return Event(context.get("turn_context", "unknown"), session, key, when, (
+        max(count(usage, "input_tokens") - cached, 0), cached, count(usage, "cache_write_input_tokens"), 0,
+        count(usage, "output_tokens"), count(usage, "reasoning_output_tokens")))
+
+
+def grok_events(document):
+    session = part(document, "sessionId", str)
+    for turn in part(document, "turns", list) or () if session is not None else ():
+        number, when = part(turn, "turnNumber", int), moment(turn, "endedAt")
+        for name, usage in (part(turn, "modelUsage") or {}).items() if None not in (number, when) else ():
+            if isinstance(usage, dict):
+                cached, ticks = count(usage, "cachedReadTokens"), part(usage, "costUsdTicks", (int, float))
+                name = name.encode(errors="backslashreplace").decode()
+                yield Event(name, session, f"{session}#{number}#{name}", when, (
+                    max(count(usage, "inputTokens") - cached, 0), cached, count(usage, "cacheCreationTokens"), 0,
+                    count(usage, "outputTokens"), count(usage, "reasoningTokens")), None if ticks is None else ticks * 1e-10)
+
+
+class Reader:
+    """What must be stored after the passes so far. A log is read on where the last pass stopped, and from its start where
+    it became another file; the last line of a response is the one that counts, and it counts once, from the first file."""
+
+    def __init__(self, home, zone):
+        self.home, self.zone, self.places, self.seen = home, zone, {}, {}
+
+    def read(self, waits=True):
+        """The events of a pass: provider and event, in the order in which they are counted."""
+        for provider, root, parse in (("claude", ".claude/projects", claude_event), ("codex", ".codex/sessions", codex_event),
+                                      ("codex", ".codex/archived_sessions", codex_event)):
+            for path in sorted((self.home / root).rglob("*.jsonl"), key=str):
+                yield from ((provider, event) for event in self.new_events(path, parse, waits))
+        for path in sorted((self.home / ".grok/sessions").rglob("usage.json"), key=str):
+            yield from (("grok", event) for event in grok_events(parsed(path.read_bytes())))
+
+    def new_events(self, path, parse, waits):
+        text, inode = path.read_bytes(), path.stat().st_ino
+        offset, context, was = self.places.get(path, (0, {}, inode))
+        offset, context = (0, {}) if was != inode or len(text) < offset else (offset, context)
+        newest, first = {}, {}
+        for line in text[offset:text.rfind(b"\n") + 1].split(b"\n")[:-1]:
+            if event := parse(parsed(line.removesuffix(b"\r")), context):
+                newest.pop(event.key, None)
+                newest[event.key] = event
+                first.setdefault(event.key, offset)
+            offset += len(line) + 1
+        for key, event in list(newest.items()):
+            patience = LAST_STILL_WRITTEN if event is list(newest.values())[-1] else STILL_WRITTEN
+            if waits and event.unfinished and time.time() - event.time.timestamp() < patience:
+                offset = min(offset, first[key])
+                del newest[key]
+        self.places[path] = offset, context, inode
+        return newest.values()
+
+    def index(self):
+        for provider, event in self.read():
+            self.seen.setdefault(event.key, (provider, event))
+
+    def day(self, event):
+        return event.time.astimezone(self.zone).strftime("%Y-%m-%d").zfill(10)
+
+    def stored(self):
+        """Tokens by provider, model and day, what was paid for them, and the day of each session."""
+        daily, costs, sessions = collections.defaultdict(lambda: (0,) * 6), collections.defaultdict(float), {}
+        for provider, event in self.seen.values():
+            row, session = (provider, event.model, self.day(event)), (provider, event.session)
+            daily[row] = tuple(map(sum, zip(daily[row], event.counts)))
+            sessions[session] = min(row[2], sessions.get(session, row[2]))
+            if event.cost is not None:
+                costs[row] += event.cost
+        return daily, costs, sessions
+
+    def report(self):
+        """Tokens by provider and model, and how many responses, of whole files. Of several files that tell of a response
+        those count which say that it is finished, then that with the latest line, then the last."""
+        best, models, today = {}, collections.defaultdict(lambda: (0,) * 7), dt.datetime.now(self.zone).date()
+        for provider, event in Reader(self.home, self.zone).read(waits=False):
+            worth = (not event.unfinished, event.time)
+            if event.key not in best or worth >= best[event.key][0]:
+                best[event.key] = worth, provider, event
+        for _, provider, event in best.values():
+            if str(today - dt.timedelta(days=WINDOW - 1)) <= self.day(event) <= str(today):
+                models[provider, event.model] = tuple(map(sum, zip(models[provider, event.model], (*event.counts, 1))))
+        return models
+
+
+STRANGE = (None, True, "12", "", -5, 1.9, 12e2, 10**30, -10**30, [], {}, "<synthetic>", "\ud800", "a\0b")
+DEEP = (b"[" * 99 + b"]" * 99, b"[" * 5000 + b"]" * 5000)
+
+
+class Home:
+    """What assistants write: logs as lists of lines, with keys, sessions and models that come again in other files."""
+
+    def __init__(self, rng):
+        self.rng, self.fresh = rng, rng.random() < 0.5
+        self.keys = ["k%d" % key for key in range(rng.randrange(3, 40))]
+
+    def stamp(self):
+        ago = self.rng.uniform(5, 20) if self.fresh else self.rng.uniform(1, 80) * 86400
+        when = dt.datetime.fromtimestamp(time.time() - ago, dt.timezone(dt.timedelta(hours=self.rng.choice((0, 0, 2, -7)))))
+        text = when.isoformat(timespec=self.rng.choice(("seconds", "milliseconds", "microseconds")))
+        return text.replace("+00:00", "Z")
+
+    def counts(self, *names):
+        return {name: self.rng.randrange(10**self.rng.randrange(1, 7)) for name in names if self.rng.random() < 0.8}
+
+    def claude(self):
+        rng, lines = self.rng, [{"type": "summary", "summary": "text"}]
+        for key in rng.choices(self.keys, k=rng.randrange(1, 12)):
+            usage = self.counts("input_tokens", "cache_read_input_tokens", "cache_creation_input_tokens")
+            if rng.random() < 0.5:
+                usage["cache_creation"] = self.counts("ephemeral_5m_input_tokens", "ephemeral_1h_input_tokens")
+            message = {"id": key, "role": "assistant", "model": rng.choice(("m-1", "m-2", "m-3", "<synthetic>")), "usage": usage}
+            line = {"type": "assistant", "sessionId": "s%d" % rng.randrange(4), "requestId": "r" + key, "message": message,
+                    "timestamp": self.stamp(), "isSidechain": rng.random() < 0.3}
+            for output in sorted(rng.choices(range(1, 3000), k=rng.randrange(1, 4))):
+                told = {**usage, "output_tokens": output, "output_tokens_details": self.counts("thinking_tokens")}
+                lines.append({**line, "message": {**message, "stop_reason": None, "usage": told}})
+            if rng.random() < 0.8:
+                lines[-1]["message"]["stop_reason"] = "end_turn"
+            lines.append({"type": "user", "timestamp": self.stamp(), "message": {"role": "user", "content": "type\":\"assistant"}})
+        return lines
+
+    def codex(self):
+        rng, lines = self.rng, []
+        for key in rng.choices(self.keys, k=rng.randrange(1, 12)):
+            if rng.random() < 0.4:
+                kind, payload = rng.choice((("session_meta", {"id": "s%d" % rng.randrange(4)}),
+                                            ("turn_context", {"model": rng.choice(("g-1", "g-2"))})))
+            elif rng.random() < 0.4:
+                total = self.counts("input_tokens", "cached_input_tokens", "output_tokens")
+                kind, payload = "event_msg", {"type": "token_count", "info": {"total_token_usage": total}, "rate_limits": {
+                    "primary": {"used_percent": rng.random() * 110, "window_minutes": 300}}}
+            else:
+                kind, payload = "token_usage_record", {"response_id": key, "session_id": "own", "usage": self.counts(
+                    "input_tokens", "cached_input_tokens", "cache_write_input_tokens", "output_tokens", "reasoning_output_tokens")}
+            lines.append({"timestamp": self.stamp(), "type": kind, "payload": payload})
+        return lines
+
+    def grok(self):
+        turns = [{"turnNumber": number, "endedAt": self.stamp(), "modelUsage": {model: self.counts(
+            "inputTokens", "cachedReadTokens", "cacheCreationTokens", "outputTokens", "reasoningTokens", "costUsdTicks")
+            for model in self.rng.sample(("x-1", "x-2", "x-3"), self.rng.randrange(3))}} for number in range(self.rng.randrange(9))]
+        return [{"sessionId": "s%d" % self.rng.randrange(9), "turns": turns}]
+
+    def change(self, value):
+        """Drops or replaces one value somewhere below."""
+        while isinstance(value, (dict, list)) and value:
+            key = self.rng.choice(list(value) if isinstance(value, dict) else range(len(value)))
+            if self.rng.random() < 0.4 or not isinstance(value[key], (dict, list)):
+                value[key] = self.rng.choice(STRANGE)
+                if self.rng.random() < 0.3:
+                    del value[key]
+                return
+            value = value[key]
+
+    def damage(self, lines):
+        rng, place = self.rng, self.rng.randrange(len(lines))
+        line = bytearray(lines[place])
+        where = rng.randrange(len(line) + 1)
+        match rng.randrange(9):
+            case 0:
+                line[where:where + 1] = bytes([rng.randrange(256)])
+            case 1:
+                del line[where:where + rng.randrange(1, 200)]
+            case 2:
+                lines.insert(rng.randrange(len(lines) + 1), bytes(line))
+            case 3:
+                lines.insert(rng.randrange(len(lines)), lines.pop(place))
+                return
+            case 4:
+                line += rng.choice((b"\r", b" \t", b"\0", b"\xff", b"\r\r", b"}", bytes(line)))
+            case 5:
+                line[:0] = rng.choice((b"\xef\xbb\xbf", b" ", b"\n\n", b"\r", b"[]\n"))
+            case 6:
+                line = line.replace(b"{", b'{"deep": ' + rng.choice(DEEP) + b", ", 1)
+            case 7:
+                line = re.sub(rb'("\w+_tokens"): \d+', rb'\g<0>, \1: %d' % rng.randrange(999), line, count=rng.randrange(1, 3))
+            case 8:
+                line = re.sub(rb"\d+", rb"%d" % rng.randrange(999), line, count=1)
+        lines[place] = bytes(line)
+
+    def text(self, lines):
+        for _ in range(self.rng.choice((0, 1, 4))):
+            self.change(lines)
+        lines = [json.dumps(line).encode() for line in lines] or [b""]
+        for _ in range(self.rng.choice((0, 1, 5))):
+            self.damage(lines)
+        return b"\n".join(lines) + self.rng.choice((b"", b"\n", b"\n", b"\r\n"))
+
+    def files(self):
+        for number in range(self.rng.randrange(1, 5)):
+            yield self.rng.choice((".claude/projects/p/%d.jsonl", ".claude/projects/p-q/%d/subagents/a.jsonl",
+                                   ".claude/projects/p.%d.jsonl")) % number, self.text(self.claude())
+        for number in range(self.rng.randrange(3)):
+            yield self.rng.choice((".codex/sessions/2026/11/r-%d.jsonl", ".codex/archived_sessions/r-%d.jsonl")) % number, \
+                self.text(self.codex())
+        for number in range(self.rng.randrange(3)):
+            yield ".grok/sessions/w/%d/usage.json" % number, self.text(self.grok())
+
+
+def differences(program, seed):
+    rng = random.Random(seed)
+    zone = rng.choice(("UTC", "Asia/Kolkata", "America/New_York", "Pacific/Apia"))
+    with tempfile.TemporaryDirectory() as root:
+        home = pathlib.Path(root, "home")
+        home.mkdir()
+        environment = {"PATH": os.environ["PATH"], "TZ": zone, "HOME": str(home), "XDG_DATA_HOME": root, "XDG_CONFIG_HOME": root}
+
+        def run(*arguments):
+            done = subprocess.run([program, *arguments, "--json"], env=environment, capture_output=True, check=False)
+            return json.loads(done.stdout or b"null") if done.returncode == 0 else done.stderr
+
+        files = list(Home(rng).files())
+        passes, reader = rng.choice((1, 2, 5)), Reader(home, zoneinfo.ZoneInfo(zone))
+        cuts = [sorted(rng.randrange(len(text) + 1) for _ in range(passes - 1)) + [len(text)] for _, text in files]
+        for number in range(passes):
+            for (name, text), ends in zip(files, cuts):
+                path = home / name
+                path.parent.mkdir(parents=True, exist_ok=True)
+                if rng.random() < 0.1 and path.exists():  # kept, so that its number is another
+                    path.rename(path.with_name("old%d" % number))
+                path.write_bytes(text[:ends[number]])
+            indexed = run("index")
+            if not isinstance(indexed, dict):
+                return [indexed]
+            reader.index()
+        with sqlite3.connect(home.parent / "Tokwatch/usage.sqlite") as store:
+            rows, sessions = (list(store.execute("SELECT * FROM " + table)) for table in ("daily", "sessions"))
+        store.close()
+        told = [{row[:3]: row[3:9] for row in rows}, {row[:3]: row[9] for row in rows if row[9] is not None},
+                {row[:2]: row[2] for row in sessions}, {
+                    (row["provider"], row["model"]): (*(row["tokens"][name] for name in COUNTERS), row["responses"])
+                    for row in run("report", "--by", "model", "--days", str(WINDOW))["rows"]}]
+        expected = [*reader.stored(), reader.report()]
+        return [f"{row}: {a.get(row)}, not {b.get(row)}" for a, b in zip(told, expected) for row in a.keys() | b.keys()
+                if not same(a.get(row), b.get(row))]
+
+
+def same(told, expected):
+    return told == expected or (isinstance(told, float) and isinstance(expected, float) and math.isclose(told, expected))
+
+
+def main():
+    arguments = argparse.ArgumentParser(description=__doc__)
+    arguments.add_argument("program", type=os.path.abspath)
+    arguments.add_argument("--homes", type=int, default=40)
+    arguments.add_argument("--seed", type=int, default=1)
+    chosen = arguments.parse_args()
+    found = [f"seed {seed}: {difference}" for seed in range(chosen.seed, chosen.seed + chosen.homes)
+             for difference in differences(chosen.program, seed)]
+    sys.exit("\n".join(found) or 0)
+
+
+main()
