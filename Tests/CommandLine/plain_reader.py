@@ -46,13 +46,9 @@ def moment(holder, name):
         return None
 
 
-def refuse(constant):
-    raise ValueError(constant)
-
-
 def parsed(data):
     try:
-        return json.loads(data.decode(), parse_constant=refuse)
+        return json.loads(data.decode(), parse_constant=int)  # NaN is no JSON
     except (ValueError, RecursionError):
         return None
 
@@ -92,12 +88,13 @@ def codex_event(line, context):
 def grok_events(document):
     session = part(document, "sessionId", str)
     for turn in part(document, "turns", list) or () if session is not None else ():
-        number, when = part(turn, "turnNumber", int), moment(turn, "endedAt")
-        for name, usage in (part(turn, "modelUsage") or {}).items() if None not in (number, when) else ():
+        number, when = part(turn, "turnNumber", (int, float)), moment(turn, "endedAt")
+        whole = number is not None and -2**63 <= number < 2**63 and number == int(number)
+        for name, usage in (part(turn, "modelUsage") or {}).items() if whole and when else ():
             if isinstance(usage, dict):
                 cached, ticks = count(usage, "cachedReadTokens"), part(usage, "costUsdTicks", (int, float))
                 name = name.encode(errors="backslashreplace").decode()
-                yield Event(name, session, f"{session}#{number}#{name}", when, (
+                yield Event(name, session, f"{session}#{int(number)}#{name}", when, (
                     max(count(usage, "inputTokens") - cached, 0), cached, count(usage, "cacheCreationTokens"), 0,
                     count(usage, "outputTokens"), count(usage, "reasoningTokens")), None if ticks is None else ticks * 1e-10)
 
@@ -171,117 +168,101 @@ class Reader:
 
 STRANGE = (None, True, "12", "", -5, 1.9, 12e2, 10**30, -10**30, [], {}, "<synthetic>", "\ud800", "a\0b")
 DEEP = (b"[" * 99 + b"]" * 99, b"[" * 5000 + b"]" * 5000)
+CODEX = ("input_tokens", "cached_input_tokens", "cache_write_input_tokens", "output_tokens", "reasoning_output_tokens")
+GROK = ("inputTokens", "cachedReadTokens", "cacheCreationTokens", "outputTokens", "reasoningTokens", "costUsdTicks")
+PLACES = ((".claude/projects/p/%d.jsonl", ".claude/projects/p-q/%d/subagents/a.jsonl", ".claude/projects/p.%d.jsonl"),
+          (".codex/sessions/2026/11/r-%d.jsonl", ".codex/archived_sessions/r-%d.jsonl"), (".grok/sessions/%d/usage.json",))
 
 
-class Home:
-    """What assistants write: logs as lists of lines, with keys, sessions and models that come again in other files."""
+class Assistants:
+    """What assistants write: documents, with keys, sessions and models that come again in other files."""
 
     def __init__(self, rng):
-        self.rng, self.fresh = rng, rng.random() < 0.5
-        self.keys = ["k%d" % key for key in range(rng.randrange(3, 40))]
+        self.rng, self.days, self.keys = rng, rng.choice((0, 80)), rng.randrange(3, 40)
+
+    def key(self):
+        return "k%d" % self.rng.randrange(self.keys)
+
+    def session(self):
+        return "s%d" % self.rng.randrange(5)
 
     def stamp(self):
-        ago = self.rng.uniform(5, 20) if self.fresh else self.rng.uniform(1, 80) * 86400
-        when = dt.datetime.fromtimestamp(time.time() - ago, dt.timezone(dt.timedelta(hours=self.rng.choice((0, 0, 2, -7)))))
-        text = when.isoformat(timespec=self.rng.choice(("seconds", "milliseconds", "microseconds")))
-        return text.replace("+00:00", "Z")
+        """Seconds ago where responses are being written, else days."""
+        zone = dt.timezone(dt.timedelta(hours=self.rng.choice((0, 0, 2, -7))))
+        when = dt.datetime.fromtimestamp(time.time() - self.rng.uniform(5, 20) - self.rng.random() * self.days * 86400, zone)
+        return when.isoformat(timespec=self.rng.choice(("seconds", "milliseconds", "microseconds"))).replace("+00:00", "Z")
 
     def counts(self, *names):
         return {name: self.rng.randrange(10**self.rng.randrange(1, 7)) for name in names if self.rng.random() < 0.8}
 
     def claude(self):
-        rng, lines = self.rng, [{"type": "summary", "summary": "text"}]
-        for key in rng.choices(self.keys, k=rng.randrange(1, 12)):
+        rng = self.rng
+        for _ in range(rng.randrange(1, 12)):
             usage = self.counts("input_tokens", "cache_read_input_tokens", "cache_creation_input_tokens")
             if rng.random() < 0.5:
                 usage["cache_creation"] = self.counts("ephemeral_5m_input_tokens", "ephemeral_1h_input_tokens")
-            message = {"id": key, "role": "assistant", "model": rng.choice(("m-1", "m-2", "m-3", "<synthetic>")), "usage": usage}
-            line = {"type": "assistant", "sessionId": "s%d" % rng.randrange(4), "requestId": "r" + key, "message": message,
-                    "timestamp": self.stamp(), "isSidechain": rng.random() < 0.3}
-            for output in sorted(rng.choices(range(1, 3000), k=rng.randrange(1, 4))):
+            message = {"id": self.key(), "model": rng.choice(("m-1", "m-2", "m-3", "<synthetic>"))}
+            line = {"type": "assistant", "sessionId": self.session(), "requestId": self.key(), "timestamp": self.stamp()}
+            outputs = sorted(rng.choices(range(1, 3000), k=rng.randrange(1, 4)))
+            for output in outputs:
                 told = {**usage, "output_tokens": output, "output_tokens_details": self.counts("thinking_tokens")}
-                lines.append({**line, "message": {**message, "stop_reason": None, "usage": told}})
-            if rng.random() < 0.8:
-                lines[-1]["message"]["stop_reason"] = "end_turn"
-            lines.append({"type": "user", "timestamp": self.stamp(), "message": {"role": "user", "content": "type\":\"assistant"}})
-        return lines
+                reason = "end_turn" if output == outputs[-1] and rng.random() < 0.8 else None
+                yield {**line, "message": {**message, "stop_reason": reason, "usage": told}}
+            yield {"type": "user", "timestamp": self.stamp(), "message": {"content": 'type":"assistant'}}
 
     def codex(self):
-        rng, lines = self.rng, []
-        for key in rng.choices(self.keys, k=rng.randrange(1, 12)):
-            if rng.random() < 0.4:
-                kind, payload = rng.choice((("session_meta", {"id": "s%d" % rng.randrange(4)}),
-                                            ("turn_context", {"model": rng.choice(("g-1", "g-2"))})))
-            elif rng.random() < 0.4:
-                total = self.counts("input_tokens", "cached_input_tokens", "output_tokens")
-                kind, payload = "event_msg", {"type": "token_count", "info": {"total_token_usage": total}, "rate_limits": {
-                    "primary": {"used_percent": rng.random() * 110, "window_minutes": 300}}}
-            else:
-                kind, payload = "token_usage_record", {"response_id": key, "session_id": "own", "usage": self.counts(
-                    "input_tokens", "cached_input_tokens", "cache_write_input_tokens", "output_tokens", "reasoning_output_tokens")}
-            lines.append({"timestamp": self.stamp(), "type": kind, "payload": payload})
-        return lines
+        for _ in range(self.rng.randrange(1, 16)):
+            kind, payload = self.rng.choice((
+                ("session_meta", {"id": self.session()}), ("turn_context", {"model": self.rng.choice(("g-1", "g-2"))}),
+                ("event_msg", {"type": "token_count", "info": {"total_token_usage": self.counts(*CODEX)}}),
+                *[("token_usage_record", {"response_id": self.key(), "session_id": "own", "usage": self.counts(*CODEX)})] * 3))
+            yield {"timestamp": self.stamp(), "type": kind, "payload": payload}
 
     def grok(self):
-        turns = [{"turnNumber": number, "endedAt": self.stamp(), "modelUsage": {model: self.counts(
-            "inputTokens", "cachedReadTokens", "cacheCreationTokens", "outputTokens", "reasoningTokens", "costUsdTicks")
-            for model in self.rng.sample(("x-1", "x-2", "x-3"), self.rng.randrange(3))}} for number in range(self.rng.randrange(9))]
-        return [{"sessionId": "s%d" % self.rng.randrange(9), "turns": turns}]
+        turns = [{"turnNumber": number, "endedAt": self.stamp(), "modelUsage": {
+            model: self.counts(*GROK) for model in self.rng.sample(("x-1", "x-2", "x-3"), self.rng.randrange(3))}}
+            for number in range(self.rng.randrange(9))]
+        yield {"sessionId": self.session(), "turns": turns}
 
     def change(self, value):
         """Drops or replaces one value somewhere below."""
         while isinstance(value, (dict, list)) and value:
             key = self.rng.choice(list(value) if isinstance(value, dict) else range(len(value)))
-            if self.rng.random() < 0.4 or not isinstance(value[key], (dict, list)):
+            if self.rng.random() < 0.3 or not isinstance(value[key], (dict, list)):
                 value[key] = self.rng.choice(STRANGE)
-                if self.rng.random() < 0.3:
-                    del value[key]
-                return
+                return self.rng.random() < 0.3 and value.pop(key)
             value = value[key]
 
     def damage(self, lines):
         rng, place = self.rng, self.rng.randrange(len(lines))
-        line = bytearray(lines[place])
+        line = lines.pop(place)
         where = rng.randrange(len(line) + 1)
-        match rng.randrange(9):
-            case 0:
-                line[where:where + 1] = bytes([rng.randrange(256)])
-            case 1:
-                del line[where:where + rng.randrange(1, 200)]
-            case 2:
-                lines.insert(rng.randrange(len(lines) + 1), bytes(line))
-            case 3:
-                lines.insert(rng.randrange(len(lines)), lines.pop(place))
-                return
-            case 4:
-                line += rng.choice((b"\r", b" \t", b"\0", b"\xff", b"\r\r", b"}", bytes(line)))
-            case 5:
-                line[:0] = rng.choice((b"\xef\xbb\xbf", b" ", b"\n\n", b"\r", b"[]\n"))
-            case 6:
-                line = line.replace(b"{", b'{"deep": ' + rng.choice(DEEP) + b", ", 1)
-            case 7:
-                line = re.sub(rb'("\w+_tokens"): \d+', rb'\g<0>, \1: %d' % rng.randrange(999), line, count=rng.randrange(1, 3))
-            case 8:
-                line = re.sub(rb"\d+", rb"%d" % rng.randrange(999), line, count=1)
-        lines[place] = bytes(line)
+        if rng.random() < 0.2:
+            place = rng.randrange(len(lines) + 1)  # moved
+        lines[place:place] = rng.choice((
+            [line[:where] + bytes([rng.randrange(256)]) + line[where + 1:]], [line[:where] + line[where + rng.randrange(200):]],
+            [line, line], [], [line + rng.choice((b"\r", b" \t", b"\0", b"\xff", b"\r\r", b"}", line))],
+            [rng.choice((b"\xef\xbb\xbf", b" ", b"\n\n", b"\r", b"[]\n")) + line],
+            [line.replace(b"{", b'{"deep": ' + rng.choice(DEEP) + b", ", 1)], [re.sub(rb"\d+", b"%d" % where, line, count=1)],
+            [re.sub(rb'("\w+_tokens"): \d+', rb'\g<0>, \1: %d' % where, line, count=rng.randrange(1, 3))])) or [b""]
 
-    def text(self, lines):
-        for _ in range(self.rng.choice((0, 1, 4))):
-            self.change(lines)
-        lines = [json.dumps(line).encode() for line in lines] or [b""]
-        for _ in range(self.rng.choice((0, 1, 5))):
+    def text(self, documents):
+        documents = list(documents)
+        for _ in range(self.rng.choice((0, 1, 4, 12))):
+            self.change(documents)
+        lines = [json.dumps(document).encode() for document in documents] or [b""]
+        for _ in range(self.rng.choice((0, 1, 5, 20))):
             self.damage(lines)
         return b"\n".join(lines) + self.rng.choice((b"", b"\n", b"\n", b"\r\n"))
 
-    def files(self):
-        for number in range(self.rng.randrange(1, 5)):
-            yield self.rng.choice((".claude/projects/p/%d.jsonl", ".claude/projects/p-q/%d/subagents/a.jsonl",
-                                   ".claude/projects/p.%d.jsonl")) % number, self.text(self.claude())
-        for number in range(self.rng.randrange(3)):
-            yield self.rng.choice((".codex/sessions/2026/11/r-%d.jsonl", ".codex/archived_sessions/r-%d.jsonl")) % number, \
-                self.text(self.codex())
-        for number in range(self.rng.randrange(3)):
-            yield ".grok/sessions/w/%d/usage.json" % number, self.text(self.grok())
+    def versions(self, passes):
+        """Each file as it is at each pass: logs grow anywhere within their lines, documents are written anew."""
+        for places, documents in zip(PLACES, (self.claude, self.codex, self.grok)):
+            for number in range(self.rng.randrange(4)):
+                text = self.text(documents())
+                ends = sorted(self.rng.randrange(len(text) + 1) for _ in range(passes - 1)) + [len(text)]
+                yield self.rng.choice(places) % number, [
+                    self.text(documents()) if documents == self.grok else text[:end] for end in ends]
 
 
 def differences(program, seed):
@@ -293,22 +274,18 @@ def differences(program, seed):
         environment = {"PATH": os.environ["PATH"], "TZ": zone, "HOME": str(home), "XDG_DATA_HOME": root, "XDG_CONFIG_HOME": root}
 
         def run(*arguments):
-            done = subprocess.run([program, *arguments, "--json"], env=environment, capture_output=True, check=False)
-            return json.loads(done.stdout or b"null") if done.returncode == 0 else done.stderr
+            return json.loads(subprocess.run([program, *arguments, "--json"], env=environment, stdout=subprocess.PIPE).stdout)
 
-        files = list(Home(rng).files())
         passes, reader = rng.choice((1, 2, 5)), Reader(home, zoneinfo.ZoneInfo(zone))
-        cuts = [sorted(rng.randrange(len(text) + 1) for _ in range(passes - 1)) + [len(text)] for _, text in files]
+        files = list(Assistants(rng).versions(passes))
         for number in range(passes):
-            for (name, text), ends in zip(files, cuts):
+            for name, texts in files:
                 path = home / name
                 path.parent.mkdir(parents=True, exist_ok=True)
                 if rng.random() < 0.1 and path.exists():  # kept, so that its number is another
                     path.rename(path.with_name("old%d" % number))
-                path.write_bytes(text[:ends[number]])
-            indexed = run("index")
-            if not isinstance(indexed, dict):
-                return [indexed]
+                path.write_bytes(texts[number])
+            run("index")
             reader.index()
         with sqlite3.connect(home.parent / "Tokwatch/usage.sqlite") as store:
             rows, sessions = (list(store.execute("SELECT * FROM " + table)) for table in ("daily", "sessions"))
@@ -326,15 +303,10 @@ def same(told, expected):
     return told == expected or (isinstance(told, float) and isinstance(expected, float) and math.isclose(told, expected))
 
 
-def main():
-    arguments = argparse.ArgumentParser(description=__doc__)
-    arguments.add_argument("program", type=os.path.abspath)
-    arguments.add_argument("--homes", type=int, default=40)
-    arguments.add_argument("--seed", type=int, default=1)
-    chosen = arguments.parse_args()
-    found = [f"seed {seed}: {difference}" for seed in range(chosen.seed, chosen.seed + chosen.homes)
-             for difference in differences(chosen.program, seed)]
-    sys.exit("\n".join(found) or 0)
-
-
-main()
+arguments = argparse.ArgumentParser(description=__doc__)
+arguments.add_argument("program", type=os.path.abspath)
+arguments.add_argument("--homes", type=int, default=40)
+arguments.add_argument("--seed", type=int, default=1)
+chosen = arguments.parse_args()
+sys.exit("\n".join(f"seed {seed}: {difference}" for seed in range(chosen.seed, chosen.seed + chosen.homes)
+                   for difference in differences(chosen.program, seed)) or 0)
