@@ -121,8 +121,7 @@ class Reader:
         offset, context = (0, {}) if was != inode or len(text) < offset else (offset, context)
         newest, first = {}, {}
         for line in text[offset:text.rfind(b"\n") + 1].split(b"\n")[:-1]:
-            if event := parse(parsed(line.removesuffix(b"\r")), context):
-                newest.pop(event.key, None)
+            if event := parse(parsed(line), context):
                 newest[event.key] = event
                 first.setdefault(event.key, offset)
             offset += len(line) + 1
@@ -166,7 +165,8 @@ class Reader:
         return models
 
 
-STRANGE = (None, True, "12", "", -5, 1.9, 12e2, 10**30, -10**30, [], {}, "<synthetic>", "\ud800", "a\0b")
+STRANGE = (None, True, "12", "", -5, 1.9, 12e2, 10**30, -10**30, [], {}, "<synthetic>", "\ud800", "a\0b",
+           "2026-11-20T10:00:60Z", "2026-11-20T10:00:00", "2026-11-20T10:00:00.5+0530", "2026-11-20T24:00:00Z", "2026-11-31T10:00:00Z")
 DEEP = (b"[" * 99 + b"]" * 99, b"[" * 5000 + b"]" * 5000)
 CODEX = ("input_tokens", "cached_input_tokens", "cache_write_input_tokens", "output_tokens", "reasoning_output_tokens")
 GROK = ("inputTokens", "cachedReadTokens", "cacheCreationTokens", "outputTokens", "reasoningTokens", "costUsdTicks")
@@ -180,20 +180,24 @@ class Assistants:
     def __init__(self, rng):
         self.rng, self.days, self.keys = rng, rng.choice((0, 80)), rng.randrange(3, 40)
 
+    def odd(self, value):
+        return self.rng.choice(STRANGE) if self.rng.random() < 0.05 else value
+
     def key(self):
-        return "k%d" % self.rng.randrange(self.keys)
+        return self.odd("k%d" % self.rng.randrange(self.keys))
 
     def session(self):
-        return "s%d" % self.rng.randrange(5)
+        return self.odd("s%d" % self.rng.randrange(5))
 
     def stamp(self):
-        """Seconds ago where responses are being written, else days."""
+        """Seconds ago, or minutes, where responses are being written, else days."""
         zone = dt.timezone(dt.timedelta(hours=self.rng.choice((0, 0, 2, -7))))
-        when = dt.datetime.fromtimestamp(time.time() - self.rng.uniform(5, 20) - self.rng.random() * self.days * 86400, zone)
-        return when.isoformat(timespec=self.rng.choice(("seconds", "milliseconds", "microseconds"))).replace("+00:00", "Z")
+        ago = self.rng.uniform(*self.rng.choice(((1, 10), (100, 800)))) + self.rng.random() * self.days * 86400
+        form = self.rng.choice(("seconds", "milliseconds", "microseconds"))
+        return self.odd(dt.datetime.fromtimestamp(time.time() - ago, zone).isoformat(timespec=form).replace("+00:00", "Z"))
 
     def counts(self, *names):
-        return {name: self.rng.randrange(10**self.rng.randrange(1, 7)) for name in names if self.rng.random() < 0.8}
+        return {name: self.odd(self.rng.randrange(10**self.rng.randrange(1, 7))) for name in names if self.rng.random() < 0.8}
 
     def claude(self):
         rng = self.rng
@@ -201,7 +205,7 @@ class Assistants:
             usage = self.counts("input_tokens", "cache_read_input_tokens", "cache_creation_input_tokens")
             if rng.random() < 0.5:
                 usage["cache_creation"] = self.counts("ephemeral_5m_input_tokens", "ephemeral_1h_input_tokens")
-            message = {"id": self.key(), "model": rng.choice(("m-1", "m-2", "m-3", "<synthetic>"))}
+            message = {"id": self.key(), "model": self.odd(rng.choice(("m-1", "m-2", "m-3")))}
             line = {"type": "assistant", "sessionId": self.session(), "requestId": self.key(), "timestamp": self.stamp()}
             outputs = sorted(rng.choices(range(1, 3000), k=rng.randrange(1, 4)))
             for output in outputs:
@@ -211,15 +215,16 @@ class Assistants:
             yield {"type": "user", "timestamp": self.stamp(), "message": {"content": 'type":"assistant'}}
 
     def codex(self):
-        for _ in range(self.rng.randrange(1, 16)):
-            kind, payload = self.rng.choice((
-                ("session_meta", {"id": self.session()}), ("turn_context", {"model": self.rng.choice(("g-1", "g-2"))}),
+        rng = self.rng
+        for _ in range(rng.randrange(1, 16)):
+            kind, payload = rng.choice((
+                ("session_meta", {"id": self.session()}), ("turn_context", {"model": self.odd(rng.choice(("g-1", "g-2")))}),
                 ("event_msg", {"type": "token_count", "info": {"total_token_usage": self.counts(*CODEX)}}),
                 *[("token_usage_record", {"response_id": self.key(), "session_id": "own", "usage": self.counts(*CODEX)})] * 3))
             yield {"timestamp": self.stamp(), "type": kind, "payload": payload}
 
     def grok(self):
-        turns = [{"turnNumber": number, "endedAt": self.stamp(), "modelUsage": {
+        turns = [{"turnNumber": self.odd(number), "endedAt": self.stamp(), "modelUsage": {
             model: self.counts(*GROK) for model in self.rng.sample(("x-1", "x-2", "x-3"), self.rng.randrange(3))}}
             for number in range(self.rng.randrange(9))]
         yield {"sessionId": self.session(), "turns": turns}
@@ -308,5 +313,9 @@ arguments.add_argument("program", type=os.path.abspath)
 arguments.add_argument("--homes", type=int, default=40)
 arguments.add_argument("--seed", type=int, default=1)
 chosen = arguments.parse_args()
-sys.exit("\n".join(f"seed {seed}: {difference}" for seed in range(chosen.seed, chosen.seed + chosen.homes)
-                   for difference in differences(chosen.program, seed)) or 0)
+status = 0
+for seed in range(chosen.seed, chosen.seed + chosen.homes):
+    for difference in differences(chosen.program, seed):
+        status = 1
+        print(f"seed {seed}: {difference}", flush=True)
+sys.exit(status)
