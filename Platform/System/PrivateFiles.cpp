@@ -1,5 +1,7 @@
 #include "Platform/System/PrivateFiles.h"
 
+#include "Platform/System/ActingAsOwner.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -47,6 +49,7 @@ std::optional<std::filesystem::path> linkTarget(const std::filesystem::path& pat
 
 /// The new file's descriptor; not open where there is a file already.
 FileDescriptor createNew(const std::filesystem::path& path) {
+    const ActingAsOwner owner(path.parent_path());
     constexpr int flags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     FileDescriptor made(::open(path.c_str(), flags, privateFile));
     if (!made.isOpen() && errno != EEXIST) fail(errno, path);
@@ -139,6 +142,7 @@ void replace(const std::filesystem::path& file, std::string_view contents, mode_
     // An administrator may replace anything, also the device that a link was pointed at.
     struct stat status = {};
     if (::stat(real.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) fail(EINVAL, file);
+    const ActingAsOwner owner(real.parent_path());
     removeAbandoned(real);
     ReplacementFile replacement(real, permissions);
     replacement.write(contents);
@@ -163,6 +167,7 @@ std::filesystem::path followOwnLinks(std::filesystem::path file) {
 void makePrivateDirectory(const std::filesystem::path& directory) {
     std::filesystem::path made;
     for (const std::filesystem::path& name : directory) {
+        const ActingAsOwner owner(made);
         made /= name;
         if (::mkdir(made.c_str(), privateDirectory) == 0) {
             if (::chmod(made.c_str(), privateDirectory) != 0) fail(errno, made);

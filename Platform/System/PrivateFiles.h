@@ -10,7 +10,8 @@
 /// Making files of ours: 0600, in directories that are 0700 where we make them, whatever the umask
 /// says; what exists keeps its permissions. A link in the place of a file is followed where it is
 /// the user's or the system's own, and refused where another user planted it: what is written must
-/// not land where somebody else chose. Failures are std::system_error and name no more than the
+/// not land where somebody else chose. The administrator makes them the directory's owner's
+/// (`ActingAsOwner`). Failures are std::system_error and name no more than the
 /// path. Callable from any thread.
 namespace tokwatch {
 

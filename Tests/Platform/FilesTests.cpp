@@ -93,6 +93,25 @@ TEST(PrivateFiles, FollowNoLinkThatAnotherUserPlanted) {
     EXPECT_FALSE(fs::exists(home / "victim"));
 }
 
+TEST(PrivateFiles, AreTheUsersWhoseDirectoryItIsWhenTheAdministratorMakesThem) {
+    const testing::TemporaryDirectory home;
+    if (::chown(home.path().c_str(), 1234, 1234) != 0) GTEST_SKIP() << "only the administrator";
+    makePrivateDirectory(home / "top/data");
+    createPrivately(home / "top/data/store");
+    replacePrivately(home / "top/data/note", "text");
+    fs::create_directory(home / "roots");
+    createPrivately(home / "roots/own");
+    for (const auto& [name, owner] : {std::pair{"top", 1234U},
+                                      {"top/data", 1234U},
+                                      {"top/data/store", 1234U},
+                                      {"top/data/note", 1234U},
+                                      {"roots/own", 0U}}) {
+        struct stat status = {};
+        EXPECT_EQ(::stat((home / name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_uid, owner) << name;
+    }
+}
+
 TEST(PrivateFiles, RemoveWhatAKilledWriterLeftButNotWhatOneIsWriting) {
     const testing::TemporaryDirectory home;
     home.write("note.Ab1z9Z", "killed");

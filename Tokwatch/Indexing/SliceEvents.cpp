@@ -10,6 +10,7 @@ void SliceEvents::put(UsageEvent event, Lines added) {
     if (isNew) {
         events.push_back(std::move(event));
         lines.push_back(added);
+        haveLast = true;
     } else {
         events[found->second] = std::move(event);
         lines[found->second].isUnfinished = added.isUnfinished;
@@ -25,7 +26,7 @@ void SliceEvents::add(ClaudeLine line, std::int64_t offset) {
 }
 
 Seconds SliceEvents::patienceFor(std::size_t position) const {
-    return position + 1 == events.size() ? lastPatience : patience;
+    return haveLast && position + 1 == events.size() ? lastPatience : patience;
 }
 
 bool SliceEvents::isOpen(std::size_t position, std::int64_t end, std::optional<Date> now) const {
@@ -40,6 +41,7 @@ bool SliceEvents::isOpen(std::size_t position, std::int64_t end, std::optional<D
 std::vector<UsageEvent> SliceEvents::take(std::int64_t end, std::optional<Date> now) {
     SliceEvents next;
     std::size_t complete = 0;
+    const bool keepsLast = haveLast && !events.empty() && isOpen(events.size() - 1, end, now);
     for (std::size_t i = 0; i < events.size(); ++i) {
         if (isOpen(i, end, now)) {
             lines[i].completeAt = events[i].timestamp + patienceFor(i);
@@ -50,6 +52,7 @@ std::vector<UsageEvent> SliceEvents::take(std::int64_t end, std::optional<Date> 
         }
     }
     events.erase(events.begin() + static_cast<std::ptrdiff_t>(complete), events.end());
+    next.haveLast = keepsLast;
     std::swap(*this, next);
     return std::move(next.events);
 }

@@ -71,6 +71,7 @@ class SliceEvents {
     std::vector<UsageEvent> events;                         ///< in the order of their first lines
     std::vector<Lines> lines;                               ///< of each of them
     std::unordered_map<std::string, std::size_t> positions; ///< of the keys among the events
+    bool haveLast = true; ///< the last of these is the last that was read; not where that was taken
 };
 
 } // namespace tokwatch

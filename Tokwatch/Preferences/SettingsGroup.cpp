@@ -1,5 +1,6 @@
 #include "Tokwatch/Preferences/SettingsGroup.h"
 
+#include "Platform/System/ActingAsOwner.h"
 #include "Tokwatch/Preferences/SettingsFile.h"
 #include "Tokwatch/Preferences/SettingsFollower.h"
 #include "TokwatchCore/Support/SystemLog.h"
@@ -56,6 +57,7 @@ void SettingsGroup::reload() {
 
 bool SettingsGroup::save() {
     if (!areKnown() || !storageIsSound(list.storage)) return false;
+    const ActingAsOwner owner(fileOf(list.storage).parent_path());
     // Another for the same file: one that failed once speaks of that for good.
     QSettings present(list.storage.fileName(), QSettings::IniFormat);
     present.sync();
