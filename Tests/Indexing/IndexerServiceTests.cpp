@@ -161,24 +161,6 @@ TEST_F(IndexerServiceTest, StoresTheNewestCodexLimits) {
     EXPECT_EQ(store->limits(ProviderID::codex)->fetchedAt, time.now());
 }
 
-TEST_F(IndexerServiceTest, CountsOnlyWhatIsNewInARewrittenGrokDocument) {
-    home.write(".grok/sessions/s/usage.json", grokDocument("s", 2));
-    EXPECT_EQ(index().newEvents, 2);
-    home.write(".grok/sessions/s/usage.json", grokDocument("s", 5).substr(0, 200)); // half written
-    EXPECT_EQ(index().newEvents, 0);
-    home.write(".grok/sessions/s/usage.json", grokDocument("s", 5));
-    EXPECT_EQ(index().newEvents, 3);
-    EXPECT_EQ(outputTokens(), 35);
-    EXPECT_DOUBLE_EQ(summary().totalCostUSD, 12.5);
-
-    // An earlier turn gains a model.
-    std::string late = grokDocument("s", 5);
-    late.insert(late.find("\"grok-4\""), R"("grok-code":{"outputTokens":9},)");
-    home.write(".grok/sessions/s/usage.json", late);
-    EXPECT_EQ(index().newEvents, 1);
-    EXPECT_EQ(outputTokens(), 44);
-}
-
 TEST_F(IndexerServiceTest, ReadsAFileLargerThanASliceInOnePass) {
     ClaudeResponse longest{.id = "longest", .output = 1, .stopReason = "null"};
     std::string lines = longest.line();
