@@ -1,3 +1,4 @@
+#include "Platform/System/FileAccess.h"
 #include "TokwatchCore/Ingestion/ClaudeLogParser.h"
 #include "TokwatchCore/Ingestion/CodexLogParser.h"
 #include "TokwatchCore/Ingestion/GrokUsageParser.h"
@@ -117,12 +118,17 @@ void runGrok(std::string_view input) {
     }
 }
 
+/// The file as a pass lists it now.
+LogFile listed(const std::filesystem::path& file) {
+    return {file.string(), fileAttributes(file)};
+}
+
 /// Reads on until there is nothing more, as passes do.
 void readOn(const std::filesystem::path& file, std::optional<FileCursor>& cursor,
             std::int64_t window, std::vector<std::string>& lines) {
     TailBuffer buffer;
     while (true) {
-        const JSONLTail::Result read = JSONLTail::read(file, cursor, window, buffer);
+        const JSONLTail::Result read = JSONLTail::read(listed(file), cursor, window, buffer);
         require(!read.reset, "a file that grew is not begun anew");
         for (const std::string_view line : read.lines)
             lines.emplace_back(line);
@@ -152,7 +158,7 @@ void runTail(std::string_view input) {
     writeFile(file, text.substr(0, cut));
     if (static_cast<std::int64_t>(cut) < cursor->offset) {
         TailBuffer buffer;
-        require(JSONLTail::read(file, cursor, window, buffer).reset,
+        require(JSONLTail::read(listed(file), cursor, window, buffer).reset,
                 "a file that shrank is begun anew");
     }
 }

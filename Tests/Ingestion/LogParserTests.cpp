@@ -259,10 +259,6 @@ TEST(GrokUsageParser, SkipsTurnsWithoutNumberOrEnd) {
         R"({"turnNumber":9007199254740993.0,"endedAt":"2026-03-10T12:00:00Z","modelUsage":{"m":{}}}]})");
     ASSERT_EQ(events.size(), 1U);
     EXPECT_EQ(events[0].dedupKey, "s#9007199254740993#m");
-    for (const char* document :
-         {"", "[]", R"({"sessionId":1,"turns":[]})", R"({"sessionId":"s"})",
-          R"({"sessionId":"s","turns":{}})", R"({"sessionId":"s","turns":[)"})
-        EXPECT_THAT(GrokUsageParser::parse(document), IsEmpty()) << document;
 }
 
 } // namespace tokwatch::testing
