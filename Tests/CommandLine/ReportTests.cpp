@@ -22,7 +22,7 @@ TEST_F(CommandTest, ReportsForPeopleProgramsAndSpreadsheets) {
     ClaudeResponse response;
     response.timestamp = formattedNow();
     response.session = R"(a \"b\", c)";
-    response.model = R"(evil\u001b[2J\u202e)";
+    response.model = R"(=evil\u001b[2J\u202e)";
     world.write("home/.claude/projects/p/a.jsonl", response.line());
     const Json report = json({"report", "--by", "session"});
     ASSERT_EQ(report["rows"].size(), 1U);
@@ -36,7 +36,7 @@ TEST_F(CommandTest, ReportsForPeopleProgramsAndSpreadsheets) {
               "provider,session,project,responses,sessions,uncachedInput,cacheRead,cacheWrite5m,"
               "cacheWrite1h,output,reasoning,totalTokens,costUSD,approximate,first,last,models\r\n"
               "claude,\"a \"\"b\"\", c\",,1,1,10,0,0,0,5,0,15,,false," +
-                  response.timestamp + "," + response.timestamp + ",evil?[2J?\r\n");
+                  response.timestamp + "," + response.timestamp + ",'=evil?[2J?\r\n");
     const std::string text = here({"report", "--by", "model", "--days", "1"}).out;
     for (const char* part : {"Today  $0.00 · API estimate\n15 tokens · 1 session · 1 model\n",
                              "evil?[2J?", "—", "Excludes models without a published price"})

@@ -78,7 +78,7 @@ TEST(TableText, QuotesWhatACSVReaderWouldMistake) {
                                          {"the \"best\"", "\"the \"\"best\"\"\""},
                                          {" padded ", "\" padded \""},
                                          {"two\r\nlines", "two  lines"},
-                                         {"bell\a", "\"bell \""},
+                                         {"@bell\a", "\"'@bell \""},
                                          {"\u202Eevil", "\" evil\""},
                                          {"模型-😀", "模型-😀"},
                                          {"", ""}}) {

@@ -8,7 +8,7 @@
 namespace tokwatch {
 
 std::string csvField(const std::string& text) {
-    std::string field = plainText(text);
+    std::string field = (isFormula(text) ? "'" : "") + plainText(text);
     if (field.find_first_of("\",\r\n") == std::string::npos) return field;
     for (std::size_t at = field.find('"'); at != std::string::npos; at = field.find('"', at + 2))
         field.insert(at, 1, '"');
@@ -16,8 +16,8 @@ std::string csvField(const std::string& text) {
 }
 
 std::string csvField(const Json& value) {
-    if (value.is_null()) return {};
-    return csvField(value.is_string() ? value.get<std::string>() : value.dump());
+    if (value.is_string()) return csvField(value.get<std::string>());
+    return value.is_null() ? "" : value.dump();
 }
 
 std::string csvLine(const std::vector<std::string>& fields) {

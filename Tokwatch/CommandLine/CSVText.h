@@ -9,7 +9,8 @@
 /// Comma-separated values by RFC 4180.
 namespace tokwatch {
 
-/// The text (`plainText`), quoted where a reader would take it for several fields.
+/// The text (`plainText`), quoted where a reader would take it for several fields, and behind a "'"
+/// where a spreadsheet would take it for a formula.
 std::string csvField(const std::string& text);
 /// A text as above, another value as JSON writes it, empty for null.
 std::string csvField(const Json& value);

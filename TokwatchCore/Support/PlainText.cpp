@@ -75,6 +75,10 @@ std::string validUTF8(std::string_view text) {
     return replaced(text, isInvalid, [](Character) { return std::string("?"); });
 }
 
+bool isFormula(std::string_view text) {
+    return text.find_first_of("=+-@") == 0;
+}
+
 std::string plainJson(std::string document) {
     // The first bytes of what may be meant; nearly no document holds one.
     if (document.find_first_of("\x7F\xC2\xD8\xE2") == std::string::npos) return document;

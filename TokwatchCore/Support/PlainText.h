@@ -14,6 +14,10 @@ std::string plainText(std::string_view text);
 /// The text with each byte that is not UTF-8 as "?".
 std::string validUTF8(std::string_view text);
 
+/// Whether a spreadsheet would take the text for a formula, which may call others; a "'" in front
+/// makes it a text to all of them.
+bool isFormula(std::string_view text);
+
 /// `plainText` of a JSON document, whose texts keep what they say: such characters are escaped.
 std::string plainJson(std::string document);
 

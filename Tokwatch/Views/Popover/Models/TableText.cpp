@@ -1,6 +1,7 @@
 #include "Tokwatch/Views/Popover/Models/TableText.h"
 
 #include "Tokwatch/Display/AlignedText.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <QChar>
 
@@ -23,7 +24,7 @@ bool isUnseen(char32_t letter) {
 }
 
 QString csvField(const QString& field) {
-    QString text = inOneLine(field);
+    QString text = (isFormula(field.toStdString()) ? "'" : "") + inOneLine(field);
     const bool needsQuotes =
         text.contains(',') || text.contains('"') || text.startsWith(' ') || text.endsWith(' ');
     return needsQuotes ? '"' + text.replace('"', "\"\"") + '"' : text;

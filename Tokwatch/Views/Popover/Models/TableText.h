@@ -19,7 +19,8 @@ struct TableText {
     /// Aligned columns, two spaces apart, for places with a fixed-width type. No line ends with
     /// spaces; the last one is ended, too.
     QString aligned() const;
-    /// As RFC 4180 has it: CRLF behind each line, quotes where a field needs them.
+    /// As RFC 4180 has it: CRLF behind each line, quotes where a field needs them; a formula of a
+    /// spreadsheet is a text.
     QString csv() const;
 };
 
