@@ -13,9 +13,9 @@ from assistants import Account, between_responses, team
 from crew import PATIENCE, Background, Crew, Exports
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../Tests/CommandLine"))
-from hard_day import DATA, contents
 from headless import World, check
 
+DATA = "home/.local/share"
 STATE = DATA + "/Tokwatch"
 
 
@@ -128,7 +128,10 @@ class Day:
 
 def stored(path):
     """Whether a store is sound, and its tables as an account has them."""
-    sound, tables = contents(path)
+    with contextlib.closing(sqlite3.connect("file:%s?mode=ro" % path, uri=True)) as database:
+        sound = database.execute("PRAGMA integrity_check").fetchone()[0]
+        tables = {table: sorted(database.execute(query)) for table, query in (
+            ("daily", "SELECT * FROM daily"), ("seen", "SELECT * FROM seen"), ("sessions", "SELECT * FROM sessions"))}
     tables["daily"] = [(*row[:-1], row[-1] if row[-1] is None else round(row[-1], 6)) for row in tables["daily"]]
     return sound, tables
 

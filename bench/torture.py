@@ -22,8 +22,8 @@ import sys
 import tempfile
 import time
 
+import system_settings
 from day import DATA, Day, make_world
-from hard_day import overlay_system_settings
 from headless import Network, in_namespaces
 from troubles import NEED_A_REFRESH, TROUBLES, Skipped, memory_group, start_bus
 
@@ -64,7 +64,7 @@ def torture(options, directory):
     program, desktop = (os.path.join(os.path.realpath(options.build), "bin", name) for name in ("tokwatch", "tokwatch-desktop"))
     subprocess.run(["mount", "-t", "tmpfs", "tmpfs", "/dev/shm"], check=True)  # where the clock's library leaves things
     try:
-        overlay_system_settings(directory)
+        system_settings.overlay(directory)
     except subprocess.CalledProcessError as error:
         print("skipped: everything: this system allows no settings of its own:", error)
         return 77

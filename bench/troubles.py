@@ -6,6 +6,7 @@ import random
 import resource
 import shutil
 import signal
+import sqlite3
 import subprocess
 import tempfile
 import time
@@ -13,9 +14,9 @@ import time
 from assistants import MODEL, Account, Assistant, Claude, Response, between_responses, claude_line
 from crew import LONGEST_STOP, MOST_MEMORY, PATIENCE, WITH_A_WINDOW
 from day import DATA, STATE, Day, check, difference, make_world, stored
-from hard_day import other_zone, set_zone
 from headless import codex_line
 from make_home import filler
+from system_settings import other_zone, set_zone
 
 KINDS = ("input_tokens", "cache_read_input_tokens", "output_tokens")
 STARTED = 10  # files that are open at least once a program has its event loop
@@ -60,6 +61,18 @@ def read_only(day):
             day.nap(.3)
     finally:
         subprocess.run(["mount", "-o", "remount,rw", day.world.path(DATA)], check=True)
+
+
+def lock(day):
+    """another program holds the store's lock, longer than ours are patient"""
+    with day.killing():
+        day.nap(.1)
+        with contextlib.closing(sqlite3.connect(day.world.path(STATE + "/usage.sqlite"), timeout=PATIENCE,
+                                                isolation_level=None)) as database:
+            database.execute("BEGIN IMMEDIATE")
+            time.sleep(max(8, day.share * .6))
+            database.execute("ROLLBACK")
+        day.nap(.2)
 
 
 def files(day):
@@ -333,6 +346,6 @@ def stop_all(programs):
 
 
 TROUBLES = {each.__name__.replace("_", "-"): each for each in (
-    kills, full_disk, read_only, files, clock, descriptors, memory, inotify, users, bus, zone, suspend)}
+    kills, full_disk, read_only, lock, files, clock, descriptors, memory, inotify, users, bus, zone, suspend)}
 # After these nobody is told that there is something to read, but for a look at all files every five minutes.
 NEED_A_REFRESH = {"full-disk", "read-only", "descriptors"}
