@@ -190,6 +190,7 @@ void IndexPass::readAhead(std::size_t readers) {
     } catch (const std::system_error&) {
         return readInline(); // the system allows no more threads
     }
+    events.reserve(groupEventLimit); // not moved as they become more
     while (!surroundings.stop) {
         std::optional<Slice> slice = ahead->next();
         if (!slice) return;

@@ -36,6 +36,9 @@ std::string uriOf(const std::string& file, const char* query) {
 }
 
 int openConnection(const std::string& file, Access access, sqlite3** opened) {
+    // The library's sums of its memory, which nobody asks for, take a lock at each allocation. It
+    // refuses where the toolkit has opened a database before us, which costs but time.
+    [[maybe_unused]] static const int withoutSums = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
     switch (access) {
     case Access::readWrite:
         return sqlite3_open_v2(file.c_str(), opened,

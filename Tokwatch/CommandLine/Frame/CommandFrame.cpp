@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
@@ -21,6 +22,10 @@ std::string oneLine(const std::string& message) {
 
 void become(const std::string& name, char** words) {
     const std::filesystem::path program = ourProgram(name);
+    // A first pass uses some ten thousand pages once, and on virtual machines a fault is dear. Of
+    // large ones, where the kernel has them for who asks, it needs half as many. Programs that stay
+    // would keep more memory than they need.
+    if (name == programs::logs) ::setenv("GLIBC_TUNABLES", "glibc.malloc.hugetlb=1", 0);
     ::execv(program.c_str(), words);
     throw CommandError("starting " + program.string() +
                        " failed: " + std::generic_category().message(errno));
