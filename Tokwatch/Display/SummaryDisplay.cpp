@@ -64,7 +64,10 @@ SummaryDisplay::Row SummaryDisplay::row(std::string_view title, const Use& use, 
                                         SummaryUnit unit) {
     const bool isCost = unit == SummaryUnit::cost;
     const double share = std::min(1.0, isCost ? use.costShare : use.tokenShare);
-    return {std::string(title), rank, std::nullopt, plainText(title),
+    // Longer than any path of people's; a log may name a megabyte.
+    constexpr std::size_t longestTitle = 500;
+    return {std::string(title), rank, std::nullopt,
+            plainText(boundedName(std::string(title), longestTitle)),
             costText(use.costUSD, use.approximate),
             // A part of the cost is no more known than the cost.
             isCost && !use.costUSD ? unknown : MeterFormat::share(share),

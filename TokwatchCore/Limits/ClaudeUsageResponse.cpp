@@ -3,6 +3,7 @@
 #include "TokwatchCore/Limits/ServiceDocument.h"
 #include "TokwatchCore/Records/ClaudeWindows.h"
 #include "TokwatchCore/Support/ISO8601.h"
+#include "TokwatchCore/Support/PlainText.h"
 
 #include <QString>
 

@@ -21,18 +21,6 @@ ProviderLimits ProviderLimits::markedStale() const {
     return copy;
 }
 
-std::string boundedName(std::string name) {
-    constexpr std::size_t most = 120;
-    std::size_t characters = 0;
-    std::size_t last = 0; // where the last character begins for which there is room
-    for (std::size_t at = 0; at < name.size(); ++at) {
-        if ((static_cast<unsigned char>(name[at]) & 0xC0U) == 0x80U) continue; // amid a character
-        if (++characters == most) last = at;
-        if (characters > most) return name.substr(0, last) + "…";
-    }
-    return name;
-}
-
 std::optional<std::string> planName(std::string_view raw) {
     if (raw.empty()) return std::nullopt;
     const std::string name = boundedName(std::string(raw));

@@ -97,14 +97,9 @@ struct ProviderLimits {
 /// The latest limits, as far as known.
 using LimitsByProvider = std::map<ProviderID, ProviderLimits>;
 
-// What services and logs say is bounded before it is a record: a thousand windows, or a name of a
-// megabyte, would keep every surface busy drawing them.
-
-/// Real answers have two to six.
+/// What services and logs say is bounded before it is a record (`boundedName` does it with names):
+/// a thousand windows would keep every surface busy drawing them. Real answers have two to six.
 inline constexpr std::size_t mostWindows = 32;
-
-/// A name of at most 120 characters; a longer one ends with "…".
-std::string boundedName(std::string name);
 
 /// The plan name as shown: first letter upper-cased, the rest as given; absent for an empty name.
 std::optional<std::string> planName(std::string_view raw);

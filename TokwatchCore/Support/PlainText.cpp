@@ -79,6 +79,17 @@ bool isFormula(std::string_view text) {
     return text.find_first_of("=+-@") == 0;
 }
 
+std::string boundedName(std::string name, std::size_t most) {
+    std::size_t characters = 0;
+    std::size_t last = 0; // where the last character begins for which there is room
+    for (std::size_t at = 0; at < name.size(); ++at) {
+        if ((static_cast<unsigned char>(name[at]) & 0xC0U) == 0x80U) continue; // amid a character
+        if (++characters == most) last = at;
+        if (characters > most) return name.substr(0, last) + "…";
+    }
+    return name;
+}
+
 std::string plainJson(std::string document) {
     // The first bytes of what may be meant; nearly no document holds one.
     if (document.find_first_of("\x7F\xC2\xD8\xE2") == std::string::npos) return document;

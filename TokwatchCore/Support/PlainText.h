@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,9 @@ std::string validUTF8(std::string_view text);
 /// Whether a spreadsheet would take the text for a formula, which may call others; a "'" in front
 /// makes it a text to all of them.
 bool isFormula(std::string_view text);
+
+/// A name of at most so many characters; a longer one ends with "…".
+std::string boundedName(std::string name, std::size_t most = 120);
 
 /// `plainText` of a JSON document, whose texts keep what they say: such characters are escaped.
 std::string plainJson(std::string document);
