@@ -33,7 +33,7 @@ void setHints(xcb_connection_t* server, xcb_window_t window, std::string_view pr
 void keepBelow(QWindow& window, xcb_connection_t* server) {
     const auto id = static_cast<xcb_window_t>(window.winId());
     setHints<1>(server, id, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
-                {atom(server, "_NET_WM_WINDOW_TYPE_UTILITY")});
+                {atom(server, "_NET_WM_WINDOW_TYPE_DOCK")});
     // The toolkit adds its own states to these when it shows the window.
     setHints<3>(server, id, "_NET_WM_STATE", XCB_ATOM_ATOM,
                 {atom(server, "_NET_WM_STATE_STICKY"), atom(server, "_NET_WM_STATE_SKIP_TASKBAR"),

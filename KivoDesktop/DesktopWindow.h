@@ -13,10 +13,11 @@ class LayerSurface;
 /// Makes a frameless window a part of the desktop: below all other windows, on all workspaces, in
 /// no task bar and no pager, and never with the keyboard. Main thread only.
 ///
-/// On X11 it is a utility window that is kept below. One of the type "desktop", which the desktop's
-/// own window has, too, vanishes behind that at the first click on the desktop (seen with openbox
-/// and xfwm4). On Wayland it is a surface of the bottom layer where the compositor has layers
-/// (sway, Plasma) and this is built with the library that speaks of them; elsewhere a window
+/// On X11 it is a window of a panel's type that is kept below and keeps no room for itself. One of
+/// the type "desktop", which the desktop's own window has, too, vanishes behind that at the first
+/// click on the desktop (seen with openbox and xfwm4), and any other when the desktop is shown
+/// (with openbox and kwin). On Wayland it is a surface of the bottom layer where the compositor has
+/// layers (sway, Plasma) and this is built with the library that speaks of them; elsewhere a window
 /// without a frame, where the compositor puts it.
 class DesktopWindow {
   public:

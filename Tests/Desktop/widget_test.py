@@ -100,7 +100,7 @@ def drag(widget, by_x, by_y):
 def check_hints(widget):
     step("lies below all windows, on every workspace, in no task bar, without the keyboard, and has a name")
     hints = desktop.run("xprop", "-id", widget.window).decode()
-    for hint in ("WM_STATE_BELOW", "WM_STATE_SKIP_TASKBAR", "WM_STATE_SKIP_PAGER", "WM_WINDOW_TYPE_UTILITY",
+    for hint in ("WM_STATE_BELOW", "WM_STATE_SKIP_TASKBAR", "WM_STATE_SKIP_PAGER", "WM_WINDOW_TYPE_DOCK",
                  "WM_DESKTOP(CARDINAL) = 4294967295", "Client accepts input or input focus: False"):
         assert hint in hints, f"{hint} is not in {hints}"
     script = os.path.join(os.path.dirname(os.path.abspath(desktop.__file__)), "accessible.py")
