@@ -39,7 +39,7 @@ Column {
         anchors { left: parent.left; right: parent.right; margins: Theme.space.xs }
         text: group.note
         size: Theme.type.caption
-        lineHeight: lineCount > 1 ? 1.2 : 1
+        leading: 1.2
         color: Theme.colors.secondaryText
         wrapMode: Text.Wrap
     }

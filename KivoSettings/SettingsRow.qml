@@ -39,7 +39,7 @@ Item {
             width: parent.width
             text: row.caption
             size: Theme.type.caption
-            lineHeight: lineCount > 1 ? 1.2 : 1
+            leading: 1.2
             color: row.isProblem ? Theme.colors.criticalText : Theme.colors.secondaryText
             wrapMode: Text.Wrap
         }

@@ -103,7 +103,7 @@ FocusScope {
                 id: told
                 anchors { left: slot.right; leftMargin: Theme.space.m; right: parent.right; rightMargin: Theme.space.l }
                 text: fact.sentence
-                lineHeight: lineCount > 1 ? 1.15 : 1
+                leading: 1.15
                 size: Theme.type.caption
                 color: Theme.colors.secondaryText
                 wrapMode: Text.Wrap

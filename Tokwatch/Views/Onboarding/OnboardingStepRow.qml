@@ -57,7 +57,7 @@ Item {
             visible: text !== ""
             text: row.step.asks
             size: Theme.type.caption
-            lineHeight: lineCount > 1 ? 1.15 : 1
+            leading: 1.15
             color: Theme.colors.secondaryText
             wrapMode: Text.Wrap
         }

@@ -92,7 +92,7 @@ SettingsPage {
         anchors { left: parent.left; right: parent.right; margins: Theme.space.xs }
         text: "Free software under the MIT licence.\n© 2026 The Tokwatch developers"
         size: Theme.type.caption
-        lineHeight: 1.3
+        leading: 1.3
         color: Theme.colors.secondaryText
         wrapMode: Text.Wrap
     }

@@ -13,7 +13,7 @@ SettingsPage {
         text: "Tokwatch only sends each login to its own provider. Nothing else leaves your computer."
         size: Theme.type.title
         font.weight: Font.Medium
-        lineHeight: 1.2
+        leading: 1.2
         wrapMode: Text.Wrap
     }
     SettingsGroup {
@@ -73,7 +73,7 @@ SettingsPage {
                     Label {
                         width: parent.width
                         text: fact.modelData.sentence
-                        lineHeight: 1.2
+                        leading: 1.2
                         color: Theme.colors.secondaryText
                         wrapMode: Text.Wrap
                     }

@@ -48,7 +48,7 @@ SettingsGroup {
             width: parent.width - 2 * x
             text: group.shown.notes
             size: Theme.type.caption
-            lineHeight: 1.2
+            leading: 1.2
             maximumLineCount: 12
             color: Theme.colors.secondaryText
             wrapMode: Text.Wrap
