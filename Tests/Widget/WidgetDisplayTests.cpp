@@ -84,7 +84,7 @@ TEST(WidgetDisplay, ChoosesAndOrdersWhatItHasRoomFor) {
                   each.spoken);
     }
     EXPECT_EQ(WidgetDisplay::of({}, large, {}, now, Calendar::utc()).spoken(),
-              "No numbers yet. They appear as soon as Tokwatch runs.");
+              "No numbers yet. They appear once Tokwatch has told them.");
 }
 
 TEST(WidgetDisplay, ShowsThirtyDaysWhateverTheFileHas) {

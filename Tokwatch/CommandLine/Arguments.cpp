@@ -24,13 +24,18 @@ constexpr int mostDays = 36'500;
 /// What the command line said, to be carried out once it is known to be sound.
 struct Invocation {
     DataArguments arguments;
+    bool opens = false;
     std::optional<Command> command;
 
     /// The desktop application unless there is a command.
-    Command wanted() const { return command.value_or(DesktopOptions{pathOptions()}); }
+    Command wanted() const {
+        if (command && opens) throw UsageError("--open is for the windows, not for a command");
+        return command.value_or(DesktopOptions{desktopOptions()});
+    }
 
-    std::vector<std::string> pathOptions() const {
+    std::vector<std::string> desktopOptions() const {
         std::vector<std::string> options;
+        if (opens) options.emplace_back("--open");
         if (!arguments.home.empty()) options.insert(options.end(), {"--home", arguments.home});
         if (!arguments.dataDirectory.empty())
             options.insert(options.end(), {"--data-dir", arguments.dataDirectory});
@@ -292,6 +297,8 @@ int runCommandLine(int argc, const char* const* argv, Terminal& terminal,
     bool showsAllRows = false;
     DoctorOptions doctor;
     addPaths(app, invocation.arguments);
+    app.add_flag("--open", invocation.opens,
+                 "Open the window also where the desktop application does not run yet");
     const std::pair<std::string_view, std::function<void()>> commands[] = {
         {"index", [&] { addIndex(app, invocation); }},
         {"summary", [&] { addSummary(app, invocation, summary); }},

@@ -55,9 +55,9 @@ QString commandProgram() {
 QString openCommand() {
     const QString name = QStringLiteral("tokwatch");
     const QFileInfo found(QStandardPaths::findExecutable(name));
-    return found.canonicalFilePath() == QFileInfo(commandProgram()).canonicalFilePath()
-               ? name
-               : commandProgram();
+    const bool isFound =
+        found.canonicalFilePath() == QFileInfo(commandProgram()).canonicalFilePath();
+    return (isFound ? name : commandProgram()) + QStringLiteral(" --open");
 }
 
 /// What the desktop starts at login.
@@ -126,7 +126,7 @@ void AppDelegate::launch() {
     bindHotKey();
     makePinnedPanel();
     if (paths.dataHome) widgetStarter.emplace(widgetPreferences, *paths.dataHome, paths.home);
-    if (std::exchange(pendingOpen, false)) openPopover();
+    if (std::exchange(pendingOpen, false) && preferences.hasCompletedOnboarding) openPopover();
 }
 
 /// However the welcome was finished: in its window, or in another process.

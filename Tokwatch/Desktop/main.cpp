@@ -59,13 +59,14 @@ int run(int argc, char** argv) {
     QCommandLineParser parser;
     const QCommandLineOption home("home", "Where the assistants' files are.", "DIR");
     const QCommandLineOption dataDirectory("data-dir", "Where Tokwatch keeps its data.", "DIR");
+    const QCommandLineOption opens("open", "Open the window at once.");
     parser.addHelpOption();
-    parser.addOptions({home, dataDirectory});
+    parser.addOptions({home, dataDirectory, opens});
     parser.process(application);
 
     tokwatch::DesktopBus bus(QDBusConnection::sessionBus(), QDBusConnection::systemBus());
     std::unique_ptr<tokwatch::AppDelegate> delegate;
-    bool openAtOnce = false;
+    bool openAtOnce = parser.isSet(opens);
     const auto open = [&] {
         if (delegate)
             delegate->open();

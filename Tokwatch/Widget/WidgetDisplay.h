@@ -65,7 +65,7 @@ struct WidgetDisplay {
     std::optional<Costs> costs; ///< where the size has room for it, or there are no limits
 
     static constexpr std::string_view emptyTitle = "No numbers yet";
-    static constexpr std::string_view emptyHint = "They appear as soon as Tokwatch runs.";
+    static constexpr std::string_view emptyHint = "They appear once Tokwatch has told them.";
 
     /// Lines, the providers' names among them, that the limits of the medium and the large widget
     /// take at most; the note costs one.

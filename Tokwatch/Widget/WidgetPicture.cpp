@@ -29,7 +29,7 @@ constexpr double markSize = 16;
 constexpr double afterMark = 22;  ///< where texts begin beside a mark, and below them
 constexpr double figureSize = 46; ///< of the small widget's number
 constexpr double barHeight = 8;
-constexpr double highestLine = 24; ///< of the limits, where there is room
+constexpr double highestLine = 28; ///< of the limits, where there is room
 constexpr double groupGap = 6;     ///< between providers
 constexpr double costsHeight = 136;
 
@@ -248,7 +248,7 @@ void paintSmall(Sheet& sheet, const QRectF& inside, const WidgetDisplay& display
         paintHeadline(sheet, inside,
                       {std::nullopt,
                        text(display.costs->month) + QStringLiteral(" in 30 days"),
-                       text(display.costs->todayLabel),
+                       text(display.costs->todayLabel) + text(SummaryTexts::estimateSuffix),
                        text(display.costs->today),
                        {},
                        aged(display.isOld, colors.text, colors.secondaryText)});
@@ -305,7 +305,9 @@ void paintProviders(Sheet& sheet, const QRectF& inside, const WidgetDisplay& dis
         lines += 1 + static_cast<double>(provider.bars.size());
     const double gaps = groupGap * static_cast<double>(display.providers.size() - 1);
     const double height = std::min(std::floor((inside.height() - gaps) / lines), highestLine);
-    QRectF line(inside.left(), inside.top(), inside.width(), height);
+    // Few of them stand in the middle of their room.
+    const double spare = std::floor((inside.height() - gaps - lines * height) / 2);
+    QRectF line(inside.left(), inside.top() + spare, inside.width(), height);
     const auto next = [&line, height] { line.translate(0, height); };
     for (const WidgetDisplay::Provider& provider : display.providers) {
         paintProviderLine(sheet, line, provider);

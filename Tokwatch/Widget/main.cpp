@@ -37,6 +37,7 @@ constexpr std::chrono::seconds patience{2};
 /// through.
 void stayLean() {
     qputenv("QT_XCB_GL_INTEGRATION", "none");
+    qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
     qputenv("QT_IM_MODULE", "none");
     const QByteArray desktop = qgetenv("XDG_CURRENT_DESKTOP");
     QGuiApplication::setDesktopSettingsAware(desktop.contains("KDE"));
@@ -48,7 +49,8 @@ std::filesystem::path absolute(const QString& path) {
 
 /// The one whose numbers are shown: with the same places as this program.
 void openTokwatch(const QStringList& places) {
-    QProcess::startDetached(QString::fromStdString(ourProgram("tokwatch").string()), places);
+    QProcess::startDetached(QString::fromStdString(ourProgram("tokwatch").string()),
+                            QStringList(places) << QStringLiteral("--open"));
 }
 
 int run(int argc, char** argv) {

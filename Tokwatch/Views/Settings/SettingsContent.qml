@@ -32,7 +32,7 @@ SettingsFrame {
     SettingsSection {
         title: "Widget"
         symbol: "gauge.with.dots.needle.67percent"
-        page: Component { WidgetPage { view: settings.view.widget } }
+        page: Component { WidgetPage { view: settings.view.widget; startsAtLogin: settings.view.general.state.startsAtLogin } }
     }
     SettingsSection {
         title: "Providers"

@@ -6,6 +6,7 @@ import Tokwatch.Common
 SettingsPage {
     id: page
     required property var view
+    required property bool startsAtLogin
     readonly property var shown: view.state
 
     title: "Widget"
@@ -17,7 +18,7 @@ SettingsPage {
         SettingsRow {
             id: desktop
             label: "Show on the desktop"
-            caption: "It starts together with Tokwatch."
+            caption: "It starts together with Tokwatch" + (page.startsAtLogin ? ", at login." : ", which does not start at login.")
             Toggle {
                 text: desktop.label
                 checked: page.shown.shown
