@@ -1,20 +1,17 @@
 #include "Platform/System/PrivateFiles.h"
 
 #include "Platform/System/ActingAsOwner.h"
+#include "Platform/System/OwnLinks.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
-#include <optional>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace tokwatch {
@@ -24,7 +21,7 @@ constexpr mode_t privateFile = 0600;
 constexpr mode_t readableFile = 0644;
 constexpr mode_t permissionBits = 0777;
 constexpr mode_t privateDirectory = 0700;
-constexpr int mostLinks = 16;
+constexpr mode_t othersRights = 077;
 constexpr std::chrono::milliseconds lockPause{2};
 /// What mkostemp replaces.
 constexpr std::string_view uniquePart = ".XXXXXX";
@@ -33,18 +30,11 @@ constexpr std::string_view uniquePart = ".XXXXXX";
     throw std::system_error(error, std::generic_category(), path.string());
 }
 
-/// Where the link leads that stands at the path; none where no link stands there. By descriptor,
-/// so that the link whose owner was looked at is the one that is followed.
-std::optional<std::filesystem::path> linkTarget(const std::filesystem::path& path) {
-    const FileDescriptor entry(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    struct stat status = {};
-    if (!entry.isOpen() || ::fstat(entry.get(), &status) != 0 || !S_ISLNK(status.st_mode))
-        return std::nullopt;
-    if (status.st_uid != ::geteuid() && status.st_uid != 0) throw ForeignLinkError(path);
-    std::array<char, PATH_MAX> target{};
-    const ssize_t length = ::readlinkat(entry.get(), "", target.data(), target.size());
-    if (length < 0) fail(errno, path);
-    return path.parent_path() / std::string(target.data(), static_cast<std::size_t>(length));
+/// Who made the file beforehand would see and change what is kept in it. One that is closed to
+/// others and can be opened nevertheless lies where users have other numbers, as on some networks.
+void refuseAnothers(const struct stat& status, const std::filesystem::path& file) {
+    if ((status.st_mode & othersRights) != 0 && !isTrustedOwner(status.st_uid, file))
+        throw ForeignFileError(file, "belongs to another user");
 }
 
 /// The new file's descriptor; not open where there is a file already.
@@ -149,20 +139,18 @@ void replace(const std::filesystem::path& file, std::string_view contents, mode_
     replacement.replace(real);
 }
 
-} // namespace
-
-ForeignLinkError::ForeignLinkError(const std::filesystem::path& link)
-    : std::system_error(EPERM, std::generic_category(),
-                        link.string() + " is a link of another user") {}
-
-std::filesystem::path followOwnLinks(std::filesystem::path file) {
-    for (int links = 0; links < mostLinks; ++links) {
-        std::optional<std::filesystem::path> target = linkTarget(file);
-        if (!target) return file;
-        file = std::move(*target);
+/// The file, or its directory where the file cannot be opened.
+FileDescriptor openLock(const std::filesystem::path& file) {
+    try {
+        return openPrivately(file);
+    } catch (const std::system_error&) {
+        const std::filesystem::path directory = followOwnLinks(file.parent_path());
+        return FileDescriptor(
+            ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     }
-    fail(ELOOP, file);
 }
+
+} // namespace
 
 void makePrivateDirectory(const std::filesystem::path& directory) {
     std::filesystem::path made;
@@ -171,18 +159,21 @@ void makePrivateDirectory(const std::filesystem::path& directory) {
         made /= name;
         if (::mkdir(made.c_str(), privateDirectory) == 0) {
             if (::chmod(made.c_str(), privateDirectory) != 0) fail(errno, made);
-        } else if (struct stat status = {}; errno != EEXIST && ::stat(made.c_str(), &status) != 0) {
-            fail(errno, made);
+            continue;
         }
+        const int obstacle = errno;
+        struct stat status = {};
+        made = followOwnLinks(made);
+        if (::lstat(made.c_str(), &status) != 0) fail(obstacle == EEXIST ? errno : obstacle, made);
+        if (!S_ISDIR(status.st_mode)) fail(ENOTDIR, made);
     }
-    struct stat status = {};
-    if (::stat(followOwnLinks(directory).c_str(), &status) != 0) fail(errno, directory);
-    if (!S_ISDIR(status.st_mode)) fail(ENOTDIR, directory);
 }
 
 std::filesystem::path createPrivately(const std::filesystem::path& file) {
     std::filesystem::path real = followOwnLinks(file);
-    createNew(real);
+    struct stat present = {};
+    if (!createNew(real).isOpen() && ::lstat(real.c_str(), &present) == 0)
+        refuseAnothers(present, real);
     return real;
 }
 
@@ -194,6 +185,7 @@ FileDescriptor openPrivately(const std::filesystem::path& file) {
     if (!opened.isOpen()) fail(errno, file);
     struct stat status = {};
     if (::fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode)) fail(EINVAL, file);
+    refuseAnothers(status, real);
     return opened;
 }
 
@@ -201,10 +193,9 @@ FileDescriptor lockPrivately(const std::filesystem::path& file,
                              std::chrono::milliseconds patience) {
     FileDescriptor lock;
     try {
-        lock = openPrivately(file);
+        lock = openLock(file);
     } catch (const std::system_error&) {
-        const std::filesystem::path directory = file.parent_path();
-        lock = FileDescriptor(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        return lock; // another user chose where it would be
     }
     while (lock.isOpen() && ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
         if ((errno != EWOULDBLOCK && errno != EINTR) || patience <= lockPause)

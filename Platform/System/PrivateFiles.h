@@ -5,24 +5,14 @@
 #include <chrono>
 #include <filesystem>
 #include <string_view>
-#include <system_error>
 
 /// Making files of ours: 0600, in directories that are 0700 where we make them, whatever the umask
-/// says; what exists keeps its permissions. A link in the place of a file is followed where it is
-/// the user's or the system's own, and refused where another user planted it: what is written must
-/// not land where somebody else chose. The administrator makes them the directory's owner's
-/// (`ActingAsOwner`). Failures are std::system_error and name no more than the
-/// path. Callable from any thread.
+/// says; what exists keeps its permissions. Links in their place and on the way there are followed
+/// as `followOwnLinks` does, so that nothing lands where another user chose. An existing file of
+/// another user's that is open to others is not taken for ours. The administrator makes them the
+/// directory's owner's (`ActingAsOwner`). Failures are std::system_error, those by other users
+/// ForeignFileError, and name no more than the path. Callable from any thread.
 namespace tokwatch {
-
-/// A link that another user planted stands in the place of a file of ours.
-class ForeignLinkError : public std::system_error {
-  public:
-    explicit ForeignLinkError(const std::filesystem::path& link);
-};
-
-/// Where the file really is, the links in its own place followed.
-std::filesystem::path followOwnLinks(std::filesystem::path file);
 
 /// Makes the directory and whatever is missing above it.
 void makePrivateDirectory(const std::filesystem::path& directory);

@@ -1,5 +1,6 @@
 #include "Platform/System/PrivateFiles.h"
 
+#include "Platform/System/OwnLinks.h"
 #include "Platform/System/WholeFile.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
@@ -71,6 +72,12 @@ TEST(PrivateFiles, FollowTheUsersOwnLinks) {
     replacePrivately(home / "link", "text");
     EXPECT_EQ(home.read("elsewhere"), "text");
     EXPECT_TRUE(fs::is_symlink(home / "link"));
+    fs::create_directory_symlink("managed/data", home / "data");
+    EXPECT_THROW(makePrivateDirectory(home / "data"), std::system_error) << "a disk that is away";
+    makePrivateDirectory(home / "managed/data");
+    makePrivateDirectory(home / "data/below/..");
+    replacePrivately(home / "data/below/note", "text");
+    EXPECT_EQ(home.read("managed/data/below/note"), "text");
     fs::create_symlink("loop", home / "loop");
     EXPECT_THROW(openPrivately(home / "loop"), std::system_error);
     ASSERT_EQ(::mkfifo((home / "device").c_str(), 0600), 0);
@@ -81,16 +88,42 @@ TEST(PrivateFiles, FollowTheUsersOwnLinks) {
 
 TEST(PrivateFiles, FollowNoLinkThatAnotherUserPlanted) {
     const testing::TemporaryDirectory home;
+    home.write("theirs/own/file", "");
+    home.write("ours/file", "");
+    fs::permissions(home.path(), fs::perms{0755});
+    fs::create_directory_symlink("../ours", home / "theirs/out");
+    fs::create_directory_symlink("own", home / "theirs/in");
     fs::create_symlink("victim", home / "planted");
-    if (::lchown((home / "planted").c_str(), 1234, 1234) != 0)
-        GTEST_SKIP() << "only the administrator gives links away";
     fs::create_symlink("planted", home / "detour");
-    for (const char* name : {"planted", "detour"}) {
-        EXPECT_THROW(createPrivately(home / name), ForeignLinkError);
-        EXPECT_THROW(openPrivately(home / name), ForeignLinkError);
-        EXPECT_THROW(replacePrivately(home / name, "text"), ForeignLinkError);
+    fs::create_directory_symlink("ours", home / "folder");
+    for (const char* name :
+         {"theirs", "theirs/own", "theirs/out", "theirs/in", "planted", "folder"})
+        if (::lchown((home / name).c_str(), 1234, 1234) != 0)
+            GTEST_SKIP() << "only the administrator gives links away";
+    for (const char* name : {"planted", "detour", "folder/file", "folder/new", "theirs/out/file"}) {
+        EXPECT_THROW(createPrivately(home / name), ForeignFileError) << name;
+        EXPECT_THROW(openPrivately(home / name), ForeignFileError) << name;
+        EXPECT_THROW(replacePrivately(home / name, "text"), ForeignFileError) << name;
     }
+    for (const char* name : {"folder", "folder/below", "theirs/out"})
+        EXPECT_THROW(makePrivateDirectory(home / name), ForeignFileError) << name;
+    EXPECT_FALSE(lockPrivately(home / "folder/new", {}).isOpen());
     EXPECT_FALSE(fs::exists(home / "victim"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(home / "ours"), {}), 1);
+    EXPECT_EQ(createPrivately(home / "theirs/in/file"), home / "theirs/own/file")
+        << "what the administrator finds in a home is as that user has it";
+}
+
+TEST(PrivateFiles, AreNotTakenFromAnotherUserWhoLeftThemOpen) {
+    const testing::TemporaryDirectory home;
+    for (const auto& [name, mode] : {std::pair{"open", 0666}, {"closed", 0600}}) {
+        const fs::path file = home.write(name, "");
+        if (::chown(file.c_str(), 1234, 1234) != 0) GTEST_SKIP() << "only the administrator";
+        fs::permissions(file, fs::perms(mode));
+    }
+    EXPECT_THROW(createPrivately(home / "open"), ForeignFileError);
+    EXPECT_THROW(openPrivately(home / "open"), ForeignFileError);
+    EXPECT_TRUE(openPrivately(home / "closed").isOpen()) << "as on a network with other numbers";
 }
 
 TEST(PrivateFiles, AreTheUsersWhoseDirectoryItIsWhenTheAdministratorMakesThem) {

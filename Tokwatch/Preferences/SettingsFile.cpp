@@ -1,7 +1,7 @@
 #include "Tokwatch/Preferences/SettingsFile.h"
 
 #include "Platform/System/FileDescriptor.h"
-#include "Platform/System/PrivateFiles.h"
+#include "Platform/System/OwnLinks.h"
 #include "Platform/System/WholeFile.h"
 #include "Tokwatch/Preferences/PlainSettings.h"
 #include "Tokwatch/Preferences/SettingText.h"

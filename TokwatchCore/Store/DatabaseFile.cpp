@@ -1,5 +1,6 @@
 #include "TokwatchCore/Store/DatabaseFile.h"
 
+#include "Platform/System/OwnLinks.h"
 #include "Platform/System/PrivateFiles.h"
 #include "TokwatchCore/Store/UsageStoreError.h"
 
@@ -12,13 +13,16 @@
 namespace tokwatch::sqlite {
 namespace {
 
-/// The file, made where it does not exist; SQLite's side files take after it. What else fails here
-/// fails again, with a message, when SQLite opens it.
+/// The file, made where it does not exist; SQLite's side files take after it. What fails here
+/// fails again, with a message, when SQLite opens it; but for what is another user's, which SQLite
+/// would open.
 std::filesystem::path createFile(const std::filesystem::path& file) {
     std::filesystem::path real = realPath(file);
     try {
-        if (real.has_parent_path()) makePrivateDirectory(real.parent_path());
+        makePrivateDirectory(file.parent_path());
         return createPrivately(real);
+    } catch (const ForeignFileError& error) {
+        throw UsageStoreError(SQLITE_CANTOPEN, error.what());
     } catch (const std::system_error&) {
         return real;
     }

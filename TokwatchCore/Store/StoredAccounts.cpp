@@ -1,12 +1,12 @@
 #include "TokwatchCore/Store/StoredAccounts.h"
 
-#include "TokwatchCore/Store/SQLite.h"
+#include "TokwatchCore/Store/DatabaseFile.h"
 #include "TokwatchCore/Store/UsageStore.h"
 
 namespace tokwatch {
 
 StoredAccounts::StoredAccounts(const std::filesystem::path& database)
-    : db(sqlite::openForReading(database.string(), UsageStore::lockPatience)) {
+    : db(sqlite::openFileForReading(database, UsageStore::lockPatience)) {
     // What others store meanwhile is not seen.
     db->execute("BEGIN");
 }

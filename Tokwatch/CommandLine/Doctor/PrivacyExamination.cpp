@@ -1,5 +1,7 @@
+#include "Platform/System/OwnLinks.h"
 #include "Tokwatch/CommandLine/Doctor/Examinations.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -24,8 +26,9 @@ Finding closed(const std::filesystem::path& path, mode_t mode, Closing closing) 
     if (closing == Closing::offer)
         return {topic, Health::bad,
                 path.string() + " is open to other users; tokwatch doctor --fix closes it"};
-    // By name: opening and closing a database would drop the locks that this process has on it.
-    if (::chmod(path.c_str(), mode & ~othersRights) != 0)
+    // By name: opening and closing a database would drop the locks that this process has on it. Not
+    // through a link that took the place of what was looked at.
+    if (::fchmodat(AT_FDCWD, path.c_str(), mode & ~othersRights, AT_SYMLINK_NOFOLLOW) != 0)
         return {topic, Health::bad,
                 path.string() + " is open to other users and cannot be closed: " +
                     std::generic_category().message(errno)};
@@ -42,6 +45,19 @@ void examine(const std::filesystem::path& path, mode_t kind, Closing closing,
         findings.push_back(closed(path, status->st_mode & 07777, closing));
 }
 
+/// The directory and the files in it.
+void examineDirectory(const std::filesystem::path& named, Closing closing,
+                      std::vector<Finding>& findings) {
+    const std::filesystem::path directory = followOwnLinks(named);
+    examine(directory, S_IFDIR, closing, findings);
+    // Whoever may not enter the folder cannot reach a file in it by this name; by another one,
+    // made while the folder was open, they could.
+    std::error_code ignored;
+    std::filesystem::directory_iterator entry(directory, ignored);
+    for (; entry != std::filesystem::directory_iterator() && !ignored; entry.increment(ignored))
+        examine(entry->path(), S_IFREG, closing, findings);
+}
+
 } // namespace
 
 std::vector<Finding> examinePrivacy(const UserPaths& paths, Closing closing) {
@@ -50,13 +66,12 @@ std::vector<Finding> examinePrivacy(const UserPaths& paths, Closing closing) {
          {paths.database() ? std::optional(paths.database()->parent_path()) : std::nullopt,
           paths.snapshotDirectory()}) {
         if (!directory) continue;
-        examine(*directory, S_IFDIR, closing, findings);
-        // Whoever may not enter the folder cannot reach a file in it by this name; by another one,
-        // made while the folder was open, they could.
-        std::error_code ignored;
-        std::filesystem::directory_iterator entry(*directory, ignored);
-        for (; entry != std::filesystem::directory_iterator() && !ignored; entry.increment(ignored))
-            examine(entry->path(), S_IFREG, closing, findings);
+        try {
+            examineDirectory(*directory, closing, findings);
+        } catch (const std::system_error& error) {
+            // What is behind another user's link is none of ours to close.
+            findings.push_back({topic, Health::bad, error.what()});
+        }
     }
     if (findings.empty())
         findings.push_back({topic, Health::good, "what is stored is open to you alone"});
