@@ -48,7 +48,8 @@ std::filesystem::path libraryDirectory(const void* address) {
 std::filesystem::path homeDirectory() {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
     const char* home = std::getenv("HOME");
-    return home == nullptr || *home == '\0' ? homeOfAccount() : std::filesystem::path(home);
+    std::filesystem::path given(home == nullptr ? "" : home);
+    return given.is_absolute() ? given : homeOfAccount();
 }
 
 } // namespace tokwatch

@@ -17,7 +17,8 @@ std::filesystem::path ourProgram(std::string_view name);
 /// loader knows only the name it was called by, which may be relative to anything.
 std::filesystem::path libraryDirectory(const void* address);
 
-/// $HOME, else what the account says; empty where there is neither.
+/// $HOME, else what the account says; empty where there is neither. A relative one, be it "~",
+/// would be another place in each directory and counts as not set.
 std::filesystem::path homeDirectory();
 
 } // namespace tokwatch

@@ -1,5 +1,6 @@
 #include "Tokwatch/CommandLine/Frame/CommandFrame.h"
 
+#include "Platform/Linux/ProcessStart.h"
 #include "Platform/System/Places.h"
 #include "TokwatchCore/Support/ApplicationVersion.h"
 
@@ -12,6 +13,10 @@
 
 namespace tokwatch {
 namespace {
+
+/// A first pass has so many open: the store and its side files, the folders on the way to a log,
+/// and a log for each reader.
+constexpr int descriptors = 16;
 
 /// The first line of what the parser says; some of its messages have several.
 std::string oneLine(const std::string& message) {
@@ -67,6 +72,8 @@ CLI::App& addDataCommand(CLI::App& app, DataArguments& arguments, const std::str
 
 int carriedOut(Terminal& terminal, const std::function<int()>& run) {
     try {
+        // With fewer, what cannot be opened would be missing from sums and costs without a word.
+        requireDescriptors(descriptors);
         const int status = run();
         const std::error_code failure = terminal.flush();
         if (!failure) return status;

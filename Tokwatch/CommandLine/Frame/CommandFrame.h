@@ -42,7 +42,8 @@ void addPaths(CLI::App& command, DataArguments& arguments);
 CLI::App& addDataCommand(CLI::App& app, DataArguments& arguments, const std::string& name,
                          const std::string& about);
 
-/// Runs, or says why not. The status that the process ends with.
+/// Runs, or says why not, as where the process may open too few files. The status that the process
+/// ends with.
 int carriedOut(Terminal& terminal, const std::function<int()>& run);
 
 /// Reads the words and runs, or says why not, with what `suggest` has to add. The status that the

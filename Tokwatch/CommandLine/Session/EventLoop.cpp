@@ -7,10 +7,13 @@
 namespace tokwatch {
 namespace {
 
+/// A follower's, the toolkit's, and a few to spare.
+constexpr int threads = 12;
 /// A follower has 15 open, half of them its threads'.
 constexpr int descriptors = 20;
 
 std::unique_ptr<QCoreApplication> makeApplication(int& argumentCount, char** arguments) {
+    requireThreads(threads);
     requireDescriptors(descriptors);
     return std::make_unique<QCoreApplication>(argumentCount, arguments);
 }

@@ -10,7 +10,8 @@ namespace tokwatch {
 /// The event loop of a command that needs one: for D-Bus, the network, or to follow changes.
 class EventLoop {
   public:
-    /// Throws std::system_error where the process may open too few files.
+    /// Throws std::system_error where the process may have too few threads or open too few files.
+    /// To be made before a bus is asked for: the toolkit waits for its thread.
     EventLoop();
     ~EventLoop();
     EventLoop(const EventLoop&) = delete;

@@ -1,16 +1,11 @@
 #include "Tokwatch/CommandLine/Session/WindowlessApplication.h"
 
-#include "Platform/Linux/ProcessStart.h"
 #include "Tokwatch/Alerts/LimitAlerts.h"
 
 namespace tokwatch {
 namespace {
 
-/// Ours, the toolkit's, and a few to spare.
-constexpr int threads = 12;
-
 Surroundings ofApplication(const CommandSurroundings& given) {
-    requireThreads(threads);
     Surroundings all = Surroundings::real(given.paths);
     all.calendar = given.calendar;
     all.now = given.now;

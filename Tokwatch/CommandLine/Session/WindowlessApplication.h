@@ -17,8 +17,7 @@
 namespace tokwatch {
 
 /// The application without its windows, for the commands that show what it does until a signal ends
-/// them. Needs an event loop that was made before. Throws std::system_error when the system allows
-/// too few threads.
+/// them. Needs an event loop that was made before.
 class WindowlessApplication {
   public:
     explicit WindowlessApplication(const CommandSurroundings& surroundings);
