@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Views/Settings/SettingsPlaces.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <QObject>
 #include <QProperty>
