@@ -1,12 +1,15 @@
 #include "KivoLaunch/LoginItem.h"
 
-#include <QDir>
+#include "Platform/System/Places.h"
+#include "Platform/System/PrivateFiles.h"
+#include "Platform/System/WholeFile.h"
+
 #include <QFile>
-#include <QFileInfo>
-#include <QSaveFile>
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <optional>
+#include <system_error>
 #include <utility>
 
 namespace kivo {
@@ -41,9 +44,8 @@ QString line(const char* key, const QString& value) {
     return QLatin1String(key) + u'=' + stringValue(value) + u'\n';
 }
 
-QString pathText(const std::filesystem::path& path) {
-    return QFile::decodeName(path.c_str());
-}
+/// Bytes. Ours has some two hundred.
+constexpr std::size_t largestEntry = 65'536;
 
 } // namespace
 
@@ -62,15 +64,17 @@ LoginItem::LoginItem(const std::filesystem::path& directory, Program what)
 
 std::filesystem::path LoginItem::userDirectory() {
     const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-    return std::filesystem::path(QFile::encodeName(config).toStdString()) / "autostart";
+    const std::filesystem::path given(QFile::encodeName(config).toStdString());
+    // It is relative where HOME is.
+    return (given.is_absolute() ? given : tokwatch::homeDirectory() / ".config") / "autostart";
 }
 
 bool LoginItem::isEnabled() const {
-    QFile stored(pathText(entry));
-    if (!stored.open(QIODevice::ReadOnly | QIODevice::Text)) return false;
+    const std::optional<std::string> stored = tokwatch::readWholeFile(entry, largestEntry);
+    if (!stored) return false;
     bool inEntry = false;
-    while (!stored.atEnd()) {
-        const QByteArray text = stored.readLine().trimmed();
+    for (const QByteArray& stretch : QByteArray::fromStdString(*stored).split('\n')) {
+        const QByteArray text = stretch.trimmed();
         if (text.startsWith('[')) inEntry = text == "[Desktop Entry]";
         const qsizetype separator = text.indexOf('=');
         if (!inEntry || separator < 0) continue;
@@ -83,13 +87,19 @@ bool LoginItem::isEnabled() const {
 }
 
 bool LoginItem::setEnabled(bool isEnabled) {
-    const QString path = pathText(entry);
-    if (!isEnabled) return !QFile::exists(path) || QFile::remove(path);
-    if (!QDir().mkpath(pathText(entry.parent_path()))) return false;
-    // A link to a device masks the entry; saving would put a file in the device's place.
-    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) return false;
-    QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(contents().toUtf8()) >= 0 && file.commit();
+    if (!isEnabled) {
+        std::error_code ignored;
+        std::filesystem::remove(entry, ignored);
+        return !std::filesystem::exists(entry, ignored);
+    }
+    try {
+        // A link to a device masks the entry; it stays, and the entry does not.
+        tokwatch::makePrivateDirectory(entry.parent_path());
+        tokwatch::replacePrivately(entry, contents().toStdString());
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 QString LoginItem::contents() const {

@@ -28,7 +28,8 @@ class LoginItem {
     /// Whether the desktop starts the program. Reads the file: others may write it too. An entry
     /// that is there but switched off, as desktops' own tools leave it, counts as none.
     bool isEnabled() const;
-    /// Writes the entry whole or not at all, or removes it. False when that failed.
+    /// Writes the entry whole or not at all, for the user alone: whoever could write it would run
+    /// what they like at the next login. Or removes it. False when that failed.
     bool setEnabled(bool isEnabled);
 
     const std::filesystem::path& file() const { return entry; }

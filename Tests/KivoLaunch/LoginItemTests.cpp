@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <filesystem>
 
 namespace kivo {
@@ -24,7 +26,11 @@ struct LoginItemTest : ::testing::Test {
 
 TEST_F(LoginItemTest, WritesAndRemovesTheEntry) {
     EXPECT_TRUE(item.setEnabled(false)); // nothing to remove
+    const mode_t before = ::umask(0);
     EXPECT_TRUE(item.setEnabled(true));
+    ::umask(before);
+    EXPECT_EQ(fs::status(item.file()).permissions(), fs::perms{0600});
+    EXPECT_EQ(fs::status(directory).permissions(), fs::perms{0700});
     EXPECT_TRUE(item.isEnabled());
     EXPECT_EQ(home.read("config/autostart/app.example.desktop"),
               "[Desktop Entry]\nType=Application\nName=Example\nComment=Shows\n"
@@ -38,6 +44,9 @@ TEST_F(LoginItemTest, WritesAndRemovesTheEntry) {
     EXPECT_TRUE(item.setEnabled(false));
     EXPECT_FALSE(item.isEnabled());
     EXPECT_FALSE(fs::exists(item.file()));
+    ASSERT_EQ(::mkfifo(item.file().c_str(), 0600), 0);
+    EXPECT_FALSE(item.isEnabled()) << "and is not waited for";
+    EXPECT_FALSE(item.setEnabled(true));
 
     fs::remove_all(directory);
     home.write("config/autostart", "a file where the directory would be");

@@ -3,6 +3,8 @@
 #include "Platform/System/PrivateFiles.h"
 #include "Tokwatch/Pictures/StatusPictures.h"
 
+#include <QBuffer>
+#include <QByteArray>
 #include <QImage>
 
 #include <array>
@@ -19,6 +21,15 @@ std::vector<std::optional<ProviderID>> allMarks() {
     std::vector<std::optional<ProviderID>> marks{std::nullopt};
     marks.insert(marks.end(), allCases<ProviderID>.begin(), allCases<ProviderID>.end());
     return marks;
+}
+
+/// Throws std::system_error.
+void writePicture(const QImage& picture, const std::filesystem::path& file) {
+    QByteArray encoded;
+    QBuffer buffer(&encoded);
+    if (!picture.save(&buffer, "PNG"))
+        throw std::system_error(std::make_error_code(std::errc::io_error));
+    replacePrivately(file, {encoded.constData(), static_cast<std::size_t>(encoded.size())});
 }
 
 /// Symbolic pictures are masks: their alpha alone counts. The suffix tells the panel.
@@ -47,16 +58,20 @@ QString NamedIcons::name(std::optional<ProviderID> provider, const InkChoice& in
 
 bool NamedIcons::write() {
     if (written) return *written;
-    written = true;
+    try {
+        writeAll();
+        written = true;
+    } catch (const std::system_error&) {
+        written = false;
+    }
+    return *written;
+}
+
+void NamedIcons::writeAll() const {
     for (const int side : sides) {
         const std::string square = std::to_string(side);
         const auto folder = directory / "hicolor" / (square + "x" + square) / "apps";
-        try {
-            makePrivateDirectory(folder);
-        } catch (const std::system_error&) {
-            written = false;
-            return false;
-        }
+        makePrivateDirectory(folder);
         for (const auto& provider : allMarks())
             for (const Severity severity : severities)
                 for (const bool dark : {false, true})
@@ -67,12 +82,9 @@ bool NamedIcons::write() {
                             ink.colour.setRgb(0, 0, 0, ink.colour.alpha());
                         const std::string file =
                             name(provider, choice).toStdString() + std::string(suffix(severity));
-                        if (!markPicture(provider, ink, side)
-                                 .save(QString::fromStdString((folder / file).string()), "PNG"))
-                            written = false;
+                        writePicture(markPicture(provider, ink, side), folder / file);
                     }
     }
-    return *written;
 }
 
 } // namespace tokwatch

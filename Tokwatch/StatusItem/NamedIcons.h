@@ -25,6 +25,8 @@ class NamedIcons {
     QString themePath() const;
 
   private:
+    void writeAll() const;
+
     std::filesystem::path directory;
     std::optional<bool> written;
 };
