@@ -29,6 +29,10 @@
 namespace tokwatch {
 namespace {
 
+/// Ours, the toolkit's, and a few to spare.
+constexpr int threads = 8;
+constexpr int descriptors = 24;
+
 /// One that was just turned off ends within this time.
 constexpr std::chrono::seconds patience{2};
 
@@ -55,6 +59,8 @@ void openTokwatch(const QStringList& places) {
 
 int run(int argc, char** argv) {
     ensureUTF8Locale();
+    requireThreads(threads);
+    requireDescriptors(descriptors);
     leaveOutMuteSessionBus();
     stayLean();
     QGuiApplication application(argc, argv);
