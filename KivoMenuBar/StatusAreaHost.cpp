@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace kivo {
 namespace {
@@ -71,7 +72,13 @@ StatusAreaHost::StatusAreaHost(QDBusConnection connection, QObject* parent, Proc
     if (!bus.isConnected()) return;
     watched = new QDBusServiceWatcher(watcherService, bus, QDBusServiceWatcher::WatchForOwnerChange,
                                       this);
-    connect(watched, &QDBusServiceWatcher::serviceOwnerChanged, this, &StatusAreaHost::look);
+    connect(watched, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString& service) {
+                // Who was asked may be gone and leave it at that.
+                if (service == QLatin1String(watcherService))
+                    delete std::exchange(question, nullptr);
+                look();
+            });
     for (const char* member : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
         bus.connect(watcherService, watcherPath, watcherService, member, this, SLOT(look()));
     bus.connect(QString(), localPath, localInterface, "Disconnected", this, SLOT(busClosed()));
@@ -83,21 +90,25 @@ void StatusAreaHost::busClosed() {
 }
 
 void StatusAreaHost::look() {
+    // Whatever comes meanwhile, however often, is one more look.
+    mustLookAgain = question != nullptr;
+    if (mustLookAgain) return;
     if (!bus.interface()->isServiceRegistered(watcherService)) return assign({});
     // A watcher may run on its own, waiting for a host. It is not ours, so it may take its time.
     QDBusMessage ask = QDBusMessage::createMethodCall(watcherService, watcherPath,
                                                       "org.freedesktop.DBus.Properties", "Get");
     ask << QString::fromLatin1(watcherService) << QStringLiteral("IsStatusNotifierHostRegistered");
-    auto* pending = new QDBusPendingCallWatcher(bus.asyncCall(ask), this);
-    connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
-        pending->deleteLater();
-        const QDBusPendingReply<QDBusVariant> reply = *pending;
+    question = new QDBusPendingCallWatcher(bus.asyncCall(ask), this);
+    connect(question, &QDBusPendingCallWatcher::finished, this, [this] {
+        question->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *std::exchange(question, nullptr);
         if (!bus.isConnected()) return;
         // Who does not answer the question is taken for a host.
         if (reply.isValid() && !reply.value().variant().toBool())
             assign({});
         else
             conclude();
+        if (mustLookAgain) look();
     });
 }
 

@@ -6,6 +6,7 @@
 
 #include <functional>
 
+class QDBusPendingCallWatcher;
 class QDBusServiceWatcher;
 
 namespace kivo {
@@ -72,6 +73,8 @@ class StatusAreaHost : public QObject {
     QDBusServiceWatcher* watched = nullptr;
     StatusArea current;
     uint currentProcess = 0;
+    QDBusPendingCallWatcher* question = nullptr; ///< to the watcher, which has yet to answer
+    bool mustLookAgain = false;
 };
 
 } // namespace kivo
