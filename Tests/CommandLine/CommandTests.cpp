@@ -140,7 +140,10 @@ TEST_F(CommandTest, ExaminesTheInstallation) {
     std::filesystem::create_directories(world / "home/.grok");
     world.write("home/.grok/sessions", "a file, not a directory");
     world.write("home/.config/claude/projects/b.jsonl", "");
-    world.write("config/Tokwatch/Tokwatch.conf", "[General]\nno setting\n");
+    world.write("config/Tokwatch/Tokwatch.conf", "[General]\nno setting\nnoSuchKey=7\n");
+    world.write("config/Tokwatch/Notifications.conf", "quietFrom=25:99\n");
+    world.write("config/Tokwatch/Widget.conf", "frames=rubbish\n");
+    world.write("config/Tokwatch/Updates.conf", "agreed=maybe\n");
     here({"index"});
     std::filesystem::permissions(database().parent_path(), std::filesystem::perms{0755});
     std::filesystem::permissions(database(), std::filesystem::perms{0644});
@@ -150,6 +153,9 @@ TEST_F(CommandTest, ExaminesTheInstallation) {
          {".claude/projects: 1 file", ".codex/sessions does not exist", "is not a directory",
           ".config/claude is there, which is not read", "auth.json is there", "is sound",
           "as of 20", "usage.sqlite is open to other users; tokwatch doctor --fix", "line 2 of",
+          "Tokwatch.conf is \"7\", but no setting has that name; nobody reads it",
+          "is \"25:99\", not a time of day from 0:00 to 23:59; it counts as \"22:00\"",
+          "frames in ", "Updates.conf is \"maybe\", not true or false; it counts as \"false\"",
           "Days are counted in UTC", "2 directories to watch, the system allows ",
           "refresh requests are not heard"})
         EXPECT_THAT(result.out, HasSubstr(part));

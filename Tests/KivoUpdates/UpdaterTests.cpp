@@ -1,6 +1,9 @@
 #include "KivoUpdates/Updater.h"
 
-#include "Tests/Support/Testing.h"
+#include "Tests/Limits/HTTPSServer.h"
+#include "Tests/Support/ManualScheduler.h"
+#include "Tokwatch/Updates/FeedTransport.h"
+#include "Tokwatch/Updates/SoftwareUpdates.h"
 
 #include <sodium.h>
 
@@ -8,6 +11,8 @@ namespace kivo {
 namespace {
 
 using namespace ::testing;
+using namespace tokwatch;
+using namespace tokwatch::testing;
 
 constexpr Moment present{std::chrono::days{20'000}}; // 2024-10-04
 constexpr std::chrono::days day{1};
@@ -54,7 +59,6 @@ TEST(ManifestJudgement, BelievesWhatIsSignedWholeAndNeitherOldNorReplayed) {
     };
     for (const Case& each : {
              signedCase(good, {}),
-             Case{good, Maker().sign(good), signature},
              Case{manifest("1.3.0"), maker.sign(good), signature},
              Case{good, "", signature},
              Case{good, maker.sign(good).left(40), signature},
@@ -118,15 +122,6 @@ struct UpdaterTest : Test {
                               [this] { return time; }, [this] { return isAgreed; },
                               [this](const UpdateRecord& record) { kept = record; }});
     }
-    void answerWith(const QByteArray& document, const QByteArray& signature) {
-        answer({200, document, {}});
-        answer({200, signature, {}});
-    }
-    std::string news() const {
-        const auto found = updater->news();
-        return found ? found->version.toString().toStdString() : "none";
-    }
-    std::string problem() const { return updater->state().problem.toStdString(); }
 };
 
 TEST_F(UpdaterTest, AsksOnceADayAndOnlyWhoAgreed) {
@@ -138,13 +133,14 @@ TEST_F(UpdaterTest, AsksOnceADayAndOnlyWhoAgreed) {
     updater->checkWhenDue();
     updater->check();
     EXPECT_THAT(asked, ElementsAre("/feed.json")) << "one at a time";
-    answerWith(manifest(), maker.sign(manifest()));
+    answer({200, manifest(), {}});
+    answer({200, maker.sign(manifest()), {}});
     EXPECT_THAT(asked, ElementsAre("/feed.json", "/feed.json.sig"));
     time += day - std::chrono::seconds{1};
     restart();
     updater->check();
     EXPECT_EQ(asked.size(), 2U);
-    EXPECT_EQ(news(), "1.2.0") << "not forgotten meanwhile";
+    EXPECT_EQ(updater->news()->version, QVersionNumber(1, 2, 0)) << "not forgotten meanwhile";
     time += std::chrono::seconds{1};
     updater->checkWhenDue();
     answer({0, {}, "no network"});
@@ -156,39 +152,70 @@ TEST_F(UpdaterTest, AsksOnceADayAndOnlyWhoAgreed) {
     answer({200, manifest(), {}});
     EXPECT_EQ(asked.size(), 4U) << "the agreement was withdrawn";
     EXPECT_FALSE(updater->state().isChecking);
-}
-
-TEST_F(UpdaterTest, KeepsWhatItBelievedWhateverComesAfter) {
-    updater->check();
-    answerWith(manifest(), maker.sign(manifest()));
-    struct Case {
-        Fetched document, signature;
-        const char* problem;
-    };
-    const QByteArray older = manifest("1.9.0", "2024-10-03T00:00:00Z");
-    const QByteArray same = manifest("1.1.0");
-    for (const auto& [document, signature, expected] :
-         {Case{{302, {}, {}}, {}, "another address"}, Case{{500, {}, {}}, {}, "the error 500"},
-          Case{{0, {}, "the answer is too long"}, {}, "the answer is too long"},
-          Case{{200, manifest("9"), {}}, {404, {}, {}}, "the error 404"},
-          Case{{200, manifest("9"), {}}, {200, maker.sign(same), {}}, "signature is wrong"},
-          Case{{200, older, {}}, {200, maker.sign(older), {}}, "an old one was sent again"}}) {
-        time += day;
-        updater->check();
-        answer(document);
-        if (document.status == 200) answer(signature);
-        EXPECT_THAT(problem(), HasSubstr(expected));
-        restart();
-        EXPECT_EQ(news(), "1.2.0") << expected;
-    }
+    isAgreed = true;
     time += day;
     updater->check();
-    answerWith(same, maker.sign(same));
-    EXPECT_EQ(problem(), "");
-    EXPECT_EQ(news(), "none") << "as new as what runs";
-    auto late = answer;
     updater.reset();
-    late({200, {}, {}}); // nobody's
+    answer({200, {}, {}}); // nobody's
+}
+
+TEST(SoftwareUpdates, BelieveTheMakerAloneAndKeepThatWhateverTheServerDoes) {
+    constexpr std::int64_t gigabyte = 1'073'741'824;
+    const TemporaryDirectory home;
+    const Maker maker;
+    HTTPSServer server;
+    HTTPSServer elsewhere;
+    const auto feed = makeUpdateFeed(QString::fromStdString(server.url("/feed.json")),
+                                     maker.publicKey.toBase64(), "1.1.0");
+    ManualScheduler scheduler(present);
+    URLSessionHTTPClient::Options options;
+    options.proxy = QNetworkProxy(QNetworkProxy::NoProxy);
+    options.authorities = {certificates().authority};
+    const auto transport = feedTransport(*feed, options);
+    const auto signedBy = [](const Maker& who, const QByteArray& document) {
+        return QList{answer("200 OK", document), answer("200 OK", who.sign(document))};
+    };
+    struct Case {
+        QList<Behaviour> answers;
+        const char* problem; ///< as the user reads it
+        const char* news = "1.2.0";
+    };
+    for (const auto& [answers, problem, news] :
+         {Case{signedBy(maker, manifest()), ""},
+          Case{signedBy(Maker(), manifest("9")),
+               "The feed's signature is wrong, so nothing it says is believed."},
+          Case{signedBy(maker, manifest("1.9.0", "2024-10-03T00:00:00Z")),
+               "The feed is older than the last one seen: an old one was sent again."},
+          Case{{answer("302 Found", "",
+                       "Location: " + QByteArray::fromStdString(elsewhere.url("/feed.json")) +
+                           "\r\n")},
+               "The feed's server leads to another address, which is not followed."},
+          Case{{{"HTTP/1.1 200 OK\r\n\r\n", largestManifest + 1}},
+               "The feed could not be read: the answer is too long."},
+          Case{{{"HTTP/1.1 200 OK\r\n\r\n", gigabyte}},
+               "The feed could not be read: the answer is too long."},
+          Case{{answer("500 No")}, "The feed's server answered with the error 500."},
+          Case{{answer("200 OK", manifest("9")), answer("404 No")},
+               "The feed's server answered with the error 404."},
+          Case{signedBy(maker, manifest("1.1.0")), "", "none"}}) {
+        SCOPED_TRACE(problem);
+        server.next = answers;
+        server.requests.clear();
+        SoftwareUpdates updates(*feed,
+                                {home / "Updates.conf", transport, scheduler.clock(), scheduler});
+        updates.preferences().agreed = true;
+        scheduler.advance(Updater::interval);
+        EXPECT_TRUE(until([&] { return !updates.updater().state().isChecking; }));
+        EXPECT_EQ(updates.updater().state().problem.toStdString(), problem);
+        EXPECT_EQ(server.requests.size(), answers.size());
+        EXPECT_EQ(server.requests.first(), "GET /feed.json HTTP/1.1\r\nHost: 127.0.0.1:" +
+                                               QByteArray::number(server.serverPort()) +
+                                               "\r\nConnection: close\r\n\r\n");
+        const auto found = updates.updater().news();
+        EXPECT_EQ(found ? found->version.toString() : "none", news);
+    }
+    EXPECT_EQ(elsewhere.connections, 0);
+    EXPECT_LT(server.fillerSent, gigabyte / 64) << "what the sockets hold, and no more";
 }
 
 } // namespace

@@ -109,6 +109,7 @@ class HTTPSServer : public QTcpServer {
     }
 
     Behaviour behaviour = answer("200 OK", "{}");
+    QList<Behaviour> next;      ///< those of the next requests, of which the last stays
     QList<QByteArray> requests; ///< their heads
     QList<QByteArray> tunnels;  ///< the targets of CONNECT
     int connections = 0;
@@ -156,6 +157,7 @@ class HTTPSServer : public QTcpServer {
         const QByteArray head = takeHead(socket);
         if (head.isEmpty()) return;
         requests.append(head);
+        if (!next.isEmpty()) behaviour = next.takeFirst();
         socket->write(behaviour.answer);
         fill(socket, behaviour.filler);
     }

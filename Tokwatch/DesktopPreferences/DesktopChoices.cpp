@@ -9,11 +9,6 @@ QString asQString(std::string_view utf8) {
 
 } // namespace
 
-void loadSetting(const QSettings& settings, const char* key, HotKeyChoice& value) {
-    if (const auto stored = storedText(settings, key))
-        if (HotKeyChoice parsed; parseText(*stored, parsed)) value = parsed;
-}
-
 void storeSetting(QSettings& settings, const char* key, const HotKeyChoice& value) {
     storeText(settings, key, textOf(value));
 }
@@ -32,8 +27,10 @@ SettingDomain domainOf(const HotKeyChoice&) {
     return {"keys such as Ctrl+Alt+T", {}};
 }
 
-void loadSetting(const QSettings& settings, const char* key, PanelFrames& value) {
-    if (const auto stored = storedText(settings, key)) parseText(*stored, value);
+bool takeStored(const StoredEntries& entries, PanelFrames& value) {
+    const auto own = entries.find("");
+    if (own == entries.end() || own->second.size() != 1) return entries.empty();
+    return parseText(own->second.front(), value) && entries.size() == 1;
 }
 
 void storeSetting(QSettings& settings, const char* key, const PanelFrames& value) {

@@ -22,7 +22,6 @@ struct HotKeyChoice {
     friend bool operator==(const HotKeyChoice&, const HotKeyChoice&) = default;
 };
 
-void loadSetting(const QSettings& settings, const char* key, HotKeyChoice& value);
 void storeSetting(QSettings& settings, const char* key, const HotKeyChoice& value);
 std::string textOf(const HotKeyChoice& value);
 bool parseText(std::string_view text, HotKeyChoice& value);
@@ -34,7 +33,7 @@ struct PanelFrames {
     friend bool operator==(const PanelFrames&, const PanelFrames&) = default;
 };
 
-void loadSetting(const QSettings& settings, const char* key, PanelFrames& value);
+bool takeStored(const StoredEntries& entries, PanelFrames& value);
 void storeSetting(QSettings& settings, const char* key, const PanelFrames& value);
 std::string textOf(const PanelFrames& value);
 bool parseText(std::string_view text, PanelFrames& value);

@@ -3,12 +3,10 @@
 #include "Tokwatch/DesktopPreferences/DesktopChoices.h"
 #include "Tokwatch/Preferences/SettingsGroup.h"
 
-#include <filesystem>
-
 namespace tokwatch {
 
-/// What the user wants of the windows alone; commands have no use for it. What the file has at the
-/// start that is no such thing is said in the log. Main thread only.
+/// What the user wants of the windows alone; commands have no use for it. At
+/// `desktopSettingsPath`. Main thread only.
 class DesktopPreferences final : public SettingsGroup {
   public:
     /// The settings outlive the preferences.
@@ -22,8 +20,5 @@ class DesktopPreferences final : public SettingsGroup {
     /// Where that panel was left.
     Setting<PanelFrames> panelFrames;
 };
-
-/// Desktop.conf beside the file of the Preferences.
-std::filesystem::path desktopSettingsPath();
 
 } // namespace tokwatch

@@ -2,6 +2,8 @@
 
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "Tokwatch/Preferences/SettingsFile.h"
+#include "Tokwatch/Preferences/UpdatePreferences.h"
 #include "Tokwatch/Preferences/WidgetPreferences.h"
 
 #include <algorithm>
@@ -36,6 +38,17 @@ std::vector<NamedSetting> AllSettings::all() const {
         for (AnySetting* setting : file.group->all())
             settings.push_back({file.prefix + setting->name, *setting, *file.group, file.path});
     return settings;
+}
+
+std::vector<FileFaults> AllSettings::faults() const {
+    std::vector<FileFaults> all;
+    for (const File& file : files)
+        all.push_back({file.path, file.group->faultsOf(file.path)});
+    const std::filesystem::path updates = updateSettingsPath();
+    const std::unique_ptr<QSettings> nobodys = settingsOfNobody();
+    all.push_back({updates, UpdatePreferences(*nobodys).faultsOf(updates)});
+    all.push_back({desktopSettingsPath(), settingsFaults(desktopSettingsPath())});
+    return all;
 }
 
 std::optional<NamedSetting> AllSettings::named(std::string_view name) const {

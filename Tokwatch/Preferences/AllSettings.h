@@ -19,8 +19,14 @@ struct NamedSetting {
     std::filesystem::path file;
 };
 
-/// The settings of all files of the user, for whoever lists and changes them by their names. Main
-/// thread only.
+/// What is wrong with a settings file, in sentences.
+struct FileFaults {
+    std::filesystem::path file;
+    std::vector<std::string> faults; ///< none where it is sound, or missing
+};
+
+/// The settings of all files of the user, for whoever lists and changes them by their names, or
+/// looks for what is wrong with them. Main thread only.
 class AllSettings {
   public:
     static AllSettings ofUser();
@@ -30,6 +36,9 @@ class AllSettings {
     /// File by file, in the order in which each declares them. They live as long as this.
     std::vector<NamedSetting> all() const;
     std::optional<NamedSetting> named(std::string_view name) const;
+    /// Of each of the user's files, also of those whose settings have no name here. What stands in
+    /// the windows' own their room alone can judge: of that, what keeps it from being read.
+    std::vector<FileFaults> faults() const;
 
   private:
     struct File {

@@ -6,54 +6,29 @@
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdlib>
 #include <iterator>
-#include <optional>
-#include <string_view>
 
 namespace tokwatch {
 namespace {
 
-// As the toolkit's half loads them: `value` stays where the key is missing or holds something else.
-
-void load(const StoredSettings& settings, const char* key, bool& value) {
-    if (const auto text = settings.text(key)) parseText(*text, value);
-}
-
-void load(const StoredSettings& settings, const char* key, double& value) {
-    const std::string text = settings.text(key).value_or("");
-    std::string_view number = trimmed(text);
-    if (number.starts_with('+') && !number.starts_with("+-")) number.remove_prefix(1);
-    double parsed = 0;
-    const auto [end, error] = std::from_chars(number.begin(), number.end(), parsed);
-    if (error == std::errc{} && end == number.end()) value = parsed;
-}
-
-template<NamedCase Case>
-void load(const StoredSettings& settings, const char* key, Case& value) {
-    if (const auto text = settings.text(key)) value = caseNamed<Case>(*text).value_or(value);
-}
-
-ProviderList providers(const StoredSettings& settings, const char* key) {
-    ProviderList named;
-    for (const std::string& name : settings.list(key))
-        if (const auto provider = providerFromRawValue(trimmed(name))) named.push_back(*provider);
-    return named;
+template<typename Value>
+Value stored(const StoredSettings& settings, const char* key, Value fallback) {
+    takeStored(settings.entries(key), fallback);
+    return fallback;
 }
 
 std::vector<ProviderID> enabledProviders(const StoredSettings& settings) {
-    const ProviderList disabled = providers(settings, "disabledProviders");
-    return enabledOf(completed(providers(settings, "providerOrder")),
-                     {disabled.begin(), disabled.end()});
+    return enabledOf(completed(stored(settings, "providerOrder", ProviderList())),
+                     stored(settings, "disabledProviders", ProviderSet()));
 }
 
 Thresholds thresholds(const StoredSettings& settings) {
     Thresholds levels;
-    load(settings, "warningThreshold", levels.warning);
-    load(settings, "criticalThreshold", levels.critical);
-    levels.warning = Thresholds::acceptedWarning(levels.warning);
-    levels.critical = Thresholds::acceptedCritical(levels.critical, levels.warning);
+    levels.warning =
+        Thresholds::acceptedWarning(stored(settings, "warningThreshold", levels.warning));
+    levels.critical = Thresholds::acceptedCritical(
+        stored(settings, "criticalThreshold", levels.critical), levels.warning);
     return levels;
 }
 
@@ -68,18 +43,21 @@ std::filesystem::path configHome() {
 PlainSettings settingsIn(const std::string& text) {
     PlainSettings plain;
     const StoredSettings settings(text);
-    load(settings, "menuBarStyle", plain.menuBarStyle);
-    load(settings, "pinnedProvider", plain.pinnedProvider);
-    plain.isPinChosen = settings.contains("pinnedProvider");
-    load(settings, "showResetTime", plain.showResetTime);
-    plain.menuBarWindows = settings.group("menuBarWindows");
+    const auto load = [&settings](const char* key, auto& value) {
+        value = stored(settings, key, value);
+    };
+    load("menuBarStyle", plain.menuBarStyle);
+    load("pinnedProvider", plain.pinnedProvider);
+    plain.isPinChosen = settings.entries("pinnedProvider").contains("");
+    load("showResetTime", plain.showResetTime);
+    load("menuBarWindows", plain.menuBarWindows);
     plain.thresholds = tokwatch::thresholds(settings);
-    load(settings, "tintEnabled", plain.tintEnabled);
+    load("tintEnabled", plain.tintEnabled);
     plain.enabledProviders = tokwatch::enabledProviders(settings);
     // What is neither true nor false forbids.
-    plain.claudeLiveLimits = !settings.contains("claudeLiveLimits");
-    load(settings, "claudeLiveLimits", plain.claudeLiveLimits);
-    load(settings, "summaryUnit", plain.summaryUnit);
+    plain.claudeLiveLimits = settings.entries("claudeLiveLimits").empty();
+    load("claudeLiveLimits", plain.claudeLiveLimits);
+    load("summaryUnit", plain.summaryUnit);
     return plain;
 }
 
@@ -99,6 +77,10 @@ PlainSettings PlainSettings::ofUser() {
 
 std::filesystem::path settingsPath() {
     return configHome() / "Tokwatch/Tokwatch.conf";
+}
+
+std::filesystem::path desktopSettingsPath() {
+    return settingsPath().parent_path() / "Desktop.conf";
 }
 
 ProviderList completed(const ProviderList& given) {

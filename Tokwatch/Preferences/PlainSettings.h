@@ -34,6 +34,8 @@ struct PlainSettings {
 
 /// The settings file of the user, $XDG_CONFIG_HOME/Tokwatch/Tokwatch.conf.
 std::filesystem::path settingsPath();
+/// That of the windows alone, beside it.
+std::filesystem::path desktopSettingsPath();
 
 /// Each provider once: the given ones in their order, then the others in declaration order.
 ProviderList completed(const ProviderList& given);

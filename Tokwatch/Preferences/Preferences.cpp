@@ -41,6 +41,7 @@ Preferences::Preferences(QSettings& settings)
       popoverTab(list, "popoverTab", "the tab that opens", PopoverTab::usage),
       // What was asked for holds again as soon as the warning level leaves room for it.
       warningChanged(warningThreshold.addNotifier([this] { criticalThreshold.reload(); })) {
+    list.kept = {{lastPruneKey, keptTimes, isText<Date>}};
     tellFaults();
 }
 
@@ -65,9 +66,7 @@ void Preferences::setEnabled(ProviderID provider, bool isEnabled) {
 }
 
 std::optional<Date> Preferences::lastPruneAt() const {
-    bool isNumber = false;
-    const double seconds = list.storage.value(lastPruneKey).toDouble(&isNumber);
-    return isNumber ? std::optional(dateFromUnixSeconds(seconds)) : std::nullopt;
+    return storedDate(list.storage, lastPruneKey);
 }
 
 void Preferences::setLastPruneAt(Date date) {

@@ -18,13 +18,6 @@ bool isWithin(TimeOfDay time, TimeOfDay from, TimeOfDay until) {
     return from <= time || time < until;
 }
 
-void loadSetting(const QSettings& settings, const char* key, TimeOfDay& value) {
-    if (const auto stored = storedText(settings, key)) {
-        TimeOfDay parsed;
-        if (parseText(*stored, parsed)) value = parsed;
-    }
-}
-
 void storeSetting(QSettings& settings, const char* key, TimeOfDay value) {
     storeText(settings, key, textOf(value));
 }

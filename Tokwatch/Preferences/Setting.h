@@ -18,10 +18,26 @@ namespace tokwatch {
 
 class AnySetting;
 
+/// What a program keeps with the settings and is none, under a key of its own.
+struct KeptValue {
+    std::string_view key;
+    std::string_view values; ///< what it may be, in words
+    bool (*isOne)(std::string_view text);
+};
+inline constexpr std::string_view keptTimes = "seconds since 1970";
+
+/// Whether the text is one of the type.
+template<typename Value>
+bool isText(std::string_view text) {
+    Value value{};
+    return parseText(text, value);
+}
+
 /// The settings that stand in one file, in the order in which they are made.
 struct SettingList {
     QSettings& storage;
-    std::vector<AnySetting*> all;
+    std::vector<AnySetting*> all = {};
+    std::vector<KeptValue> kept = {};
     /// Called after each change, whether it could be stored or not.
     std::function<void()> onStore = {};
 };
@@ -38,6 +54,8 @@ class AnySetting {
     virtual std::optional<std::string> assignText(std::string_view text) = 0;
     /// Takes over what the file holds. What is missing or malformed there reads as the default.
     virtual void reload() = 0;
+    /// What is taken in place of these entries, as text, where they are not of the setting's form.
+    virtual std::optional<std::string> takenInstead(const StoredEntries& entries) const = 0;
 
   protected:
     AnySetting(SettingList& list, const char* itsName, const char* whatItIs)
@@ -84,7 +102,7 @@ class Setting final : public AnySetting {
         if (accept) wanted = accept(std::move(wanted));
         // What is shown may be a stored value brought into its bounds, hence the look at the
         // file's.
-        if (!(stored() == wanted) || !settings.contains(name)) {
+        if (!(taken(entriesOf(settings, name)).first == wanted) || !settings.contains(name)) {
             if (storageIsSound(settings)) storeSetting(settings, name, wanted);
             if (siblings.onStore) siblings.onStore();
         }
@@ -111,8 +129,15 @@ class Setting final : public AnySetting {
     bool isChosen() const { return chosen.value(); }
 
     void reload() override {
-        chosen.setValue(settings.contains(name));
-        state.setValue(accept ? accept(stored()) : stored());
+        const StoredEntries entries = entriesOf(settings, name);
+        Value value = taken(entries).first;
+        chosen.setValue(entries.contains(""));
+        state.setValue(accept ? accept(std::move(value)) : std::move(value));
+    }
+    std::optional<std::string> takenInstead(const StoredEntries& entries) const override {
+        auto [value, isWhole] = taken(entries);
+        if (isWhole) return std::nullopt;
+        return textOf(accept ? accept(std::move(value)) : value);
     }
 
     /// Calls after each change for as long as the result lives.
@@ -122,10 +147,11 @@ class Setting final : public AnySetting {
     }
 
   private:
-    Value stored() const {
-        Value value = whenMalformed && settings.contains(name) ? *whenMalformed : fallback;
-        loadSetting(settings, name, value);
-        return value;
+    /// The value of the entries, and whether they are of the setting's form.
+    std::pair<Value, bool> taken(const StoredEntries& entries) const {
+        Value value = entries.empty() ? fallback : whenMalformed.value_or(fallback);
+        const bool isWhole = takeStored(entries, value);
+        return {std::move(value), isWhole};
     }
     /// Numbers outside their bounds are refused where somebody typed them; lists are completed.
     bool isWithinBounds(const Value& value) const {

@@ -6,8 +6,8 @@
 #include <QSettings>
 #include <QStringList>
 
-#include <algorithm>
-#include <ranges>
+#include <utility>
+#include <vector>
 
 namespace tokwatch {
 namespace {
@@ -16,16 +16,15 @@ QString text(std::string_view utf8) {
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
-/// The providers named in a list; a list of one reads back as plain text.
-std::optional<ProviderList> storedProviders(const QSettings& settings, const char* key) {
-    if (!settings.contains(key)) return std::nullopt;
-    ProviderList providers;
-    for (const QString& name : settings.value(key).toStringList()) {
-        const auto provider = providerFromRawValue(name.trimmed().toStdString());
-        if (provider && std::ranges::count(providers, *provider) == 0)
-            providers.push_back(*provider);
-    }
-    return providers;
+std::vector<std::string> itemsOf(const QVariant& stored) {
+    // A list in which a text begins with "@" is one of other values.
+    const bool isList =
+        stored.typeId() == QMetaType::QStringList || stored.typeId() == QMetaType::QVariantList;
+    if (stored.isValid() && !isList) return {stored.toString().toStdString()};
+    std::vector<std::string> items;
+    for (const QVariant& item : stored.toList())
+        items.push_back(item.toString().toStdString());
+    return items;
 }
 
 void storeProviders(QSettings& settings, const char* key, const auto& providers) {
@@ -42,45 +41,28 @@ bool storageIsSound(const QSettings& settings) {
 }
 
 std::optional<std::string> storedText(const QSettings& settings, const char* key) {
-    const QVariant stored = settings.value(key);
-    // A list in which a text begins with "@" is one of other values.
-    const bool isList =
-        stored.typeId() == QMetaType::QStringList || stored.typeId() == QMetaType::QVariantList;
-    if (!stored.isValid() || isList) return std::nullopt;
-    return stored.toString().toStdString();
+    std::vector<std::string> items = itemsOf(settings.value(key));
+    return items.size() == 1 ? std::optional(std::move(items.front())) : std::nullopt;
 }
 
 void storeText(QSettings& settings, const char* key, std::string_view value) {
     settings.setValue(key, text(value));
 }
 
-void loadSetting(const QSettings& settings, const char* key, bool& value) {
-    if (const auto stored = storedText(settings, key)) parseText(*stored, value);
+std::optional<Date> storedDate(const QSettings& settings, const char* key) {
+    Date date;
+    const auto stored = storedText(settings, key);
+    return stored && parseText(*stored, date) ? std::optional(date) : std::nullopt;
 }
 
-void loadSetting(const QSettings& settings, const char* key, double& value) {
-    bool isNumber = false;
-    const double stored = settings.value(key).toDouble(&isNumber);
-    if (isNumber) value = stored;
-}
-
-void loadSetting(const QSettings& settings, const char* key, ProviderList& value) {
-    if (auto stored = storedProviders(settings, key)) value = std::move(*stored);
-}
-
-void loadSetting(const QSettings& settings, const char* key, ProviderSet& value) {
-    if (const auto stored = storedProviders(settings, key))
-        value = ProviderSet(stored->begin(), stored->end());
-}
-
-void loadSetting(QSettings& settings, const char* key, WindowChoices& value) {
-    settings.beginGroup(key);
-    const QStringList names = settings.childKeys();
-    if (!names.isEmpty()) value.clear();
-    for (const QString& name : names)
-        if (const auto window = storedText(settings, name.toUtf8().constData()))
-            value[name.toStdString()] = *window;
+StoredEntries entriesOf(QSettings& settings, const char* name) {
+    StoredEntries entries;
+    if (settings.contains(name)) entries.emplace("", itemsOf(settings.value(name)));
+    settings.beginGroup(name);
+    for (const QString& key : settings.allKeys())
+        if (!key.isEmpty()) entries.emplace(key.toStdString(), itemsOf(settings.value(key)));
     settings.endGroup();
+    return entries;
 }
 
 void storeSetting(QSettings& settings, const char* key, bool value) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tokwatch/Preferences/SettingText.h"
+#include "Tokwatch/Preferences/StoredEntries.h"
 
 #include <optional>
 #include <string>
@@ -16,21 +16,13 @@ bool storageIsSound(const QSettings& settings);
 /// Text under the key; none when it is missing or not one text.
 std::optional<std::string> storedText(const QSettings& settings, const char* key);
 void storeText(QSettings& settings, const char* key, std::string_view text);
+/// The same of a time, in seconds since 1970.
+std::optional<Date> storedDate(const QSettings& settings, const char* key);
 
-// How each type of setting stands in the settings file. Loading leaves `value` alone when the key
-// is missing or holds something else.
+/// What the file has of the setting of that name.
+StoredEntries entriesOf(QSettings& settings, const char* name);
 
-void loadSetting(const QSettings& settings, const char* key, bool& value);
-void loadSetting(const QSettings& settings, const char* key, double& value);
-/// Unknown names and repetitions are dropped.
-void loadSetting(const QSettings& settings, const char* key, ProviderList& value);
-void loadSetting(const QSettings& settings, const char* key, ProviderSet& value);
-/// A group with one entry for each pair.
-void loadSetting(QSettings& settings, const char* key, WindowChoices& value);
-template<NamedCase Case>
-void loadSetting(const QSettings& settings, const char* key, Case& value) {
-    if (const auto text = storedText(settings, key)) value = caseNamed<Case>(*text).value_or(value);
-}
+// How each type of setting is written into the file.
 
 void storeSetting(QSettings& settings, const char* key, bool value);
 void storeSetting(QSettings& settings, const char* key, double value);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <system_error>
 
 namespace tokwatch {
@@ -30,6 +31,11 @@ std::vector<std::string_view> items(std::string_view list) {
         if (comma == std::string_view::npos) return found;
         list.remove_prefix(comma + 1);
     }
+}
+
+bool parseNumber(std::string_view number, double& value) {
+    const auto [end, error] = std::from_chars(number.begin(), number.end(), value);
+    return error == std::errc{} && end == number.end();
 }
 
 } // namespace
@@ -93,9 +99,7 @@ bool parseText(std::string_view given, bool& value) {
 }
 
 bool parseText(std::string_view text, double& value) {
-    const std::string_view number = trimmed(text);
-    const auto [end, error] = std::from_chars(number.begin(), number.end(), value);
-    return error == std::errc{} && end == number.end() && value >= 0 && value <= 1;
+    return parseNumber(trimmed(text), value) && value >= 0 && value <= 1;
 }
 
 bool parseText(std::string_view text, ProviderList& value) {
@@ -123,6 +127,18 @@ bool parseText(std::string_view text, WindowChoices& value) {
         const std::string_view window = trimmed(item.substr(equals + 1));
         if (!value.emplace(rawValue(provider), window).second) return false;
     }
+    return true;
+}
+
+bool parseText(std::string_view text, std::string& value) {
+    value = text;
+    return true;
+}
+
+bool parseText(std::string_view text, Date& value) {
+    double seconds = 0;
+    if (!parseNumber(text, seconds) || !std::isfinite(seconds)) return false;
+    value = dateFromUnixSeconds(seconds);
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Preferences/PreferenceTypes.h"
 #include "TokwatchCore/Records/ProviderID.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <map>
 #include <optional>
@@ -46,6 +47,10 @@ bool parseText(std::string_view text, double& value);
 bool parseText(std::string_view text, ProviderList& value);
 bool parseText(std::string_view text, ProviderSet& value);
 bool parseText(std::string_view text, WindowChoices& value);
+/// Seconds since 1970, of times that are kept with settings.
+bool parseText(std::string_view text, Date& value);
+/// Any.
+bool parseText(std::string_view text, std::string& value);
 template<NamedCase Case>
 bool parseText(std::string_view text, Case& value) {
     const auto parsed = caseNamed<Case>(trimmed(text));

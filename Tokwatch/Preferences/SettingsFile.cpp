@@ -4,8 +4,6 @@
 #include "Platform/System/OwnLinks.h"
 #include "Platform/System/WholeFile.h"
 #include "Tokwatch/Preferences/PlainSettings.h"
-#include "Tokwatch/Preferences/SettingText.h"
-#include "Tokwatch/Preferences/StoredSettings.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -27,12 +25,6 @@ bool isSettingLine(const std::string& line) {
     const std::size_t start = line.find_first_not_of(" \t\r");
     if (start == std::string::npos || line[start] == ';') return true;
     return line.find(line[start] == '[' ? ']' : '=', start) != std::string::npos;
-}
-
-bool isSwitchMalformed(const std::string& text, const char* key) {
-    const StoredSettings settings(text);
-    bool value = false;
-    return settings.contains(key) && !parseText(settings.text(key).value_or(""), value);
 }
 
 } // namespace
@@ -91,9 +83,6 @@ std::vector<std::string> settingsFaults(const std::filesystem::path& file,
     for (const int number : linesThatAreNoSettings(contents.text))
         faults.push_back("line " + std::to_string(number) + " of " + file.string() +
                          " is no setting; the next change of a setting drops it");
-    if (isSwitchMalformed(contents.text, "claudeLiveLimits"))
-        faults.push_back("claudeLiveLimits in " + file.string() +
-                         " is neither true nor false; Claude's live limits are off");
     return faults;
 }
 

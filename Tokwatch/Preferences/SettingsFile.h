@@ -30,8 +30,8 @@ std::string writingObstacle(const std::filesystem::path& file);
 /// comment. QSettings leaves them out, and out of the file, too, at the next change.
 std::vector<int> linesThatAreNoSettings(const std::string& text);
 
-/// Both of the above, and a switch for Claude's live limits that is no boolean, as sentences for
-/// the log and the doctor.
+/// What keeps it from being read, or lines of it, as sentences for the log and the doctor. What the
+/// lines say is for the `SettingsGroup` to judge.
 std::vector<std::string> settingsFaults(const std::filesystem::path& file);
 /// The same of a file that was read already.
 std::vector<std::string> settingsFaults(const std::filesystem::path& file,

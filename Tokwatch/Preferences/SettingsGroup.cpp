@@ -3,6 +3,9 @@
 #include "Platform/System/ActingAsOwner.h"
 #include "Tokwatch/Preferences/SettingsFile.h"
 #include "Tokwatch/Preferences/SettingsFollower.h"
+#include "Tokwatch/Preferences/StoredSettings.h"
+#include "TokwatchCore/Records/LimitRecords.h"
+#include "TokwatchCore/Support/PlainText.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <QCoreApplication>
@@ -14,12 +17,27 @@
 namespace tokwatch {
 namespace {
 
+/// What the toolkit keeps of other programs in such values; their lines are no settings.
+constexpr std::string_view foreignValue = "@Variant(";
+
+bool isForeign(const StoredEntries& entries) {
+    return std::ranges::any_of(entries, [](const auto& entry) {
+        return std::ranges::any_of(
+            entry.second, [](const std::string& item) { return item.starts_with(foreignValue); });
+    });
+}
+
+/// What somebody wrote, as it may be shown.
+std::string quoted(const std::string& text) {
+    return '"' + plainText(boundedName(text)) + '"';
+}
+
 /// A file that can neither be there nor be made.
 constexpr const char* nowhere = "/dev/null/Tokwatch.conf";
 
 } // namespace
 
-SettingsGroup::SettingsGroup(QSettings& settings) : list{settings, {}} {
+SettingsGroup::SettingsGroup(QSettings& settings) : list{settings} {
     saving.setSingleShot(true);
     QObject::connect(&saving, &QTimer::timeout, &saving, [this] { saveOrTell(); });
     // Commands save themselves, and have no loop.
@@ -39,12 +57,36 @@ bool SettingsGroup::areKnown() const {
     return fileOf(list.storage) != nowhere;
 }
 
+std::vector<std::string> SettingsGroup::faultsOf(const std::filesystem::path& file) const {
+    const SettingsContents contents = readSettings(file);
+    std::vector<std::string> faults = settingsFaults(file, contents);
+    const StoredSettings stored(contents.text);
+    for (const std::string& name : stored.names()) {
+        const StoredEntries entries = stored.entries(name);
+        if (isForeign(entries)) continue;
+        const std::string found = plainText(boundedName(name)) + " in " + file.string() + " is " +
+                                  quoted(textOf(entries));
+        const auto kept = std::ranges::find(list.kept, name, &KeptValue::key);
+        if (const AnySetting* setting = named(name)) {
+            if (const auto taken = setting->takenInstead(entries))
+                faults.push_back(found + ", not " + setting->domain().values + "; it counts as " +
+                                 quoted(*taken));
+        } else if (kept == list.kept.end()) {
+            faults.push_back(found + ", but no setting has that name; nobody reads it");
+        } else if (std::string text; !takeStored(entries, text) || !kept->isOne(text)) {
+            faults.push_back(found + ", not " + std::string(kept->values) +
+                             "; it counts as missing");
+        }
+    }
+    return faults;
+}
+
 void SettingsGroup::tellFaults() {
-    std::vector<std::string> faults = settingsFaults(fileOf(list.storage));
-    if (faults == toldFaults) return;
+    const std::vector<std::string> faults = faultsOf(fileOf(list.storage));
+    std::set<std::string> present(faults.begin(), faults.end());
     for (const std::string& fault : faults)
-        systemLog(fault);
-    toldFaults = std::move(faults);
+        if (!toldFaults.contains(fault)) systemLog(fault);
+    toldFaults = std::move(present);
 }
 
 void SettingsGroup::reload() {

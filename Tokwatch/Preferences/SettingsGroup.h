@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +35,10 @@ class SettingsGroup {
     /// may forbid what the defaults allow.
     bool areKnown() const;
 
+    /// What is wrong with a file of these settings, as sentences for the log and the doctor: what
+    /// `settingsFaults` tells, values that are not of their setting's form, keys that nobody knows.
+    std::vector<std::string> faultsOf(const std::filesystem::path& file) const;
+
     /// Follows changes that other processes make to the file, for as long as this lives. Needs an
     /// event loop.
     void followFile();
@@ -51,7 +56,7 @@ class SettingsGroup {
     /// The settings outlive the group.
     explicit SettingsGroup(QSettings& settings);
 
-    /// Lines of the file that are no settings go into the log, once each.
+    /// What is wrong with the file goes into the log, once each.
     void tellFaults();
 
     SettingList list;
@@ -59,7 +64,7 @@ class SettingsGroup {
   private:
     void saveOrTell();
 
-    std::vector<std::string> toldFaults;
+    std::set<std::string> toldFaults;
     QProperty<std::string> obstacle;
     QTimer saving;
     std::unique_ptr<SettingsFollower> follower;

@@ -200,25 +200,21 @@ StoredSettings::StoredSettings(std::string_view text) {
     }
 }
 
-std::optional<std::string> StoredSettings::text(const std::string& key) const {
-    std::vector<std::string> items = list(key);
-    return items.size() == 1 ? std::optional(std::move(items.front())) : std::nullopt;
-}
-
-std::vector<std::string> StoredSettings::list(const std::string& key) const {
-    const auto found = values.find(key);
-    return found == values.end() ? std::vector<std::string>() : found->second;
-}
-
-std::map<std::string, std::string> StoredSettings::group(const std::string& group) const {
-    std::map<std::string, std::string> texts;
-    const std::string prefix = group + '/';
+StoredEntries StoredSettings::entries(const std::string& name) const {
+    StoredEntries found;
+    if (const auto own = values.find(name); own != values.end()) found.emplace("", own->second);
+    const std::string prefix = name + '/';
     for (auto at = values.lower_bound(prefix); at != values.end() && at->first.starts_with(prefix);
          ++at)
-        if (const std::string name = at->first.substr(prefix.size());
-            !name.empty() && name.find('/') == std::string::npos && at->second.size() == 1)
-            texts.emplace(name, at->second.front());
-    return texts;
+        if (at->first != prefix) found.emplace(at->first.substr(prefix.size()), at->second);
+    return found;
+}
+
+std::set<std::string> StoredSettings::names() const {
+    std::set<std::string> names;
+    for (const auto& [key, items] : values)
+        names.insert(key.substr(0, key.find('/')));
+    return names;
 }
 
 } // namespace tokwatch

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <map>
-#include <optional>
+#include "Tokwatch/Preferences/StoredEntries.h"
+
+#include <set>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace tokwatch {
 
@@ -15,16 +15,13 @@ class StoredSettings {
   public:
     explicit StoredSettings(std::string_view text);
 
-    bool contains(const std::string& key) const { return values.contains(key); }
-    /// None where the key is missing or holds a list.
-    std::optional<std::string> text(const std::string& key) const;
-    /// A single text is a list of one.
-    std::vector<std::string> list(const std::string& key) const;
-    /// The group's texts by their keys.
-    std::map<std::string, std::string> group(const std::string& name) const;
+    /// What is stored of the setting of that name.
+    StoredEntries entries(const std::string& name) const;
+    /// What the settings are called of which anything is stored.
+    std::set<std::string> names() const;
 
   private:
-    std::map<std::string, std::vector<std::string>> values;
+    StoredEntries values; ///< of the whole file
 };
 
 } // namespace tokwatch

@@ -1,6 +1,6 @@
 #include "Tokwatch/Preferences/UpdatePreferences.h"
 
-#include <cmath>
+#include "Tokwatch/Preferences/PlainSettings.h"
 
 namespace tokwatch {
 namespace {
@@ -10,18 +10,17 @@ constexpr const char* lastDateSeenKey = "lastDateSeen";
 constexpr const char* manifestKey = "manifest";
 constexpr const char* signatureKey = "signature";
 
-std::optional<Date> storedDate(const QSettings& settings, const char* key) {
-    bool isNumber = false;
-    const double seconds = settings.value(key).toDouble(&isNumber);
-    if (!isNumber || !std::isfinite(seconds)) return std::nullopt;
-    return dateFromUnixSeconds(seconds);
-}
-
 void storeDate(QSettings& settings, const char* key, std::optional<Date> date) {
     if (date)
         settings.setValue(key, unixSeconds(*date));
     else
         settings.remove(key);
+}
+
+bool isBase64(std::string_view text) {
+    return bool(QByteArray::fromBase64Encoding(
+        QByteArray(text.data(), static_cast<qsizetype>(text.size())),
+        QByteArray::Base64Encoding | QByteArray::AbortOnBase64DecodingErrors));
 }
 
 QByteArray storedBytes(const QSettings& settings, const char* key) {
@@ -34,6 +33,11 @@ QByteArray storedBytes(const QSettings& settings, const char* key) {
 UpdatePreferences::UpdatePreferences(QSettings& settings)
     : SettingsGroup(settings),
       agreed(list, "agreed", "ask once a day whether there is a new version", false) {
+    list.kept = {{lastCheckKey, keptTimes, isText<Date>},
+                 {lastDateSeenKey, keptTimes, isText<Date>},
+                 // What these are worth their signature tells.
+                 {manifestKey, "base64", isBase64},
+                 {signatureKey, "base64", isBase64}};
     tellFaults();
 }
 
@@ -51,6 +55,10 @@ void UpdatePreferences::setMemory(const Memory& memory) {
     // In letters alone: line feeds of a document would be escaped twice over.
     storeText(stored, manifestKey, memory.manifest.toBase64().toStdString());
     storeText(stored, signatureKey, memory.signature.toBase64().toStdString());
+}
+
+std::filesystem::path updateSettingsPath() {
+    return settingsPath().parent_path() / "Updates.conf";
 }
 
 } // namespace tokwatch

@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 
+#include <filesystem>
 #include <optional>
 
 namespace tokwatch {
@@ -29,5 +30,8 @@ class UpdatePreferences final : public SettingsGroup {
     Memory memory() const;
     void setMemory(const Memory& memory);
 };
+
+/// Updates.conf beside the file of the Preferences.
+std::filesystem::path updateSettingsPath();
 
 } // namespace tokwatch

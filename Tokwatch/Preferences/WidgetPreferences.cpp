@@ -2,16 +2,33 @@
 
 #include "Tokwatch/Preferences/PlainSettings.h"
 
+#include <array>
+#include <sstream>
+
 namespace tokwatch {
 namespace {
 
 constexpr const char* framesKey = "frames";
+
+/// Four numbers and a screen's name in each line: the windows' kit, which reads them, is not there
+/// for commands.
+bool areFrames(std::string_view text) {
+    std::istringstream lines{std::string(text)};
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line);
+        std::array<int, 4> numbers{};
+        for (int& number : numbers)
+            if (!(words >> number)) return false;
+    }
+    return true;
+}
 
 } // namespace
 
 WidgetPreferences::WidgetPreferences(QSettings& settings)
     : SettingsGroup(settings), shown(list, "shown", "a widget on the desktop", false),
       size(list, "size", "how large the widget is", WidgetSize::medium) {
+    list.kept = {{framesKey, "lines such as 20 40 232 140 HDMI-1", areFrames}};
     tellFaults();
 }
 

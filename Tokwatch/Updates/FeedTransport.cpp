@@ -1,7 +1,6 @@
 #include "Tokwatch/Updates/FeedTransport.h"
 
 #include "KivoUpdates/UpdateManifest.h"
-#include "TokwatchCore/Limits/URLSessionHTTPClient.h"
 
 #include <memory>
 #include <utility>
@@ -25,9 +24,9 @@ QCoro::Task<> fetch(std::shared_ptr<HTTPClient> client, HTTPRequest request, Don
 
 } // namespace
 
-kivo::UpdateFetch feedTransport(const kivo::UpdateFeed& feed) {
+kivo::UpdateFetch feedTransport(const kivo::UpdateFeed& feed,
+                                URLSessionHTTPClient::Options options) {
     constexpr int httpsPort = 443;
-    URLSessionHTTPClient::Options options;
     options.bodyBound = kivo::largestManifest;
     options.servers = {feed.manifest.host().toStdString()};
     options.port = static_cast<std::uint16_t>(feed.manifest.port(httpsPort));

@@ -1,6 +1,7 @@
 #include "Tokwatch/CommandLine/Doctor/Examinations.h"
 #include "Tokwatch/CommandLine/Session/EventLoop.h"
 #include "Tokwatch/CommandLine/Session/SessionCommands.h"
+#include "Tokwatch/Preferences/AllSettings.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Preferences/SettingsFile.h"
 #include "TokwatchCore/Ingestion/LogFiles.h"
@@ -152,11 +153,12 @@ class Examination {
     }
 
     void examineSettings() {
-        const std::filesystem::path file = settingsPath();
-        const std::vector<std::string> faults = settingsFaults(file);
-        for (const std::string& fault : faults)
-            add("Settings", settingsObstacle(file) ? Health::bad : Health::note, fault);
-        if (faults.empty()) add("Settings", Health::good, file.string());
+        for (const auto& [file, faults] : AllSettings::ofNobody().faults()) {
+            for (const std::string& fault : faults)
+                add("Settings", settingsObstacle(file) ? Health::bad : Health::note, fault);
+            if (faults.empty() && file == settingsPath())
+                add("Settings", Health::good, file.string());
+        }
     }
 
     void examineSnapshot() {
