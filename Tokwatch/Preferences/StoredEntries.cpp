@@ -1,6 +1,9 @@
 #include "Tokwatch/Preferences/StoredEntries.h"
 
 #include <algorithm>
+#include <charconv>
+#include <string_view>
+#include <system_error>
 
 namespace tokwatch {
 
@@ -10,6 +13,19 @@ std::string textOf(const StoredEntries& entries) {
         for (const std::string& item : items)
             text.append(text.empty() ? "" : ", ").append(key.empty() ? item : key + '=' + item);
     return text;
+}
+
+bool takeStored(const StoredEntries& entries, double& value) {
+    if (entries.empty()) return true;
+    const auto& [key, items] = *entries.begin();
+    if (!key.empty() || items.size() != 1) return false;
+    std::string_view number = trimmed(items.front());
+    if (number.starts_with('+') && !number.starts_with("+-")) number.remove_prefix(1);
+    double parsed = 0;
+    const auto [end, error] = std::from_chars(number.begin(), number.end(), parsed);
+    if (error != std::errc{} || end != number.end()) return false;
+    value = parsed;
+    return entries.size() == 1;
 }
 
 bool takeStored(const StoredEntries& entries, ProviderList& value) {

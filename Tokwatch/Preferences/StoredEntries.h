@@ -30,6 +30,8 @@ bool takeStored(const StoredEntries& entries, Value& value) {
     value = std::move(parsed);
     return entries.size() == 1;
 }
+/// Any number: one that is out of bounds is brought within them where it is used.
+bool takeStored(const StoredEntries& entries, double& value);
 /// Items that are no providers, and repetitions, are left out.
 bool takeStored(const StoredEntries& entries, ProviderList& value);
 bool takeStored(const StoredEntries& entries, ProviderSet& value);
