@@ -38,6 +38,7 @@ std::string WidgetPreferences::frames() const {
 
 void WidgetPreferences::setFrames(std::string_view text) {
     if (storageIsSound(list.storage)) storeText(list.storage, framesKey, text);
+    list.onStore();
 }
 
 std::filesystem::path widgetSettingsPath() {

@@ -99,7 +99,9 @@ int run(int argc, char** argv) {
     // Most of the code that has run by then will not run again, and the process stays for days.
     QTimer::singleShot(std::chrono::seconds{10}, giveBackMemory);
     const TerminationSignals termination([] { QGuiApplication::quit(); });
-    return QGuiApplication::exec();
+    const int status = QGuiApplication::exec();
+    preferences.save();
+    return status;
 }
 
 } // namespace
