@@ -37,7 +37,8 @@ def lines_of(file):
 
 def main():
     with open(sys.argv[1], encoding="utf-8") as file:
-        files = json.load(file)["files"]
+        # The toolkit's compilers write some, too.
+        files = [each for each in json.load(file)["files"] if not each["file"].startswith("build/")]
     if "--lines" in sys.argv:
         for file in files:
             if file["file"].startswith(tuple(os.path.normpath(each) + "/" for each in sys.argv[3:])):
