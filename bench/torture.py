@@ -7,7 +7,7 @@ exporter and all kinds of commands live on one store of these, are killed at ran
 while one trouble after the other comes over them (--list). After each, the store must equal the account and one
 undisturbed pass of the same logs, the databases must be sound, and what was exported must add up to the same. No counter
 may ever have fallen, no program may have ended by itself in any other way than with the status 0 or 1, taken more than
-64 MB, or repeated itself in its log. The first thing that differs ends it with 1.
+64 MB (96 with windows), or repeated itself in its log. The first thing that differs ends it with 1.
 
 Everything happens in namespaces of its own, which the programs and mounts vanish with, however it ends. Troubles that the
 system does not allow are told as skipped. The same seed does the same things; when they happen is up to the machine."""
