@@ -36,7 +36,6 @@ class Crew:
     def __init__(self, world, desktop, seed, most_kills):
         self.world, self.desktop, self.random, self.most_kills = world, desktop, random.Random(seed), most_kills
         self.living, self.residents, self.lock = [], {}, threading.RLock()
-        self.most_memory = MOST_MEMORY
         self.counts, self.peaks, self.lines, self.faults = collections.Counter(), {}, collections.Counter(), []
         # `wrap`: what a program starts by. What a log must say where a resident may end, and where a signal may end it.
         self.wrap, self.extra, self.may_end, self.may_abort = (lambda: []), {}, None, None
@@ -124,7 +123,7 @@ class Crew:
             with open("/proc/%d/status" % program.process.pid, encoding="utf-8") as file:
                 peak = int(re.search(r"VmHWM:\s+(\d+)", file.read())[1]) / 1024
             self.peaks[program.name] = max(peak, self.peaks.get(program.name, 0))
-            if peak > (WITH_A_WINDOW if program.name == "desktop" else self.most_memory):
+            if peak > (WITH_A_WINDOW if program.name == "desktop" else MOST_MEMORY):
                 self.faults.append("%s has had %.0f MB resident" % (program.name, peak))
 
     def run(self, *command, **options):

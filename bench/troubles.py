@@ -12,7 +12,7 @@ import tempfile
 import time
 
 from assistants import MODEL, Account, Assistant, Claude, Response, between_responses, claude_line
-from crew import LONGEST_STOP, MOST_MEMORY, PATIENCE, WITH_A_WINDOW
+from crew import LONGEST_STOP, MOST_MEMORY, PATIENCE
 from day import DATA, STATE, Day, check, difference, make_world, stored
 from headless import codex_line
 from make_home import filler
@@ -243,7 +243,6 @@ def users(day):
     directory = tempfile.mkdtemp(dir=day.world.directory)
     world = make_world(day.world.program, directory, "unix:path=/nobody/has/one")
     other = Day(world, day.crew.desktop, day.options, day.share)
-    other.crew.most_memory = WITH_A_WINDOW  # without a bus there is no status area
     for path in ("", "home", "home/.config", "home/.config/Tokwatch", "home/.config/Tokwatch/Tokwatch.conf", "tmp",
                  "prompt.json"):
         os.chown(world.path(path), 12345, 12345)
@@ -275,7 +274,6 @@ def users(day):
 
 def bus(day):
     """the session bus ends, and another comes at its place"""
-    day.crew.most_memory = WITH_A_WINDOW
     with day.killing():
         for _ in range(2):
             day.bus.kill()
@@ -287,7 +285,6 @@ def bus(day):
         day.catch_up("bus", True)
     with day.crew.lock:
         day.crew.end()
-    day.crew.most_memory = MOST_MEMORY
 
 
 def start_bus(world):
