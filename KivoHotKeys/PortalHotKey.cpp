@@ -40,6 +40,20 @@ QString sessionIn(const QVariantMap& results) {
                                                 : handle.toString();
 }
 
+HotKeyState stateAfter(Kind kind) {
+    switch (kind) {
+    case Kind::done:
+        return HotKeyState::bound;
+    case Kind::refused:
+        return HotKeyState::refused;
+    case Kind::silent:
+        return HotKeyState::silent;
+    case Kind::unsupported:
+        break;
+    }
+    return HotKeyState::unsupported;
+}
+
 /// The shortcut of that name among those that the portal has bound; none where it left that out.
 std::optional<PortalShortcut> shortcutIn(const QVariantMap& results, const QString& id) {
     const QVariant listed = results.value(QStringLiteral("shortcuts"));
@@ -74,6 +88,7 @@ PortalHotKey::~PortalHotKey() {
 void PortalHotKey::bind(const HotKey& key) {
     if (!bus.isConnected()) return emit settled(HotKeyState::unsupported);
     forget(nextSession);
+    hasCome = false;
     wanted = key;
     ask("CreateSession", {}, {{QStringLiteral("session_handle_token"), portalToken()}},
         PortalRequest::Asks::portal, &PortalHotKey::sessionMade);
@@ -123,16 +138,9 @@ void PortalHotKey::fail(Kind kind) {
     endRequest();
     forget(nextSession);
     wanted.reset();
-    switch (kind) {
-    case Kind::done:
-        break;
-    case Kind::refused:
-        return emit settled(HotKeyState::refused);
-    case Kind::silent:
-        return emit settled(HotKeyState::silent);
-    case Kind::unsupported:
-        return emit settled(HotKeyState::unsupported);
-    }
+    const bool wasTooLate = kind == Kind::unsupported && std::exchange(hasCome, false);
+    emit settled(stateAfter(kind));
+    if (wasTooLate) emit arrived();
 }
 
 void PortalHotKey::release() {
@@ -174,8 +182,12 @@ void PortalHotKey::activated(const QDBusObjectPath& of, const QString& id, qulon
 }
 
 void PortalHotKey::portalChanged(const QString& before, const QString& now) {
-    // Started by our own question, which it will answer.
-    if (before.isEmpty() && wanted) return;
+    // Mostly started by our own question, which it will answer. Where it came by itself, a moment
+    // after the question, that has failed, which is told after this.
+    if (before.isEmpty() && wanted) {
+        hasCome = true;
+        return;
+    }
     const bool isLoss = wanted || !session.isEmpty();
     session.clear(); // gone with the portal
     nextSession.clear();

@@ -49,6 +49,7 @@ class PortalHotKey final : public GlobalHotKey {
     QString session;              ///< of the bound key; empty without one
     QString nextSession;          ///< of the wanted one
     QString boundTrigger;
+    bool hasCome = false; ///< a portal, while it was asked, maybe too late for the question
     PortalRequest* request = nullptr; ///< under way, or the last one
 };
 

@@ -30,23 +30,26 @@ PortalRequest::PortalRequest(QDBusConnection session, Question question,
     : QObject(parent), bus(std::move(session)), done(std::move(whenDone)) {
     const QString token = portalToken();
     handle = handleOf(bus.baseService(), token);
-    bus.connect(service, handle, requestInterface, QStringLiteral("Response"), this,
-                SLOT(responded(uint, QVariantMap)));
+    // From anybody, and the sender is looked at here: asked for the portal alone, the toolkit drops
+    // what a portal says within moments of its start, before it has noted the name's new owner.
+    bus.connect({}, handle, requestInterface, QStringLiteral("Response"), this,
+                SLOT(responded(uint, QVariantMap, QDBusMessage)));
     question.options.insert(QStringLiteral("handle_token"), token);
     QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, question.method);
     call.setArguments(question.arguments << question.options);
     auto* calling =
         new QDBusPendingCallWatcher(bus.asyncCall(call, static_cast<int>(patience.count())), this);
     connect(calling, &QDBusPendingCallWatcher::finished, this, [this, calling] {
-        if (calling->isError()) finish({kindOf(calling->error()), {}});
+        if (calling->isError()) return finish({kindOf(calling->error()), {}});
+        accepted(calling->reply().service());
     });
     if (question.asks == Asks::portal)
         QTimer::singleShot(patience, this, [this] { finish({Answer::Kind::silent, {}}); });
 }
 
 PortalRequest::~PortalRequest() {
-    bus.disconnect(service, handle, requestInterface, QStringLiteral("Response"), this,
-                   SLOT(responded(uint, QVariantMap)));
+    bus.disconnect({}, handle, requestInterface, QStringLiteral("Response"), this,
+                   SLOT(responded(uint, QVariantMap, QDBusMessage)));
 }
 
 PortalRequest::Answer::Kind PortalRequest::kindOf(const QDBusError& error) {
@@ -62,12 +65,23 @@ PortalRequest::Answer::Kind PortalRequest::kindOf(const QDBusError& error) {
     }
 }
 
-void PortalRequest::responded(uint response, const QVariantMap& results) {
+void PortalRequest::responded(uint response, const QVariantMap& results,
+                              const QDBusMessage& message) {
     constexpr uint success = 0;
-    finish({response == success ? Answer::Kind::done : Answer::Kind::refused, results});
+    const Answer answer{response == success ? Answer::Kind::done : Answer::Kind::refused, results};
+    if (portal.isEmpty())
+        tooSoon.insert(message.service(), answer);
+    else if (message.service() == portal)
+        finish(answer);
 }
 
-void PortalRequest::finish(Answer answer) {
+void PortalRequest::accepted(const QString& by) {
+    portal = by;
+    const auto early = std::exchange(tooSoon, {});
+    if (const auto found = early.find(portal); found != early.end()) finish(*found);
+}
+
+void PortalRequest::finish(const Answer& answer) {
     if (const auto call = std::exchange(done, nullptr)) call(answer);
 }
 

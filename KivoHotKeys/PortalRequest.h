@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QHash>
 #include <QObject>
 #include <QString>
 #include <QVariantList>
@@ -50,13 +51,16 @@ class PortalRequest : public QObject {
     static Answer::Kind kindOf(const QDBusError& error);
 
   private slots:
-    void responded(uint response, const QVariantMap& results);
+    void responded(uint response, const QVariantMap& results, const QDBusMessage& message);
 
   private:
-    void finish(Answer answer);
+    void accepted(const QString& by);
+    void finish(const Answer& answer);
 
     QDBusConnection bus;
     QString handle;
+    QString portal;                 ///< its unique name; empty until it has accepted the question
+    QHash<QString, Answer> tooSoon; ///< what was heard until then, by its sender's unique name
     std::function<void(const Answer&)> done;
 };
 

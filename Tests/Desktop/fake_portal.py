@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """A desktop portal that lends hot keys, and answers everybody who wants to bind one with the number given (0 is yes). Says
-what it bound; "press" on its standard input presses it.
+what it bound; "press" on its standard input presses it. Each answer has somebody else's before it, who says the opposite.
 """
 
 import sys
@@ -15,12 +15,22 @@ INTERFACE = "org.freedesktop.portal.GlobalShortcuts"
 SESSION = "/org/freedesktop/portal/desktop/session/only"
 
 
+def response_at(path, response, results):
+    signal = dbus.lowlevel.SignalMessage(path, "org.freedesktop.portal.Request", "Response")
+    signal.append(dbus.UInt32(response), dbus.Dictionary(results, signature="sv"), signature="ua{sv}")
+    return signal
+
+
 class Portal(dbus.service.Object):
     def respond(self, options, sender, response, results):
         path = f"/org/freedesktop/portal/desktop/request/{sender[1:].replace('.', '_')}/{options['handle_token']}"
-        signal = dbus.lowlevel.SignalMessage(path, "org.freedesktop.portal.Request", "Response")
-        signal.append(dbus.UInt32(response), dbus.Dictionary(results, signature="sv"), signature="ua{sv}")
-        GLib.idle_add(bus.send_message, signal)
+
+        def send():  # an idle call that returned the message's number would be made again and again
+            stranger.send_message(response_at(path, 1 - response, {}))
+            stranger.flush()
+            bus.send_message(response_at(path, response, results))
+
+        GLib.idle_add(send)
         return dbus.ObjectPath(path)
 
     @dbus.service.method(INTERFACE, in_signature="a{sv}", out_signature="o", sender_keyword="sender")
@@ -48,7 +58,7 @@ def command(source, _condition):
 
 
 dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
-bus = dbus.SessionBus()
+bus, stranger = dbus.SessionBus(), dbus.SessionBus(private=True)
 name = dbus.service.BusName("org.freedesktop.portal.Desktop", bus)
 portal = Portal(bus, "/org/freedesktop/portal/desktop")
 GLib.io_add_watch(sys.stdin, GLib.IO_IN, command)
