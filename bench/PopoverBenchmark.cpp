@@ -3,6 +3,7 @@
 // opening runs from the request to the first frame that was drawn.
 
 #include "Platform/Linux/DesktopBus.h"
+#include "Platform/Linux/ProcessMemory.h"
 #include "Platform/Linux/QtScheduler.h"
 #include "Tokwatch/Desktop/AppDelegate.h"
 #include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
@@ -115,6 +116,7 @@ int main(int argc, char** argv) {
         std::fputs("popover-benchmark HOME DATA\n", stderr);
         return 2;
     }
+    keepMemorySmall(); // as the desktop application does
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     QGuiApplication application(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);

@@ -31,4 +31,13 @@ void giveBackMemory() {
     ::dl_iterate_phdr(giveBackUnwritten, nullptr);
 }
 
+void keepMemorySmall() {
+    constexpr int heaps = 2;
+    constexpr int large = 262'144; // bytes
+    ::mallopt(M_ARENA_MAX, heaps);
+    // Set, they stay as they are; by themselves they follow the largest piece that was ever freed.
+    ::mallopt(M_MMAP_THRESHOLD, large);
+    ::mallopt(M_TRIM_THRESHOLD, large);
+}
+
 } // namespace tokwatch

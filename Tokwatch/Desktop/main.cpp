@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/DesktopBus.h"
 #include "Platform/Linux/MuteSessionBus.h"
+#include "Platform/Linux/ProcessMemory.h"
 #include "Platform/Linux/ProcessStart.h"
 #include "Platform/Linux/QtScheduler.h"
 #include "Platform/Linux/TerminationSignals.h"
@@ -43,6 +44,7 @@ tokwatch::UserPaths pathsFrom(const QCommandLineParser& parser, const QCommandLi
 
 int run(int argc, char** argv) {
     tokwatch::preventCoreDumps();
+    tokwatch::keepMemorySmall();
     tokwatch::ensureUTF8Locale();
     tokwatch::requireThreads(threads);
     tokwatch::requireDescriptors(descriptors);

@@ -3,6 +3,7 @@
 #include "Tokwatch/Report/NumberedTexts.h"
 
 #include <algorithm>
+#include <span>
 #include <string_view>
 #include <tuple>
 
@@ -33,14 +34,14 @@ class Sightings {
     }
 
     /// Leaves of each key the one that counts.
-    std::vector<Sighting> unique() {
+    std::span<const Sighting> unique() {
         std::ranges::sort(all, [this](const Sighting& a, const Sighting& b) {
             return a.key != b.key ? a.key < b.key : rank(a) < rank(b);
         });
-        std::vector<Sighting> last;
-        for (auto at = all.begin(); at != all.end(); ++at)
-            if (std::next(at) == all.end() || std::next(at)->key != at->key) last.push_back(*at);
-        return last;
+        // The first from behind is the last.
+        const auto repeated = std::ranges::unique(all.rbegin(), all.rend(), {}, &Sighting::key);
+        all.erase(all.begin(), repeated.begin().base());
+        return all;
     }
 
   private:
@@ -93,7 +94,9 @@ CountedResponses::CountedResponses(const LogReading& reading, Date from, Date un
         }
     }
     Sightings sightings(reading);
-    for (const Sighting& sighting : sightings.unique()) {
+    const std::span<const Sighting> unique = sightings.unique();
+    entries.reserve(unique.size());
+    for (const Sighting& sighting : unique) {
         const Response& response = sightings.responseOf(sighting);
         if (response.timestamp < from || response.timestamp >= until) continue;
         const FileNumbers& own = numbers[sighting.file];

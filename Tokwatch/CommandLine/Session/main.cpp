@@ -1,3 +1,4 @@
+#include "Platform/Linux/ProcessMemory.h"
 #include "Platform/Linux/ProcessStart.h"
 #include "Tokwatch/CommandLine/Arguments.h"
 #include "Tokwatch/CommandLine/Session/EventLoop.h"
@@ -6,6 +7,7 @@
 int main(int argc, char** argv) {
     tokwatch::prepareCommand();
     tokwatch::ensureUTF8Locale();
+    tokwatch::keepMemorySmall();
     tokwatch::Terminal terminal = tokwatch::Terminal::standard();
     const int status = tokwatch::runProgram<tokwatch::SessionCommands>(argc, argv, terminal);
     tokwatch::EventLoop::leaveIfHeldUp(status);
