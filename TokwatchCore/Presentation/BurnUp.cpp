@@ -21,9 +21,12 @@ Run runBefore(const LimitSample& present, std::span<const LimitSample> samples) 
     for (const LimitSample& sample : std::views::reverse(samples)) {
         if (sample.moment >= run.samples.back().moment) continue; // a clock was ahead
         if (!haveSameReset(sample, present)) break;
-        run.hasFallen = sample.usedFraction > run.samples.back().usedFraction + fractionTolerance;
+        const double later = run.samples.back().usedFraction;
+        run.hasFallen = sample.usedFraction > later + fractionTolerance;
         if (run.hasFallen) break;
-        run.samples.push_back(sample);
+        // What is more by less than that is the same.
+        run.samples.push_back(
+            {sample.moment, std::min(sample.usedFraction, later), sample.resetsAt});
     }
     return run;
 }
