@@ -87,7 +87,7 @@ AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences
       loginItem(kivo::LoginItem::userDirectory(), loginProgram()), scheduler(timers),
       appearance(desktopBus.sessionBus()),
       theme(kivo::inTone(appearance.current(), ofWindows.theme.peek())), runtime(theme),
-      alertDisplay(desktopBus.sessionBus()) {
+      alertDisplay(desktopBus.sessionBus()), absence([this] { return statusArea(); }, now) {
     // Before the welcome is finished nobody is asked; a follower, whose user started it to ask,
     // does.
     const auto rank =
@@ -136,7 +136,7 @@ void AppDelegate::followOnboarding() {
     pinWhatHasANumber();
     application->setRank(WorkLease::Rank::desktop);
     application->model().allowLimits();
-    if (isWithoutHost()) openPopover();
+    if (absence.isCertain()) openPopover();
 }
 
 /// Where Claude, whose number is the usual one, is not on the machine and nobody ever chose: the
@@ -187,7 +187,7 @@ void AppDelegate::makePopover() {
     };
     popoverWindow->onClosed = [this] {
         countdown.reset();
-        openedForWantOfHost.reset();
+        absence.popoverClosed();
         if (statusItem) statusItem->setPopoverOpen(false);
         popover->closed();
         windowClosed();
@@ -232,20 +232,16 @@ void AppDelegate::popoverOpened() {
 }
 
 void AppDelegate::updatePopoverStyle() {
-    const bool isOrdinary = preferences.showDockIcon || isWithoutHost();
+    const bool isOrdinary = preferences.showDockIcon || absence.isCertain();
     popoverWindow->setStyle(isOrdinary ? PopoverWindow::Style::window
                                        : PopoverWindow::Style::popup);
     if (auto* view = qobject_cast<PopoverView*>(popoverContent->view()))
         view->setHostAdvice(hostAdvice());
 }
 
-bool AppDelegate::isWithoutHost() const {
-    return statusItem && statusItem->isHostKnown() && !statusItem->hasHost();
-}
-
 QString AppDelegate::hostAdvice() const {
-    return isWithoutHost() ? statusAreaAdvice(qEnvironmentVariable("XDG_CURRENT_DESKTOP"))
-                           : QString();
+    return absence.isCertain() ? statusAreaAdvice(qEnvironmentVariable("XDG_CURRENT_DESKTOP"))
+                               : QString();
 }
 
 QPoint AppDelegate::lastAnchor() const {
@@ -260,7 +256,7 @@ QPoint AppDelegate::lastAnchor() const {
 /// The popover gives the keyboard back first. Where that is of no use, or the program would end
 /// with its only window, it stays and says that there is something to paste.
 void AppDelegate::paste(const QString& text) {
-    if (!kivo::canPaste() || isWithoutHost()) {
+    if (!kivo::canPaste() || absence.isCertain()) {
         QGuiApplication::clipboard()->setText(text);
         return sayCopied();
     }
@@ -314,36 +310,29 @@ void AppDelegate::makeStatusItem() {
 }
 
 void AppDelegate::hostChanged() {
-    hadHost |= statusItem->hasHost();
+    const StatusAreaAbsence::Demand demand = absence.changed(isAnyWindowShown());
     updatePopoverStyle();
     if (auto* welcome = qobject_cast<OnboardingView*>(onboarding->view()))
-        welcome->setHasStatusArea(!isWithoutHost());
-    // Once: a status area that goes later goes with its panel, or with the session. With the bus,
-    // none can come back.
-    const bool isFirstLook = !std::exchange(hasLookedForHost, true);
-    const bool isNeeded = isFirstLook || (hasLostBus() && !isAnyWindowShown());
-    // A popup that was opened before this was known would go with the first press beside it.
-    if (isFirstLook && isWithoutHost()) giveWay();
-    if (isNeeded && isWithoutHost() && preferences.hasCompletedOnboarding) {
+        welcome->setHasStatusArea(!absence.isCertain());
+    if (demand.givesWay) giveWay();
+    if (demand.opens && preferences.hasCompletedOnboarding) {
         openPopover();
-        openedForWantOfHost = now();
+        absence.openedForIt();
     }
-    // The panel of a session that just began comes up beside us. Later the window has its user.
-    constexpr Seconds sessionStart{60};
-    if (openedForWantOfHost && statusItem->hasHost() && now() - *openedForWantOfHost < sessionStart)
-        popover->close();
+    if (demand.closes) popover->close();
 }
 
-bool AppDelegate::hasLostBus() const {
-    return !bus.sessionBus().isConnected();
+StatusAreaAbsence::Sight AppDelegate::statusArea() const {
+    if (!statusItem) return {};
+    return {statusItem->isHostKnown(), statusItem->hasHost(), bus.sessionBus().isConnected()};
 }
 
-/// Where there never was a status area, a program without a window could not be found again. An
-/// area that went comes back, with its panel, as long as there is a bus to tell of it.
+/// A program that neither a window nor a status area leads to could not be found again.
 void AppDelegate::windowClosed() {
     const auto endIfUnreachable = [this] {
-        if (isAnyWindowShown() || !isWithoutHost() || (hadHost && !hasLostBus())) return;
-        if (hadHost) systemLog("the session bus is gone, and with it the status area: ending");
+        if (isAnyWindowShown() || !absence.isForGood()) return;
+        if (absence.hadArea())
+            systemLog("the session bus is gone, and with it the status area: ending");
         QCoreApplication::quit();
     };
     // Later: one window may give way to another.
@@ -472,7 +461,7 @@ std::unique_ptr<SettingsView> AppDelegate::makeSettings() {
 std::unique_ptr<OnboardingView> AppDelegate::makeWelcome() {
     auto view =
         std::make_unique<OnboardingView>(preferences, application->model().locations(), loginItem);
-    view->setHasStatusArea(!isWithoutHost());
+    view->setHasStatusArea(!absence.isCertain());
     connect(view.get(), &OnboardingView::finished, this, &AppDelegate::openPopover);
     return view;
 }

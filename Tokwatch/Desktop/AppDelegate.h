@@ -14,6 +14,7 @@
 #include "Tokwatch/Desktop/PopoverWindow.h"
 #include "Tokwatch/Desktop/QmlRuntime.h"
 #include "Tokwatch/Desktop/QmlWindow.h"
+#include "Tokwatch/Desktop/StatusAreaAbsence.h"
 #include "Tokwatch/Desktop/WidgetStarter.h"
 #include "Tokwatch/DesktopPreferences/ChosenHotKey.h"
 #include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
@@ -93,8 +94,7 @@ class AppDelegate : public QObject {
     bool isSecondOfDoubleClick() const;
     bool pressedElsewhere(QPoint at, Qt::MouseButton button);
     void updatePopoverStyle();
-    bool isWithoutHost() const;
-    bool hasLostBus() const;
+    StatusAreaAbsence::Sight statusArea() const;
     QString hostAdvice() const;
     QPoint lastAnchor() const;
 
@@ -128,6 +128,7 @@ class AppDelegate : public QObject {
     std::optional<ContextMenuWindow> contextMenu;
     std::optional<PinnedPanel> pinnedPanel;
     std::optional<ChosenHotKey> hotKey;
+    StatusAreaAbsence absence;
     std::optional<MeterStatusItem> statusItem;
     std::optional<ObservingUpdater<StatusContent>> titleObserver;
     std::unique_ptr<ScheduledCall> statusTimer;
@@ -138,9 +139,6 @@ class AppDelegate : public QObject {
     QPropertyNotifier onboardingNotifier;
     std::optional<QPoint> clickedAt;
     Date openedAt = Date::min();
-    bool hasLookedForHost = false;
-    bool hadHost = false;                    ///< since the start, at any time
-    std::optional<Date> openedForWantOfHost; ///< when, while what opened by itself is still open
     bool pendingOpen = false;
 };
 
