@@ -1,6 +1,8 @@
 #include "Tests/Indexing/IndexerServiceFixture.h"
 #include "Tokwatch/Indexing/SliceEvents.h"
+#include "TokwatchCore/Ingestion/LogFiles.h"
 
+#include <algorithm>
 #include <array>
 #include <future>
 #include <random>
@@ -218,6 +220,17 @@ TEST_F(IndexerServiceTest, StoresTheSameHoweverManyThreadsRead) {
     EXPECT_GT(std::get<0>(alone).newEvents, 50);
     for (const std::size_t readers : {2U, 8U})
         EXPECT_EQ(pass(readers), alone) << readers;
+}
+
+TEST_F(IndexerServiceTest, FindsEachLogOnceWhoeverListsItsFolder) {
+    constexpr int folders = 300; // which several threads share
+    for (int i = 0; i < folders; ++i)
+        home.write(".claude/projects/" + std::to_string(i) + "/inner/a.jsonl",
+                   ClaudeResponse{"msg_" + std::to_string(i)}.line());
+    const LogListing listing = findLogFiles(ProviderID::claude, home / ".claude/projects");
+    EXPECT_EQ(listing.files.size(), folders);
+    EXPECT_TRUE(std::ranges::is_sorted(listing.files, {}, &LogFile::path));
+    EXPECT_EQ(index().newEvents, folders);
 }
 
 TEST_F(IndexerServiceTest, RunsOnePassAtATimeAndKeepsOneWaiting) {

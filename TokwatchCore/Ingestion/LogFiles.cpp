@@ -6,12 +6,20 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <future>
+#include <iterator>
 #include <memory>
 #include <system_error>
+#include <thread>
 
 namespace tokwatch {
 namespace {
+
+/// For fewer folders a further thread costs more than it brings.
+constexpr std::size_t foldersForThread = 64;
+constexpr std::size_t mostThreads = 4;
 
 struct DirectoryCloser {
     void operator()(DIR* directory) const { ::closedir(directory); }
@@ -37,23 +45,58 @@ class Finder {
     void visitRoot(const std::string& root) {
         // The root itself may be a link: people keep their logs on other disks.
         if (const Directory directory = openDirectory(AT_FDCWD, root.c_str(), 0)) {
-            visit(directory.get(), root);
+            shareOut(::dirfd(directory.get()), root, list(directory.get(), root));
         } else if (errno != ENOENT) {
             fail(root);
         }
     }
 
   private:
+    /// The folders of a root, each by the thread that is free first. Most of the time the system
+    /// looks up names, which it does for several at once.
+    void shareOut(int parent, const std::string& root, const std::vector<std::string>& folders) {
+        std::atomic<std::size_t> next = 0;
+        const auto visitNext = [&](LogListing& found) {
+            Finder finder(provider, found);
+            for (std::size_t at = next++; at < folders.size(); at = next++)
+                finder.visitInner(parent, folders[at], root + "/" + folders[at]);
+        };
+        const std::size_t threads = std::min({folders.size() / foldersForThread, mostThreads,
+                                              std::size_t{std::thread::hardware_concurrency()}});
+        std::vector<std::future<LogListing>> others;
+        try {
+            while (others.size() + 1 < threads) {
+                others.push_back(std::async(std::launch::async, [&visitNext] {
+                    LogListing found;
+                    visitNext(found);
+                    return found;
+                }));
+            }
+        } catch (const std::system_error&) {
+            // The system allows no more threads; those that there are do it.
+        }
+        visitNext(listing);
+        for (std::future<LogListing>& other : others) {
+            LogListing found = other.get();
+            std::ranges::move(found.files, std::back_inserter(listing.files));
+            std::ranges::move(found.failures, std::back_inserter(listing.failures));
+        }
+    }
+
     void visit(DIR* directory, const std::string& path) {
-        // Sub-directories come after the listing, so that only one directory a level is open at a
-        // time.
+        // After the listing, so that only one directory a level is open at a time.
+        for (const std::string& name : list(directory, path))
+            visitInner(::dirfd(directory), name, path + "/" + name);
+    }
+
+    /// Notes the logs in a folder; the names of the folders in it.
+    std::vector<std::string> list(DIR* directory, const std::string& path) {
         std::vector<std::string> subdirectories;
         // NOLINTNEXTLINE(concurrency-mt-unsafe): the stream belongs to this call alone.
         while (const dirent* entry = (errno = 0, ::readdir(directory)))
             look(*entry, directory, path, subdirectories);
         if (errno != 0) fail(path);
-        for (const std::string& name : subdirectories)
-            visitInner(::dirfd(directory), name, path + "/" + name);
+        return subdirectories;
     }
 
     void look(const dirent& entry, DIR* directory, const std::string& path,
@@ -118,7 +161,9 @@ bool isLogName(ProviderID provider, std::string_view fileName) {
 LogListing findLogFiles(ProviderID provider, const std::filesystem::path& root) {
     LogListing listing;
     Finder(provider, listing).visitRoot(root.string());
+    // Whichever thread came by them, and whenever.
     std::ranges::sort(listing.files, {}, &LogFile::path);
+    std::ranges::sort(listing.failures, {}, &LogListing::Failure::path);
     return listing;
 }
 
