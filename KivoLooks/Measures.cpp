@@ -14,7 +14,7 @@ namespace {
 /// is installed.
 QString familyOf(const QFont& font) {
     static constexpr std::array generic{"Sans Serif", "Sans", "sans-serif"};
-    const QString family = font.family();
+    QString family = font.family();
     if (std::ranges::find(generic, family) == generic.end()) return family;
     for (const char* candidate : {"Inter", "Cantarell", "Noto Sans"})
         if (QFontDatabase::hasFamily(candidate)) return candidate;

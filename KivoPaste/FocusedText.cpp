@@ -200,7 +200,7 @@ QCoro::Task<Insertion> insertIntoFocusedText(QDBusConnection session, QString te
     const QDBusConnection bus(name);
     const std::optional<Accessible> target = co_await focusedObject(bus);
     if (!target) co_return Insertion::impossible;
-    const Accessible place = *target;
+    const Accessible& place = *target;
     const Insertion insertion = co_await insertInto(bus, place, text);
     co_return insertion;
 }
