@@ -20,11 +20,13 @@ namespace {
 
 constexpr const char* addressVariable = "DBUS_SESSION_BUS_ADDRESS";
 
+// NOLINTBEGIN(concurrency-mt-unsafe): there are no other threads yet.
 std::string sessionBusAddress() {
     if (const char* address = std::getenv(addressVariable)) return address;
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
     return runtime == nullptr ? std::string() : "unix:path=" + std::string(runtime) + "/bus";
 }
+// NOLINTEND(concurrency-mt-unsafe)
 
 struct SocketAddress {
     sockaddr_un place{};
@@ -68,6 +70,7 @@ bool leaveOutMuteSessionBus(std::chrono::milliseconds patience) {
     const std::optional<SocketAddress> address = socketAddress(sessionBusAddress());
     if (!address || !isMute(*address, patience)) return false;
     systemLog("the session bus does not answer and is left out");
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there are no other threads yet.
     ::setenv(addressVariable, "unix:path=/dev/null", 1);
     return true;
 }

@@ -34,10 +34,12 @@ void giveBackMemory() {
 void keepMemorySmall() {
     constexpr int heaps = 2;
     constexpr int large = 262'144; // bytes
+    // NOLINTBEGIN(concurrency-mt-unsafe): before there are threads.
     ::mallopt(M_ARENA_MAX, heaps);
     // Set, they stay as they are; by themselves they follow the largest piece that was ever freed.
     ::mallopt(M_MMAP_THRESHOLD, large);
     ::mallopt(M_TRIM_THRESHOLD, large);
+    // NOLINTEND(concurrency-mt-unsafe)
 }
 
 } // namespace tokwatch

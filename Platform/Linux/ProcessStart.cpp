@@ -24,6 +24,7 @@ void ensureUTF8Locale() {
         chosen != nullptr && std::string_view(::nl_langinfo_l(CODESET, chosen)) == "UTF-8";
     if (chosen != nullptr) ::freelocale(chosen);
     // LC_ALL, as it may be what asks for the other encoding and goes before all else.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there are no other threads yet.
     if (!isUTF8) ::setenv("LC_ALL", "C.UTF-8", 1);
 }
 
