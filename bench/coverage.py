@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""coverage.py REPORT [--lines DIR …]: of gcovr's JSON report, a Markdown table of the rooms with the lines and branches that
-were reached; or of the files below the directories, which lines were not."""
+"""coverage.py REPORTS [--lines DIR …]: of gcovr's JSON reports, one of each program, a Markdown table of the rooms with the
+lines and branches that were reached; or of the files below the directories, which lines were not."""
 import collections
 import json
 import os
@@ -24,34 +24,39 @@ def spans(numbers):
     return ", ".join(str(a) if a == b else "%d-%d" % (a, b) for a, b in found)
 
 
-def lines_of(file):
-    """Each line once, whichever of the programs reached it."""
+def lines_of(reports):
+    """Of one file each line once, whichever of the programs reached it, and the counts of its branches."""
     counts, branches = collections.Counter(), collections.defaultdict(collections.Counter)
-    for line in file["lines"]:
-        if not line.get("gcovr/noncode"):
-            counts[line["line_number"]] += line["count"]
-            for place, branch in enumerate(line["branches"]):
-                branches[line["line_number"]][place] += branch["count"]
-    return counts, [count for line in branches.values() for count in line.values()]
+    for line in (line for report in reports for line in report["lines"] if not line.get("gcovr/noncode")):
+        number = line["line_number"]
+        counts[number] += line["count"]
+        # Of a line that a program never came to its branches into exceptions are not told from others.
+        for place, branch in enumerate(line["branches"]):
+            branches[number, line["count"] > 0][place] += branch["count"]
+    chosen = [of for (number, is_reached), of in branches.items() if is_reached or not counts[number]]
+    return counts, [count for line in chosen for count in line.values()]
 
 
 def main():
-    with open(sys.argv[1], encoding="utf-8") as file:
-        # The toolkit's compilers write some, too.
-        files = [each for each in json.load(file)["files"] if not each["file"].startswith("build/")]
+    files = collections.defaultdict(list)
+    for name in os.listdir(sys.argv[1]):
+        with open(os.path.join(sys.argv[1], name), encoding="utf-8") as file:
+            for each in json.load(file)["files"]:
+                if not each["file"].startswith("build/"):  # the toolkit's compilers write some, too
+                    files[each["file"]].append(each)
     if "--lines" in sys.argv:
-        for file in files:
-            if file["file"].startswith(tuple(os.path.normpath(each) + "/" for each in sys.argv[3:])):
-                missed = [number for number, count in lines_of(file)[0].items() if not count]
+        for name, reports in sorted(files.items()):
+            if name.startswith(tuple(os.path.normpath(each) + "/" for each in sys.argv[3:])):
+                missed = [number for number, count in lines_of(reports)[0].items() if not count]
                 if missed:
-                    print("%s: %s" % (file["file"], spans(missed)))
+                    print("%s: %s" % (name, spans(missed)))
         return
     rooms = collections.defaultdict(lambda: [0, 0, 0, 0])
-    for file in files:
-        counts, branches = lines_of(file)
+    for name, reports in files.items():
+        counts, branches = lines_of(reports)
         sums = len(counts), sum(1 for each in counts.values() if each), len(branches), sum(1 for each in branches if each)
-        for name in (room(file["file"]), "all"):
-            rooms[name] = [a + b for a, b in zip(rooms[name], sums)]
+        for each in (room(name), "all"):
+            rooms[each] = [a + b for a, b in zip(rooms[each], sums)]
     print("| Room | Lines | reached | Branches | reached |\n|---|---:|---:|---:|---:|")
     for name in sorted(rooms, key=lambda name: (name == "all", name)):
         lines, reached, branches, taken = rooms[name]

@@ -53,4 +53,21 @@ TEST_F(CommandTest, ReportsForPeopleProgramsAndSpreadsheets) {
     EXPECT_EQ(here({"report", "--provider", "claude"}).status, 0);
 }
 
+TEST_F(CommandTest, ReportsByWhateverIsAskedFor) {
+    world.write("home/.claude/projects/p/a.jsonl",
+                ClaudeResponse{.id = "early", .timestamp = "2026-03-10T03:20:00Z"}.line() +
+                    ClaudeResponse{.session = "later"}.line());
+    for (const auto& [by, part] :
+         {std::pair{"project", "no directory stated         2      30  <$0.01"},
+          {"session", "session-1  —        Mar 10, 3:20 – 3:20    claude-opus-4-1-20250805      15"},
+          {"hour", "Tue, Mar 10, 3:00          1      15"},
+          {"day", "Tue, Mar 10         2      30"},
+          {"week", "Mar 9 – Mar 15         2      30"},
+          {"month", "March 2026         2      30"},
+          {"block", "  no usage for 4h 0m\nTue, Mar 10, 3:00 – 8:00 "}})
+        EXPECT_THAT(
+            here({"report", "--since", "2026-03-09", "--until", "2026-03-11", "--by", by}).out,
+            HasSubstr(part));
+}
+
 } // namespace tokwatch::testing

@@ -30,6 +30,7 @@ void become(const std::string& name, char** words) {
     // A first pass uses some ten thousand pages once, and on virtual machines a fault is dear. Of
     // large ones, where the kernel has them for who asks, it needs half as many. Programs that stay
     // would keep more memory than they need.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there are no other threads.
     if (name == programs::logs) ::setenv("GLIBC_TUNABLES", "glibc.malloc.hugetlb=1", 0);
     ::execv(program.c_str(), words);
     throw CommandError("starting " + program.string() +
