@@ -4,6 +4,7 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
+#include <QTimer>
 
 #include <algorithm>
 #include <utility>
@@ -56,7 +57,9 @@ HotKeyState stateAfter(Kind kind) {
 
 /// The shortcut of that name among those that the portal has bound; none where it left that out.
 std::optional<PortalShortcut> shortcutIn(const QVariantMap& results, const QString& id) {
-    const QVariant listed = results.value(QStringLiteral("shortcuts"));
+    const auto listed = results.value(QStringLiteral("shortcuts")).value<QDBusArgument>();
+    // Of any other shape the toolkit would read past its end.
+    if (listed.currentSignature() != QLatin1String("a(sa{sv})")) return std::nullopt;
     const auto all = qdbus_cast<QList<PortalShortcut>>(listed);
     const auto found = std::ranges::find(all, id, &PortalShortcut::id);
     return found == all.end() ? std::nullopt : std::optional(*found);
@@ -130,6 +133,7 @@ void PortalHotKey::shortcutsBound(const PortalRequest::Answer& answer) {
     forget(session);
     session = std::exchange(nextSession, {});
     wanted.reset();
+    pause = firstPause;
     boundTrigger = shortcut->properties.value(QStringLiteral("trigger_description")).toString();
     emit settled(HotKeyState::bound);
 }
@@ -141,6 +145,12 @@ void PortalHotKey::fail(Kind kind) {
     const bool wasTooLate = kind == Kind::unsupported && std::exchange(hasCome, false);
     emit settled(stateAfter(kind));
     if (wasTooLate) emit arrived();
+    if (kind != Kind::silent) return;
+    // It may only just be starting, as everything does at login.
+    QTimer::singleShot(pause, this, [this] {
+        if (!wanted && session.isEmpty()) emit arrived();
+    });
+    pause = std::min(pause * 2, longestPause);
 }
 
 void PortalHotKey::release() {

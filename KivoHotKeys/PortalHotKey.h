@@ -7,6 +7,7 @@
 #include <QDBusServiceWatcher>
 #include <QVariantMap>
 
+#include <chrono>
 #include <optional>
 
 namespace kivo {
@@ -30,6 +31,8 @@ class PortalHotKey final : public GlobalHotKey {
                    const QVariantMap& options);
 
   private:
+    static constexpr std::chrono::seconds firstPause{5};
+    static constexpr std::chrono::seconds longestPause{320};
     using Step = void (PortalHotKey::*)(const PortalRequest::Answer& answer);
 
     void ask(const char* method, const QVariantList& arguments, const QVariantMap& options,
@@ -49,6 +52,7 @@ class PortalHotKey final : public GlobalHotKey {
     QString session;              ///< of the bound key; empty without one
     QString nextSession;          ///< of the wanted one
     QString boundTrigger;
+    std::chrono::seconds pause = firstPause; ///< until a silent portal is asked again
     bool hasCome = false; ///< a portal, while it was asked, maybe too late for the question
     PortalRequest* request = nullptr; ///< under way, or the last one
 };

@@ -51,7 +51,8 @@ FileDescriptor createNew(const std::filesystem::path& path) {
 /// exists, which tells it from one whose writer was killed.
 class ReplacementFile {
   public:
-    ReplacementFile(const std::filesystem::path& target, mode_t permissions) {
+    ReplacementFile(std::filesystem::path replaced, mode_t permissions)
+        : target(std::move(replaced)) {
         do {
             path = target.string() + std::string(uniquePart);
             descriptor = FileDescriptor(::mkostemp(path.data(), O_CLOEXEC));
@@ -75,13 +76,13 @@ class ReplacementFile {
             if (count >= 0)
                 text.remove_prefix(static_cast<std::size_t>(count));
             else if (errno != EINTR)
-                fail(errno, path);
+                fail(errno, target);
         }
         // Without this a power cut could leave the new name with none of the bytes.
-        if (::fsync(descriptor.get()) != 0) fail(errno, path);
+        if (::fsync(descriptor.get()) != 0) fail(errno, target);
     }
 
-    void replace(const std::filesystem::path& target) {
+    void replace() {
         if (::rename(path.c_str(), target.c_str()) != 0) fail(errno, target);
         path.clear();
     }
@@ -94,6 +95,7 @@ class ReplacementFile {
                status.st_nlink > 0;
     }
 
+    std::filesystem::path target;
     std::string path; ///< empty once it has taken the target's place
     FileDescriptor descriptor;
 };
@@ -136,7 +138,7 @@ void replace(const std::filesystem::path& file, std::string_view contents, mode_
     removeAbandoned(real);
     ReplacementFile replacement(real, permissions);
     replacement.write(contents);
-    replacement.replace(real);
+    replacement.replace();
 }
 
 /// The file, or its directory where the file cannot be opened.

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """A desktop portal that lends hot keys, and answers everybody who wants to bind one with the number given (0 is yes). Says
-what it bound; "press" on its standard input presses it. Each answer has somebody else's before it, who says the opposite.
+what it bound, in another shape if there is a second argument; "press" on its standard input presses it. Each answer has
+somebody else's before it, who says the opposite.
 """
 
 import sys
@@ -43,7 +44,8 @@ class Portal(dbus.service.Object):
         self.id, properties = shortcuts[0]
         print("bound", properties["preferred_trigger"], flush=True)
         bound = [(self.id, dbus.Dictionary({"trigger_description": "Press Ctrl+Alt+T"}, signature="sv"))]
-        return self.respond(options, sender, int(sys.argv[1]), {"shortcuts": dbus.Array(bound, signature="(sa{sv})")})
+        listed = dbus.Array(bound, signature="(sa{sv})") if len(sys.argv) < 3 else dbus.Array([("open", "x")], signature="(ss)")
+        return self.respond(options, sender, int(sys.argv[1]), {"shortcuts": listed})
 
     @dbus.service.signal(INTERFACE, signature="osta{sv}")
     def Activated(self, session, shortcut, time, options):

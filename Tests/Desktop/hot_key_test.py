@@ -125,6 +125,10 @@ def test_portal():
             wait_for("the popover, which takes the tooltip's place", lambda: (item.tooltip == "") == is_open)
         step("asks a portal that starts anew, and takes no for an answer")
         portal.end()
+        with Program(portal_program, "0", "odd") as odd:
+            odd.hear(r"bound CTRL\+ALT\+t")
+            odd.say("press")
+            assert item.tooltip != "", "an answer of another shape was taken"
         with Program(portal_program, "1") as refusing:
             refusing.hear(r"bound CTRL\+ALT\+t")
             refusing.say("press")

@@ -7,6 +7,9 @@
 #include <future>
 #include <random>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 namespace tokwatch::testing {
 
 const std::string codexLog = ".codex/sessions/2026/03/10/rollout.jsonl";
@@ -62,6 +65,25 @@ TEST_F(IndexerServiceTest, HoldsAResponseBackThatMayGoOn) {
         EXPECT_EQ(outputTokens(), isHeld ? 10 : 510);
         EXPECT_EQ(index().newEvents, 0) << "what follows it is read again, and counted once";
     }
+}
+
+/// As in a container whose clock is ahead.
+TEST_F(IndexerServiceTest, HoldsAResponseFromTheFutureBackByTheTimeOfItsFile) {
+    ClaudeResponse response{.timestamp = "2026-03-10T13:30:00Z", .output = 2, .stopReason = "null"};
+    home.write(claudeLog, "");
+    const auto write = [&](const char* fileTime) {
+        home.append(claudeLog, response.line());
+        const timespec moment{static_cast<time_t>(unixSeconds(*parseISO8601(fileTime))), 0};
+        const std::array times{moment, moment};
+        EXPECT_EQ(::utimensat(AT_FDCWD, (home / claudeLog).c_str(), times.data(), 0), 0);
+    };
+    write("2026-03-10T12:29:50Z"); // it is 12:30
+    EXPECT_EQ(index().newEvents, 0);
+    response.output = 900;
+    response.stopReason = R"("end_turn")";
+    write("2026-03-10T12:30:00Z");
+    EXPECT_EQ(index().newEvents, 1);
+    EXPECT_EQ(outputTokens(), 900);
 }
 
 TEST_F(IndexerServiceTest, CountsAHeldResponseOnceItGoesNoFurther) {

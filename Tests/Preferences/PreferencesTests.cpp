@@ -253,7 +253,8 @@ TEST_F(PreferencesTest, KeepsCriticalBelowWarningWhenReading) {
                                          {{"0.25", "0.2"}, {0.25, 0.2}},
                                          {{"0.25", "0.24"}, {0.25, 0.2}},
                                          {{"0.25", "0.01"}, {0.25, 0.05}},
-                                         {{"nan", "nan"}, {0.1, 0.05}}}) {
+                                         {{"nan", "nan"}, {0.25, 0.1}},
+                                         {{"inf", "-inf"}, {0.25, 0.1}}}) {
         const TemporaryDirectory another; // as a process's QSettings share what they know of a file
         Process process(another.write("settings.conf",
                                       std::string("[General]\nwarningThreshold=") + read.first +

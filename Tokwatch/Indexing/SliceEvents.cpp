@@ -29,22 +29,30 @@ Seconds SliceEvents::patienceFor(std::size_t position) const {
     return haveLast && position + 1 == events.size() ? lastPatience : patience;
 }
 
-bool SliceEvents::isOpen(std::size_t position, std::int64_t end, std::optional<Date> now) const {
-    if (!lines[position].isUnfinished || end - lines[position].first > mostReadAgain ||
+Date SliceEvents::newestLine(std::size_t position, const End& end) const {
+    const Date stated = events[position].timestamp;
+    const Date latest = end.now + patience;
+    return stated > latest && end.written <= latest ? end.written : stated;
+}
+
+bool SliceEvents::isOpen(std::size_t position, std::int64_t offset,
+                         const std::optional<End>& end) const {
+    if (!lines[position].isUnfinished || offset - lines[position].first > mostReadAgain ||
         events.size() - position > mostOpen)
         return false;
-    if (!now) return true;
-    const Seconds age = *now - events[position].timestamp;
+    if (!end) return true;
+    const Seconds age = end->now - newestLine(position, *end);
     return age < patienceFor(position) && age >= -patience;
 }
 
-std::vector<UsageEvent> SliceEvents::take(std::int64_t end, std::optional<Date> now) {
+std::vector<UsageEvent> SliceEvents::take(std::int64_t offset, const std::optional<End>& end) {
     SliceEvents next;
     std::size_t complete = 0;
-    const bool keepsLast = haveLast && !events.empty() && isOpen(events.size() - 1, end, now);
+    const bool keepsLast = haveLast && !events.empty() && isOpen(events.size() - 1, offset, end);
     for (std::size_t i = 0; i < events.size(); ++i) {
-        if (isOpen(i, end, now)) {
-            lines[i].completeAt = events[i].timestamp + patienceFor(i);
+        if (isOpen(i, offset, end)) {
+            lines[i].completeAt =
+                (end ? newestLine(i, *end) : events[i].timestamp) + patienceFor(i);
             next.put(std::move(events[i]), lines[i]);
         } else {
             if (complete != i) events[complete] = std::move(events[i]);

@@ -26,7 +26,8 @@ namespace tokwatch {
 class SliceEvents {
   public:
     /// How long after its newest line a response may still go on while others follow it, and how
-    /// far ahead of our clock that line may be dated.
+    /// far ahead of our clock that line may be dated. Of one that is dated further ahead, by a
+    /// clock that differs from ours, the file's time is taken.
     static constexpr Seconds patience{60};
     /// The same of a file's last response: 50,000 tokens at 60 a second.
     static constexpr Seconds lastPatience{900};
@@ -43,9 +44,13 @@ class SliceEvents {
     /// `offset`: where the line begins in the file, in bytes.
     void add(ClaudeLine line, std::int64_t offset);
 
+    /// At the end of the file, where the age of the newest lines counts, too.
+    struct End {
+        Date now;
+        Date written; ///< when the file was changed
+    };
     /// The complete events of what was read, which ends at this offset; those still open stay.
-    /// `now` at the end of the file, where the age of their newest lines counts, too.
-    std::vector<UsageEvent> take(std::int64_t end, std::optional<Date> now);
+    std::vector<UsageEvent> take(std::int64_t offset, const std::optional<End>& end);
 
     /// Begins with another file; open responses are dropped.
     void clear();
@@ -66,7 +71,8 @@ class SliceEvents {
 
     void put(UsageEvent event, Lines lines);
     Seconds patienceFor(std::size_t position) const;
-    bool isOpen(std::size_t position, std::int64_t end, std::optional<Date> now) const;
+    Date newestLine(std::size_t position, const End& end) const;
+    bool isOpen(std::size_t position, std::int64_t offset, const std::optional<End>& end) const;
 
     std::vector<UsageEvent> events;                         ///< in the order of their first lines
     std::vector<Lines> lines;                               ///< of each of them

@@ -130,7 +130,8 @@ Slice SliceReader::readLines(const PendingFile& pending) {
     reached = std::move(read.cursor);
     slice.cursor = *reached;
     const bool isLast = isAtEnd(pending, slice.bytes);
-    slice.events = events.take(reached->offset, isLast ? std::optional(now()) : std::nullopt);
+    const SliceEvents::End end{now(), modifiedAt(pending.file)};
+    slice.events = events.take(reached->offset, isLast ? std::optional(end) : std::nullopt);
     if (const std::optional<SliceEvents::Open> open = events.open()) {
         slice.cursor.offset = open->firstLine;
         if (isLast) slice.heldUntil = open->completeAt;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <string_view>
 #include <system_error>
 
@@ -23,7 +24,7 @@ bool takeStored(const StoredEntries& entries, double& value) {
     if (number.starts_with('+') && !number.starts_with("+-")) number.remove_prefix(1);
     double parsed = 0;
     const auto [end, error] = std::from_chars(number.begin(), number.end(), parsed);
-    if (error != std::errc{} || end != number.end()) return false;
+    if (error != std::errc{} || end != number.end() || !std::isfinite(parsed)) return false;
     value = parsed;
     return entries.size() == 1;
 }

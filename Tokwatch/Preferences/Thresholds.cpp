@@ -6,7 +6,7 @@
 namespace tokwatch {
 namespace {
 
-/// The lower bound for anything that is not above it, as for what is not a number.
+/// The lower bound for anything that is not above it.
 double atLeast(double bound, double value) {
     return value > bound ? value : bound;
 }

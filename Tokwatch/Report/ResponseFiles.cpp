@@ -20,10 +20,6 @@ bool isSame(const FileAttributes& a, const FileAttributes& b) {
     return a.inode == b.inode && a.size == b.size && a.modified == b.modified;
 }
 
-Date modifiedAt(const LogFile& file) {
-    return dateFromUnixSeconds(static_cast<double>(file.attributes.modified) / 1e9);
-}
-
 } // namespace
 
 ResponseFiles::ResponseFiles(ProviderLocations l, KeepLines k) : locations(std::move(l)), keep(k) {}

@@ -145,6 +145,10 @@ std::optional<std::string_view> withoutPrefix(std::string_view path, std::string
 
 } // namespace
 
+Date modifiedAt(const LogFile& file) {
+    return dateFromUnixSeconds(static_cast<double>(file.attributes.modified) / 1e9);
+}
+
 bool isLogName(ProviderID provider, std::string_view fileName) {
     switch (traits(provider).logFormat) {
     case LogFormat::claudeLines:

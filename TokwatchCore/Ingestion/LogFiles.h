@@ -2,6 +2,7 @@
 
 #include "Platform/System/FileAccess.h"
 #include "TokwatchCore/Records/ProviderID.h"
+#include "TokwatchCore/Support/Date.h"
 
 #include <filesystem>
 #include <optional>
@@ -16,6 +17,8 @@ struct LogFile {
     std::string path; ///< any bytes but NUL
     FileAttributes attributes;
 };
+
+Date modifiedAt(const LogFile& file);
 
 struct LogListing {
     struct Failure {

@@ -53,14 +53,20 @@ UserPaths DataArguments::paths() const {
 }
 
 void addPaths(CLI::App& command, DataArguments& arguments) {
+    // What a script's unset variable gives would be the user's own files.
+    const auto isNamed = [](const std::string& directory) {
+        return std::string(directory.empty() ? "the directory has no name" : "");
+    };
     command
         .add_option("--home", arguments.home,
                     "Where the assistants' files are (default: your home directory)")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(isNamed);
     command
         .add_option("--data-dir", arguments.dataDirectory,
                     "Where Tokwatch keeps its data (default: $XDG_DATA_HOME or ~/.local/share)")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(isNamed);
 }
 
 CLI::App& addDataCommand(CLI::App& app, DataArguments& arguments, const std::string& name,
