@@ -115,7 +115,7 @@ def clock(day):
 def set_clock(day, ahead):
     day.world.write("clock", "%+d\n" % ahead)
     Assistant.ahead = ahead
-    time.sleep(1.1)  # as long as a program may believe in the clock of before
+    time.sleep(2.1)  # as long as a program may believe in the clock of before: the library counts whole seconds
 
 
 def descriptors(day):

@@ -59,7 +59,8 @@ TEST_F(CommandTest, ReportsByWhateverIsAskedFor) {
                     ClaudeResponse{.session = "later"}.line());
     for (const auto& [by, part] :
          {std::pair{"project", "no directory stated         2      30  <$0.01"},
-          {"session", "session-1  —        Mar 10, 3:20 – 3:20    claude-opus-4-1-20250805      15"},
+          {"session",
+           "session-1  —        Mar 10, 3:20 – 3:20    claude-opus-4-1-20250805      15"},
           {"hour", "Tue, Mar 10, 3:00          1      15"},
           {"day", "Tue, Mar 10         2      30"},
           {"week", "Mar 9 – Mar 15         2      30"},

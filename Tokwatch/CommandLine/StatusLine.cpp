@@ -78,7 +78,7 @@ std::string polybarLine(const StatusTitle& title) {
 /// The terminal's own colours, and the background among them: that of the bar is green where
 /// nobody chose another, on which no text of these can be read.
 std::string tmuxLine(const StatusTitle& title) {
-    const std::string text = replaced(textLine(title), "#", "##");
+    std::string text = replaced(textLine(title), "#", "##");
     switch (title.severity) {
     case Severity::normal:
         return text;

@@ -58,7 +58,8 @@ void PopoverWindow::fitContent() {
     QQuickItem* root = window.rootObject();
     if (root == nullptr) return;
     const int width = std::min(window.width(), PopoverController::width);
-    root->setX((window.width() - width) / 2);
+    const int left = (window.width() - width) / 2; // on whole pixels
+    root->setX(left);
     root->setWidth(width);
 }
 

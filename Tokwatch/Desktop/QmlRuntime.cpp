@@ -4,7 +4,7 @@ namespace tokwatch {
 
 std::shared_ptr<QQmlEngine> QmlRuntime::engine() {
     if (std::shared_ptr<QQmlEngine> running = current.lock()) return running;
-    const auto made = std::make_shared<QQmlEngine>();
+    auto made = std::make_shared<QQmlEngine>();
     made->addImportPath(QStringLiteral("qrc:/qt/qml"));
     appearance.install(*made);
     current = made;

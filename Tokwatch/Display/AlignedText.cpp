@@ -14,7 +14,7 @@ std::size_t displayWidth(std::string_view text) {
 }
 
 std::string fitted(std::string_view text, std::size_t most, Cut cut) {
-    const std::string clean = plainText(text);
+    std::string clean = plainText(text);
     if (displayWidth(clean) <= most) return clean;
     std::wstring letters = lettersOf(clean);
     if (cut == Cut::start) std::ranges::reverse(letters);

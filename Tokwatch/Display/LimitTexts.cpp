@@ -47,7 +47,7 @@ LimitNotice unavailable(ProviderID provider, const std::string& tool, bool claud
 
 std::string LimitTexts::reset(const LimitWindow& window, const LimitBarModel& bar, Date now,
                               const Calendar& calendar) {
-    const std::string text = shortReset(window, bar, now);
+    std::string text = shortReset(window, bar, now);
     if (!bar.resetText || *window.resetsAt <= now) return text;
     return text + " · " + DayFormat::coming(*window.resetsAt, now, calendar);
 }

@@ -260,7 +260,7 @@ QFuture<LimitsService::Claim> LimitsService::claim(ProviderID id, bool force) {
 
 /// For a claim of which nothing came.
 QFuture<AttemptLedger::Entry> LimitsService::withdraw(ProviderID id, Claim claim) {
-    return ledgerCalls.call([ledger = ledger, id, claim = std::move(claim)] {
+    return ledgerCalls.call([ledger = ledger, id, claim] {
         return ledger->edit(id, [&claim](AttemptRecord& record) {
             if (record != claim.record) return false;
             record = claim.before;
