@@ -267,7 +267,7 @@ bool JSONReader::parse(std::string_view text, simdjson::ondemand::document& docu
         capacity = std::max<std::size_t>(needed, 65'536);
         padded = std::make_unique_for_overwrite<char[]>(capacity);
     }
-    std::memcpy(padded.get(), text.data(), text.size());
+    text.copy(padded.get(), text.size());
     std::memset(padded.get() + text.size(), 0, simdjson::SIMDJSON_PADDING);
     return parser.iterate(padded.get(), text.size(), capacity).get(document) == SUCCESS;
 }
