@@ -163,9 +163,10 @@ std::shared_ptr<UsageStore> UsageStore::temporary(const std::filesystem::path& p
     return std::shared_ptr<UsageStore>(new UsageStore(path, openInMemory()));
 }
 
-std::shared_ptr<UsageStore> UsageStore::readOnly(const std::filesystem::path& path) {
+std::shared_ptr<UsageStore> UsageStore::readOnly(const std::filesystem::path& path,
+                                                 std::chrono::milliseconds patience) {
     return std::shared_ptr<UsageStore>(
-        new UsageStore(path, sqlite::openFileForReading(path, lockPatience)));
+        new UsageStore(path, sqlite::openFileForReading(path, patience)));
 }
 
 std::optional<UsageStore::FileIdentity> UsageStore::identityOf(const std::filesystem::path& path) {

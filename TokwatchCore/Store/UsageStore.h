@@ -51,7 +51,8 @@ class UsageStore {
     /// A store in memory that stands in for the one at `path`, until `reattach` can open that.
     static std::shared_ptr<UsageStore> temporary(const std::filesystem::path& path);
     /// What a sound database holds where it cannot be written: on a disk that is full or read-only.
-    static std::shared_ptr<UsageStore> readOnly(const std::filesystem::path& path);
+    static std::shared_ptr<UsageStore> readOnly(const std::filesystem::path& path,
+                                                std::chrono::milliseconds patience = lockPatience);
     ~UsageStore();
     UsageStore(const UsageStore&) = delete;
     UsageStore& operator=(const UsageStore&) = delete;

@@ -54,7 +54,7 @@ std::shared_ptr<UsageStore> openStore(const std::filesystem::path& database, boo
         recordLimits(*store, limitHistoryBeside(database, storePatience));
         return store;
     } catch (const UsageStoreError&) {
-        return UsageStore::readOnly(database);
+        return UsageStore::readOnly(database, storePatience);
     }
 }
 
