@@ -46,7 +46,7 @@ std::string link(const fs::path& target, const fs::path& name) {
 std::string remedyFor(const fs::path& folder, const fs::path& own, const fs::path& logs) {
     if (!isTaken(own)) return link(folder, own);
     const fs::path read = own / logs;
-    const std::string command = link(folder / logs, read);
+    std::string command = link(folder / logs, read);
     if (!isTaken(read)) return command;
     return "mv " + shellWord(read) + ' ' + shellWord(read.native() + ".before") + " && " + command;
 }

@@ -97,7 +97,7 @@ void HTTPAnswer::addStatus(std::string_view text) {
     const std::string_view reason = isHTTP ? text.substr(codeAt + code.size()) : std::string_view();
     const std::optional<std::size_t> status = number(code, 10);
     if (code.size() != codeLength || !status || *status < 100 ||
-        !(reason.empty() || reason.front() == ' '))
+        (!reason.empty() && reason.front() != ' '))
         refuse();
     response.status = static_cast<int>(*status);
     stage = Stage::headers;

@@ -299,7 +299,7 @@ std::optional<ProviderLimits> UsageStore::storeChange(ProviderID provider,
     } catch (const DecodingError&) {
         stored.reset();
     }
-    const std::optional<ProviderLimits> limits = change(stored);
+    std::optional<ProviderLimits> limits = change(stored);
     if (!limits) return std::nullopt;
     writeLimits(*db, *limits, provider);
     transaction.commit();

@@ -39,6 +39,7 @@ std::wstring lettersOf(std::string_view text) {
     while (!text.empty()) {
         wchar_t letter = 0;
         mbstate_t fresh{};
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is of this call alone.
         const std::size_t length = ::mbrtowc(&letter, text.data(), text.size(), &fresh);
         const bool isLetter = length <= text.size(); // failures are the largest numbers
         letters += isLetter ? letter : L'?';
@@ -53,6 +54,7 @@ std::string utf8Of(std::wstring_view letters) {
     for (const wchar_t letter : letters) {
         std::array<char, MB_LEN_MAX> bytes;
         mbstate_t fresh{};
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is of this call alone.
         const std::size_t length = ::wcrtomb(bytes.data(), letter, &fresh);
         if (length <= bytes.size()) text.append(bytes.data(), length);
     }
