@@ -128,6 +128,7 @@ TEST_F(StoredSettings, AreTheSameWithoutTheToolkit) {
           std::string("[General]\nWarningThreshold=0.9\n;warningThreshold=0.8\n"),
           std::string("[menuBarWindows]\nwarningThreshold=0.9\n[General]\nwarningThreshold=0.8\n"),
           std::string("[General]\nwarningThreshold=0.4\nwarningThreshold=0.6\n"),
+          std::string("[claudeLiveLimits/deeper]\nkey=1\n"),
           std::string(
               "[General]\nproviderOrder=grok, \"codex\" ,grok\ndisabledProviders=@Invalid()"),
           std::string("[General]\nproviderOrder=\"grok, codex\"\nclaudeLiveLimits=true, false\n"),

@@ -55,13 +55,15 @@ std::optional<Date> storedDate(const QSettings& settings, const char* key) {
     return stored && parseText(*stored, date) ? std::optional(date) : std::nullopt;
 }
 
-StoredEntries entriesOf(QSettings& settings, const char* name) {
+StoredEntries entriesOf(const QSettings& settings, const char* name) {
     StoredEntries entries;
     if (settings.contains(name)) entries.emplace("", itemsOf(settings.value(name)));
-    settings.beginGroup(name);
+    // Asked for the keys of the group alone, the toolkit leaves out those of groups within it as
+    // long as nobody asked for all.
+    const QString prefix = QString::fromLatin1(name) + u'/';
     for (const QString& key : settings.allKeys())
-        if (!key.isEmpty()) entries.emplace(key.toStdString(), itemsOf(settings.value(key)));
-    settings.endGroup();
+        if (key.startsWith(prefix) && key.size() > prefix.size())
+            entries.emplace(key.sliced(prefix.size()).toStdString(), itemsOf(settings.value(key)));
     return entries;
 }
 

@@ -20,7 +20,7 @@ void storeText(QSettings& settings, const char* key, std::string_view text);
 std::optional<Date> storedDate(const QSettings& settings, const char* key);
 
 /// What the file has of the setting of that name.
-StoredEntries entriesOf(QSettings& settings, const char* name);
+StoredEntries entriesOf(const QSettings& settings, const char* name);
 
 // How each type of setting is written into the file.
 
