@@ -26,6 +26,7 @@ TEST_F(CommandTest, SaysWhatIsMissing) {
           {"summary", "--home", home, "--data-dir", "/proc/self/none"}})
         expectFailure(tokwatch(arguments, {"HOME=" + home}), 1);
     expectFailure(tokwatch({}), 1, "summary"); // as there is no display
+    expectFailure(tokwatch({}, {"DISPLAY=:987"}), 1);
 }
 
 TEST_F(CommandTest, HelpsAndNamesItsVersion) {

@@ -1,4 +1,5 @@
 #include "KivoLooks/DesktopAppearance.h"
+#include "Platform/Linux/DisplayStart.h"
 #include "Platform/Linux/InotifyStream.h"
 #include "Platform/Linux/MuteSessionBus.h"
 #include "Platform/Linux/ProcessMemory.h"
@@ -23,6 +24,8 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <memory>
+#include <optional>
 
 /// `tokwatch-widget`: the widget on the desktop. It is a process of its own so that it costs little
 /// and does not go with the application, whose snapshot is all that it reads.
@@ -63,7 +66,9 @@ int run(int argc, char** argv) {
     requireDescriptors(descriptors);
     leaveOutMuteSessionBus();
     stayLean();
+    std::optional<DisplayStart> start("tokwatch-widget");
     QGuiApplication application(argc, argv);
+    start.reset();
     QGuiApplication::setApplicationName(QStringLiteral("Tokwatch"));
     QGuiApplication::setDesktopFileName(QStringLiteral("app.tokwatch"));
     // A menu that closes is no end.
