@@ -11,6 +11,7 @@
 #include <string_view>
 #include <system_error>
 #include <unordered_map>
+#include <utility>
 
 namespace tokwatch {
 namespace {
@@ -307,9 +308,13 @@ void IndexPass::giveUp(std::size_t file, const std::string& reason) {
     unstoredFor[reason].push_back(file);
 }
 
-/// One line for each reason: a full disk has the same one for thousands of files.
-void IndexPass::logUnstored() const {
+/// One line for each reason, once for as long as it lasts: a full disk has the same one for
+/// thousands of files and every few seconds.
+void IndexPass::logUnstored() {
+    const std::set<std::string> before = std::exchange(surroundings.toldTroubles, {});
     for (const auto& [reason, which] : unstoredFor) {
+        surroundings.toldTroubles.insert(reason);
+        if (before.contains(reason)) continue;
         const std::int64_t others = std::ssize(which) - 1;
         logFailure(files[which.front()],
                    reason + (others == 0 ? "" : "; so did " + counted(others, "other file")));

@@ -32,8 +32,9 @@ class IndexPass {
         const Indexer::IngestEvents& ingestEvents;
         const Indexer::ProgressHandler& progress;
         const IndexScope& scope;
-        std::size_t readers;           ///< threads at most that run ahead
-        const std::atomic<bool>& stop; ///< ends the pass after the present slice
+        std::set<std::string>& toldTroubles; ///< why the store took nothing, as the log knows
+        std::size_t readers;                 ///< threads at most that run ahead
+        const std::atomic<bool>& stop;       ///< ends the pass after the present slice
     };
 
     explicit IndexPass(Surroundings given);
@@ -88,7 +89,7 @@ class IndexPass {
     void storeOneByOne();
     void giveUpGroup(const std::string& reason);
     void giveUp(std::size_t file, const std::string& reason);
-    void logUnstored() const;
+    void logUnstored();
     void noteUnfinished();
 
     Surroundings surroundings;

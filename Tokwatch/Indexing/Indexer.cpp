@@ -36,7 +36,8 @@ Indexer::Indexer(std::shared_ptr<UsageStore> usageStore, ProviderLocations place
 IndexOutcome Indexer::pass(const ProgressHandler& progress, const IndexScope& scope,
                            const std::atomic<bool>& stop) {
     const Calendar days = calendar();
-    IndexPass pass({*store, locations, days, now, ingestEvents, progress, scope, readers, stop});
+    IndexPass pass({*store, locations, days, now, ingestEvents, progress, scope, storeTroubles,
+                    readers, stop});
     IndexOutcome outcome = pass.run();
     if (!scope) logListingFailures(pass.listingFailures());
     const IndexStatistics statistics = pass.statistics();

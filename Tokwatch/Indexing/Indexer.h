@@ -14,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -102,6 +103,7 @@ class Indexer {
     IngestEvents ingestEvents;
     std::size_t readers;
     std::vector<std::string> listingFailures; ///< of the last pass over all files
+    std::set<std::string> storeTroubles;      ///< of the last pass
     mutable std::mutex mutex;                 ///< over `last`
     IndexStatistics last;
 };
