@@ -55,15 +55,21 @@ HotKeyState stateAfter(Kind kind) {
     return HotKeyState::unsupported;
 }
 
-/// The shortcut of that name among those that the portal has bound; none where it left that out.
-std::optional<PortalShortcut> shortcutIn(const QVariantMap& results, const QString& id) {
-    const auto listed = results.value(QStringLiteral("shortcuts")).value<QDBusArgument>();
+/// The shortcut of that name among those that the portal lists; none where it left that out.
+std::optional<PortalShortcut> shortcutIn(const QVariant& shortcuts, const QString& id) {
+    const auto listed = shortcuts.value<QDBusArgument>();
     // Of any other shape the toolkit would read past its end.
     if (listed.currentSignature() != QLatin1String("a(sa{sv})")) return std::nullopt;
     const auto all = qdbus_cast<QList<PortalShortcut>>(listed);
     const auto found = std::ranges::find(all, id, &PortalShortcut::id);
     return found == all.end() ? std::nullopt : std::optional(*found);
 }
+
+QString triggerOf(const PortalShortcut& shortcut) {
+    return shortcut.properties.value(QStringLiteral("trigger_description")).toString();
+}
+
+constexpr const char* sessionInterface = "org.freedesktop.portal.Session";
 
 } // namespace
 
@@ -78,6 +84,10 @@ PortalHotKey::PortalHotKey(QDBusConnection sessionBus, Action what)
     bus.connect(PortalRequest::service, PortalRequest::path, PortalRequest::interface,
                 QStringLiteral("Activated"), this,
                 SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+    bus.connect(PortalRequest::service, PortalRequest::path, PortalRequest::interface,
+                QStringLiteral("ShortcutsChanged"), this, SLOT(shortcutsChanged(QDBusMessage)));
+    bus.connect(PortalRequest::service, {}, sessionInterface, QStringLiteral("Closed"), this,
+                SLOT(sessionClosed(QDBusMessage)));
     connect(&watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString&, const QString& before, const QString& now) {
                 portalChanged(before, now);
@@ -128,13 +138,14 @@ void PortalHotKey::sessionMade(const PortalRequest::Answer& answer) {
 
 void PortalHotKey::shortcutsBound(const PortalRequest::Answer& answer) {
     if (answer.kind != Kind::done) return fail(answer.kind);
-    const std::optional<PortalShortcut> shortcut = shortcutIn(answer.results, action.id);
+    const std::optional<PortalShortcut> shortcut =
+        shortcutIn(answer.results.value(QStringLiteral("shortcuts")), action.id);
     if (!shortcut) return fail(Kind::refused);
     forget(session);
     session = std::exchange(nextSession, {});
     wanted.reset();
     pause = firstPause;
-    boundTrigger = shortcut->properties.value(QStringLiteral("trigger_description")).toString();
+    boundTrigger = triggerOf(*shortcut);
     emit settled(HotKeyState::bound);
 }
 
@@ -163,9 +174,9 @@ void PortalHotKey::release() {
 
 void PortalHotKey::forget(QString& which) {
     if (which.isEmpty()) return;
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        PortalRequest::service, std::exchange(which, {}),
-        QStringLiteral("org.freedesktop.portal.Session"), QStringLiteral("Close"));
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(PortalRequest::service, std::exchange(which, {}),
+                                       sessionInterface, QStringLiteral("Close"));
     call.setAutoStartService(false);
     bus.send(call);
 }
@@ -189,6 +200,26 @@ void PortalHotKey::activated(const QDBusObjectPath& of, const QString& id, qulon
                              const QVariantMap& options) {
     if (of.path() == session && id == action.id)
         emit pressed(options.value(QStringLiteral("activation_token")).toString());
+}
+
+/// In the desktop's own settings.
+void PortalHotKey::shortcutsChanged(const QDBusMessage& told) {
+    const QVariantList arguments = told.arguments();
+    if (arguments.size() != 2 || session.isEmpty() ||
+        arguments[0].value<QDBusObjectPath>().path() != session)
+        return;
+    const std::optional<PortalShortcut> shortcut = shortcutIn(arguments[1], action.id);
+    if (!shortcut) return;
+    boundTrigger = triggerOf(*shortcut);
+    if (!wanted) emit settled(HotKeyState::bound);
+}
+
+/// By the desktop or its user.
+void PortalHotKey::sessionClosed(const QDBusMessage& told) {
+    if (session.isEmpty() || told.path() != session) return;
+    session.clear();
+    boundTrigger.clear();
+    if (!wanted) emit settled(HotKeyState::refused);
 }
 
 void PortalHotKey::portalChanged(const QString& before, const QString& now) {

@@ -3,6 +3,7 @@
 #include "KivoHotKeys/GlobalHotKey.h"
 #include "KivoHotKeys/PortalRequest.h"
 
+#include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusServiceWatcher>
 #include <QVariantMap>
@@ -29,6 +30,8 @@ class PortalHotKey final : public GlobalHotKey {
   private slots:
     void activated(const QDBusObjectPath& session, const QString& id, qulonglong time,
                    const QVariantMap& options);
+    void shortcutsChanged(const QDBusMessage& told);
+    void sessionClosed(const QDBusMessage& told);
 
   private:
     static constexpr std::chrono::seconds firstPause{5};

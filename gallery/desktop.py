@@ -212,8 +212,8 @@ class StatusItem:
     def _properties(self, path):
         return dbus.Interface(self.bus.get_object(self.service, path), "org.freedesktop.DBus.Properties")
 
-    def get(self, name):
-        return self._properties("/StatusNotifierItem").Get(ITEM, name)
+    def get(self, name, seconds=25):
+        return self._properties("/StatusNotifierItem").Get(ITEM, name, timeout=seconds)
 
     def call(self, method, x, y):
         dbus.Interface(self.bus.get_object(self.service, "/StatusNotifierItem"), ITEM).get_dbus_method(method)(x, y)

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """A desktop portal that lends hot keys, and answers everybody who wants to bind one with the number given (0 is yes). Says
-what it bound, in another shape if there is a second argument; "press" on its standard input presses it. Each answer has
-somebody else's before it, who says the opposite.
+what it bound, in another shape if there is a second argument; "press" on its standard input presses it, "change" gives it
+another key, "close" takes it back. Each answer has somebody else's before it, who says the opposite.
 """
 
 import sys
@@ -52,16 +52,32 @@ class Portal(dbus.service.Object):
         pass
 
 
+    @dbus.service.signal(INTERFACE, signature="oa(sa{sv})")
+    def ShortcutsChanged(self, session, shortcuts):
+        pass
+
+
+class Session(dbus.service.Object):
+    @dbus.service.signal("org.freedesktop.portal.Session", signature="a{sv}")
+    def Closed(self, details):
+        pass
+
+
 def command(source, _condition):
-    if source.readline().strip() == "press":
+    word = source.readline().strip()
+    if word == "press":
         portal.Activated(dbus.ObjectPath(SESSION), portal.id, 0, {})
-        print("done", flush=True)
+    elif word == "change":
+        portal.ShortcutsChanged(dbus.ObjectPath(SESSION), [(portal.id, {"trigger_description": "Press Meta+U"})])
+    elif word == "close":
+        session.Closed({})
+    print("done", flush=True)
     return True
 
 
 dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 bus, stranger = dbus.SessionBus(), dbus.SessionBus(private=True)
 name = dbus.service.BusName("org.freedesktop.portal.Desktop", bus)
-portal = Portal(bus, "/org/freedesktop/portal/desktop")
+portal, session = Portal(bus, "/org/freedesktop/portal/desktop"), Session(bus, SESSION)
 GLib.io_add_watch(sys.stdin, GLib.IO_IN, command)
 GLib.MainLoop().run()

@@ -101,7 +101,7 @@ def test_x11():
         assert grab(0x74) and not grab(0x75), "the old key was kept, or the new one is not held"
         press("No hot key")
         wait_for("the setting", lambda: chosen() == "")
-        assert grab(0x75), "it was kept"
+        wait_for("it to be given back", lambda: grab(0x75))
         step("takes nonsense for none, and says so")
         choose("hotKey=Ctrl+Nonsense\ntheme=7\npinned=maybe\npanelFrames=1 2 3")
         application.restart()
@@ -123,6 +123,10 @@ def test_portal():
             time.sleep(0.4)
             portal.say("press")
             wait_for("the popover, which takes the tooltip's place", lambda: (item.tooltip == "") == is_open)
+        step("has it no more when the portal takes it back")
+        portal.say("close")
+        portal.say("press")
+        assert item.tooltip != "", "a closed session's key was heard"
         step("asks a portal that starts anew, and takes no for an answer")
         portal.end()
         with Program(portal_program, "0", "odd") as odd:
@@ -137,9 +141,7 @@ def test_portal():
             refusing.process.send_signal(signal.SIGSTOP)
             choose("hotKey=Ctrl+Alt+U")
             time.sleep(0.2)
-            before = time.monotonic()
-            assert item.label is not None
-            assert time.monotonic() - before < 0.5, "it waits"
+            assert item.get("XAyatanaLabel", seconds=4) is not None, "it waits"
             refusing.process.send_signal(signal.SIGCONT)
 
 
