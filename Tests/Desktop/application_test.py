@@ -89,7 +89,7 @@ def check_pinned_panel(item_place, application):
     desktop.move_away()  # the item's tooltip would lie above the panel
     press("Pin the limits")
     pinned = wait_for("the panel", panel)[0]
-    assert not windows(), "the popover stayed open"
+    wait_for("the end of the popover", is_closed)
     at = lambda: (geometry(pinned)["X"], geometry(pinned)["Y"])
     for x, y in (300, 350), (700, 500):
         left, top = at()
@@ -106,14 +106,15 @@ def check_pinned_panel(item_place, application):
     desktop.save("pinned")
     place = wait_for("it to rest", lambda: desktop.twice_the_same(at, 0.5))
     assert place == flicked, f"at {place}, behind the pointer"
-    assert "panelFrames={} {} ".format(*place) in desktop_settings().replace('"', ""), (place, desktop_settings())
+    frame = "panelFrames={} {} ".format(*place)
+    wait_for(f"its place in the settings, {frame}", lambda: frame in desktop_settings().replace('"', ""))
     application.restart()
     pinned = wait_for("the panel again", panel, 30)[0]
     wait_for("its place", lambda: at() == place)
     desktop.click(place[0] + 40, place[1] + 20)
     desktop.key("Escape")
     wait_for("its end", lambda: not panel())
-    assert "pinned=false" in desktop_settings()
+    wait_for("the setting", lambda: "pinned=false" in desktop_settings())
 
 
 def desktop_settings():
@@ -126,12 +127,12 @@ def check_settings(place, item):
     open_by_click(place)
     press("Settings")
     settings = wait_for("the settings window", lambda: windows("Tokwatch Settings"))
-    assert not windows(), "the popover stayed open"
+    wait_for("the end of the popover", is_closed)
     desktop.save("settings")
     press("Panel")
     press("Icon only")
     wait_for("the icon alone", lambda: "%" not in str(item.get("IconAccessibleDesc")))
-    assert preference("menuBarStyle") == "icon"
+    wait_for("the preference", lambda: preference("menuBarStyle") == "icon")
     press("Limit left")
     wait_for("the number again", lambda: "%" in str(item.get("IconAccessibleDesc")))
     tint = preference("tintEnabled")

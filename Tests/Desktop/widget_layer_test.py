@@ -6,6 +6,7 @@
 
 import os
 import sys
+from pathlib import Path
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../gallery"))
 import desktop
@@ -51,8 +52,7 @@ with desktop.Program(sys.argv[1], environment=ENVIRONMENT):
         desktop.move_away()
         rests_at(*to, width, height)
     desktop.save("widget-layer")
-    with open(SETTINGS, encoding="utf-8") as file:
-        assert "400 250 352 168 X11-1" in file.read()
+    wait_for("its place in the settings", lambda: "400 250 352 168 X11-1" in Path(SETTINGS).read_text(encoding="utf-8"))
 with desktop.Program(sys.argv[1], environment=ENVIRONMENT):
     step("comes back to its place, and shows its menu where it was pressed")
     rests_at(400, 250, 352, 168)
