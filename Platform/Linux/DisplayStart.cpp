@@ -20,8 +20,8 @@ void hear(QtMsgType type, const QMessageLogContext& context, const QString& mess
                      reasons.trimmed().toUtf8().constData());
         ::_exit(1);
     }
-    // That a plugin could not be loaded says nothing more than its own words, why.
-    if (qstrcmp(context.category, "qt.qpa.plugin") == 0) return;
+    // That a plugin was found and could not be loaded; its own words say why.
+    if (type == QtInfoMsg && qstrcmp(context.category, "qt.qpa.plugin") == 0) return;
     if (type == QtDebugMsg || type == QtInfoMsg) return usual(type, context, message);
     reasons += (reasons.isEmpty() ? QStringLiteral(": ") : QStringLiteral("; ")) + message;
 }
