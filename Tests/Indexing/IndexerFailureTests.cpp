@@ -18,14 +18,17 @@ struct IndexerFailureTest : IndexerServiceTest {
             return store->ingest(events, calendar);
         };
     }
+    std::vector<PendingFile> pendingLog(const std::string& text) {
+        home.write(claudeLog, text);
+        return {{ProviderID::claude,
+                 findLogFiles(ProviderID::claude, home / ".claude/projects").files.at(0),
+                 {}}};
+    }
 };
 
 TEST_F(IndexerFailureTest, CountsNothingThatIsOpenOfAFileThatWasReplacedMeanwhile) {
-    home.write(claudeLog, ClaudeResponse{.id = "old", .stopReason = "null"}.line() + noise);
-    const std::vector<PendingFile> files{
-        {ProviderID::claude,
-         findLogFiles(ProviderID::claude, home / ".claude/projects").files.at(0),
-         {}}};
+    const std::vector<PendingFile> files =
+        pendingLog(ClaudeResponse{.id = "old", .stopReason = "null"}.line() + noise);
     SliceReader reader(files, time.clock());
     reader.begin(0);
     EXPECT_THAT(reader.next()->events, IsEmpty()) << "it may go on";
@@ -51,6 +54,20 @@ TEST_F(IndexerFailureTest, NeverMovesACursorPastASliceThatIsNotStored) {
         service.reset();
         ingest = {};
         EXPECT_EQ(index().newEvents, responses + 1);
+    }
+}
+
+TEST_F(IndexerFailureTest, WaitsAsLongForAResponseWhereItWasStoppedMeanwhile) {
+    const Date start = time.now();
+    for (const auto& [stated, isHeld] :
+         {std::pair{-1.0, true}, {950.0, true}, {-901.0, false}, {1061.0, false}}) {
+        const std::string newest = formatISO8601(start + Seconds{stated});
+        const std::vector<PendingFile> files =
+            pendingLog(ClaudeResponse{.timestamp = newest, .stopReason = "null"}.line());
+        int calls = 0;
+        SliceReader reader(files, [&] { return start + Seconds{calls++ == 0 ? 0.0 : 1000.0}; });
+        reader.begin(0);
+        EXPECT_EQ(reader.next()->heldUntil.has_value(), isHeld) << stated;
     }
 }
 

@@ -31,7 +31,7 @@ Seconds SliceEvents::patienceFor(std::size_t position) const {
 
 Date SliceEvents::newestLine(std::size_t position, const End& end) const {
     const Date stated = events[position].timestamp;
-    const Date latest = end.now + patience;
+    const Date latest = end.after + patience;
     return stated > latest && end.written <= latest ? end.written : stated;
 }
 
@@ -41,8 +41,8 @@ bool SliceEvents::isOpen(std::size_t position, std::int64_t offset,
         events.size() - position > mostOpen)
         return false;
     if (!end) return true;
-    const Seconds age = end->now - newestLine(position, *end);
-    return age < patienceFor(position) && age >= -patience;
+    const Date newest = newestLine(position, *end);
+    return end->before - newest < patienceFor(position) && newest - end->after <= patience;
 }
 
 std::vector<UsageEvent> SliceEvents::take(std::int64_t offset, const std::optional<End>& end) {

@@ -44,9 +44,12 @@ class SliceEvents {
     /// `offset`: where the line begins in the file, in bytes.
     void add(ClaudeLine line, std::int64_t offset);
 
-    /// At the end of the file, where the age of the newest lines counts, too.
+    /// At the end of the file, where the age of the newest lines counts, too. Two moments, as much
+    /// time may lie between them: of a process that was stopped, of a machine that slept. What came
+    /// meanwhile was not read, or is younger than the first.
     struct End {
-        Date now;
+        Date before;  ///< the file was read
+        Date after;   ///< that
         Date written; ///< when the file was changed
     };
     /// The complete events of what was read, which ends at this offset; those still open stay.

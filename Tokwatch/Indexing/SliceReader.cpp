@@ -115,6 +115,7 @@ Slice SliceReader::read(const PendingFile& pending) {
 }
 
 Slice SliceReader::readLines(const PendingFile& pending) {
+    const Date begun = now();
     JSONLTail::Result read =
         readSlice(pending.file, reached ? reached : pending.cursor, JSONLTail::sliceBytes, buffer);
     // What is open was read from a file that is gone.
@@ -130,7 +131,7 @@ Slice SliceReader::readLines(const PendingFile& pending) {
     reached = std::move(read.cursor);
     slice.cursor = *reached;
     const bool isLast = isAtEnd(pending, slice.bytes);
-    const SliceEvents::End end{now(), modifiedAt(pending.file)};
+    const SliceEvents::End end{begun, now(), modifiedAt(pending.file)};
     slice.events = events.take(reached->offset, isLast ? std::optional(end) : std::nullopt);
     if (const std::optional<SliceEvents::Open> open = events.open()) {
         slice.cursor.offset = open->firstLine;
