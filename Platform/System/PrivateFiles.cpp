@@ -23,8 +23,10 @@ constexpr mode_t permissionBits = 0777;
 constexpr mode_t privateDirectory = 0700;
 constexpr mode_t othersRights = 077;
 constexpr std::chrono::milliseconds lockPause{2};
-/// What mkostemp replaces.
-constexpr std::string_view uniquePart = ".XXXXXX";
+/// What replaces a file is called so until it does, by mkostemp. Of no length that depends on the
+/// file's name, and like nothing that anybody else would call a file beside it.
+constexpr std::string_view replacementName = ".tokwatch-XXXXXX";
+constexpr std::string_view replacementStart = ".tokwatch-";
 
 [[noreturn]] void fail(int error, const std::filesystem::path& path) {
     throw std::system_error(error, std::generic_category(), path.string());
@@ -54,7 +56,7 @@ class ReplacementFile {
     ReplacementFile(std::filesystem::path replaced, mode_t permissions)
         : target(std::move(replaced)) {
         do {
-            path = target.string() + std::string(uniquePart);
+            path = (target.parent_path() / replacementName).string();
             descriptor = FileDescriptor(::mkostemp(path.data(), O_CLOEXEC));
             if (!descriptor.isOpen()) {
                 const int error = errno;
@@ -100,11 +102,8 @@ class ReplacementFile {
     FileDescriptor descriptor;
 };
 
-/// Whether the name is one that a replacement of the target may have had.
-bool isReplacement(const std::string& name, const std::string& target) {
-    return name.size() == target.size() + uniquePart.size() && name.starts_with(target) &&
-           name[target.size()] == uniquePart.front() &&
-           name.find('.', target.size() + 1) == std::string::npos;
+bool isReplacement(const std::string& name) {
+    return name.size() == replacementName.size() && name.starts_with(replacementStart);
 }
 
 void removeIfAbandoned(const std::filesystem::path& path) {
@@ -116,14 +115,13 @@ void removeIfAbandoned(const std::filesystem::path& path) {
         ::unlink(path.c_str());
 }
 
-/// What cannot be listed or removed is no reason not to write.
-void removeAbandoned(const std::filesystem::path& target) {
+/// Of all files in the directory. What cannot be listed or removed is no reason not to write.
+void removeAbandoned(const std::filesystem::path& directory) {
     std::error_code ignored;
     std::vector<std::filesystem::path> found;
-    std::filesystem::directory_iterator entry(target.parent_path(), ignored);
+    std::filesystem::directory_iterator entry(directory, ignored);
     for (; entry != std::filesystem::directory_iterator() && !ignored; entry.increment(ignored)) {
-        if (isReplacement(entry->path().filename().string(), target.filename().string()))
-            found.push_back(entry->path());
+        if (isReplacement(entry->path().filename().string())) found.push_back(entry->path());
     }
     for (const std::filesystem::path& path : found)
         removeIfAbandoned(path);
@@ -135,7 +133,7 @@ void replace(const std::filesystem::path& file, std::string_view contents, mode_
     struct stat status = {};
     if (::stat(real.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) fail(EINVAL, file);
     const ActingAsOwner owner(real.parent_path());
-    removeAbandoned(real);
+    removeAbandoned(real.parent_path());
     ReplacementFile replacement(real, permissions);
     replacement.write(contents);
     replacement.replace();

@@ -147,15 +147,17 @@ TEST(PrivateFiles, AreTheUsersWhoseDirectoryItIsWhenTheAdministratorMakesThem) {
 
 TEST(PrivateFiles, RemoveWhatAKilledWriterLeftButNotWhatOneIsWriting) {
     const testing::TemporaryDirectory home;
-    home.write("note.Ab1z9Z", "killed");
-    home.write("note.old-text", "the user's");
-    const fs::path busy = home.write("note.xxxxxx", "being written");
+    home.write(".tokwatch-Ab1z9Z", "killed");
+    for (const char* name : {"note.backup", "note.sqlite", ".tokwatch-settings", "note.Ab1z9Z"})
+        home.write(name, "the user's");
+    const fs::path busy = home.write(".tokwatch-xxxxxx", "being written");
     const FileDescriptor writer = openPrivately(busy);
     ASSERT_EQ(::flock(writer.get(), LOCK_EX), 0);
     replacePrivately(home / "note", "text");
-    EXPECT_FALSE(fs::exists(home / "note.Ab1z9Z"));
+    EXPECT_FALSE(fs::exists(home / ".tokwatch-Ab1z9Z"));
     EXPECT_TRUE(fs::exists(busy));
-    EXPECT_TRUE(fs::exists(home / "note.old-text"));
+    for (const char* name : {"note.backup", "note.sqlite", ".tokwatch-settings", "note.Ab1z9Z"})
+        EXPECT_TRUE(fs::exists(home / name)) << name;
 }
 
 } // namespace
