@@ -1,5 +1,7 @@
 #include "KivoPaste/FocusedText.h"
 
+#include "Platform/System/MuteBus.h"
+
 #include <QCoroDBusPendingCall>
 #include <QCoroFuture>
 #include <QDBusArgument>
@@ -18,12 +20,13 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace kivo {
 namespace {
 
-constexpr int callMilliseconds = 200;
+constexpr std::chrono::milliseconds callTime{200};
 constexpr std::chrono::milliseconds searchTime{600};
 /// Windows have some hundred objects; documents and sheets in them more than anybody looks through.
 constexpr std::size_t mostObjects = 3000;
@@ -53,7 +56,7 @@ QDBusPendingCall ask(const QDBusConnection& bus, const Accessible& whom, const c
     QDBusMessage call = QDBusMessage::createMethodCall(whom.service, whom.path, interface, method);
     call.setArguments(arguments);
     call.setAutoStartService(false);
-    return bus.asyncCall(call, callMilliseconds);
+    return bus.asyncCall(call, static_cast<int>(callTime.count()));
 }
 
 void appendChildren(const QDBusMessage& reply, std::vector<Accessible>& children) {
@@ -156,23 +159,45 @@ QCoro::Task<Insertion> insertInto(QDBusConnection bus, Accessible target, QStrin
     co_return Insertion::done;
 }
 
-/// Connects to the accessibility bus, which takes as long as its daemon likes: on a thread, and
-/// given up after the time of a call.
+/// A connection to the accessibility bus that is asked for on another thread, as its daemon takes
+/// as long as it likes. Whoever comes last closes it: this thread would wait for the other, and so
+/// would all connections of the process while the library waits for a greeting.
+class PendingConnection {
+  public:
+    explicit PendingConnection(QString itsName) : name(std::move(itsName)) {}
+
+    /// On the other thread.
+    void make(const QString& address) {
+        if (tokwatch::isMuteBus(address.toStdString(), callTime)) return;
+        const bool isConnected = QDBusConnection::connectToBus(address, name).isConnected();
+        const State before = state.exchange(isConnected ? State::connected : State::failed);
+        if (before == State::abandoned) QDBusConnection::disconnectFromBus(name);
+    }
+    /// Whether it is there by now; if not, nobody waits for it any more.
+    bool take() { return state.exchange(State::abandoned) == State::connected; }
+
+  private:
+    enum class State { pending, connected, failed, abandoned };
+    QString name;
+    std::atomic<State> state{State::pending};
+};
+
+/// Given up after the time of a call.
 QCoro::Task<bool> connectInTime(QString address, QString name) {
     const auto ready = std::make_shared<QPromise<void>>();
-    const auto isConnected = std::make_shared<std::atomic<bool>>(false);
+    const auto pending = std::make_shared<PendingConnection>(name);
     ready->start();
-    QThreadPool::globalInstance()->start([ready, isConnected, address, name] {
-        *isConnected = QDBusConnection::connectToBus(address, name).isConnected();
+    QThreadPool::globalInstance()->start([ready, pending, address] {
+        pending->make(address);
         ready->finish();
     });
     QTimer timeUp;
     timeUp.setSingleShot(true);
     QObject::connect(&timeUp, &QTimer::timeout, &timeUp, [ready] { ready->finish(); });
-    timeUp.start(callMilliseconds);
+    timeUp.start(callTime);
     const QFuture<void> done = ready->future();
     co_await done;
-    co_return isConnected->load();
+    co_return pending->take();
 }
 
 QCoro::Task<QString> accessibilityAddress(QDBusConnection session) {
@@ -194,9 +219,9 @@ QCoro::Task<Insertion> insertIntoFocusedText(QDBusConnection session, QString te
     if (address.isEmpty()) co_return Insertion::impossible;
     static int connections = 0;
     const QString name = QStringLiteral("kivo-paste-%1").arg(++connections);
-    const auto disconnect = qScopeGuard([&name] { QDBusConnection::disconnectFromBus(name); });
     const bool isConnected = co_await connectInTime(address, name);
     if (!isConnected) co_return Insertion::impossible;
+    const auto disconnect = qScopeGuard([&name] { QDBusConnection::disconnectFromBus(name); });
     const QDBusConnection bus(name);
     const std::optional<Accessible> target = co_await focusedObject(bus);
     if (!target) co_return Insertion::impossible;
