@@ -165,6 +165,8 @@ TEST_F(UsageStoreTest, SaysWhyTheFileCannotBeOpenedOrWritten) {
     fs::create_symlink("loop", home / "loop");
     EXPECT_EQ(openFailure(home / "loop"), SQLITE_CANTOPEN);
     EXPECT_EQ(openFailure(home.write("broken.sqlite", std::string(5000, 'x'))), SQLITE_NOTADB);
+    sqlite::Connection((home / "others.sqlite").string()).execute("CREATE TABLE mine(a)");
+    EXPECT_EQ(openFailure(home / "others.sqlite"), SQLITE_NOTADB) << "another program's";
     fs::permissions(home.path(), fs::perms{0755});
     fs::permissions(file.parent_path(), fs::perms{0555});
     fs::permissions(file, fs::perms{0444});
@@ -221,10 +223,11 @@ TEST_F(UsageStoreTest, LosesNothingToOtherProcessesThatOpenAndCloseTheFile) {
 }
 
 TEST_F(UsageStoreTest, WaitsForOthersThatOpenANewFileAtTheSameTime) {
-    int tries = 0; // switching the journal's mode fails at once, whatever the patience
-    sqlite::openFile(file, std::chrono::hours(1), [&tries](sqlite::Connection&) {
+    static int tries = 0; // switching the journal's mode fails at once, whatever the patience
+    const auto prepare = [](sqlite::Connection&) {
         if (++tries < 3) throw UsageStoreError(SQLITE_BUSY, "database is locked");
-    });
+    };
+    sqlite::openTables(file, std::chrono::hours(1), {1, "", prepare});
     EXPECT_EQ(tries, 3);
     for (int round = 0; round < 4; ++round) {
         const fs::path fresh = home / (std::to_string(round) + "/usage.sqlite");

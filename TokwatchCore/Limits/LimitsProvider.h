@@ -13,8 +13,9 @@ class LimitsProvider {
   public:
     virtual ~LimitsProvider() = default;
 
-    /// The limits as of now, `fetchedAt` being `now`. Never throws: a failure is the result's
-    /// status, normally without windows.
+    /// The limits as of now: `fetchedAt` is `now`, but of what the assistant wrote into its logs
+    /// lately and nobody had to be asked for. Never throws: a failure is the result's status,
+    /// normally without windows.
     virtual QCoro::Task<ProviderLimits> fetch(Date now) = 0;
 };
 

@@ -83,7 +83,7 @@ struct ProviderLimits {
     std::vector<LimitWindow> windows; ///< in display order
     std::optional<Credits> credits;
     ProviderStatus status = ProviderStatus::unavailable;
-    Date fetchedAt; ///< when this record was made
+    Date fetchedAt; ///< as of when its numbers hold
 
     /// A copy whose live and local windows are stale as of `fetchedAt`; windows already stale keep
     /// their date.

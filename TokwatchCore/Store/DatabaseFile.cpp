@@ -28,21 +28,31 @@ std::filesystem::path createFile(const std::filesystem::path& file) {
     }
 }
 
+bool areMade(Connection& db) {
+    return db.number("PRAGMA user_version") >= 1;
+}
+
+/// Whoever wants to keep other tables in this place shall not find ours among them. In this order,
+/// as another process may be making ours, with their version, at this moment.
+void refuseOthersTables(Connection& db) {
+    if (db.number("SELECT COUNT(*) FROM sqlite_schema") > 0 && !areMade(db))
+        throw UsageStoreError(SQLITE_NOTADB, "the file is another program's database");
+}
+
+} // namespace
+
 void makeTables(Connection& db, const Tables& tables) {
-    const auto areMade = [&db] { return db.number("PRAGMA user_version") >= 1; };
-    if (areMade()) return;
+    refuseOthersTables(db);
+    if (tables.prepare != nullptr) tables.prepare(db);
+    if (areMade(db)) return;
     Transaction transaction(db);
     // Another process may have been as quick to find the new file.
-    if (areMade()) return;
-    // Whoever wants to keep other tables in this place shall not find ours among them.
-    if (db.number("SELECT COUNT(*) FROM sqlite_schema") > 0)
-        throw UsageStoreError(SQLITE_NOTADB, "the file is another program's database");
+    if (areMade(db)) return;
+    refuseOthersTables(db);
     db.execute(tables.schema);
     db.execute(("PRAGMA user_version = " + std::to_string(tables.version)).c_str());
     transaction.commit();
 }
-
-} // namespace
 
 std::filesystem::path realPath(const std::filesystem::path& file) {
     try {
@@ -52,15 +62,17 @@ std::filesystem::path realPath(const std::filesystem::path& file) {
     }
 }
 
-std::unique_ptr<Connection> openFile(const std::filesystem::path& file,
-                                     std::chrono::milliseconds patience,
-                                     const std::function<void(Connection&)>& prepare) {
+std::unique_ptr<Connection> openTables(const std::filesystem::path& file,
+                                       std::chrono::milliseconds patience, const Tables& tables) {
+    std::error_code none;
+    if (std::filesystem::exists(file, none) && !std::filesystem::is_regular_file(file, none))
+        throw UsageStoreError(SQLITE_CANTOPEN, "there is something else than a file in its place");
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (true) {
         try {
             auto db = std::make_unique<Connection>(createFile(file).string(), Access::readWrite,
                                                    patience);
-            prepare(*db);
+            makeTables(*db, tables);
             return db;
         } catch (const UsageStoreError& error) {
             // Switching the journal's mode gives up at once where another process does the same.
@@ -68,14 +80,6 @@ std::unique_ptr<Connection> openFile(const std::filesystem::path& file,
             std::this_thread::sleep_for(std::chrono::milliseconds{5});
         }
     }
-}
-
-std::unique_ptr<Connection> openTables(const std::filesystem::path& file,
-                                       std::chrono::milliseconds patience, const Tables& tables) {
-    std::error_code none;
-    if (std::filesystem::exists(file, none) && !std::filesystem::is_regular_file(file, none))
-        throw UsageStoreError(SQLITE_CANTOPEN, "there is something else than a file in its place");
-    return openFile(file, patience, [&tables](Connection& db) { makeTables(db, tables); });
 }
 
 std::unique_ptr<Connection> openFileForReading(const std::filesystem::path& file,

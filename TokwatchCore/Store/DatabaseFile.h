@@ -5,30 +5,29 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
 
 /// Databases of ours as files. Failures are UsageStoreErrors.
 namespace tokwatch::sqlite {
 
-/// Where the file really is. Refuses to follow another user's links, and links that lead nowhere.
+/// Where the file really is. Refuses to follow another user's links, and such as lead in a circle.
 std::filesystem::path realPath(const std::filesystem::path& file);
-
-/// Opens the database for writing, made private to the user where it is new, and has it prepared:
-/// its schema made, its settings set. Others that do the same, or hold its lock, are waited for as
-/// long as `patience`.
-std::unique_ptr<Connection> openFile(const std::filesystem::path& file,
-                                     std::chrono::milliseconds patience,
-                                     const std::function<void(Connection&)>& prepare);
 
 /// The tables of a database, and the version that it notes of them.
 struct Tables {
     std::int32_t version = 0;
     const char* schema;
+    void (*prepare)(Connection& db) = nullptr; ///< sets what a connection, or a new file, needs
 };
 
-/// Opens a database for writing that holds these tables, made where they are missing. Anything but
-/// a regular file is refused, and so is a database of another program's.
+/// Makes the tables where they are missing. Throws UsageStoreError where there are others, which
+/// are another program's.
+void makeTables(Connection& db, const Tables& tables);
+
+/// Opens a database for writing that holds these tables, made where they are missing, private to
+/// the user where the file is new. Others that do the same, or hold its lock, are waited for as
+/// long as `patience`. Anything but a regular file is refused, and so is a database of another
+/// program's.
 std::unique_ptr<Connection> openTables(const std::filesystem::path& file,
                                        std::chrono::milliseconds patience, const Tables& tables);
 

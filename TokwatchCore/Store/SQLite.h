@@ -21,6 +21,7 @@ class Statement {
 
     /// The text must outlive the last `step`. It may hold NULs.
     Statement& bind(int index, const std::string& text);
+    Statement& bind(int index, std::string&& text) = delete;
     Statement& bind(int index, std::int64_t value);
     Statement& bind(int index, double value);
     Statement& bindNull(int index);
@@ -67,11 +68,13 @@ class Connection {
     /// Runs a script of statements whose rows nobody reads.
     void execute(const char* script);
 
-    /// The statement with this text, prepared once and kept, ready for new bindings. Not to be used
-    /// again before the caller is done with it.
+    /// The statement with this text, which outlives the connection, as literals do: it is prepared
+    /// once and kept, ready for new bindings. Not to be used again before the caller is done with
+    /// it.
     Statement& statement(const char* sql);
 
-    /// The first column of the statement's first row; 0 without one.
+    /// The first column of the first row of the statement, whose text outlives the connection; 0
+    /// without one.
     std::int64_t number(const char* sql);
 
     /// Gives the page cache's memory back.

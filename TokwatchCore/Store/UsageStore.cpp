@@ -51,7 +51,7 @@ constexpr const char* largeCache = "PRAGMA cache_size=-12288";
 /// A batch of so many events is one of a long pass.
 constexpr std::size_t manyEvents = 1'024;
 
-void migrate(sqlite::Connection& db) {
+void prepare(sqlite::Connection& db) {
     // Of a new file. A batch of keys touches most pages of their index, so that half as many of
     // twice the size take half the calls; a single event writes a few, which larger ones would make
     // dear.
@@ -64,18 +64,13 @@ void migrate(sqlite::Connection& db) {
     db.execute(smallCache);
     // Fewer checkpoints write each page less often.
     db.execute("PRAGMA wal_autocheckpoint=4096");
-    if (db.number("PRAGMA user_version") >= 1) return;
-    sqlite::Transaction transaction(db);
-    // Another process may have been as quick to find the new file.
-    if (db.number("PRAGMA user_version") >= 1) return;
-    db.execute(schema);
-    db.execute(("PRAGMA user_version = " + std::to_string(UsageStore::schemaVersion)).c_str());
-    transaction.commit();
 }
+
+constexpr sqlite::Tables usageTables{UsageStore::schemaVersion, schema, prepare};
 
 std::unique_ptr<sqlite::Connection> openInMemory() {
     auto db = std::make_unique<sqlite::Connection>(":memory:");
-    migrate(*db);
+    sqlite::makeTables(*db, usageTables);
     return db;
 }
 
@@ -149,8 +144,8 @@ FileCursor decodeCursorRow(const std::string& path, const std::string& json) {
 }
 
 UsageStore::UsageStore(const std::filesystem::path& path, std::chrono::milliseconds patience)
-    : UsageStore(path,
-                 isInMemory(path) ? openInMemory() : sqlite::openFile(path, patience, migrate)) {
+    : UsageStore(path, isInMemory(path) ? openInMemory()
+                                        : sqlite::openTables(path, patience, usageTables)) {
     if (!isInMemory(path)) identity = identityOf(path);
 }
 
@@ -190,7 +185,8 @@ bool UsageStore::reattach() {
     carryLimits(*db, *meanwhile);
     db = std::move(meanwhile);
     setIdentity(std::nullopt);
-    std::unique_ptr<sqlite::Connection> opened = sqlite::openFile(file, reattachPatience, migrate);
+    std::unique_ptr<sqlite::Connection> opened =
+        sqlite::openTables(file, reattachPatience, usageTables);
     carryLimits(*db, *opened);
     db = std::move(opened);
     setIdentity(identityOf(file));
