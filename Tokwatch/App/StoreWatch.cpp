@@ -7,6 +7,7 @@
 #include <QPointer>
 
 #include <exception>
+#include <string>
 #include <utility>
 
 namespace tokwatch {
@@ -45,19 +46,22 @@ QCoro::Task<> StoreWatch::lookForOthersDoing() {
 
 QCoro::Task<> StoreWatch::reattachOnce() {
     const QPointer<StoreWatch> self(this);
-    const QFuture<bool> reattaching = inBackground(run, [store = store] {
-        try {
-            if (!store->reattach()) return false;
-            systemLog("the usage store has been opened anew");
-            return true;
-        } catch (const std::exception&) {
-            return false; // as before; there is a line on it in the log
-        }
-    });
-    const bool isAnother = co_await reattaching;
+    const QFuture<bool> reattaching =
+        inBackground(run, [store = store] { return store->reattach(); });
+    bool isAnother = false;
+    std::string trouble;
+    try {
+        isAnother = co_await reattaching;
+    } catch (const std::exception& error) {
+        trouble = error.what(); // once; it is tried again and again
+    }
     if (!self) co_return;
     isReattaching = false;
-    if (isAnother) onReattached();
+    if (std::exchange(told, trouble) != trouble && !trouble.empty())
+        systemLog("opening the usage store anew failed: " + trouble);
+    if (!isAnother) co_return;
+    systemLog("the usage store has been opened anew");
+    onReattached();
 }
 
 } // namespace tokwatch

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace tokwatch {
 
@@ -41,6 +42,7 @@ class StoreWatch : public QObject {
     const std::function<void()> onReattached;
     std::optional<std::int64_t> seenVersion;
     bool isReattaching = false;
+    std::string told; ///< why the last try to open it anew failed
 };
 
 } // namespace tokwatch
