@@ -151,6 +151,9 @@ TEST(AlertFile, GoesOnWithWhateverStandsInItsPlace) {
     file.edit([&](ToldAlerts& all) { all.push_back(told); });
     EXPECT_THAT(read(file), ElementsAre(told)) << "kept in memory";
     EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("cannot note what was told")));
+    std::filesystem::remove_all(directory / "alerts.json");
+    read(file);
+    EXPECT_THAT(read(AlertFile(directory.path())), ElementsAre(told)) << "as soon as that goes";
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "TokwatchCore/Records/RecordFields.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
+#include <algorithm>
 #include <system_error>
 #include <utility>
 
@@ -50,33 +51,50 @@ ToldAlerts readTold(const std::filesystem::path& file) {
     return {};
 }
 
+/// Not open where it cannot be had: the processes then go by what the others have noted before.
+FileDescriptor lock(const std::filesystem::path& file, std::chrono::milliseconds patience) {
+    try {
+        return lockPrivately(file, patience);
+    } catch (const std::system_error&) {
+        return FileDescriptor();
+    }
+}
+
+/// Of each subject and kind what was told last.
+ToldAlerts merged(ToldAlerts told, const ToldAlerts& others) {
+    for (const ToldAlert& other : others) {
+        const auto same = std::ranges::find_if(told, [&other](const ToldAlert& one) {
+            return one.subject == other.subject && one.kind == other.kind;
+        });
+        if (same == told.end())
+            told.push_back(other);
+        else if (same->toldAt <= other.toldAt)
+            *same = other;
+    }
+    return told;
+}
+
 } // namespace
 
 AlertFile::AlertFile(std::optional<std::filesystem::path> dataDirectory,
                      std::chrono::milliseconds lockPatience)
-    : directory(std::move(dataDirectory)), patience(lockPatience) {
-    if (!directory) kept.emplace();
-}
+    : directory(std::move(dataDirectory)), patience(lockPatience) {}
 
 void AlertFile::edit(const std::function<void(ToldAlerts&)>& edit) {
     const std::lock_guard guard(mutex);
-    if (kept) return edit(*kept);
-    editInFile(edit);
-}
-
-void AlertFile::editInFile(const std::function<void(ToldAlerts&)>& edit) {
+    if (!directory) return edit(kept);
     const std::filesystem::path file = *directory / "alerts.json";
-    // Without the lock the processes go by what the others have noted before.
-    const FileDescriptor held = lockPrivately(*directory / "alerts.lock", patience);
+    const FileDescriptor held = lock(*directory / "alerts.lock", patience);
     const ToldAlerts before = readTold(file);
-    ToldAlerts after = before;
+    ToldAlerts after = merged(before, kept);
     edit(after);
-    if (after == before) return;
     try {
-        replacePrivately(file, jsonText(encode(after)) + "\n");
+        if (after != before) replacePrivately(file, jsonText(encode(after)) + "\n");
+        kept.clear();
     } catch (const std::system_error& failure) {
-        systemLog(std::string("cannot note what was told (") + failure.what() +
-                  "); after a restart it may be told again");
+        if (kept.empty())
+            systemLog(std::string("cannot note what was told (") + failure.what() +
+                      "); after a restart it may be told again");
         kept = std::move(after);
     }
 }

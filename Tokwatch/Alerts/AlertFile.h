@@ -19,8 +19,8 @@ namespace tokwatch {
 ///
 /// Moments are in seconds since 2001. A file that is not a small regular one of this form counts as
 /// empty; who keeps the lock longer than `patience` is not waited for. What cannot be kept there is
-/// kept in memory, with a line in the log. Usable from any thread, and may wait: not on the main
-/// one.
+/// kept in memory until it can, with a line in the log. Usable from any thread, and may wait: not
+/// on the main one.
 class AlertFile {
   public:
     /// Without a directory everything is kept in memory.
@@ -31,12 +31,10 @@ class AlertFile {
     void edit(const std::function<void(ToldAlerts& told)>& edit);
 
   private:
-    void editInFile(const std::function<void(ToldAlerts& told)>& edit);
-
     const std::optional<std::filesystem::path> directory;
     const std::chrono::milliseconds patience;
-    std::mutex mutex;               ///< within the process
-    std::optional<ToldAlerts> kept; ///< in memory, once the file failed
+    std::mutex mutex; ///< within the process
+    ToldAlerts kept;  ///< in memory, for as long as there is no file that takes it
 };
 
 /// The file beside this database; in memory without any.

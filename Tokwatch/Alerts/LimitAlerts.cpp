@@ -4,12 +4,14 @@
 #include "Tokwatch/App/AppModel.h"
 #include "Tokwatch/Display/RunOuts.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Support/SystemLog.h"
 
 #include <QCoroFuture>
 #include <QPointer>
-#include <QPromise>
 
 #include <algorithm>
+#include <exception>
+#include <string>
 #include <utility>
 
 namespace tokwatch {
@@ -73,7 +75,14 @@ QCoro::Task<> LimitAlerts::tell(AlertSituation situation) {
     const QPointer<LimitAlerts> self(this);
     isTelling = true;
     const QFuture<AlertOutcome> considering = consider(std::move(situation));
-    const AlertOutcome outcome = co_await considering;
+    AlertOutcome outcome;
+    try {
+        outcome = co_await considering;
+    } catch (const std::exception& error) {
+        systemLog(std::string("considering alerts failed: ") + error.what());
+        if (self) isTelling = false;
+        co_return;
+    }
     if (!self) co_return;
     isTelling = false;
     told = outcome.told;
@@ -83,18 +92,15 @@ QCoro::Task<> LimitAlerts::tell(AlertSituation situation) {
 }
 
 QFuture<AlertOutcome> LimitAlerts::consider(AlertSituation situation) const {
-    const auto promise = std::make_shared<QPromise<AlertOutcome>>();
-    promise->start();
-    services.runInBackground([promise, file = services.file, situation = std::move(situation)] {
-        AlertOutcome outcome;
-        file->edit([&](ToldAlerts& noted) {
-            outcome = considerAlerts(situation, noted);
-            noted = outcome.told;
-        });
-        promise->addResult(std::move(outcome));
-        promise->finish();
-    });
-    return promise->future();
+    return inBackground(services.runInBackground,
+                        [file = services.file, situation = std::move(situation)] {
+                            AlertOutcome outcome;
+                            file->edit([&](ToldAlerts& noted) {
+                                outcome = considerAlerts(situation, noted);
+                                noted = outcome.told;
+                            });
+                            return outcome;
+                        });
 }
 
 void LimitAlerts::show(const DueAlert& due) {
