@@ -191,7 +191,8 @@ TEST(CodexLogParser, ReadsUsage) {
 TEST(CodexLogParser, ReadsLimitsAsOfTheirLine) {
     const ProviderLimits limits = limitsOf(tokenCount(
         R"({"primary":{"used_percent":42.5,"window_minutes":300,"resets_at":1773147600},)"
-        R"("secondary":{"used_percent":7},"credits":{"has_credits":true,"unlimited":false,"balance":2.5},)"
+        R"("secondary":{"used_percent":7,"resets_at":1773147600000},)" // milliseconds
+        R"("credits":{"has_credits":true,"unlimited":false,"balance":2.5},)"
         R"("plan_type":"plus"})"));
     const LimitSource then = LimitSource::local(noon);
     EXPECT_EQ(limits,

@@ -2,6 +2,7 @@
 
 #include "TokwatchCore/Ingestion/JSONLine.h"
 #include "TokwatchCore/Ingestion/LeadingType.h"
+#include "TokwatchCore/Records/PlausibleMoment.h"
 #include "TokwatchCore/Support/CheckedArithmetic.h"
 #include "TokwatchCore/Support/ISO8601.h"
 
@@ -142,7 +143,7 @@ void addWindow(std::vector<LimitWindow>& windows, const RateWindow& window, cons
     shown.label = label;
     shown.usedFraction = clampedFraction(*window.usedPercent);
     if (window.windowMinutes) shown.duration = plausibleDuration(*window.windowMinutes * 60);
-    if (window.resetsAt) shown.resetsAt = dateFromUnixSeconds(*window.resetsAt);
+    if (window.resetsAt) shown.resetsAt = plausibleMoment(*window.resetsAt);
     shown.source = LimitSource::local(asOf);
     windows.push_back(std::move(shown));
 }
