@@ -39,15 +39,19 @@ std::string keyOf(absl::CivilDay day) {
     return std::string(text, static_cast<std::size_t>(length));
 }
 
+/// Read once, by whoever asks first, which is at the start.
+std::optional<std::string> zoneVariable() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment by then.
+    const char* named = std::getenv("TZ");
+    return named == nullptr ? std::nullopt : std::optional<std::string>(named);
+}
+
 } // namespace
 
 Calendar::Calendar(std::shared_ptr<const Zone> z) : zone(std::move(z)) {}
 
 Calendar Calendar::current() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment.
-    const char* named = std::getenv("TZ");
-    static LocalZone local(named == nullptr ? std::nullopt : std::optional<std::string>(named),
-                           "/etc/localtime");
+    static LocalZone local(zoneVariable(), "/etc/localtime");
     return local.calendar();
 }
 
