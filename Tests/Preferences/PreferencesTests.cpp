@@ -6,6 +6,7 @@
 #include "Tests/Support/Testing.h"
 #include "Tokwatch/Preferences/AlertPreferences.h"
 
+#include <QFileSystemWatcher>
 #include <QSettings>
 
 #include <sys/stat.h>
@@ -300,7 +301,17 @@ TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
     EXPECT_THAT(windows.value(), IsEmpty());
     std::ofstream(file) << "[General]\nsummaryUnit=tokens\npinnedProvider=grok\n"; // in place
     EXPECT_TRUE(until([&] { return application.preferences.pinnedProvider == grok; }));
+    // Moved to a place for such files, it stays what it was, and nothing takes its place meanwhile.
+    const std::filesystem::path moved = file.parent_path() / "dotfile";
+    QFileSystemWatcher watcher({QString::fromStdString(file.parent_path().string())});
+    bool isSeen = false;
+    QObject::connect(&watcher, &QFileSystemWatcher::directoryChanged, [&] { isSeen = true; });
+    std::filesystem::rename(file, moved);
+    EXPECT_TRUE(until([&] { return isSeen; }));
+    EXPECT_NO_THROW(std::filesystem::create_symlink(moved, file));
+    EXPECT_EQ(application.preferences.pinnedProvider, grok);
     std::filesystem::remove(file);
+    replace("[General]\nsummaryUnit=tokens\n");
     EXPECT_TRUE(until([&] { return application.preferences.pinnedProvider == claude; }));
     EXPECT_EQ(untouched, 0);
 

@@ -70,7 +70,7 @@ std::optional<Date> Preferences::lastPruneAt() const {
 }
 
 void Preferences::setLastPruneAt(Date date) {
-    if (storageIsSound(list.storage)) list.storage.setValue(lastPruneKey, unixSeconds(date));
+    if (prepareStorage(list.storage)) list.storage.setValue(lastPruneKey, unixSeconds(date));
 }
 
 std::unique_ptr<QSettings> userSettings() {

@@ -103,7 +103,7 @@ class Setting final : public AnySetting {
         // What is shown may be a stored value brought into its bounds, hence the look at the
         // file's.
         if (!(taken(entriesOf(settings, name)).first == wanted) || !settings.contains(name)) {
-            if (storageIsSound(settings)) storeSetting(settings, name, wanted);
+            if (prepareStorage(settings)) storeSetting(settings, name, wanted);
             if (siblings.onStore) siblings.onStore();
         }
         chosen.setValue(true);

@@ -36,8 +36,17 @@ void storeProviders(QSettings& settings, const char* key, const auto& providers)
 
 } // namespace
 
+std::filesystem::path fileOf(const QSettings& settings) {
+    return QFile::encodeName(settings.fileName()).toStdString();
+}
+
 bool storageIsSound(const QSettings& settings) {
-    return !settingsObstacle(QFile::encodeName(settings.fileName()).toStdString());
+    return !settingsObstacle(fileOf(settings));
+}
+
+bool prepareStorage(const QSettings& settings) {
+    makeSettingsFile(fileOf(settings));
+    return storageIsSound(settings);
 }
 
 std::optional<std::string> storedText(const QSettings& settings, const char* key) {

@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Preferences/StoredEntries.h"
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,8 +11,13 @@ class QSettings;
 
 namespace tokwatch {
 
+/// Where the settings are kept.
+std::filesystem::path fileOf(const QSettings& settings);
+
 /// Whether settings may be read from and written to their file (`settingsObstacle`).
 bool storageIsSound(const QSettings& settings);
+/// The same before a setting is written, which makes the file where it is missing.
+bool prepareStorage(const QSettings& settings);
 
 /// Text under the key; none when it is missing or not one text.
 std::optional<std::string> storedText(const QSettings& settings, const char* key);

@@ -2,6 +2,7 @@
 
 #include "Platform/System/FileDescriptor.h"
 #include "Platform/System/OwnLinks.h"
+#include "Platform/System/PrivateFiles.h"
 #include "Platform/System/WholeFile.h"
 #include "Tokwatch/Preferences/PlainSettings.h"
 
@@ -47,6 +48,15 @@ SettingsContents readSettings(const std::filesystem::path& file) {
 
 std::optional<std::string> settingsObstacle(const std::filesystem::path& file) {
     return readSettings(file).obstacle;
+}
+
+void makeSettingsFile(const std::filesystem::path& file) {
+    try {
+        makePrivateDirectory(file.parent_path());
+        createPrivately(file);
+    } catch (const std::system_error&) {
+        return;
+    }
 }
 
 std::string writingObstacle(const std::filesystem::path& file) {

@@ -23,6 +23,11 @@ SettingsContents readSettings(const std::filesystem::path& file);
 /// would wait for a pipe, and replace what it could not read.
 std::optional<std::string> settingsObstacle(const std::filesystem::path& file);
 
+/// Makes the settings file and its directory where they are missing, for their owner only:
+/// QSettings keeps the permissions that it finds and would let everybody read a file that it makes.
+/// What fails here fails again when a setting is written.
+void makeSettingsFile(const std::filesystem::path& file);
+
 /// What keeps the file from being written, as the system says it.
 std::string writingObstacle(const std::filesystem::path& file);
 

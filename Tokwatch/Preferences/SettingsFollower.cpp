@@ -1,28 +1,21 @@
 #include "Tokwatch/Preferences/SettingsFollower.h"
 
-#include "Platform/System/PrivateFiles.h"
+#include "Tokwatch/Preferences/SettingCoding.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
 
-#include <system_error>
+#include <chrono>
 #include <utility>
 
 namespace tokwatch {
+namespace {
 
-void makeSettingsFile(const std::filesystem::path& file) {
-    try {
-        makePrivateDirectory(file.parent_path());
-        createPrivately(file);
-    } catch (const std::system_error&) {
-        return;
-    }
-}
+/// Until a directory that is gone is looked for again.
+constexpr std::chrono::seconds pause{5};
 
-std::filesystem::path fileOf(const QSettings& settings) {
-    return QFile::encodeName(settings.fileName()).toStdString();
-}
+} // namespace
 
 SettingsFollower::SettingsFollower(const QSettings& settings, std::function<void()> changed)
     : file(fileOf(settings)) {
@@ -32,18 +25,21 @@ SettingsFollower::SettingsFollower(const QSettings& settings, std::function<void
     };
     QObject::connect(&watcher, &QFileSystemWatcher::directoryChanged, &watcher, again);
     QObject::connect(&watcher, &QFileSystemWatcher::fileChanged, &watcher, again);
+    retry.setSingleShot(true);
+    retry.setInterval(pause);
+    QObject::connect(&retry, &QTimer::timeout, &watcher, again);
     watch();
 }
 
 /// Writers replace the file, which ends the watch on it; the directory's watch tells of the new
-/// one. The file's own is for those who write into it.
+/// one. The file's own is for those who write into it. Nothing is made here: whoever moves the
+/// settings elsewhere and puts a link in their place would find it taken.
 void SettingsFollower::watch() {
-    makeSettingsFile(file);
     const QFileInfo place(QFile::decodeName(file.c_str()));
     const QString directory = place.absolutePath();
-    if (!QFileInfo(directory).isDir()) return; // what stands there cannot be used
+    if (!QFileInfo(directory).isDir()) return retry.start();
     if (!watcher.directories().contains(directory)) watcher.addPath(directory);
-    if (!watcher.files().contains(place.absoluteFilePath()))
+    if (place.exists() && !watcher.files().contains(place.absoluteFilePath()))
         watcher.addPath(place.absoluteFilePath());
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QFileSystemWatcher>
+#include <QTimer>
 
 #include <filesystem>
 #include <functional>
@@ -9,16 +10,8 @@ class QSettings;
 
 namespace tokwatch {
 
-/// Makes the settings file and its directory where they are missing, for their owner only:
-/// QSettings keeps the permissions that it finds and would let everybody read a file that it makes.
-/// What fails here fails again when a setting is written.
-void makeSettingsFile(const std::filesystem::path& file);
-
-/// Where the settings are kept.
-std::filesystem::path fileOf(const QSettings& settings);
-
-/// Tells that a settings file was changed, by whichever process, for as long as it lives. Main
-/// thread; needs an event loop.
+/// Tells that a settings file was changed, by whichever process, for as long as it lives, also
+/// where it comes back after it was moved away. Main thread; needs an event loop.
 class SettingsFollower {
   public:
     SettingsFollower(const QSettings& settings, std::function<void()> changed);
@@ -28,6 +21,7 @@ class SettingsFollower {
 
     const std::filesystem::path file;
     QFileSystemWatcher watcher;
+    QTimer retry;
 };
 
 } // namespace tokwatch

@@ -91,14 +91,18 @@ void SettingsGroup::tellFaults() {
 
 void SettingsGroup::reload() {
     tellFaults();
-    if (!storageIsSound(list.storage)) return; // what was read last holds
+    // What was read last holds, also of a file that is being moved: it may forbid what the defaults
+    // allow.
+    std::error_code none;
+    if (!storageIsSound(list.storage) || !std::filesystem::exists(fileOf(list.storage), none))
+        return;
     list.storage.sync();
     for (AnySetting* setting : list.all)
         setting->reload();
 }
 
 bool SettingsGroup::save() {
-    if (!areKnown() || !storageIsSound(list.storage)) return false;
+    if (!areKnown() || !prepareStorage(list.storage)) return false;
     const ActingAsOwner owner(fileOf(list.storage).parent_path());
     // Another for the same file: one that failed once speaks of that for good.
     QSettings present(list.storage.fileName(), QSettings::IniFormat);

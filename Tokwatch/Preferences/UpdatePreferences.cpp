@@ -49,7 +49,7 @@ UpdatePreferences::Memory UpdatePreferences::memory() const {
 
 void UpdatePreferences::setMemory(const Memory& memory) {
     QSettings& stored = list.storage;
-    if (!storageIsSound(stored)) return;
+    if (!prepareStorage(stored)) return;
     storeDate(stored, lastCheckKey, memory.lastCheck);
     storeDate(stored, lastDateSeenKey, memory.lastDateSeen);
     // In letters alone: line feeds of a document would be escaped twice over.

@@ -37,7 +37,7 @@ std::string WidgetPreferences::frames() const {
 }
 
 void WidgetPreferences::setFrames(std::string_view text) {
-    if (storageIsSound(list.storage)) storeText(list.storage, framesKey, text);
+    if (prepareStorage(list.storage)) storeText(list.storage, framesKey, text);
     list.onStore();
 }
 
