@@ -27,8 +27,10 @@ double largestShare(const std::vector<SummaryDisplay::Row>& rows) {
 
 class SummaryPrinter {
   public:
-    SummaryPrinter(const CommandSurroundings& given, const UsageSummary& s, SummaryUnit u)
-        : surroundings(given), terminal(given.terminal), summary(s), unit(u) {}
+    SummaryPrinter(const CommandSurroundings& given, const UsageSummary& s,
+                   const SummaryOptions& options)
+        : surroundings(given), terminal(given.terminal), summary(s), unit(options.unit),
+          areLogsRead(!options.skipIndex) {}
 
     void print(std::optional<SummaryTable> only) {
         if (summary.tools.empty()) {
@@ -51,6 +53,10 @@ class SummaryPrinter {
     void printEmpty() {
         terminal.line(SummaryTexts::noUsage(summary.days));
         terminal.line();
+        if (!areLogsRead) {
+            terminal.line("The logs were not read: with --no-index what is stored counts.");
+            return;
+        }
         terminal.line("Looked in:");
         const ProviderLocations places = surroundings.locations();
         Table table({{"Tool"}, {"Path"}, {""}});
@@ -126,6 +132,7 @@ class SummaryPrinter {
     Terminal& terminal;
     const UsageSummary& summary;
     SummaryUnit unit;
+    bool areLogsRead;
 };
 
 } // namespace
@@ -145,7 +152,7 @@ int LogCommands::run(const CommandSurroundings& surroundings, const SummaryOptio
     if (surroundings.json) {
         surroundings.terminal.line(jsonText(versioned(encode(summary, DateCoding::iso8601))));
     } else {
-        SummaryPrinter(surroundings, summary, options.unit).print(options.by);
+        SummaryPrinter(surroundings, summary, options).print(options.by);
     }
     return exitOk;
 }

@@ -11,8 +11,8 @@ Item {
     property bool active: false
     readonly property bool isEmpty: view.state.emptyText !== ""
     readonly property bool isWaiting: view.state.isWaiting
-    /// Where few rows fit, what is below them is scrolled with them.
-    readonly property bool isLow: height < 6 * table.rowHeight
+    /// Where few of the rows fit, what is below them is scrolled with them.
+    readonly property bool isLow: height < implicitHeight && height < 6 * table.rowHeight
 
     // What is waited for takes the place of what was there: a window that shrinks to grow again disturbs.
     Binding on implicitHeight {
