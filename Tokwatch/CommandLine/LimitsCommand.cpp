@@ -1,7 +1,19 @@
 #include "Tokwatch/CommandLine/LimitsPrinter.h"
 #include "Tokwatch/CommandLine/StoredCommands.h"
 
+#include <algorithm>
+
 namespace tokwatch {
+namespace {
+
+const char* wayToLimits(const std::vector<ProviderID>& shown) {
+    if (shown.empty()) return "All assistants are switched off (disabledProviders).";
+    const bool isAnyPublished = std::ranges::any_of(
+        shown, [](ProviderID provider) { return traits(provider).publishesLimits; });
+    return isAnyPublished ? "tokwatch limits --refresh asks for them." : "Nobody publishes them.";
+}
+
+} // namespace
 
 int StoredCommands::run(const CommandSurroundings& surroundings, const LimitsOptions& options) {
     surroundings.requireHome();
@@ -10,8 +22,7 @@ int StoredCommands::run(const CommandSurroundings& surroundings, const LimitsOpt
     const LimitsByProvider limits =
         surroundings.limits(*surroundings.openStoreForReading(), settings, shown);
     showLimits(surroundings, settings, limits, shown);
-    if (limits.empty() && !surroundings.json)
-        surroundings.terminal.line("tokwatch limits --refresh asks for them.");
+    if (limits.empty() && !surroundings.json) surroundings.terminal.line(wayToLimits(shown));
     return exitOk;
 }
 

@@ -115,9 +115,10 @@ int SessionCommands::run(const CommandSurroundings& surroundings,
     showLimits(surroundings, plain, limits, shown);
     if (std::ranges::none_of(limits,
                              [](const auto& entry) { return showsSomething(entry.second); }))
-        throw CommandError(isAsked ? "no limits could be obtained"
-                                   : "no assistant with limits was found; tokwatch doctor tells "
-                                     "where they are looked for");
+        throw CommandError(shown.empty() ? "all assistants are switched off (disabledProviders)"
+                           : isAsked     ? "no limits could be obtained"
+                                         : "no assistant with limits was found; tokwatch doctor "
+                                           "tells where they are looked for");
     return exitOk;
 }
 
