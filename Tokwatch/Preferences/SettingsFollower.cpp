@@ -14,20 +14,25 @@ namespace {
 
 /// Until a directory that is gone is looked for again.
 constexpr std::chrono::seconds pause{5};
+/// For which a file stands still that was written: who writes into it has emptied it before.
+constexpr std::chrono::milliseconds settling{250};
 
 } // namespace
 
 SettingsFollower::SettingsFollower(const QSettings& settings, std::function<void()> changed)
     : file(fileOf(settings)) {
-    const auto again = [this, changed = std::move(changed)] {
+    const auto again = [this] {
         watch();
-        changed();
+        rest.start();
     };
     QObject::connect(&watcher, &QFileSystemWatcher::directoryChanged, &watcher, again);
     QObject::connect(&watcher, &QFileSystemWatcher::fileChanged, &watcher, again);
-    retry.setSingleShot(true);
+    for (QTimer* timer : {&retry, &rest})
+        timer->setSingleShot(true);
     retry.setInterval(pause);
     QObject::connect(&retry, &QTimer::timeout, &watcher, again);
+    rest.setInterval(settling);
+    QObject::connect(&rest, &QTimer::timeout, &watcher, std::move(changed));
     watch();
 }
 

@@ -91,11 +91,11 @@ void SettingsGroup::tellFaults() {
 
 void SettingsGroup::reload() {
     tellFaults();
-    // What was read last holds, also of a file that is being moved: it may forbid what the defaults
-    // allow.
+    // What was read last holds, also of a file that is being moved, or was emptied and could not be
+    // written: it may forbid what the defaults allow.
     std::error_code none;
-    if (!storageIsSound(list.storage) || !std::filesystem::exists(fileOf(list.storage), none))
-        return;
+    const std::uintmax_t size = std::filesystem::file_size(fileOf(list.storage), none);
+    if (!storageIsSound(list.storage) || none || size == 0) return;
     list.storage.sync();
     for (AnySetting* setting : list.all)
         setting->reload();
