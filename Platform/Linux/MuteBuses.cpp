@@ -1,4 +1,4 @@
-#include "Platform/Linux/MuteSessionBus.h"
+#include "Platform/Linux/MuteBuses.h"
 
 #include "Platform/System/MuteBus.h"
 #include "TokwatchCore/Support/SystemLog.h"
@@ -9,24 +9,35 @@
 namespace tokwatch {
 namespace {
 
-constexpr const char* addressVariable = "DBUS_SESSION_BUS_ADDRESS";
+struct Bus {
+    const char* name;
+    const char* variable; ///< that has its address
+    std::string usual;    ///< where it is without that
+};
 
 // NOLINTBEGIN(concurrency-mt-unsafe): there are no other threads yet.
-std::string sessionBusAddress() {
-    if (const char* address = std::getenv(addressVariable)) return address;
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    return runtime == nullptr ? std::string() : "unix:path=" + std::string(runtime) + "/bus";
+std::string valueOf(const char* variable, const std::string& fallback) {
+    const char* value = std::getenv(variable);
+    return value == nullptr ? fallback : value;
+}
+
+bool leaveOutIfMute(const Bus& bus, std::chrono::milliseconds patience) {
+    if (!isMuteBus(valueOf(bus.variable, bus.usual), patience)) return false;
+    systemLog(std::string("the ") + bus.name + " bus does not answer and is left out");
+    ::setenv(bus.variable, "unix:path=/dev/null", 1);
+    return true;
 }
 // NOLINTEND(concurrency-mt-unsafe)
 
 } // namespace
 
-bool leaveOutMuteSessionBus(std::chrono::milliseconds patience) {
-    if (!isMuteBus(sessionBusAddress(), patience)) return false;
-    systemLog("the session bus does not answer and is left out");
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): there are no other threads yet.
-    ::setenv(addressVariable, "unix:path=/dev/null", 1);
-    return true;
+bool leaveOutMuteBuses(std::chrono::milliseconds patience) {
+    const std::string runtime = valueOf("XDG_RUNTIME_DIR", "");
+    const Bus session{"session", "DBUS_SESSION_BUS_ADDRESS",
+                      runtime.empty() ? "" : "unix:path=" + runtime + "/bus"};
+    const Bus system{"system", "DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/run/dbus/system_bus_socket"};
+    const bool isSessionMute = leaveOutIfMute(session, patience);
+    return leaveOutIfMute(system, patience) || isSessionMute;
 }
 
 } // namespace tokwatch

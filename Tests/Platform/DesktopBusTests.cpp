@@ -1,6 +1,6 @@
 #include "Platform/Linux/DesktopBus.h"
 
-#include "Platform/Linux/MuteSessionBus.h"
+#include "Platform/Linux/MuteBuses.h"
 #include "Tests/BusSupport/PrivateBus.h"
 #include "Tests/Support/CapturedLog.h"
 #include "Tests/Support/EventLoop.h"
@@ -48,25 +48,26 @@ TEST(DesktopBus, HearsOfTheEndOfSleepAndOfTheNetwork) {
     EXPECT_EQ(returns, 2);
 }
 
-TEST(MuteSessionBus, IsLeftOutAndOneThatAnswersIsNot) {
-    constexpr const char* variable = "DBUS_SESSION_BUS_ADDRESS";
-    const QByteArray usual = qgetenv(variable);
-    const testing::PrivateBus bus;
-    qputenv(variable, bus.address().toUtf8());
-    EXPECT_FALSE(leaveOutMuteSessionBus());
-    EXPECT_EQ(qgetenv(variable), bus.address().toUtf8());
+TEST(MuteBuses, AreLeftOutAndThoseThatAnswerAreNot) {
+    for (const char* variable : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"}) {
+        const QByteArray usual = qgetenv(variable);
+        const testing::PrivateBus bus;
+        qputenv(variable, bus.address().toUtf8());
+        EXPECT_FALSE(leaveOutMuteBuses());
+        EXPECT_EQ(qgetenv(variable), bus.address().toUtf8());
 
-    testing::CapturedLog log;
-    QLocalServer mute;
-    mute.setSocketOptions(QLocalServer::UserAccessOption);
-    const testing::TemporaryDirectory place;
-    const QString path = QString::fromStdString((place / "bus").string());
-    ASSERT_TRUE(mute.listen(path));
-    qputenv(variable, ("unix:path=" + path).toUtf8());
-    EXPECT_TRUE(leaveOutMuteSessionBus(std::chrono::milliseconds{0}));
-    EXPECT_FALSE(QDBusConnection::connectToBus(qgetenv(variable), "left out").isConnected());
-    EXPECT_EQ(log.lines().size(), 1U);
-    qputenv(variable, usual);
+        testing::CapturedLog log;
+        QLocalServer mute;
+        mute.setSocketOptions(QLocalServer::UserAccessOption);
+        const testing::TemporaryDirectory place;
+        const QString path = QString::fromStdString((place / "bus").string());
+        ASSERT_TRUE(mute.listen(path));
+        qputenv(variable, ("unix:path=" + path).toUtf8());
+        EXPECT_TRUE(leaveOutMuteBuses(std::chrono::milliseconds{0}));
+        EXPECT_FALSE(QDBusConnection::connectToBus(qgetenv(variable), "left out").isConnected());
+        EXPECT_EQ(log.lines().size(), 1U);
+        usual.isNull() ? qunsetenv(variable) : qputenv(variable, usual);
+    }
 }
 
 } // namespace

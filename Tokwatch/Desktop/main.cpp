@@ -2,7 +2,7 @@
 
 #include "Platform/Linux/DesktopBus.h"
 #include "Platform/Linux/DisplayStart.h"
-#include "Platform/Linux/MuteSessionBus.h"
+#include "Platform/Linux/MuteBuses.h"
 #include "Platform/Linux/ProcessMemory.h"
 #include "Platform/Linux/ProcessStart.h"
 #include "Platform/Linux/QtScheduler.h"
@@ -51,7 +51,7 @@ int run(int argc, char** argv) {
     tokwatch::ensureUTF8Locale();
     tokwatch::requireThreads(threads);
     tokwatch::requireDescriptors(descriptors);
-    tokwatch::leaveOutMuteSessionBus();
+    tokwatch::leaveOutMuteBuses();
     // Pictures of this size are drawn faster, and in a third of the memory, without a graphics
     // driver.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);

@@ -1,7 +1,7 @@
 #include "KivoLooks/DesktopAppearance.h"
 #include "Platform/Linux/DisplayStart.h"
 #include "Platform/Linux/InotifyStream.h"
-#include "Platform/Linux/MuteSessionBus.h"
+#include "Platform/Linux/MuteBuses.h"
 #include "Platform/Linux/ProcessMemory.h"
 #include "Platform/Linux/ProcessStart.h"
 #include "Platform/Linux/QtScheduler.h"
@@ -64,7 +64,7 @@ int run(int argc, char** argv) {
     ensureUTF8Locale();
     requireThreads(threads);
     requireDescriptors(descriptors);
-    leaveOutMuteSessionBus();
+    leaveOutMuteBuses();
     stayLean();
     std::optional<DisplayStart> start("tokwatch-widget");
     QGuiApplication application(argc, argv);
