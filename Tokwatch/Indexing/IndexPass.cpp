@@ -11,7 +11,6 @@
 #include <string_view>
 #include <system_error>
 #include <unordered_map>
-#include <utility>
 
 namespace tokwatch {
 namespace {
@@ -258,6 +257,7 @@ void IndexPass::flush() {
         if (!events.empty()) addEvents(events);
         if (codexLimitsPending) storeCodexLimits();
         if (!cursors.empty()) surroundings.store.save(cursors);
+        isAnythingStored = isAnythingStored || !events.empty() || !cursors.empty();
     } catch (const UsageStoreError& error) {
         // The lock's holder is not going to be quicker for a single slice, and each try waits.
         if (error.isLocked()) {
@@ -308,13 +308,12 @@ void IndexPass::giveUp(std::size_t file, const std::string& reason) {
     unstoredFor[reason].push_back(file);
 }
 
-/// One line for each reason, once for as long as it lasts: a full disk has the same one for
+/// One line for each reason, once until something can be stored: a full disk has the same one for
 /// thousands of files and every few seconds.
 void IndexPass::logUnstored() {
-    const std::set<std::string> before = std::exchange(surroundings.toldTroubles, {});
+    if (isAnythingStored) surroundings.toldTroubles.clear();
     for (const auto& [reason, which] : unstoredFor) {
-        surroundings.toldTroubles.insert(reason);
-        if (before.contains(reason)) continue;
+        if (!surroundings.toldTroubles.insert(reason).second) continue;
         const std::int64_t others = std::ssize(which) - 1;
         logFailure(files[which.front()],
                    reason + (others == 0 ? "" : "; so did " + counted(others, "other file")));

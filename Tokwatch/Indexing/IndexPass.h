@@ -32,7 +32,7 @@ class IndexPass {
         const Indexer::IngestEvents& ingestEvents;
         const Indexer::ProgressHandler& progress;
         const IndexScope& scope;
-        std::set<std::string>& toldTroubles; ///< why the store took nothing, as the log knows
+        std::set<std::string>& toldTroubles; ///< why the store took nothing, as was told
         std::size_t readers;                 ///< threads at most that run ahead
         const std::atomic<bool>& stop;       ///< ends the pass after the present slice
     };
@@ -103,7 +103,8 @@ class IndexPass {
     std::vector<UsageEvent> events;
     std::optional<ProviderLimits> codexLimits; ///< the newest of this pass
     bool codexLimitsPending = false;           ///< not stored yet
-    Part* present = nullptr;                   ///< whose slices are being taken
+    bool isAnythingStored = false;
+    Part* present = nullptr; ///< whose slices are being taken
     std::int64_t unreadableFiles = 0;
     std::int64_t unreadableFolders = 0;
     std::vector<std::string> unlisted;
