@@ -4,6 +4,7 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
+#include <QRegularExpression>
 #include <QTimer>
 
 #include <algorithm>
@@ -34,11 +35,14 @@ namespace {
 
 using Kind = PortalRequest::Answer::Kind;
 
-/// Portals tell the path of a session as a text.
+/// Portals tell the path of a session as a text; empty where it is no path.
 QString sessionIn(const QVariantMap& results) {
     const QVariant handle = results.value(QStringLiteral("session_handle"));
-    return handle.canConvert<QDBusObjectPath>() ? handle.value<QDBusObjectPath>().path()
-                                                : handle.toString();
+    const QString path = handle.canConvert<QDBusObjectPath>()
+                             ? handle.value<QDBusObjectPath>().path()
+                             : handle.toString();
+    static const QRegularExpression paths(QStringLiteral("^(/[A-Za-z0-9_]+)+$"));
+    return paths.match(path).hasMatch() ? path : QString();
 }
 
 HotKeyState stateAfter(Kind kind) {
@@ -125,6 +129,7 @@ void PortalHotKey::endRequest() {
 void PortalHotKey::sessionMade(const PortalRequest::Answer& answer) {
     if (answer.kind != Kind::done) return fail(answer.kind);
     nextSession = sessionIn(answer.results);
+    if (nextSession.isEmpty()) return fail(Kind::refused);
     const QList<PortalShortcut> shortcuts{
         {action.id,
          {{QStringLiteral("description"), action.description},
@@ -209,9 +214,8 @@ void PortalHotKey::shortcutsChanged(const QDBusMessage& told) {
         arguments[0].value<QDBusObjectPath>().path() != session)
         return;
     const std::optional<PortalShortcut> shortcut = shortcutIn(arguments[1], action.id);
-    if (!shortcut) return;
-    boundTrigger = triggerOf(*shortcut);
-    if (!wanted) emit settled(HotKeyState::bound);
+    boundTrigger = shortcut ? triggerOf(*shortcut) : QString();
+    if (!wanted) emit settled(shortcut ? HotKeyState::bound : HotKeyState::refused);
 }
 
 /// By the desktop or its user.
