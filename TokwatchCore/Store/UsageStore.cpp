@@ -4,6 +4,7 @@
 #include "TokwatchCore/Store/DatabaseFile.h"
 #include "TokwatchCore/Store/EventBatch.h"
 #include "TokwatchCore/Store/SQLite.h"
+#include "TokwatchCore/Store/StoreRows.h"
 
 #include <sqlite3.h>
 #include <sys/stat.h>
@@ -35,10 +36,6 @@ constexpr const char* schema =
 constexpr std::chrono::milliseconds reattachPatience{500};
 
 constexpr const char* saveCursor = "INSERT OR REPLACE INTO cursors(path, json) VALUES(?1, ?2)";
-
-constexpr const char* selectDaily =
-    "SELECT provider, model, day, uncached, cache_read, w5m, w1h, output, reasoning, reported_usd\n"
-    "FROM daily WHERE day >= ?1 AND day <= ?2";
 
 constexpr const char* selectSessions =
     "SELECT provider, day, COUNT(*) FROM sessions WHERE day >= ?1 AND day <= ?2 GROUP BY provider, day";
@@ -93,19 +90,6 @@ void writeLimits(sqlite::Connection& db, const ProviderLimits& limits, ProviderI
         .bind(1, id)
         .bind(2, json)
         .run();
-}
-
-void visitCursorRows(sqlite::Connection& db, const UsageStore::CursorVisitor& visit) {
-    const sqlite::Use query(db.statement("SELECT path, json FROM cursors"));
-    while (query->step())
-        visit(query->textView(0), query->textView(1));
-}
-
-std::unordered_map<std::string, std::string> readCursorTexts(sqlite::Connection& db) {
-    std::unordered_map<std::string, std::string> texts;
-    visitCursorRows(
-        db, [&texts](std::string_view path, std::string_view json) { texts.emplace(path, json); });
-    return texts;
 }
 
 /// Limits that `to` does not know, or only as they were earlier. Mere convenience: what fails is
@@ -336,17 +320,10 @@ UsageSummary UsageStore::summary(std::int64_t days, Date now, const Calendar& ca
     std::vector<SessionCount> sessions;
     {
         const std::lock_guard lock(queue);
-        sqlite::Use daily(db->statement(selectDaily));
+        const sqlite::Use daily(db->statement("SELECT * FROM daily WHERE day >= ?1 AND day <= ?2"));
         daily->bind(1, window.firstKey()).bind(2, window.todayKey);
-        while (daily->step()) {
-            // A provider that a later version of the program knows is not ours to show.
-            const std::optional<ProviderID> provider = providerFromRawValue(daily->text(0));
-            if (!provider) continue;
-            const TokenCounts tokens{daily->integer(3), daily->integer(4), daily->integer(5),
-                                     daily->integer(6), daily->integer(7), daily->integer(8)};
-            rows.push_back({*provider, daily->text(1), daily->text(2), tokens,
-                            daily->isNull(9) ? std::nullopt : std::optional(daily->real(9))});
-        }
+        while (daily->step())
+            if (std::optional<DailyRow> row = dailyRowIn(daily)) rows.push_back(*std::move(row));
         sqlite::Use counts(db->statement(selectSessions));
         counts->bind(1, window.firstKey()).bind(2, window.todayKey);
         while (counts->step()) {
