@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 
 namespace tokwatch {
 namespace {
@@ -185,15 +186,18 @@ QFuture<std::optional<UsageSummary>> AppModel::summaryOf(std::int64_t days) cons
 QFuture<void> AppModel::writeSnapshot() const {
     return inBackground(
         surroundings.runInBackground,
-        [store = surroundings.snapshots,
+        [store = surroundings.snapshots, told = snapshotTrouble,
          snapshot = Snapshot::make(summary(), limits(), surroundings.preferences.enabledProviders(),
                                    surroundings.now(), calendar())] {
             try {
                 store.write(snapshot);
+                told->clear();
             } catch (const SnapshotStore::NoContainer&) {
                 // Without a shared directory there is no widget to write for.
             } catch (const std::exception& error) {
-                systemLog("writing the widget snapshot failed: " + what(error));
+                const std::string reason = what(error);
+                if (std::exchange(*told, reason) != reason)
+                    systemLog("writing the widget snapshot failed: " + reason);
             }
         });
 }

@@ -163,6 +163,8 @@ class AppModel : public QObject {
 
     Role ownRole = Role::showing;
     CoalescedTask publishing;
+    /// Why the last snapshot could not be written: told once. Of the one that is writing.
+    std::shared_ptr<std::string> snapshotTrouble = std::make_shared<std::string>();
     CoalescedTask passing; ///< for changed files; passes that somebody asked for run besides
     PassRequests requests; ///< for the next of those passes
     LogWatch logWatch;

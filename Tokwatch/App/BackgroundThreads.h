@@ -1,8 +1,10 @@
 #pragma once
 
-#include "Tokwatch/App/BoundedQueue.h"
-
+#include <condition_variable>
+#include <deque>
 #include <functional>
+#include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -24,9 +26,14 @@ class BackgroundThreads {
     void run(std::function<void()> work);
 
   private:
+    /// Waits for it; none when all is done and nothing more comes.
+    std::optional<std::function<void()>> next();
     void finish();
 
-    BoundedQueue<std::function<void()>> waiting;
+    std::mutex mutex; ///< over what is waiting, and whether this ends
+    std::condition_variable changed;
+    std::deque<std::function<void()>> waiting;
+    bool isEnding = false;
     std::vector<std::thread> threads;
 };
 
