@@ -81,6 +81,7 @@ TEST(TableText, QuotesWhatACSVReaderWouldMistake) {
                                          {"@bell\a", "\"'@bell \""},
                                          {"\u202Eevil", "\" evil\""},
                                          {"模型-😀", "模型-😀"},
+                                         {"＝1", "'＝1"},
                                          {"", ""}}) {
         const TableText table{{{"Model"}, {"Tokens"}}, {{QString::fromUtf8(field), "7"}}};
         EXPECT_EQ(table.csv().toStdString(), std::string("Model,Tokens\r\n") + written + ",7\r\n");

@@ -1,5 +1,6 @@
 #include "TokwatchCore/Support/PlainText.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdio>
@@ -76,7 +77,10 @@ std::string validUTF8(std::string_view text) {
 }
 
 bool isFormula(std::string_view text) {
-    return text.find_first_of("=+-@") == 0;
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    constexpr std::array<std::string_view, 8> signs{"=", "+", "-", "@", "＝", "＋", "－", "＠"};
+    return std::ranges::any_of(signs,
+                               [text](std::string_view sign) { return text.starts_with(sign); });
 }
 
 std::string boundedName(std::string name, std::size_t most) {
