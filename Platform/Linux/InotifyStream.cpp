@@ -14,7 +14,6 @@
 #include <cmath>
 #include <ctime>
 #include <exception>
-#include <filesystem>
 #include <system_error>
 #include <utility>
 
@@ -40,13 +39,6 @@ std::string threadName() {
     constexpr std::size_t longestName = 15; // the kernel's limit
     const std::size_t lastWord = directoryWatcherLabel.rfind('.') + 1;
     return std::string(directoryWatcherLabel.substr(lastWord, longestName));
-}
-
-std::filesystem::path nearestExisting(std::filesystem::path path) {
-    std::error_code ignored;
-    while (!std::filesystem::is_directory(path, ignored) && path.has_relative_path())
-        path = path.parent_path();
-    return path;
 }
 
 } // namespace
@@ -82,7 +74,7 @@ InotifyStream::~InotifyStream() {
 void InotifyStream::run(timespec start) {
     pthread_setname_np(pthread_self(), threadName().c_str());
     try {
-        openMissingRoots(start);
+        followRoots(start);
         while (wait()) {
             readEvents();
             if (!batch.empty() && Steady::now() >= due) deliver();
@@ -150,13 +142,9 @@ void InotifyStream::readEvents() {
 }
 
 void InotifyStream::handle(const inotify_event& event) {
-    if (watches->isGuard(event.wd)) openMissingRoots();
-    if (event.mask & IN_MOVE_SELF) watches->remove(event.wd);
-    if (event.mask & (IN_MOVE_SELF | IN_IGNORED)) {
-        watches->forget(event.wd);
-        loseRoot(event.wd);
-        return;
-    }
+    if (event.mask & IN_IGNORED) watches->forget(event.wd);
+    const bool isGone = event.mask & (IN_MOVE_SELF | IN_IGNORED);
+    if ((isGone && isRoot(event.wd)) || watches->isOfGuards(event)) followRoots();
     const auto directory = watches->path(event.wd);
     if (!directory || event.len == 0) return;
     const std::string name = event.name; // padded with zeros
@@ -183,7 +171,7 @@ void InotifyStream::startOver() {
     watches.emplace(watchLimit);
     for (Root& root : roots)
         root.watch.reset();
-    openMissingRoots();
+    followRoots();
     rescanEverything();
 }
 
@@ -202,39 +190,37 @@ void InotifyStream::rescanEverything() {
 
 // Roots
 
-void InotifyStream::openMissingRoots(std::optional<timespec> since) {
+void InotifyStream::followRoots(std::optional<timespec> since) {
     watches->removeGuards();
     for (Root& root : roots) {
-        // Guarding before looking again, so that nothing appears between the two.
-        while (!root.watch && !openRoot(root, since)) {
-            const std::filesystem::path place = nearestExisting(root.given);
-            const bool isGuarded = place != root.given && watches->guard(place.string());
-            if (!isGuarded || nearestExisting(root.given) == place) break;
-        }
+        const std::optional<std::string> path = watches->guard(root.given);
+        if (root.watch && (path != root.path || !watches->isInPlace(*root.watch))) closeRoot(root);
+        if (!root.watch && path) openRoot(root, *path, since);
     }
     checkExhaustion();
 }
 
-bool InotifyStream::openRoot(Root& root, std::optional<timespec> since) {
-    const auto report = [this, since](int directory, const char* name, const std::string& path) {
+void InotifyStream::openRoot(Root& root, const std::string& path, std::optional<timespec> since) {
+    const auto report = [this, since](int directory, const char* name, const std::string& file) {
         struct stat status {};
         if (since && fstatat(directory, name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
             isAtOrAfter(status.st_mtim, *since))
-            add(path);
+            add(file);
     };
-    root.watch = watches->addRoot(root.given, report);
-    if (!root.watch) return false;
-    root.path = watches->path(*root.watch).value_or(root.given);
-    if (!since) add(root.path, true);
-    return true;
+    root.watch = watches->addRoot(path, report);
+    if (!root.watch) return;
+    root.path = path;
+    if (!since) add(path, true);
 }
 
-void InotifyStream::loseRoot(int watch) {
-    const auto lost = std::ranges::find(roots, std::optional(watch), &Root::watch);
-    if (lost == roots.end()) return;
-    lost->watch.reset();
-    add(lost->path, true);
-    openMissingRoots();
+void InotifyStream::closeRoot(Root& root) {
+    watches->remove(*root.watch);
+    root.watch.reset();
+    add(root.path, true);
+}
+
+bool InotifyStream::isRoot(int watch) const {
+    return std::ranges::find(roots, std::optional(watch), &Root::watch) != roots.end();
 }
 
 } // namespace tokwatch

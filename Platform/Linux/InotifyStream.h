@@ -20,9 +20,10 @@ namespace tokwatch {
 /// happens.
 ///
 /// Directories that appear are watched with all below them, and the files that were in them before
-/// are reported. Directories may be missing, vanish and come back. What cannot be known for sure,
-/// because events were lost or there are too many directories to watch, is reported as a rescan of
-/// all directories and logged, once for each reason.
+/// are reported. Directories may be missing, vanish and come back, also as others: when a directory
+/// above is renamed, or a symbolic link on the way leads elsewhere. Mounting tells nothing. What
+/// cannot be known for sure, because events were lost or there are too many directories to watch,
+/// is reported as a rescan of all directories and logged, once for each reason.
 class InotifyStream final : public FileEventStream {
   public:
     /// Null, with a line in the log, when the system has no inotify instance left.
@@ -54,11 +55,13 @@ class InotifyStream final : public FileEventStream {
     void handle(const inotify_event& event);
     void handleDirectory(int parent, unsigned mask, const std::string& name);
     void startOver();
-    /// Opens what exists of the missing roots and guards the places where the others may appear.
-    /// Reports files that were written at `since` or later, or without it the roots as a whole.
-    void openMissingRoots(std::optional<timespec> since = {});
-    bool openRoot(Root& root, std::optional<timespec> since);
-    void loseRoot(int watch);
+    /// Opens the directories that the roots' paths lead to by now, instead of those that they led
+    /// to, and guards the ways there. Reports files that were written at `since` or later, or
+    /// without it the roots as a whole.
+    void followRoots(std::optional<timespec> since = {});
+    void openRoot(Root& root, const std::string& path, std::optional<timespec> since);
+    void closeRoot(Root& root);
+    bool isRoot(int watch) const;
     void checkExhaustion();
     void add(std::string path, bool isRescan = false);
     void rescanEverything();

@@ -16,8 +16,12 @@
 namespace tokwatch {
 namespace {
 
-constexpr unsigned contentEvents =
-    IN_CREATE | IN_MODIFY | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_EXCL_UNLINK | IN_ONLYDIR;
+constexpr unsigned contentEvents = IN_CREATE | IN_MODIFY | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE |
+                                   IN_EXCL_UNLINK | IN_ONLYDIR | IN_DONT_FOLLOW;
+constexpr unsigned rootEvents = contentEvents | IN_MOVE_SELF;
+constexpr unsigned guardEvents =
+    IN_CREATE | IN_MOVED_TO | IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW;
+constexpr int mostLinks = 40; ///< on a path's way, as the kernel has it
 
 using OpenDirectory = std::unique_ptr<DIR, decltype([](DIR* directory) { closedir(directory); })>;
 
@@ -41,20 +45,24 @@ InotifyWatches::InotifyWatches(std::size_t mostWatches)
     if (!inotify.isOpen()) throw std::system_error(errno, std::generic_category(), "inotify");
 }
 
-std::optional<int> InotifyWatches::addRoot(const std::string& given, const OnFile& onFile) {
-    std::error_code error;
-    const std::string real = std::filesystem::canonical(given, error).string();
-    if (error) return std::nullopt;
-    const auto added = watch(real, contentEvents | IN_MOVE_SELF, {none, real});
-    if (added) addBelow(*added, real, onFile);
+std::optional<int> InotifyWatches::addRoot(const std::string& full, const OnFile& onFile) {
+    const auto added = watch(full, rootEvents, {none, full});
+    if (added) addBelow(*added, full, onFile);
     return added;
+}
+
+bool InotifyWatches::isInPlace(int root) const {
+    const auto full = path(root);
+    // A directory has one watch, however often it is asked for.
+    return full &&
+           inotify_add_watch(inotify.get(), full->c_str(), rootEvents | IN_MASK_ADD) == root;
 }
 
 void InotifyWatches::add(int parent, const std::string& name, const OnFile& onFile) {
     const auto above = path(parent);
     if (!above) return;
     const std::string full = joined(*above, name);
-    const auto added = watch(full, contentEvents | IN_DONT_FOLLOW, {parent, name});
+    const auto added = watch(full, contentEvents, {parent, name});
     if (added) addBelow(*added, full, onFile);
 }
 
@@ -94,8 +102,7 @@ void InotifyWatches::addBelow(int top, const std::string& topPath, const OnFile&
                 onFile(dirfd(open.get()), entry->d_name, full);
                 continue;
             }
-            const auto added =
-                watch(full, contentEvents | IN_DONT_FOLLOW, {current, std::string(name)});
+            const auto added = watch(full, contentEvents, {current, std::string(name)});
             if (added) unread.emplace_back(*added, std::move(full));
         }
     }
@@ -139,17 +146,52 @@ bool InotifyWatches::isWithin(int watch, int ancestor) const {
     return true;
 }
 
-bool InotifyWatches::guard(const std::string& directory) {
-    // A directory may be watched for its own sake too; the guard adds to that.
-    const int added = inotify_add_watch(inotify.get(), directory.c_str(),
-                                        IN_CREATE | IN_MOVED_TO | IN_ONLYDIR | IN_MASK_ADD);
-    if (added < 0) return false;
-    guards.insert(added);
-    return true;
+std::optional<std::string> InotifyWatches::guard(const std::string& given) {
+    std::error_code error;
+    std::filesystem::path place = "/";
+    std::vector<std::filesystem::path> ahead; // the next name last
+    const auto lead = [&ahead](const std::filesystem::path& way) {
+        const std::vector<std::filesystem::path> names(way.begin(), way.end());
+        ahead.insert(ahead.end(), names.rbegin(), names.rend());
+    };
+    lead(std::filesystem::absolute(given, error));
+    for (int links = 0; !ahead.empty();) {
+        const std::filesystem::path name = std::move(ahead.back());
+        ahead.pop_back();
+        if (name.empty() || name == ".") continue;
+        if (name.is_absolute() || name == "..") {
+            place = name.is_absolute() ? name : place.parent_path();
+            continue;
+        }
+        // Guarded before it is looked at, so that nothing changes between the two. A directory may
+        // be watched for its own sake, too; the guard adds to that.
+        const int guarded =
+            inotify_add_watch(inotify.get(), place.c_str(), guardEvents | IN_MASK_ADD);
+        if (guarded >= 0) guards[guarded].insert(name.string());
+        const std::filesystem::path next = place / name;
+        const std::filesystem::file_status status = std::filesystem::symlink_status(next, error);
+        if (std::filesystem::is_symlink(status)) {
+            const std::filesystem::path target = std::filesystem::read_symlink(next, error);
+            if (error || ++links > mostLinks) return std::nullopt;
+            lead(target);
+        } else if (std::filesystem::is_directory(status)) {
+            place = next;
+        } else {
+            return std::nullopt;
+        }
+    }
+    return place.string();
+}
+
+bool InotifyWatches::isOfGuards(const inotify_event& event) const {
+    const auto found = guards.find(event.wd);
+    if (found == guards.end()) return false;
+    return (event.mask & (IN_MOVE_SELF | IN_IGNORED)) ||
+           (event.len > 0 && found->second.contains(event.name));
 }
 
 void InotifyWatches::removeGuards() {
-    for (const int each : std::exchange(guards, {}))
+    for (const auto& [each, names] : std::exchange(guards, {}))
         if (!directories.contains(each)) inotify_rm_watch(inotify.get(), each);
 }
 

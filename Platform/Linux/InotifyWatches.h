@@ -5,11 +5,14 @@
 #include <cstddef>
 #include <functional>
 #include <limits>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <unordered_map>
 #include <utility>
+
+struct inotify_event;
 
 namespace tokwatch {
 
@@ -26,9 +29,11 @@ class InotifyWatches {
     /// Readable when there are events.
     int descriptor() const { return inotify.get(); }
 
-    /// Watches the directory, through symbolic links, with all directories below it. None when it
-    /// cannot be watched.
+    /// Watches the directory, whose path has no symbolic links, with all directories below it. None
+    /// when it cannot be watched.
     std::optional<int> addRoot(const std::string& path, const OnFile& onFile);
+    /// Whether the directory that is watched as a root is the one at the root's path.
+    bool isInPlace(int root) const;
     /// Watches a directory in a watched one, with all below it.
     void add(int parent, const std::string& name, const OnFile& onFile);
     /// Ends the watches of a directory that was moved away, and of all below it.
@@ -39,9 +44,12 @@ class InotifyWatches {
     /// The directory's path without symbolic links; none for watches that have ended.
     std::optional<std::string> path(int watch) const;
 
-    /// Watches for what appears directly in the directory; false when it cannot be watched.
-    bool guard(const std::string& directory);
-    bool isGuard(int watch) const { return guards.contains(watch); }
+    /// Where the path leads by now, through symbolic links; none where that is no directory. What
+    /// may change that is watched from then on: each directory on the way, for its own move and for
+    /// what appears in it under the next name. The few that cannot be watched are passed over.
+    std::optional<std::string> guard(const std::string& path);
+    /// Whether a guarded path may lead elsewhere since the event.
+    bool isOfGuards(const inotify_event& event) const;
     void removeGuards();
 
     /// Whether since the last call a directory could not be watched because there are too many.
@@ -62,7 +70,7 @@ class InotifyWatches {
     std::size_t limit;
     FileDescriptor inotify;
     std::unordered_map<int, Directory> directories; ///< by watch
-    std::set<int> guards;
+    std::map<int, std::set<std::string>> guards;    ///< by watch, the names on the way
     bool exhausted = false;
 };
 

@@ -2,12 +2,14 @@
 
 #include "Tests/Support/CapturedLog.h"
 #include "Tests/Support/TemporaryDirectory.h"
+#include "Tokwatch/Watching/DirectoryWatcher.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <condition_variable>
 #include <fstream>
+#include <functional>
 #include <mutex>
 
 namespace tokwatch {
@@ -156,6 +158,91 @@ TEST_F(InotifyStreamTest, FindsRootsThatVanishAndComeBack) {
     received.clear();
     home.append(".codex/sessions/2026/a.jsonl", "line\n");
     EXPECT_TRUE(received.has(late / "2026/a.jsonl"));
+}
+
+/// A root .claude/projects, as a watcher over a stream has it.
+struct Way {
+    using Step = std::function<void(const fs::path& home)>;
+    const char* what;
+    const char* file; ///< there at first
+    Step prepare;
+    Step change;
+    const char* end; ///< the root in the end, without links, where a log appears
+};
+
+void followRoot(const Way& way, bool atOnce) {
+    const testing::TemporaryDirectory directory;
+    const fs::path home = fs::canonical(directory.path());
+    directory.write(way.file, "line\n");
+    way.prepare(home);
+    fs::create_directory(home / "marks");
+    Received received;
+    DirectoryWatcher watcher(
+        {home / ".claude/projects", home / "marks"}, Seconds{0.001},
+        [&](const std::vector<std::string>& paths) {
+            for (const std::string& path : paths)
+                received.add({{path}});
+        },
+        InotifyStream::open);
+    int marks = 0;
+    const auto settle = [&] {
+        ASSERT_TRUE(received.has(directory.write("marks/" + std::to_string(++marks), "").string()));
+    };
+    watcher.start();
+    settle();
+    way.change(home);
+    if (!atOnce) settle();
+    const std::string log = std::string(way.end) + "/project/new.jsonl";
+    directory.write(log, "line\n");
+    ASSERT_TRUE(received.has(home / way.end)) << "all that is there by now";
+    settle();
+    received.clear();
+    directory.append(log, "line\n");
+    EXPECT_TRUE(received.has(home / log));
+    settle();
+    received.clear();
+    directory.write("old/projects/a.jsonl", "line\n");
+    directory.write("old/claude/projects/a.jsonl", "line\n");
+    settle();
+    EXPECT_THAT(received.all(), Each(Field(&FileEvent::path, HasSubstr("/marks/"))));
+}
+
+TEST(InotifyRootTest, IsFollowedToWhereItsPathLeads) {
+    const auto nothing = [](const fs::path&) {};
+    const auto link = [](const fs::path& home) {
+        fs::create_directory_symlink("dotfiles/claude", home / ".claude");
+    };
+    const auto rename = [](const char* folder) {
+        return [folder](const fs::path& home) { fs::rename(home / folder, home / "old"); };
+    };
+    const char* const usual = ".claude/projects/a.jsonl";
+    const char* const behindLink = "dotfiles/claude/projects/a.jsonl";
+    for (const Way& way : {
+             Way{"a folder above is renamed", usual, nothing, rename(".claude"),
+                 ".claude/projects"},
+             Way{"a folder above is renamed while there is no root", ".claude/x", nothing,
+                 rename(".claude"), ".claude/projects"},
+             Way{"the root is moved, with a link in its place", usual, nothing,
+                 [](const fs::path& home) {
+                     fs::rename(home / ".claude/projects", home / "big");
+                     fs::create_directory_symlink("../big", home / ".claude/projects");
+                 },
+                 "big"},
+             Way{"a link above is replaced", behindLink, link,
+                 [](const fs::path& home) {
+                     fs::remove(home / ".claude");
+                     fs::create_directory_symlink(home / "other", home / ".claude");
+                 },
+                 "other/projects"},
+             Way{"a folder that a link leads through is renamed", behindLink, link,
+                 rename("dotfiles"), "dotfiles/claude/projects"},
+             Way{"a link leads nowhere at first", "x", link, nothing, "dotfiles/claude/projects"},
+         }) {
+        for (const bool atOnce : {false, true}) {
+            SCOPED_TRACE(way.what + std::string(atOnce ? ", at once" : ""));
+            followRoot(way, atOnce);
+        }
+    }
 }
 
 TEST_F(InotifyStreamTest, DeliversEachPathOnceABatchEvenUnderASteadyStream) {

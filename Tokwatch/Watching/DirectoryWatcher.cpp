@@ -20,6 +20,11 @@ std::string_view withoutTrailingSlash(std::string_view path) {
     return path;
 }
 
+bool isBelow(std::string_view root, std::string_view path) {
+    if (root == "/") return path.starts_with('/');
+    return path.starts_with(root) && (path.size() == root.size() || path[root.size()] == '/');
+}
+
 } // namespace
 
 DirectoryWatcher::DirectoryWatcher(std::vector<std::filesystem::path> watched,
@@ -35,9 +40,6 @@ DirectoryWatcher::~DirectoryWatcher() {
 void DirectoryWatcher::start() {
     if (isRunning() || paths.empty()) return;
     stream.reset();
-    if (roots.empty())
-        for (const std::filesystem::path& path : paths)
-            roots.emplace_back(withoutTrailingSlash(resolved(path)));
     std::vector<std::string> watched;
     for (const std::filesystem::path& path : paths)
         watched.push_back(path.string());
@@ -49,19 +51,20 @@ void DirectoryWatcher::stop() {
 }
 
 void DirectoryWatcher::handle(const std::vector<FileEvent>& batch) const {
+    // Anew each time: links may lead elsewhere since the last.
+    std::vector<std::string> roots;
+    for (const std::filesystem::path& path : paths)
+        roots.emplace_back(withoutTrailingSlash(resolved(path)));
+    const auto isBelowRoots = [&roots](std::string_view path) {
+        return std::ranges::any_of(roots,
+                                   [path](std::string_view root) { return isBelow(root, path); });
+    };
     std::vector<std::string> changed;
     std::unordered_set<std::string_view> seen;
     for (const FileEvent& event : batch)
         if (isBelowRoots(withoutTrailingSlash(event.path)) && seen.insert(event.path).second)
             changed.push_back(event.path);
     if (!changed.empty()) onChange(std::move(changed));
-}
-
-bool DirectoryWatcher::isBelowRoots(std::string_view path) const {
-    return std::ranges::any_of(roots, [path](std::string_view root) {
-        if (root == "/") return path.starts_with('/');
-        return path.starts_with(root) && (path.size() == root.size() || path[root.size()] == '/');
-    });
 }
 
 } // namespace tokwatch

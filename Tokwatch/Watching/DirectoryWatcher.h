@@ -6,7 +6,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace tokwatch {
@@ -35,13 +34,11 @@ class DirectoryWatcher {
 
   private:
     void handle(const std::vector<FileEvent>& batch) const;
-    bool isBelowRoots(std::string_view path) const;
 
     const std::vector<std::filesystem::path> paths;
     const Seconds latency;
     const OnChange onChange;
     const OpenFileEventStream open;
-    std::vector<std::string> roots; ///< the paths without symbolic links; kept from the first start
     std::unique_ptr<FileEventStream> stream;
 };
 
