@@ -82,9 +82,17 @@ TEST_F(AppModelTest, WatchesTheRootsAndLooksAroundEveryFiveMinutesAndAfterSleep)
     home.write(".codex/sessions/2026/x.jsonl", "");
     change({(home / ".codex/sessions").string()});
     finishAllPasses();
-    EXPECT_EQ(watch.started, 3) << "it may be a link";
+    EXPECT_EQ(watch.started, 3) << "one that appears may be unheard of";
     EXPECT_EQ(watch.ended, 2);
     EXPECT_THAT(model->present(), ElementsAre(ProviderID::claude, ProviderID::codex));
+    std::filesystem::rename(home / ".codex/sessions", home / "old");
+    home.write(".codex/sessions/2026/x.jsonl", "");
+    advance(300);
+    finishAllPasses();
+    EXPECT_EQ(watch.started, 4) << "another directory in the place of one";
+    advance(300);
+    finishAllPasses();
+    EXPECT_EQ(watch.started, 4);
 }
 
 TEST_F(AppModelTest, PublishesTheLimitsServicesResultsWhenTheyDiffer) {

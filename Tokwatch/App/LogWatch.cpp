@@ -4,6 +4,10 @@
 
 #include <QPointer>
 
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -21,13 +25,9 @@ LogWatch::LogWatch(ProviderLocations places, LogOwner owner, OpenFileEventStream
 
 void LogWatch::begin() {
     const std::vector<std::filesystem::path> roots = locations.allLogRoots();
-    std::vector<std::filesystem::path> existing = roots;
-    std::erase_if(existing, [](const std::filesystem::path& root) {
-        std::error_code ignored;
-        return !std::filesystem::is_directory(root, ignored);
-    });
-    // A root that appears may be another by a link than the one that was waited for.
-    if (isRunning() && existing == watchedRoots) return;
+    std::vector<std::optional<Place>> places;
+    std::ranges::transform(roots, std::back_inserter(places), placeOf);
+    if (isRunning() && places == watchedPlaces) return;
     const QPointer<LogWatch> self(this);
     // The new watch begins before the old one ends, so that no change falls between them.
     auto next = std::make_unique<DirectoryWatcher>(
@@ -40,12 +40,21 @@ void LogWatch::begin() {
         open);
     next->start();
     watcher = std::move(next);
-    watchedRoots = std::move(existing);
+    watchedPlaces = std::move(places);
 }
 
 void LogWatch::end() {
     watcher.reset();
-    watchedRoots.clear();
+    watchedPlaces.clear();
+}
+
+std::optional<LogWatch::Place> LogWatch::placeOf(const std::filesystem::path& root) {
+    std::error_code failure;
+    std::filesystem::path real = std::filesystem::canonical(root, failure);
+    struct stat status {};
+    if (failure || ::stat(real.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+        return std::nullopt;
+    return Place{std::move(real), status.st_dev, status.st_ino};
 }
 
 void LogWatch::pathsChanged(const std::vector<std::string>& paths) const {

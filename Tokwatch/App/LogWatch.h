@@ -8,12 +8,14 @@
 
 #include <QObject>
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace tokwatch {
@@ -28,8 +30,8 @@ class LogWatch : public QObject {
     LogWatch(ProviderLocations locations, LogOwner logOwner, OpenFileEventStream open,
              std::function<void(const IndexScope& changed)> onChange);
 
-    /// Also for a watch that ended by itself, and to follow roots that came or went; does nothing
-    /// where neither happened.
+    /// Also for a watch that ended by itself, and where a root came, went or became another
+    /// directory, of which the stream may not have heard; does nothing where neither happened.
     void begin();
     void end();
     bool hasBegun() const { return watcher != nullptr; }
@@ -37,13 +39,17 @@ class LogWatch : public QObject {
     bool isRunning() const { return watcher && watcher->isRunning(); }
 
   private:
+    /// A directory: its path without symbolic links, its device and its inode.
+    using Place = std::tuple<std::filesystem::path, std::uint64_t, std::uint64_t>;
+
+    static std::optional<Place> placeOf(const std::filesystem::path& root);
     void pathsChanged(const std::vector<std::string>& paths) const;
 
     const ProviderLocations locations;
     const LogOwner logOwner;
     const OpenFileEventStream open;
     const std::function<void(const IndexScope& changed)> onChange;
-    std::vector<std::filesystem::path> watchedRoots; ///< those that existed when it began
+    std::vector<std::optional<Place>> watchedPlaces; ///< the roots' when it began
     std::unique_ptr<DirectoryWatcher> watcher;
 };
 
