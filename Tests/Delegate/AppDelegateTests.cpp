@@ -141,6 +141,8 @@ TEST_F(AppDelegateTest, PinsTheFirstThatHasANumberUnlessClaudeOrAChoiceIsThere) 
           Case{{".claude/projects/a", ".codex/sessions/a"}, {}, claude},
           Case{{".codex/sessions/a"}, claude, claude}, Case{{".grok/sessions/a"}, {}, claude}}) {
         settings->clear();
+        settings->setValue("hasCompletedOnboarding", false);
+        settings->sync();
         preferences.reload();
         if (chosen) preferences.pinnedProvider = *chosen;
         for (const char* file : files)
