@@ -25,8 +25,8 @@ constexpr mode_t othersRights = 077;
 constexpr std::chrono::milliseconds lockPause{2};
 /// What replaces a file is called so until it does, by mkostemp. Of no length that depends on the
 /// file's name, and like nothing that anybody else would call a file beside it.
-constexpr std::string_view replacementName = ".tokwatch-XXXXXX";
-constexpr std::string_view replacementStart = ".tokwatch-";
+constexpr std::string_view replacementName = ".tokwatch-replacing-XXXXXX";
+constexpr std::string_view replacementStart = ".tokwatch-replacing-";
 
 [[noreturn]] void fail(int error, const std::filesystem::path& path) {
     throw std::system_error(error, std::generic_category(), path.string());

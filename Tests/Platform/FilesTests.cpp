@@ -147,16 +147,16 @@ TEST(PrivateFiles, AreTheUsersWhoseDirectoryItIsWhenTheAdministratorMakesThem) {
 
 TEST(PrivateFiles, RemoveWhatAKilledWriterLeftButNotWhatOneIsWriting) {
     const testing::TemporaryDirectory home;
-    home.write(".tokwatch-Ab1z9Z", "killed");
-    for (const char* name : {"note.backup", "note.sqlite", ".tokwatch-settings", "note.Ab1z9Z"})
+    home.write(".tokwatch-replacing-Ab1z9Z", "killed");
+    for (const char* name : {"note.backup", "note.sqlite", ".tokwatch-backup", "note.Ab1z9Z"})
         home.write(name, "the user's");
-    const fs::path busy = home.write(".tokwatch-xxxxxx", "being written");
+    const fs::path busy = home.write(".tokwatch-replacing-xxxxxx", "being written");
     const FileDescriptor writer = openPrivately(busy);
     ASSERT_EQ(::flock(writer.get(), LOCK_EX), 0);
     replacePrivately(home / "note", "text");
-    EXPECT_FALSE(fs::exists(home / ".tokwatch-Ab1z9Z"));
+    EXPECT_FALSE(fs::exists(home / ".tokwatch-replacing-Ab1z9Z"));
     EXPECT_TRUE(fs::exists(busy));
-    for (const char* name : {"note.backup", "note.sqlite", ".tokwatch-settings", "note.Ab1z9Z"})
+    for (const char* name : {"note.backup", "note.sqlite", ".tokwatch-backup", "note.Ab1z9Z"})
         EXPECT_TRUE(fs::exists(home / name)) << name;
 }
 
