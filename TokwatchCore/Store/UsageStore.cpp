@@ -157,7 +157,7 @@ std::optional<UsageStore::FileIdentity> UsageStore::identityOf(const std::filesy
 bool UsageStore::isDetached() const {
     if (isInMemory(file)) return false;
     const std::lock_guard lock(identityMutex);
-    return identity != identityOf(file);
+    return !identity || identity != identityOf(file);
 }
 
 bool UsageStore::reattach() {
