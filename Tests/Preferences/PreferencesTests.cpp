@@ -315,6 +315,16 @@ TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
     EXPECT_TRUE(until([&] { return application.preferences.pinnedProvider == claude; }));
     EXPECT_EQ(untouched, 0);
 
+    // Emptied, it is what it was as soon as anything is written.
+    replace("[General]\nclaudeLiveLimits=false\n");
+    EXPECT_TRUE(until([&] { return !application.preferences.claudeLiveLimits; }));
+    std::ofstream(file) << "[General]\n";
+    application.preferences.reload();
+    EXPECT_FALSE(application.preferences.claudeLiveLimits);
+    application.preferences.popoverTab = PopoverTab::stats;
+    EXPECT_TRUE(application.preferences.save());
+    EXPECT_THAT(contents(), HasSubstr("claudeLiveLimits=false"));
+
     // What both change at the same time, both keep.
     replace("[General]\nsummaryUnit=tokens\n");
     application.preferences.showDockIcon = true;

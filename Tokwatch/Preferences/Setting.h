@@ -54,6 +54,8 @@ class AnySetting {
     virtual std::optional<std::string> assignText(std::string_view text) = 0;
     /// Takes over what the file holds. What is missing or malformed there reads as the default.
     virtual void reload() = 0;
+    /// Writes what holds into a file that lost it, where it is not by default.
+    virtual void store() = 0;
     /// What is taken in place of these entries, as text, where they are not of the setting's form.
     virtual std::optional<std::string> takenInstead(const StoredEntries& entries) const = 0;
 
@@ -133,6 +135,9 @@ class Setting final : public AnySetting {
         Value value = taken(entries).first;
         chosen.setValue(entries.contains(""));
         state.setValue(accept ? accept(std::move(value)) : std::move(value));
+    }
+    void store() override {
+        if (chosen.value()) storeSetting(settings, name, state.valueBypassingBindings());
     }
     std::optional<std::string> takenInstead(const StoredEntries& entries) const override {
         auto [value, isWhole] = taken(entries);

@@ -23,6 +23,8 @@ SettingsFollower::SettingsFollower(const QSettings& settings, std::function<void
     : file(fileOf(settings)) {
     const auto again = [this] {
         watch();
+        if (rest.isActive()) return;
+        seen = lookAtFile();
         rest.start();
     };
     QObject::connect(&watcher, &QFileSystemWatcher::directoryChanged, &watcher, again);
@@ -32,7 +34,11 @@ SettingsFollower::SettingsFollower(const QSettings& settings, std::function<void
     retry.setInterval(pause);
     QObject::connect(&retry, &QTimer::timeout, &watcher, again);
     rest.setInterval(settling);
-    QObject::connect(&rest, &QTimer::timeout, &watcher, std::move(changed));
+    QObject::connect(&rest, &QTimer::timeout, &watcher, [this, changed = std::move(changed)] {
+        watch();
+        if (std::exchange(seen, lookAtFile()) != seen) return rest.start();
+        changed();
+    });
     watch();
 }
 
@@ -44,8 +50,17 @@ void SettingsFollower::watch() {
     const QString directory = place.absolutePath();
     if (!QFileInfo(directory).isDir()) return retry.start();
     if (!watcher.directories().contains(directory)) watcher.addPath(directory);
-    if (place.exists() && !watcher.files().contains(place.absoluteFilePath()))
+    if (!place.exists()) return retry.start();
+    // Behind a link, writers replace its target.
+    const QString targets = QFileInfo(place.canonicalFilePath()).absolutePath();
+    if (!watcher.directories().contains(targets)) watcher.addPath(targets);
+    if (!watcher.files().contains(place.absoluteFilePath()))
         watcher.addPath(place.absoluteFilePath());
+}
+
+SettingsFollower::Look SettingsFollower::lookAtFile() const {
+    const QFileInfo place(QFile::decodeName(file.c_str()));
+    return {place.size(), place.lastModified()};
 }
 
 } // namespace tokwatch

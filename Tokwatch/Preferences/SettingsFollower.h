@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QDateTime>
 #include <QFileSystemWatcher>
 #include <QTimer>
 
 #include <filesystem>
 #include <functional>
+#include <utility>
 
 class QSettings;
 
@@ -18,12 +20,17 @@ class SettingsFollower {
     SettingsFollower(const QSettings& settings, std::function<void()> changed);
 
   private:
+    /// Of what a file is that stands still: its size and when it was written.
+    using Look = std::pair<qint64, QDateTime>;
+
     void watch();
+    Look lookAtFile() const;
 
     const std::filesystem::path file;
     QFileSystemWatcher watcher;
     QTimer retry;
     QTimer rest;
+    Look seen;
 };
 
 } // namespace tokwatch

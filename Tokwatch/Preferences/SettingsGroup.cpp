@@ -42,6 +42,9 @@ SettingsGroup::SettingsGroup(QSettings& settings) : list{settings} {
     QObject::connect(&saving, &QTimer::timeout, &saving, [this] { saveOrTell(); });
     // Commands save themselves, and have no loop.
     list.onStore = [this] {
+        if (std::exchange(isLost, false))
+            for (AnySetting* setting : list.all)
+                setting->store();
         if (QCoreApplication::instance() != nullptr) saving.start(0);
     };
 }
@@ -93,10 +96,10 @@ void SettingsGroup::reload() {
     tellFaults();
     // What was read last holds, also of a file that is being moved, or was emptied and could not be
     // written: it may forbid what the defaults allow.
-    std::error_code none;
-    const std::uintmax_t size = std::filesystem::file_size(fileOf(list.storage), none);
-    if (!storageIsSound(list.storage) || none || size == 0) return;
+    if (!storageIsSound(list.storage)) return;
     list.storage.sync();
+    isLost = list.storage.allKeys().isEmpty();
+    if (isLost) return;
     for (AnySetting* setting : list.all)
         setting->reload();
 }

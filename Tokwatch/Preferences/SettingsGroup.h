@@ -64,6 +64,7 @@ class SettingsGroup {
   private:
     void saveOrTell();
 
+    bool isLost = false; ///< the file has nothing any more of what holds
     std::set<std::string> toldFaults;
     QProperty<std::string> obstacle;
     QTimer saving;
