@@ -67,7 +67,7 @@ import desktop
 from application import PROGRAM, Application, prepare, press, tokwatch, windows
 from desktop import StatusItem, step, wait_for
 
-SUMMARY = r"'<Today.*\\nLast 30 days: \$.*· API estimate\\nCodex · Session 60% left.*>'"
+SUMMARY = r"'<(Today|No usage today).*\\nLast 30 days: \$.*· API estimate\\nCodex · Session 60% left.*>'"
 
 
 def neighbour(kind, **environment):
