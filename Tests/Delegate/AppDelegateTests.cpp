@@ -208,7 +208,7 @@ TEST_F(AppDelegateTest, TakesTheWindowForWantOfAStatusAreaBackWhenAPanelComesUpL
         area.appear();
         until([this] { return !area.registered.empty(); });
         drain(appBus);
-        settle();
+        if (isSoon) until([] { return shownWindow(popoverTitle) == nullptr; });
         EXPECT_EQ(shownWindow(popoverTitle) == nullptr, isSoon);
         delegate.reset();
         leaveStatusArea();

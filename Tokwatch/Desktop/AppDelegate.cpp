@@ -2,9 +2,8 @@
 
 #include "KivoPaste/TextPaste.h"
 #include "Platform/Linux/DesktopBus.h"
-#include "Platform/System/Places.h"
+#include "Tokwatch/Desktop/OurPrograms.h"
 #include "Tokwatch/Desktop/StatusAreaAdvice.h"
-#include "Tokwatch/Desktop/StatusAreaPlace.h"
 #include "Tokwatch/Preferences/Preferences.h"
 #include "Tokwatch/Updates/ConfiguredFeed.h"
 #include "Tokwatch/Updates/FeedTransport.h"
@@ -14,16 +13,11 @@
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <QClipboard>
-#include <QCursor>
 #include <QDesktopServices>
-#include <QFile>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QPointer>
-#include <QQuickView>
-#include <QScreen>
 #include <QStandardPaths>
-#include <QStyleHints>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -34,7 +28,6 @@ bool isAnyWindowShown() {
     return std::ranges::any_of(QGuiApplication::topLevelWindows(), &QWindow::isVisible);
 }
 
-const QUrl popoverSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Popover.qml"));
 const QUrl panelSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Usage/LimitsPanel.qml"));
 const QUrl settingsSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Settings/SettingsContent.qml"));
 const QUrl
@@ -43,31 +36,6 @@ const QUrl
 std::filesystem::path iconDirectory() {
     const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     return std::filesystem::path(runtime.toStdString()) / "tokwatch/icons";
-}
-
-/// The command, which finds its way to this program.
-QString commandProgram() {
-    return QFile::decodeName(ourProgram("tokwatch").c_str());
-}
-
-/// What the user binds a key to where the desktop lends none: by its name alone where a shell finds
-/// it by that.
-QString openCommand() {
-    const QString name = QStringLiteral("tokwatch");
-    const QFileInfo found(QStandardPaths::findExecutable(name));
-    const bool isFound =
-        found.canonicalFilePath() == QFileInfo(commandProgram()).canonicalFilePath();
-    return (isFound ? name : commandProgram()) + QStringLiteral(" --open");
-}
-
-/// What the desktop starts at login.
-kivo::LoginItem::Program loginProgram() {
-    const QLatin1String id(DesktopBus::serviceName);
-    return {id,
-            QStringLiteral("Tokwatch"),
-            QStringLiteral("Rate limits and token usage of AI coding assistants"),
-            {commandProgram()},
-            id};
 }
 
 /// The toolkit takes it from there as it asks a Wayland compositor for the keyboard.
@@ -96,7 +64,7 @@ AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences
     viewClock.emplace(now);
     connect(&appearance, &kivo::DesktopAppearance::changed, this, [this] {
         applyTheme();
-        if (statusItem) statusItem->setDesktopDark(appearance.current().dark);
+        if (statusSurface) statusSurface->item().setDesktopDark(appearance.current().dark);
     });
     themeNotifier = desktopPreferences.theme.addNotifier([this] { applyTheme(); });
 }
@@ -121,12 +89,12 @@ void AppDelegate::launch() {
     onboardingNotifier =
         preferences.hasCompletedOnboarding.addNotifier([this] { followOnboarding(); });
     makeStatusItem();
-    observeTitle();
     tellOfLimits();
     bindHotKey();
     makePinnedPanel();
+    ageTimer = scheduler.every(ageInterval, [this] { advanceAges(); });
     if (paths.dataHome) widgetStarter.emplace(widgetPreferences, *paths.dataHome, paths.home);
-    if (std::exchange(pendingOpen, false) && preferences.hasCompletedOnboarding) openPopover();
+    if (std::exchange(pendingOpen, false) && preferences.hasCompletedOnboarding) popover->open();
 }
 
 /// However the welcome was finished: in its window, or in another process.
@@ -136,7 +104,7 @@ void AppDelegate::followOnboarding() {
     pinWhatHasANumber();
     application->setRank(WorkLease::Rank::desktop);
     application->model().allowLimits();
-    if (absence.isCertain()) openPopover();
+    if (absence.isCertain()) popover->open();
 }
 
 /// Where Claude, whose number is the usual one, is not on the machine and nobody ever chose: the
@@ -151,17 +119,13 @@ void AppDelegate::pinWhatHasANumber() {
 }
 
 void AppDelegate::open() {
-    if (statusItem)
-        openPopover();
+    if (statusSurface)
+        popover->open();
     else
         pendingOpen = true;
 }
 
 // Popover
-
-void AppDelegate::openPopover() {
-    popover->open(lastAnchor());
-}
 
 std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
     auto view = std::make_unique<PopoverView>(application->model(), *viewClock, shownRange);
@@ -176,81 +140,34 @@ std::unique_ptr<PopoverView> AppDelegate::makePopoverView() {
 }
 
 void AppDelegate::makePopover() {
-    popoverContent.emplace(runtime, scheduler,
-                           QmlWindow::Content{popoverSource, [this] { return makePopoverView(); }});
-    popoverWindow.emplace(*popoverContent);
-    popover.emplace(*popoverWindow, now, [this] { popoverOpened(); });
-    popoverContent->keepReady();
-    popoverWindow->onContentHeight = [this] { popover->contentHeightChanged(); };
-    popoverWindow->onPressElsewhere = [this](QPoint at, Qt::MouseButton button) {
-        return pressedElsewhere(at, button);
-    };
-    popoverWindow->onClosed = [this] {
-        countdown.reset();
-        absence.popoverClosed();
-        if (statusItem) statusItem->setPopoverOpen(false);
-        popover->closed();
-        windowClosed();
-    };
-}
-
-void AppDelegate::toggle(QPoint anchor) {
-    clickedAt = anchor;
-    if (isSecondOfDoubleClick()) return;
-    viewClock->advance();
-    popover->toggle(anchor);
-}
-
-/// The click before it has opened the popover, which its user meant.
-bool AppDelegate::isSecondOfDoubleClick() const {
-    const Seconds interval{QGuiApplication::styleHints()->mouseDoubleClickInterval() / 1000.0};
-    return popoverWindow->isShown() && now() - openedAt < interval;
-}
-
-/// The popover has the pointer, so that the panel hears nothing of a press on the item.
-bool AppDelegate::pressedElsewhere(QPoint at, Qt::MouseButton button) {
-    constexpr int nearby = 12; // half an item
-    if (!clickedAt || (at - *clickedAt).manhattanLength() > nearby) return false;
-    if (button == Qt::RightButton) {
-        popover->close();
-        contextMenu->open(at);
-        return true;
-    }
-    return isSecondOfDoubleClick();
+    popover.emplace(
+        runtime, scheduler, *viewClock, now,
+        Popover::Hooks{.makeView = [this] { return makePopoverView(); },
+                       .opened = [this] { popoverOpened(); },
+                       .closed = [this] { popoverClosed(); },
+                       .menuWanted = [this](QPoint at) { statusSurface->openMenu(at); }});
 }
 
 void AppDelegate::popoverOpened() {
-    openedAt = now();
-    viewClock->advance();
     application->model().popoverOpened();
-    statusItem->setPopoverOpen(true);
-    constexpr Seconds second{1};
-    countdown = scheduler.every(second, [this] {
-        const auto* view = qobject_cast<PopoverView*>(popoverContent->view());
-        if (view != nullptr && view->countsDown()) viewClock->advance();
-    });
+    statusSurface->item().setPopoverOpen(true);
+}
+
+void AppDelegate::popoverClosed() {
+    absence.popoverClosed();
+    if (statusSurface) statusSurface->item().setPopoverOpen(false);
+    windowClosed();
 }
 
 void AppDelegate::updatePopoverStyle() {
     const bool isOrdinary = preferences.showDockIcon || absence.isCertain();
-    popoverWindow->setStyle(isOrdinary ? PopoverWindow::Style::window
-                                       : PopoverWindow::Style::popup);
-    if (auto* view = qobject_cast<PopoverView*>(popoverContent->view()))
-        view->setHostAdvice(hostAdvice());
+    popover->setStyle(isOrdinary ? PopoverWindow::Style::window : PopoverWindow::Style::popup);
+    if (PopoverView* view = popover->view()) view->setHostAdvice(hostAdvice());
 }
 
 QString AppDelegate::hostAdvice() const {
     return absence.isCertain() ? statusAreaAdvice(qEnvironmentVariable("XDG_CURRENT_DESKTOP"))
                                : QString();
-}
-
-QPoint AppDelegate::lastAnchor() const {
-    if (clickedAt) return *clickedAt;
-    const QPoint pointer = QCursor::pos();
-    const QScreen* screen = QGuiApplication::screenAt(pointer);
-    if (screen == nullptr) return pointer;
-    return likelyStatusArea(screen->geometry(), screen->availableGeometry(),
-                            QGuiApplication::isRightToLeft());
 }
 
 /// The popover gives the keyboard back first. Where that is of no use, or the program would end
@@ -267,12 +184,12 @@ void AppDelegate::paste(const QString& text) {
 }
 
 void AppDelegate::sayCopied() {
-    const bool isSeen = popoverWindow->isShown();
+    const bool isSeen = popover->isShown();
     if (!isSeen && alertDisplay.isThere())
         return alertDisplay.show({"paste", "Copied to the clipboard",
                                   "It could not be pasted for you.", Alert::Urgency::low});
-    if (!isSeen) openPopover();
-    if (auto* view = qobject_cast<PopoverView*>(popoverContent->view()))
+    if (!isSeen) popover->open();
+    if (PopoverView* view = popover->view())
         view->footer()->say(QStringLiteral("Copied. Paste it where you want it."));
 }
 
@@ -280,7 +197,7 @@ void AppDelegate::sayCopied() {
 
 StatusActions AppDelegate::menuActions() {
     StatusActions actions{
-        .open = [this](QPoint anchor) { toggle(anchor); },
+        .open = [this](QPoint at) { popover->click(at); },
         .refresh = [this] { application->model().refresh(); },
         .openSettings = [this] { openSettings(); },
         .quit = [] { QCoreApplication::quit(); },
@@ -298,15 +215,15 @@ void AppDelegate::makeMainMenu() {
 }
 
 void AppDelegate::makeStatusItem() {
-    const StatusActions actions = menuActions();
-    statusItem.emplace(StatusItemSurroundings{bus.sessionBus(), scheduler, now, iconDirectory()},
-                       actions);
-    contextMenu.emplace(runtime, scheduler, [actions] { return statusMenu(actions); });
-    statusItem->onContextMenu = [this](QPoint anchor) { contextMenu->open(anchor); };
+    statusSurface.emplace(StatusItemSurroundings{bus.sessionBus(), scheduler, now, iconDirectory()},
+                          runtime, StatusSurface::Sources{application->model(), preferences},
+                          menuActions());
+    MeterStatusItem& item = statusSurface->item();
     // Where nothing is grabbed, the popover hears nothing of the press that opens it.
-    statusItem->onMenuShown = [this] { giveWay(); };
-    statusItem->setDesktopDark(appearance.current().dark);
-    statusItem->onHostChanged = [this] { hostChanged(); };
+    item.onMenuShown = [this] { popover->giveWay(); };
+    item.onHostChanged = [this] { hostChanged(); };
+    item.setDesktopDark(appearance.current().dark);
+    statusSurface->showTitle();
 }
 
 void AppDelegate::hostChanged() {
@@ -314,17 +231,18 @@ void AppDelegate::hostChanged() {
     updatePopoverStyle();
     if (auto* welcome = qobject_cast<OnboardingView*>(onboarding->view()))
         welcome->setHasStatusArea(!absence.isCertain());
-    if (demand.givesWay) giveWay();
+    if (demand.givesWay) popover->giveWay();
     if (demand.opens && preferences.hasCompletedOnboarding) {
-        openPopover();
+        popover->open();
         absence.openedForIt();
     }
     if (demand.closes) popover->close();
 }
 
 StatusAreaAbsence::Sight AppDelegate::statusArea() const {
-    if (!statusItem) return {};
-    return {statusItem->isHostKnown(), statusItem->hasHost(), bus.sessionBus().isConnected()};
+    if (!statusSurface) return {};
+    const MeterStatusItem& item = statusSurface->item();
+    return {item.isHostKnown(), item.hasHost(), bus.sessionBus().isConnected()};
 }
 
 /// A program that neither a window nor a status area leads to could not be found again.
@@ -339,21 +257,6 @@ void AppDelegate::windowClosed() {
     QMetaObject::invokeMethod(this, endIfUnreachable, Qt::QueuedConnection);
 }
 
-void AppDelegate::observeTitle() {
-    AppModel& model = application->model();
-    const auto content = [this, &model] {
-        const Date present = model.now();
-        return statusContent(preferences.plain(), model.limits(), present,
-                             RunOuts(model.limits(), model.samples(), present, model.calendar()));
-    };
-    titleObserver.emplace(content, [this](const StatusContent& next) { statusItem->apply(next); });
-    titleObserver->arm();
-    statusTimer = scheduler.every(titleInterval, [this, content] {
-        statusItem->apply(content());
-        if (popoverWindow->isShown() || pinnedPanel->isShown()) viewClock->advance();
-    });
-}
-
 // Alerts
 
 void AppDelegate::tellOfLimits() {
@@ -365,7 +268,7 @@ void AppDelegate::tellOfLimits() {
 
 void AppDelegate::openFromAlert(const std::string& activationToken) {
     useActivationToken(QString::fromStdString(activationToken));
-    openPopover();
+    popover->open();
 }
 
 // Hot key
@@ -380,8 +283,7 @@ void AppDelegate::bindHotKey() {
 
 void AppDelegate::toggleByHotKey(const QString& activationToken) {
     useActivationToken(activationToken);
-    viewClock->advance();
-    popover->toggle(lastAnchor());
+    popover->toggle();
 }
 
 // Pinned limits
@@ -392,19 +294,22 @@ void AppDelegate::makePinnedPanel() {
         QmlWindow::Content{
             panelSource,
             [this] { return std::make_unique<UsageView>(application->model(), *viewClock); }},
-        desktopPreferences, [this] { return lastAnchor(); });
+        desktopPreferences, [this] { return popover->anchor(); });
     pinnedPanel->onClosed = [this] { windowClosed(); };
     pinNotifier = desktopPreferences.isPinned.addNotifier([this] {
-        if (auto* view = qobject_cast<PopoverView*>(popoverContent->view()))
-            view->setPinned(desktopPreferences.isPinned);
+        if (PopoverView* view = popover->view()) view->setPinned(desktopPreferences.isPinned);
     });
     pinnedPanel->restore();
 }
 
 void AppDelegate::togglePin() {
     const bool isPinned = !desktopPreferences.isPinned;
-    if (isPinned) giveWay();
+    if (isPinned) popover->giveWay();
     desktopPreferences.isPinned = isPinned;
+}
+
+void AppDelegate::advanceAges() {
+    if (popover->isShown() || pinnedPanel->isShown()) viewClock->advance();
 }
 
 // Updates
@@ -417,7 +322,7 @@ void AppDelegate::lookForUpdates() {
                                                   feedTransport(*feed), now, scheduler});
     // Of a menu that a host draws it is told at once.
     updatesNotifier = updates->preferences().agreed.addNotifier([this] {
-        if (statusItem) statusItem->menuChanged();
+        if (statusSurface) statusSurface->item().menuChanged();
         mainMenu->rebuild();
     });
 }
@@ -462,22 +367,17 @@ std::unique_ptr<OnboardingView> AppDelegate::makeWelcome() {
     auto view =
         std::make_unique<OnboardingView>(preferences, application->model().locations(), loginItem);
     view->setHasStatusArea(!absence.isCertain());
-    connect(view.get(), &OnboardingView::finished, this, &AppDelegate::openPopover);
+    connect(view.get(), &OnboardingView::finished, this, &AppDelegate::open);
     return view;
 }
 
-/// A popup lies above all other windows and keeps the keyboard.
-void AppDelegate::giveWay() {
-    if (!popoverWindow->isShownAsWindow()) popover->close();
-}
-
 void AppDelegate::openWelcome() {
-    giveWay();
+    popover->giveWay();
     onboarding->open();
 }
 
 void AppDelegate::openSettings() {
-    giveWay();
+    popover->giveWay();
     viewClock->advance();
     settingsWindow->open();
 }

@@ -8,24 +8,19 @@
 #include "Tokwatch/Alerts/LimitAlerts.h"
 #include "Tokwatch/App/Application.h"
 #include "Tokwatch/Desktop/ContentWindow.h"
-#include "Tokwatch/Desktop/ContextMenuWindow.h"
 #include "Tokwatch/Desktop/PinnedPanel.h"
-#include "Tokwatch/Desktop/PopoverController.h"
-#include "Tokwatch/Desktop/PopoverWindow.h"
+#include "Tokwatch/Desktop/Popover.h"
 #include "Tokwatch/Desktop/QmlRuntime.h"
-#include "Tokwatch/Desktop/QmlWindow.h"
 #include "Tokwatch/Desktop/StatusAreaAbsence.h"
+#include "Tokwatch/Desktop/StatusSurface.h"
 #include "Tokwatch/Desktop/WidgetStarter.h"
 #include "Tokwatch/DesktopPreferences/ChosenHotKey.h"
 #include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
-#include "Tokwatch/Display/ObservingUpdater.h"
-#include "Tokwatch/StatusItem/MeterStatusItem.h"
 #include "Tokwatch/Updates/SoftwareUpdates.h"
 #include "Tokwatch/Views/Common/ViewClock.h"
 #include "Tokwatch/Views/Popover/Range/ShownRange.h"
 
 #include <QObject>
-#include <QPoint>
 #include <QPropertyNotifier>
 
 #include <filesystem>
@@ -58,12 +53,11 @@ class AppDelegate : public QObject {
     void open();
 
   private:
-    /// How long a title may be out of date when nothing but time changes it.
-    static constexpr Seconds titleInterval{30};
+    /// How long what a window says of ages and remaining times may be out of date.
+    static constexpr Seconds ageInterval{30};
 
     void followOnboarding();
     void pinWhatHasANumber();
-    void giveWay();
     void openWelcome();
     void applyTheme();
     void openSettings();
@@ -75,7 +69,7 @@ class AppDelegate : public QObject {
     void makePopover();
     void makePinnedPanel();
     void togglePin();
-    void openPopover();
+    void advanceAges();
     void makeWindows();
     std::unique_ptr<SettingsView> makeSettings();
     std::unique_ptr<OnboardingView> makeWelcome();
@@ -84,19 +78,15 @@ class AppDelegate : public QObject {
     void makeStatusItem();
     void hostChanged();
     void windowClosed();
-    void observeTitle();
     void tellOfLimits();
     void openFromAlert(const std::string& activationToken);
     void bindHotKey();
     void toggleByHotKey(const QString& activationToken);
-    void toggle(QPoint anchor);
     void popoverOpened();
-    bool isSecondOfDoubleClick() const;
-    bool pressedElsewhere(QPoint at, Qt::MouseButton button);
+    void popoverClosed();
     void updatePopoverStyle();
     StatusAreaAbsence::Sight statusArea() const;
     QString hostAdvice() const;
-    QPoint lastAnchor() const;
 
     Preferences& preferences;
     AlertPreferences& alertPreferences;
@@ -121,24 +111,17 @@ class AppDelegate : public QObject {
     std::optional<WidgetStarter> widgetStarter;
     std::optional<ContentWindow> onboarding;
     std::optional<ContentWindow> settingsWindow;
-    std::optional<QmlWindow> popoverContent;
-    std::optional<PopoverWindow> popoverWindow;
-    std::optional<PopoverController> popover;
+    std::optional<Popover> popover;
     std::optional<kivo::MainMenu> mainMenu;
-    std::optional<ContextMenuWindow> contextMenu;
     std::optional<PinnedPanel> pinnedPanel;
     std::optional<ChosenHotKey> hotKey;
     StatusAreaAbsence absence;
-    std::optional<MeterStatusItem> statusItem;
-    std::optional<ObservingUpdater<StatusContent>> titleObserver;
-    std::unique_ptr<ScheduledCall> statusTimer;
-    std::unique_ptr<ScheduledCall> countdown; ///< while the popover is open
+    std::optional<StatusSurface> statusSurface;
+    std::unique_ptr<ScheduledCall> ageTimer;
     QPropertyNotifier dockIconNotifier;
     QPropertyNotifier themeNotifier;
     QPropertyNotifier pinNotifier;
     QPropertyNotifier onboardingNotifier;
-    std::optional<QPoint> clickedAt;
-    Date openedAt = Date::min();
     bool pendingOpen = false;
 };
 

@@ -1,0 +1,102 @@
+#include "Tokwatch/Desktop/Popover.h"
+
+#include "Tokwatch/Desktop/StatusAreaPlace.h"
+#include "Tokwatch/Views/Common/ViewClock.h"
+#include "Tokwatch/Views/Popover/PopoverView.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QStyleHints>
+
+#include <utility>
+
+namespace tokwatch {
+namespace {
+
+const QUrl popoverSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Popover.qml"));
+
+} // namespace
+
+Popover::Popover(QmlRuntime& runtime, Scheduler& timers, ViewClock& clockOfViews, Clock clock,
+                 Hooks functions)
+    : scheduler(timers), viewClock(clockOfViews), now(std::move(clock)),
+      hooks(std::move(functions)),
+      content(runtime, timers,
+              QmlWindow::Content{popoverSource, [this] { return hooks.makeView(); }}),
+      window(content), controller(window, now, [this] { wasOpened(); }) {
+    content.keepReady();
+    window.onContentHeight = [this] { controller.contentHeightChanged(); };
+    window.onPressElsewhere = [this](QPoint at, Qt::MouseButton button) {
+        return pressedElsewhere(at, button);
+    };
+    window.onClosed = [this] { wasClosed(); };
+}
+
+void Popover::click(QPoint at) {
+    clickedAt = at;
+    if (!isSecondOfDoubleClick()) toggle();
+}
+
+void Popover::toggle() {
+    viewClock.advance();
+    controller.toggle(anchor());
+}
+
+void Popover::open() {
+    controller.open(anchor());
+}
+
+void Popover::giveWay() {
+    if (!window.isShownAsWindow()) close();
+}
+
+PopoverView* Popover::view() const {
+    return qobject_cast<PopoverView*>(content.view());
+}
+
+QPoint Popover::anchor() const {
+    if (clickedAt) return *clickedAt;
+    const QPoint pointer = QCursor::pos();
+    const QScreen* screen = QGuiApplication::screenAt(pointer);
+    if (screen == nullptr) return pointer;
+    return likelyStatusArea(screen->geometry(), screen->availableGeometry(),
+                            QGuiApplication::isRightToLeft());
+}
+
+/// The popover has the pointer, so that the panel hears nothing of a press on the item.
+bool Popover::pressedElsewhere(QPoint at, Qt::MouseButton button) {
+    constexpr int nearby = 12; // half an item
+    if (!clickedAt || (at - *clickedAt).manhattanLength() > nearby) return false;
+    if (button == Qt::RightButton) {
+        close();
+        hooks.menuWanted(at);
+        return true;
+    }
+    return isSecondOfDoubleClick();
+}
+
+/// The click before it has opened the popover, which its user meant.
+bool Popover::isSecondOfDoubleClick() const {
+    const Seconds interval{QGuiApplication::styleHints()->mouseDoubleClickInterval() / 1000.0};
+    return isShown() && now() - openedAt < interval;
+}
+
+void Popover::wasOpened() {
+    openedAt = now();
+    viewClock.advance();
+    constexpr Seconds second{1};
+    countdown = scheduler.every(second, [this] {
+        const PopoverView* shown = view();
+        if (shown != nullptr && shown->countsDown()) viewClock.advance();
+    });
+    hooks.opened();
+}
+
+void Popover::wasClosed() {
+    countdown.reset();
+    controller.closed();
+    hooks.closed();
+}
+
+} // namespace tokwatch
