@@ -31,6 +31,17 @@ TEST(Table, DrawsBarsToAnEighth) {
     EXPECT_EQ(fitted("模型テスト", 6), "模型…");
 }
 
+TEST(Table, GoesOnBelowWhereSentencesHaveNoRoom) {
+    Table table({{""}, {"About", Align::right}, {"Found", Align::left, {}, 8, true}});
+    table.add({{"+"}, {"Store"}, {"usage.sqlite is sound"}});
+    table.add({{"-"}, {""}, {"日本 日本 日本"}});
+    const Terminal wide(stdout, stderr, false, false);
+    EXPECT_EQ(
+        wide.page(22, [&](Terminal& page) { table.print(page); }),
+        (std::vector<std::string>{"   About  Found", "+  Store  usage.sqlite", "          is sound",
+                                  "-         日本 日本", "          日本"}));
+}
+
 TEST(Terminal, IsCommandedByOurColoursAlone) {
     // "a", then what it is about, then "b": C0, C1, marks of direction, separators, no UTF-8.
     for (const char* text : {"a\033b", "a\177b", "a\u009bb", "a\u202eb", "a\u2066b", "a\u200fb",

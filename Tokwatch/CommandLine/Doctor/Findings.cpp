@@ -33,7 +33,8 @@ Table::Cell markOf(Health health) {
 } // namespace
 
 void printFindings(Terminal& terminal, const std::vector<Finding>& findings) {
-    Table table({{""}, {"About"}, {"Found"}});
+    constexpr std::size_t least = 24;
+    Table table({{""}, {"About"}, {"Found", Align::left, {}, least, true}});
     std::string last;
     for (const Finding& finding : findings) {
         table.add({markOf(finding.health),

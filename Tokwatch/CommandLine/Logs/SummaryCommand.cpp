@@ -85,12 +85,14 @@ class SummaryPrinter {
     }
 
     void printTools() {
+        enum Column : std::size_t { atSessions = 1, atBar = 5 };
         Table table({{"Tool"},
                      {"Sessions", Align::right},
                      {"Tokens", Align::right},
                      {"Cost", Align::right},
                      {"Share", Align::right},
-                     {""}});
+                     {""}},
+                    {atBar, atSessions});
         const auto share = [this](const UsageSummary::Tool& tool) {
             return unit == SummaryUnit::cost ? tool.costShare : tool.tokenShare;
         };
@@ -111,11 +113,13 @@ class SummaryPrinter {
 
     void printBreakdown(const std::vector<SummaryDisplay::Row>& rows, const char* title) {
         if (rows.empty()) return;
-        Table table({{title},
+        constexpr std::size_t atBar = 4;
+        Table table({{title, Align::left, Cut::end, 16},
                      {"Tokens", Align::right},
                      {"Cost", Align::right},
                      {"Share", Align::right},
-                     {""}});
+                     {""}},
+                    {atBar});
         const double largest = largestShare(rows);
         for (const SummaryDisplay::Row& row : rows) {
             table.add({{fitted(row.title, longestName), Tone::bold},

@@ -14,6 +14,23 @@ constexpr std::size_t widestCut = 120;
 /// Between two columns.
 constexpr std::size_t gap = 2;
 
+/// The text broken at blanks into lines of at most `columns`, but for longer words.
+std::vector<std::string> wordWrapped(std::string_view text, std::size_t columns) {
+    std::vector<std::string> lines(1);
+    while (!text.empty()) {
+        const std::string_view word = text.substr(0, text.find(' '));
+        text.remove_prefix(std::min(word.size() + 1, text.size()));
+        std::string& last = lines.back();
+        if (last.empty())
+            last = word;
+        else if (displayWidth(last) + 1 + displayWidth(word) <= columns)
+            last.append(1, ' ').append(word);
+        else
+            lines.emplace_back(word);
+    }
+    return lines;
+}
+
 } // namespace
 
 std::string bar(double fraction, std::size_t width) {
@@ -100,6 +117,28 @@ void Table::cutTo(std::size_t most) {
             if (columns[i].cut) row[i].text = fitted(row[i].text, allowed[i], *columns[i].cut);
 }
 
+void Table::wrapLast(std::size_t most) {
+    const std::vector<std::size_t> whole = widths();
+    const std::size_t last = columns.size() - 1;
+    std::size_t before = gap * last;
+    for (std::size_t i = 0; i < last; ++i)
+        before += whole[i];
+    const std::size_t room = std::max(columns[last].least, most - std::min(most, before));
+    std::vector<std::vector<Cell>> wrapped;
+    for (std::vector<Cell>& row : rows) {
+        const bool isWhole = row.size() <= last || displayWidth(row[last].text) <= room;
+        const std::vector<std::string> lines =
+            isWhole ? std::vector<std::string>{} : wordWrapped(row[last].text, room);
+        const Tone tone = row.back().tone;
+        wrapped.push_back(std::move(row));
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            if (i > 0) wrapped.emplace_back(columns.size());
+            wrapped.back()[last] = {lines[i], tone};
+        }
+    }
+    rows = std::move(wrapped);
+}
+
 void Table::fit(std::size_t most) {
     const auto fitsAfter = [&](const std::vector<std::size_t>& steps) {
         Table shortened = *this;
@@ -120,6 +159,7 @@ void Table::fit(std::size_t most) {
         giveWay(column);
     dropEmptyColumns();
     cutTo(most);
+    if (columns.back().wraps) wrapLast(most);
 }
 
 void Table::print(Terminal& terminal) const {

@@ -15,7 +15,8 @@ std::string bar(double fraction, std::size_t width);
 
 /// Rows of aligned columns, two spaces apart. A row of one cell stands across all of them. Without
 /// any title there is no row of titles. Where a line of the terminal has no room for all columns,
-/// some give way in turn, until those have it that may be cut; then these become narrower.
+/// some give way in turn, until those have it that may be cut; then these become narrower. A last
+/// column of sentences goes on below instead.
 class Table {
   public:
     struct Cell {
@@ -29,6 +30,7 @@ class Table {
         Align align = Align::left;
         std::optional<Cut> cut = {}; ///< none where each letter counts
         std::size_t least = 8;       ///< what is left of it when it is cut, in columns of letters
+        bool wraps = false;          ///< at blanks, the last column alone
     };
 
     /// `yielding`: which column gives way first, which next; one more than once where its cells
@@ -44,6 +46,7 @@ class Table {
     void giveWay(std::size_t column);
     void dropEmptyColumns();
     void cutTo(std::size_t most);
+    void wrapLast(std::size_t most);
     void fit(std::size_t most);
 
     std::vector<Column> columns;
