@@ -316,14 +316,15 @@ TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
     EXPECT_EQ(untouched, 0);
 
     // Emptied, it is what it was as soon as anything is written.
-    replace("[General]\nclaudeLiveLimits=false\n");
+    replace("[General]\nclaudeLiveLimits=false\n\n[menuBarWindows]\ncodex=weekly\n");
     EXPECT_TRUE(until([&] { return !application.preferences.claudeLiveLimits; }));
     std::ofstream(file) << "[General]\n";
     application.preferences.reload();
     EXPECT_FALSE(application.preferences.claudeLiveLimits);
-    application.preferences.popoverTab = PopoverTab::stats;
+    application.preferences.setLastPruneAt(dateFromUnixSeconds(1773100800));
     EXPECT_TRUE(application.preferences.save());
-    EXPECT_THAT(contents(), HasSubstr("claudeLiveLimits=false"));
+    EXPECT_THAT(contents(),
+                AllOf(HasSubstr("claudeLiveLimits=false"), HasSubstr("codex=weekly")));
 
     // What both change at the same time, both keep.
     replace("[General]\nsummaryUnit=tokens\n");

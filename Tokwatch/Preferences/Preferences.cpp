@@ -23,10 +23,10 @@ Preferences::Preferences(QSettings& settings)
                      ProviderID::claude),
       showResetTime(list, "showResetTime", "the time of the reset beside the number", true),
       menuBarWindows(list, "menuBarWindows", "the limit shown for each provider", {}),
-      warningThreshold(list, "warningThreshold", "the fraction left below which a limit warns",
+      warningThreshold(list, "warningThreshold", "the fraction left at which a limit warns",
                        Thresholds().warning, Thresholds::acceptedWarning, "a number from 0.1 to 1"),
       criticalThreshold(
-          list, "criticalThreshold", "the fraction left below which a limit is critical",
+          list, "criticalThreshold", "the fraction left at which a limit is critical",
           Thresholds().critical,
           [this](double value) {
               return Thresholds::acceptedCritical(value, warningThreshold.peek());
@@ -70,7 +70,9 @@ std::optional<Date> Preferences::lastPruneAt() const {
 }
 
 void Preferences::setLastPruneAt(Date date) {
-    if (prepareStorage(list.storage)) list.storage.setValue(lastPruneKey, unixSeconds(date));
+    if (!prepareStorage(list.storage)) return;
+    list.storage.setValue(lastPruneKey, unixSeconds(date));
+    list.onStore();
 }
 
 std::unique_ptr<QSettings> userSettings() {

@@ -38,7 +38,8 @@ struct SettingList {
     QSettings& storage;
     std::vector<AnySetting*> all = {};
     std::vector<KeptValue> kept = {};
-    /// Called after each change, whether it could be stored or not.
+    /// To be called after whatever is written, and after each change, whether it could be stored or
+    /// not.
     std::function<void()> onStore = {};
 };
 
@@ -137,7 +138,7 @@ class Setting final : public AnySetting {
         state.setValue(accept ? accept(std::move(value)) : std::move(value));
     }
     void store() override {
-        if (chosen.value()) storeSetting(settings, name, state.valueBypassingBindings());
+        if (chosen.value() || !(peek() == fallback)) storeSetting(settings, name, peek());
     }
     std::optional<std::string> takenInstead(const StoredEntries& entries) const override {
         auto [value, isWhole] = taken(entries);

@@ -55,6 +55,7 @@ void UpdatePreferences::setMemory(const Memory& memory) {
     // In letters alone: line feeds of a document would be escaped twice over.
     storeText(stored, manifestKey, memory.manifest.toBase64().toStdString());
     storeText(stored, signatureKey, memory.signature.toBase64().toStdString());
+    list.onStore();
 }
 
 std::filesystem::path updateSettingsPath() {
