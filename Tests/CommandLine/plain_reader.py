@@ -113,7 +113,10 @@ class Reader:
             for path in sorted((self.home / root).rglob("*.jsonl"), key=str):
                 yield from ((provider, event) for event in self.new_events(path, parse, waits))
         for path in sorted((self.home / ".grok/sessions").rglob("usage.json"), key=str):
-            yield from (("grok", event) for event in grok_events(parsed(path.read_bytes())))
+            turns = {}
+            for event in grok_events(parsed(path.read_bytes())):
+                turns.setdefault(event.key, event)
+            yield from (("grok", event) for event in turns.values())
 
     def new_events(self, path, parse, waits):
         text, inode = path.read_bytes(), path.stat().st_ino

@@ -109,7 +109,8 @@ void ResponseReader::add(const UsageEvent& event, std::string_view directory, bo
         positions.try_emplace(response.key, static_cast<std::uint32_t>(found.responses.size()));
     if (isNew) {
         found.responses.push_back(response);
-    } else {
+    } else if (traits(found.provider).logFormat != LogFormat::grokDocument) {
+        // Of a document, all of which is given to the store at once, the first counts there.
         Response& known = found.responses[position->second];
         if (keep == KeepLines::all && known.tokens != response.tokens)
             found.replaced.push_back(known);

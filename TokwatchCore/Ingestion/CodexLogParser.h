@@ -26,9 +26,9 @@ struct CodexLine {
 };
 
 /// Turns lines of Codex's session logs into events and limits. A log names its session ("session")
-/// and model
-/// ("model") once, in lines before those that need them; both are kept in `context`, which the
-/// file's cursor carries from one pass to the next. One parser belongs to one thread at a time.
+/// and model ("model") once, in lines before those that need them; both are kept in `context`,
+/// which the file's cursor carries from one pass to the next. One parser belongs to one thread at a
+/// time.
 class CodexLogParser {
   public:
     std::map<std::string, std::string> context;

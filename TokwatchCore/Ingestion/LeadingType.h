@@ -18,8 +18,8 @@ struct LeadingType {
 
 /// Reads the plain fields at the front of a line up to its "type". Most lines of a log are long and
 /// none of our business, and say so within their first hundred bytes; this finds it out without
-/// looking at the rest. Where a line repeats the key, the first one counts, here and in the
-/// parsers.
+/// looking at the rest. Where a line repeats the key, the first that is a text counts, here and in
+/// the parsers.
 LeadingType leadingType(std::string_view line);
 
 } // namespace tokwatch

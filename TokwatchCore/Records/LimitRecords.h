@@ -101,7 +101,8 @@ using LimitsByProvider = std::map<ProviderID, ProviderLimits>;
 /// a thousand windows would keep every surface busy drawing them. Real answers have two to six.
 inline constexpr std::size_t mostWindows = 32;
 
-/// The plan name as shown: first letter upper-cased, the rest as given; absent for an empty name.
+/// The plan name as shown: first letter upper-cased, the rest as given up to the length of
+/// `boundedName`; absent for an empty name.
 std::optional<std::string> planName(std::string_view raw);
 
 /// Percent to a fraction within 0…1; what is not a number counts as 0.

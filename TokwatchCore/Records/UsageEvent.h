@@ -23,10 +23,10 @@ struct UsageEvent {
     friend bool operator==(const UsageEvent&, const UsageEvent&) = default;
 };
 
-/// "codex, gpt-5, 2026-03-10": whose usage it is, for messages.
-inline std::string usageOrigin(ProviderID provider, std::string_view model, std::string_view day) {
+/// "codex, gpt-5, 2026-03-10": whose usage it is, for messages. `when`: its day or its moment.
+inline std::string usageOrigin(ProviderID provider, std::string_view model, std::string_view when) {
     std::string text(rawValue(provider));
-    text.append(", ").append(model).append(", ").append(day);
+    text.append(", ").append(model).append(", ").append(when);
     return text;
 }
 

@@ -31,15 +31,16 @@ class Scanner {
         return true;
     }
 
-    /// The digits after a decimal point as a fraction of a second.
+    /// The digits after a decimal point as a fraction of a second, to the nanosecond.
     bool fraction(double& value) {
         std::int64_t numerator = 0;
         double denominator = 1;
         int count = 0;
         while (!rest.empty() && rest.front() >= '0' && rest.front() <= '9') {
-            if (++count > 9) return false;
-            numerator = numerator * 10 + (rest.front() - '0');
-            denominator *= 10;
+            if (++count <= 9) {
+                numerator = numerator * 10 + (rest.front() - '0');
+                denominator *= 10;
+            }
             rest.remove_prefix(1);
         }
         value = static_cast<double>(numerator) / denominator;

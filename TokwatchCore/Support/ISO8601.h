@@ -8,7 +8,7 @@
 
 namespace tokwatch {
 
-/// Parses an internet date-time: "YYYY-MM-DDTHH:MM:SS", an optional fraction of 1 to 9 digits, then
+/// Parses an internet date-time: "YYYY-MM-DDTHH:MM:SS", an optional fraction, then
 /// "Z" or an offset "±HH:MM" ("±HHMM" too). No other text around it. Absent when the text is not
 /// one. Called for every countable log line, hence no locale, no allocation.
 std::optional<Date> parseISO8601(std::string_view text);
