@@ -38,6 +38,35 @@ TEST_F(IndexerFailureTest, CountsNothingThatIsOpenOfAFileThatWasReplacedMeanwhil
     EXPECT_THAT(reader.next()->events, IsEmpty()) << "nothing waits for the end of the file";
 }
 
+TEST_F(IndexerFailureTest, ReadsAgainWhatItStoredElsewhereAndWhatIsToBeReadAgain) {
+    for (const bool isAnotherFile : {true, false}) {
+        home.write(claudeLog, ClaudeResponse{"msg_1"}.line());
+        store = std::make_shared<UsageStore>(home / "data/usage.sqlite");
+        ingest = {};
+        service.reset();
+        index();
+        service.reset();
+        ingest = [&](std::span<const UsageEvent> events, const Calendar& calendar) {
+            const std::int64_t added = store->ingest(events, calendar);
+            if (isAnotherFile) {
+                std::filesystem::remove_all(home / "data");
+                EXPECT_TRUE(store->reattach());
+            } else {
+                store->resetCursors(ProviderID::claude);
+            }
+            ingest = {};
+            return added;
+        };
+        home.append(claudeLog, ClaudeResponse{"msg_2"}.line());
+        index();
+        service.reset();
+        index();
+        EXPECT_EQ(summary().tokens.output, 10);
+        EXPECT_EQ(indexer().statistics().providers[0].bytesRead,
+                  std::filesystem::file_size(home / claudeLog));
+    }
+}
+
 /// With others of its file behind it that could be: in the same group of slices, and in a later
 /// one.
 TEST_F(IndexerFailureTest, NeverMovesACursorPastASliceThatIsNotStored) {

@@ -83,7 +83,7 @@ TEST_F(UsageStoreTest, KeepsCursorsAndLimits) {
     store->save(first);
     EXPECT_EQ(store->cursor(first.path), first);
     const std::vector<FileCursor> both{{first.path, 7, 10, {}}, {"/b", 1, 2, {}}};
-    store->save(both);
+    EXPECT_TRUE(store->save(both, store->generation()));
     EXPECT_EQ(store->cursor(first.path), both[0]);
     EXPECT_EQ(store->cursorTexts().size(), 2U);
 
@@ -121,7 +121,7 @@ TEST_F(UsageStoreTest, ResetsTheCursorsOfOneProvider) {
     const std::vector<FileCursor> cursors{{"/a", 1, 1, {{"provider", "claude"}}},
                                           {"/b", 1, 1, {{"provider", "codex"}}},
                                           {"/c", 1, 1, {}}};
-    store->save(cursors);
+    EXPECT_TRUE(store->save(cursors, store->generation()));
     rows("INSERT INTO cursors VALUES('/broken', '{\"provider\":\"claude\"')");
     store->resetCursors(ProviderID::claude);
     EXPECT_THAT(rows("SELECT path FROM cursors ORDER BY path"), ElementsAre("/b", "/broken", "/c"));

@@ -63,6 +63,7 @@ void logFailure(const PendingFile& pending, const std::string& reason) {
 IndexPass::IndexPass(Surroundings given) : surroundings(given), groupEvents(firstGroupEvents) {}
 
 IndexOutcome IndexPass::run() {
+    generation = surroundings.store.generation();
     findPending();
     std::int64_t unread = 0;
     for (const Part& part : parts)
@@ -175,7 +176,7 @@ void IndexPass::readInline() {
     SliceReader reader(files, surroundings.now);
     for (std::size_t file = 0; file < files.size(); ++file) {
         reader.begin(file);
-        while (!surroundings.stop) {
+        while (!isOver()) {
             std::optional<Slice> slice = reader.next();
             if (!slice) break;
             take(std::move(*slice));
@@ -191,7 +192,7 @@ void IndexPass::readAhead(std::size_t readers) {
         return readInline(); // the system allows no more threads
     }
     events.reserve(groupEventLimit); // not moved as they become more
-    while (!surroundings.stop) {
+    while (!isOver()) {
         std::optional<Slice> slice = ahead->next();
         if (!slice) return;
         take(std::move(*slice));
@@ -256,7 +257,7 @@ void IndexPass::flush() {
         // database alone.
         if (!events.empty()) addEvents(events);
         if (codexLimitsPending) storeCodexLimits();
-        if (!cursors.empty()) surroundings.store.save(cursors);
+        if (!cursors.empty()) save(cursors);
         isAnythingStored = isAnythingStored || !events.empty() || !cursors.empty();
     } catch (const UsageStoreError& error) {
         // The lock's holder is not going to be quicker for a single slice, and each try waits.
@@ -276,6 +277,10 @@ void IndexPass::addEvents(std::span<const UsageEvent> batch) {
     present->statistics.newEvents += added;
 }
 
+void IndexPass::save(std::span<const FileCursor> cursors) {
+    if (!surroundings.store.save(cursors, generation)) isOvertaken = true;
+}
+
 void IndexPass::storeCodexLimits() {
     // What was fetched meanwhile may be newer than what Codex last wrote into its log.
     if (surroundings.store.setLimitsIfNewer(*codexLimits, ProviderID::codex, surroundings.now()))
@@ -290,7 +295,7 @@ void IndexPass::storeOneByOne() {
         try {
             if (slice.count > 0) addEvents(std::span(events).subspan(slice.first, slice.count));
             if (codexLimitsPending) storeCodexLimits();
-            if (slice.cursorMoved) surroundings.store.save(slice.cursor);
+            if (slice.cursorMoved) save(std::span(&slice.cursor, 1));
         } catch (const UsageStoreError& error) {
             giveUp(slice.file, error.what());
         }

@@ -21,7 +21,9 @@ namespace tokwatch {
 /// timing or on their number.
 ///
 /// Slices are stored in groups: the events of a group in one transaction, then its cursors in
-/// another. A pass that dies in between finds its events already seen the next time.
+/// another. A pass that dies in between finds its events already seen the next time. Cursors belong
+/// to what the store held as they were loaded: where its file becomes another one, or they are
+/// reset, the pass ends, and whoever did that asks for a new one.
 class IndexPass {
   public:
     struct Surroundings {
@@ -84,7 +86,9 @@ class IndexPass {
     void take(Slice slice);
     void noteCodexLimits(std::optional<ProviderLimits> limits);
     void flush();
+    bool isOver() const { return isOvertaken || surroundings.stop; }
     void addEvents(std::span<const UsageEvent> batch);
+    void save(std::span<const FileCursor> cursors);
     void storeCodexLimits();
     void storeOneByOne();
     void giveUpGroup(const std::string& reason);
@@ -104,7 +108,9 @@ class IndexPass {
     std::optional<ProviderLimits> codexLimits; ///< the newest of this pass
     bool codexLimitsPending = false;           ///< not stored yet
     bool isAnythingStored = false;
-    Part* present = nullptr; ///< whose slices are being taken
+    std::uint64_t generation = 0; ///< of the store, as the cursors were loaded
+    bool isOvertaken = false;     ///< the store is of another one
+    Part* present = nullptr;      ///< whose slices are being taken
     std::int64_t unreadableFiles = 0;
     std::int64_t unreadableFolders = 0;
     std::vector<std::string> unlisted;

@@ -168,11 +168,13 @@ bool UsageStore::reattach() {
     std::unique_ptr<sqlite::Connection> meanwhile = openInMemory();
     carryLimits(*db, *meanwhile);
     db = std::move(meanwhile);
+    ++contents;
     setIdentity(std::nullopt);
     std::unique_ptr<sqlite::Connection> opened =
         sqlite::openTables(file, reattachPatience, usageTables);
     carryLimits(*db, *opened);
     db = std::move(opened);
+    ++contents;
     setIdentity(identityOf(file));
     return true;
 }
@@ -220,17 +222,24 @@ bool UsageStore::isUnread() {
     return !query->step();
 }
 
+std::uint64_t UsageStore::generation() {
+    const std::lock_guard lock(queue);
+    return contents;
+}
+
 void UsageStore::save(const FileCursor& cursor) {
     const std::lock_guard lock(queue);
     write(*db, cursor);
 }
 
-void UsageStore::save(std::span<const FileCursor> cursors) {
+bool UsageStore::save(std::span<const FileCursor> cursors, std::uint64_t loadedFrom) {
     const std::lock_guard lock(queue);
+    if (loadedFrom != contents) return false;
     sqlite::Transaction transaction(*db);
     for (const FileCursor& cursor : cursors)
         write(*db, cursor);
     transaction.commit();
+    return true;
 }
 
 void UsageStore::resetCursors(ProviderID provider) {
@@ -248,6 +257,7 @@ void UsageStore::resetCursors(ProviderID provider) {
         db->statement("DELETE FROM cursors WHERE path = ?1").bind(1, path).run();
     }
     transaction.commit();
+    ++contents;
 }
 
 std::optional<ProviderLimits> UsageStore::limits(ProviderID provider) {

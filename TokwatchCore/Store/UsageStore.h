@@ -86,9 +86,14 @@ class UsageStore {
     /// Whether no file was ever read into it.
     bool isUnread();
 
+    /// Another number once the store holds something else than cursors that were loaded before went
+    /// on from: its file is another one, or cursors were reset.
+    std::uint64_t generation();
+
     void save(const FileCursor& cursor);
-    /// Several cursors in one transaction.
-    void save(std::span<const FileCursor> cursors);
+    /// Several cursors in one transaction. False, and none saved, where the store is of another
+    /// generation by now, which may not have what they have passed.
+    bool save(std::span<const FileCursor> cursors, std::uint64_t loadedFrom);
 
     /// Forgets the read positions of one provider's files, so that the next pass reads them from
     /// the start; what was counted stays counted once.
@@ -145,6 +150,7 @@ class UsageStore {
     const std::filesystem::path file;
     std::mutex queue; ///< entered for the whole of every operation
     std::unique_ptr<sqlite::Connection> db;
+    std::uint64_t contents = 0; ///< the present generation
     mutable std::mutex identityMutex;
     std::optional<FileIdentity> identity; ///< of the open file; none in memory
 };
