@@ -204,7 +204,7 @@ void InotifyStream::openRoot(Root& root, const std::string& path, std::optional<
     const auto report = [this, since](int directory, const char* name, const std::string& file) {
         struct stat status {};
         if (since && fstatat(directory, name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-            isAtOrAfter(status.st_mtim, *since))
+            isAtOrAfter(status.st_ctim, *since)) // a moved file keeps when it was written
             add(file);
     };
     root.watch = watches->addRoot(path, report);

@@ -8,9 +8,11 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <ctime>
 #include <fstream>
 #include <functional>
 #include <mutex>
+#include <thread>
 
 namespace tokwatch {
 namespace {
@@ -59,7 +61,16 @@ class InotifyStreamTest : public ::testing::Test {
     InotifyStreamTest() {
         fs::create_directories(root / "project");
         write("project/before.jsonl");
-        fs::last_write_time(root / "project/before.jsonl", fs::file_time_type::clock::now() - 1h);
+        // The clock that dates files goes by ticks: within this one it says when the stream starts.
+        const auto written = moment(CLOCK_REALTIME);
+        while (moment(CLOCK_REALTIME_COARSE) <= written)
+            std::this_thread::yield();
+    }
+
+    static std::pair<time_t, long> moment(clockid_t clock) {
+        timespec now{};
+        clock_gettime(clock, &now);
+        return {now.tv_sec, now.tv_nsec};
     }
 
     void start(const std::vector<fs::path>& paths, std::size_t limit = 1000) {

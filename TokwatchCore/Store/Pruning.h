@@ -11,9 +11,9 @@ namespace tokwatch {
 /// So many days before the present one the store keeps.
 inline constexpr int keptDays = 90;
 
-/// A moment in the last day that is deleted: the kept ones are those before the present, or before
-/// the last day with usage where that is earlier, since a clock that is a year ahead for an hour
-/// must not empty the store. `newestDay` as "2025-01-31".
+/// A moment in the first day that is kept, so many days before the present one, or before the last
+/// day with usage where that is earlier: a clock that is a year ahead for an hour must not empty the
+/// store. `newestDay` as "2025-01-31".
 Date pruneLimit(Date now, const std::optional<std::string>& newestDay, const Calendar& calendar);
 
 } // namespace tokwatch

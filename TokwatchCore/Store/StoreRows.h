@@ -12,8 +12,14 @@
 /// How the rows of the usage store's tables are read. Failures are UsageStoreErrors.
 namespace tokwatch {
 
-/// Of a row of "SELECT * FROM daily". None of a provider that only a later version of the program
-/// knows: it has no files that this one reads, and is not ours to show.
+/// All rows of usage, each for `dailyRowIn`; the second those of the days ?1 to ?2. By their names,
+/// as a later version of the program may have more columns in any order.
+inline constexpr const char* selectUsage =
+    "SELECT provider, model, day, uncached, cache_read, w5m, w1h, output, reasoning, reported_usd FROM daily";
+inline constexpr const char* selectUsageOfDays =
+    "SELECT provider, model, day, uncached, cache_read, w5m, w1h, output, reasoning, reported_usd FROM daily WHERE day >= ?1 AND day <= ?2";
+/// None of a provider that only a later version of the program knows: it has no files that this one
+/// reads, and is not ours to show.
 std::optional<DailyRow> dailyRowIn(const sqlite::Use& row);
 
 using CursorRowVisitor = std::function<void(std::string_view path, std::string_view json)>;

@@ -16,7 +16,7 @@ StoredAccounts::~StoredAccounts() = default;
 
 std::vector<DailyRow> StoredAccounts::rows() {
     std::vector<DailyRow> rows;
-    const sqlite::Use query(db->statement("SELECT * FROM daily"));
+    const sqlite::Use query(db->statement(selectUsage));
     while (query->step())
         if (std::optional<DailyRow> row = dailyRowIn(query)) rows.push_back(*std::move(row));
     return rows;

@@ -330,7 +330,7 @@ UsageSummary UsageStore::summary(std::int64_t days, Date now, const Calendar& ca
     std::vector<SessionCount> sessions;
     {
         const std::lock_guard lock(queue);
-        const sqlite::Use daily(db->statement("SELECT * FROM daily WHERE day >= ?1 AND day <= ?2"));
+        const sqlite::Use daily(db->statement(selectUsageOfDays));
         daily->bind(1, window.firstKey()).bind(2, window.todayKey);
         while (daily->step())
             if (std::optional<DailyRow> row = dailyRowIn(daily)) rows.push_back(*std::move(row));
