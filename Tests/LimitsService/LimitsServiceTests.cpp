@@ -227,8 +227,19 @@ TEST_F(LimitsServiceTest, ShowsWhatIsStoredAsStaleUnlessItIsRecent) {
     told.windows[0].source = LimitSource::local(time.now());
     refresh(true);
     store->setLimits(told, ProviderID::claude);
-    answer(ProviderStatus::unavailable);
-    EXPECT_EQ(updates.back(), told.markedStale()) << "what the logs told needs no login";
+    for (int failure = 0; failure < 2; ++failure) {
+        answer(ProviderStatus::unavailable);
+        EXPECT_EQ(updates.back(), told.markedStale()) << "what the logs told needs no login";
+        pass(300);
+    }
+    // A failure beside numbers that were stored before it, while the logs told newer ones.
+    ProviderLimits failed = told.markedStale();
+    failed.status = ProviderStatus::unreachable;
+    told = someLimits(time.now(), 0.9);
+    store->setLimits(told, ProviderID::claude);
+    answer(failed);
+    EXPECT_EQ(updates.back(), told);
+    EXPECT_EQ(store->limits(ProviderID::claude), told);
 }
 
 TEST_F(LimitsServiceTest, NeverTouchesClaudeWhileItsLiveLimitsAreOffAndTakesItBack) {

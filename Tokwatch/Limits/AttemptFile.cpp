@@ -63,6 +63,15 @@ std::filesystem::path fileIn(const std::filesystem::path& directory) {
     return directory / "attempts.json";
 }
 
+/// One that cannot be read, of a later version, counts as none and says nothing of the others.
+void addReadable(Records& records, ProviderID provider, const Json& record) {
+    try {
+        records.emplace(provider, decode<AttemptRecord>(record));
+    } catch (const DecodingError&) {
+        records.erase(provider);
+    }
+}
+
 Records readRecords(const std::filesystem::path& directory) {
     Records records;
     try {
@@ -72,7 +81,7 @@ Records readRecords(const std::filesystem::path& directory) {
         for (const ProviderID provider : allCases<ProviderID>) {
             const std::string key(rawValue(provider));
             if (const Json* record = coding::optional(coding::object(json), key.c_str()))
-                records.emplace(provider, decode<AttemptRecord>(*record));
+                addReadable(records, provider, *record);
         }
     } catch (const DecodingError&) {
         // Whoever wrote that, the next attempt replaces it.

@@ -17,12 +17,8 @@ constexpr Seconds networkPatience{15};
 /// How long after a sleep an unreachable service says nothing about the service.
 constexpr Seconds wakingTime{60};
 /// An attempt that has no status after this belongs to a process that was killed: a fetch takes no
-/// longer.
+/// longer, unless a keyring has to be asked that does not answer.
 constexpr Seconds longestFetch{20};
-
-bool broughtNothing(const ProviderLimits& fresh) {
-    return fresh.status != ProviderStatus::ok && fresh.windows.empty();
-}
 
 } // namespace
 
@@ -321,7 +317,7 @@ QCoro::Task<> LimitsService::fetch(ProviderID id, Claim claim) {
 
 /// Answers what is there to show.
 QFuture<ProviderLimits> LimitsService::store(ProviderID id, const ProviderLimits& fresh) {
-    if (broughtNothing(fresh)) return results->setFailure(fresh, id);
+    if (fresh.status != ProviderStatus::ok) return results->setFailure(fresh, id);
     return results->setLimits(fresh, id).then([fresh] { return fresh; });
 }
 
@@ -353,12 +349,12 @@ QCoro::Task<> LimitsService::showStored(ProviderID id) {
     const QFuture<std::optional<ProviderLimits>> reading = results->limits(id);
     const std::optional<ProviderLimits> stored = co_await reading;
     if (weak.expired() || isGated(id) || !stored) co_return;
-    update(id, aged(*stored));
+    update(id, aged(*stored, providers.at(id)->freshness().value_or(RefreshPolicy::baseInterval)));
 }
 
 /// What is not recent is stale: it stands where a fetch would have brought newer numbers.
-ProviderLimits LimitsService::aged(const ProviderLimits& limits) const {
-    const bool isRecent = std::chrono::abs(now() - limits.fetchedAt) <= RefreshPolicy::baseInterval;
+ProviderLimits LimitsService::aged(const ProviderLimits& limits, Seconds freshness) const {
+    const bool isRecent = std::chrono::abs(now() - limits.fetchedAt) <= freshness;
     return isRecent ? limits : limits.markedStale();
 }
 

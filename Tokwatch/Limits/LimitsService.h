@@ -131,7 +131,7 @@ class LimitsService {
     QFuture<ProviderLimits> store(ProviderID id, const ProviderLimits& fresh);
     QFuture<AttemptLedger::Entry> note(ProviderID id, Date attempt, ProviderStatus outcome);
     bool isAfterSleep(Date attempt) const;
-    ProviderLimits aged(const ProviderLimits& limits) const;
+    ProviderLimits aged(const ProviderLimits& limits, Seconds freshness) const;
     void update(ProviderID id, const ProviderLimits& limits) const;
     void tellTimes(ProviderID id) const;
 

@@ -27,7 +27,8 @@ struct RefreshPolicy {
                             Date now);
 
     /// The time since `moment`; endless when there was none, and when it lies in the future: then
-    /// the clock was set back, and waiting for it could take years.
+    /// the clock was set back, and waiting for it could take years. Of an attempt `LimitsService`
+    /// notes that first, so that not each such jump asks anew.
     static Seconds elapsed(std::optional<Date> moment, Date now);
 };
 

@@ -18,7 +18,7 @@ namespace {
 
 /// How old stored numbers may be for the endpoint not to be asked. So much ahead they may be, too,
 /// as clocks differ; what is dated later was noted by a clock that has been set back since.
-constexpr Seconds freshness{600};
+constexpr Seconds freshFor{600};
 
 /// Codex's login.
 struct Login {
@@ -47,7 +47,7 @@ std::optional<Login> readLogin(CredentialSource& credentials, const std::filesys
 /// may have signed in since.
 bool sparesTheEndpoint(const ProviderLimits& stored, Date now) {
     return stored.status == ProviderStatus::ok && !stored.windows.empty() &&
-           std::chrono::abs(now - stored.fetchedAt) <= freshness;
+           std::chrono::abs(now - stored.fetchedAt) <= freshFor;
 }
 
 HTTPRequest usageRequest(const Login& login) {
@@ -85,7 +85,7 @@ ProviderLimits combine(ProviderLimits live, const std::optional<ProviderLimits>&
     if (!stored) return live;
     if (live.status == ProviderStatus::ok) {
         const Seconds ahead = stored->fetchedAt - live.fetchedAt;
-        return ahead > Seconds{0} && ahead <= freshness ? stored->markedStale() : live;
+        return ahead > Seconds{0} && ahead <= freshFor ? stored->markedStale() : live;
     }
     if (stored->windows.empty()) return live;
     ProviderLimits limits = stored->markedStale();
@@ -102,6 +102,10 @@ CodexLimitsProvider::CodexLimitsProvider(std::shared_ptr<LimitsCache> limits,
                                          std::filesystem::path login)
     : cache(std::move(limits)), credentials(std::move(source)), http(std::move(client)),
       authFile(std::move(login)) {}
+
+std::optional<Seconds> CodexLimitsProvider::freshness() const {
+    return freshFor;
+}
 
 QCoro::Task<ProviderLimits> CodexLimitsProvider::fetch(Date now) {
     const auto source = credentials; // the provider may be gone after the first wait

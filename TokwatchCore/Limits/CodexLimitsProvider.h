@@ -13,9 +13,10 @@ namespace tokwatch {
 
 class LimitsCache;
 
-/// The limits of a Codex user: those in the store, which the indexer reads from Codex's logs, while
-/// they are at most ten minutes old and no failure; after that ChatGPT's usage endpoint, asked with
-/// the login in Codex's own file. Stored windows take the place of a failure, marked stale.
+/// The limits of a Codex user: those in the store, of the endpoint or read from Codex's logs by the
+/// indexer, while they are at most ten minutes old and no failure; after that ChatGPT's usage
+/// endpoint, asked with the login in Codex's own file. Stored windows take the place of a failure,
+/// marked stale.
 class CodexLimitsProvider final : public LimitsProvider {
   public:
     /// Without an HTTP client there are the stored numbers only.
@@ -24,6 +25,7 @@ class CodexLimitsProvider final : public LimitsProvider {
                         std::shared_ptr<HTTPClient> http, std::filesystem::path authFile);
 
     QCoro::Task<ProviderLimits> fetch(Date now) override;
+    std::optional<Seconds> freshness() const override;
 
   private:
     std::shared_ptr<LimitsCache> cache;

@@ -9,19 +9,26 @@
 namespace tokwatch {
 namespace {
 
-bool isTold(const LimitWindow& window) {
-    return std::holds_alternative<LimitSource::Local>(window.source.value);
+bool isLive(const LimitWindow& window) {
+    return std::holds_alternative<LimitSource::Live>(window.source.value);
+}
+
+/// Whether the numbers are those that the assistant itself told here, which needs no login: such
+/// stay good when they grow stale.
+bool isTold(const ProviderLimits& limits) {
+    return limits.status == ProviderStatus::ok && !limits.windows.empty() &&
+           std::ranges::none_of(limits.windows, isLive);
 }
 
 /// What there is to show after an attempt that brought no numbers: the stored ones, marked stale.
 ProviderLimits afterFailure(const ProviderLimits& failure,
                             const std::optional<ProviderLimits>& stored) {
     if (!stored || (stored->windows.empty() && !stored->credits)) return failure;
+    // It is beside stored numbers already; others may have come since those were read.
+    if (!failure.windows.empty()) return stored->fetchedAt > failure.fetchedAt ? *stored : failure;
     ProviderLimits result = stored->markedStale();
-    // What the assistant itself told here needs no login.
-    const bool isEnough = failure.status == ProviderStatus::unavailable &&
-                          std::ranges::any_of(stored->windows, isTold);
-    if (!isEnough) result.status = failure.status;
+    if (failure.status != ProviderStatus::unavailable || !isTold(*stored))
+        result.status = failure.status;
     return result;
 }
 

@@ -24,9 +24,9 @@ class LimitsCache {
     QFuture<std::optional<ProviderLimits>> limits(ProviderID provider);
     /// A result that cannot be stored is lost; the next one is stored again.
     QFuture<void> setLimits(ProviderLimits limits, ProviderID provider);
-    /// Stores an attempt that brought no numbers, beside those that are stored, and answers what
-    /// is there then. At once, so that numbers which a pass over the logs stores meanwhile are
-    /// neither lost nor missed.
+    /// Stores an attempt that brought no numbers but such as were stored before it, if any, beside
+    /// those that are stored, and answers what is there then. At once, so that numbers which a pass
+    /// over the logs stores meanwhile are neither lost nor missed.
     QFuture<ProviderLimits> setFailure(ProviderLimits failure, ProviderID provider);
 
   private:

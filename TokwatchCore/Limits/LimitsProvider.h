@@ -5,6 +5,8 @@
 
 #include <QCoroTask>
 
+#include <optional>
+
 namespace tokwatch {
 
 /// A source of one provider's limits. Used on the main thread; fetches may overlap, and one that is
@@ -13,10 +15,14 @@ class LimitsProvider {
   public:
     virtual ~LimitsProvider() = default;
 
-    /// The limits as of now: `fetchedAt` is `now`, but of what the assistant wrote into its logs
-    /// lately and nobody had to be asked for. Never throws: a failure is the result's status,
-    /// normally without windows.
+    /// The limits as of now: `fetchedAt` is `now`, but of numbers that were stored before, fresh
+    /// ones that spare the question and such as stand in, marked stale, where it failed. Never
+    /// throws: a failure is the result's status, normally without windows.
     virtual QCoro::Task<ProviderLimits> fetch(Date now) = 0;
+
+    /// How old stored numbers may be to pass for what `fetch` would bring, where that is another
+    /// time than between two fetches.
+    virtual std::optional<Seconds> freshness() const { return std::nullopt; }
 };
 
 } // namespace tokwatch

@@ -41,8 +41,9 @@ class URLSessionHTTPClient final : public HTTPClient {
     QCoro::Task<HTTPResponse> send(HTTPRequest request) override;
 
     /// Whether a server's name may still be looked up, by a thread that nothing can interrupt,
-    /// though its exchange has ended: for half a minute where name servers do not answer. Qt waits
-    /// for such threads when the application object goes, and again when the process exits.
+    /// though its exchange has ended: for half a minute where name servers do not answer, as far as
+    /// is known also after that where the exchange ended first. Qt waits for such threads when the
+    /// application object goes, and again when the process exits.
     static bool mayBeLookingUp();
 
   private:
