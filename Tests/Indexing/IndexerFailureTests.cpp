@@ -100,6 +100,22 @@ TEST_F(IndexerFailureTest, WaitsAsLongForAResponseWhereItWasStoppedMeanwhile) {
     }
 }
 
+/// A program that is stopped, or sleeps, after it listed the logs finds them longer by slices.
+TEST_F(IndexerFailureTest, KeepsAResponseOpenAtTheListedEndOfALogThatGoesOn) {
+    ClaudeResponse response{.timestamp = "2026-03-10T12:00:00Z", .stopReason = "null"};
+    const std::vector<PendingFile> files = pendingLog(response.line());
+    response.output = 500;
+    response.stopReason = "\"end_turn\"";
+    home.append(claudeLog, noise + response.line());
+    SliceReader reader(files, time.clock());
+    reader.begin(0);
+    std::vector<std::int64_t> counted;
+    while (const std::optional<Slice> slice = reader.next())
+        for (const UsageEvent& event : slice->events)
+            counted.push_back(event.tokens.output);
+    EXPECT_THAT(counted, ElementsAre(500));
+}
+
 TEST_F(IndexerFailureTest, GoesOnPastFilesThatCannotBeReadOrStored) {
     for (const char* id : {"msg_1", "msg_2", "msg_3"})
         home.write(std::string(".claude/projects/p/\xff\n") + id + ".jsonl", // which is no text

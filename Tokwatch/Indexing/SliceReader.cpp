@@ -68,6 +68,7 @@ SliceReader::SliceReader(const std::vector<PendingFile>& pendingFiles, Clock clo
 
 void SliceReader::begin(std::size_t file) {
     present = file;
+    log = files[file].file;
     isRead = false;
     reached.reset();
     given.reset();
@@ -93,12 +94,14 @@ std::optional<Slice> SliceReader::next() {
     }
     slice.file = present;
     const bool isDocument = traits(pending.provider).logFormat == LogFormat::grokDocument;
-    isRead = isDocument || !slice.failure.empty() || isAtEnd(pending, slice.bytes);
+    isRead = isDocument || !slice.failure.empty() || isAtEnd(slice.bytes);
     return slice;
 }
 
-bool SliceReader::isAtEnd(const PendingFile& pending, std::int64_t bytes) const {
-    return bytes == 0 || reached->offset >= pending.file.attributes.size;
+/// Of what the file was when it was last read: what it was listed with may have been written over
+/// by slices since, in which its last lines go on.
+bool SliceReader::isAtEnd(std::int64_t bytes) const {
+    return bytes == 0 || reached->offset >= log.attributes.size;
 }
 
 Slice SliceReader::read(const PendingFile& pending) {
@@ -117,7 +120,8 @@ Slice SliceReader::read(const PendingFile& pending) {
 Slice SliceReader::readLines(const PendingFile& pending) {
     const Date begun = now();
     JSONLTail::Result read =
-        readSlice(pending.file, reached ? reached : pending.cursor, JSONLTail::sliceBytes, buffer);
+        readSlice(log, reached ? reached : pending.cursor, JSONLTail::sliceBytes, buffer);
+    log.attributes.size = read.fileSize;
     // What is open was read from a file that is gone.
     if (read.reset) events.clear();
     Slice slice;
@@ -130,8 +134,8 @@ Slice SliceReader::readLines(const PendingFile& pending) {
     read.cursor.context[providerEntry] = rawValue(pending.provider);
     reached = std::move(read.cursor);
     slice.cursor = *reached;
-    const bool isLast = isAtEnd(pending, slice.bytes);
-    const SliceEvents::End end{begun, now(), modifiedAt(pending.file)};
+    const bool isLast = isAtEnd(slice.bytes);
+    const SliceEvents::End end{begun, now(), modifiedAt(log)};
     slice.events = events.take(reached->offset, isLast ? std::optional(end) : std::nullopt);
     if (const std::optional<SliceEvents::Open> open = events.open()) {
         slice.cursor.offset = open->firstLine;

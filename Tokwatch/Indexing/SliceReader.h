@@ -56,11 +56,12 @@ class SliceReader {
     Slice readDocument(const PendingFile& pending);
     void parseClaude(const JSONLTail::Result& read);
     void parseCodex(Slice& slice, JSONLTail::Result& read);
-    bool isAtEnd(const PendingFile& pending, std::int64_t bytes) const;
+    bool isAtEnd(std::int64_t bytes) const;
 
     const std::vector<PendingFile>& files;
     Clock now;
     std::size_t present = 0;
+    LogFile log;                       ///< the present file, with its size as it was last read
     bool isRead = false;               ///< the present file
     std::optional<FileCursor> reached; ///< in the present file, after its slices so far
     std::optional<FileCursor> given;   ///< with the last of them
