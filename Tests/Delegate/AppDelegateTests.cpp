@@ -280,7 +280,15 @@ TEST_F(AppDelegateTest, OpensAndClosesByClicksButNotByTheOneThatClosedItNorADoub
     for (const auto& [content, height] : {std::pair{410.2, 411}, {9000.0, screenHeight * 4 / 5}}) {
         popover->rootObject()->setImplicitHeight(content);
         EXPECT_EQ(popover->height(), height);
+        settle();
+        EXPECT_EQ(popover->rootObject()->height(), height) << "its end is out of sight";
     }
+    // As large as it is when it opens.
+    closePopover();
+    popover->rootObject()->resetHeight();
+    time.jump(Seconds{1});
+    area.call("Activate", {600, 4});
+    EXPECT_EQ(popover->rootObject()->height(), screenHeight * 4 / 5);
 }
 
 TEST_F(AppDelegateTest, GivesItsMenuAtARightPressOnTheItem) {

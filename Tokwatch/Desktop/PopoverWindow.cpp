@@ -52,7 +52,9 @@ bool PopoverWindow::isOutdated() const {
     return preparedStyle != style || (panel && isRounded != kivo::isComposited());
 }
 
-/// A compositor may give a window more than it asks for; lines that long are hard to read.
+/// A compositor may give a window more than it asks for; lines that long are hard to read. The
+/// height is given, too: the toolkit does that at changes of the window's size alone, and what
+/// grows before its first one stays as high as it naturally is, with its footer out of sight.
 void PopoverWindow::fitContent() {
     const QQuickView& window = *qmlWindow.existing();
     QQuickItem* root = window.rootObject();
@@ -60,7 +62,7 @@ void PopoverWindow::fitContent() {
     const int width = std::min(window.width(), PopoverController::width);
     const int left = (window.width() - width) / 2; // on whole pixels
     root->setX(left);
-    root->setWidth(width);
+    root->setSize(QSizeF(width, window.height()));
 }
 
 bool PopoverWindow::isShown() const {
@@ -70,13 +72,17 @@ bool PopoverWindow::isShown() const {
 void PopoverWindow::show(QPoint anchor, int width, int height) {
     if (isOutdated()) qmlWindow.release();
     QQuickView& window = qmlWindow.window();
-    if (panel) return panel->open(anchor, {width, height});
-    window.setMinimumSize({width, 240});
-    window.setMaximumWidth(width);
-    window.resize(width, height);
-    window.show();
-    window.raise();
-    window.requestActivate();
+    if (panel) {
+        panel->open(anchor, {width, height});
+    } else {
+        window.setMinimumSize({width, 240});
+        window.setMaximumWidth(width);
+        window.resize(width, height);
+        window.show();
+        window.raise();
+        window.requestActivate();
+    }
+    fitContent();
 }
 
 void PopoverWindow::resize(int width, int height) {
