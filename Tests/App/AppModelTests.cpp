@@ -225,7 +225,14 @@ TEST_F(AppModelTest, PrunesOnceADayAndKeepsNinetyDays) {
     EXPECT_THAT(log.lines(), ::testing::Each(HasSubstr("Tokwatch: prune failed: ")));
     EXPECT_FALSE(preferences->lastPruneAt());
     behindTheStore("DROP TRIGGER no_delete");
+    // The logs that are there, that were deleted, and that may be on a disk which is not mounted.
+    const std::string there = home.write(".claude/projects/there.jsonl", "");
+    const std::string elsewhere = (home / ".codex/sessions/elsewhere.jsonl").string();
+    for (const std::string& path : {there, logPath("deleted.jsonl"), elsewhere})
+        store->save(FileCursor{path, 1, 1, {}});
     passAfter(0);
+    EXPECT_THAT(store->cursorTexts(),
+                ::testing::UnorderedElementsAre(::testing::Key(there), ::testing::Key(elsewhere)));
     EXPECT_EQ(days(), 2U);
     ingest(95, "later");
     passAfter(day - 3600);

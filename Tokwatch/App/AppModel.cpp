@@ -5,6 +5,7 @@
 #include "Tokwatch/App/ProgressRelay.h"
 #include "Tokwatch/Limits/LimitsService.h"
 #include "Tokwatch/Preferences/Preferences.h"
+#include "TokwatchCore/Ingestion/LogFiles.h"
 #include "TokwatchCore/Presentation/ClaudeGate.h"
 #include "TokwatchCore/Store/Pruning.h"
 #include "TokwatchCore/Store/StoredLimits.h"
@@ -345,9 +346,12 @@ QCoro::Task<> AppModel::pruneDaily() {
     isPruning = true;
     const Calendar days = surroundings.calendar();
     const QFuture<bool> pruning =
-        inBackground(surroundings.runInBackground, [now, store = surroundings.store, days] {
+        inBackground(surroundings.runInBackground, [now, store = surroundings.store, days,
+                                                    roots = surroundings.locations.allLogRoots()] {
             try {
                 store->prune(pruneLimit(now, store->newestDay(), days), days);
+                // Assistants delete their logs after a month.
+                store->dropCursors(DeletedLogs(roots));
                 return true;
             } catch (const std::exception& error) {
                 systemLog("prune failed: " + what(error));

@@ -183,6 +183,21 @@ bool isGone(const std::error_code& failure) {
     return failure == std::errc::no_such_file_or_directory || failure == std::errc::not_a_directory;
 }
 
+DeletedLogs::DeletedLogs(const std::vector<std::filesystem::path>& logRoots) {
+    for (const std::filesystem::path& root : logRoots) {
+        std::error_code problem;
+        if (!std::filesystem::is_empty(root, problem) && !problem)
+            roots.push_back(root.native() + '/');
+    }
+}
+
+bool DeletedLogs::operator()(const std::string& path) const {
+    const bool isBelow = std::ranges::any_of(
+        roots, [&path](const std::string& root) { return path.starts_with(root); });
+    struct stat status {};
+    return isBelow && ::lstat(path.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
 std::optional<LogFile> findLogFile(ProviderID provider, const std::filesystem::path& root,
                                    std::string_view path) {
     const std::optional<std::string_view> below = pathBelow(root, path);

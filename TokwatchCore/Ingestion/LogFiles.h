@@ -44,6 +44,17 @@ std::optional<std::string_view> pathBelow(const std::filesystem::path& root, std
 /// Whether a file could not be read because it was renamed or removed since it was listed.
 bool isGone(const std::error_code& failure);
 
+/// Tells which logs, by their paths as listed, are gone from the roots that hold anything: a root
+/// that is not there, or empty, may be on a disk that is not mounted.
+class DeletedLogs {
+  public:
+    explicit DeletedLogs(const std::vector<std::filesystem::path>& logRoots);
+    bool operator()(const std::string& path) const;
+
+  private:
+    std::vector<std::string> roots; ///< with a slash behind them
+};
+
 /// The one file of `findLogFiles` that is at this path, in either form; its path is in the root's.
 std::optional<LogFile> findLogFile(ProviderID provider, const std::filesystem::path& root,
                                    std::string_view path);

@@ -99,6 +99,9 @@ class UsageStore {
     /// the start; what was counted stays counted once.
     void resetCursors(ProviderID provider);
 
+    /// Forgets where the files of these paths were read to.
+    void dropCursors(const std::function<bool(const std::string& path)>& isDropped);
+
     std::optional<ProviderLimits> limits(ProviderID provider);
     void setLimits(const ProviderLimits& limits, ProviderID provider);
     /// Stores what `change` makes of the stored limits, if anything; whether it did. What nobody
