@@ -29,7 +29,7 @@ constexpr const char* upsertDaily =
 
 constexpr const char* upsertSession =
     "INSERT INTO sessions(provider, session_id, day) VALUES(?1, ?2, ?3)\n"
-    "ON CONFLICT(provider, session_id) DO UPDATE SET day = MIN(day, excluded.day)";
+    "ON CONFLICT(provider, session_id) DO UPDATE SET day = excluded.day WHERE excluded.day < day";
 
 /// How many bytes all keys begin with: the tools' keys share a prefix such as "msg_".
 std::size_t commonPrefix(std::span<const UsageEvent> events) {

@@ -35,7 +35,11 @@ constexpr const char* schema =
 /// How long moving to another file waits for others who open it.
 constexpr std::chrono::milliseconds reattachPatience{500};
 
-constexpr const char* saveCursor = "INSERT OR REPLACE INTO cursors(path, json) VALUES(?1, ?2)";
+// Replacing the row would change its index, too, which is another page of the log.
+constexpr const char* saveCursor =
+    "INSERT INTO cursors(path, json) VALUES(?1, ?2) ON CONFLICT(path) DO UPDATE SET json = excluded.json";
+constexpr const char* saveLimits =
+    "INSERT INTO limits(provider, json) VALUES(?1, ?2) ON CONFLICT(provider) DO UPDATE SET json = excluded.json";
 
 constexpr const char* selectSessions =
     "SELECT provider, day, COUNT(*) FROM sessions WHERE day >= ?1 AND day <= ?2 GROUP BY provider, day";
@@ -45,6 +49,10 @@ constexpr const char* smallCache = "PRAGMA cache_size=-2048";
 /// The first pass over years of logs inserts keys all over their index, in key order within each
 /// batch, so a page is needed once a batch and 12 MB of them are as fast as 24 MB.
 constexpr const char* largeCache = "PRAGMA cache_size=-12288";
+/// How many pages the write-ahead log takes until they are written back. In a long pass fewer
+/// checkpoints write each page less often.
+constexpr const char* fewPages = "PRAGMA wal_autocheckpoint=512";
+constexpr const char* manyPages = "PRAGMA wal_autocheckpoint=4096";
 /// A batch of so many events is one of a long pass.
 constexpr std::size_t manyEvents = 1'024;
 
@@ -59,8 +67,9 @@ void prepare(sqlite::Connection& db) {
     // keys, sums and cursors go back together.
     db.execute("PRAGMA synchronous=NORMAL");
     db.execute(smallCache);
-    // Fewer checkpoints write each page less often.
-    db.execute("PRAGMA wal_autocheckpoint=4096");
+    db.execute(fewPages);
+    // What a long pass made of it is given back with the next checkpoint.
+    db.execute("PRAGMA journal_size_limit=4194304");
 }
 
 constexpr sqlite::Tables usageTables{UsageStore::schemaVersion, schema, prepare};
@@ -86,10 +95,7 @@ std::optional<ProviderLimits> readLimits(sqlite::Connection& db, ProviderID prov
 void writeLimits(sqlite::Connection& db, const ProviderLimits& limits, ProviderID provider) {
     const std::string id(rawValue(provider));
     const std::string json = jsonText(encode(limits, DateCoding::secondsSince2001));
-    db.statement("INSERT OR REPLACE INTO limits(provider, json) VALUES(?1, ?2)")
-        .bind(1, id)
-        .bind(2, json)
-        .run();
+    db.statement(saveLimits).bind(1, id).bind(2, json).run();
 }
 
 /// Limits that `to` does not know, or only as they were earlier. Mere convenience: what fails is
@@ -191,7 +197,9 @@ std::int64_t UsageStore::dataVersion() {
 
 std::int64_t UsageStore::ingest(std::span<const UsageEvent> events, const Calendar& calendar) {
     const std::lock_guard lock(queue);
-    if (events.size() >= manyEvents) db->execute(largeCache);
+    const bool isOfLongPass = events.size() >= manyEvents;
+    if (isOfLongPass) db->execute(largeCache);
+    db->execute(isOfLongPass ? manyPages : fewPages);
     sqlite::Transaction transaction(*db);
     const std::int64_t count = EventBatch(*db, calendar).add(events);
     transaction.commit();
@@ -258,6 +266,19 @@ void UsageStore::resetCursors(ProviderID provider) {
     }
     transaction.commit();
     ++contents;
+}
+
+void UsageStore::dropCursors(const std::function<bool(const std::string& path)>& isDropped) {
+    const std::lock_guard lock(queue);
+    std::vector<std::string> dropped;
+    visitCursorRows(*db, [&](std::string_view path, std::string_view) {
+        if (std::string text(path); isDropped(text)) dropped.push_back(std::move(text));
+    });
+    if (dropped.empty()) return;
+    sqlite::Transaction transaction(*db);
+    for (const std::string& path : dropped)
+        db->statement("DELETE FROM cursors WHERE path = ?1").bind(1, path).run();
+    transaction.commit();
 }
 
 std::optional<ProviderLimits> UsageStore::limits(ProviderID provider) {
