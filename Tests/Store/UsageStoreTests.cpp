@@ -181,6 +181,47 @@ TEST_F(UsageStoreTest, SaysWhyTheFileCannotBeOpenedOrWritten) {
     EXPECT_EQ(UsageStore(file).ingest(events(0, 4), utc), 1) << "nothing may be lost";
 }
 
+TEST_F(UsageStoreTest, IsWrittenIntoNoSideFileOfAnotherUser) {
+    ingest(events(0, 3));
+    store = nullptr;
+    const auto give = [](const fs::path& what, uid_t owner) {
+        return ::lchown(what.c_str(), owner, owner) == 0;
+    };
+    if (!give(home.write("theirs", ""), 1234)) GTEST_SKIP() << "only the administrator";
+    for (const std::string suffix : {"-wal", "-shm", "-journal"}) {
+        const fs::path side = file.string() + suffix;
+        const auto isRefused = [&] {
+            bool isRead = true;
+            try {
+                UsageStore::readOnly(file);
+            } catch (const UsageStoreError&) {
+                isRead = false;
+            }
+            const bool isOpened = openFailure(file) == SQLITE_OK;
+            EXPECT_EQ(isRead, isOpened) << side;
+            fs::remove(side);
+            return !isOpened;
+        };
+        for (const uid_t user : {0U, 1234U}) {
+            give(home.write("Tokwatch/usage.sqlite" + suffix, ""), user);
+            EXPECT_EQ(isRefused(), user != 0) << side << " of " << user;
+        }
+        fs::create_symlink(home / "theirs", side);
+        EXPECT_TRUE(isRefused()) << side;
+        fs::create_hard_link(home.write("victim", ""), side);
+        EXPECT_FALSE(isRefused()) << "a copy of the user's own";
+        fs::permissions(file.parent_path(), fs::perms{01777});
+        fs::create_hard_link(home / "victim", side);
+        EXPECT_TRUE(isRefused()) << side;
+        fs::permissions(file.parent_path(), fs::perms{0700});
+        // In a user's directory the administrator finds what that user's crash left.
+        give(file.parent_path(), 1234);
+        give(home.write("Tokwatch/usage.sqlite" + suffix, ""), 1234);
+        EXPECT_FALSE(isRefused()) << side;
+        give(file.parent_path(), 0);
+    }
+}
+
 TEST_F(UsageStoreTest, SaysThatAnotherProcessHoldsTheLock) {
     ingest(events(0, 3));
     store = std::make_unique<UsageStore>(file, std::chrono::milliseconds{0});

@@ -5,13 +5,50 @@
 #include "TokwatchCore/Store/UsageStoreError.h"
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 
+#include <optional>
 #include <string>
 #include <system_error>
 #include <thread>
 
 namespace tokwatch::sqlite {
 namespace {
+
+constexpr mode_t othersMayWrite = 022;
+
+/// Whether nobody but the file's owner can have given it its other names. Whoever else gave it this
+/// one chose which file is written into.
+bool areOwnersNames(const struct stat& file, const std::filesystem::path& directory) {
+    struct stat status = {};
+    return ::stat(directory.c_str(), &status) == 0 && status.st_uid == file.st_uid &&
+           (status.st_mode & othersMayWrite) == 0;
+}
+
+std::optional<uid_t> ownerOf(const std::filesystem::path& file) {
+    struct stat status = {};
+    if (::lstat(file.c_str(), &status) != 0) return std::nullopt;
+    return status.st_uid;
+}
+
+/// SQLite opens whatever has the name of a side file: our rows would get into what another user
+/// made beforehand, or come from there. Those that a crash left are the user's, or the database's
+/// owner's where that is another one who lets others read it.
+void refuseAnothersSideFiles(const std::filesystem::path& database) {
+    for (const char* suffix : {"-wal", "-shm", "-journal"}) {
+        const std::filesystem::path side = database.string() + suffix;
+        const auto refuse = [&side](const char* what) {
+            throw UsageStoreError(SQLITE_CANTOPEN, side.string() + what);
+        };
+        struct stat status = {};
+        if (::lstat(side.c_str(), &status) != 0) continue;
+        if (!S_ISREG(status.st_mode)) refuse(" is not a regular file");
+        if (!isTrustedOwner(status.st_uid, side) && ownerOf(database) != status.st_uid)
+            refuse(" belongs to another user");
+        if (status.st_nlink > 1 && !areOwnersNames(status, side.parent_path()))
+            refuse(" may be another user's link");
+    }
+}
 
 /// The file, made where it does not exist; SQLite's side files take after it. What fails here
 /// fails again, with a message, when SQLite opens it; but for what is another user's, which SQLite
@@ -20,12 +57,14 @@ std::filesystem::path createFile(const std::filesystem::path& file) {
     std::filesystem::path real = realPath(file);
     try {
         makePrivateDirectory(file.parent_path());
-        return createPrivately(real);
+        createPrivately(real);
     } catch (const ForeignFileError& error) {
         throw UsageStoreError(SQLITE_CANTOPEN, error.what());
     } catch (const std::system_error&) {
-        return real;
+        // SQLite tells.
     }
+    refuseAnothersSideFiles(real);
+    return real;
 }
 
 bool areMade(Connection& db) {
@@ -88,6 +127,7 @@ std::unique_ptr<Connection> openFileForReading(const std::filesystem::path& file
     std::error_code none;
     if (std::filesystem::exists(real, none) && !std::filesystem::is_regular_file(real, none))
         throw UsageStoreError(SQLITE_CANTOPEN, real.string() + " is not a regular file");
+    refuseAnothersSideFiles(real);
     return openForReading(real.string(), patience);
 }
 

@@ -27,12 +27,12 @@ void makeTables(Connection& db, const Tables& tables);
 /// Opens a database for writing that holds these tables, made where they are missing, private to
 /// the user where the file is new. Others that do the same, or hold its lock, are waited for as
 /// long as `patience`. Anything but a regular file is refused, and so is a database of another
-/// program's.
+/// program's, and one beside which another user made a side file of SQLite's.
 std::unique_ptr<Connection> openTables(const std::filesystem::path& file,
                                        std::chrono::milliseconds patience, const Tables& tables);
 
-/// What a sound database holds where it cannot be written. Anything but a regular file is refused;
-/// a pipe would be waited for.
+/// What a sound database holds where it cannot be written. Anything but a regular file is refused,
+/// as a pipe would be waited for, and another user's side file beside it.
 std::unique_ptr<Connection> openFileForReading(const std::filesystem::path& file,
                                                std::chrono::milliseconds patience);
 

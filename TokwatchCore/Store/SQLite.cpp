@@ -39,18 +39,16 @@ int openConnection(const std::string& file, Access access, sqlite3** opened) {
     // The library's sums of its memory, which nobody asks for, take a lock at each allocation. It
     // refuses where the toolkit has opened a database before us, which costs but time.
     [[maybe_unused]] static const int withoutSums = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+    constexpr int always = SQLITE_OPEN_FULLMUTEX | SQLITE_OPEN_NOFOLLOW;
     switch (access) {
     case Access::readWrite:
         return sqlite3_open_v2(file.c_str(), opened,
-                               SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX,
-                               nullptr);
+                               SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | always, nullptr);
     case Access::readOnly:
-        return sqlite3_open_v2(file.c_str(), opened, SQLITE_OPEN_READONLY | SQLITE_OPEN_FULLMUTEX,
-                               nullptr);
+        return sqlite3_open_v2(file.c_str(), opened, SQLITE_OPEN_READONLY | always, nullptr);
     case Access::immutable:
         return sqlite3_open_v2(uriOf(file, "?immutable=1").c_str(), opened,
-                               SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_FULLMUTEX,
-                               nullptr);
+                               SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | always, nullptr);
     }
     return SQLITE_MISUSE;
 }

@@ -58,7 +58,8 @@ enum class Access {
 
 class Connection {
   public:
-    /// `file` may be ":memory:". Waits `lockPatience` for the lock of another process.
+    /// `file` may be ":memory:"; no link is followed, in its place or on the way there. Waits
+    /// `lockPatience` for the lock of another process.
     explicit Connection(const std::string& file, Access access = Access::readWrite,
                         std::chrono::milliseconds lockPatience = std::chrono::seconds{5});
     ~Connection();
