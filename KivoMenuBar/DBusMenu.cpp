@@ -137,9 +137,14 @@ MenuLayoutItem DBusMenu::layout(int itemId, int depth, const QStringList& names)
 
 void DBusMenu::click(int itemId) {
     const MenuEntry* clicked = entry(itemId);
-    if (!clicked || !clicked->run) return;
+    if (!clicked || !clicked->run || !underway.insert(itemId).second) return;
     QMetaObject::invokeMethod(
-        this, [run = clicked->run] { run(); }, Qt::QueuedConnection);
+        this,
+        [this, itemId, run = clicked->run] {
+            underway.erase(itemId);
+            run();
+        },
+        Qt::QueuedConnection);
 }
 
 } // namespace kivo

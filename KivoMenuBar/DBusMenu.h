@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <functional>
+#include <set>
 #include <vector>
 
 namespace kivo {
@@ -32,7 +33,8 @@ class DBusMenu : public QObject {
     using Builder = std::function<std::vector<MenuEntry>()>;
 
     /// Exports the menu at `path` for as long as it lives. The entries' calls come from the event
-    /// loop, after the host has its reply, so that they may end the program.
+    /// loop, after the host has its reply, so that they may end the program; one that was clicked
+    /// several times until then is called once.
     DBusMenu(QDBusConnection bus, QString path, Builder build, QObject* parent = nullptr,
              QString title = {});
     ~DBusMenu() override;
@@ -67,7 +69,8 @@ class DBusMenu : public QObject {
     QString title;
     Builder build;
     std::vector<Item> items;
-    int lastId; ///< entries count from the one after the root's, or the title's
+    std::set<int> underway; ///< clicked, and not run yet
+    int lastId;             ///< entries count from the one after the root's, or the title's
     uint revision = 1;
     QObject exported;
     class DBusMenuAdaptor* adaptor = nullptr;

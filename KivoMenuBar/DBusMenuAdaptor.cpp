@@ -3,11 +3,25 @@
 #include "KivoMenuBar/DBusMenu.h"
 
 #include <QGuiApplication>
+#include <QSet>
 
 namespace kivo {
 namespace {
 
 constexpr int root = 0;
+
+/// In their order. Who names an entry a million times would be answered with more than the bus
+/// takes, which ends the connection of whoever sends it.
+QList<int> eachOnce(const QList<int>& ids) {
+    QSet<int> found;
+    QList<int> result;
+    for (const int id : ids) {
+        if (found.contains(id)) continue;
+        found.insert(id);
+        result.append(id);
+    }
+    return result;
+}
 
 } // namespace
 
@@ -28,7 +42,7 @@ QList<MenuItemProperties> DBusMenuAdaptor::GetGroupProperties(const QList<int>& 
                                                               const QStringList& propertyNames) {
     QList<MenuItemProperties> result;
     // No ids mean all items.
-    QList<int> wanted = ids;
+    QList<int> wanted = eachOnce(ids);
     if (wanted.isEmpty()) {
         wanted.append(root);
         // The list grows while it is walked.
@@ -58,7 +72,7 @@ QList<int> DBusMenuAdaptor::EventGroup(const QList<MenuEvent>& events) {
         else
             Event(event.id, event.type, event.data, event.timestamp);
     }
-    return unknown;
+    return eachOnce(unknown);
 }
 
 bool DBusMenuAdaptor::AboutToShow(int id) {
@@ -69,7 +83,7 @@ bool DBusMenuAdaptor::AboutToShow(int id) {
 
 QList<int> DBusMenuAdaptor::AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors) {
     QList<int> updated;
-    for (const int id : ids) {
+    for (const int id : eachOnce(ids)) {
         if (!menu.isKnown(id))
             idErrors.append(id);
         else if (AboutToShow(id))
