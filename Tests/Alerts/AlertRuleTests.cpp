@@ -23,6 +23,7 @@ struct Look {
 
     double age = 0; ///< of the number, minutes
     bool isStale = false;
+    bool isTold = false; ///< by the assistant, on this machine
     bool isQuiet = false;
     std::optional<double> usedUpAt{}; ///< minute
     ProviderStatus status = ProviderStatus::ok;
@@ -49,8 +50,10 @@ AlertSituation situationOf(const Look& look) {
     ProviderLimits limits;
     limits.status = look.status;
     limits.fetchedAt = situation.now - minutes(look.age);
-    limits.windows = {{"session", "Session", 1 - look.left, 18'000.0, at(look.resetsAt),
-                       look.isStale ? LimitSource::stale(limits.fetchedAt) : LimitSource::live()}};
+    const LimitSource source = look.isStale  ? LimitSource::stale(limits.fetchedAt)
+                               : look.isTold ? LimitSource::local(limits.fetchedAt)
+                                             : LimitSource::live();
+    limits.windows = {{"session", "Session", 1 - look.left, 18'000.0, at(look.resetsAt), source}};
     situation.limits[ProviderID::claude] = limits;
     return situation;
 }
@@ -118,6 +121,7 @@ TEST(AlertRule, TellsEachThingOnceAndWhenItIsNews) {
          {{.minute = 0, .told = "", .age = 16, .status = ProviderStatus::signInNeeded},
           {.minute = 5, .told = "signIn", .status = ProviderStatus::signInNeeded},
           {.minute = 10, .told = "", .status = ProviderStatus::unreachable},
+          {.minute = 12, .told = "", .isTold = true},
           {.minute = 15, .told = "", .status = ProviderStatus::signInNeeded},
           {.minute = 20, .told = ""},
           {.minute = 25, .told = "signIn", .status = ProviderStatus::signInNeeded}}},

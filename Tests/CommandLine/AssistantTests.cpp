@@ -104,6 +104,13 @@ TEST(LocalReading, ReplacesWhatIsOlderAndLosesNothingElse) {
         EXPECT_EQ(changed->status, ProviderStatus::ok);
         EXPECT_GT(changed->fetchedAt, stored.fetchedAt) << each.what;
     }
+    using enum ProviderStatus;
+    for (const auto& [found, expected] :
+         {std::pair{signInNeeded, signInNeeded}, {accessDenied, accessDenied}, {unavailable, ok}}) {
+        const ProviderLimits stored{{}, {session(5, wasLive)}, {}, found, at(-100)};
+        EXPECT_EQ(withLocalReading(stored, std::array{session(6, told(0))}, now)->status, expected)
+            << "what is wrong with the login only a fetch finds to be so no longer";
+    }
 }
 
 TEST(AssistantLine, TellsWhatIsKnown) {

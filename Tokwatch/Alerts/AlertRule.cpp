@@ -3,6 +3,7 @@
 #include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Presentation/LimitBarModel.h"
 #include "TokwatchCore/Records/LimitSample.h"
+#include "TokwatchCore/Records/ToldLimits.h"
 
 #include <algorithm>
 #include <utility>
@@ -141,7 +142,7 @@ void considerLogin(const AlertSituation& situation, ProviderID provider,
                    const ProviderLimits& limits, AlertOutcome& outcome) {
     if (situation.now - limits.fetchedAt > LimitAge::current) return;
     const AlertSubject login{provider, {}};
-    if (limits.status == ProviderStatus::ok) {
+    if (limits.status == ProviderStatus::ok && !isTold(limits)) {
         outcome.calm.insert(login);
         std::erase_if(outcome.told, [&](const ToldAlert& told) { return told.subject == login; });
     }

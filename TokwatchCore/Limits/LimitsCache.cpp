@@ -1,24 +1,12 @@
 #include "TokwatchCore/Limits/LimitsCache.h"
 
+#include "TokwatchCore/Records/ToldLimits.h"
 #include "TokwatchCore/Store/UsageStore.h"
 
-#include <algorithm>
 #include <utility>
-#include <variant>
 
 namespace tokwatch {
 namespace {
-
-bool isLive(const LimitWindow& window) {
-    return std::holds_alternative<LimitSource::Live>(window.source.value);
-}
-
-/// Whether the numbers are those that the assistant itself told here, which needs no login: such
-/// stay good when they grow stale.
-bool isTold(const ProviderLimits& limits) {
-    return limits.status == ProviderStatus::ok && !limits.windows.empty() &&
-           std::ranges::none_of(limits.windows, isLive);
-}
 
 /// What there is to show after an attempt that brought no numbers: the stored ones, marked stale.
 ProviderLimits afterFailure(const ProviderLimits& failure,
@@ -27,6 +15,7 @@ ProviderLimits afterFailure(const ProviderLimits& failure,
     // It is beside stored numbers already; others may have come since those were read.
     if (!failure.windows.empty()) return stored->fetchedAt > failure.fetchedAt ? *stored : failure;
     ProviderLimits result = stored->markedStale();
+    // What was told stays good when it grows stale.
     if (failure.status != ProviderStatus::unavailable || !isTold(*stored))
         result.status = failure.status;
     return result;

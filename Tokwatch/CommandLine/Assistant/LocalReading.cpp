@@ -62,6 +62,11 @@ std::vector<LimitWindow>::iterator placeOf(const LimitWindow& told,
     return place;
 }
 
+/// What a fetch found wrong with a login that is there.
+bool concernsLogin(ProviderStatus status) {
+    return status == ProviderStatus::signInNeeded || status == ProviderStatus::accessDenied;
+}
+
 } // namespace
 
 std::optional<ProviderLimits> withLocalReading(const std::optional<ProviderLimits>& stored,
@@ -84,7 +89,7 @@ std::optional<ProviderLimits> withLocalReading(const std::optional<ProviderLimit
     }
     if (!newest) return std::nullopt;
     dateLiveWindows(limits.windows, storedAt);
-    limits.status = ProviderStatus::ok;
+    if (!concernsLogin(limits.status)) limits.status = ProviderStatus::ok;
     // Never back: who shows the stored record takes an older one for one that was overtaken.
     limits.fetchedAt = stored && storedAt <= now ? std::max(*newest, storedAt) : *newest;
     return limits;
