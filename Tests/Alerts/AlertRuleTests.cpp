@@ -26,6 +26,8 @@ struct Look {
     bool isTold = false; ///< by the assistant, on this machine
     bool isQuiet = false;
     std::optional<double> usedUpAt{}; ///< minute
+    std::optional<bool> isCalm{};     ///< expected where it matters
+    bool lasts = false;
     ProviderStatus status = ProviderStatus::ok;
     std::set<AlertKind> unwanted{};
 };
@@ -47,6 +49,7 @@ AlertSituation situationOf(const Look& look) {
         return minute ? std::optional(begin + minutes(*minute)) : std::nullopt;
     };
     if (look.usedUpAt) situation.usedUpAt[{ProviderID::claude, "session"}] = *at(look.usedUpAt);
+    if (look.lasts) situation.lasting.insert({ProviderID::claude, "session"});
     ProviderLimits limits;
     limits.status = look.status;
     limits.fetchedAt = situation.now - minutes(look.age);
@@ -113,10 +116,14 @@ TEST(AlertRule, TellsEachThingOnceAndWhenItIsNews) {
         {"running out within the hour, once, and not what is used up",
          {{.minute = 0, .left = 0.6, .told = "", .usedUpAt = 61},
           {.minute = 2, .left = 0.6, .told = "runsOut", .usedUpAt = 61},
-          {.minute = 5, .left = 0.6, .told = ""},
-          {.minute = 10, .left = 0.6, .told = "", .usedUpAt = 40},
+          {.minute = 5, .left = 0.6, .told = "", .isCalm = false},
+          {.minute = 6, .left = 0.6, .told = "", .usedUpAt = 80, .isCalm = false},
+          {.minute = 7, .left = 0.6, .told = "", .usedUpAt = 83, .isCalm = true},
+          {.minute = 8, .left = 0.6, .told = "", .isCalm = true, .lasts = true},
+          {.minute = 10, .left = 0.6, .told = "", .usedUpAt = 40, .isCalm = false},
           {.minute = 15, .left = 0.05, .told = "critical", .usedUpAt = 30},
-          {.minute = 20, .left = 0, .told = "usedUp", .usedUpAt = 20}}},
+          {.minute = 20, .left = 0, .told = "usedUp", .usedUpAt = 20},
+          {.minute = 301, .left = 1, .resetsAt = 600, .told = "reset", .isCalm = true}}},
         {"a login once until it works again, and no answer of yesterday",
          {{.minute = 0, .told = "", .age = 16, .status = ProviderStatus::signInNeeded},
           {.minute = 5, .told = "signIn", .status = ProviderStatus::signInNeeded},
@@ -134,6 +141,8 @@ TEST(AlertRule, TellsEachThingOnceAndWhenItIsNews) {
             for (const DueAlert& due : outcome.due)
                 said += rawValue(due.kind);
             EXPECT_EQ(said, look.told) << story.says << ", minute " << look.minute;
+            const bool isCalm = outcome.calm.contains({ProviderID::claude, "session"});
+            EXPECT_EQ(isCalm, look.isCalm.value_or(isCalm)) << story.says << look.minute;
             told = outcome.told;
             EXPECT_EQ(considerAlerts(situationOf(look), told).told, told) << "nothing is new";
         }

@@ -67,13 +67,18 @@ TEST_F(StatusTitleTest, TellsWhatRunsOutBeforeItsReset) {
     const std::optional<Date> reset = limits[claude].windows[0].resetsAt;
     const std::vector<LimitSample> samples{{now - Seconds{3600}, 0.25, reset},
                                            {now - Seconds{1800}, 0.25, reset}};
-    const RunOuts runOuts(limits, {{claude, {{"session", samples}}}}, now, Calendar::utc());
+    const SamplesByProvider known{{claude, {{"session", samples}}}};
+    const RunOuts runOuts(limits, known, now, Calendar::utc());
     const StatusContent content = statusContent(preferences.plain(), limits, now, runOuts);
     EXPECT_EQ(content.title.runsOutAt, now + Seconds{7200});
     EXPECT_EQ(content.steps[0].title.tooltip,
               "Claude · The session 50% left · resets in 3h 0m · runs out about 15:00");
     EXPECT_EQ(content.steps[1].title.runsOutAt, std::nullopt);
     EXPECT_EQ(content.title.tooltip, "Claude · The week 25% left · resets in 2d 7h");
+    EXPECT_FALSE(runOuts.lasts(claude, "session"));
+    limits[claude].windows[0].usedFraction = 0.25;
+    EXPECT_TRUE(RunOuts(limits, known, now, Calendar::utc()).lasts(claude, "session"));
+    EXPECT_FALSE(RunOuts(limits, {}, now, Calendar::utc()).lasts(claude, "session"));
 }
 
 TEST_F(StatusTitleTest, IsOldWithWhatItShows) {

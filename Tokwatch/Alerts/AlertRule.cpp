@@ -14,6 +14,9 @@ namespace {
 /// A fraction left: so far from a level is away from it.
 constexpr double margin = 0.02;
 constexpr Seconds soon{3600};
+/// Between two fetches a forecast stands still while time goes on, and the next one moves it: what
+/// has come within the hour is not beyond it again before this.
+constexpr Seconds notSoon{75 * 60};
 /// Beyond any window's duration; what is older is of windows that are gone.
 constexpr Seconds remembered{30 * 86'400};
 
@@ -40,7 +43,7 @@ class WindowConsideration {
         for (const AlertKind level : levels)
             follow(level);
         const bool isCalm = std::ranges::none_of(levels, [this](auto kind) { return holds(kind); });
-        if (isCalm) outcome.calm.insert(subject);
+        if (isCalm && !mayStillRunOut()) outcome.calm.insert(subject);
         if (situation.isQuiet) return;
         if (hasReset()) tell({AlertKind::reset}, record(AlertKind::critical)->resetsAt);
         std::vector<AlertKind> begun;
@@ -74,6 +77,14 @@ class WindowConsideration {
     bool holds(AlertKind kind) const {
         if (const auto level = threshold(kind)) return isAtOrBelow(left, *level);
         return usedUpAt && *usedUpAt - situation.now <= soon && !isAtOrBelow(left, 0);
+    }
+
+    /// As it was told. Where nobody can foresee anything, nothing speaks against it.
+    bool mayStillRunOut() const {
+        const ToldAlert* told = record(AlertKind::runsOut);
+        if (!told || isOver(*told)) return false;
+        return usedUpAt ? *usedUpAt - situation.now <= notSoon
+                        : !situation.lasting.contains(subject);
     }
 
     bool isAway(double level) const { return isAtOrBelow(level + margin, left); }

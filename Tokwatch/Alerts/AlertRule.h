@@ -36,6 +36,7 @@ using ToldAlerts = std::vector<ToldAlert>; ///< one of each subject and kind
 struct AlertSituation {
     LimitsByProvider limits;               ///< of those whom the user watches
     std::map<AlertSubject, Date> usedUpAt; ///< as far as anybody can foresee it
+    std::set<AlertSubject> lasting;        ///< foreseen to last until the reset, without allowance
     double warning = 0;                    ///< fractions left
     double critical = 0;
     std::set<AlertKind> wanted;
@@ -56,7 +57,9 @@ struct DueAlert {
 
 struct AlertOutcome {
     std::vector<DueAlert> due;
-    std::set<AlertSubject> calm; ///< those of which nothing that could be told holds any more
+    /// Those of which nothing that was or could be told holds any more. That a limit runs out holds
+    /// until the forecast is well beyond the hour, or until the reset.
+    std::set<AlertSubject> calm;
     ToldAlerts told;
 };
 

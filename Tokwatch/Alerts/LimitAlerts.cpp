@@ -38,9 +38,12 @@ AlertSituation LimitAlerts::situation() const {
         const auto known = services.model.limits().find(provider);
         if (known == services.model.limits().end()) continue;
         situation.limits.insert(*known);
-        for (const LimitWindow& window : known->second.windows)
+        for (const LimitWindow& window : known->second.windows) {
+            const AlertSubject subject{provider, window.id};
             if (const auto moment = runOuts.moment(provider, window.id))
-                situation.usedUpAt.insert({{provider, window.id}, *moment});
+                situation.usedUpAt.insert({subject, *moment});
+            if (runOuts.lasts(provider, window.id)) situation.lasting.insert(subject);
+        }
     }
     situation.warning = preferences.warningThreshold;
     situation.critical = preferences.criticalThreshold;

@@ -15,7 +15,9 @@ RunOuts::RunOuts(const LimitsByProvider& limits, const SamplesByProvider& sample
             if (own == windows.end()) continue;
             const auto course = burnUp(window, known->second.fetchedAt, own->second, now);
             const auto said = course ? forecast(*course, now) : std::nullopt;
-            if (!said || !said->usedUpAt) continue;
+            if (!said) continue;
+            if (said->usedAtReset < 1) lasting.emplace(provider, window.id);
+            if (!said->usedUpAt) continue;
             runOuts[provider].insert_or_assign(
                 window.id,
                 RunOut{*said->usedUpAt, LimitTexts::runOut(*said->usedUpAt, now, calendar)});
@@ -33,6 +35,10 @@ const RunOuts::RunOut* RunOuts::find(ProviderID provider, const std::string& win
 std::optional<Date> RunOuts::moment(ProviderID provider, const std::string& window) const {
     const RunOut* found = find(provider, window);
     return found == nullptr ? std::nullopt : std::optional(found->moment);
+}
+
+bool RunOuts::lasts(ProviderID provider, const std::string& window) const {
+    return lasting.contains({provider, window});
 }
 
 std::string RunOuts::text(ProviderID provider, const std::string& window) const {

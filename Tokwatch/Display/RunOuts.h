@@ -6,7 +6,9 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 
 namespace tokwatch {
 
@@ -19,6 +21,9 @@ class RunOuts {
             const Calendar& calendar);
 
     std::optional<Date> moment(ProviderID provider, const std::string& window) const;
+    /// Whether its use so far leaves something at the reset, without the allowance for limits that
+    /// are on pace. Not where there is no forecast.
+    bool lasts(ProviderID provider, const std::string& window) const;
     /// "runs out about 14:00", "runs out about Fri 9:00"; empty for one that lasts.
     std::string text(ProviderID provider, const std::string& window) const;
 
@@ -30,6 +35,7 @@ class RunOuts {
     const RunOut* find(ProviderID provider, const std::string& window) const;
 
     std::map<ProviderID, std::map<std::string, RunOut>> runOuts;
+    std::set<std::pair<ProviderID, std::string>> lasting;
 };
 
 } // namespace tokwatch
