@@ -61,6 +61,8 @@ void DesktopAlerts::lookForService() {
             change([&] { take(answer); });
         });
     };
+    // The answers come in this order: with the owner there is the bus that it is on.
+    ask("GetId", {}, [this](const QVariant& answer) { busId = answer.toString(); });
     ask("GetNameOwner", {QString(serviceName)},
         [this](const QVariant& answer) { owner = answer.toString(); });
     ask("ListActivatableNames", {}, [this](const QVariant& answer) {
@@ -96,8 +98,21 @@ void DesktopAlerts::show(const Alert& alert) {
                 pending->deleteLater();
                 const QDBusPendingReply<uint> number = *pending;
                 if (number.isError()) return; // silence, as there would be without the service
-                if (number.reply().service() == owner) shown[subject] = number.value();
+                if (number.reply().service() != owner) return;
+                shown[subject] = number.value();
+                if (onShown) onShown(subject, place() + std::to_string(number.value()));
             });
+}
+
+std::string DesktopAlerts::place() const {
+    return (busId + ' ' + owner + ' ').toStdString();
+}
+
+void DesktopAlerts::takeOver(const std::string& subject, const std::string& handle) {
+    const std::string here = place();
+    if (busId.isEmpty() || owner.isEmpty() || !handle.starts_with(here)) return;
+    const uint number = QString::fromStdString(handle.substr(here.size())).toUInt();
+    if (number != 0) shown[subject] = number;
 }
 
 void DesktopAlerts::withdraw(const std::string& subject) {

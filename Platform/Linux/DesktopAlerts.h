@@ -29,6 +29,9 @@ class DesktopAlerts : public QObject, public AlertDisplay {
     bool isThere() const override { return !owner.isEmpty() || isStartable; }
     void show(const Alert& alert) override;
     void withdraw(const std::string& subject) override;
+    /// Handles are "BUS OWNER NUMBER": a bus is told apart by its id, as each has owners of the
+    /// same names; what another owner numbered counts as gone.
+    void takeOver(const std::string& subject, const std::string& handle) override;
 
   private slots:
     void actionInvoked(uint id, const QString& action);
@@ -39,9 +42,12 @@ class DesktopAlerts : public QObject, public AlertDisplay {
     void lookForService();
     void change(const std::function<void()>& presence);
     bool isOurs(uint id) const;
+    /// "BUS OWNER ": what the present owner's handles begin with.
+    std::string place() const;
 
     QDBusConnection bus;
     QDBusServiceWatcher watcher;
+    QString busId;
     QString owner; ///< the connection of the service that runs; empty where none does
     bool isStartable = false;
     std::map<std::string, uint> shown; ///< the numbers that this owner gave, by subject

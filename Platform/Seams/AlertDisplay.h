@@ -30,9 +30,14 @@ class AlertDisplay {
     virtual void show(const Alert& alert) = 0;
     /// Takes away what is shown of the subject, if anything is.
     virtual void withdraw(const std::string& subject) = 0;
+    /// What an earlier process showed of the subject counts as shown by this one, as far as it
+    /// still stands there: it was `handle` to that one's `onShown`. Not before `isThere`.
+    virtual void takeOver(const std::string& subject, const std::string& handle) = 0;
 
     /// `isThere` became true.
     std::function<void()> onArrival;
+    /// An alert is shown, and will be when this process has ended: others find it by the handle.
+    std::function<void(const std::string& subject, const std::string& handle)> onShown;
     /// The user asked for more, by a click. The token lets a window of ours have the keyboard;
     /// empty where the desktop gives none. To be set before the first alert: without it nothing is
     /// offered.

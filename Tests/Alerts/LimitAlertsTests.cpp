@@ -20,6 +20,10 @@ struct FakeAlertDisplay final : AlertDisplay {
         static constexpr std::array urgencies{"low", "normal", "critical"};
         lines.push_back(alert.title + " | " + alert.text + " | " +
                         urgencies[static_cast<std::size_t>(alert.urgency)]);
+        if (onShown) onShown(alert.subject, "of " + alert.title);
+    }
+    void takeOver(const std::string& subject, const std::string& handle) override {
+        lines.push_back(subject + " is " + handle);
     }
     void withdraw(const std::string& subject) override { lines.push_back("no " + subject); }
     std::vector<std::string> take() { return std::exchange(lines, {}); }
@@ -36,13 +40,17 @@ struct LimitAlertsTest : ::testing::Test, testing::ModelWorld {
         settle();
         for (const AlertKind kind : allCases<AlertKind>)
             alertPreferences.of(kind) = true;
+        startAlerts();
+    }
+    ~LimitAlertsTest() override { alerts.reset(); }
+
+    void startAlerts() {
+        alerts.reset();
         alerts.emplace(LimitAlerts::Services{
             *model, alertPreferences, display, alertFile(), time,
             [this](std::function<void()> work) { background.push_back(std::move(work)); }});
         settle();
     }
-    ~LimitAlertsTest() override { alerts.reset(); }
-
     std::shared_ptr<AlertFile> alertFile() { return std::make_shared<AlertFile>(data.path()); }
     void know(double left, double minutesToReset = 60, const std::string& label = "Session",
               ProviderStatus status = ProviderStatus::ok) {
@@ -108,6 +116,24 @@ TEST_F(LimitAlertsTest, TellsOnceAcrossProcesses) {
     EXPECT_THAT(display.take(), IsEmpty());
 }
 
+TEST_F(LimitAlertsTest, GoesOnWithWhatAnEarlierProcessShowed) {
+    know(0.1);
+    know(0);
+    know(0, 60, "Session", ProviderStatus::signInNeeded);
+    display.take();
+    startAlerts();
+    EXPECT_THAT(display.take(), ElementsAre("claude/ is of Claude · Sign-in needed",
+                                            "claude/session is of Claude · Session is used up"))
+        << "both still hold, and stay";
+    alerts.reset();
+    time.jump(Seconds{3600});
+    know(1, 300.1);
+    startAlerts();
+    EXPECT_THAT(display.take(), ElementsAre("claude/ is of Claude · Sign-in needed",
+                                            "claude/session is of Claude · Session is used up",
+                                            HasSubstr("has reset"), "no claude/"));
+}
+
 TEST_F(LimitAlertsTest, TakesAwayWhatHoldsNoMoreAndFollowsTheSettings) {
     alertPreferences.reset = false;
     preferences->disabledProviders = {ProviderID::claude};
@@ -132,7 +158,8 @@ TEST(AlertFile, GoesOnWithWhateverStandsInItsPlace) {
                          AlertKind::reset,
                          dateFromUnixSeconds(1'768'000'000.5),
                          dateFromUnixSeconds(1'768'003'600),
-                         true};
+                         true,
+                         "a handle"};
     const auto read = [](auto&& file) {
         ToldAlerts all;
         file.edit([&](ToldAlerts& kept) { all = kept; });

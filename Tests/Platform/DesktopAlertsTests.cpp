@@ -59,6 +59,7 @@ struct DesktopAlertsTest : ::testing::Test {
         testing::needEventLoop();
         alerts.onOpen = [this](const std::string& token) { opened.push_back(token); };
         alerts.onArrival = [this] { ++arrivals; };
+        alerts.onShown = [this](const std::string&, const std::string& given) { handle = given; };
     }
     void settle() {
         for (int turn = 0; turn < 3; ++turn) {
@@ -79,6 +80,7 @@ struct DesktopAlertsTest : ::testing::Test {
     DesktopAlerts alerts{appBus};
     std::vector<std::string> opened;
     int arrivals = 0;
+    std::string handle;
 };
 
 constexpr const char* over0 =
@@ -128,6 +130,33 @@ TEST_F(DesktopAlertsTest, OutlivesTheServiceAndOneThatHangs) {
     settle();
     EXPECT_THAT(show("claude/session"), ElementsAre(over0))
         << "the number may be another program's by now";
+}
+
+TEST_F(DesktopAlertsTest, GoesOnWithWhatAnEarlierProcessShowedOnThisDesktop) {
+    service.appear();
+    settle();
+    show("claude/session");
+    ASSERT_FALSE(handle.empty());
+    testing::PrivateBus elsewhere;
+    QDBusConnection otherApp = elsewhere.connect("other app"); // as the first of each bus, :1.0
+    QDBusConnection otherBus = elsewhere.connect("other service");
+    FakeService stranger{otherBus};
+    stranger.appear();
+    for (const bool isHere : {true, false}) {
+        DesktopAlerts next{isHere ? appBus : otherApp};
+        for (int turn = 0; turn < 3; ++turn)
+            for (const QDBusConnection& each : {appBus, serviceBus, otherApp, otherBus})
+                testing::drain(each);
+        ASSERT_TRUE(next.isThere());
+        next.takeOver("claude/session", handle);
+        next.takeOver("claude/weekly", handle.substr(0, handle.rfind(' ') + 1) + "-1");
+        next.withdraw("claude/session");
+        next.withdraw("claude/weekly");
+        for (const QDBusConnection& each : {appBus, serviceBus, otherApp, otherBus})
+            testing::drain(each);
+    }
+    EXPECT_THAT(service.heard, ElementsAre("close 41"));
+    EXPECT_THAT(stranger.heard, IsEmpty());
 }
 
 } // namespace

@@ -20,6 +20,7 @@ Json encode(const ToldAlert& told, DateCoding dates) {
                               {"toldAt", encode(told.toldAt, dates)}});
     coding::encodeField(json, "resetsAt", told.resetsAt, dates);
     json["isLeft"] = told.isLeft;
+    coding::encodeField(json, "handle", told.handle, dates);
     return json;
 }
 
@@ -34,6 +35,7 @@ ToldAlert decode(const Json& json, DateCoding dates) {
     coding::decodeField(json, "toldAt", told.toldAt, dates);
     coding::decodeField(json, "resetsAt", told.resetsAt, dates);
     coding::decodeField(json, "isLeft", told.isLeft, dates);
+    coding::decodeField(json, "handle", told.handle, dates);
     return told;
 }
 

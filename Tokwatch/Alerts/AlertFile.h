@@ -15,12 +15,12 @@ namespace tokwatch {
 /// under the lock "alerts.lock":
 ///
 ///     [{"provider": "claude", "window": "session", "kind": "critical", "toldAt": 812345678.5,
-///       "resetsAt": 812346000, "isLeft": false}, …]
+///       "resetsAt": 812346000, "isLeft": false, "handle": "…"}, …]
 ///
-/// Moments are in seconds since 2001. A file that is not a small regular one of this form counts as
-/// empty; who keeps the lock longer than `patience` is not waited for. What cannot be kept there is
-/// kept in memory until it can, with a line in the log. Usable from any thread, and may wait: not
-/// on the main one.
+/// Moments are in seconds since 2001; the handle is AlertDisplay's. A file that is not a small
+/// regular one of this form counts as empty; who keeps the lock longer than `patience` is not
+/// waited for. What cannot be kept there is kept in memory until it can, with a line in the log.
+/// Usable from any thread, and may wait: not on the main one.
 class AlertFile {
   public:
     /// Without a directory everything is kept in memory.

@@ -25,8 +25,9 @@ struct ToldAlert {
     AlertSubject subject;
     AlertKind kind{};
     Date toldAt;
-    std::optional<Date> resetsAt; ///< of the run of the window that it was told of
-    bool isLeft = false;          ///< the level was left again before that reset
+    std::optional<Date> resetsAt;        ///< of the run of the window that it was told of
+    bool isLeft = false;                 ///< the level was left again before that reset
+    std::optional<std::string> handle{}; ///< of the notification that showed it, where one did
 
     friend bool operator==(const ToldAlert&, const ToldAlert&) = default;
 };

@@ -20,12 +20,16 @@ LimitAlerts::LimitAlerts(Services parts)
     : services(std::move(parts)),
       updater([this] { return situation(); }, [this](const AlertSituation& now) { look(now); }) {
     services.display.onArrival = [this] { look(situation()); };
+    services.display.onShown = [this](const std::string& subject, const std::string& handle) {
+        note(subject, handle);
+    };
     updater.arm();
     looking = services.scheduler.every(interval, [this] { look(situation()); });
 }
 
 LimitAlerts::~LimitAlerts() {
     services.display.onArrival = {};
+    services.display.onShown = {};
 }
 
 AlertSituation LimitAlerts::situation() const {
@@ -77,10 +81,10 @@ void LimitAlerts::look(const AlertSituation& situation) {
 QCoro::Task<> LimitAlerts::tell(AlertSituation situation) {
     const QPointer<LimitAlerts> self(this);
     isTelling = true;
-    const QFuture<AlertOutcome> considering = consider(std::move(situation));
-    AlertOutcome outcome;
+    const QFuture<Considered> considering = consider(std::move(situation));
+    Considered considered;
     try {
-        outcome = co_await considering;
+        considered = co_await considering;
     } catch (const std::exception& error) {
         systemLog(std::string("considering alerts failed: ") + error.what());
         if (self) isTelling = false;
@@ -88,27 +92,53 @@ QCoro::Task<> LimitAlerts::tell(AlertSituation situation) {
     }
     if (!self) co_return;
     isTelling = false;
-    told = outcome.told;
-    for (const DueAlert& due : outcome.due)
+    if (!told) takeOver(considered.before);
+    told = considered.outcome.told;
+    for (const DueAlert& due : considered.outcome.due)
         show(due);
     look(this->situation()); // for what changed meanwhile
 }
 
-QFuture<AlertOutcome> LimitAlerts::consider(AlertSituation situation) const {
+QFuture<LimitAlerts::Considered> LimitAlerts::consider(AlertSituation situation) const {
     return inBackground(services.runInBackground,
                         [file = services.file, situation = std::move(situation)] {
-                            AlertOutcome outcome;
+                            Considered considered;
                             file->edit([&](ToldAlerts& noted) {
-                                outcome = considerAlerts(situation, noted);
-                                noted = outcome.told;
+                                considered = {noted, considerAlerts(situation, noted)};
+                                noted = considered.outcome.told;
                             });
-                            return outcome;
+                            return considered;
                         });
 }
 
 void LimitAlerts::show(const DueAlert& due) {
     shown.insert_or_assign(due.subject(), due.kind);
     services.display.show(alertOf(due, services.model.now(), services.model.calendar()));
+}
+
+void LimitAlerts::note(const std::string& subject, const std::string& handle) {
+    const auto known = std::ranges::find_if(
+        shown, [&](const auto& each) { return nameOf(each.first) == subject; });
+    if (known == shown.end()) return; // withdrawn meanwhile
+    services.runInBackground([file = services.file, last = *known, handle] {
+        file->edit([&](ToldAlerts& noted) {
+            for (ToldAlert& each : noted)
+                if (each.subject == last.first && each.kind == last.second) each.handle = handle;
+        });
+    });
+}
+
+void LimitAlerts::takeOver(const ToldAlerts& before) {
+    std::map<AlertSubject, ToldAlert> last;
+    for (const ToldAlert& each : before) {
+        if (!each.handle) continue;
+        const auto [known, isFirst] = last.try_emplace(each.subject, each);
+        if (!isFirst && known->second.toldAt < each.toldAt) known->second = each;
+    }
+    for (const auto& [subject, each] : last) {
+        services.display.takeOver(nameOf(subject), *each.handle);
+        shown.insert_or_assign(subject, each.kind);
+    }
 }
 
 } // namespace tokwatch

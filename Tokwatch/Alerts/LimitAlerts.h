@@ -20,7 +20,8 @@ class AppModel;
 
 /// Tells the user of limits and logins as they change, where nobody looks. Of all processes over
 /// the same data the one that works does it, and none before the user agreed to limits being asked
-/// for. While nobody is there to show an alert nothing counts as told. Main thread only.
+/// for. While nobody is there to show an alert nothing counts as told. What is shown stays when the
+/// process ends, and is replaced or withdrawn by the one that works next. Main thread only.
 class LimitAlerts : public QObject {
   public:
     struct Services {
@@ -44,8 +45,16 @@ class LimitAlerts : public QObject {
     void look(const AlertSituation& situation);
     // This may be gone when it resumes.
     QCoro::Task<> tell(AlertSituation situation);
-    QFuture<AlertOutcome> consider(AlertSituation situation) const;
+    struct Considered {
+        ToldAlerts before; ///< what stood in the file
+        AlertOutcome outcome;
+    };
+    QFuture<Considered> consider(AlertSituation situation) const;
     void show(const DueAlert& due);
+    /// Notes what another process needs to replace or withdraw what this one shows.
+    void note(const std::string& subject, const std::string& handle);
+    /// What another process has shown counts as shown by this one.
+    void takeOver(const ToldAlerts& before);
 
     Services services;
     ObservingUpdater<AlertSituation> updater;
