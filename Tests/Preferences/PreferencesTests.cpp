@@ -323,8 +323,7 @@ TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
     EXPECT_FALSE(application.preferences.claudeLiveLimits);
     application.preferences.setLastPruneAt(dateFromUnixSeconds(1773100800));
     EXPECT_TRUE(application.preferences.save());
-    EXPECT_THAT(contents(),
-                AllOf(HasSubstr("claudeLiveLimits=false"), HasSubstr("codex=weekly")));
+    EXPECT_THAT(contents(), AllOf(HasSubstr("claudeLiveLimits=false"), HasSubstr("codex=weekly")));
 
     // What both change at the same time, both keep.
     replace("[General]\nsummaryUnit=tokens\n");
