@@ -82,10 +82,13 @@ void StatusNotifierItem::offered(const QDBusPendingCallWatcher& call) {
 void StatusNotifierItem::setIcon(StatusIcon icon) {
     if (icon == shownIcon) return;
     const bool movedTheme = icon.themePath != shownIcon.themePath;
+    const bool isRedrawn = icon.pictures != shownIcon.pictures;
     shownIcon = std::move(icon);
-    shownPixmaps.clear();
-    for (const QImage& picture : shownIcon.pictures)
-        shownPixmaps.append(IconPixmap::from(picture));
+    if (isRedrawn) {
+        shownPixmaps.clear();
+        for (const QImage& picture : shownIcon.pictures)
+            shownPixmaps.append(IconPixmap::from(picture));
+    }
     if (movedTheme) emit adaptor->NewIconThemePath(shownIcon.themePath);
     emit adaptor->NewIcon();
 }

@@ -170,7 +170,38 @@ MeterStatusItem::Face MeterStatusItem::face() const {
             tone.isGuess(), popoverOpen};
 }
 
+MeterStatusItem::Face MeterStatusItem::pictured(Face face) {
+    StatusTitle& title = face.title;
+    if (face.area.kind != StatusAreaKind::wide && title.text) title.text = "";
+    title.tooltip.clear();
+    title.runsOutAt.reset();
+    face.isPopoverOpen = false;
+    return face;
+}
+
 void MeterStatusItem::draw(const Face& face) {
+    const QString text = QString::fromStdString(face.title.text.value_or(""));
+    const QString label = face.area.kind == StatusAreaKind::label ? text : QString();
+
+    // Most minutes change the description alone, of which hosts hear with the icon.
+    kivo::StatusIcon icon = item.icon();
+    if (Face next = pictured(face); next != drawnPictures) {
+        icon = iconOf(face);
+        drawnPictures = std::move(next);
+    }
+    icon.description = displayName(face.title);
+    if (label.isEmpty() && !text.isEmpty()) icon.description += QLatin1Char(' ') + text;
+
+    item.setIcon(std::move(icon));
+    item.setLabel(label, widthGuide(label));
+    // Beside the popover, which says it all, it would only cover something.
+    if (face.isPopoverOpen)
+        item.setToolTip({}, {});
+    else
+        item.setToolTip(QStringLiteral("Tokwatch"), QString::fromStdString(face.title.tooltip));
+}
+
+kivo::StatusIcon MeterStatusItem::iconOf(const Face& face) {
     const StatusTitle& title = face.title;
     // Panels that squeeze icons are painted in many ways: pictures, gradients, the windows behind.
     const bool needsEdge = face.toneIsGuess || face.area.kind == StatusAreaKind::square;
@@ -179,10 +210,8 @@ void MeterStatusItem::draw(const Face& face) {
     const QString text = QString::fromStdString(title.text.value_or(""));
 
     kivo::StatusIcon icon;
-    QString label;
     if (face.area.kind == StatusAreaKind::label) {
         icon = markIcon(face, kind);
-        label = text;
     } else if (face.area.kind == StatusAreaKind::wide && !text.isEmpty()) {
         icon.pictures = pictures(wideHeights, [&](int height) {
             return titlePicture(title.provider, text, ink, height);
@@ -193,16 +222,7 @@ void MeterStatusItem::draw(const Face& face) {
     } else {
         icon = markIcon(face, kind);
     }
-    icon.description = displayName(title);
-    if (label.isEmpty() && !text.isEmpty()) icon.description += QLatin1Char(' ') + text;
-
-    item.setIcon(std::move(icon));
-    item.setLabel(label, widthGuide(label));
-    // Beside the popover, which says it all, it would only cover something.
-    if (face.isPopoverOpen)
-        item.setToolTip({}, {});
-    else
-        item.setToolTip(QStringLiteral("Tokwatch"), QString::fromStdString(title.tooltip));
+    return icon;
 }
 
 kivo::StatusIcon MeterStatusItem::markIcon(const Face& face, const InkChoice& ink) {

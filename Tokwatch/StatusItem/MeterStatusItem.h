@@ -108,7 +108,10 @@ class MeterStatusItem {
     const LimitStep* chosen() const;
     void update();
     Face face() const;
+    /// What of the face the pictures show.
+    static Face pictured(Face face);
     void draw(const Face& face);
+    kivo::StatusIcon iconOf(const Face& face);
     kivo::StatusIcon markIcon(const Face& face, const InkChoice& ink);
 
     Scheduler& scheduler;
@@ -126,6 +129,7 @@ class MeterStatusItem {
     std::unique_ptr<ScheduledCall> hostMissed;
     std::optional<StatusContent> content;
     std::optional<Face> drawn;
+    std::optional<Face> drawnPictures;
     kivo::ScrollStepper stepper;
     std::optional<LimitStep> choice; ///< as it was when it was scrolled to
     std::unique_ptr<ScheduledCall> choiceEnd;
