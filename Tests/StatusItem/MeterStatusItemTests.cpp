@@ -48,6 +48,7 @@ struct MeterItem : ::testing::Test {
     QDBusConnection hostBus = bus.connect("host");
     FakeStatusArea area{hostBus};
     TemporaryDirectory home;
+    std::filesystem::path icons = home / "icons";
     ManualScheduler scheduler;
     QString process = "plasmashell";
     int openings = 0;
@@ -56,7 +57,7 @@ struct MeterItem : ::testing::Test {
 
     void make() {
         item = std::make_unique<MeterStatusItem>(
-            StatusItemSurroundings{itemBus, scheduler, scheduler.clock(), home / "icons",
+            StatusItemSurroundings{itemBus, scheduler, scheduler.clock(), icons,
                                    [this](uint) { return process; },
                                    [](uint) { return std::nullopt; }},
             StatusActions{[this](QPoint) { ++openings; }, [] {}, [] {}, [] {},
@@ -125,6 +126,14 @@ TEST_F(MeterItem, ShowsTheNumberOnceWhateverTheHost) {
         item.reset();
         area.vanish();
     }
+}
+
+TEST_F(MeterItem, ShowsPicturesWhereNoPlaceIsForNamedOnes) {
+    icons = "tokwatch/icons";
+    makeIn("ayatana-indicat", titled("42%"));
+    EXPECT_EQ(text("IconName") + text("IconThemePath"), "");
+    EXPECT_FALSE(qdbus_cast<kivo::IconPixmaps>(area.shown("IconPixmap")).isEmpty());
+    EXPECT_FALSE(std::filesystem::exists(icons)) << "wherever it was started";
 }
 
 TEST_F(MeterItem, RedrawsOnlyWhatChanged) {

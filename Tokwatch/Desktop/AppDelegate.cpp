@@ -33,9 +33,12 @@ const QUrl settingsSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Settings/Settings
 const QUrl
     onboardingSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Onboarding/OnboardingContent.qml"));
 
+/// Empty where the session has no directory of its own: the toolkit takes none that is another
+/// user's.
 std::filesystem::path iconDirectory() {
-    const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    return std::filesystem::path(runtime.toStdString()) / "tokwatch/icons";
+    const std::filesystem::path runtime(
+        QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation).toStdString());
+    return runtime.is_absolute() ? runtime / "tokwatch/icons" : std::filesystem::path();
 }
 
 /// The toolkit takes it from there as it asks a Wayland compositor for the keyboard.

@@ -28,7 +28,7 @@ struct StatusItemSurroundings {
     QDBusConnection bus;
     Scheduler& scheduler;
     Clock now;
-    std::filesystem::path iconDirectory; ///< of our own, for hosts that take icons by name
+    std::filesystem::path iconDirectory; ///< for hosts that take icons by name; empty for none
     kivo::StatusAreaHost::ProcessName processName = kivo::StatusAreaHost::systemProcessName;
     kivo::PanelTone::TextColour panelTextColour = kivo::PanelTone::systemTextColour;
 };

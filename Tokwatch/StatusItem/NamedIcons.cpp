@@ -58,6 +58,8 @@ QString NamedIcons::name(std::optional<ProviderID> provider, const InkChoice& in
 
 bool NamedIcons::write() {
     if (written) return *written;
+    // It would be another place in each directory, and the panel's is not ours.
+    if (!directory.is_absolute()) return false;
     try {
         writeAll();
         written = true;

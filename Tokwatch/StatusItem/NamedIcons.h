@@ -14,7 +14,8 @@ namespace tokwatch {
 /// symbolic: the panel draws them in the colour of its own text.
 class NamedIcons {
   public:
-    /// The directory becomes the root of an icon theme; it may be missing.
+    /// The directory becomes the root of an icon theme; it may be missing. One that is not absolute
+    /// counts as none, and nothing can be written.
     explicit NamedIcons(std::filesystem::path directory);
 
     /// Writes all icons, once: panels look into a theme's directories only from time to time, and
