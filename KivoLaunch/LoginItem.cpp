@@ -1,5 +1,7 @@
 #include "KivoLaunch/LoginItem.h"
 
+#include "Platform/System/ActingAsOwner.h"
+#include "Platform/System/OwnLinks.h"
 #include "Platform/System/Places.h"
 #include "Platform/System/PrivateFiles.h"
 #include "Platform/System/WholeFile.h"
@@ -44,6 +46,26 @@ QString line(const char* key, const QString& value) {
     return QLatin1String(key) + u'=' + stringValue(value) + u'\n';
 }
 
+/// The file that the entry is, or nothing where it cannot be told or another user chose it.
+std::optional<std::string> readEntry(const std::filesystem::path& entry, std::size_t mostBytes) {
+    try {
+        return tokwatch::readWholeFile(tokwatch::followOwnLinks(entry), mostBytes);
+    } catch (const std::system_error&) {
+        return std::nullopt;
+    }
+}
+
+/// The entry, or the user's own link in its place; what that leads to was not made here. Throws
+/// std::system_error where another user's link leads to it.
+bool removeEntry(const std::filesystem::path& entry) {
+    tokwatch::followOwnLinks(entry);
+    const auto place = tokwatch::followOwnLinks(entry.parent_path()) / entry.filename();
+    const tokwatch::ActingAsOwner owner(place.parent_path());
+    std::error_code ignored;
+    std::filesystem::remove(place, ignored);
+    return !std::filesystem::exists(place, ignored);
+}
+
 /// Bytes. Ours has some two hundred.
 constexpr std::size_t largestEntry = 65'536;
 
@@ -70,7 +92,7 @@ std::filesystem::path LoginItem::userDirectory() {
 }
 
 bool LoginItem::isEnabled() const {
-    const std::optional<std::string> stored = tokwatch::readWholeFile(entry, largestEntry);
+    const std::optional<std::string> stored = readEntry(entry, largestEntry);
     if (!stored) return false;
     bool inEntry = false;
     for (const QByteArray& stretch : QByteArray::fromStdString(*stored).split('\n')) {
@@ -87,12 +109,8 @@ bool LoginItem::isEnabled() const {
 }
 
 bool LoginItem::setEnabled(bool isEnabled) {
-    if (!isEnabled) {
-        std::error_code ignored;
-        std::filesystem::remove(entry, ignored);
-        return !std::filesystem::exists(entry, ignored);
-    }
     try {
+        if (!isEnabled) return removeEntry(entry);
         // A link to a device masks the entry; it stays, and the entry does not.
         tokwatch::makePrivateDirectory(entry.parent_path());
         tokwatch::replacePrivately(entry, contents().toStdString());

@@ -26,10 +26,12 @@ class LoginItem {
     static std::filesystem::path userDirectory();
 
     /// Whether the desktop starts the program. Reads the file: others may write it too. An entry
-    /// that is there but switched off, as desktops' own tools leave it, counts as none.
+    /// that is there but switched off, as desktops' own tools leave it, counts as none, as does
+    /// what lies behind another user's link.
     bool isEnabled() const;
     /// Writes the entry whole or not at all, for the user alone: whoever could write it would run
-    /// what they like at the next login. Or removes it. False when that failed.
+    /// what they like at the next login. Or removes it. False when that failed, also since another
+    /// user's link leads there.
     bool setEnabled(bool isEnabled);
 
     const std::filesystem::path& file() const { return entry; }

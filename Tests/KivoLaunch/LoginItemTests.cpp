@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -52,6 +53,25 @@ TEST_F(LoginItemTest, WritesAndRemovesTheEntry) {
     home.write("config/autostart", "a file where the directory would be");
     EXPECT_FALSE(item.setEnabled(true));
     EXPECT_FALSE(item.isEnabled());
+}
+
+TEST_F(LoginItemTest, LeavesAloneWhatAnotherUsersLinkLeadsTo) {
+    ASSERT_TRUE(item.setEnabled(true));
+    const fs::path real = home / "real";
+    fs::rename(directory, real);
+    fs::create_directory_symlink(real, directory);
+    EXPECT_TRUE(item.isEnabled());
+    if (::lchown(directory.c_str(), 1234, 1234) != 0) GTEST_SKIP() << "only the administrator";
+    EXPECT_FALSE(item.isEnabled());
+    EXPECT_FALSE(item.setEnabled(false));
+    EXPECT_FALSE(item.setEnabled(true));
+    EXPECT_TRUE(fs::exists(real / "app.example.desktop"));
+    ASSERT_EQ(::lchown(directory.c_str(), 0, 0), 0);
+    fs::rename(real / "app.example.desktop", home / "linked");
+    fs::create_symlink(home / "linked", item.file());
+    EXPECT_TRUE(item.setEnabled(false));
+    EXPECT_FALSE(fs::is_symlink(item.file()));
+    EXPECT_TRUE(fs::exists(home / "linked")) << "is the user's, who linked it";
 }
 
 TEST_F(LoginItemTest, KnowsEntriesThatDesktopsSwitchedOff) {
