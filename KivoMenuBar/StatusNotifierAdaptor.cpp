@@ -60,7 +60,7 @@ void StatusNotifierAdaptor::XAyatanaSecondaryActivate(uint) {
 }
 
 void StatusNotifierAdaptor::ContextMenu(int x, int y) {
-    emit item.contextMenuRequested({x, y});
+    item.requestMenu({x, y});
 }
 
 void StatusNotifierAdaptor::Scroll(int delta, const QString& orientation) {

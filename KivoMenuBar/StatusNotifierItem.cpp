@@ -7,6 +7,8 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 
+#include <utility>
+
 namespace kivo {
 namespace {
 
@@ -106,6 +108,18 @@ void StatusNotifierItem::setToolTip(const QString& toolTipTitle, const QString& 
     if (escapedTitle == shownToolTip.title && escapedText == shownToolTip.text) return;
     shownToolTip = {{}, {}, escapedTitle, escapedText};
     emit adaptor->NewToolTip();
+}
+
+/// Each menu is a window, and anybody on the bus can ask for thousands.
+void StatusNotifierItem::requestMenu(QPoint position) {
+    if (std::exchange(menuPosition, position)) return;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (const auto last = std::exchange(menuPosition, std::nullopt))
+                emit contextMenuRequested(*last);
+        },
+        Qt::QueuedConnection);
 }
 
 } // namespace kivo

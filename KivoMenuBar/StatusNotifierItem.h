@@ -12,6 +12,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <optional>
 
 class QDBusPendingCallWatcher;
 class QDBusServiceWatcher;
@@ -64,7 +65,8 @@ class StatusNotifierItem : public QObject {
     void activated(QPoint position);
     /// A middle click.
     void secondaryActivated(QPoint position);
-    /// A right click at a host that leaves the menu to the item.
+    /// A right click at a host that leaves the menu to the item; of several in one turn of the
+    /// event loop the last.
     void contextMenuRequested(QPoint position);
     /// Wheel motion, in the host's own unit.
     void scrolled(int delta, Qt::Orientation orientation);
@@ -75,6 +77,7 @@ class StatusNotifierItem : public QObject {
     void offer();
     void offered(const QDBusPendingCallWatcher& call);
     void watcherChanged(const QString& newOwner);
+    void requestMenu(QPoint position);
 
     QDBusConnection bus;
     QString id;
@@ -84,6 +87,7 @@ class StatusNotifierItem : public QObject {
     int retriesLeft = 0;
     const QDBusPendingCallWatcher* underway = nullptr; ///< the offer that counts
     bool registered = false;
+    std::optional<QPoint> menuPosition; ///< where a menu was asked for in this turn
 
     StatusIcon shownIcon;
     IconPixmaps shownPixmaps;

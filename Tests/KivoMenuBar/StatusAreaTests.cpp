@@ -6,6 +6,8 @@
 #include "Tests/BusSupport/PrivateBus.h"
 #include "Tests/Support/EventLoop.h"
 
+#include <QDBusAbstractAdaptor>
+
 #include <gmock/gmock.h>
 
 #include <memory>
@@ -137,6 +139,20 @@ TEST_F(StatusItemOnABus, ShowsWhatItWasGiven) {
     ASSERT_EQ(pixmaps.size(), 1);
     EXPECT_EQ(QSize(pixmaps[0].width, pixmaps[0].height), QSize(2, 1));
     EXPECT_EQ(pixmaps[0].pixels.toHex(), "ff01020333ff0000") << "not premultiplied";
+}
+
+TEST_F(StatusItemOnABus, AsksForOneMenuATurnWhereItWasWantedLast) {
+    std::vector<int> places;
+    QObject::connect(item.get(), &StatusNotifierItem::contextMenuRequested,
+                     [&](QPoint place) { places.push_back(place.x()); });
+    QObject* exported = ownBus.objectRegisteredAt(StatusNotifierItem::objectPath);
+    for (const int turn : {10, 20}) {
+        for (const int x : {1, 2})
+            QMetaObject::invokeMethod(exported->findChild<QDBusAbstractAdaptor*>(), "ContextMenu",
+                                      Q_ARG(int, turn + x), Q_ARG(int, 0));
+        settle();
+    }
+    EXPECT_THAT(places, ElementsAre(12, 22));
 }
 
 constexpr auto menuInterface = "com.canonical.dbusmenu";

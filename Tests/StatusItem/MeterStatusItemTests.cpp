@@ -7,6 +7,8 @@
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tokwatch/Pictures/StatusPictures.h"
 
+#include <QDBusAbstractAdaptor>
+
 #include <gmock/gmock.h>
 
 #include <memory>
@@ -168,6 +170,13 @@ TEST_F(MeterItem, ShowsALimitThatWasScrolledToForFiveSeconds) {
     EXPECT_EQ(label(), "43%") << "the title that came meanwhile";
     scroll(240);
     EXPECT_EQ(label(), "Session 3%") << "two back, from the first to the last";
+    SignalLog log(hostBus, itemInterface);
+    QObject* exported = itemBus.objectRegisteredAt("/StatusNotifierItem");
+    for (int notch = 0; notch < 100; ++notch)
+        QMetaObject::invokeMethod(exported->findChild<QDBusAbstractAdaptor*>(), "Scroll",
+                                  Q_ARG(int, -120), Q_ARG(QString, "vertical"));
+    EXPECT_EQ(log.take(itemBus).count("XAyatanaNewLabel"), 1) << "each was drawn";
+    EXPECT_EQ(label(), "Session 1%") << "steps were lost";
     scheduler.advance(Seconds{5});
     scroll(-60);
     EXPECT_EQ(label(), "43%") << "half a notch";

@@ -130,7 +130,18 @@ void MeterStatusItem::setPopoverOpen(bool isOpen) {
 
 void MeterStatusItem::scroll(int delta) {
     const int steps = stepper.steps(delta, host.area().wheelNotch, now().time_since_epoch());
-    if (steps != 0 && content && !content->steps.empty()) choose(steps);
+    if (steps == 0) return;
+    // Drawing costs more than a host needs to send the next motion: what comes meanwhile adds up.
+    const bool isUnderway = stepsAhead.has_value();
+    stepsAhead = stepsAhead.value_or(0) + steps;
+    if (isUnderway) return;
+    QMetaObject::invokeMethod(
+        &item,
+        [this] {
+            const std::int64_t ahead = std::exchange(stepsAhead, std::nullopt).value_or(0);
+            if (ahead != 0 && content && !content->steps.empty()) choose(ahead);
+        },
+        Qt::QueuedConnection);
 }
 
 const LimitStep* MeterStatusItem::chosen() const {
@@ -141,7 +152,7 @@ const LimitStep* MeterStatusItem::chosen() const {
     return found == content->steps.end() ? nullptr : &*found;
 }
 
-void MeterStatusItem::choose(int steps) {
+void MeterStatusItem::choose(std::int64_t steps) {
     const std::vector<LimitStep>& limits = content->steps;
     const auto usual = std::ranges::find(limits, true, &LimitStep::isUsual);
     const LimitStep* from = chosen();

@@ -15,6 +15,7 @@
 #include <QObject>
 #include <QPoint>
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -103,7 +104,7 @@ class MeterStatusItem {
     void hostChanged();
     void tellHost();
     void scroll(int delta);
-    void choose(int steps);
+    void choose(std::int64_t steps);
     /// The limit that was scrolled to; null for none, and once it is gone.
     const LimitStep* chosen() const;
     void update();
@@ -131,6 +132,8 @@ class MeterStatusItem {
     std::optional<Face> drawn;
     std::optional<Face> drawnPictures;
     kivo::ScrollStepper stepper;
+    std::optional<std::int64_t>
+        stepsAhead;                  ///< scrolled in this turn of the event loop, and not drawn yet
     std::optional<LimitStep> choice; ///< as it was when it was scrolled to
     std::unique_ptr<ScheduledCall> choiceEnd;
 };
