@@ -18,7 +18,6 @@
 #include <QQuickItem>
 #include <QQuickView>
 #include <QQuickWindow>
-#include <QSettings>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -121,7 +120,7 @@ int main(int argc, char** argv) {
     QGuiApplication application(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QTemporaryDir configuration;
-    const std::unique_ptr<QSettings> settings =
+    const std::unique_ptr<SettingsStorage> settings =
         settingsFile(configuration.filePath("settings.conf").toStdString());
     Preferences preferences(*settings);
     preferences.hasCompletedOnboarding = true;
@@ -131,17 +130,17 @@ int main(int argc, char** argv) {
     paths.home = argv[1];
     paths.dataHome = argv[2];
     QtScheduler scheduler;
-    const std::unique_ptr<QSettings> alertSettings =
+    const std::unique_ptr<SettingsStorage> alertSettings =
         settingsFile(configuration.filePath("notifications.conf").toStdString());
     AlertPreferences alertPreferences(*alertSettings);
-    const std::unique_ptr<QSettings> desktopSettings =
+    const std::unique_ptr<SettingsStorage> desktopSettings =
         settingsFile(configuration.filePath("desktop.conf").toStdString());
     DesktopPreferences desktopPreferences(*desktopSettings);
-    const std::unique_ptr<QSettings> widgetSettings =
+    const std::unique_ptr<SettingsStorage> widgetSettings =
         settingsFile(configuration.filePath("widget.conf").toStdString());
     WidgetPreferences widgetPreferences(*widgetSettings);
-    AppDelegate delegate(Surroundings::real(paths), preferences, settings->fileName().toStdString(),
-                         alertPreferences, desktopPreferences, widgetPreferences, bus, scheduler);
+    AppDelegate delegate(Surroundings::real(paths), preferences, settings->path(), alertPreferences,
+                         desktopPreferences, widgetPreferences, bus, scheduler);
     delegate.launch();
     constexpr double settledAfter = 15;
     runFor(settledAfter);

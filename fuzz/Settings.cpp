@@ -4,8 +4,6 @@
 #include "TokwatchCore/Support/PlainText.h"
 #include "fuzz/Target.h"
 
-#include <QSettings>
-
 #include <algorithm>
 #include <string>
 
@@ -43,7 +41,8 @@ void runSettings(std::string_view input) {
     const PlainSettings plain = PlainSettings::read(file);
     PlainSettings ofToolkit;
     {
-        QSettings settings(QString::fromStdString(file.string()), QSettings::IniFormat);
+        SettingsStorage settings(file);
+        settings.load();
         ofToolkit = Preferences(settings).plain();
     }
     std::filesystem::remove(file);

@@ -26,7 +26,7 @@ kivo::LoginItem& loginItem() {
 template<typename Preferences>
 Preferences& settingsNamed(const char* name) {
     static const TemporaryDirectory directory;
-    static const std::unique_ptr<QSettings> file = settingsFile(directory / name);
+    static const std::unique_ptr<SettingsStorage> file = settingsFile(directory / name);
     static Preferences preferences(*file);
     return preferences;
 }

@@ -6,7 +6,10 @@
 
 namespace tokwatch {
 
-ActingAsOwner::ActingAsOwner(const std::filesystem::path& directory) {
+// Asked for what is no id, both answer with the present one.
+ActingAsOwner::ActingAsOwner(const std::filesystem::path& directory)
+    : userBefore(static_cast<uid_t>(::setfsuid(static_cast<uid_t>(-1)))),
+      groupBefore(static_cast<gid_t>(::setfsgid(static_cast<gid_t>(-1)))) {
     struct stat status = {};
     const char* place = directory.empty() ? "." : directory.c_str();
     if (::geteuid() != 0 || ::stat(place, &status) != 0 || status.st_uid == 0) return;
@@ -15,8 +18,8 @@ ActingAsOwner::ActingAsOwner(const std::filesystem::path& directory) {
 }
 
 ActingAsOwner::~ActingAsOwner() {
-    ::setfsuid(::geteuid());
-    ::setfsgid(::getegid());
+    ::setfsuid(userBefore);
+    ::setfsgid(groupBefore);
 }
 
 } // namespace tokwatch

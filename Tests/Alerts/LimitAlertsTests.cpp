@@ -63,7 +63,7 @@ struct LimitAlertsTest : ::testing::Test, testing::ModelWorld {
         settle();
     }
 
-    std::unique_ptr<QSettings> alertSettings = settingsFile(data / "Notifications.conf");
+    std::unique_ptr<SettingsStorage> alertSettings = settingsFile(data / "Notifications.conf");
     AlertPreferences alertPreferences{*alertSettings};
     FakeAlertDisplay display;
     std::optional<LimitAlerts> alerts;

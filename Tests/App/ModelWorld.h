@@ -13,7 +13,6 @@
 #include "TokwatchCore/Store/UsageStore.h"
 
 #include <QPromise>
-#include <QSettings>
 
 #include <deque>
 #include <memory>
@@ -188,7 +187,7 @@ class ModelWorld {
     TemporaryDirectory home;
     TemporaryDirectory data;
     ManualScheduler time;
-    std::unique_ptr<QSettings> settings = settingsFile(data / "settings.conf");
+    std::unique_ptr<SettingsStorage> settings = settingsFile(data / "settings.conf");
     std::optional<Preferences> preferences{std::in_place, *settings};
     std::optional<std::filesystem::path> snapshotDirectory = data.path();
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(data / "usage.sqlite");

@@ -3,8 +3,6 @@
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tokwatch/Preferences/Preferences.h"
 
-#include <QSettings>
-
 #include <gmock/gmock.h>
 
 namespace tokwatch {
@@ -28,7 +26,7 @@ LimitWindow window(const std::string& id, double left, std::optional<double> res
 
 class StatusTitleTest : public ::testing::Test {
     testing::TemporaryDirectory directory;
-    std::unique_ptr<QSettings> settings = settingsFile(directory / "settings.conf");
+    std::unique_ptr<SettingsStorage> settings = settingsFile(directory / "settings.conf");
 
   protected:
     Preferences preferences{*settings};

@@ -21,7 +21,6 @@
 #include <QQuickItem>
 #include <QQuickView>
 #include <QScreen>
-#include <QSettings>
 #include <QTimer>
 
 #include <gmock/gmock.h>
@@ -96,13 +95,13 @@ class AppDelegateTest : public ::testing::Test {
     TemporaryDirectory home;
     TemporaryDirectory data;
     ManualScheduler time;
-    std::unique_ptr<QSettings> settings = settingsFile(data / "settings.conf");
+    std::unique_ptr<SettingsStorage> settings = settingsFile(data / "settings.conf");
     Preferences preferences{*settings};
-    std::unique_ptr<QSettings> alertSettings = settingsFile(data / "Notifications.conf");
+    std::unique_ptr<SettingsStorage> alertSettings = settingsFile(data / "Notifications.conf");
     AlertPreferences alertPreferences{*alertSettings};
-    std::unique_ptr<QSettings> desktopSettings = settingsFile(data / "Desktop.conf");
+    std::unique_ptr<SettingsStorage> desktopSettings = settingsFile(data / "Desktop.conf");
     DesktopPreferences desktopPreferences{*desktopSettings};
-    std::unique_ptr<QSettings> widgetSettings = settingsFile(data / "Widget.conf");
+    std::unique_ptr<SettingsStorage> widgetSettings = settingsFile(data / "Widget.conf");
     WidgetPreferences widgetPreferences{*widgetSettings};
     DesktopBus desktopBus{appBus, appBus};
     std::optional<AppDelegate> delegate;
@@ -140,9 +139,8 @@ TEST_F(AppDelegateTest, PinsTheFirstThatHasANumberUnlessClaudeOrAChoiceIsThere) 
          {Case{{".grok/sessions/a", ".codex/sessions/a"}, {}, codex},
           Case{{".claude/projects/a", ".codex/sessions/a"}, {}, claude},
           Case{{".codex/sessions/a"}, claude, claude}, Case{{".grok/sessions/a"}, {}, claude}}) {
-        settings->clear();
+        settings->remove("pinnedProvider");
         settings->setValue("hasCompletedOnboarding", false);
-        settings->sync();
         preferences.reload();
         if (chosen) preferences.pinnedProvider = *chosen;
         for (const char* file : files)

@@ -11,8 +11,6 @@
 #include "TokwatchCore/Presentation/ClaudeGate.h"
 #include "TokwatchCore/Store/UsageStore.h"
 
-#include <QSettings>
-
 namespace tokwatch::testing {
 
 struct LimitsServiceTest : Test {
@@ -69,7 +67,7 @@ struct LimitsServiceTest : Test {
     } loop;
     TemporaryDirectory directory;
     ManualScheduler time;
-    std::unique_ptr<QSettings> settings = settingsFile(directory / "settings.conf");
+    std::unique_ptr<SettingsStorage> settings = settingsFile(directory / "settings.conf");
     Preferences preferences{*settings};
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(":memory:");
     std::shared_ptr<FakeLimitsProvider> claude = std::make_shared<FakeLimitsProvider>();
@@ -151,7 +149,7 @@ TEST_F(LimitsServiceTest, AsksNoMoreOftenWhoeverTurnsAProviderOffAndOn) {
 }
 
 TEST_F(LimitsServiceTest, AsksNobodyWhereTheSettingsCannotBeRead) {
-    const std::unique_ptr<QSettings> unread = settingsFile(directory.path()); // a directory
+    const std::unique_ptr<SettingsStorage> unread = settingsFile(directory.path()); // a directory
     Preferences unknown(*unread);
     LimitsService careful{
         {{ProviderID::claude, claude}}, storageAtOnce(store), unknown, time.clock(), time};

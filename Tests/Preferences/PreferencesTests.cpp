@@ -7,9 +7,9 @@
 #include "Tokwatch/Preferences/AlertPreferences.h"
 
 #include <QFileSystemWatcher>
-#include <QSettings>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <random>
@@ -27,7 +27,7 @@ struct Process {
     std::optional<std::string> set(std::string_view name, std::string_view text) {
         return preferences.named(name)->assignText(text);
     }
-    std::unique_ptr<QSettings> settings;
+    std::unique_ptr<SettingsStorage> settings;
     Preferences preferences;
 };
 
@@ -249,6 +249,34 @@ TEST_F(PreferencesTest, NeitherWaitsForNorReplacesWhatIsNoOrdinaryFile) {
     EXPECT_THAT(log.lines().back(), HasSubstr("is not a regular file"));
 }
 
+TEST_F(PreferencesTest, LeaveAnotherUsersFileThatUsersAndGoThroughNoLinkOutOfTheLoop) {
+    const CapturedLog log;
+    const std::filesystem::path directory = file.parent_path();
+    std::filesystem::create_directory(directory);
+    for (const std::filesystem::path& theirs : {directory.parent_path(), directory})
+        if (::chown(theirs.c_str(), 1234, 1234) != 0) GTEST_SKIP() << "only the administrator";
+    const TemporaryDirectory ours;
+    const std::filesystem::path victim = ours.write("victim", "[General]\nshowDockIcon=false\n");
+    Process process(file);
+    process.preferences.showDockIcon = true;
+    EXPECT_TRUE(until([&] { return !contents().empty(); }));
+    struct stat status = {};
+    EXPECT_EQ(::stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 1234U);
+
+    std::filesystem::remove(file);
+    std::filesystem::create_symlink(victim, file);
+    EXPECT_EQ(::lchown(file.c_str(), 1234, 1234), 0);
+    process.preferences.reload();
+    process.preferences.tintEnabled = false;
+    EXPECT_TRUE(until([&] { return !process.preferences.unsaved().value().empty(); }));
+    EXPECT_TRUE(process.preferences.showDockIcon);
+    EXPECT_EQ(ours.read("victim"), "[General]\nshowDockIcon=false\n");
+    std::filesystem::remove(file);
+    EXPECT_TRUE(process.preferences.save());
+    EXPECT_THAT(contents(), HasSubstr("tintEnabled=false")) << "what was chosen meanwhile";
+}
+
 TEST_F(PreferencesTest, KeepsCriticalBelowWarningWhenReading) {
     for (const auto& [read, expected] : {std::pair{std::pair{"0.05", "0.1"}, std::pair{0.1, 0.05}},
                                          {{"0.15", "0.3"}, {0.15, 0.1}},
@@ -324,6 +352,11 @@ TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
     application.preferences.setLastPruneAt(dateFromUnixSeconds(1773100800));
     EXPECT_TRUE(application.preferences.save());
     EXPECT_THAT(contents(), AllOf(HasSubstr("claudeLiveLimits=false"), HasSubstr("codex=weekly")));
+    std::ofstream(file) << "[General]\n";
+    application.preferences.reload();
+    application.preferences.claudeLiveLimits = true;
+    EXPECT_TRUE(application.preferences.save());
+    EXPECT_THAT(contents(), AllOf(HasSubstr("claudeLiveLimits=true"), HasSubstr("codex=weekly")));
 
     // What both change at the same time, both keep.
     replace("[General]\nsummaryUnit=tokens\n");
@@ -337,7 +370,7 @@ TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
 TEST_F(PreferencesTest, TellsOfWhatIsGraveAndNothingInQuietHours) {
     const std::filesystem::path place = file.parent_path() / "Notifications.conf";
     {
-        const std::unique_ptr<QSettings> kept = settingsFile(place);
+        const std::unique_ptr<SettingsStorage> kept = settingsFile(place);
         AlertPreferences alerts(*kept);
         EXPECT_THAT(alerts.wanted(), ElementsAre(AlertKind::usedUp, AlertKind::critical));
         EXPECT_FALSE(alerts.isQuietAt({23 * 60}));
@@ -347,7 +380,7 @@ TEST_F(PreferencesTest, TellsOfWhatIsGraveAndNothingInQuietHours) {
             EXPECT_NE(alerts.quietUntil.assignText(nonsense), std::nullopt) << nonsense;
         EXPECT_EQ(alerts.quietUntil.assignText("7:05"), std::nullopt);
     }
-    const std::unique_ptr<QSettings> kept = settingsFile(place);
+    const std::unique_ptr<SettingsStorage> kept = settingsFile(place);
     AlertPreferences alerts(*kept);
     EXPECT_TRUE(alerts.reset);
     EXPECT_EQ(alerts.quietUntil.text(), "7:05");

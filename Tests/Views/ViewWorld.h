@@ -67,11 +67,11 @@ class ViewWorld : public ModelWorld {
     ViewClock clock{time.clock()};
     kivo::LoginItem loginItem{home / ".config/autostart",
                               {"app.tokwatch", "Tokwatch", "", {"/usr/bin/tokwatch"}, ""}};
-    std::unique_ptr<QSettings> alertSettings = settingsFile(data / "Notifications.conf");
+    std::unique_ptr<SettingsStorage> alertSettings = settingsFile(data / "Notifications.conf");
     AlertPreferences alertPreferences{*alertSettings};
-    std::unique_ptr<QSettings> widgetSettings = settingsFile(data / "Widget.conf");
+    std::unique_ptr<SettingsStorage> widgetSettings = settingsFile(data / "Widget.conf");
     WidgetPreferences widgetPreferences{*widgetSettings};
-    std::unique_ptr<QSettings> desktopSettings = settingsFile(data / "Desktop.conf");
+    std::unique_ptr<SettingsStorage> desktopSettings = settingsFile(data / "Desktop.conf");
     DesktopPreferences desktopPreferences{*desktopSettings};
     ChosenHotKey hotKey{desktopPreferences, FakeHotKey::make};
     SettingsPlaces places{home / ".local/share/Tokwatch/usage.sqlite",

@@ -18,11 +18,11 @@
 #include <QDBusConnection>
 #include <QGuiApplication>
 #include <QQuickWindow>
-#include <QSettings>
 
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 
@@ -86,26 +86,25 @@ int run(int argc, char** argv) {
         return 1;
     }
 
-    const std::unique_ptr<QSettings> settings = tokwatch::userSettings();
+    const std::unique_ptr<tokwatch::SettingsStorage> settings = tokwatch::userSettings();
     tokwatch::Preferences preferences(*settings);
     preferences.followFile();
-    const std::unique_ptr<QSettings> alertSettings =
+    const std::unique_ptr<tokwatch::SettingsStorage> alertSettings =
         tokwatch::settingsFile(tokwatch::alertSettingsPath());
     tokwatch::AlertPreferences alertPreferences(*alertSettings);
     alertPreferences.followFile();
-    const std::unique_ptr<QSettings> desktopSettings =
+    const std::unique_ptr<tokwatch::SettingsStorage> desktopSettings =
         tokwatch::settingsFile(tokwatch::desktopSettingsPath());
     tokwatch::DesktopPreferences desktopPreferences(*desktopSettings);
     desktopPreferences.followFile();
-    const std::unique_ptr<QSettings> widgetSettings =
+    const std::unique_ptr<tokwatch::SettingsStorage> widgetSettings =
         tokwatch::settingsFile(tokwatch::widgetSettingsPath());
     tokwatch::WidgetPreferences widgetPreferences(*widgetSettings);
     widgetPreferences.followFile();
     tokwatch::QtScheduler scheduler;
     delegate = std::make_unique<tokwatch::AppDelegate>(
         tokwatch::Surroundings::real(pathsFrom(parser, home, dataDirectory)), preferences,
-        settings->fileName().toStdString(), alertPreferences, desktopPreferences, widgetPreferences,
-        bus, scheduler);
+        settings->path(), alertPreferences, desktopPreferences, widgetPreferences, bus, scheduler);
     if (openAtOnce) delegate->open();
     delegate->launch();
     // The end of a session comes as a signal: the item leaves the panel, the settings are written.
@@ -113,7 +112,9 @@ int run(int argc, char** argv) {
     const int status = QGuiApplication::exec();
     tokwatch::TerminationSignals::boundTheEnd();
     delegate.reset();
-    preferences.save();
+    for (tokwatch::SettingsGroup* group : std::initializer_list<tokwatch::SettingsGroup*>{
+             &preferences, &alertPreferences, &desktopPreferences, &widgetPreferences})
+        group->save();
     if (tokwatch::URLSessionHTTPClient::mayBeLookingUp())
         tokwatch::TerminationSignals::endNow(status);
     return status;

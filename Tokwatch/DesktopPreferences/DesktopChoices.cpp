@@ -9,7 +9,7 @@ QString asQString(std::string_view utf8) {
 
 } // namespace
 
-void storeSetting(QSettings& settings, const char* key, const HotKeyChoice& value) {
+void storeSetting(SettingsStorage& settings, const char* key, const HotKeyChoice& value) {
     storeText(settings, key, textOf(value));
 }
 
@@ -33,7 +33,7 @@ bool takeStored(const StoredEntries& entries, PanelFrames& value) {
     return parseText(own->second.front(), value) && entries.size() == 1;
 }
 
-void storeSetting(QSettings& settings, const char* key, const PanelFrames& value) {
+void storeSetting(SettingsStorage& settings, const char* key, const PanelFrames& value) {
     storeText(settings, key, textOf(value));
 }
 

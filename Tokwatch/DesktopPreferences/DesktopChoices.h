@@ -22,7 +22,7 @@ struct HotKeyChoice {
     friend bool operator==(const HotKeyChoice&, const HotKeyChoice&) = default;
 };
 
-void storeSetting(QSettings& settings, const char* key, const HotKeyChoice& value);
+void storeSetting(SettingsStorage& settings, const char* key, const HotKeyChoice& value);
 std::string textOf(const HotKeyChoice& value);
 bool parseText(std::string_view text, HotKeyChoice& value);
 SettingDomain domainOf(const HotKeyChoice&);
@@ -34,7 +34,7 @@ struct PanelFrames {
 };
 
 bool takeStored(const StoredEntries& entries, PanelFrames& value);
-void storeSetting(QSettings& settings, const char* key, const PanelFrames& value);
+void storeSetting(SettingsStorage& settings, const char* key, const PanelFrames& value);
 std::string textOf(const PanelFrames& value);
 bool parseText(std::string_view text, PanelFrames& value);
 SettingDomain domainOf(const PanelFrames&);

@@ -2,7 +2,7 @@
 
 namespace tokwatch {
 
-DesktopPreferences::DesktopPreferences(QSettings& settings)
+DesktopPreferences::DesktopPreferences(SettingsStorage& settings)
     : SettingsGroup(settings),
       theme(list, "theme", "the tone of the windows", kivo::ToneChoice::desktop),
       hotKey(list, "hotKey", "the keys that open the popover from anywhere", {}),

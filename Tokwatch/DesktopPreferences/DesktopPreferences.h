@@ -10,7 +10,7 @@ namespace tokwatch {
 class DesktopPreferences final : public SettingsGroup {
   public:
     /// The settings outlive the preferences.
-    explicit DesktopPreferences(QSettings& settings);
+    explicit DesktopPreferences(SettingsStorage& settings);
 
     Setting<kivo::ToneChoice> theme;
     /// What opens the popover from anywhere.

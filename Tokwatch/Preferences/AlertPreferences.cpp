@@ -12,7 +12,7 @@ constexpr TimeOfDay morning{8 * 60};
 
 } // namespace
 
-AlertPreferences::AlertPreferences(QSettings& settings)
+AlertPreferences::AlertPreferences(SettingsStorage& settings)
     : SettingsGroup(settings), usedUp(list, "usedUp", "tell that a limit is used up", true),
       critical(list, "critical", "tell that a limit is critical", true),
       runsOut(list, "runsOut", "tell that a limit runs out within the hour", false),

@@ -25,7 +25,7 @@ inline constexpr std::array<std::string_view, 6> caseNames<AlertKind>{
 class AlertPreferences final : public SettingsGroup {
   public:
     /// The settings outlive the preferences.
-    explicit AlertPreferences(QSettings& settings);
+    explicit AlertPreferences(SettingsStorage& settings);
 
     Setting<bool> usedUp;
     Setting<bool> critical;

@@ -44,10 +44,10 @@ class AllSettings {
     struct File {
         std::string prefix;
         std::filesystem::path path;
-        std::unique_ptr<QSettings> storage;
+        std::unique_ptr<SettingsStorage> storage;
         std::unique_ptr<SettingsGroup> group;
     };
-    using Open = std::unique_ptr<QSettings> (*)(const std::filesystem::path&);
+    using Open = std::unique_ptr<SettingsStorage> (*)(const std::filesystem::path&);
 
     explicit AllSettings(Open open);
     template<typename Group>

@@ -13,7 +13,7 @@ ProviderList everyProvider() {
 
 } // namespace
 
-Preferences::Preferences(QSettings& settings)
+Preferences::Preferences(SettingsStorage& settings)
     : SettingsGroup(settings),
       showDockIcon(list, "showDockIcon", "a task-bar entry for the window", false),
       hasCompletedOnboarding(list, "hasCompletedOnboarding", "the welcome window has been seen",
@@ -70,12 +70,11 @@ std::optional<Date> Preferences::lastPruneAt() const {
 }
 
 void Preferences::setLastPruneAt(Date date) {
-    if (!prepareStorage(list.storage)) return;
-    list.storage.setValue(lastPruneKey, unixSeconds(date));
     list.onStore();
+    list.storage.setValue(lastPruneKey, unixSeconds(date));
 }
 
-std::unique_ptr<QSettings> userSettings() {
+std::unique_ptr<SettingsStorage> userSettings() {
     return settingsFile(settingsPath());
 }
 

@@ -14,7 +14,7 @@ namespace tokwatch {
 class Preferences final : public SettingsGroup {
   public:
     /// The settings outlive the preferences.
-    explicit Preferences(QSettings& settings);
+    explicit Preferences(SettingsStorage& settings);
 
     Setting<bool> showDockIcon;
     Setting<bool> hasCompletedOnboarding;
@@ -54,6 +54,6 @@ class Preferences final : public SettingsGroup {
 };
 
 /// At `settingsPath`.
-std::unique_ptr<QSettings> userSettings();
+std::unique_ptr<SettingsStorage> userSettings();
 
 } // namespace tokwatch

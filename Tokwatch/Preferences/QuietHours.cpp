@@ -18,7 +18,7 @@ bool isWithin(TimeOfDay time, TimeOfDay from, TimeOfDay until) {
     return from <= time || time < until;
 }
 
-void storeSetting(QSettings& settings, const char* key, TimeOfDay value) {
+void storeSetting(SettingsStorage& settings, const char* key, TimeOfDay value) {
     storeText(settings, key, textOf(value));
 }
 

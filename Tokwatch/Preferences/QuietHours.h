@@ -19,7 +19,7 @@ struct TimeOfDay {
 bool isWithin(TimeOfDay time, TimeOfDay from, TimeOfDay until);
 
 // As a setting: "22:00", "7:30".
-void storeSetting(QSettings& settings, const char* key, TimeOfDay value);
+void storeSetting(SettingsStorage& settings, const char* key, TimeOfDay value);
 std::string textOf(TimeOfDay value);
 bool parseText(std::string_view text, TimeOfDay& value);
 SettingDomain domainOf(TimeOfDay);

@@ -3,7 +3,6 @@
 #include "Tokwatch/Preferences/SettingCoding.h"
 
 #include <QProperty>
-#include <QSettings>
 
 #include <cmath>
 #include <concepts>
@@ -35,11 +34,10 @@ bool isText(std::string_view text) {
 
 /// The settings that stand in one file, in the order in which they are made.
 struct SettingList {
-    QSettings& storage;
+    SettingsStorage& storage;
     std::vector<AnySetting*> all = {};
     std::vector<KeptValue> kept = {};
-    /// To be called after whatever is written, and after each change, whether it could be stored or
-    /// not.
+    /// To be called before whatever is stored.
     std::function<void()> onStore = {};
 };
 
@@ -69,7 +67,7 @@ class AnySetting {
     AnySetting& operator=(const AnySetting&) = delete;
     ~AnySetting() = default;
 
-    QSettings& settings;
+    SettingsStorage& settings;
     const SettingList& siblings;
 };
 
@@ -103,11 +101,10 @@ class Setting final : public AnySetting {
 
     Setting& operator=(Value wanted) {
         if (accept) wanted = accept(std::move(wanted));
-        // What is shown may be a stored value brought into its bounds, hence the look at the
-        // file's.
+        // What is shown may be a stored value brought into its bounds, hence the look at that.
         if (!(taken(entriesOf(settings, name)).first == wanted) || !settings.contains(name)) {
-            if (prepareStorage(settings)) storeSetting(settings, name, wanted);
             if (siblings.onStore) siblings.onStore();
+            storeSetting(settings, name, wanted);
         }
         chosen.setValue(true);
         state.setValue(std::move(wanted));

@@ -1,9 +1,5 @@
 #include "Tokwatch/Preferences/SettingCoding.h"
 
-#include "Tokwatch/Preferences/SettingsFile.h"
-
-#include <QFile>
-#include <QSettings>
 #include <QStringList>
 
 #include <utility>
@@ -27,7 +23,7 @@ std::vector<std::string> itemsOf(const QVariant& stored) {
     return items;
 }
 
-void storeProviders(QSettings& settings, const char* key, const auto& providers) {
+void storeProviders(SettingsStorage& settings, const char* key, const auto& providers) {
     QStringList names;
     for (const ProviderID provider : providers)
         names.push_back(text(rawValue(provider)));
@@ -36,68 +32,53 @@ void storeProviders(QSettings& settings, const char* key, const auto& providers)
 
 } // namespace
 
-std::filesystem::path fileOf(const QSettings& settings) {
-    return QFile::encodeName(settings.fileName()).toStdString();
-}
-
-bool storageIsSound(const QSettings& settings) {
-    return !settingsObstacle(fileOf(settings));
-}
-
-bool prepareStorage(const QSettings& settings) {
-    makeSettingsFile(fileOf(settings));
-    return storageIsSound(settings);
-}
-
-std::optional<std::string> storedText(const QSettings& settings, const char* key) {
+std::optional<std::string> storedText(const SettingsStorage& settings, const char* key) {
     std::vector<std::string> items = itemsOf(settings.value(key));
     return items.size() == 1 ? std::optional(std::move(items.front())) : std::nullopt;
 }
 
-void storeText(QSettings& settings, const char* key, std::string_view value) {
+void storeText(SettingsStorage& settings, const char* key, std::string_view value) {
     settings.setValue(key, text(value));
 }
 
-std::optional<Date> storedDate(const QSettings& settings, const char* key) {
+std::optional<Date> storedDate(const SettingsStorage& settings, const char* key) {
     Date date;
     const auto stored = storedText(settings, key);
     return stored && parseText(*stored, date) ? std::optional(date) : std::nullopt;
 }
 
-StoredEntries entriesOf(const QSettings& settings, const char* name) {
+StoredEntries entriesOf(const SettingsStorage& settings, const char* name) {
     StoredEntries entries;
     if (settings.contains(name)) entries.emplace("", itemsOf(settings.value(name)));
-    // Asked for the keys of the group alone, the toolkit leaves out those of groups within it as
-    // long as nobody asked for all.
     const QString prefix = QString::fromLatin1(name) + u'/';
-    for (const QString& key : settings.allKeys())
-        if (key.startsWith(prefix) && key.size() > prefix.size())
-            entries.emplace(key.sliced(prefix.size()).toStdString(), itemsOf(settings.value(key)));
+    const SettingsStorage::Values& values = settings.values();
+    for (auto at = values.lower_bound(prefix); at != values.end() && at->first.startsWith(prefix);
+         ++at)
+        if (at->first.size() > prefix.size())
+            entries.emplace(at->first.sliced(prefix.size()).toStdString(), itemsOf(at->second));
     return entries;
 }
 
-void storeSetting(QSettings& settings, const char* key, bool value) {
+void storeSetting(SettingsStorage& settings, const char* key, bool value) {
     settings.setValue(key, value);
 }
 
-void storeSetting(QSettings& settings, const char* key, double value) {
+void storeSetting(SettingsStorage& settings, const char* key, double value) {
     settings.setValue(key, value);
 }
 
-void storeSetting(QSettings& settings, const char* key, const ProviderList& value) {
+void storeSetting(SettingsStorage& settings, const char* key, const ProviderList& value) {
     storeProviders(settings, key, value);
 }
 
-void storeSetting(QSettings& settings, const char* key, const ProviderSet& value) {
+void storeSetting(SettingsStorage& settings, const char* key, const ProviderSet& value) {
     storeProviders(settings, key, value);
 }
 
-void storeSetting(QSettings& settings, const char* key, const WindowChoices& value) {
+void storeSetting(SettingsStorage& settings, const char* key, const WindowChoices& value) {
     settings.remove(key);
-    settings.beginGroup(key);
     for (const auto& [provider, window] : value)
-        settings.setValue(text(provider), text(window));
-    settings.endGroup();
+        settings.setValue(text(key) + u'/' + text(provider), text(window));
 }
 
 } // namespace tokwatch

@@ -1,5 +1,6 @@
 #include "Tokwatch/Preferences/SettingsFile.h"
 
+#include "Platform/System/ActingAsOwner.h"
 #include "Platform/System/FileDescriptor.h"
 #include "Platform/System/OwnLinks.h"
 #include "Platform/System/PrivateFiles.h"
@@ -31,6 +32,7 @@ bool isSettingLine(const std::string& line) {
 } // namespace
 
 SettingsContents readSettings(const std::filesystem::path& file) {
+    const ActingAsOwner owner(file.parent_path());
     try {
         followOwnLinks(file);
     } catch (const std::system_error& error) {
@@ -60,6 +62,7 @@ void makeSettingsFile(const std::filesystem::path& file) {
 }
 
 std::string writingObstacle(const std::filesystem::path& file) {
+    const ActingAsOwner owner(file.parent_path());
     const FileDescriptor writable(::open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
     // It is replaced by another that is made beside it.
     if (!writable.isOpen() || ::access(file.parent_path().c_str(), W_OK | X_OK) != 0)

@@ -11,7 +11,8 @@ namespace tokwatch {
 /// Bytes.
 inline constexpr std::size_t largestSettings = 1'048'576;
 
-/// What stands in a settings file; nothing where it is missing or cannot be used.
+/// What stands in a settings file; nothing where it is missing or cannot be used. The administrator
+/// reads no more of another user's than that user may (`ActingAsOwner`).
 struct SettingsContents {
     std::string text;
     std::optional<std::string> obstacle; ///< as `settingsObstacle` has it

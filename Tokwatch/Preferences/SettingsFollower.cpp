@@ -1,10 +1,7 @@
 #include "Tokwatch/Preferences/SettingsFollower.h"
 
-#include "Tokwatch/Preferences/SettingCoding.h"
-
 #include <QFile>
 #include <QFileInfo>
-#include <QSettings>
 
 #include <chrono>
 #include <utility>
@@ -19,8 +16,8 @@ constexpr std::chrono::milliseconds settling{250};
 
 } // namespace
 
-SettingsFollower::SettingsFollower(const QSettings& settings, std::function<void()> changed)
-    : file(fileOf(settings)) {
+SettingsFollower::SettingsFollower(std::filesystem::path itsFile, std::function<void()> changed)
+    : file(std::move(itsFile)) {
     const auto again = [this] {
         watch();
         if (rest.isActive()) return;

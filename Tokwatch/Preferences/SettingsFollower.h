@@ -8,8 +8,6 @@
 #include <functional>
 #include <utility>
 
-class QSettings;
-
 namespace tokwatch {
 
 /// Tells that a settings file was changed, by whichever process, and stands still again, for as
@@ -17,7 +15,7 @@ namespace tokwatch {
 /// loop.
 class SettingsFollower {
   public:
-    SettingsFollower(const QSettings& settings, std::function<void()> changed);
+    SettingsFollower(std::filesystem::path file, std::function<void()> changed);
 
   private:
     /// Of what a file is that stands still: its size and when it was written.

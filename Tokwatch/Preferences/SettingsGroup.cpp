@@ -1,6 +1,5 @@
 #include "Tokwatch/Preferences/SettingsGroup.h"
 
-#include "Platform/System/ActingAsOwner.h"
 #include "Tokwatch/Preferences/SettingsFile.h"
 #include "Tokwatch/Preferences/SettingsFollower.h"
 #include "Tokwatch/Preferences/StoredSettings.h"
@@ -9,7 +8,6 @@
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <QCoreApplication>
-#include <QFile>
 
 #include <algorithm>
 #include <utility>
@@ -37,7 +35,7 @@ constexpr const char* nowhere = "/dev/null/Tokwatch.conf";
 
 } // namespace
 
-SettingsGroup::SettingsGroup(QSettings& settings) : list{settings} {
+SettingsGroup::SettingsGroup(SettingsStorage& settings) : list{settings} {
     saving.setSingleShot(true);
     QObject::connect(&saving, &QTimer::timeout, &saving, [this] { saveOrTell(); });
     // Commands save themselves, and have no loop.
@@ -57,7 +55,7 @@ AnySetting* SettingsGroup::named(std::string_view name) const {
 }
 
 bool SettingsGroup::areKnown() const {
-    return fileOf(list.storage) != nowhere;
+    return list.storage.path() != nowhere;
 }
 
 std::vector<std::string> SettingsGroup::faultsOf(const std::filesystem::path& file) const {
@@ -85,7 +83,7 @@ std::vector<std::string> SettingsGroup::faultsOf(const std::filesystem::path& fi
 }
 
 void SettingsGroup::tellFaults() {
-    const std::vector<std::string> faults = faultsOf(fileOf(list.storage));
+    const std::vector<std::string> faults = faultsOf(list.storage.path());
     std::set<std::string> present(faults.begin(), faults.end());
     for (const std::string& fault : faults)
         if (!toldFaults.contains(fault)) systemLog(fault);
@@ -96,29 +94,20 @@ void SettingsGroup::reload() {
     tellFaults();
     // What was read last holds, also of a file that is being moved, or was emptied and could not be
     // written: it may forbid what the defaults allow.
-    if (!storageIsSound(list.storage)) return;
-    list.storage.sync();
-    isLost = list.storage.allKeys().isEmpty();
+    if (!list.storage.load()) return;
+    isLost = list.storage.values().empty();
     if (isLost) return;
     for (AnySetting* setting : list.all)
         setting->reload();
 }
 
 bool SettingsGroup::save() {
-    if (!areKnown() || !prepareStorage(list.storage)) return false;
-    const ActingAsOwner owner(fileOf(list.storage).parent_path());
-    // Another for the same file: one that failed once speaks of that for good.
-    QSettings present(list.storage.fileName(), QSettings::IniFormat);
-    present.sync();
-    // A line that is no setting makes QSettings speak of an error and of no other: then it has to
-    // do that the file may be written.
-    if (present.status() == QSettings::FormatError) return present.isWritable();
-    return present.status() == QSettings::NoError;
+    return areKnown() && list.storage.save();
 }
 
 std::string SettingsGroup::whyUnsaved() const {
     if (!areKnown()) return "what is there cannot be used";
-    const std::filesystem::path file = fileOf(list.storage);
+    const std::filesystem::path& file = list.storage.path();
     return settingsObstacle(file).value_or(writingObstacle(file));
 }
 
@@ -128,7 +117,7 @@ void SettingsGroup::saveOrTell() {
     if (!reason.empty()) {
         if (reason != obstacle.value())
             systemLog("changes of settings could not be written to " +
-                      fileOf(list.storage).string() + ": " + reason);
+                      list.storage.path().string() + ": " + reason);
         saving.start(retryMilliseconds);
     }
     obstacle = std::move(reason);
@@ -136,22 +125,21 @@ void SettingsGroup::saveOrTell() {
 
 void SettingsGroup::followFile() {
     if (follower) return;
-    follower = std::make_unique<SettingsFollower>(list.storage, [this] { reload(); });
+    follower = std::make_unique<SettingsFollower>(list.storage.path(), [this] { reload(); });
     reload();
 }
 
-std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file) {
+std::unique_ptr<SettingsStorage> settingsFile(const std::filesystem::path& file) {
     makeSettingsFile(file);
-    if (settingsObstacle(file)) {
-        for (const std::string& fault : settingsFaults(file))
-            systemLog(fault);
-        return settingsOfNobody();
-    }
-    return std::make_unique<QSettings>(QFile::decodeName(file.c_str()), QSettings::IniFormat);
+    auto storage = std::make_unique<SettingsStorage>(file);
+    if (storage->load()) return storage;
+    for (const std::string& fault : settingsFaults(file))
+        systemLog(fault);
+    return settingsOfNobody();
 }
 
-std::unique_ptr<QSettings> settingsOfNobody() {
-    return std::make_unique<QSettings>(QString::fromLatin1(nowhere), QSettings::IniFormat);
+std::unique_ptr<SettingsStorage> settingsOfNobody() {
+    return std::make_unique<SettingsStorage>(nowhere);
 }
 
 } // namespace tokwatch

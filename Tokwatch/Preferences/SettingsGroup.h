@@ -19,7 +19,7 @@ class SettingsFollower;
 /// The settings of one file. Main thread only.
 ///
 /// No setting can fail to load: what is missing or malformed reads as its default. The file is
-/// written from the event loop after an assignment, or at the latest when the QSettings end.
+/// written from the event loop after an assignment, or at the latest when the storage ends.
 class SettingsGroup {
   public:
     SettingsGroup(const SettingsGroup&) = delete;
@@ -54,7 +54,7 @@ class SettingsGroup {
 
   protected:
     /// The settings outlive the group.
-    explicit SettingsGroup(QSettings& settings);
+    explicit SettingsGroup(SettingsStorage& settings);
 
     /// What is wrong with the file goes into the log, once each.
     void tellFaults();
@@ -74,8 +74,8 @@ class SettingsGroup {
 /// The settings file at the path. It and its directory are made when they are missing. One that
 /// cannot be read, or is no regular file of bounded size, is a line in the log; the defaults hold
 /// then, nothing is saved, and the settings are not `areKnown`.
-std::unique_ptr<QSettings> settingsFile(const std::filesystem::path& file);
+std::unique_ptr<SettingsStorage> settingsFile(const std::filesystem::path& file);
 /// Settings without a file, all at their defaults: for their names and what they may be.
-std::unique_ptr<QSettings> settingsOfNobody();
+std::unique_ptr<SettingsStorage> settingsOfNobody();
 
 } // namespace tokwatch

@@ -10,7 +10,7 @@ constexpr const char* lastDateSeenKey = "lastDateSeen";
 constexpr const char* manifestKey = "manifest";
 constexpr const char* signatureKey = "signature";
 
-void storeDate(QSettings& settings, const char* key, std::optional<Date> date) {
+void storeDate(SettingsStorage& settings, const char* key, std::optional<Date> date) {
     if (date)
         settings.setValue(key, unixSeconds(*date));
     else
@@ -23,14 +23,14 @@ bool isBase64(std::string_view text) {
         QByteArray::Base64Encoding | QByteArray::AbortOnBase64DecodingErrors));
 }
 
-QByteArray storedBytes(const QSettings& settings, const char* key) {
+QByteArray storedBytes(const SettingsStorage& settings, const char* key) {
     return QByteArray::fromBase64(
         QByteArray::fromStdString(storedText(settings, key).value_or("")));
 }
 
 } // namespace
 
-UpdatePreferences::UpdatePreferences(QSettings& settings)
+UpdatePreferences::UpdatePreferences(SettingsStorage& settings)
     : SettingsGroup(settings),
       agreed(list, "agreed", "ask once a day whether there is a new version", false) {
     list.kept = {{lastCheckKey, keptTimes, isText<Date>},
@@ -42,20 +42,19 @@ UpdatePreferences::UpdatePreferences(QSettings& settings)
 }
 
 UpdatePreferences::Memory UpdatePreferences::memory() const {
-    const QSettings& stored = list.storage;
+    const SettingsStorage& stored = list.storage;
     return {storedDate(stored, lastCheckKey), storedDate(stored, lastDateSeenKey),
             storedBytes(stored, manifestKey), storedBytes(stored, signatureKey)};
 }
 
 void UpdatePreferences::setMemory(const Memory& memory) {
-    QSettings& stored = list.storage;
-    if (!prepareStorage(stored)) return;
+    list.onStore();
+    SettingsStorage& stored = list.storage;
     storeDate(stored, lastCheckKey, memory.lastCheck);
     storeDate(stored, lastDateSeenKey, memory.lastDateSeen);
     // In letters alone: line feeds of a document would be escaped twice over.
     storeText(stored, manifestKey, memory.manifest.toBase64().toStdString());
     storeText(stored, signatureKey, memory.signature.toBase64().toStdString());
-    list.onStore();
 }
 
 std::filesystem::path updateSettingsPath() {

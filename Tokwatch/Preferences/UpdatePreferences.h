@@ -15,7 +15,7 @@ namespace tokwatch {
 class UpdatePreferences final : public SettingsGroup {
   public:
     /// The settings outlive the preferences.
-    explicit UpdatePreferences(QSettings& settings);
+    explicit UpdatePreferences(SettingsStorage& settings);
 
     /// Nobody agreed as long as nobody said so.
     Setting<bool> agreed;

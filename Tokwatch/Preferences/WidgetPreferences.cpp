@@ -25,7 +25,7 @@ bool areFrames(std::string_view text) {
 
 } // namespace
 
-WidgetPreferences::WidgetPreferences(QSettings& settings)
+WidgetPreferences::WidgetPreferences(SettingsStorage& settings)
     : SettingsGroup(settings), shown(list, "shown", "a widget on the desktop", false),
       size(list, "size", "how large the widget is", WidgetSize::medium) {
     list.kept = {{framesKey, "lines such as 20 40 232 140 HDMI-1", areFrames}};
@@ -37,8 +37,8 @@ std::string WidgetPreferences::frames() const {
 }
 
 void WidgetPreferences::setFrames(std::string_view text) {
-    if (prepareStorage(list.storage)) storeText(list.storage, framesKey, text);
     list.onStore();
+    storeText(list.storage, framesKey, text);
 }
 
 std::filesystem::path widgetSettingsPath() {

@@ -19,7 +19,7 @@ inline constexpr std::array<std::string_view, 3> caseNames<WidgetSize>{"small", 
 class WidgetPreferences final : public SettingsGroup {
   public:
     /// The settings outlive the preferences.
-    explicit WidgetPreferences(QSettings& settings);
+    explicit WidgetPreferences(SettingsStorage& settings);
 
     Setting<bool> shown;
     Setting<WidgetSize> size;

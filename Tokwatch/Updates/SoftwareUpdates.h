@@ -4,8 +4,6 @@
 #include "Platform/Seams/Scheduler.h"
 #include "Tokwatch/Preferences/UpdatePreferences.h"
 
-#include <QSettings>
-
 #include <filesystem>
 #include <memory>
 
@@ -31,7 +29,7 @@ class SoftwareUpdates {
     void lookSoon();
 
     Scheduler& scheduler;
-    const std::unique_ptr<QSettings> file;
+    const std::unique_ptr<SettingsStorage> file;
     UpdatePreferences settings;
     kivo::Updater checks;
     QPropertyNotifier agreement;

@@ -4,15 +4,13 @@
 #include "KivoPanel/DisplayServer.h"
 #include "KivoPanel/SavedFrame.h"
 #include "Tokwatch/Preferences/PlainSettings.h"
-#include "Tokwatch/Preferences/SettingsFile.h"
+#include "Tokwatch/Preferences/SettingsStorage.h"
 #include "Tokwatch/Widget/WidgetMenu.h"
 #include "Tokwatch/Widget/WidgetPlace.h"
 
-#include <QFile>
 #include <QGuiApplication>
 #include <QMetaObject>
 #include <QScreen>
-#include <QSettings>
 
 #include <chrono>
 #include <cmath>
@@ -31,8 +29,8 @@ kivo::SavedFrames savedFrames(const WidgetPreferences& preferences) {
 
 /// Of the windows' settings the one that the widget obeys; their room knows the window system.
 kivo::ToneChoice chosenTone(const std::filesystem::path& file) {
-    if (settingsObstacle(file)) return kivo::ToneChoice::desktop;
-    const QSettings settings(QFile::decodeName(file.c_str()), QSettings::IniFormat);
+    SettingsStorage settings(file);
+    if (!settings.load()) return kivo::ToneChoice::desktop;
     const QString tone = settings.value(QStringLiteral("theme")).toString();
     if (tone == QLatin1String("dark")) return kivo::ToneChoice::dark;
     return tone == QLatin1String("light") ? kivo::ToneChoice::light : kivo::ToneChoice::desktop;

@@ -17,7 +17,6 @@
 #include <QDBusConnection>
 #include <QGuiApplication>
 #include <QProcess>
-#include <QSettings>
 #include <QTimer>
 
 #include <chrono>
@@ -86,7 +85,7 @@ int run(int argc, char** argv) {
         if (parser.isSet(option)) places << "--" + option.names().first() << parser.value(option);
     if (parser.isSet(dataDirectory)) paths.dataHome = absolute(parser.value(dataDirectory));
 
-    const std::unique_ptr<QSettings> settings = settingsFile(widgetSettingsPath());
+    const std::unique_ptr<SettingsStorage> settings = settingsFile(widgetSettingsPath());
     const FileDescriptor single =
         lockPrivately(settingsPath().parent_path() / "Widget.lock", patience);
     if (!single.isOpen()) return 0; // there is one already

@@ -10,7 +10,6 @@
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <QCoroTask>
-#include <QSettings>
 #include <QThreadPool>
 
 #include <algorithm>
@@ -106,7 +105,7 @@ int SessionCommands::run(const CommandSurroundings& surroundings,
                          const FreshLimitsOptions& options) {
     surroundings.requireHome();
     const std::shared_ptr<UsageStore> store = surroundings.openStoreForReading();
-    const std::unique_ptr<QSettings> settings = userSettings();
+    const std::unique_ptr<SettingsStorage> settings = userSettings();
     Preferences preferences(*settings);
     const PlainSettings plain = preferences.plain();
     const std::vector<ProviderID> shown = providersAsked(plain, options.provider);

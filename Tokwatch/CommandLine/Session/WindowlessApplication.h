@@ -9,8 +9,6 @@
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Preferences/Preferences.h"
 
-#include <QSettings>
-
 #include <functional>
 #include <memory>
 
@@ -34,9 +32,9 @@ class WindowlessApplication {
   private:
     const UserPaths paths;
     TerminationSignals termination{[] { EventLoop::end(exitOk); }};
-    std::unique_ptr<QSettings> settings = userSettings();
+    std::unique_ptr<SettingsStorage> settings = userSettings();
     Preferences userPreferences{*settings};
-    std::unique_ptr<QSettings> alertSettings = settingsFile(alertSettingsPath());
+    std::unique_ptr<SettingsStorage> alertSettings = settingsFile(alertSettingsPath());
     AlertPreferences alertPreferences{*alertSettings};
     DesktopBus bus{QDBusConnection::sessionBus(), QDBusConnection::systemBus()};
     DesktopAlerts alertDisplay{bus.sessionBus()};
