@@ -1,7 +1,7 @@
 #include "KivoMenuBar/ScrollStepper.h"
 
+#include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 namespace kivo {
 namespace {
@@ -9,10 +9,15 @@ namespace {
 constexpr int unitsPerNotch = 120;
 // Hosts that count notches put a few at most into one event; fine wheels send at least this much.
 constexpr int smallestFraction = 8;
+/// Of one motion: no wheel turns that far, but anybody on the bus can say so.
+constexpr double mostNotches = 1000;
+/// Of a gesture, within what counts steps.
+constexpr double longestGesture = 1e9;
 
 double notchesDown(int delta, int notch) {
-    if (notch == 0) notch = std::abs(delta) < smallestFraction ? 1 : -unitsPerNotch;
-    return static_cast<double>(delta) / notch;
+    const double units = delta;
+    if (notch == 0) notch = std::abs(units) < smallestFraction ? 1 : -unitsPerNotch;
+    return std::clamp(units / notch, -mostNotches, mostNotches);
 }
 
 } // namespace
@@ -24,7 +29,7 @@ int ScrollStepper::steps(int delta, int notch, Seconds now) {
         spent = 0;
     }
     lastEvent = now;
-    accumulated += motion;
+    accumulated = std::clamp(accumulated + motion, -longestGesture, longestGesture);
     const int reached = static_cast<int>(std::trunc(accumulated));
     const int fresh = reached - spent;
     spent = reached;

@@ -10,6 +10,7 @@
 
 #include <gmock/gmock.h>
 
+#include <climits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -277,6 +278,7 @@ TEST(ScrollStepper, TurnsMotionIntoSteps) {
              {"a pause forgets", {{1, -100, 0}, {1.31, -100, 0}, {1.4, -20, 1}}},
              {"a turn forgets", {{1, -110, 0}, {1.1, 60, 0}, {1.2, 60, -1}, {1.3, -110, 0}}},
              {"several notches at once", {{1, -360, 3}, {1.1, 240, -2}, {1.2, 0, 0}}},
+             {"anything at all", {{1, INT_MIN, -1000}, {1.1, INT_MAX, 1000}}, 1},
          }) {
         ScrollStepper stepper;
         for (const Motion& motion : c.motions)

@@ -39,6 +39,9 @@ TEST(SummaryDisplay, HasNoShareBeyondTheWholeAndNoneOfNothing) {
     const Row row = SummaryDisplay::row(model, 2, SummaryUnit::cost);
     EXPECT_EQ(row.share, "100.0%");
     EXPECT_EQ(row.shareFraction, 1);
+    EXPECT_EQ(row.title, "grok-4");
+    model.model = "  ";
+    EXPECT_EQ(SummaryDisplay::row(model, 2, SummaryUnit::cost).title, "(no name)");
     const Row day = SummaryDisplay::row({*parseISO8601("2026-03-29T22:00:00Z"), 7.5, 3000, 1}, 1,
                                         UsageSummary(), SummaryUnit::cost, berlin);
     EXPECT_EQ(day.id + " " + day.title + " " + day.share, "day/2026-03-30 Mon, Mar 30 0%");

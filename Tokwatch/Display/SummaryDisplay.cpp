@@ -27,6 +27,13 @@ void addIfAny(std::vector<SummaryDisplay::Segment>& segments, TokenPart part, do
     if (usd > 0) segments.push_back({part, usd, MeterFormat::money(usd)});
 }
 
+/// What a log names may be a megabyte, or blanks.
+std::string shownName(std::string_view name) {
+    constexpr std::size_t longest = 500; // more than any path of people's
+    const std::string title = plainText(boundedName(std::string(name), longest));
+    return title.find_first_not_of(' ') == std::string::npos ? "(no name)" : title;
+}
+
 } // namespace
 
 std::string_view labelOf(TokenPart part) {
@@ -64,10 +71,7 @@ SummaryDisplay::Row SummaryDisplay::row(std::string_view title, const Use& use, 
                                         SummaryUnit unit) {
     const bool isCost = unit == SummaryUnit::cost;
     const double share = std::min(1.0, isCost ? use.costShare : use.tokenShare);
-    // Longer than any path of people's; a log may name a megabyte.
-    constexpr std::size_t longestTitle = 500;
-    return {std::string(title), rank, std::nullopt,
-            plainText(boundedName(std::string(title), longestTitle)),
+    return {std::string(title), rank, std::nullopt, shownName(title),
             costText(use.costUSD, use.approximate),
             // A part of the cost is no more known than the cost.
             isCost && !use.costUSD ? unknown : MeterFormat::share(share),
