@@ -231,6 +231,12 @@ TEST_F(PreferencesTest, NamesLinesThatAreNoSettingsAndSavesTheOthers) {
     EXPECT_FALSE(again.preferences.tintEnabled);
     EXPECT_EQ(again.preferences.warningThreshold, 0.3);
     EXPECT_EQ(log.lines().size(), 4U) << "the key is there still";
+    std::string groups = "[General]\nno setting\n";
+    for (int group = 0; group < 30; ++group)
+        groups += "[group" + std::to_string(group) + "/deeper]\nx=1\n";
+    EXPECT_THAT(again.preferences.faultsOf(reading(groups).settings->path()),
+                AllOf(SizeIs(21), Contains(HasSubstr("line 2 of ")),
+                      Contains("and 11 more in " + file.string())));
 }
 
 TEST_F(PreferencesTest, NeitherWaitsForNorReplacesWhatIsNoOrdinaryFile) {

@@ -22,6 +22,9 @@ namespace {
 /// read.
 constexpr std::string_view foreignValue = "=@Variant(";
 
+/// Of a file that are told one by one.
+constexpr std::size_t mostFaults = 20;
+
 bool isSettingLine(const std::string& line) {
     if (line.find(foreignValue) != std::string::npos) return false;
     const std::size_t start = line.find_first_not_of(" \t\r");
@@ -86,7 +89,8 @@ std::vector<std::string> settingsFaults(const std::filesystem::path& file) {
 }
 
 std::vector<std::string> settingsFaults(const std::filesystem::path& file,
-                                        const SettingsContents& contents) {
+                                        const SettingsContents& contents,
+                                        const std::vector<std::string>& others) {
     if (contents.obstacle)
         return {"the settings file " + file.string() + ' ' + *contents.obstacle +
                 "; who starts now has the defaults" +
@@ -96,6 +100,12 @@ std::vector<std::string> settingsFaults(const std::filesystem::path& file,
     for (const int number : linesThatAreNoSettings(contents.text))
         faults.push_back("line " + std::to_string(number) + " of " + file.string() +
                          " is no setting; the next change of a setting drops it");
+    faults.insert(faults.end(), others.begin(), others.end());
+    if (faults.size() > mostFaults) {
+        const std::size_t more = faults.size() - mostFaults;
+        faults.resize(mostFaults);
+        faults.push_back("and " + std::to_string(more) + " more in " + file.string());
+    }
     return faults;
 }
 

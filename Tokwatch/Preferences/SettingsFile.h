@@ -39,8 +39,10 @@ std::vector<int> linesThatAreNoSettings(const std::string& text);
 /// What keeps it from being read, or lines of it, as sentences for the log and the doctor. What the
 /// lines say is for the `SettingsGroup` to judge.
 std::vector<std::string> settingsFaults(const std::filesystem::path& file);
-/// The same of a file that was read already.
+/// The same of a file that was read already, then the others that were found in it: the first 20 of
+/// all, and how many there are more.
 std::vector<std::string> settingsFaults(const std::filesystem::path& file,
-                                        const SettingsContents& contents);
+                                        const SettingsContents& contents,
+                                        const std::vector<std::string>& others = {});
 
 } // namespace tokwatch

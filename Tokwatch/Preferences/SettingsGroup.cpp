@@ -60,7 +60,8 @@ bool SettingsGroup::areKnown() const {
 
 std::vector<std::string> SettingsGroup::faultsOf(const std::filesystem::path& file) const {
     const SettingsContents contents = readSettings(file);
-    std::vector<std::string> faults = settingsFaults(file, contents);
+    std::vector<std::string> faults;
+    std::vector<std::string> unread; // these matter least
     const StoredSettings stored(contents.text);
     for (const std::string& name : stored.names()) {
         const StoredEntries entries = stored.entries(name);
@@ -73,13 +74,14 @@ std::vector<std::string> SettingsGroup::faultsOf(const std::filesystem::path& fi
                 faults.push_back(found + ", not " + setting->domain().values + "; it counts as " +
                                  quoted(*taken));
         } else if (kept == list.kept.end()) {
-            faults.push_back(found + ", but no setting has that name; nobody reads it");
+            unread.push_back(found + ", but no setting has that name; nobody reads it");
         } else if (std::string text; !takeStored(entries, text) || !kept->isOne(text)) {
             faults.push_back(found + ", not " + std::string(kept->values) +
                              "; it counts as missing");
         }
     }
-    return faults;
+    faults.insert(faults.end(), unread.begin(), unread.end());
+    return settingsFaults(file, contents, faults);
 }
 
 void SettingsGroup::tellFaults() {

@@ -154,8 +154,9 @@ class Examination {
 
     void examineSettings() {
         for (const auto& [file, faults] : AllSettings::ofNobody().faults()) {
+            const bool isBad = !faults.empty() && settingsObstacle(file);
             for (const std::string& fault : faults)
-                add("Settings", settingsObstacle(file) ? Health::bad : Health::note, fault);
+                add("Settings", isBad ? Health::bad : Health::note, fault);
             if (faults.empty() && file == settingsPath())
                 add("Settings", Health::good, file.string());
         }
