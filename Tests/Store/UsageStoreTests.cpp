@@ -261,6 +261,15 @@ TEST_F(UsageStoreTest, LosesNothingToOtherProcessesThatOpenAndCloseTheFile) {
     ingest(events(0, 10));
     EXPECT_TRUE(anotherProcessFinds(10, file));
     EXPECT_TRUE(fs::exists(file.string() + "-wal"));
+
+    // Or moved a backup into its place, which has nothing of what they hold.
+    const fs::path backup = home / "backup/usage.sqlite";
+    UsageStore(backup).ingest(events(0, 5), utc);
+    ingest(events(100, 200));
+    fs::rename(backup, file);
+    EXPECT_TRUE(store->reattach());
+    EXPECT_TRUE(anotherProcessFinds(5, file));
+    EXPECT_NO_THROW(store->requireSound());
 }
 
 TEST_F(UsageStoreTest, WaitsForOthersThatOpenANewFileAtTheSameTime) {

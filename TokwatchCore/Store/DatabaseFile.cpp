@@ -15,7 +15,8 @@
 namespace tokwatch::sqlite {
 namespace {
 
-constexpr mode_t othersMayWrite = 022;
+/// A group that may write into the directory is trusted with what is in it.
+constexpr mode_t othersMayWrite = 002;
 
 /// Whether nobody but the file's owner can have given it its other names. Whoever else gave it this
 /// one chose which file is written into.

@@ -136,7 +136,9 @@ FileCursor decodeCursorRow(const std::string& path, const std::string& json) {
 UsageStore::UsageStore(const std::filesystem::path& path, std::chrono::milliseconds patience)
     : UsageStore(path, isInMemory(path) ? openInMemory()
                                         : sqlite::openTables(path, patience, usageTables)) {
-    if (!isInMemory(path)) identity = identityOf(path);
+    if (isInMemory(path)) return;
+    identity = identityOf(path);
+    noteWal();
 }
 
 UsageStore::UsageStore(std::filesystem::path path, std::unique_ptr<sqlite::Connection> connection)
@@ -175,6 +177,7 @@ bool UsageStore::reattach() {
     carryLimits(*db, *meanwhile);
     db = std::move(meanwhile);
     ++contents;
+    removeWal();
     setIdentity(std::nullopt);
     std::unique_ptr<sqlite::Connection> opened =
         sqlite::openTables(file, reattachPatience, usageTables);
@@ -182,7 +185,24 @@ bool UsageStore::reattach() {
     db = std::move(opened);
     ++contents;
     setIdentity(identityOf(file));
+    noteWal();
     return true;
+}
+
+void UsageStore::noteWal() {
+    walIdentity = identityOf(sqlite::realPath(file).string() + "-wal");
+}
+
+/// What was moved into the file's place has no log yet, and would be overlaid with the one of the
+/// file that was there.
+void UsageStore::removeWal() {
+    if (!walIdentity) return;
+    const std::string real = sqlite::realPath(file).string();
+    if (walIdentity != identityOf(real + "-wal")) return;
+    for (const char* suffix : {"-wal", "-shm"}) {
+        std::error_code none;
+        std::filesystem::remove(real + suffix, none);
+    }
 }
 
 void UsageStore::setIdentity(std::optional<FileIdentity> present) {

@@ -146,6 +146,8 @@ class UsageStore {
 
     UsageStore(std::filesystem::path path, std::unique_ptr<sqlite::Connection> connection);
     void setIdentity(std::optional<FileIdentity> present);
+    void noteWal();
+    void removeWal();
     static std::optional<FileIdentity> identityOf(const std::filesystem::path& path);
     /// What it stored.
     std::optional<ProviderLimits> storeChange(ProviderID provider, const LimitsChange& change);
@@ -155,7 +157,8 @@ class UsageStore {
     std::unique_ptr<sqlite::Connection> db;
     std::uint64_t contents = 0; ///< the present generation
     mutable std::mutex identityMutex;
-    std::optional<FileIdentity> identity; ///< of the open file; none in memory
+    std::optional<FileIdentity> identity;    ///< of the open file; none in memory
+    std::optional<FileIdentity> walIdentity; ///< of its write-ahead log
 };
 
 /// Whether a cursor row, as `save` writes it, stands at this place. Decoding thousands of rows only
