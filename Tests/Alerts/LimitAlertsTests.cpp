@@ -171,6 +171,9 @@ TEST(AlertFile, GoesOnWithWhateverStandsInItsPlace) {
         AlertFile(directory.path()).edit([&](ToldAlerts& all) { all.push_back(told); });
         EXPECT_THAT(read(AlertFile(directory.path())), ElementsAre(told)) << nonsense;
     }
+    const std::string others = directory.read("alerts.json");
+    directory.write("alerts.json", R"([{"provider":"codex","kind":"later"},)" + others.substr(1));
+    EXPECT_THAT(read(AlertFile(directory.path())), ElementsAre(told)) << "the others count";
     std::filesystem::remove(directory / "alerts.json");
     directory.write("alerts.json/below", "");
     const testing::CapturedLog log;

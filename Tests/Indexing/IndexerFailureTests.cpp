@@ -2,7 +2,11 @@
 #include "Tests/Support/OrdinaryUser.h"
 #include "Tokwatch/Indexing/SliceReader.h"
 
+#include <array>
 #include <limits>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace tokwatch::testing {
 
@@ -114,6 +118,28 @@ TEST_F(IndexerFailureTest, KeepsAResponseOpenAtTheListedEndOfALogThatGoesOn) {
         for (const UsageEvent& event : slice->events)
             counted.push_back(event.tokens.output);
     EXPECT_THAT(counted, ElementsAre(500));
+}
+
+/// By a clock that is ahead, so that the file's time counts: the present one, not the listed.
+TEST_F(IndexerFailureTest, JudgesLinesFromTheFutureByTheTimeTheFileHasAsItIsRead) {
+    const auto write = [this](double age) {
+        const timespec moment{static_cast<time_t>(unixSeconds(time.now()) - age), 0};
+        const std::array times{moment, moment};
+        EXPECT_EQ(::utimensat(AT_FDCWD, (home / claudeLog).c_str(), times.data(), 0), 0);
+    };
+    const std::string ahead = formatISO8601(time.now() + Seconds{120});
+    const ClaudeResponse open{.id = "open", .timestamp = ahead, .stopReason = "null"};
+    home.write(claudeLog, ClaudeResponse{"msg_1"}.line());
+    write(100);
+    const std::vector<PendingFile> files{
+        {ProviderID::claude,
+         findLogFiles(ProviderID::claude, home / ".claude/projects").files.at(0),
+         {}}};
+    home.append(claudeLog, open.line() + ClaudeResponse{"msg_2"}.line());
+    write(1);
+    SliceReader reader(files, time.clock());
+    reader.begin(0);
+    EXPECT_THAT(reader.next()->events, SizeIs(2)) << "one may go on";
 }
 
 TEST_F(IndexerFailureTest, GoesOnPastFilesThatCannotBeReadOrStored) {

@@ -44,13 +44,21 @@ namespace {
 constexpr std::size_t largestFile = 1'048'576; ///< bytes; real ones have a few thousand
 
 ToldAlerts readTold(const std::filesystem::path& file) {
+    ToldAlerts told;
     try {
-        if (const auto text = readWholeFile(file, largestFile))
-            return decode<ToldAlerts>(parseJson(*text));
+        const auto text = readWholeFile(file, largestFile);
+        const Json records = text ? parseJson(*text) : Json::array();
+        for (const Json& record : coding::array(records)) {
+            try {
+                told.push_back(decode<ToldAlert>(record));
+            } catch (const DecodingError&) {
+                continue; // of a later version; it says nothing of the others
+            }
+        }
     } catch (const DecodingError&) {
         // Whoever wrote that, the next alert replaces it.
     }
-    return {};
+    return told;
 }
 
 /// Not open where it cannot be had: the processes then go by what the others have noted before.

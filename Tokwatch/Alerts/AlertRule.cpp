@@ -153,7 +153,9 @@ void considerLogin(const AlertSituation& situation, ProviderID provider,
                    const ProviderLimits& limits, AlertOutcome& outcome) {
     if (situation.now - limits.fetchedAt > LimitAge::current) return;
     const AlertSubject login{provider, {}};
-    if (limits.status == ProviderStatus::ok && !isTold(limits)) {
+    // Codex tells its logs what the service answered to that very login.
+    const bool isProven = !isTold(limits) || provider == ProviderID::codex;
+    if (limits.status == ProviderStatus::ok && isProven) {
         outcome.calm.insert(login);
         std::erase_if(outcome.told, [&](const ToldAlert& told) { return told.subject == login; });
     }

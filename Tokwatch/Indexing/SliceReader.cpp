@@ -98,8 +98,8 @@ std::optional<Slice> SliceReader::next() {
     return slice;
 }
 
-/// Of what the file was when it was last read: what it was listed with may have been written over
-/// by slices since, in which its last lines go on.
+/// Of what the file was when it was last read: since it was listed, slices may have been written in
+/// which its last lines go on.
 bool SliceReader::isAtEnd(std::int64_t bytes) const {
     return bytes == 0 || reached->offset >= log.attributes.size;
 }
@@ -121,7 +121,7 @@ Slice SliceReader::readLines(const PendingFile& pending) {
     const Date begun = now();
     JSONLTail::Result read =
         readSlice(log, reached ? reached : pending.cursor, JSONLTail::sliceBytes, buffer);
-    log.attributes.size = read.fileSize;
+    log.attributes = read.file;
     // What is open was read from a file that is gone.
     if (read.reset) events.clear();
     Slice slice;

@@ -104,14 +104,14 @@ JSONLTail::Result JSONLTail::read(const LogFile& file, const std::optional<FileC
                                   std::int64_t maxBytes, TailBuffer& buffer) {
     Result result;
     start(result, file.path, stored, file.attributes);
-    result.fileSize = file.attributes.size;
+    result.file = file.attributes;
     if (file.attributes.size <= result.cursor.offset) return result;
 
     const InputFile input(file.path);
     // The open file's attributes count: it may have been replaced since it was listed.
     const FileAttributes attributes = input.attributes();
     start(result, file.path, stored, attributes);
-    result.fileSize = attributes.size;
+    result.file = attributes;
     const std::size_t consumed =
         readLines(input, attributes.size, result.cursor.offset, maxBytes, buffer);
     split({buffer.data(), consumed}, result.lines);
@@ -124,8 +124,8 @@ std::optional<JSONLTail::Result> skipOverlongLine(const std::filesystem::path& f
                                                   const std::optional<FileCursor>& stored) {
     const InputFile input(file);
     JSONLTail::Result result;
-    start(result, file, stored, input.attributes());
-    result.fileSize = input.attributes().size;
+    result.file = input.attributes();
+    start(result, file, stored, result.file);
     FileCursor& cursor = result.cursor;
     const LineEnd end = findLineEnd(input, cursor.offset);
     result.bytesRead = end.offset - cursor.offset;

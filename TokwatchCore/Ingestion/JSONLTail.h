@@ -41,7 +41,7 @@ struct JSONLTail {
         FileCursor cursor;
         std::int64_t bytesRead = 0; ///< consumed by this read
         bool reset = false;         ///< a cursor existed but the file was replaced or shrank
-        std::int64_t fileSize = 0;  ///< as it was read; as listed where it was not opened
+        FileAttributes file;        ///< as it was read; as listed where it was not opened
     };
 
     /// Reads at most `maxBytes` (more only when one line is longer) from the cursor's offset, up to
