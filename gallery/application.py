@@ -105,7 +105,12 @@ def set_thresholds(warning, critical):
 
 def find_item():
     """The middle of the item on the panel."""
-    left, right = desktop.item_columns(lambda: set_thresholds(1, 0.95), lambda: set_thresholds(0.25, 0.1))
+    try:
+        left, right = desktop.item_columns(lambda: set_thresholds(1, 0.95), lambda: set_thresholds(0.25, 0.1))
+    except AssertionError:
+        print(tokwatch("status", "--format", "json", "--home", HOME), tokwatch("preferences", "list"), file=sys.stderr)
+        desktop.save("not-found")
+        raise
     return (left + right) // 2, desktop.PANEL_HEIGHT // 2 - 1
 
 
