@@ -89,9 +89,10 @@ std::optional<Date> parseISO8601(std::string_view text) {
                                            std::chrono::day{static_cast<unsigned>(day)}};
     // 60 is a leap second; it counts as the first second of the next minute.
     if (!wellFormed || !date.ok() || hour > 23 || minute > 59 || second > 60) return std::nullopt;
-    const std::int64_t days = std::chrono::sys_days{date}.time_since_epoch().count();
-    const std::int64_t whole = days * 86400 + hour * 3600 + minute * 60 + second - offset;
-    return dateFromUnixSeconds(static_cast<double>(whole) + fraction);
+    const std::chrono::sys_seconds whole = std::chrono::sys_days{date} + std::chrono::hours{hour} +
+                                           std::chrono::minutes{minute} +
+                                           std::chrono::seconds{second - offset};
+    return dateFromUnixSeconds(static_cast<double>(whole.time_since_epoch().count()) + fraction);
 }
 
 std::string formatISO8601(Date date) {
