@@ -75,7 +75,7 @@ IndexOutcome IndexPass::run() {
         readAhead(std::min({readers, surroundings.readers, files.size()}));
     }
     flush();
-    logUnstored();
+    logTroubles();
     noteUnfinished();
     return outcome;
 }
@@ -211,7 +211,10 @@ void IndexPass::take(Slice slice) {
     part.statistics.bytesRead += slice.bytes;
     if (!slice.failure.empty()) {
         ++unreadableFiles;
-        logFailure(pending, slice.failure);
+        if (slice.isShortage)
+            starvedFor[slice.failure].push_back(slice.file);
+        else
+            logFailure(pending, slice.failure);
     } else if (!unstored.contains(slice.file)) {
         group.push_back({slice.file, events.size(), slice.events.size(), std::move(slice.cursor),
                          slice.cursorMoved});
@@ -314,25 +317,33 @@ void IndexPass::giveUp(std::size_t file, const std::string& reason) {
 }
 
 /// One line for each reason, once until something can be stored: a full disk has the same one for
-/// thousands of files and every few seconds.
-void IndexPass::logUnstored() {
+/// thousands of files and every few seconds, and so has a shortage.
+void IndexPass::logTroubles() {
     if (isAnythingStored) surroundings.toldTroubles.clear();
-    for (const auto& [reason, which] : unstoredFor) {
-        if (!surroundings.toldTroubles.insert(reason).second) continue;
-        const std::int64_t others = std::ssize(which) - 1;
-        logFailure(files[which.front()],
-                   reason + (others == 0 ? "" : "; so did " + counted(others, "other file")));
-    }
+    for (const auto* reasons : {&unstoredFor, &starvedFor})
+        for (const auto& [reason, which] : *reasons)
+            logOnce(reason, which);
+}
+
+void IndexPass::logOnce(const std::string& reason, const std::vector<std::size_t>& which) {
+    if (!surroundings.toldTroubles.insert(reason).second) return;
+    const std::int64_t others = std::ssize(which) - 1;
+    logFailure(files[which.front()],
+               reason + (others == 0 ? "" : "; so did " + counted(others, "other file")));
 }
 
 void IndexPass::noteUnfinished() {
     for (const auto& [file, due] : held) {
         if (!unstored.contains(file)) outcome.unfinished.push_back({files[file].file.path, due});
     }
-    if (unstored.empty()) return;
+    if (unstored.empty() && starvedFor.empty()) return;
     const Date due = surroundings.now() + Indexer::retryInterval;
     for (const std::size_t file : unstored)
         outcome.unfinished.push_back({files[file].file.path, due});
+    for (const auto& [reason, which] : starvedFor)
+        for (const std::size_t file : which)
+            if (!unstored.contains(file))
+                outcome.unfinished.push_back({files[file].file.path, due});
 }
 
 } // namespace tokwatch

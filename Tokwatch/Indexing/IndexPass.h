@@ -93,7 +93,8 @@ class IndexPass {
     void storeOneByOne();
     void giveUpGroup(const std::string& reason);
     void giveUp(std::size_t file, const std::string& reason);
-    void logUnstored();
+    void logTroubles();
+    void logOnce(const std::string& reason, const std::vector<std::size_t>& which);
     void noteUnfinished();
 
     Surroundings surroundings;
@@ -101,6 +102,7 @@ class IndexPass {
     std::vector<PendingFile> files; ///< changed ones, provider by provider
     std::set<std::size_t> unstored; ///< files of which a slice could not be stored
     std::map<std::string, std::vector<std::size_t>> unstoredFor; ///< the same by reason
+    std::map<std::string, std::vector<std::size_t>> starvedFor;  ///< unread for want of something
     std::map<std::size_t, Date> held; ///< files that end in an unfinished response, until when
     std::vector<StoredSlice> group;
     std::size_t groupEvents; ///< how many events make a group full

@@ -39,6 +39,12 @@ std::int64_t turnOf(const UsageEvent& event) {
     return turn;
 }
 
+bool isShortage(const std::error_code& failure) {
+    return failure == std::errc::too_many_files_open ||
+           failure == std::errc::too_many_files_open_in_system ||
+           failure == std::errc::not_enough_memory;
+}
+
 /// A line from the future, as a clock that was set back since leaves it, would be the newest for as
 /// long as that takes.
 ProviderLimits datedNoLaterThan(Date now, ProviderLimits limits) {
@@ -86,8 +92,10 @@ std::optional<Slice> SliceReader::next() {
         slice = read(pending);
     } catch (const std::system_error& error) {
         slice = {};
-        // No failure: another pass finds it where it is.
-        if (!isGone(error.code())) slice.failure = error.what();
+        slice.isShortage = isShortage(error.code());
+        // No failure where it is gone: another pass finds it where it is.
+        if (!isGone(error.code()))
+            slice.failure = slice.isShortage ? error.code().message() : error.what();
     } catch (const std::exception& error) {
         slice = {};
         slice.failure = error.what();

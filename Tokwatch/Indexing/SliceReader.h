@@ -34,8 +34,9 @@ struct Slice {
     bool cursorMoved = false;             ///< `cursor` differs from what is stored
     /// The file ends in a response that may go on; until then it waits for another pass.
     std::optional<Date> heldUntil;
-    std::int64_t bytes = 0; ///< consumed
-    std::string failure;    ///< why the file could not be read further; empty when it could
+    std::int64_t bytes = 0;  ///< consumed
+    std::string failure;     ///< why the file could not be read further; empty when it could
+    bool isShortage = false; ///< that is no fault of the file's: it can be read once there is room
 };
 
 /// Reads pending files slice by slice and parses what it reads. Knows no store, so that it may run
