@@ -221,18 +221,15 @@ kivo::StatusIcon MeterStatusItem::iconOf(const Face& face) {
     const QString text = QString::fromStdString(title.text.value_or(""));
 
     kivo::StatusIcon icon;
-    if (face.area.kind == StatusAreaKind::label) {
-        icon = markIcon(face, kind);
-    } else if (face.area.kind == StatusAreaKind::wide && !text.isEmpty()) {
+    if (face.area.kind == StatusAreaKind::wide && !text.isEmpty())
         icon.pictures = pictures(wideHeights, [&](int height) {
             return titlePicture(title.provider, text, ink, height);
         });
-    } else if (title.percentLeft) {
+    else if (face.area.kind != StatusAreaKind::label && title.percentLeft)
         icon.pictures = pictures(
             squareSides, [&](int side) { return gaugePicture(*title.percentLeft, ink, side); });
-    } else {
+    else
         icon = markIcon(face, kind);
-    }
     return icon;
 }
 
