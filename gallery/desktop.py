@@ -229,6 +229,14 @@ class StatusItem:
     def picture_sizes(self):
         return [(int(width), int(height)) for width, height, _ in self.get("IconPixmap")]
 
+    def is_red(self):
+        """Whether it gives red pictures, whatever the panel makes of them."""
+        for _, _, pixels in self.get("IconPixmap"):
+            data = bytes(pixels)
+            if any(data[at] > 200 and is_red(*data[at + 1:at + 4]) for at in range(0, len(data), 4)):
+                return True
+        return False
+
     def is_registered(self):
         try:
             watcher = dbus.Interface(
