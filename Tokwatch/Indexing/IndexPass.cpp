@@ -336,14 +336,12 @@ void IndexPass::noteUnfinished() {
     for (const auto& [file, due] : held) {
         if (!unstored.contains(file)) outcome.unfinished.push_back({files[file].file.path, due});
     }
-    if (unstored.empty() && starvedFor.empty()) return;
-    const Date due = surroundings.now() + Indexer::retryInterval;
-    for (const std::size_t file : unstored)
-        outcome.unfinished.push_back({files[file].file.path, due});
+    std::set<std::size_t> again = unstored;
     for (const auto& [reason, which] : starvedFor)
-        for (const std::size_t file : which)
-            if (!unstored.contains(file))
-                outcome.unfinished.push_back({files[file].file.path, due});
+        again.insert(which.begin(), which.end());
+    const Date due = surroundings.now() + Indexer::retryInterval;
+    for (const std::size_t file : again)
+        outcome.unfinished.push_back({files[file].file.path, due});
 }
 
 } // namespace tokwatch

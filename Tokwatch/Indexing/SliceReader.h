@@ -62,7 +62,7 @@ class SliceReader {
     const std::vector<PendingFile>& files;
     Clock now;
     std::size_t present = 0;
-    LogFile log;                       ///< the present file, with its size as it was last read
+    LogFile log;                       ///< the present file, as it was last read
     bool isRead = false;               ///< the present file
     std::optional<FileCursor> reached; ///< in the present file, after its slices so far
     std::optional<FileCursor> given;   ///< with the last of them
