@@ -16,7 +16,6 @@ namespace {
 
 constexpr const char* schema =
     "CREATE TABLE IF NOT EXISTS seen(key TEXT PRIMARY KEY, day TEXT NOT NULL);\n"
-    "CREATE INDEX IF NOT EXISTS seen_day ON seen(day);\n"
     "CREATE TABLE IF NOT EXISTS daily(\n"
     "  provider TEXT NOT NULL, model TEXT NOT NULL, day TEXT NOT NULL,\n"
     "  uncached INTEGER NOT NULL DEFAULT 0, cache_read INTEGER NOT NULL DEFAULT 0,\n"
@@ -31,6 +30,10 @@ constexpr const char* schema =
     "CREATE INDEX IF NOT EXISTS sessions_day ON sessions(day);\n"
     "CREATE TABLE IF NOT EXISTS cursors(path TEXT PRIMARY KEY, json TEXT NOT NULL);\n"
     "CREATE TABLE IF NOT EXISTS limits(provider TEXT PRIMARY KEY, json TEXT NOT NULL);";
+
+/// Made by the first prune, which alone asks for keys by their day: of a first pass, which inserts a
+/// hundred thousand of them, an index less is a fifth of the time.
+constexpr const char* indexOfDays = "CREATE INDEX IF NOT EXISTS seen_day ON seen(day)";
 
 /// How long moving to another file waits for others who open it.
 constexpr std::chrono::milliseconds reattachPatience{500};
@@ -350,6 +353,7 @@ void UsageStore::prune(Date before, const Calendar& calendar) {
     const std::lock_guard lock(queue);
     const std::string day = calendar.dayKey(before);
     sqlite::Transaction transaction(*db);
+    db->execute(indexOfDays);
     for (const char* deletion :
          {"DELETE FROM daily WHERE day < ?1", "DELETE FROM sessions WHERE day < ?1",
           "DELETE FROM seen WHERE day < ?1"})
