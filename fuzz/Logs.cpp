@@ -112,8 +112,8 @@ void runGrok(std::string_view input) {
             "half a document has no usage");
     for (const UsageEvent& event : document.events) {
         checkEvent(event, ProviderID::grok);
-        require(event.dedupKey.starts_with(event.sessionID + '#') &&
-                    event.dedupKey.ends_with('#' + event.model),
+        require(event.dedupKey.starts_with(std::string(event.sessionID) + '#') &&
+                    event.dedupKey.ends_with('#' + std::string(event.model)),
                 "a key names session, turn and model");
     }
 }

@@ -106,7 +106,8 @@ void extreme(DemoWorld& world) {
     world.model->apply(codex, ProviderID::codex);
     UsageEvent event;
     event.model = "an-internal-preview-model-with-a-name-that-nobody-can-remember-20260312";
-    event.dedupKey = event.sessionID = "extreme";
+    event.dedupKey = "extreme";
+    event.sessionID = event.dedupKey;
     event.timestamp = world.time.now();
     event.tokens.cacheRead = 12'300'000'000;
     event.reportedCostUSD = 123'456.78;

@@ -6,6 +6,12 @@
 namespace tokwatch {
 
 void SliceEvents::put(UsageEvent event, Lines added) {
+    // Most lines that repeat a key follow each other.
+    if (!events.empty() && events.back().dedupKey == event.dedupKey) {
+        events.back() = std::move(event);
+        lines.back().isUnfinished = added.isUnfinished;
+        return;
+    }
     const auto [found, isNew] = positions.try_emplace(event.dedupKey, events.size());
     if (isNew) {
         events.push_back(std::move(event));

@@ -34,7 +34,7 @@ std::optional<std::string> entry(const FileCursor& cursor, const char* key) {
 std::int64_t turnOf(const UsageEvent& event) {
     std::int64_t turn = 0;
     const std::string_view rest =
-        std::string_view(event.dedupKey).substr(event.sessionID.size() + 1);
+        std::string_view(event.dedupKey).substr(event.sessionID.view().size() + 1);
     std::from_chars(rest.data(), rest.data() + rest.size(), turn);
     return turn;
 }

@@ -129,8 +129,10 @@ std::optional<ClaudeLine> ClaudeLogParser::parseLine(std::string_view text) {
     const TokenCounts tokens = countsOf(line.usage);
     if (tokens.total() <= 0) return none(LineVerdict::noUsage);
     last = LineVerdict::counted;
-    return ClaudeLine{{ProviderID::claude, std::string(line.model.value_or("unknown")),
-                       std::string(line.session.value_or("")), std::string(*identity), *timestamp,
+    // Each session's model is its own: what several threads share, they wait for.
+    if (session.assign(line.session.value_or(""))) model = {};
+    model.assign(line.model.value_or("unknown"));
+    return ClaudeLine{{ProviderID::claude, model, session, std::string(*identity), *timestamp,
                        tokens, std::nullopt},
                       line.isUnfinished,
                       line.directory.value_or("")};

@@ -42,6 +42,8 @@ class ClaudeLogParser {
     std::optional<ClaudeLine> none(LineVerdict why);
 
     LineVerdict last = LineVerdict::other;
+    SharedText session; ///< of the last response, as most lines of a log name the same
+    SharedText model;
     std::unique_ptr<JSONReader> reader;
 };
 

@@ -176,10 +176,10 @@ bool isOfInterest(std::string_view type) {
            type == "session_meta";
 }
 
-std::string entryOr(const std::map<std::string, std::string>& context, const char* key,
-                    std::string_view fallback) {
+std::string_view entryOr(const std::map<std::string, std::string>& context, const char* key,
+                         std::string_view fallback) {
     const auto found = context.find(key);
-    return found == context.end() ? std::string(fallback) : found->second;
+    return found == context.end() ? fallback : std::string_view(found->second);
 }
 
 } // namespace
@@ -227,13 +227,13 @@ std::optional<CodexLine> CodexLogParser::parse(std::string_view text) {
     if (!timestamp) return none(LineVerdict::noTime);
     if (!payload.responseID) return none(LineVerdict::unknownForm);
     last = LineVerdict::counted;
-    std::string model = entryOr(context, "model", "unknown");
+    model.assign(entryOr(context, "model", "unknown"));
+    session.assign(entryOr(context, "session", payload.session.value_or("")));
     const auto origin = [&] { return usageOrigin(ProviderID::codex, model, *line.timestamp); };
     const SumOrigin sumOrigin(origin);
     const TokenCounts tokens = countsOf(payload.usage);
-    return CodexLine::usage({ProviderID::codex, std::move(model),
-                             entryOr(context, "session", payload.session.value_or("")),
-                             std::string(*payload.responseID), *timestamp, tokens, std::nullopt});
+    return CodexLine::usage({ProviderID::codex, model, session, std::string(*payload.responseID),
+                             *timestamp, tokens, std::nullopt});
 }
 
 } // namespace tokwatch

@@ -50,6 +50,8 @@ class CodexLogParser {
     std::optional<CodexLine> none(LineVerdict why);
 
     LineVerdict last = LineVerdict::other;
+    SharedText session; ///< of the last usage
+    SharedText model;
     std::unique_ptr<JSONReader> reader;
 };
 

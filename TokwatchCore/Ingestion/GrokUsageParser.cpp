@@ -87,12 +87,13 @@ bool readSession(std::string_view document, Session& session) {
     });
 }
 
-UsageEvent eventOf(const std::string& session, const Turn& turn, const ModelUsage& usage) {
+UsageEvent eventOf(const SharedText& session, const Turn& turn, const ModelUsage& usage) {
     UsageEvent event;
     event.provider = ProviderID::grok;
     event.model = usage.model;
     event.sessionID = session;
-    event.dedupKey = session + "#" + std::to_string(*turn.number) + "#" + usage.model;
+    event.dedupKey.append(session).append("#").append(std::to_string(*turn.number));
+    event.dedupKey.append("#").append(usage.model);
     event.timestamp = *turn.endedAt;
     const auto origin = [&] {
         return usageOrigin(ProviderID::grok, usage.model, formatISO8601(*turn.endedAt));
@@ -115,13 +116,14 @@ GrokDocument GrokUsageParser::read(std::string_view text) {
     GrokDocument document;
     document.isWhole = readSession(text, session) && session.id && session.hasTurns;
     if (!document.isWhole) return document;
+    const SharedText id = *session.id;
     for (const Turn& turn : session.turns) {
         if (!turn.number || !turn.endedAt) {
             document.untimed += std::ssize(turn.usage);
             continue;
         }
         for (const ModelUsage& usage : turn.usage)
-            document.events.push_back(eventOf(*session.id, turn, usage));
+            document.events.push_back(eventOf(id, turn, usage));
     }
     return document;
 }

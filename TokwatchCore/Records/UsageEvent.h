@@ -3,6 +3,7 @@
 #include "TokwatchCore/Records/ProviderID.h"
 #include "TokwatchCore/Records/TokenCounts.h"
 #include "TokwatchCore/Support/Date.h"
+#include "TokwatchCore/Support/SharedText.h"
 
 #include <optional>
 #include <string>
@@ -13,9 +14,9 @@ namespace tokwatch {
 /// One countable request, as read from an assistant's log.
 struct UsageEvent {
     ProviderID provider = ProviderID::claude;
-    std::string model;     ///< as the log names it; the price table matches on it
-    std::string sessionID; ///< the tool's conversation; empty when the log names none
-    std::string dedupKey;  ///< a second sighting of the same key is not counted
+    SharedText model;     ///< as the log names it; the price table matches on it
+    SharedText sessionID; ///< the tool's conversation; empty when the log names none
+    std::string dedupKey; ///< a second sighting of the same key is not counted
     Date timestamp;
     TokenCounts tokens;
     std::optional<double> reportedCostUSD; ///< US dollars, where the log itself states a cost
