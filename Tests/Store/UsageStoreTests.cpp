@@ -132,11 +132,19 @@ TEST_F(UsageStoreTest, PrunesDaysBeforeTheCutOff) {
     std::vector<UsageEvent> events{event("a", "2024-03-09T23:59:59Z"),
                                    event("b", "2024-03-10T00:00:00Z")};
     events[1].sessionID = "later";
-    ingest(events);
-    store->prune(*parseISO8601("2024-03-10T18:00:00Z"), utc);
-    EXPECT_EQ(rows("SELECT day FROM daily"), std::vector<std::string>{"2024-03-10"});
-    EXPECT_EQ(rows("SELECT session_id FROM sessions"), std::vector<std::string>{"later"});
-    EXPECT_EQ(rows("SELECT key FROM seen"), std::vector<std::string>{"b"});
+    for (const char* form : {"as this version makes it", "as earlier versions did"}) {
+        EXPECT_EQ(ingest(events), 2) << form;
+        EXPECT_EQ(ingest(events), 0) << form;
+        for (int i = 0; i < 2; ++i)
+            store->prune(*parseISO8601("2024-03-10T18:00:00Z"), utc);
+        EXPECT_EQ(rows("SELECT day FROM daily"), std::vector<std::string>{"2024-03-10"});
+        EXPECT_EQ(rows("SELECT session_id FROM sessions"), std::vector<std::string>{"later"});
+        EXPECT_EQ(rows("SELECT key FROM seen"), std::vector<std::string>{"b"}) << form;
+        rows("DROP TABLE seen");
+        rows("CREATE TABLE seen(key TEXT PRIMARY KEY, day TEXT NOT NULL)");
+        rows("CREATE INDEX seen_day ON seen(day)");
+        rows("DELETE FROM daily");
+    }
 }
 
 TEST_F(UsageStoreTest, ServesSeveralThreads) {
