@@ -245,8 +245,8 @@ TEST_F(IndexerFailureTest, NamesTheFileOfAnAbsurdCount) {
     absurd.input = absurd.output = std::numeric_limits<std::int64_t>::max();
     home.write(claudeLog, absurd.line());
     EXPECT_EXIT(index(), ExitedWithCode(1),
-                "exceeds 64 bits \\(claude, " + std::string(absurd.model) + ", " + absurd.timestamp +
-                    "; .*/a.jsonl");
+                "exceeds 64 bits \\(claude, " + std::string(absurd.model) + ", " +
+                    absurd.timestamp + "; .*/a.jsonl");
 }
 
 } // namespace tokwatch::testing

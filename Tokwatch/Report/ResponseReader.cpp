@@ -120,7 +120,8 @@ void ResponseReader::add(const UsageEvent& event, std::string_view directory, bo
 
 std::uint32_t ResponseReader::sessionOf(const UsageEvent& event, std::string_view directory) {
     const std::uint32_t number = sessions.numberOf(event.sessionID);
-    if (number == found.sessions.size()) found.sessions.push_back({std::string(event.sessionID), {}, {}});
+    if (number == found.sessions.size())
+        found.sessions.push_back({std::string(event.sessionID), {}, {}});
     FileResponses::Session& session = found.sessions[number];
     if (!directory.empty() && (session.directory.empty() || event.timestamp < session.statedAt)) {
         session.directory = directory;

@@ -15,8 +15,8 @@ namespace tokwatch {
 namespace {
 
 // Keys are the bulk of it: with its rowid and an index by day each would be written to three trees
-// instead of one, which made a first pass a fifth slower. Stores that earlier versions made have all
-// three, and the same statements serve both.
+// instead of one, which made a first pass a fifth slower. Stores that earlier versions made have
+// all three, and the same statements serve both.
 constexpr const char* schema =
     "CREATE TABLE IF NOT EXISTS seen(key TEXT PRIMARY KEY, day TEXT NOT NULL) WITHOUT ROWID;\n"
     "CREATE TABLE IF NOT EXISTS daily(\n"

@@ -12,7 +12,7 @@ namespace tokwatch {
 class SharedText {
   public:
     SharedText() = default;
-    template <std::convertible_to<std::string_view> Text>
+    template<std::convertible_to<std::string_view> Text>
     SharedText(const Text& given) : SharedText(std::string_view(given)) {}
     SharedText(std::string_view given)
         : text(given.empty() ? nullptr : std::make_shared<const std::string>(given)) {}
@@ -28,7 +28,9 @@ class SharedText {
     std::string_view view() const { return text ? std::string_view(*text) : std::string_view(); }
     operator std::string_view() const { return view(); }
 
-    friend bool operator==(const SharedText& a, const SharedText& b) { return a.view() == b.view(); }
+    friend bool operator==(const SharedText& a, const SharedText& b) {
+        return a.view() == b.view();
+    }
 
   private:
     std::shared_ptr<const std::string> text; ///< none where it is empty
