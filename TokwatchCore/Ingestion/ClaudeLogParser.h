@@ -2,6 +2,7 @@
 
 #include "TokwatchCore/Ingestion/LineVerdict.h"
 #include "TokwatchCore/Records/UsageEvent.h"
+#include "TokwatchCore/Support/SharedText.h"
 
 #include <memory>
 #include <optional>

@@ -3,6 +3,7 @@
 #include "TokwatchCore/Ingestion/LineVerdict.h"
 #include "TokwatchCore/Records/LimitRecords.h"
 #include "TokwatchCore/Records/UsageEvent.h"
+#include "TokwatchCore/Support/SharedText.h"
 
 #include <map>
 #include <memory>
