@@ -24,6 +24,8 @@ namespace {
 
 constexpr Seconds lookInterval{300};
 constexpr Seconds pruneInterval{86'400};
+/// After a prune that failed: passes come every few seconds, and a full disk stays full.
+constexpr Seconds pruneRetryInterval{3'600};
 
 std::string what(const std::exception& error) {
     return error.what();
@@ -339,9 +341,11 @@ QCoro::Task<> AppModel::pruneDaily() {
     const QPointer<AppModel> self(this);
     const Date now = surroundings.now();
     const std::optional<Date> last = surroundings.preferences.lastPruneAt();
-    // A moment a day or more ahead was noted by a clock that has been set back since.
-    if (isPruning || ownRole == Role::showing ||
-        (last && std::chrono::abs(now - *last) < pruneInterval))
+    // A moment a day or more ahead was noted by a clock that has been set back since. What stands
+    // in for the store while its file cannot be opened is not worth the day's prune.
+    if (isPruning || ownRole == Role::showing || surroundings.store->isDetached() ||
+        (last && std::chrono::abs(now - *last) < pruneInterval) ||
+        (pruneFailedAt && std::chrono::abs(now - *pruneFailedAt) < pruneRetryInterval))
         co_return;
     isPruning = true;
     const Calendar days = surroundings.calendar();
@@ -361,6 +365,7 @@ QCoro::Task<> AppModel::pruneDaily() {
     const bool pruned = co_await pruning;
     if (!self) co_return;
     isPruning = false;
+    pruneFailedAt = pruned ? std::nullopt : std::optional(now);
     if (pruned) surroundings.preferences.setLastPruneAt(now);
 }
 

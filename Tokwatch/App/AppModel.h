@@ -171,6 +171,7 @@ class AppModel : public QObject {
     StoreWatch storeWatch;
     Refreshing refreshing;
     bool isPruning = false;
+    std::optional<Date> pruneFailedAt; ///< unless it has succeeded since
     std::unique_ptr<ScheduledCall> periodicLook;
     std::vector<QPropertyNotifier> preferenceNotifiers;
 };
