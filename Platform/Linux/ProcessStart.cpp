@@ -6,6 +6,7 @@
 #include <langinfo.h>
 #include <locale.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -14,6 +15,7 @@
 #include <string_view>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace tokwatch {
@@ -36,7 +38,16 @@ void preventCoreDumps() {
     ::setrlimit(RLIMIT_CORE, &limit);
 }
 
+void fillStandardDescriptors() {
+    constexpr std::pair<int, int> wanted[] = {
+        {STDIN_FILENO, O_WRONLY}, {STDOUT_FILENO, O_RDONLY}, {STDERR_FILENO, O_WRONLY}};
+    // In this order, as a new descriptor has the lowest number that is free.
+    for (const auto& [number, mode] : wanted)
+        if (::fcntl(number, F_GETFD) < 0 && ::open("/dev/null", mode) != number) return;
+}
+
 void prepareCommand() {
+    fillStandardDescriptors();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     preventCoreDumps();

@@ -13,8 +13,14 @@ void ensureUTF8Locale();
 /// every program that reads logins, before it does.
 void preventCoreDumps();
 
-/// For every program that is a command: no core dumps, and a reader that closes its pipe and a file
-/// that may grow no further are failures of a write, which is where they are dealt with.
+/// Opens what of the standard descriptors this process was started without, so that no file, bus or
+/// display gets their numbers and with it what is meant for them: messages go nowhere, and reading
+/// and printing fails as without it. For every program, before it opens anything.
+void fillStandardDescriptors();
+
+/// For every program that is a command: standard descriptors, no core dumps, and a reader that
+/// closes its pipe and a file that may grow no further are failures of a write, which is where they
+/// are dealt with.
 void prepareCommand();
 
 /// Throws std::system_error where this process may not have so many threads at once. The toolkit

@@ -297,9 +297,12 @@ def show_silence(world, network):
 
 
 def show_bounds(world):
-    follower = subprocess.Popen([world.program, "status", "--follow"], env=world.environment, stdout=subprocess.PIPE)
+    follower = subprocess.Popen(["sh", "-c", "exec %s status --follow 2>&-" % world.program], env=world.environment,
+                                stdout=subprocess.PIPE)
     world.spawned.append(follower)
     follower.stdout.readline()
+    messages = os.readlink("/proc/%d/fd/2" % follower.pid)
+    check("nothing else gets a closed standard error's messages", messages == "/dev/null", messages)
     follower.stdout.close()
     check("a follower whose bar has gone ends", follower.wait(DEADLINE) == 1)
     for number in range(9):

@@ -46,6 +46,7 @@ tokwatch::UserPaths pathsFrom(const QCommandLineParser& parser, const QCommandLi
 }
 
 int run(int argc, char** argv) {
+    tokwatch::fillStandardDescriptors();
     tokwatch::preventCoreDumps();
     tokwatch::keepMemorySmall();
     tokwatch::ensureUTF8Locale();

@@ -60,6 +60,7 @@ void openTokwatch(const QStringList& places) {
 }
 
 int run(int argc, char** argv) {
+    fillStandardDescriptors();
     ensureUTF8Locale();
     requireThreads(threads);
     requireDescriptors(descriptors);
