@@ -27,14 +27,13 @@ void addIfAny(std::vector<SummaryDisplay::Segment>& segments, TokenPart part, do
     if (usd > 0) segments.push_back({part, usd, MeterFormat::money(usd)});
 }
 
-/// What a log names may be a megabyte, or blanks.
+} // namespace
+
 std::string shownName(std::string_view name) {
     constexpr std::size_t longest = 500; // more than any path of people's
     const std::string title = plainText(boundedName(std::string(name), longest));
     return title.find_first_not_of(' ') == std::string::npos ? "(no name)" : title;
 }
-
-} // namespace
 
 std::string_view labelOf(TokenPart part) {
     switch (part) {

@@ -16,6 +16,9 @@ enum class TokenPart { input, cacheRead, cacheWrite, output, other };
 /// "Cache read"
 std::string_view labelOf(TokenPart part);
 
+/// A name that a log gives, which may be a megabyte, or blanks, as it may stand on a line.
+std::string shownName(std::string_view name);
+
 /// A usage summary as texts and amounts, ready to be laid out. Every surface that shows a summary
 /// draws from here.
 struct SummaryDisplay {

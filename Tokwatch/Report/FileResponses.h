@@ -67,6 +67,8 @@ struct FileResponses {
     ProviderID provider = ProviderID::claude;
     std::string root; ///< of the provider's logs, below which the file is
     LogFile file;     ///< as it was listed
+    /// Where the last line ends that was read, in bytes: what was written since the listing counts.
+    std::int64_t readTo = 0;
     LineTally lines;
     std::vector<std::string> models;
     std::vector<Session> sessions;

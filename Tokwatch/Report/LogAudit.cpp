@@ -64,15 +64,15 @@ bool isOfAgents(const FileResponses& file) {
 
 enum class Progress { none, part, whole };
 
-/// How much of the file the store has been given.
+/// How much of what was read of the file the store has been given.
 Progress progressOf(const FileResponses& file,
                     const std::unordered_map<std::string, std::string>& cursorTexts) {
     const auto found = cursorTexts.find(file.file.path);
     if (found == cursorTexts.end()) return Progress::none;
     try {
         const FileCursor cursor = decodeCursorRow(found->first, found->second);
-        const bool isWhole = cursor.inode == file.file.attributes.inode &&
-                             cursor.offset >= file.file.attributes.size;
+        const bool isWhole =
+            cursor.inode == file.file.attributes.inode && cursor.offset >= file.readTo;
         return isWhole ? Progress::whole : Progress::part;
     } catch (const DecodingError&) {
         return Progress::none; // a pass does not read it either

@@ -84,12 +84,15 @@ void ResponseReader::readLines(const LogFile& file) {
         }
         reached = std::move(slice.cursor);
     }
+    if (reached) found.readTo = reached->offset;
     if (reached && reached->offset < file.attributes.size) ++found.lines.unended;
     buffer.shrink(sliceBytes);
 }
 
 void ResponseReader::readDocument(const LogFile& file) {
-    const GrokDocument document = GrokUsageParser::read(readLogDocument(file.path).text);
+    const LogDocument whole = readLogDocument(file.path);
+    found.readTo = whole.attributes.size;
+    const GrokDocument document = GrokUsageParser::read(whole.text);
     found.lines.add(LineVerdict::counted, std::ssize(document.events));
     found.lines.add(LineVerdict::noTime, document.untimed);
     if (!document.isWhole) found.lines.add(LineVerdict::cut);

@@ -4,6 +4,7 @@
 #include "Tokwatch/CommandLine/Terminal/UsageBar.h"
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/HomeRelative.h"
+#include "Tokwatch/Display/SummaryDisplay.h"
 #include "Tokwatch/Display/SummaryTexts.h"
 #include "TokwatchCore/Presentation/MeterFormat.h"
 #include "TokwatchCore/Support/Amounts.h"
@@ -27,7 +28,7 @@ std::string costText(const UsageSums& sums) {
 std::string modelsText(const UsageSums& sums) {
     if (sums.models.empty()) return {};
     const std::size_t others = sums.models.size() - 1;
-    return sums.models.front() + (others == 0 ? "" : " +" + std::to_string(others));
+    return shownName(sums.models.front()) + (others == 0 ? "" : " +" + std::to_string(others));
 }
 
 class ReportPrinter {
@@ -86,7 +87,7 @@ class ReportPrinter {
         case ReportBy::session:
             return projectText(row, "no directory stated");
         case ReportBy::model:
-            return row.model;
+            return shownName(row.model);
         case ReportBy::hour:
             return DayFormat::weekdayAndDay(row.period->start, calendar) + ", " +
                    DayFormat::clock(row.period->start, calendar);
