@@ -237,7 +237,7 @@ struct PopoverOfTwoTest : PopoverViewTest {
 TEST_F(PopoverOfTwoTest, SaysThatARefreshCameTooSoonForLimits) {
     sources[codex]->answer(ProviderStatus::rateLimited); // may be asked later
     answer(ProviderStatus::unreachable);
-    pass(Seconds{6});
+    time.jump(Seconds{6}); // what is shown is older
     view.refresh();
     settle();
     EXPECT_EQ(updated(), "Claude: tried just now · again in 24 s");

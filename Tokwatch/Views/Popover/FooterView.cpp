@@ -56,17 +56,20 @@ bool isAsking(const AppModel& model) {
 
 } // namespace
 
-FooterView::FooterView(AppModel& model, const ViewClock& viewClock)
+FooterView::FooterView(AppModel& model, ViewClock& viewClock)
     : clock(viewClock), updater([this, &model] { return state(model, clock.now()); },
                                 [this](FooterState next) { current = std::move(next); }) {
     updater.arm();
 }
 
+// What is shown may be older than a note gets: with the present moment it would be gone at once.
 void FooterView::refreshAsked() {
+    clock.advance();
     asked = clock.now();
 }
 
 void FooterView::say(const QString& sentence) {
+    clock.advance();
     said = Saying{sentence, clock.now()};
 }
 

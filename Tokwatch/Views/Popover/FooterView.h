@@ -43,7 +43,7 @@ class FooterView : public QObject {
     /// How long it is said that a refresh came too soon, and what else was said.
     static constexpr Seconds noteTime{10};
 
-    FooterView(AppModel& model, const ViewClock& clock);
+    FooterView(AppModel& model, ViewClock& clock);
 
     const FooterState& state() const { return current.value(); }
     /// What is shown changes with every second.
@@ -60,7 +60,7 @@ class FooterView : public QObject {
   private:
     FooterState state(const AppModel& model, Date now) const;
 
-    const ViewClock& clock;
+    ViewClock& clock;
     struct Saying {
         QString sentence;
         Date at;

@@ -10,7 +10,7 @@
 
 namespace tokwatch {
 
-PopoverView::PopoverView(AppModel& appModel, const ViewClock& clock, ShownRange& range)
+PopoverView::PopoverView(AppModel& appModel, ViewClock& clock, ShownRange& range)
     : model(appModel), usageView(model, clock), rangeSummary(model, range.days()),
       statsView(model, range, rangeSummary), modelsView(model, range, rangeSummary),
       footerView(model, clock),

@@ -30,7 +30,7 @@ class PopoverView : public QObject {
     Q_PROPERTY(tokwatch::ModelsView* models READ models CONSTANT)
     Q_PROPERTY(tokwatch::FooterView* footer READ footer CONSTANT)
   public:
-    PopoverView(AppModel& model, const ViewClock& clock, ShownRange& range);
+    PopoverView(AppModel& model, ViewClock& clock, ShownRange& range);
 
     Segment::Tab tab() const;
     void setTab(Segment::Tab tab);
