@@ -18,6 +18,7 @@
 #include <QDBusVariant>
 #include <QGuiApplication>
 #include <QMouseEvent>
+#include <QQmlExpression>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QScreen>
@@ -78,6 +79,11 @@ class AppDelegateTest : public ::testing::Test {
     void closePopover() {
         shownWindow(popoverTitle)->close();
         settle();
+    }
+    void askForSettings() {
+        const auto* popover = qobject_cast<QQuickView*>(shownWindow(popoverTitle));
+        QMetaObject::invokeMethod(popover->rootObject()->property("view").value<QObject*>(),
+                                  "settingsRequested");
     }
     bool isPopoverFrameless() {
         return shownWindow(popoverTitle)->flags().testFlag(Qt::FramelessWindowHint);
@@ -179,6 +185,14 @@ TEST_F(AppDelegateTest, RenewsTheTitleWithTimeAndRedrawsOnlyWhatDiffers) {
     time.advance(Seconds{30});
     EXPECT_THAT(heard.take(appBus), Contains("NewIcon"));
     EXPECT_EQ(description(), "Codex 50% · 1h 59m");
+
+    delegate->open();
+    askForSettings();
+    const auto* window = qobject_cast<QQuickView*>(shownWindow("Tokwatch Settings"));
+    QQmlExpression preview(qmlContext(window->rootObject()), window->rootObject(),
+                           "view.menuBar.state.preview.text");
+    time.advance(Seconds{60});
+    EXPECT_TRUE(until([&] { return preview.evaluate().toString() == "50% · 1h 58m"; }));
 }
 
 TEST_F(AppDelegateTest, KeepsThePopoverWhenTheStatusAreaAndTheBusGo) {
@@ -250,9 +264,7 @@ TEST_F(AppDelegateTest, TakesItsTaskBarEntryAtTheNextOpening) {
         closePopover();
         delegate->open();
         EXPECT_EQ(isPopoverFrameless(), !showsDockIcon);
-        const auto* shown = qobject_cast<QQuickView*>(shownWindow(popoverTitle));
-        QMetaObject::invokeMethod(shown->rootObject()->property("view").value<QObject*>(),
-                                  "settingsRequested");
+        askForSettings();
         EXPECT_EQ(shownWindow(popoverTitle) != nullptr, showsDockIcon)
             << "a popup gives way to the settings, a window stays";
         delegate->open();

@@ -312,7 +312,7 @@ void AppDelegate::togglePin() {
 }
 
 void AppDelegate::advanceAges() {
-    if (popover->isShown() || pinnedPanel->isShown()) viewClock->advance();
+    if (isAnyWindowShown()) viewClock->advance();
 }
 
 // Updates

@@ -25,7 +25,6 @@ class PinnedPanel : public QObject {
 
     /// Shows it where it is pinned, and leaves the keyboard where it is.
     void restore();
-    bool isShown() const { return panel && panel->isOpen(); }
     /// Called when it was closed.
     std::function<void()> onClosed;
 
@@ -34,6 +33,7 @@ class PinnedPanel : public QObject {
     void startMove();
 
   private:
+    bool isShown() const { return panel && panel->isOpen(); }
     void follow();
     void prepare();
     void open(kivo::FloatingPanel::Keyboard keyboard);
