@@ -23,6 +23,7 @@ T.ComboBox {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: name
+    Accessible.onPressAction: popup.visible ? popup.close() : popup.open()
 
     // A window that closes under its list opens again without it.
     readonly property bool isOnScreen: Window.visibility !== Window.Hidden
@@ -59,6 +60,10 @@ T.ComboBox {
         height: 28
         highlighted: box.highlightedIndex === index
         Accessible.name: modelData
+        Accessible.onPressAction: {
+            box.activated(index)
+            box.popup.close()
+        }
         contentItem: Label {
             leftPadding: Theme.space.s
             text: option.modelData

@@ -48,6 +48,7 @@ CopyButton {
                     text: modelData.text
                     onTriggered: modelData.run()
                     Accessible.name: text
+                    Accessible.onPressAction: triggered()
                     contentItem: Label {
                         leftPadding: Theme.space.s
                         rightPadding: Theme.space.s

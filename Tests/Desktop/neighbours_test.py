@@ -79,8 +79,7 @@ def paste_summary():
     subprocess.run([PROGRAM], timeout=10, check=True)
     wait_for("the popover", windows)
     press("Copy or paste the summary")
-    desktop.key("Down")
-    desktop.key("Return")
+    press("Paste Summary")
 
 
 def check_pasting(way, **environment):
