@@ -273,7 +273,7 @@ TEST_F(AppDelegateTest, TakesItsTaskBarEntryAtTheNextOpening) {
 
 TEST_F(AppDelegateTest, OpensAndClosesByClicksButNotByTheOneThatClosedItNorADoubleClick) {
     launch();
-    const double guard = PopoverController::reopenGuard.count();
+    const double guard = Popover::reopenGuard.count();
     for (const auto& [secondsLater, isOpen] : {std::pair{0.0, true},
                                                {0.1, true},
                                                {1.0, false},

@@ -24,9 +24,8 @@ Popover::Popover(QmlRuntime& runtime, Scheduler& timers, ViewClock& clockOfViews
       hooks(std::move(functions)),
       content(runtime, timers,
               QmlWindow::Content{popoverSource, [this] { return hooks.makeView(); }}),
-      window(content), controller(window, now, [this] { wasOpened(); }) {
+      window(content) {
     content.keepReady();
-    window.onContentHeight = [this] { controller.contentHeightChanged(); };
     window.onPressElsewhere = [this](QPoint at, Qt::MouseButton button) {
         return pressedElsewhere(at, button);
     };
@@ -39,12 +38,22 @@ void Popover::click(QPoint at) {
 }
 
 void Popover::toggle() {
-    viewClock.advance();
-    controller.toggle(anchor());
+    if (isShown()) return close();
+    const Seconds since = now() - closedAt;
+    // A clock that was set back does not keep the popover shut.
+    if (since > reopenGuard || since < Seconds{0}) open();
 }
 
 void Popover::open() {
-    controller.open(anchor());
+    viewClock.advance();
+    window.show(anchor());
+    openedAt = now();
+    constexpr Seconds second{1};
+    countdown = scheduler.every(second, [this] {
+        const PopoverView* shown = view();
+        if (shown != nullptr && shown->countsDown()) viewClock.advance();
+    });
+    hooks.opened();
 }
 
 void Popover::giveWay() {
@@ -82,20 +91,9 @@ bool Popover::isSecondOfDoubleClick() const {
     return isShown() && now() - openedAt < interval;
 }
 
-void Popover::wasOpened() {
-    openedAt = now();
-    viewClock.advance();
-    constexpr Seconds second{1};
-    countdown = scheduler.every(second, [this] {
-        const PopoverView* shown = view();
-        if (shown != nullptr && shown->countsDown()) viewClock.advance();
-    });
-    hooks.opened();
-}
-
 void Popover::wasClosed() {
     countdown.reset();
-    controller.closed();
+    closedAt = now();
     hooks.closed();
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Tokwatch/Desktop/PopoverController.h"
 #include "Tokwatch/Desktop/PopoverWindow.h"
 #include "Tokwatch/Desktop/QmlWindow.h"
 #include "TokwatchCore/Support/Date.h"
@@ -20,6 +19,9 @@ class ViewClock;
 /// mean to it. Main thread only.
 class Popover {
   public:
+    /// A click this soon after the popover closed is the one that closed it.
+    static constexpr Seconds reopenGuard{0.3};
+
     /// What others do for it, all of them there.
     struct Hooks {
         std::function<std::unique_ptr<PopoverView>()> makeView;
@@ -38,7 +40,7 @@ class Popover {
     /// As a click, by the keyboard.
     void toggle();
     void open();
-    void close() { controller.close(); }
+    void close() { window.close(); }
     /// Closes it where it is a popup, which lies above all other windows and keeps the keyboard.
     void giveWay();
 
@@ -54,7 +56,6 @@ class Popover {
   private:
     bool pressedElsewhere(QPoint at, Qt::MouseButton button);
     bool isSecondOfDoubleClick() const;
-    void wasOpened();
     void wasClosed();
 
     Scheduler& scheduler;
@@ -63,10 +64,10 @@ class Popover {
     Hooks hooks;
     QmlWindow content;
     PopoverWindow window;
-    PopoverController controller;
     std::unique_ptr<ScheduledCall> countdown; ///< while it is open
     std::optional<QPoint> clickedAt;
     Date openedAt = Date::min();
+    Date closedAt = Date::min();
 };
 
 } // namespace tokwatch

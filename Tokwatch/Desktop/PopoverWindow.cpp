@@ -1,7 +1,6 @@
 #include "Tokwatch/Desktop/PopoverWindow.h"
 
 #include "KivoPanel/DisplayServer.h"
-#include "Tokwatch/Desktop/PopoverController.h"
 
 #include <QEvent>
 #include <QGuiApplication>
@@ -10,8 +9,20 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tokwatch {
+namespace {
+
+/// Less what bars take.
+double screenHeightAt(QPoint anchor) {
+    const QScreen* screen = QGuiApplication::screenAt(anchor);
+    if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+    constexpr double anyScreen = 768;
+    return screen == nullptr ? anyScreen : screen->availableGeometry().height();
+}
+
+} // namespace
 
 PopoverWindow::PopoverWindow(QmlWindow& content) : qmlWindow(content) {
     connect(&qmlWindow, &QmlWindow::made, this, &PopoverWindow::prepare);
@@ -34,9 +45,7 @@ void PopoverWindow::prepare() {
         window.installEventFilter(this);
     }
     if (QQuickItem* root = window.rootObject()) {
-        connect(root, &QQuickItem::implicitHeightChanged, this, [this] {
-            if (onContentHeight) onContentHeight();
-        });
+        connect(root, &QQuickItem::implicitHeightChanged, this, &PopoverWindow::resize);
         connect(root, SIGNAL(closeRequested()), this, SLOT(closeRequested()));
         isRounded = panel && kivo::isComposited();
         root->setProperty("isRounded", isRounded);
@@ -59,25 +68,33 @@ void PopoverWindow::fitContent() {
     const QQuickView& window = *qmlWindow.existing();
     QQuickItem* root = window.rootObject();
     if (root == nullptr) return;
-    const int width = std::min(window.width(), PopoverController::width);
-    const int left = (window.width() - width) / 2; // on whole pixels
+    const int taken = std::min(window.width(), width);
+    const int left = (window.width() - taken) / 2; // on whole pixels
     root->setX(left);
-    root->setSize(QSizeF(width, window.height()));
+    root->setSize(QSizeF(taken, window.height()));
 }
 
 bool PopoverWindow::isShown() const {
     return qmlWindow.existing() != nullptr && qmlWindow.existing()->isVisible();
 }
 
-void PopoverWindow::show(QPoint anchor, int width, int height) {
+/// As much as it may take where its content is not known.
+QSize PopoverWindow::size() const {
+    const QQuickItem* root = qmlWindow.existing()->rootObject();
+    const double natural = root == nullptr ? 0 : std::ceil(root->implicitHeight());
+    return {width, static_cast<int>(natural > 0 ? std::min(maxHeight, natural) : maxHeight)};
+}
+
+void PopoverWindow::show(QPoint anchor) {
     if (isOutdated()) qmlWindow.release();
     QQuickView& window = qmlWindow.window();
+    maxHeight = std::floor(heightShare * screenHeightAt(anchor));
     if (panel) {
-        panel->open(anchor, {width, height});
+        panel->open(anchor, size());
     } else {
         window.setMinimumSize({width, 240});
         window.setMaximumWidth(width);
-        window.resize(width, height);
+        window.resize(size());
         window.show();
         window.raise();
         window.requestActivate();
@@ -85,11 +102,12 @@ void PopoverWindow::show(QPoint anchor, int width, int height) {
     fitContent();
 }
 
-void PopoverWindow::resize(int width, int height) {
+void PopoverWindow::resize() {
+    if (!isShown()) return;
     if (panel)
-        panel->resize({width, height});
-    else if (isShown())
-        qmlWindow.existing()->resize(width, height);
+        panel->resize(size());
+    else
+        qmlWindow.existing()->resize(size());
 }
 
 void PopoverWindow::close() {
@@ -105,18 +123,6 @@ void PopoverWindow::wasClosed() {
         if (QQuickItem* focused = root->scopedFocusItem()) focused->setFocus(false);
     qmlWindow.letGo();
     if (onClosed) onClosed();
-}
-
-double PopoverWindow::contentHeight() {
-    const QQuickItem* root = qmlWindow.window().rootObject();
-    return root == nullptr ? 0 : root->implicitHeight();
-}
-
-double PopoverWindow::visibleHeight(QPoint anchor) const {
-    const QScreen* screen = QGuiApplication::screenAt(anchor);
-    if (screen == nullptr) screen = QGuiApplication::primaryScreen();
-    constexpr double anyScreen = 768;
-    return screen == nullptr ? anyScreen : screen->availableGeometry().height();
 }
 
 bool PopoverWindow::eventFilter(QObject* watched, QEvent* event) {

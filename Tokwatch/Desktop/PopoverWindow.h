@@ -4,6 +4,8 @@
 #include "Tokwatch/Desktop/QmlWindow.h"
 
 #include <QObject>
+#include <QPoint>
+#include <QSize>
 
 #include <functional>
 #include <memory>
@@ -17,12 +19,14 @@ class PopoverWindow : public QObject {
     Q_OBJECT
   public:
     enum class Style { popup, window };
+    static constexpr int width = 420;
+    /// The part of the screen's height, less its bars, that it may take.
+    static constexpr double heightShare = 0.8;
 
     /// The QML window outlives this.
     explicit PopoverWindow(QmlWindow& qmlWindow);
 
-    /// Called when the content has another natural height, and when the window was closed.
-    std::function<void()> onContentHeight;
+    /// Called when the window was closed.
     std::function<void()> onClosed;
     /// As PopupPanel's.
     std::function<bool(QPoint at, Qt::MouseButton button)> onPressElsewhere;
@@ -33,14 +37,9 @@ class PopoverWindow : public QObject {
     bool isShown() const;
     /// Shown as an ordinary window, which stays beside others.
     bool isShownAsWindow() const { return isShown() && !panel; }
-    void show(QPoint anchor, int width, int height);
-    /// Another height while it is shown.
-    void resize(int width, int height);
+    /// As high as its content, as far as there is room, and so from then on.
+    void show(QPoint anchor);
     void close();
-    /// The natural height of the content as far as it is known, 0 before.
-    double contentHeight();
-    /// The height of the screen at the anchor, less its bars.
-    double visibleHeight(QPoint anchor) const;
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -52,6 +51,8 @@ class PopoverWindow : public QObject {
   private:
     void prepare();
     bool isOutdated() const;
+    QSize size() const;
+    void resize();
     void fitContent();
     void wasClosed();
 
@@ -59,6 +60,7 @@ class PopoverWindow : public QObject {
     Style style = Style::popup;
     Style preparedStyle = Style::popup;
     bool isRounded = false; ///< as it was prepared
+    double maxHeight = 0;   ///< of where it is shown
     std::unique_ptr<kivo::PopupPanel> panel;
 };
 
