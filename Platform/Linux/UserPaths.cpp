@@ -9,7 +9,7 @@ namespace tokwatch {
 namespace {
 
 std::filesystem::path variable(const char* name) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the main thread alone asks and changes.
     const char* value = std::getenv(name);
     return value == nullptr ? std::filesystem::path() : std::filesystem::path(value);
 }

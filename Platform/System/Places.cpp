@@ -46,7 +46,7 @@ std::filesystem::path libraryDirectory(const void* address) {
 }
 
 std::filesystem::path homeDirectory() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this program changes its environment.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the main thread alone asks and changes.
     const char* home = std::getenv("HOME");
     std::filesystem::path given(home == nullptr ? "" : home);
     return given.is_absolute() ? given : homeOfAccount();

@@ -41,11 +41,6 @@ std::filesystem::path iconDirectory() {
     return runtime.is_absolute() ? runtime / "tokwatch/icons" : std::filesystem::path();
 }
 
-/// The toolkit takes it from there as it asks a Wayland compositor for the keyboard.
-void useActivationToken(const QString& token) {
-    if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
-}
-
 } // namespace
 
 AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences,
@@ -263,15 +258,12 @@ void AppDelegate::windowClosed() {
 // Alerts
 
 void AppDelegate::tellOfLimits() {
-    alertDisplay.onOpen = [this](const std::string& token) { openFromAlert(token); };
+    alertDisplay.onOpen = [this](const std::string& token) {
+        popover->open(QString::fromStdString(token));
+    };
     limitAlerts.emplace(LimitAlerts::Services{application->model(), alertPreferences, alertDisplay,
                                               alertFileBeside(paths.database()), scheduler,
                                               application->runInBackground()});
-}
-
-void AppDelegate::openFromAlert(const std::string& activationToken) {
-    useActivationToken(QString::fromStdString(activationToken));
-    popover->open();
 }
 
 // Hot key
@@ -281,12 +273,7 @@ void AppDelegate::bindHotKey() {
         return kivo::GlobalHotKey::make(
             bus.sessionBus(), {QStringLiteral("open"), QStringLiteral("Open or close Tokwatch")});
     });
-    hotKey->onPressed = [this](const QString& activationToken) { toggleByHotKey(activationToken); };
-}
-
-void AppDelegate::toggleByHotKey(const QString& activationToken) {
-    useActivationToken(activationToken);
-    popover->toggle();
+    hotKey->onPressed = [this](const QString& token) { popover->toggle(token); };
 }
 
 // Pinned limits

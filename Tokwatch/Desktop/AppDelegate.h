@@ -79,9 +79,7 @@ class AppDelegate : public QObject {
     void hostChanged();
     void windowClosed();
     void tellOfLimits();
-    void openFromAlert(const std::string& activationToken);
     void bindHotKey();
-    void toggleByHotKey(const QString& activationToken);
     void popoverOpened();
     void popoverClosed();
     void updatePopoverStyle();

@@ -16,6 +16,26 @@ namespace {
 
 const QUrl popoverSource(QStringLiteral("qrc:/qt/qml/Tokwatch/Popover/Popover.qml"));
 
+/// The environment is the only place where the toolkit looks for a token as it asks a Wayland
+/// compositor for the keyboard. One that stayed there would be the next window's, or the next
+/// started program's. No other thread of ours asks for a variable; what libraries ask for stays in
+/// its place, as this one comes last and goes again.
+class OfferedToken {
+  public:
+    explicit OfferedToken(const QString& token) : isOffered(!token.isEmpty()) {
+        if (isOffered) qputenv(variable, token.toUtf8());
+    }
+    ~OfferedToken() {
+        if (isOffered) qunsetenv(variable);
+    }
+    OfferedToken(const OfferedToken&) = delete;
+    OfferedToken& operator=(const OfferedToken&) = delete;
+
+  private:
+    static constexpr auto variable = "XDG_ACTIVATION_TOKEN";
+    bool isOffered;
+};
+
 } // namespace
 
 Popover::Popover(QmlRuntime& runtime, Scheduler& timers, ViewClock& clockOfViews, Clock clock,
@@ -37,16 +57,19 @@ void Popover::click(QPoint at) {
     if (!isSecondOfDoubleClick()) toggle();
 }
 
-void Popover::toggle() {
+void Popover::toggle(const QString& activationToken) {
     if (isShown()) return close();
     const Seconds since = now() - closedAt;
     // A clock that was set back does not keep the popover shut.
-    if (since > reopenGuard || since < Seconds{0}) open();
+    if (since > reopenGuard || since < Seconds{0}) open(activationToken);
 }
 
-void Popover::open() {
+void Popover::open(const QString& activationToken) {
     viewClock.advance();
-    window.show(anchor());
+    {
+        const OfferedToken offered(activationToken);
+        window.show(anchor());
+    }
     openedAt = now();
     constexpr Seconds second{1};
     countdown = scheduler.every(second, [this] {

@@ -5,6 +5,7 @@
 #include "TokwatchCore/Support/Date.h"
 
 #include <QPoint>
+#include <QString>
 
 #include <functional>
 #include <memory>
@@ -38,8 +39,9 @@ class Popover {
     /// A click on the status item.
     void click(QPoint at);
     /// As a click, by the keyboard.
-    void toggle();
-    void open();
+    void toggle(const QString& activationToken = {});
+    /// The token lets the window take the keyboard on Wayland.
+    void open(const QString& activationToken = {});
     void close() { window.close(); }
     /// Closes it where it is a popup, which lies above all other windows and keeps the keyboard.
     void giveWay();

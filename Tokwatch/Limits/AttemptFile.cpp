@@ -98,7 +98,7 @@ std::string textOf(const Records& records) {
 
 /// Of this user, in memory, and gone with the session; each data directory has its own below it.
 std::optional<std::filesystem::path> refugeOf(const std::filesystem::path& directory) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the main thread alone asks and changes.
     const char* given = std::getenv("XDG_RUNTIME_DIR");
     const std::filesystem::path session = given == nullptr ? "" : given;
     if (!session.is_absolute()) return std::nullopt;

@@ -34,7 +34,7 @@ Thresholds thresholds(const StoredSettings& settings) {
 
 /// $XDG_CONFIG_HOME; a relative one is invalid by the base directory rules and counts as not set.
 std::filesystem::path configHome() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the main thread alone asks and changes.
     const char* given = std::getenv("XDG_CONFIG_HOME");
     if (given != nullptr && std::filesystem::path(given).is_absolute()) return given;
     return homeDirectory() / ".config";

@@ -93,7 +93,7 @@ logsElsewhere(const ProviderLocations& locations,
 
 std::vector<LogsElsewhere> logsElsewhere(const ProviderLocations& locations) {
     return logsElsewhere(locations, [](const char* name) -> std::optional<std::string> {
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment.
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the main thread alone asks and changes.
         const char* value = std::getenv(name);
         return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
     });
