@@ -46,7 +46,7 @@ struct StatusActions {
     std::function<void()> openMakersPage{}; ///< none where no such page was configured
 };
 
-/// The context menu of every item.
+/// The context menu, and on every host at least a part of it.
 std::vector<kivo::MenuEntry> statusMenu(const StatusActions& actions);
 
 /// The meter in the desktop's status area. How it is drawn follows the host: live text beside the
@@ -81,12 +81,12 @@ class MeterStatusItem {
     /// Called when it becomes known whether there is a status area, once and never from within the
     /// constructor; then whenever one appears, vanishes or gives way to another one.
     std::function<void()> onHostChanged;
-    /// Called on a right click at a host that does not draw menus itself; `menuEntries` are what
-    /// belongs there.
+    /// Called on a right click at a host that does not draw menus itself: `statusMenu` belongs
+    /// there.
     std::function<void(QPoint)> onContextMenu;
     /// Called when a host that draws menus itself is about to.
     std::function<void()> onMenuShown;
-    /// The context menu as it should be at this moment.
+    /// The menu for a host that draws it, as it should be at this moment.
     std::vector<kivo::MenuEntry> menuEntries() const;
 
   private:
