@@ -149,22 +149,12 @@ ReorderItem {
                                 size: Theme.type.caption
                                 color: Theme.colors.secondaryText
                             }
-                            Rectangle {
-                                visible: item.row.rereadFraction > 0
+                            ProgressLine {
+                                visible: fraction > 0
                                 anchors.verticalCenter: parent.verticalCenter
                                 width: 120
-                                height: 3
-                                radius: 1.5
-                                color: Theme.colors.track
-                                Accessible.role: Accessible.ProgressBar
-                                Accessible.name: item.row.rereadingText
-                                Rectangle {
-                                    anchors.left: parent.left
-                                    width: parent.width * item.row.rereadFraction
-                                    height: parent.height
-                                    radius: parent.radius
-                                    color: Theme.colors.accent
-                                }
+                                name: item.row.rereadingText
+                                fraction: item.row.rereadFraction
                             }
                         }
                     }
