@@ -2,7 +2,7 @@
 
 #include "Tokwatch/Preferences/AlertPreferences.h"
 #include "Tokwatch/Views/Common/Text.h"
-#include "Tokwatch/Views/Settings/MenuBarView.h"
+#include "Tokwatch/Views/Settings/NamedChoice.h"
 
 #include <set>
 

@@ -3,6 +3,7 @@
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Views/Common/RowModel.h"
 #include "Tokwatch/Views/Common/Segment.h"
+#include "Tokwatch/Views/Settings/NamedChoice.h"
 #include "Tokwatch/Views/Settings/StatusPreview.h"
 
 #include <QObject>
@@ -17,17 +18,6 @@ namespace tokwatch {
 
 class AppModel;
 class ViewClock;
-
-/// One of several, to be chosen by its id.
-struct NamedChoice {
-    Q_GADGET
-    Q_PROPERTY(QString id MEMBER id)
-    Q_PROPERTY(QString label MEMBER label)
-  public:
-    QString id;
-    QString label;
-    friend bool operator==(const NamedChoice&, const NamedChoice&) = default;
-};
 
 struct MenuBarState {
     Q_GADGET
