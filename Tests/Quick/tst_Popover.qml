@@ -1,5 +1,6 @@
 import QtQuick
 import QtTest
+import Tokwatch.Common
 import Tokwatch.Popover
 
 Item {
@@ -101,10 +102,10 @@ Item {
             const unit = named("Unit")
             type([Qt.Key_Right], unit)
             world.settle()
-            verify(!popoverView.usage.summary.showsCost)
+            compare([popoverView.usage.summary.unit, world.preference("summaryUnit")], [Segment.Tokens, "tokens"])
             type([Qt.Key_Left], unit)
             world.settle()
-            verify(popoverView.usage.summary.showsCost)
+            compare([popoverView.usage.summary.unit, world.preference("summaryUnit")], [Segment.Cost, "cost"])
         }
 
         function test_theCourseOfALimit() {

@@ -6,7 +6,7 @@ import Tokwatch.Common
 Card {
     id: card
     required property var summary
-    signal toggled
+    signal unitChosen(int unit)
 
     spacing: Theme.space.m
 
@@ -24,9 +24,9 @@ Card {
             anchors.right: parent.right
             small: true
             name: "Unit"
-            segments: [{ value: 1, text: "Cost" }, { value: 0, text: "Tokens" }]
-            value: card.summary.showsCost ? 1 : 0
-            onChosen: card.toggled()
+            segments: [{ value: Segment.Cost, text: "Cost" }, { value: Segment.Tokens, text: "Tokens" }]
+            value: card.summary.unit
+            onChosen: value => card.unitChosen(value)
         }
     }
 

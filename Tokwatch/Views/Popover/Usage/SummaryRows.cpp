@@ -39,14 +39,15 @@ SummaryCard summaryCard(const UsageSummary& summary, SummaryUnit unit) {
         card.period = text(SummaryTexts::noUsage(summary.days));
         return card;
     }
-    card.showsCost = unit == SummaryUnit::cost;
+    card.unit = static_cast<Segment::Unit>(unit);
+    const bool leadsWithCost = unit == SummaryUnit::cost;
     const QString cost = text(SummaryDisplay::headline(summary, SummaryUnit::cost));
     const QString tokens = text(SummaryDisplay::headline(summary, SummaryUnit::tokens));
     const QString estimate = text(SummaryTexts::estimateSuffix);
     card.period = text(SummaryTexts::period(summary.days));
-    card.headline = card.showsCost ? cost : tokens;
-    card.headlineNote = card.showsCost ? estimate : QStringLiteral(" tokens");
-    card.other = card.showsCost ? tokens + " tokens" : cost + estimate;
+    card.headline = leadsWithCost ? cost : tokens;
+    card.headlineNote = leadsWithCost ? estimate : QStringLiteral(" tokens");
+    card.other = leadsWithCost ? tokens + " tokens" : cost + estimate;
     card.spoken = card.period + ": " + card.headline + card.headlineNote + ". " + card.other;
     if (summary.hasUnknownPrices) card.exclusion = text(SummaryTexts::excludesUnknownPrices);
     card.segments = segmentRows(summary, unit);

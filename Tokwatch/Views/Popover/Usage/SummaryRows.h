@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Display/SummaryDisplay.h"
 #include "Tokwatch/Preferences/PreferenceTypes.h"
+#include "Tokwatch/Views/Common/Segment.h"
 #include "TokwatchCore/Store/UsageSummary.h"
 
 #include <QObject>
@@ -52,7 +53,7 @@ struct SummaryCard {
     Q_PROPERTY(QString other MEMBER other)
     Q_PROPERTY(QString spoken MEMBER spoken)
     Q_PROPERTY(QString exclusion MEMBER exclusion)
-    Q_PROPERTY(bool showsCost MEMBER showsCost)
+    Q_PROPERTY(tokwatch::Segment::Unit unit MEMBER unit)
     Q_PROPERTY(QVariantList segments MEMBER segments)
     Q_PROPERTY(QVariantList tools MEMBER tools)
   public:
@@ -63,7 +64,7 @@ struct SummaryCard {
     QString other;        ///< the same in the other unit, smaller
     QString spoken;
     QString exclusion; ///< that some models have no price; empty otherwise
-    bool showsCost = true;
+    Segment::Unit unit = Segment::Cost;
     QVariantList segments; ///< of SegmentRow
     QVariantList tools;    ///< of ToolRow
     friend bool operator==(const SummaryCard&, const SummaryCard&) = default;

@@ -37,7 +37,7 @@ Item {
             width: column.width - 2 * column.inset
             visible: !summary.isEmpty
             summary: tab.view.summary
-            onToggled: tab.view.toggleUnit()
+            onUnitChosen: unit => tab.view.setUnit(unit)
         }
         EmptyState {
             width: column.width - 2 * column.inset

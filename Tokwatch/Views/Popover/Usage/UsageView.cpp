@@ -77,9 +77,8 @@ void UsageView::act(const QString& provider, ProviderAction::Value action) {
     }
 }
 
-void UsageView::toggleUnit() {
-    Setting<SummaryUnit>& unit = model.preferences().summaryUnit;
-    unit = unit.peek() == SummaryUnit::cost ? SummaryUnit::tokens : SummaryUnit::cost;
+void UsageView::setUnit(Segment::Unit unit) {
+    model.preferences().summaryUnit = static_cast<SummaryUnit>(unit);
 }
 
 } // namespace tokwatch

@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Display/ObservingUpdater.h"
 #include "Tokwatch/Views/Common/RowModel.h"
+#include "Tokwatch/Views/Common/Segment.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "Tokwatch/Views/Popover/Usage/LimitRows.h"
 #include "Tokwatch/Views/Popover/Usage/SummaryRows.h"
@@ -44,8 +45,8 @@ class UsageView : public QObject {
     QString invitation() const { return invitationToUseOne(); }
 
     Q_INVOKABLE void act(const QString& provider, tokwatch::ProviderAction::Value action);
-    /// Leads with money instead of tokens, or the other way round.
-    Q_INVOKABLE void toggleUnit();
+    /// What the summary leads with.
+    Q_INVOKABLE void setUnit(tokwatch::Segment::Unit unit);
 
   signals:
     void quietChanged();
