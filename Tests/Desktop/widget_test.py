@@ -172,9 +172,11 @@ def check_places():
         choose(widget, "Down", "Return")
         widget.rests_at(x + 352 - 168, y, *SMALL)
         wait_for("the size in the settings", lambda: "size=small" in kept())
+    set_preferences(kept().replace("size=small", "size=medium"))
     with Widget() as widget:
-        widget.rests_at(x + 352 - 168, y, *SMALL)
-        set_preferences(kept().replace("size=small", "size=large"))
+        widget.rests_at(x, y, *MEDIUM)
+        wait_for("the size chosen meanwhile, at its place", lambda: f"{x} {y} 352 168 screen" in kept())
+        set_preferences(kept().replace("size=medium", "size=large"))
         widget.rests_at(x, y, *LARGE)
         step("keeps to what is visible where the screen is smaller, and goes back")
         drag(widget, desktop.WIDTH - 352 - x, desktop.HEIGHT - 352 - y)

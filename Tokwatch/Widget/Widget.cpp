@@ -60,9 +60,10 @@ Widget::~Widget() = default;
 void Widget::open() {
     const QSize size = widgetPixels(preferences.size, type);
     const QList<kivo::ScreenArea> screens = kivo::presentScreens();
-    const QRect left = kivo::visiblePlace(savedFrames(preferences), screens);
-    // How large it is may have been chosen since it was last there.
+    const QRect left = placeLeft(screens);
     window.setPlace(left.isNull() ? firstPlace(size, screens) : resizedPlace(left, size, screens));
+    // How large it is may have been chosen since it was last there.
+    if (!left.isNull() && widgetSizeOf(left.size(), type) != preferences.size) remember();
     look();
     window.show();
     followScreens();
@@ -122,10 +123,17 @@ void Widget::followScreens() {
     connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, settle);
 }
 
+/// Null where it was left nowhere, and where nobody tells where it is: what is remembered then is
+/// of another session, and older than the chosen size.
+QRect Widget::placeLeft(const QList<kivo::ScreenArea>& screens) const {
+    if (!window.onDesktop().isPlaceKnown()) return {};
+    return kivo::visiblePlace(savedFrames(preferences), screens);
+}
+
 /// To where it was left of the screens that are there now, as large as it was there.
 void Widget::screensChanged() {
     const QList<kivo::ScreenArea> screens = kivo::presentScreens();
-    const QRect left = kivo::visiblePlace(savedFrames(preferences), screens);
+    const QRect left = placeLeft(screens);
     const WidgetSize size =
         left.isNull() ? preferences.size.peek() : widgetSizeOf(left.size(), type);
     const QSize pixels = widgetPixels(size, type);

@@ -1,14 +1,17 @@
 #pragma once
 
 #include "KivoLooks/DesktopAppearance.h"
+#include "KivoPanel/SavedFrame.h"
 #include "Platform/Seams/FileEventStream.h"
 #include "Platform/Seams/Scheduler.h"
 #include "Tokwatch/Widget/WidgetWindow.h"
 #include "TokwatchCore/Store/SnapshotStore.h"
 #include "TokwatchCore/Support/Calendar.h"
 
+#include <QList>
 #include <QObject>
 #include <QPropertyNotifier>
+#include <QRect>
 #include <QTimer>
 
 #include <filesystem>
@@ -52,6 +55,7 @@ class Widget : public QObject {
     void followFiles();
     WidgetLooks looksNow() const;
     void followScreens();
+    QRect placeLeft(const QList<kivo::ScreenArea>& screens) const;
     void screensChanged();
     void sizeChanged();
     void remember();
