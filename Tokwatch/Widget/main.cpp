@@ -17,6 +17,7 @@
 #include <QDBusConnection>
 #include <QGuiApplication>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QTimer>
 
 #include <chrono>
@@ -54,9 +55,12 @@ std::filesystem::path absolute(const QString& path) {
 }
 
 /// The one whose numbers are shown: with the same places as this program.
-void openTokwatch(const QStringList& places) {
-    QProcess::startDetached(QString::fromStdString(ourProgram("tokwatch").string()),
-                            QStringList(places) << QStringLiteral("--open"));
+void openTokwatch(const QStringList& places, const QProcessEnvironment& environment) {
+    QProcess tokwatch;
+    tokwatch.setProgram(QString::fromStdString(ourProgram("tokwatch").string()));
+    tokwatch.setArguments(QStringList(places) << QStringLiteral("--open"));
+    tokwatch.setProcessEnvironment(environment);
+    tokwatch.startDetached();
 }
 
 int run(int argc, char** argv) {
@@ -64,6 +68,8 @@ int run(int argc, char** argv) {
     ensureUTF8Locale();
     requireThreads(threads);
     requireDescriptors(descriptors);
+    // What a click starts is typed into, and looks at the buses by itself.
+    const QProcessEnvironment given = QProcessEnvironment::systemEnvironment();
     leaveOutMuteBuses();
     stayLean();
     std::optional<DisplayStart> start("tokwatch-widget");
@@ -99,7 +105,7 @@ int run(int argc, char** argv) {
     QtScheduler scheduler;
     Widget widget(preferences, scheduler, appearance,
                   {paths.snapshotDirectory(), settingsPath(), InotifyStream::open, systemNow,
-                   Calendar::current, [places] { openTokwatch(places); }});
+                   Calendar::current, [places, given] { openTokwatch(places, given); }});
     widget.open();
     // Most of the code that has run by then will not run again, and the process stays for days.
     QTimer::singleShot(std::chrono::seconds{10}, giveBackMemory);
