@@ -67,7 +67,6 @@ SettingsPage {
         SettingsRow {
             id: unit
             label: "Summaries lead with"
-            caption: "A click on the summary's number switches as well."
             SegmentedControl {
                 name: unit.label
                 small: true
