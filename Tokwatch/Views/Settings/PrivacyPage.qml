@@ -32,7 +32,7 @@ SettingsPage {
                 {
                     symbol: "layers",
                     title: "What is kept",
-                    sentence: "Of 90 days, sums for each model and day and how each limit was used; which responses were counted, and how far each file was read. Only your account can read it."
+                    sentence: "Of 90 days, sums for each model and day and how each limit was used; which responses were counted, and how far each file was read. The days that tokwatch export has counted stay for good. Only your account can read it."
                 },
                 {
                     symbol: "check",
