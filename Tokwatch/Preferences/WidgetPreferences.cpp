@@ -9,6 +9,7 @@ namespace tokwatch {
 namespace {
 
 constexpr const char* framesKey = "frames";
+constexpr const char* staysKey = "staysWhereDragged";
 
 /// Four numbers and a screen's name in each line: the windows' kit, which reads them, is not there
 /// for commands.
@@ -28,7 +29,8 @@ bool areFrames(std::string_view text) {
 WidgetPreferences::WidgetPreferences(SettingsStorage& settings)
     : SettingsGroup(settings), shown(list, "shown", "a widget on the desktop", false),
       size(list, "size", "how large the widget is", WidgetSize::medium) {
-    list.kept = {{framesKey, "lines such as 20 40 232 140 HDMI-1", areFrames}};
+    list.kept = {{framesKey, "lines such as 20 40 232 140 HDMI-1", areFrames},
+                 {staysKey, "true or false", isText<bool>}};
     tellFaults();
 }
 
@@ -39,6 +41,18 @@ std::string WidgetPreferences::frames() const {
 void WidgetPreferences::setFrames(std::string_view text) {
     list.onStore();
     storeText(list.storage, framesKey, text);
+}
+
+std::optional<bool> WidgetPreferences::staysWhereDragged() const {
+    bool stays = false;
+    if (!parseText(storedText(list.storage, staysKey).value_or(""), stays)) return std::nullopt;
+    return stays;
+}
+
+void WidgetPreferences::setStaysWhereDragged(bool stays) {
+    if (staysWhereDragged() == stays) return;
+    list.onStore();
+    storeSetting(list.storage, staysKey, stays);
 }
 
 std::filesystem::path widgetSettingsPath() {

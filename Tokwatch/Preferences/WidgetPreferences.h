@@ -3,6 +3,7 @@
 #include "Tokwatch/Preferences/SettingsGroup.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,6 +28,10 @@ class WidgetPreferences final : public SettingsGroup {
     /// Where the widget was left, as it writes that; not a setting, but kept with them.
     std::string frames() const;
     void setFrames(std::string_view text);
+    /// Whether it stays where it is dragged, below all windows, or is a window that the compositor
+    /// places: as it writes that when it comes up, so none before. Kept likewise, not observable.
+    std::optional<bool> staysWhereDragged() const;
+    void setStaysWhereDragged(bool stays);
 };
 
 /// Widget.conf beside the file of the Preferences.

@@ -64,6 +64,7 @@ void Widget::open() {
     window.setPlace(left.isNull() ? firstPlace(size, screens) : resizedPlace(left, size, screens));
     // How large it is may have been chosen since it was last there.
     if (!left.isNull() && widgetSizeOf(left.size(), type) != preferences.size) remember();
+    preferences.setStaysWhereDragged(window.onDesktop().isPlaceKnown());
     look();
     window.show();
     followScreens();

@@ -12,8 +12,7 @@ SettingsPage {
     title: "Widget"
 
     SettingsGroup {
-        note: (Qt.platform.pluginName.startsWith("wayland") ? "Where it lies is the compositor's choice. " : "It lies on the desktop, below all windows, and stays where it is dragged. ")
-            + "A click opens Tokwatch, a right click its menu."
+        note: (page.shown.place && page.shown.place + " ") + "A click opens Tokwatch, a right click its menu."
 
         SettingsRow {
             id: desktop

@@ -2,14 +2,30 @@
 
 #include "Tokwatch/Preferences/WidgetPreferences.h"
 
+#include <QGuiApplication>
+
 namespace tokwatch {
+namespace {
+
+/// Elsewhere than on Wayland it can be told without the widget.
+QString placeOf(std::optional<bool> staysWhereDragged) {
+    if (!QGuiApplication::platformName().startsWith(QLatin1String("wayland")) ||
+        staysWhereDragged == true)
+        return QStringLiteral(
+            "It lies on the desktop, below all windows, and stays where it is dragged.");
+    return staysWhereDragged ? QStringLiteral("Where it lies is the compositor's choice.")
+                             : QString();
+}
+
+} // namespace
 
 WidgetView::WidgetView(WidgetPreferences& widgetPreferences)
     : preferences(widgetPreferences),
       updater(
           [this] {
               return WidgetState{preferences.shown,
-                                 static_cast<Segment::Size>(preferences.size.value())};
+                                 static_cast<Segment::Size>(preferences.size.value()),
+                                 placeOf(preferences.staysWhereDragged())};
           },
           [this](WidgetState next) { current = next; }) {
     updater.arm();

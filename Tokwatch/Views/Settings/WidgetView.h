@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QProperty>
+#include <QString>
 #include <qqmlregistration.h>
 
 namespace tokwatch {
@@ -15,9 +16,11 @@ struct WidgetState {
     Q_GADGET
     Q_PROPERTY(bool shown MEMBER shown)
     Q_PROPERTY(tokwatch::Segment::Size size MEMBER size)
+    Q_PROPERTY(QString place MEMBER place)
   public:
     bool shown = false;
     Segment::Size size = Segment::Medium;
+    QString place; ///< where it lies, as a sentence; empty while that is not known
     friend bool operator==(const WidgetState&, const WidgetState&) = default;
 };
 
