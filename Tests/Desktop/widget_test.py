@@ -6,6 +6,7 @@
 where PROGRAM is tokwatch-widget. It is given nothing but the snapshot's file.
 """
 
+import ctypes
 import json
 import os
 import re
@@ -145,6 +146,21 @@ def check_files(widget):
     wait_for("the chosen tone", lambda: widget.picture().count(lambda red, green, blue: red < 60) > 20_000)
 
 
+def check_corners(widget):
+    step("leaves its corners out only as long as a compositing manager runs")
+    corner = lambda: Picture(*widget.place()[:2], 1, 1).raw
+    square = corner()
+    x11 = ctypes.CDLL("libX11.so.6")
+    x11.XOpenDisplay.restype = ctypes.c_void_p
+    server = ctypes.c_void_p(x11.XOpenDisplay(None))
+    manager = x11.XCreateSimpleWindow(server, x11.XDefaultRootWindow(server), 0, 0, 1, 1, 0, 0, 0)
+    x11.XSetSelectionOwner(server, x11.XInternAtom(server, b"_NET_WM_CM_S0", 0), manager, 0)
+    x11.XFlush(server)
+    wait_for("round corners", lambda: corner() != square)
+    x11.XCloseDisplay(server)
+    wait_for("square corners", lambda: corner() == square)
+
+
 def choose(widget, *keys):
     x, y, _, _ = widget.place()
     desktop.click(x + 30, y + 30, desktop.RIGHT)
@@ -200,4 +216,5 @@ check_libraries()
 with Widget() as shown:
     check_hints(shown)
     check_files(shown)
+    check_corners(shown)
 check_places()

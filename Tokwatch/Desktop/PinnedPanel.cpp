@@ -1,6 +1,5 @@
 #include "Tokwatch/Desktop/PinnedPanel.h"
 
-#include "KivoPanel/DisplayServer.h"
 #include "Tokwatch/DesktopPreferences/DesktopPreferences.h"
 
 #include <QQuickItem>
@@ -19,6 +18,7 @@ PinnedPanel::PinnedPanel(QmlRuntime& runtime, Scheduler& scheduler, QmlWindow::C
       pinNotifier(preferences.isPinned.addNotifier([this] { follow(); })) {
     connect(&qmlWindow, &QmlWindow::made, this, &PinnedPanel::prepare);
     connect(&qmlWindow, &QmlWindow::released, this, [this] { panel.reset(); });
+    connect(&compositing, &kivo::Compositing::changed, this, &PinnedPanel::makeAnew);
 }
 
 void PinnedPanel::restore() {
@@ -58,9 +58,15 @@ void PinnedPanel::prepare() {
             [this] { panel->resize(naturalSize()); });
     connect(root, SIGNAL(closeRequested()), this, SLOT(unpin()));
     connect(root, SIGNAL(moveRequested()), this, SLOT(startMove()));
-    const bool isRounded = kivo::isComposited();
-    root->setProperty("isRounded", isRounded);
-    qmlWindow.setTranslucent(isRounded);
+    root->setProperty("isRounded", compositing.isActive());
+    qmlWindow.setTranslucent(compositing.isActive());
+}
+
+/// Whether a window is translucent is settled as it is made.
+void PinnedPanel::makeAnew() {
+    const bool wasShown = isShown();
+    qmlWindow.release();
+    if (wasShown) open(Keyboard::stays);
 }
 
 void PinnedPanel::unpin() {

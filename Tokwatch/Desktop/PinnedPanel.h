@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KivoPanel/Compositing.h"
 #include "KivoPanel/FloatingPanel.h"
 #include "Tokwatch/Desktop/QmlWindow.h"
 
@@ -36,9 +37,11 @@ class PinnedPanel : public QObject {
     bool isShown() const { return panel && panel->isOpen(); }
     void follow();
     void prepare();
+    void makeAnew();
     void open(kivo::FloatingPanel::Keyboard keyboard);
     QSize naturalSize();
 
+    kivo::Compositing compositing;
     std::unique_ptr<kivo::FloatingPanel> panel; ///< outlives the window, whose end ends it
     QmlWindow qmlWindow;
     DesktopPreferences& preferences;

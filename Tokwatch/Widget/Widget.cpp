@@ -1,7 +1,6 @@
 #include "Tokwatch/Widget/Widget.h"
 
 #include "KivoLooks/ToneChoice.h"
-#include "KivoPanel/DisplayServer.h"
 #include "KivoPanel/SavedFrame.h"
 #include "Tokwatch/Preferences/PlainSettings.h"
 #include "Tokwatch/Preferences/SettingsStorage.h"
@@ -42,13 +41,13 @@ Widget::Widget(WidgetPreferences& widgetPreferences, Scheduler& timers,
                const kivo::DesktopAppearance& desktop, WidgetSurroundings given)
     : preferences(widgetPreferences), scheduler(timers), appearance(desktop),
       surroundings(std::move(given)), snapshots(surroundings.snapshotDirectory),
-      type(kivo::TypeScale::of(QGuiApplication::font())), isRounded(kivo::isComposited()),
-      window(looksNow()) {
+      type(kivo::TypeScale::of(QGuiApplication::font())), window(looksNow()) {
     screensSettling.setSingleShot(true);
     screensSettling.setInterval(screensLatency);
     connect(&screensSettling, &QTimer::timeout, this, &Widget::screensChanged);
-    connect(&appearance, &kivo::DesktopAppearance::changed, this,
-            [this] { window.setLooks(looksNow()); });
+    const auto setLooks = [this] { window.setLooks(looksNow()); };
+    connect(&appearance, &kivo::DesktopAppearance::changed, this, setLooks);
+    connect(&compositing, &kivo::Compositing::changed, this, setLooks);
     connect(&window, &WidgetWindow::moved, this, &Widget::remember);
     connect(&window, &WidgetWindow::menuRequested, this, &Widget::openMenu);
     connect(&window, &WidgetWindow::clicked, this, [this] { surroundings.openTokwatch(); });
@@ -74,7 +73,7 @@ void Widget::open() {
 WidgetLooks Widget::looksNow() const {
     const auto tone = chosenTone(surroundings.settingsFile.parent_path() / "Desktop.conf");
     return {kivo::Palette::of(kivo::inTone(appearance.current(), tone)), type,
-            QGuiApplication::isRightToLeft(), isRounded};
+            QGuiApplication::isRightToLeft(), compositing.isActive()};
 }
 
 // What it shows

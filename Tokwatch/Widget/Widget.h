@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KivoLooks/DesktopAppearance.h"
+#include "KivoPanel/Compositing.h"
 #include "KivoPanel/SavedFrame.h"
 #include "Platform/Seams/FileEventStream.h"
 #include "Platform/Seams/Scheduler.h"
@@ -67,7 +68,7 @@ class Widget : public QObject {
     const WidgetSurroundings surroundings;
     const SnapshotStore snapshots;
     const kivo::TypeScale type;
-    const bool isRounded;
+    kivo::Compositing compositing;
     WidgetWindow window;
     std::unique_ptr<WidgetMenu> menu; ///< while it is open
     std::unique_ptr<ScheduledCall> nextMinute;

@@ -23,11 +23,11 @@ QString nameOfWindow() {
     return QStringLiteral("Tokwatch");
 }
 
-QWindow& withCorners(QWindow& window, bool areRound) {
-    if (!areRound) return window;
-    QSurfaceFormat translucent = window.format();
-    translucent.setAlphaBufferSize(8);
-    window.setFormat(translucent);
+/// Also where corners are not left out yet: a window has its format from the start.
+QWindow& translucent(QWindow& window) {
+    QSurfaceFormat format = window.format();
+    format.setAlphaBufferSize(8);
+    window.setFormat(format);
     return window;
 }
 
@@ -57,7 +57,7 @@ QAccessibleInterface* accessibleOf(const QString&, QObject* object) {
 } // namespace
 
 WidgetWindow::WidgetWindow(const WidgetLooks& looks)
-    : drawnWith(looks), desktop(withCorners(*this, looks.isRounded)) {
+    : drawnWith(looks), desktop(translucent(*this)) {
     setTitle(nameOfWindow());
     QAccessible::installFactory(accessibleOf);
     settling.setSingleShot(true);
