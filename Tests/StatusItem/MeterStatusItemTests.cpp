@@ -11,6 +11,8 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -136,6 +138,15 @@ TEST_F(MeterItem, ShowsPicturesWhereNoPlaceIsForNamedOnes) {
     EXPECT_EQ(text("IconName") + text("IconThemePath"), "");
     EXPECT_FALSE(qdbus_cast<kivo::IconPixmaps>(area.shown("IconPixmap")).isEmpty());
     EXPECT_FALSE(std::filesystem::exists(icons)) << "wherever it was started";
+    item.reset();
+    area.vanish();
+    icons = home / "icons";
+    std::ofstream(icons) << "in the way of the directory";
+    makeIn("ayatana-indicat", titled("42%"));
+    EXPECT_EQ(text("IconName"), "");
+    std::filesystem::remove(icons);
+    item->apply(titled("42%", Severity::critical));
+    EXPECT_TRUE(until([&] { return !text("IconName").empty(); })) << "never tried again";
 }
 
 TEST_F(MeterItem, RedrawsOnlyWhatChanged) {

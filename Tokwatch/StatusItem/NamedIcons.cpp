@@ -57,16 +57,16 @@ QString NamedIcons::name(std::optional<ProviderID> provider, const InkChoice& in
 }
 
 bool NamedIcons::write() {
-    if (written) return *written;
+    if (isWritten) return true;
     // It would be another place in each directory, and the panel's is not ours.
     if (!directory.is_absolute()) return false;
     try {
         writeAll();
-        written = true;
+        isWritten = true;
     } catch (const std::system_error&) {
-        written = false;
+        // A full disk may have room again by the next time.
     }
-    return *written;
+    return isWritten;
 }
 
 void NamedIcons::writeAll() const {

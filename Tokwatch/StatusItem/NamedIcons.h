@@ -18,8 +18,8 @@ class NamedIcons {
     /// counts as none, and nothing can be written.
     explicit NamedIcons(std::filesystem::path directory);
 
-    /// Writes all icons, once: panels look into a theme's directories only from time to time, and
-    /// would miss a file that comes later. False when that failed.
+    /// Writes all icons where that is not done, at once: panels look into a theme's directories
+    /// only from time to time, and would miss a file that comes later. False when that failed.
     bool write();
 
     QString name(std::optional<ProviderID> provider, const InkChoice& ink) const;
@@ -29,7 +29,7 @@ class NamedIcons {
     void writeAll() const;
 
     std::filesystem::path directory;
-    std::optional<bool> written;
+    bool isWritten = false;
 };
 
 } // namespace tokwatch
