@@ -1,13 +1,6 @@
 #include "Tokwatch/DesktopPreferences/DesktopChoices.h"
 
 namespace tokwatch {
-namespace {
-
-QString asQString(std::string_view utf8) {
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-}
-
-} // namespace
 
 void storeSetting(SettingsStorage& settings, const char* key, const HotKeyChoice& value) {
     storeText(settings, key, textOf(value));
@@ -19,7 +12,7 @@ std::string textOf(const HotKeyChoice& value) {
 
 bool parseText(std::string_view text, HotKeyChoice& value) {
     const std::string_view keys = trimmed(text);
-    value.key = kivo::hotKeyFrom(asQString(keys));
+    value.key = kivo::hotKeyFrom(QString::fromUtf8(keys));
     return value.key || keys.empty();
 }
 
@@ -42,7 +35,7 @@ std::string textOf(const PanelFrames& value) {
 }
 
 bool parseText(std::string_view text, PanelFrames& value) {
-    value.frames = kivo::savedFramesFrom(asQString(text));
+    value.frames = kivo::savedFramesFrom(QString::fromUtf8(text));
     return textOf(value) == text;
 }
 

@@ -8,10 +8,6 @@
 namespace tokwatch {
 namespace {
 
-QString text(std::string_view utf8) {
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-}
-
 std::vector<std::string> itemsOf(const QVariant& stored) {
     // A list in which a text begins with "@" is one of other values.
     const bool isList =
@@ -26,7 +22,7 @@ std::vector<std::string> itemsOf(const QVariant& stored) {
 void storeProviders(SettingsStorage& settings, const char* key, const auto& providers) {
     QStringList names;
     for (const ProviderID provider : providers)
-        names.push_back(text(rawValue(provider)));
+        names.push_back(QString::fromUtf8(rawValue(provider)));
     settings.setValue(key, names);
 }
 
@@ -38,7 +34,7 @@ std::optional<std::string> storedText(const SettingsStorage& settings, const cha
 }
 
 void storeText(SettingsStorage& settings, const char* key, std::string_view value) {
-    settings.setValue(key, text(value));
+    settings.setValue(key, QString::fromUtf8(value));
 }
 
 std::optional<Date> storedDate(const SettingsStorage& settings, const char* key) {
@@ -78,7 +74,8 @@ void storeSetting(SettingsStorage& settings, const char* key, const ProviderSet&
 void storeSetting(SettingsStorage& settings, const char* key, const WindowChoices& value) {
     settings.remove(key);
     for (const auto& [provider, window] : value)
-        settings.setValue(text(key) + u'/' + text(provider), text(window));
+        settings.setValue(QString::fromUtf8(key) + u'/' + QString::fromUtf8(provider),
+                          QString::fromUtf8(window));
 }
 
 } // namespace tokwatch

@@ -33,9 +33,7 @@ std::optional<ProviderID> markOf(const StatusTitle& title) {
 
 QString displayName(const StatusTitle& title) {
     const std::optional<ProviderID> mark = markOf(title);
-    const std::string_view name =
-        mark ? tokwatch::displayName(*mark) : std::string_view("Tokwatch");
-    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+    return mark ? QString::fromUtf8(tokwatch::displayName(*mark)) : QStringLiteral("Tokwatch");
 }
 
 /// As wide as the text gets while its digits count.

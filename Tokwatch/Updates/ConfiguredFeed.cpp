@@ -5,10 +5,9 @@
 namespace tokwatch {
 
 std::optional<kivo::UpdateFeed> configuredFeed() {
-    const std::string_view version = applicationVersion();
-    return kivo::makeUpdateFeed(
-        QStringLiteral(TOKWATCH_UPDATE_FEED), QByteArrayLiteral(TOKWATCH_UPDATE_KEY),
-        QString::fromUtf8(version.data(), static_cast<qsizetype>(version.size())));
+    return kivo::makeUpdateFeed(QStringLiteral(TOKWATCH_UPDATE_FEED),
+                                QByteArrayLiteral(TOKWATCH_UPDATE_KEY),
+                                QString::fromUtf8(applicationVersion()));
 }
 
 QUrl makersPage() {

@@ -38,7 +38,7 @@ double scaleOf(const kivo::TypeScale& type) {
 }
 
 QString text(std::string_view utf8) {
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    return QString::fromUtf8(utf8);
 }
 
 enum class End { leading, trailing };

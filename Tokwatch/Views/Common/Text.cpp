@@ -6,7 +6,7 @@
 namespace tokwatch {
 
 QString text(std::string_view utf8) {
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    return QString::fromUtf8(utf8);
 }
 
 QString sentence(std::string_view utf8) {
