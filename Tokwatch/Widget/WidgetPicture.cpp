@@ -3,6 +3,7 @@
 #include "Tokwatch/Display/SummaryTexts.h"
 #include "Tokwatch/Pictures/Columns.h"
 #include "Tokwatch/Pictures/Marks.h"
+#include "Tokwatch/Pictures/MeterColors.h"
 
 #include <QFont>
 #include <QFontMetricsF>
@@ -137,38 +138,8 @@ class Sheet {
     const double ratio;
 };
 
-QColor byLevel(Severity severity, const QColor& normal, const QColor& warning,
-               const QColor& critical) {
-    switch (severity) {
-    case Severity::normal:
-        return normal;
-    case Severity::warning:
-        return warning;
-    case Severity::critical:
-        break;
-    }
-    return critical;
-}
-
-/// What is old keeps its colour, but half of it, as in the popover.
-QColor aged(bool isOld, const QColor& fresh, const QColor& muted) {
-    if (!isOld) return fresh;
-    constexpr float part = 0.55F;
-    const auto mixed = [](float a, float b) { return part * b + (1 - part) * a; };
-    return QColor::fromRgbF(mixed(fresh.redF(), muted.redF()),
-                            mixed(fresh.greenF(), muted.greenF()),
-                            mixed(fresh.blueF(), muted.blueF()));
-}
-
-QColor fillColor(const WidgetDisplay::Bar& bar, const kivo::Palette& colors) {
-    return aged(bar.isOld, byLevel(bar.severity, colors.accent, colors.warning, colors.critical),
-                colors.muted);
-}
-
-QColor figureColor(const WidgetDisplay::Bar& bar, const kivo::Palette& colors) {
-    return aged(bar.isOld,
-                byLevel(bar.severity, colors.text, colors.warningText, colors.criticalText),
-                colors.secondaryText);
+MeterColors colorsOf(const WidgetDisplay::Bar& bar, const kivo::Palette& colors) {
+    return meterColors(colors, bar.severity, bar.isOld);
 }
 
 void paintBar(Sheet& sheet, const QRectF& box, const WidgetDisplay::Bar& bar) {
@@ -177,7 +148,7 @@ void paintBar(Sheet& sheet, const QRectF& box, const WidgetDisplay::Bar& bar) {
     if (bar.leftFraction > 0)
         sheet.fill({box.topLeft(),
                     QSizeF(std::max(box.height(), box.width() * bar.leftFraction), box.height())},
-                   radius, fillColor(bar, sheet.colors()));
+                   radius, colorsOf(bar, sheet.colors()).fill);
     if (!bar.timeLeftFraction) return;
     const QSizeF mark(4, box.height() + 6);
     const QPointF at(box.left() + *bar.timeLeftFraction * (box.width() - mark.width()),
@@ -188,7 +159,7 @@ void paintBar(Sheet& sheet, const QRectF& box, const WidgetDisplay::Bar& bar) {
 void paintColumns(Sheet& sheet, const QRectF& box, const std::vector<double>& days, bool isOld) {
     const double pitch =
         box.width() / (static_cast<double>(days.size()) - 1 + columns::widthFraction);
-    const QColor color = aged(isOld, sheet.colors().accent, sheet.colors().muted);
+    const QColor color = meterColors(sheet.colors(), Severity::normal, isOld).fill;
     for (std::size_t day = 0; day < days.size(); ++day) {
         if (!(days[day] > 0)) continue;
         const double height = std::max(days[day] * box.height(), columns::leastHeight);
@@ -240,7 +211,7 @@ void paintSmall(Sheet& sheet, const QRectF& inside, const WidgetDisplay& display
         const WidgetDisplay::Bar& bar = provider.bars.front();
         paintHeadline(sheet, inside,
                       {provider.id, text(displayName(provider.id)), text(bar.label),
-                       text(bar.leftText), QStringLiteral("left"), figureColor(bar, colors)});
+                       text(bar.leftText), QStringLiteral("left"), colorsOf(bar, colors).figure});
         paintBar(sheet, {inside.left(), y, inside.width(), barHeight}, bar);
         sheet.write({inside.left(), y + 14, inside.width(), captionLine}, text(display.reset),
                     sheet.caption(), colors.secondaryText);
@@ -251,7 +222,7 @@ void paintSmall(Sheet& sheet, const QRectF& inside, const WidgetDisplay& display
                        text(display.costs->todayLabel) + text(SummaryTexts::estimateSuffix),
                        text(display.costs->today),
                        {},
-                       aged(display.isOld, colors.text, colors.secondaryText)});
+                       meterColors(colors, Severity::normal, display.isOld).figure});
         paintColumns(sheet, {inside.left(), y - 4, inside.width(), 28}, display.costs->days,
                      display.isOld);
     }
@@ -294,7 +265,7 @@ void paintLimitLine(Sheet& sheet, const QRectF& line, const WidgetDisplay::Bar& 
               barHeight},
              bar);
     sheet.write(part(percentLeft, percentWidth), text(bar.leftText), sheet.body(QFont::DemiBold),
-                figureColor(bar, colors), End::trailing);
+                colorsOf(bar, colors).figure, End::trailing);
     sheet.write(part(resetLeft, resetWidth), text(bar.resetText), sheet.caption(),
                 colors.secondaryText, End::trailing);
 }
@@ -324,7 +295,7 @@ void paintProviders(Sheet& sheet, const QRectF& inside, const WidgetDisplay& dis
 void paintCosts(Sheet& sheet, const QRectF& inside, const WidgetDisplay& display) {
     const kivo::Palette& colors = sheet.colors();
     const WidgetDisplay::Costs& costs = *display.costs;
-    const QColor figure = aged(display.isOld, colors.text, colors.secondaryText);
+    const QColor figure = meterColors(colors, Severity::normal, display.isOld).figure;
     const double middle = inside.left() + 104;
     const auto amount = [&](double x, double width, const QString& label,
                             const std::string& value) {

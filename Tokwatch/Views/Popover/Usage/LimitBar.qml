@@ -10,17 +10,8 @@ Column {
     property bool isOpen: false
     property bool isBrief: false ///< without what is said below the bar
 
-    readonly property color fill: aged(byLevel(Theme.colors.accent, Theme.colors.warning, Theme.colors.critical), Theme.colors.muted)
-    readonly property color figure: aged(byLevel(Theme.colors.text, Theme.colors.warningText, Theme.colors.criticalText), Theme.colors.secondaryText)
-
-    function byLevel(normal, warning, critical) {
-        return limit.level === Level.Critical ? critical : limit.level === Level.Warning ? warning : normal
-    }
-    /// What is old keeps its colour, but half of it. Both colours stand out from the ground, and so
-    /// does what is between them.
-    function aged(fresh, muted) {
-        return limit.isOld ? Qt.tint(fresh, Qt.rgba(muted.r, muted.g, muted.b, 0.55)) : fresh
-    }
+    readonly property color fill: limit.fill(Theme.colors)
+    readonly property color figure: limit.figure(Theme.colors)
 
     spacing: 6
     Accessible.role: Accessible.ProgressBar

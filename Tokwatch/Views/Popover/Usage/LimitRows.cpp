@@ -2,6 +2,7 @@
 
 #include "Tokwatch/Display/DayFormat.h"
 #include "Tokwatch/Display/Severity.h"
+#include "Tokwatch/Pictures/MeterColors.h"
 #include "Tokwatch/Views/Common/Text.h"
 #include "TokwatchCore/Presentation/LimitAge.h"
 #include "TokwatchCore/Presentation/LimitBarModel.h"
@@ -129,7 +130,19 @@ ProviderRow providerRow(const ProvidersKnown& known, ProviderID provider, Date n
     return row;
 }
 
+MeterColors colorsOf(const LimitRow& row, const kivo::Palette& colors) {
+    return meterColors(colors, static_cast<Severity>(row.level), row.isOld);
+}
+
 } // namespace
+
+QColor LimitRow::fill(const kivo::Palette& colors) const {
+    return colorsOf(*this, colors).fill;
+}
+
+QColor LimitRow::figure(const kivo::Palette& colors) const {
+    return colorsOf(*this, colors).figure;
+}
 
 std::vector<ProviderRow> providerRows(const ProvidersKnown& known, Date now,
                                       const Calendar& calendar) {

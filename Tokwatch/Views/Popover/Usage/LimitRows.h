@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KivoLooks/Palette.h"
 #include "Tokwatch/Display/LimitTexts.h"
 #include "Tokwatch/Limits/AttemptTimes.h"
 #include "Tokwatch/Views/Common/Segment.h"
@@ -9,6 +10,7 @@
 #include "TokwatchCore/Records/ProviderID.h"
 #include "TokwatchCore/Support/Calendar.h"
 
+#include <QColor>
 #include <QObject>
 #include <QString>
 #include <QVariantList>
@@ -54,6 +56,10 @@ struct LimitRow {
     QString runOutText;   ///< "Runs out about 14:00"; empty where it lasts until the reset
     BurnUpLine burnUp;    ///< empty where it is not known how the limit was used
     friend bool operator==(const LimitRow&, const LimitRow&) = default;
+
+    /// As its MeterColors.
+    Q_INVOKABLE QColor fill(const kivo::Palette& colors) const;
+    Q_INVOKABLE QColor figure(const kivo::Palette& colors) const;
 };
 
 /// A LimitNotice's remedy by names for QML.
