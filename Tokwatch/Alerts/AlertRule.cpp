@@ -45,11 +45,11 @@ class WindowConsideration {
         const bool isCalm = std::ranges::none_of(levels, [this](auto kind) { return holds(kind); });
         if (isCalm && !mayStillRunOut()) outcome.calm.insert(subject);
         if (situation.isQuiet) return;
-        if (hasReset()) tell({AlertKind::reset}, record(AlertKind::critical)->resetsAt);
         std::vector<AlertKind> begun;
         std::ranges::copy_if(levels, std::back_inserter(begun),
                              [this](AlertKind kind) { return holds(kind) && counts(kind); });
-        tell(begun, window.resetsAt);
+        if (hasReset()) begun.push_back(AlertKind::reset);
+        tell(begun);
     }
 
   private:
@@ -127,8 +127,11 @@ class WindowConsideration {
     }
 
     /// Counts all of them and tells the gravest that is wanted.
-    void tell(const std::vector<AlertKind>& begun, std::optional<Date> reset) {
+    void tell(const std::vector<AlertKind>& begun) {
         for (const AlertKind kind : begun) {
+            // No limit that is critical has reset: that record is of the run before.
+            const auto& reset =
+                kind == AlertKind::reset ? record(AlertKind::critical)->resetsAt : window.resetsAt;
             const ToldAlert told{subject, kind, situation.now, reset};
             if (ToldAlert* known = record(kind))
                 *known = told;

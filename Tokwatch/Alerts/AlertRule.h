@@ -68,9 +68,10 @@ struct AlertOutcome {
 ///
 /// Each level of a window is told at most once until the window resets, and again only once the
 /// level was left by two points, or by a reset. Of several that begin at once the gravest is told
-/// and all count. Old numbers, and answers that an earlier fetch gave, tell nothing and change
-/// nothing. In quiet hours nothing counts: what still holds when they end is told then. A login is
-/// told of once until an answer proves that it works again; what an assistant tells proves nothing.
+/// and all count; a reset is the least of them. Old numbers, and answers that an earlier fetch
+/// gave, tell nothing and change nothing. In quiet hours nothing counts: what still holds when they
+/// end is told then. A login is told of once until an answer proves that it works again; what an
+/// assistant tells proves nothing.
 AlertOutcome considerAlerts(const AlertSituation& situation, ToldAlerts told);
 
 } // namespace tokwatch
