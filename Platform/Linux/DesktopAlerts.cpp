@@ -4,7 +4,6 @@
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 
 #include <algorithm>
 #include <utility>
@@ -78,6 +77,14 @@ void DesktopAlerts::change(const std::function<void()>& presence) {
 
 void DesktopAlerts::show(const Alert& alert) {
     if (!isThere()) return;
+    if (const auto earlier = asked.find(alert.subject); earlier != asked.end())
+        earlier->second = [this, alert] { show(alert); };
+    else
+        notify(alert);
+}
+
+void DesktopAlerts::notify(const Alert& alert) {
+    asked[alert.subject] = nullptr;
     const auto before = shown.find(alert.subject);
     const QStringList actions =
         onOpen ? QStringList{defaultAction, QStringLiteral("Open Tokwatch")} : QStringList();
@@ -96,12 +103,18 @@ void DesktopAlerts::show(const Alert& alert) {
     connect(pending, &QDBusPendingCallWatcher::finished, this,
             [this, pending, subject = alert.subject] {
                 pending->deleteLater();
-                const QDBusPendingReply<uint> number = *pending;
-                if (number.isError()) return; // silence, as there would be without the service
-                if (number.reply().service() != owner) return;
-                shown[subject] = number.value();
-                if (onShown) onShown(subject, place() + std::to_string(number.value()));
+                answered(subject, *pending);
             });
+}
+
+void DesktopAlerts::answered(const std::string& subject, const QDBusPendingReply<uint>& number) {
+    const auto next = asked.extract(subject);
+    // An error is silence, as there would be without the service.
+    if (!number.isError() && number.reply().service() == owner) {
+        shown[subject] = number.value();
+        if (onShown) onShown(subject, place() + std::to_string(number.value()));
+    }
+    if (next.mapped()) next.mapped()();
 }
 
 std::string DesktopAlerts::place() const {
@@ -116,6 +129,10 @@ void DesktopAlerts::takeOver(const std::string& subject, const std::string& hand
 }
 
 void DesktopAlerts::withdraw(const std::string& subject) {
+    if (const auto earlier = asked.find(subject); earlier != asked.end()) {
+        earlier->second = [this, subject] { withdraw(subject); };
+        return;
+    }
     const auto known = shown.find(subject);
     if (known == shown.end()) return;
     QDBusMessage call = callOf("CloseNotification");

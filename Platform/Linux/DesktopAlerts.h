@@ -3,10 +3,12 @@
 #include "Platform/Seams/AlertDisplay.h"
 
 #include <QDBusConnection>
+#include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QObject>
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <string>
 
@@ -14,8 +16,9 @@ namespace tokwatch {
 
 /// Alerts through the desktop's notification service, org.freedesktop.Notifications (its
 /// protocol, version 1.2). Every call is asynchronous; one that is not answered within
-/// the patience is given up, and its alert cannot be replaced or clicked. Where there is no bus or
-/// no service, there is silence. Main thread only.
+/// the patience is given up, and its alert cannot be replaced or clicked. Until then the next of
+/// the same subject waits, as only the answer tells what it replaces. Where there is no bus or no
+/// service, there is silence. Main thread only.
 class DesktopAlerts : public QObject, public AlertDisplay {
     Q_OBJECT
   public:
@@ -41,6 +44,8 @@ class DesktopAlerts : public QObject, public AlertDisplay {
   private:
     void lookForService();
     void change(const std::function<void()>& presence);
+    void notify(const Alert& alert);
+    void answered(const std::string& subject, const QDBusPendingReply<uint>& number);
     bool isOurs(uint id) const;
     /// "BUS OWNER ": what the present owner's handles begin with.
     std::string place() const;
@@ -51,7 +56,9 @@ class DesktopAlerts : public QObject, public AlertDisplay {
     QString owner; ///< the connection of the service that runs; empty where none does
     bool isStartable = false;
     std::map<std::string, uint> shown; ///< the numbers that this owner gave, by subject
-    std::string token;                 ///< for the click that comes next
+    /// What is to be done about the subjects whose number is not known yet, once it is.
+    std::map<std::string, std::function<void()>> asked;
+    std::string token; ///< for the click that comes next
 };
 
 } // namespace tokwatch

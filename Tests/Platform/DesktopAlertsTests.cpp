@@ -29,7 +29,7 @@ class FakeService final : public QDBusVirtualObject {
         bus.send(message);
     }
 
-    bool handleMessage(const QDBusMessage& call, const QDBusConnection& connection) override {
+    bool handleMessage(const QDBusMessage& call, const QDBusConnection&) override {
         const QVariantList given = call.arguments();
         if (call.member() == "CloseNotification")
             heard.push_back("close " + given[0].toString().toStdString());
@@ -41,8 +41,13 @@ class FakeService final : public QDBusVirtualObject {
         said << given[5].toStringList().join(',') << hints["urgency"].typeName()
              << QString::number(hints["urgency"].toUInt()) << hints["desktop-entry"].toString();
         heard.push_back(said.join(" | ").toStdString());
-        if (!isHung) connection.send(call.createReply(QVariant(++number)));
+        unanswered.push_back(call.createReply(QVariant(++number)));
+        if (!isHung) answer();
         return true;
+    }
+    void answer() {
+        for (const QDBusMessage& reply : std::exchange(unanswered, {}))
+            bus.send(reply);
     }
     QString introspect(const QString&) const override { return {}; }
 
@@ -52,6 +57,7 @@ class FakeService final : public QDBusVirtualObject {
 
   private:
     QDBusConnection bus;
+    std::vector<QDBusMessage> unanswered;
 };
 
 struct DesktopAlertsTest : ::testing::Test {
@@ -123,8 +129,14 @@ TEST_F(DesktopAlertsTest, OutlivesTheServiceAndOneThatHangs) {
     settle();
     service.isHung = true;
     EXPECT_THAT(show("claude/session"), ElementsAre(over0));
+    EXPECT_THAT(show("claude/weekly"), ElementsAre(over0));
+    EXPECT_THAT(show("claude/session"), IsEmpty()) << "what it replaces has no number yet";
+    EXPECT_THAT(show("claude/session", "U"), IsEmpty());
+    alerts.withdraw("claude/weekly");
     service.isHung = false;
-    EXPECT_THAT(show("claude/session"), ElementsAre(over0));
+    service.answer();
+    settle();
+    EXPECT_THAT(std::exchange(service.heard, {}), ElementsAre(over41, "close 42"));
     service.vanish();
     service.appear();
     settle();
