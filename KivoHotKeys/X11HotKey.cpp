@@ -188,13 +188,23 @@ bool X11HotKey::nativeEventFilter(const QByteArray& eventType, void* message, qi
 
 bool X11HotKey::keyPressed(const xcb_key_press_event_t& event) {
     const auto modifiers = static_cast<std::uint16_t>(event.state & modifierBits);
-    if (!held.contains({event.detail, modifiers})) return false;
+    if (!held.contains({event.detail, modifiers})) {
+        // Down a second time: the release of the first went to another program's window.
+        if (keyDown == event.detail) {
+            keyDown.reset();
+            countsIn.reset();
+        }
+        return false;
+    }
     keyDown = event.detail;
     if (event.time - releasedAt < repeatTime) return true;
+    countsIn.reset();
     // A window of ours that has grabbed the keyboard gets all keys. It may close at this one, and
     // would not hear of its release, then; so it is told at the release.
-    isForRelease = event.event != root;
-    if (!isForRelease) emit pressed({});
+    if (event.event != root)
+        countsIn = event.event;
+    else
+        emit pressed({});
     return true;
 }
 
@@ -202,7 +212,7 @@ bool X11HotKey::keyReleased(const xcb_key_press_event_t& event) {
     if (keyDown != event.detail) return false;
     keyDown.reset();
     releasedAt = event.time;
-    if (std::exchange(isForRelease, false)) emit pressed({});
+    if (std::exchange(countsIn, std::nullopt) == event.event) emit pressed({});
     return true;
 }
 

@@ -51,8 +51,8 @@ class X11HotKey final : public GlobalHotKey, public QAbstractNativeEventFilter {
     Grabs held;
     bool paused = false;
     std::optional<std::uint8_t> keyDown;
-    std::uint32_t releasedAt = 0; ///< the server's milliseconds
-    bool isForRelease = false;    ///< the press counts when it ends
+    std::uint32_t releasedAt = 0;          ///< the server's milliseconds
+    std::optional<std::uint32_t> countsIn; ///< the window in which the press must end to count
     QTimer mapTimer;
 };
 
