@@ -56,7 +56,7 @@ class GlobalHotKey : public QObject {
     void pressed(const QString& activationToken);
     /// An attempt ended, or without one: what was bound is lost or found again.
     void settled(kivo::HotKeyState state);
-    /// There is somebody new to ask, who knows of nothing that was bound.
+    /// There is somebody new to ask, or to ask again, who knows of nothing that was bound.
     void arrived();
 };
 

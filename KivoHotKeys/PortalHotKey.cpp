@@ -5,7 +5,6 @@
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QRegularExpression>
-#include <QTimer>
 
 #include <algorithm>
 #include <utility>
@@ -96,6 +95,8 @@ PortalHotKey::PortalHotKey(QDBusConnection sessionBus, Action what)
             [this](const QString&, const QString& before, const QString& now) {
                 portalChanged(before, now);
             });
+    retry.setSingleShot(true);
+    connect(&retry, &QTimer::timeout, this, &PortalHotKey::arrived);
 }
 
 PortalHotKey::~PortalHotKey() {
@@ -105,6 +106,7 @@ PortalHotKey::~PortalHotKey() {
 void PortalHotKey::bind(const HotKey& key) {
     if (!bus.isConnected()) return emit settled(HotKeyState::unsupported);
     forget(nextSession);
+    retry.stop();
     hasCome = false;
     wanted = key;
     ask("CreateSession", {}, {{QStringLiteral("session_handle_token"), portalToken()}},
@@ -161,15 +163,14 @@ void PortalHotKey::fail(Kind kind) {
     const bool wasTooLate = kind == Kind::unsupported && std::exchange(hasCome, false);
     emit settled(stateAfter(kind));
     if (wasTooLate) emit arrived();
-    if (kind != Kind::silent) return;
+    if (kind != Kind::silent || !session.isEmpty()) return;
     // It may only just be starting, as everything does at login.
-    QTimer::singleShot(pause, this, [this] {
-        if (!wanted && session.isEmpty()) emit arrived();
-    });
+    retry.start(pause);
     pause = std::min(pause * 2, longestPause);
 }
 
 void PortalHotKey::release() {
+    retry.stop();
     endRequest();
     forget(nextSession);
     forget(session);
@@ -197,7 +198,7 @@ void PortalHotKey::look() {
     connect(asking, &QDBusPendingCallWatcher::finished, this, [this, asking] {
         asking->deleteLater();
         if (asking->isError() && !wanted && session.isEmpty())
-            fail(PortalRequest::kindOf(asking->error()));
+            emit settled(stateAfter(PortalRequest::kindOf(asking->error())));
     });
 }
 

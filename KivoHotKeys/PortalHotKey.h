@@ -6,6 +6,7 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusServiceWatcher>
+#include <QTimer>
 #include <QVariantMap>
 
 #include <chrono>
@@ -56,6 +57,7 @@ class PortalHotKey final : public GlobalHotKey {
     QString nextSession;          ///< of the wanted one
     QString boundTrigger;
     std::chrono::seconds pause = firstPause; ///< until a silent portal is asked again
+    QTimer retry;
     bool hasCome = false; ///< a portal, while it was asked, maybe too late for the question
     PortalRequest* request = nullptr; ///< under way, or the last one
 };

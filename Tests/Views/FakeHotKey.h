@@ -17,7 +17,9 @@ class FakeHotKey final : public kivo::GlobalHotKey {
     }
     void release() override {}
     void setPaused(bool /*isPaused*/) override {}
-    void look() override {}
+    void look() override { ++looks; }
+
+    int looks = 0;
 };
 
 } // namespace tokwatch::testing

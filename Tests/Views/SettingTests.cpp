@@ -2,6 +2,7 @@
 #include "Tests/Views/ViewWorld.h"
 #include "Tokwatch/Views/Menu/MenuView.h"
 #include "Tokwatch/Views/Onboarding/OnboardingView.h"
+#include "Tokwatch/Views/Settings/HotKeyView.h"
 #include "Tokwatch/Views/Settings/MenuBarView.h"
 #include "Tokwatch/Views/Settings/SettingsView.h"
 
@@ -51,6 +52,21 @@ TEST_F(SettingsViewTest, StartsAtLoginOrSaysWhyItCannot) {
     general.setStartsAtLogin(true);
     settle();
     EXPECT_EQ(general.state().unwritable, "");
+}
+
+TEST_F(SettingsViewTest, AsksForHotKeysWhenItOpensAndNotForEver) {
+    testing::FakeHotKey* desktop = nullptr;
+    ChosenHotKey chosen(desktopPreferences, [&desktop] {
+        auto made = std::make_unique<testing::FakeHotKey>();
+        desktop = made.get();
+        return made;
+    });
+    ASSERT_EQ(desktop, nullptr);
+    HotKeyView(desktopPreferences, chosen, {});
+    emit desktop->settled(kivo::HotKeyState::silent);
+    emit desktop->arrived();
+    EXPECT_EQ(desktop->looks, 1);
+    EXPECT_EQ(chosen.status().state, kivo::HotKeyState::none) << "it may be there by now";
 }
 
 TEST_F(SettingsViewTest, OrdersProviders) {

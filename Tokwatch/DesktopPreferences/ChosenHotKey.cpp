@@ -18,7 +18,7 @@ kivo::GlobalHotKey& ChosenHotKey::global() {
     if (!hotKey) {
         hotKey = make();
         connect(hotKey.get(), &kivo::GlobalHotKey::settled, this, &ChosenHotKey::settled);
-        connect(hotKey.get(), &kivo::GlobalHotKey::arrived, this, &ChosenHotKey::look);
+        connect(hotKey.get(), &kivo::GlobalHotKey::arrived, this, &ChosenHotKey::tryAgain);
         // Later, since what is told may be told from inside the window system's event.
         connect(
             hotKey.get(), &kivo::GlobalHotKey::pressed, this,
@@ -49,13 +49,16 @@ ChosenHotKey::Status ChosenHotKey::standing() {
     return bound ? Status{HotKeyState::bound, kivo::textOf(*bound), global().trigger()} : Status{};
 }
 
-void ChosenHotKey::look() {
+/// Asks nothing unless a hot key is wanted.
+void ChosenHotKey::tryAgain() {
     if (attempt) return;
     current = standing();
-    if (bound == preferences.hotKey.value().key)
-        global().look();
-    else
-        follow();
+    follow();
+}
+
+void ChosenHotKey::look() {
+    tryAgain();
+    if (!attempt && bound == preferences.hotKey.value().key) global().look();
 }
 
 void ChosenHotKey::choose(const kivo::HotKey& key) {

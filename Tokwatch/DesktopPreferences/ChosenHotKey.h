@@ -52,6 +52,7 @@ class ChosenHotKey : public QObject {
   private:
     kivo::GlobalHotKey& global();
     void follow();
+    void tryAgain();
     Status standing();
     void bind(const kivo::HotKey& key);
     void settled(kivo::HotKeyState state);
