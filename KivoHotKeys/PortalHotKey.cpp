@@ -118,7 +118,12 @@ void PortalHotKey::ask(const char* method, const QVariantList& arguments,
     endRequest();
     request = new PortalRequest(
         bus, {method, arguments, options, asks},
-        [this, next](const PortalRequest::Answer& answer) { (this->*next)(answer); }, this);
+        [this, next](const PortalRequest::Answer& answer) {
+            if (wanted) return (this->*next)(answer);
+            QString late = sessionIn(answer.results);
+            forget(late);
+        },
+        this);
 }
 
 /// Later: it may be its answer that ends it.
@@ -157,7 +162,6 @@ void PortalHotKey::shortcutsBound(const PortalRequest::Answer& answer) {
 }
 
 void PortalHotKey::fail(Kind kind) {
-    endRequest();
     forget(nextSession);
     wanted.reset();
     const bool wasTooLate = kind == Kind::unsupported && std::exchange(hasCome, false);

@@ -65,6 +65,18 @@ PortalRequest::Answer::Kind PortalRequest::kindOf(const QDBusError& error) {
     }
 }
 
+void PortalRequest::forget() {
+    if (std::exchange(done, nullptr) && !wasSilent) close();
+}
+
+/// What a portal makes for a question that is closed it drops, unless it was done with it already.
+void PortalRequest::close() {
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(service, handle, requestInterface, QStringLiteral("Close"));
+    call.setAutoStartService(false);
+    bus.send(call);
+}
+
 void PortalRequest::responded(uint response, const QVariantMap& results,
                               const QDBusMessage& message) {
     constexpr uint success = 0;
@@ -82,7 +94,11 @@ void PortalRequest::accepted(const QString& by) {
 }
 
 void PortalRequest::finish(const Answer& answer) {
-    if (const auto call = std::exchange(done, nullptr)) call(answer);
+    const bool isSilent = answer.kind == Answer::Kind::silent;
+    if (!done || (isSilent && std::exchange(wasSilent, true))) return;
+    if (isSilent) close();
+    const auto call = isSilent ? done : std::exchange(done, nullptr);
+    call(answer);
 }
 
 } // namespace kivo

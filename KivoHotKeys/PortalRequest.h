@@ -17,7 +17,7 @@ namespace kivo {
 
 /// One question to the desktop portal's hot keys (org.freedesktop.portal.GlobalShortcuts, version
 /// 1), whose answer comes as a signal of its own (org.freedesktop.portal.Request). Asked when it is
-/// made, answered once, and never waited for. Main thread only.
+/// made, answered once, after silence maybe once more, and never waited for. Main thread only.
 class PortalRequest : public QObject {
     Q_OBJECT
   public:
@@ -45,8 +45,8 @@ class PortalRequest : public QObject {
                   QObject* parent);
     ~PortalRequest() override;
 
-    /// Whatever is answered, nobody wants to hear it.
-    void forget() { done = nullptr; }
+    /// Whatever is answered, nobody wants to hear it; a portal that asks its user stops that.
+    void forget();
 
     static Answer::Kind kindOf(const QDBusError& error);
 
@@ -56,12 +56,14 @@ class PortalRequest : public QObject {
   private:
     void accepted(const QString& by);
     void finish(const Answer& answer);
+    void close();
 
     QDBusConnection bus;
     QString handle;
     QString portal;                 ///< its unique name; empty until it has accepted the question
     QHash<QString, Answer> tooSoon; ///< what was heard until then, by its sender's unique name
     std::function<void(const Answer&)> done;
+    bool wasSilent = false;
 };
 
 /// A name for something that a portal makes for us, which is part of its path; another one each
