@@ -41,23 +41,24 @@ void PanelTone::setDesktopDark(bool isDark) {
 }
 
 void PanelTone::hostChanged() {
-    if (host.area().isXfce && !followsSettings) {
+    const ToneSource source = host.area().tone;
+    if (source == ToneSource::xfce && !followsSettings) {
         followsSettings =
             bus.connect(settingsService, settingsPath, settingsService, "PropertyChanged", this,
                         SLOT(settingChanged(QString, QString, QDBusVariant)));
         readSetting(panelChannel, darkMode);
         readSetting(desktopChannel, themeName);
     }
-    if (host.area().isPlasma) return readPlasma();
+    if (source == ToneSource::plasma) return readPlasma();
     sheetDark.reset();
-    if (host.area().hasStyleSheet)
+    if (source == ToneSource::styleSheet)
         if (const std::optional<QColor> text = textColour(host.process()))
             sheetDark = qGray(text->rgb()) >= middleGray;
     update();
 }
 
 void PanelTone::readPlasma() {
-    if (!host.area().isPlasma) return;
+    if (host.area().tone != ToneSource::plasma) return;
     plasmaDark = isPlasmaPanelDark();
     // A file that is replaced, as these are, is a new one to be watched.
     const QStringList paths = plasmaSettingsPaths();
@@ -94,13 +95,24 @@ void PanelTone::settingChanged(const QString& channel, const QString& property,
 
 void PanelTone::update() {
     bool next = desktopDark;
-    const bool nextGuess = host.area().usuallyDark && !sheetDark;
-    if (host.area().usuallyDark)
+    bool nextGuess = false;
+    switch (host.area().tone) {
+    case ToneSource::desktop:
+        break;
+    case ToneSource::habit:
+        next = nextGuess = true;
+        break;
+    case ToneSource::styleSheet:
         next = sheetDark.value_or(true);
-    else if (host.area().isXfce)
+        nextGuess = !sheetDark;
+        break;
+    case ToneSource::xfce:
         next = panelDark.value_or(false) || gtkThemeDark.value_or(desktopDark);
-    else if (host.area().isPlasma)
+        break;
+    case ToneSource::plasma:
         next = plasmaDark.value_or(desktopDark);
+        break;
+    }
     if (next == dark && nextGuess == guess) return;
     dark = next;
     guess = nextGuess;

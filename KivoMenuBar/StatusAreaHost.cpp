@@ -28,27 +28,26 @@ struct KnownHost {
 
 constexpr std::array knownHosts{
     KnownHost{QLatin1String("waybar"),
-              {.kind = StatusAreaKind::wide,
-               .usuallyDark = true,
-               .hasStyleSheet = true,
-               .wheelNotch = 2}},
+              {.kind = StatusAreaKind::wide, .tone = ToneSource::styleSheet, .wheelNotch = 2}},
     // The service behind the indicator plugins of the xfce and MATE panels. It hands on names of
     // icons, which the panel draws in the colour of its text.
     KnownHost{QLatin1String("ayatana-indicat"),
               {.kind = StatusAreaKind::label,
                .namesOnly = true,
                .opensMenu = true,
-               .isXfce = true,
+               .tone = ToneSource::xfce,
                .wheelNotch = 1}},
     // Its extension passes a double click on, but nobody expects to need one.
     KnownHost{QLatin1String("gnome-shell"),
-              {.kind = StatusAreaKind::label, .opensMenu = true, .usuallyDark = true}},
+              {.kind = StatusAreaKind::label, .opensMenu = true, .tone = ToneSource::habit}},
     KnownHost{QLatin1String("plasmashell"),
-              {.kind = StatusAreaKind::square, .isPlasma = true, .wheelNotch = -120}},
+              {.kind = StatusAreaKind::square, .tone = ToneSource::plasma, .wheelNotch = -120}},
     // The xfce panel runs each plugin in a process that it names after it.
-    KnownHost{QLatin1String("panel-"), {.kind = StatusAreaKind::square, .isXfce = true}},
-    KnownHost{QLatin1String("xfce4-panel"), {.kind = StatusAreaKind::square, .isXfce = true}},
-    KnownHost{QLatin1String("wrapper-2.0"), {.kind = StatusAreaKind::square, .isXfce = true}},
+    KnownHost{QLatin1String("panel-"), {.kind = StatusAreaKind::square, .tone = ToneSource::xfce}},
+    KnownHost{QLatin1String("xfce4-panel"),
+              {.kind = StatusAreaKind::square, .tone = ToneSource::xfce}},
+    KnownHost{QLatin1String("wrapper-2.0"),
+              {.kind = StatusAreaKind::square, .tone = ToneSource::xfce}},
 };
 
 constexpr StatusArea unknownHost{.kind = StatusAreaKind::square};

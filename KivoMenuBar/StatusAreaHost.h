@@ -19,17 +19,22 @@ enum class StatusAreaKind {
     label,  ///< shows the item's label as live text beside the picture
 };
 
+/// What says whether a status area is dark.
+enum class ToneSource {
+    desktop,    ///< the desktop as a whole
+    habit,      ///< nothing: it is dark unless its owner styled it otherwise
+    styleSheet, ///< one of its own; where that says nothing, habit
+    xfce,       ///< the xfce settings
+    plasma,     ///< the files of Plasma's settings
+};
+
 /// What is known of a status area.
 struct StatusArea {
     StatusAreaKind kind = StatusAreaKind::none;
     bool namesOnly = false; ///< takes icons by name and ignores pixels
     bool opensMenu = false; ///< opens the menu on a left click too, and the item hears nothing
-    bool usuallyDark =
-        false;             ///< dark unless its owner styled it otherwise, whatever the desktop is
-    bool isXfce = false;   ///< has its colours from the xfce settings
-    bool isPlasma = false; ///< has its colours from the files of Plasma's settings
-    bool hasStyleSheet = false; ///< has its colours from a style sheet of its own
-    int wheelNotch = 0;         ///< what it sends for one notch down; 0 where nobody knows
+    ToneSource tone = ToneSource::desktop;
+    int wheelNotch = 0; ///< what it sends for one notch down; 0 where nobody knows
 
     friend bool operator==(const StatusArea&, const StatusArea&) = default;
 };
