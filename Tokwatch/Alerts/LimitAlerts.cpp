@@ -39,10 +39,10 @@ AlertSituation LimitAlerts::situation() const {
     const RunOuts runOuts(services.model.limits(), services.model.samples(), situation.now,
                           services.model.calendar());
     for (const ProviderID provider : preferences.enabledProviders()) {
-        const auto known = services.model.limits().find(provider);
-        if (known == services.model.limits().end()) continue;
-        situation.limits.insert(*known);
-        for (const LimitWindow& window : known->second.windows) {
+        const ProviderLimits* known = limitsOf(services.model.limits(), provider);
+        if (known == nullptr) continue;
+        situation.limits.insert({provider, *known});
+        for (const LimitWindow& window : known->windows) {
             const AlertSubject subject{provider, window.id};
             if (const auto moment = runOuts.moment(provider, window.id))
                 situation.usedUpAt.insert({subject, *moment});

@@ -218,8 +218,8 @@ bool AppModel::asksForLimits() const {
 }
 
 void AppModel::apply(const ProviderLimits& newLimits, ProviderID provider) {
-    const auto known = limits().find(provider);
-    if (known != limits().end() && known->second == newLimits) return;
+    const ProviderLimits* known = limitsOf(limits(), provider);
+    if (known != nullptr && *known == newLimits) return;
     setLimits({{provider, newLimits}});
     publish();
 }
@@ -236,9 +236,9 @@ void AppModel::setLimits(const LimitsByProvider& newer) {
 void AppModel::setStoredLimits(LimitsByProvider stored) {
     // What this process was just told may be on its way to the store.
     std::erase_if(stored, [this](const auto& entry) {
-        const auto known = limits().find(entry.first);
-        return known != limits().end() && known->second.fetchedAt > entry.second.fetchedAt &&
-               known->second.fetchedAt <= surroundings.now();
+        const ProviderLimits* known = limitsOf(limits(), entry.first);
+        return known != nullptr && known->fetchedAt > entry.second.fetchedAt &&
+               known->fetchedAt <= surroundings.now();
     });
     setLimits(ClaudeGate::applied(std::move(stored), surroundings.preferences.claudeLiveLimits,
                                   surroundings.now()));

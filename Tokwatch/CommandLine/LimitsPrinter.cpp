@@ -119,12 +119,12 @@ Json encodeAll(const LimitsByProvider& limits, const std::vector<ProviderID>& or
                const RunOuts& runOuts) {
     Json json = Json::object();
     for (const ProviderID provider : order) {
-        const auto found = limits.find(provider);
-        if (found == limits.end()) continue;
+        const ProviderLimits* known = limitsOf(limits, provider);
+        if (known == nullptr) continue;
         Json& record = json[std::string(rawValue(provider))];
-        record = encode(found->second, DateCoding::iso8601);
-        for (std::size_t at = 0; at < found->second.windows.size(); ++at)
-            if (const auto moment = runOuts.moment(provider, found->second.windows[at].id))
+        record = encode(*known, DateCoding::iso8601);
+        for (std::size_t at = 0; at < known->windows.size(); ++at)
+            if (const auto moment = runOuts.moment(provider, known->windows[at].id))
                 record["windows"][at]["runsOutAt"] = encode(*moment, DateCoding::iso8601);
     }
     return json;
@@ -137,8 +137,7 @@ void printLimits(const CommandSurroundings& surroundings, const PlainSettings& s
                  const RunOuts& runOuts) {
     LimitsPrinter printer(surroundings, settings, runOuts);
     for (const ProviderID provider : order) {
-        const auto found = limits.find(provider);
-        if (found != limits.end()) printer.add(provider, found->second);
+        if (const ProviderLimits* known = limitsOf(limits, provider)) printer.add(provider, *known);
     }
     printer.print();
 }

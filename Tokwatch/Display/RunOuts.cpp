@@ -8,12 +8,12 @@ namespace tokwatch {
 RunOuts::RunOuts(const LimitsByProvider& limits, const SamplesByProvider& samples, Date now,
                  const Calendar& calendar) {
     for (const auto& [provider, windows] : samples) {
-        const auto known = limits.find(provider);
-        if (known == limits.end()) continue;
-        for (const LimitWindow& window : known->second.windows) {
+        const ProviderLimits* known = limitsOf(limits, provider);
+        if (known == nullptr) continue;
+        for (const LimitWindow& window : known->windows) {
             const auto own = windows.find(window.id);
             if (own == windows.end()) continue;
-            const auto course = burnUp(window, known->second.fetchedAt, own->second, now);
+            const auto course = burnUp(window, known->fetchedAt, own->second, now);
             const auto said = course ? forecast(*course, now) : std::nullopt;
             if (!said) continue;
             if (said->usedAtReset < 1) lasting.emplace(provider, window.id);

@@ -12,11 +12,6 @@
 namespace tokwatch {
 namespace {
 
-const ProviderLimits* limitsOf(const LimitsByProvider& limits, ProviderID provider) {
-    const auto found = limits.find(provider);
-    return found == limits.end() ? nullptr : &found->second;
-}
-
 const LimitWindow* menuBarWindow(const PlainSettings& settings, const LimitsByProvider& limits,
                                  ProviderID provider, Date now) {
     const ProviderLimits* known = limitsOf(limits, provider);

@@ -13,6 +13,11 @@ const LimitWindow* ProviderLimits::windowWithID(std::string_view id) const {
     return found == windows.end() ? nullptr : &*found;
 }
 
+const ProviderLimits* limitsOf(const LimitsByProvider& limits, ProviderID provider) {
+    const auto found = limits.find(provider);
+    return found == limits.end() ? nullptr : &found->second;
+}
+
 ProviderLimits ProviderLimits::markedStale() const {
     ProviderLimits copy = *this;
     for (LimitWindow& window : copy.windows) {

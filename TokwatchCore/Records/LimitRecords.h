@@ -97,6 +97,9 @@ struct ProviderLimits {
 /// The latest limits, as far as known.
 using LimitsByProvider = std::map<ProviderID, ProviderLimits>;
 
+/// Null where nothing is known. Lives as long as the entry.
+const ProviderLimits* limitsOf(const LimitsByProvider& limits, ProviderID provider);
+
 /// What services and logs say is bounded before it is a record (`boundedName` does it with names):
 /// a thousand windows would keep every surface busy drawing them. Real answers have two to six.
 inline constexpr std::size_t mostWindows = 32;

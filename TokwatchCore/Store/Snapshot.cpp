@@ -46,20 +46,20 @@ Snapshot Snapshot::make(const UsageSummary& summary,
     snapshot.generatedAt = now;
     const std::map<ProviderID, ProviderTotals> totals = totalsByProvider(summary);
     for (const ProviderID id : order) {
-        const auto limit = limits.find(id);
+        const ProviderLimits* known = limitsOf(limits, id);
         const auto tool = std::ranges::find(summary.tools, id, &UsageSummary::Tool::provider);
         const auto total = totals.find(id);
         const bool hasTotals =
             total != totals.end() && (total->second.tokens >= 1 || total->second.costUSD > 0);
-        if (limit == limits.end() && tool == summary.tools.end() && !hasTotals) continue;
+        if (known == nullptr && tool == summary.tools.end() && !hasTotals) continue;
 
         Provider& provider = snapshot.providers.emplace_back();
         provider.id = id;
-        if (limit != limits.end()) {
-            provider.plan = limit->second.plan;
-            provider.windows = limit->second.windows;
-            provider.credits = limit->second.credits;
-            provider.status = limit->second.status;
+        if (known != nullptr) {
+            provider.plan = known->plan;
+            provider.windows = known->windows;
+            provider.credits = known->credits;
+            provider.status = known->status;
         }
         if (tool != summary.tools.end()) {
             provider.tokens30d = tool->tokens;

@@ -71,9 +71,9 @@ void readLogsNobodyRead(const CommandSurroundings& surroundings,
                         const std::shared_ptr<UsageStore>& store, const LimitsByProvider& limits,
                         const std::vector<ProviderID>& providers) {
     const auto isUnread = [&limits](ProviderID provider) {
-        const auto known = limits.find(provider);
+        const ProviderLimits* known = limitsOf(limits, provider);
         return traits(provider).logFormat == LogFormat::codexLines &&
-               (known == limits.end() || known->second.windows.empty());
+               (known == nullptr || known->windows.empty());
     };
     if (std::ranges::none_of(providers, isUnread)) return;
     try {

@@ -21,10 +21,10 @@ constexpr std::int64_t noticeableBytes = 4'000'000;
 std::optional<Date> oldestLimit(const AppModel& model) {
     std::optional<Date> oldest;
     for (const ProviderID provider : model.preferences().enabledProviders()) {
-        const auto known = model.limits().find(provider);
-        if (known == model.limits().end()) continue;
-        for (const LimitWindow& window : known->second.windows) {
-            const Date asOf = LimitAge::asOf(window, known->second.fetchedAt);
+        const ProviderLimits* known = limitsOf(model.limits(), provider);
+        if (known == nullptr) continue;
+        for (const LimitWindow& window : known->windows) {
+            const Date asOf = LimitAge::asOf(window, known->fetchedAt);
             oldest = std::min(oldest.value_or(asOf), asOf);
         }
     }

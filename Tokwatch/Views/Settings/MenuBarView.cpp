@@ -23,8 +23,8 @@ QString percentText(double fraction) {
 
 const std::vector<LimitWindow>& windowsOf(const LimitsByProvider& limits, ProviderID provider) {
     static const std::vector<LimitWindow> none;
-    const auto found = limits.find(provider);
-    return found == limits.end() ? none : found->second.windows;
+    const ProviderLimits* known = limitsOf(limits, provider);
+    return known == nullptr ? none : known->windows;
 }
 
 QVariant choice(std::string_view id, std::string_view label) {

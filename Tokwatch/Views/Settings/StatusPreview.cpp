@@ -43,10 +43,10 @@ QString spokenSeverity(Severity severity) {
 
 /// "Claude has no number. No login was found. …"
 QString whyMissing(ProviderID provider, const LimitsByProvider& limits, bool claudeLiveLimits) {
-    const auto known = limits.find(provider);
-    const LimitNotice notice = known == limits.end()
+    const ProviderLimits* known = limitsOf(limits, provider);
+    const LimitNotice notice = known == nullptr
                                    ? unknownLimitsNotice(provider, claudeLiveLimits, true)
-                                   : limitNotice(provider, known->second, claudeLiveLimits);
+                                   : limitNotice(provider, *known, claudeLiveLimits);
     return QString("%1 has no number. %2").arg(text(displayName(provider)), text(notice.sentence));
 }
 

@@ -68,11 +68,6 @@ std::optional<Date> oldest(const ProviderLimits& limits, Date now) {
     return oldest;
 }
 
-const ProviderLimits* limitsOf(const ProvidersKnown& known, ProviderID provider) {
-    const auto found = known.limits.find(provider);
-    return found == known.limits.end() ? nullptr : &found->second;
-}
-
 WindowSamples samplesOf(const ProvidersKnown& known, ProviderID provider) {
     const auto found = known.samples.find(provider);
     return found == known.samples.end() ? WindowSamples() : found->second;
@@ -85,7 +80,7 @@ AttemptTimes attemptsOf(const ProvidersKnown& known, ProviderID provider) {
 
 /// Whether nobody can expect numbers of the provider.
 bool isQuiet(const ProvidersKnown& known, ProviderID provider) {
-    const ProviderLimits* limits = limitsOf(known, provider);
+    const ProviderLimits* limits = limitsOf(known.limits, provider);
     if (limits != nullptr && (!limits->windows.empty() || limits->credits)) return false;
     return !traits(provider).publishesLimits || std::ranges::count(known.present, provider) == 0;
 }
@@ -95,7 +90,7 @@ ProviderRow providerRow(const ProvidersKnown& known, ProviderID provider, Date n
     ProviderRow row;
     row.id = text(rawValue(provider));
     row.name = text(displayName(provider));
-    const ProviderLimits* limits = limitsOf(known, provider);
+    const ProviderLimits* limits = limitsOf(known.limits, provider);
     if (limits != nullptr) {
         row.plan = text(plainText(limits->plan.value_or("")));
         const WindowSamples samples = samplesOf(known, provider);
