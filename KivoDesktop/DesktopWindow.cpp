@@ -1,26 +1,19 @@
 #include "KivoDesktop/DesktopWindow.h"
 
 #include "KivoDesktop/LayerSurface.h"
+#include "KivoPanel/XServer.h"
 
 #include <QGuiApplication>
 #include <QWindow>
 
 #include <array>
-#include <cstdlib>
-#include <memory>
 #include <string_view>
-#include <xcb/xcb.h>
 
 namespace kivo {
 namespace {
 
 xcb_atom_t atom(xcb_connection_t* server, std::string_view name) {
-    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
-        xcb_intern_atom_reply(
-            server, xcb_intern_atom(server, false, static_cast<uint16_t>(name.size()), name.data()),
-            nullptr),
-        &std::free);
-    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+    return atomOf(server, name, false);
 }
 
 template<std::size_t count>
@@ -52,9 +45,7 @@ DesktopWindow::DesktopWindow(QWindow& placedWindow) : window(placedWindow) {
     window.setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint |
                     Qt::WindowDoesNotAcceptFocus);
     if (isWayland()) layer = LayerSurface::of(window);
-    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    xcb_connection_t* server = x11 == nullptr ? nullptr : x11->connection();
-    if (server != nullptr) keepBelow(window, server);
+    if (xcb_connection_t* server = xServer()) keepBelow(window, server);
 }
 
 DesktopWindow::~DesktopWindow() = default;

@@ -1,15 +1,15 @@
 #include "KivoHotKeys/X11HotKey.h"
 
+#include "KivoPanel/XServer.h"
+
 #include <QByteArray>
 #include <QGuiApplication>
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <memory>
 #include <utility>
 
-#include <xcb/xcb.h>
 #include <xcb/xcb_keysyms.h>
 
 namespace kivo {
@@ -21,11 +21,6 @@ constexpr std::chrono::milliseconds mapTime{50};
 constexpr std::uint32_t repeatTime = 10;
 /// The modifiers, without the pointer's buttons and the keyboard's group.
 constexpr unsigned modifierBits = 0xff;
-
-template<typename Reply>
-std::unique_ptr<Reply, decltype(&std::free)> owned(Reply* reply) {
-    return {reply, &std::free};
-}
 
 using Symbols = std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)>;
 
@@ -87,8 +82,7 @@ std::uint8_t keyboardEventOf(xcb_connection_t* server) {
 } // namespace
 
 X11HotKey::X11HotKey()
-    : server(qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection()),
-      root(xcb_setup_roots_iterator(xcb_get_setup(server)).data->root),
+    : server(xServer()), root(xcb_setup_roots_iterator(xcb_get_setup(server)).data->root),
       keyboardEvent(keyboardEventOf(server)) {
     mapTimer.setSingleShot(true);
     mapTimer.setInterval(mapTime);

@@ -1,14 +1,12 @@
 #include "KivoPaste/PasteKey.h"
 
+#include "KivoPanel/XServer.h"
+
 #include <QGuiApplication>
 #include <QWindow>
 
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 #include <optional>
-#include <string_view>
-#include <xcb/xcb.h>
 #include <xcb/xtest.h>
 
 namespace kivo {
@@ -17,14 +15,6 @@ namespace {
 constexpr xcb_keysym_t insertKey = 0xff63;
 constexpr xcb_keysym_t leftShift = 0xffe1;
 constexpr xcb_window_t pointerRoot = 1; ///< the keyboard follows the pointer: nobody's
-
-template<typename Reply>
-using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
-
-xcb_connection_t* server() {
-    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 == nullptr ? nullptr : x11->connection();
-}
 
 xcb_window_t rootOf(xcb_connection_t* connection) {
     return xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
@@ -38,19 +28,11 @@ bool isOurs(xcb_window_t window) {
 
 /// Which window its manager calls active, and did last where it names none any more.
 xcb_window_t activeWindow(xcb_connection_t* connection, xcb_window_t root) {
-    constexpr std::string_view name("_NET_ACTIVE_WINDOW");
-    const Owned<xcb_intern_atom_reply_t> atom(
-        xcb_intern_atom_reply(
-            connection,
-            xcb_intern_atom(connection, true, static_cast<uint16_t>(name.size()), name.data()),
-            nullptr),
-        &std::free);
-    if (!atom || atom->atom == XCB_ATOM_NONE) return XCB_WINDOW_NONE;
-    const Owned<xcb_get_property_reply_t> property(
-        xcb_get_property_reply(
-            connection,
-            xcb_get_property(connection, false, root, atom->atom, XCB_ATOM_WINDOW, 0, 1), nullptr),
-        &std::free);
+    const xcb_atom_t name = atomOf(connection, "_NET_ACTIVE_WINDOW", true);
+    if (name == XCB_ATOM_NONE) return XCB_WINDOW_NONE;
+    const auto property = owned(xcb_get_property_reply(
+        connection, xcb_get_property(connection, false, root, name, XCB_ATOM_WINDOW, 0, 1),
+        nullptr));
     if (!property || xcb_get_property_value_length(property.get()) < int{sizeof(xcb_window_t)})
         return XCB_WINDOW_NONE;
     return *static_cast<const xcb_window_t*>(xcb_get_property_value(property.get()));
@@ -67,10 +49,8 @@ bool areOfOneProgram(xcb_connection_t* connection, xcb_window_t one, xcb_window_
 std::optional<xcb_keycode_t> keyCode(xcb_connection_t* connection, xcb_keysym_t wanted) {
     const xcb_setup_t* setup = xcb_get_setup(connection);
     const auto count = static_cast<uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-    const Owned<xcb_get_keyboard_mapping_reply_t> mapping(
-        xcb_get_keyboard_mapping_reply(
-            connection, xcb_get_keyboard_mapping(connection, setup->min_keycode, count), nullptr),
-        &std::free);
+    const auto mapping = owned(xcb_get_keyboard_mapping_reply(
+        connection, xcb_get_keyboard_mapping(connection, setup->min_keycode, count), nullptr));
     if (!mapping || mapping->keysyms_per_keycode == 0) return std::nullopt;
     const xcb_keysym_t* first = xcb_get_keyboard_mapping_keysyms(mapping.get());
     const xcb_keysym_t* end = first + xcb_get_keyboard_mapping_keysyms_length(mapping.get());
@@ -83,15 +63,13 @@ std::optional<xcb_keycode_t> keyCode(xcb_connection_t* connection, xcb_keysym_t 
 } // namespace
 
 bool isAnotherProgramReady() {
-    xcb_connection_t* connection = server();
+    xcb_connection_t* connection = xServer();
     if (connection == nullptr || QGuiApplication::focusWindow() != nullptr) return false;
     const xcb_window_t root = rootOf(connection);
     const auto asked = xcb_get_input_focus(connection);
     const auto pointerAsked = xcb_query_pointer(connection, root);
-    const Owned<xcb_get_input_focus_reply_t> focus(
-        xcb_get_input_focus_reply(connection, asked, nullptr), &std::free);
-    const Owned<xcb_query_pointer_reply_t> pointer(
-        xcb_query_pointer_reply(connection, pointerAsked, nullptr), &std::free);
+    const auto focus = owned(xcb_get_input_focus_reply(connection, asked, nullptr));
+    const auto pointer = owned(xcb_query_pointer_reply(connection, pointerAsked, nullptr));
     if (!focus || !pointer) return false;
     constexpr int modifiers =
         XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_4;
@@ -102,7 +80,7 @@ bool isAnotherProgramReady() {
 }
 
 bool pressPasteKey() {
-    xcb_connection_t* connection = server();
+    xcb_connection_t* connection = xServer();
     if (connection == nullptr) return false;
     const xcb_query_extension_reply_t* extension = xcb_get_extension_data(connection, &xcb_test_id);
     if (extension == nullptr || extension->present == 0) return false;
