@@ -1,33 +1,26 @@
 #include "KivoPanel/Compositing.h"
 
 #include "KivoPanel/DisplayServer.h"
+#include "KivoPanel/XServer.h"
 
 #include <QByteArray>
 #include <QGuiApplication>
 
-#include <cstdlib>
-#include <memory>
-#include <xcb/xcb.h>
+#include <string_view>
 
 namespace kivo {
 namespace {
 
-/// A selection has another owner: the first event of the extension, which the toolkit asks for of
-/// the compositing manager's.
-std::uint8_t selectionEventOf(xcb_connection_t* server) {
-    constexpr QByteArrayView name("XFIXES");
-    const std::unique_ptr<xcb_query_extension_reply_t, decltype(&std::free)> extension(
-        xcb_query_extension_reply(
-            server, xcb_query_extension(server, static_cast<uint16_t>(name.size()), name.data()),
-            nullptr),
-        &std::free);
-    return extension && extension->present != 0 ? extension->first_event : 0;
-}
-
+/// The event of a selection that has another owner, the first of its extension's, which the toolkit
+/// asks for of the compositing manager's. None without that server or the extension.
 std::uint8_t selectionEventHere() {
-    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    xcb_connection_t* server = x11 == nullptr ? nullptr : x11->connection();
-    return server == nullptr ? 0 : selectionEventOf(server);
+    xcb_connection_t* server = xServer();
+    if (server == nullptr) return 0;
+    constexpr std::string_view name("XFIXES");
+    const auto extension = owned(xcb_query_extension_reply(
+        server, xcb_query_extension(server, static_cast<std::uint16_t>(name.size()), name.data()),
+        nullptr));
+    return extension && extension->present != 0 ? extension->first_event : 0;
 }
 
 } // namespace
