@@ -23,7 +23,11 @@ T.ComboBox {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: name
-    Accessible.onPressAction: popup.visible ? popup.close() : popup.open()
+    // With the keyboard, as by hand: it is the list's while that is open, and another list closes.
+    Accessible.onPressAction: {
+        forceActiveFocus(Qt.OtherFocusReason);
+        popup.visible ? popup.close() : popup.open();
+    }
 
     // A window that closes under its list opens again without it.
     readonly property bool isOnScreen: Window.visibility !== Window.Hidden

@@ -14,7 +14,8 @@ import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../gallery"))
 import desktop
-from application import HOME, PROGRAM, Application, find_item, geometry, names, preference, prepare, press, tokwatch, windows
+from application import (HOME, PROGRAM, Application, accessible, find_item, geometry, names, preference, prepare, press,
+                         tokwatch, windows)
 from desktop import HOST, StatusItem, step, wait_for
 
 POPOVER_WIDTH = 420
@@ -135,6 +136,10 @@ def check_settings(place, item):
     wait_for("the preference", lambda: preference("menuBarStyle") == "icon")
     press("Limit left")
     wait_for("the number again", lambda: "%" in str(item.get("IconAccessibleDesc")))
+    press("Codex")
+    wait_for("the list", lambda: "list item" in accessible("list").stdout)
+    desktop.key("Escape")
+    wait_for("its end, and not the window's", lambda: "list item" not in accessible("list").stdout)
     press("Codex")
     press("Weekly")
     wait_for("the preference", lambda: "weekly" in preference("menuBarWindows"))
