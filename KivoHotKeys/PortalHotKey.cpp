@@ -109,7 +109,10 @@ void PortalHotKey::bind(const HotKey& key) {
     retry.stop();
     hasCome = false;
     wanted = key;
-    ask("CreateSession", {}, {{QStringLiteral("session_handle_token"), portalToken()}},
+    const QString token = portalToken();
+    // Also that of a portal which is too busy to tell of it is closed.
+    nextSession = portalObject("session", bus.baseService(), token);
+    ask("CreateSession", {}, {{QStringLiteral("session_handle_token"), token}},
         PortalRequest::Asks::portal, &PortalHotKey::sessionMade);
 }
 

@@ -12,13 +12,12 @@ namespace {
 
 constexpr const char* requestInterface = "org.freedesktop.portal.Request";
 
-/// Known beforehand, so that no answer comes too soon to be heard.
-QString handleOf(const QString& sender, const QString& token) {
-    return QStringLiteral("/org/freedesktop/portal/desktop/request/") +
+} // namespace
+
+QString portalObject(const char* kind, const QString& sender, const QString& token) {
+    return QLatin1String(PortalRequest::path) + u'/' + QLatin1String(kind) + u'/' +
            QString(sender).remove(u':').replace(u'.', u'_') + u'/' + token;
 }
-
-} // namespace
 
 QString portalToken() {
     static int count = 0;
@@ -29,7 +28,7 @@ PortalRequest::PortalRequest(QDBusConnection session, Question question,
                              std::function<void(const Answer&)> whenDone, QObject* parent)
     : QObject(parent), bus(std::move(session)), done(std::move(whenDone)) {
     const QString token = portalToken();
-    handle = handleOf(bus.baseService(), token);
+    handle = portalObject("request", bus.baseService(), token);
     // From anybody, and the sender is looked at here: asked for the portal alone, the toolkit drops
     // what a portal says within moments of its start, before it has noted the name's new owner.
     bus.connect({}, handle, requestInterface, QStringLiteral("Response"), this,

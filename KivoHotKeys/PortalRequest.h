@@ -70,4 +70,8 @@ class PortalRequest : public QObject {
 /// time.
 QString portalToken();
 
+/// Where a portal makes the "request" or "session" of such a name for who asks by that connection's
+/// unique name. Known beforehand, so that no answer comes too soon, and no object too late.
+QString portalObject(const char* kind, const QString& sender, const QString& token);
+
 } // namespace kivo
