@@ -1,7 +1,5 @@
 #include "Tokwatch/Desktop/PopoverWindow.h"
 
-#include "KivoPanel/DisplayServer.h"
-
 #include <QEvent>
 #include <QGuiApplication>
 #include <QQuickItem>
@@ -27,6 +25,7 @@ double screenHeightAt(QPoint anchor) {
 PopoverWindow::PopoverWindow(QmlWindow& content) : qmlWindow(content) {
     connect(&qmlWindow, &QmlWindow::made, this, &PopoverWindow::prepare);
     connect(&qmlWindow, &QmlWindow::released, this, [this] { panel.reset(); });
+    connect(&compositing, &kivo::Compositing::changed, this, &PopoverWindow::squareCorners);
 }
 
 void PopoverWindow::setStyle(Style next) {
@@ -47,7 +46,7 @@ void PopoverWindow::prepare() {
     if (QQuickItem* root = window.rootObject()) {
         connect(root, &QQuickItem::implicitHeightChanged, this, &PopoverWindow::resize);
         connect(root, SIGNAL(closeRequested()), this, SLOT(closeRequested()));
-        isRounded = panel && kivo::isComposited();
+        isRounded = panel && compositing.isActive();
         root->setProperty("isRounded", isRounded);
         qmlWindow.setTranslucent(isRounded);
     }
@@ -58,7 +57,16 @@ void PopoverWindow::prepare() {
 /// Whether the window is another one than is wanted by now.
 bool PopoverWindow::isOutdated() const {
     if (qmlWindow.existing() == nullptr || isShown()) return false;
-    return preparedStyle != style || (panel && isRounded != kivo::isComposited());
+    return preparedStyle != style || (panel && isRounded != compositing.isActive());
+}
+
+/// Round ones would be black. They come back with the next window, which is another one then.
+void PopoverWindow::squareCorners() {
+    if (compositing.isActive() || !isRounded || qmlWindow.existing() == nullptr) return;
+    isRounded = false;
+    if (QQuickItem* root = qmlWindow.existing()->rootObject())
+        root->setProperty("isRounded", false);
+    qmlWindow.setTranslucent(false);
 }
 
 /// A compositor may give a window more than it asks for; lines that long are hard to read. The
@@ -82,13 +90,14 @@ bool PopoverWindow::isShown() const {
 QSize PopoverWindow::size() const {
     const QQuickItem* root = qmlWindow.existing()->rootObject();
     const double natural = root == nullptr ? 0 : std::ceil(root->implicitHeight());
-    return {width, static_cast<int>(natural > 0 ? std::min(maxHeight, natural) : maxHeight)};
+    const double most = std::floor(heightShare * screenHeightAt(shownAt));
+    return {width, static_cast<int>(natural > 0 ? std::min(most, natural) : most)};
 }
 
 void PopoverWindow::show(QPoint anchor) {
     if (isOutdated()) qmlWindow.release();
     QQuickView& window = qmlWindow.window();
-    maxHeight = std::floor(heightShare * screenHeightAt(anchor));
+    shownAt = anchor;
     if (panel) {
         panel->open(anchor, size());
     } else {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KivoPanel/Compositing.h"
 #include "KivoPanel/PopupPanel.h"
 #include "Tokwatch/Desktop/QmlWindow.h"
 
@@ -51,16 +52,18 @@ class PopoverWindow : public QObject {
   private:
     void prepare();
     bool isOutdated() const;
+    void squareCorners();
     QSize size() const;
     void resize();
     void fitContent();
     void wasClosed();
 
     QmlWindow& qmlWindow;
+    const kivo::Compositing compositing;
     Style style = Style::popup;
     Style preparedStyle = Style::popup;
-    bool isRounded = false; ///< as it was prepared
-    double maxHeight = 0;   ///< of where it is shown
+    bool isRounded = false; ///< as it was prepared, until the compositing manager ends
+    QPoint shownAt;
     std::unique_ptr<kivo::PopupPanel> panel;
 };
 
