@@ -126,13 +126,17 @@ class WindowConsideration {
         return !told || !isSameReset(told->resetsAt, critical->resetsAt);
     }
 
+    /// When the run resets in which it was told critical: the one before, where it is not now.
+    std::optional<Date> criticalUntil() const {
+        const ToldAlert* critical = record(AlertKind::critical);
+        return critical ? critical->resetsAt : std::nullopt;
+    }
+
     /// Counts all of them and tells the gravest that is wanted.
     void tell(const std::vector<AlertKind>& begun) {
         for (const AlertKind kind : begun) {
-            // No limit that is critical has reset: that record is of the run before.
-            const auto& reset =
-                kind == AlertKind::reset ? record(AlertKind::critical)->resetsAt : window.resetsAt;
-            const ToldAlert told{subject, kind, situation.now, reset};
+            const ToldAlert told{subject, kind, situation.now,
+                                 kind == AlertKind::reset ? criticalUntil() : window.resetsAt};
             if (ToldAlert* known = record(kind))
                 *known = told;
             else
