@@ -29,16 +29,6 @@ TEST_F(CommandTest, SaysWhatIsMissing) {
     expectFailure(tokwatch({}, {"DISPLAY=:987"}), 1);
 }
 
-TEST_F(CommandTest, HelpsAndNamesItsVersion) {
-    for (const auto& [option, part] :
-         {std::pair{"--help", "--home DIR"}, {"--version", "tokwatch 1"}}) {
-        const ProgramResult result = tokwatch({option});
-        EXPECT_EQ(result.status, 0);
-        EXPECT_THAT(result.err, IsEmpty());
-        EXPECT_THAT(result.out, HasSubstr(part));
-    }
-}
-
 TEST_F(CommandTest, IndexesOnceAndSaysWhatCouldNotBeRead) {
     writeToday("a.jsonl", "msg_1");
     const Json first = json({"index"});

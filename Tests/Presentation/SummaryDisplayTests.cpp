@@ -29,11 +29,6 @@ TEST(SummaryDisplay, HasASegmentForEachPartThatIsThere) {
                             Segment{other, 0.001, "<$0.01"}));
 }
 
-TEST(SummaryDisplay, TellsCachedFromUncachedInput) {
-    EXPECT_EQ(SummaryDisplay::tokenStatistics(example()),
-              (SummaryDisplay::TokenStatistics{"4.00K", "2.50K", "1.00K", "500", "$1,234.50"}));
-}
-
 TEST(SummaryDisplay, HasNoShareBeyondTheWholeAndNoneOfNothing) {
     UsageSummary::ModelRow model{ProviderID::grok, "grok-4", 2.5, 1.25, 0.25, {}, true};
     const Row row = SummaryDisplay::row(model, 2, SummaryUnit::cost);

@@ -83,11 +83,6 @@ TEST(ChartDays, StacksTheProvidersUpToTheAxisAndSaysTheirFigures) {
     EXPECT_EQ(chart.columns[3].readout.note, "7.00K tokens") << "without a price, and told";
 }
 
-TEST(ProviderMark, HasAColourForEachProvider) {
-    for (const bool isDark : {false, true})
-        EXPECT_GE(kivo::Palette::of({.dark = isDark}).series.size(), std::ssize(providerTable));
-}
-
 TEST(HeatMapDays, StepsAreQuartersOfTheDaysWithUsage) {
     struct Case {
         std::vector<double> amounts;

@@ -5,9 +5,7 @@
 #include "Tokwatch/App/ProgressRelay.h"
 #include "Tokwatch/Limits/LimitsService.h"
 #include "Tokwatch/Preferences/Preferences.h"
-#include "TokwatchCore/Ingestion/LogFiles.h"
 #include "TokwatchCore/Presentation/ClaudeGate.h"
-#include "TokwatchCore/Store/Pruning.h"
 #include "TokwatchCore/Store/StoredLimits.h"
 #include "TokwatchCore/Store/UsageStore.h"
 #include "TokwatchCore/Support/SystemLog.h"
@@ -23,9 +21,6 @@ namespace tokwatch {
 namespace {
 
 constexpr Seconds lookInterval{300};
-constexpr Seconds pruneInterval{86'400};
-/// After a prune that failed: passes come every few seconds, and a full disk stays full.
-constexpr Seconds pruneRetryInterval{3'600};
 
 std::string what(const std::exception& error) {
     return error.what();
@@ -323,7 +318,7 @@ QCoro::Task<> AppModel::pass(IndexScope scope) {
     if (!self) co_return;
     updatePresent();
     if (logWatch.isRunning()) logWatch.begin(); // roots may have appeared
-    co_await pruneDaily();
+    if (ownRole != Role::showing) co_await prune.runIfDue();
     if (!self) co_return;
     indexingState.setValue(std::nullopt);
     publish();
@@ -335,38 +330,6 @@ void AppModel::setIndexing(const std::optional<IndexingProgress>& progress) {
         progress && shown ? progress->provider == shown->provider : !progress && !shown;
     indexingState.setValue(progress);
     if (!sameProvider) publish();
-}
-
-QCoro::Task<> AppModel::pruneDaily() {
-    const QPointer<AppModel> self(this);
-    const Date now = surroundings.now();
-    const std::optional<Date> last = surroundings.preferences.lastPruneAt();
-    // A moment a day or more ahead was noted by a clock that has been set back since. What stands
-    // in for the store while its file cannot be opened is not worth the day's prune.
-    if (isPruning || ownRole == Role::showing || surroundings.store->isDetached() ||
-        (last && std::chrono::abs(now - *last) < pruneInterval) ||
-        (pruneFailedAt && std::chrono::abs(now - *pruneFailedAt) < pruneRetryInterval))
-        co_return;
-    isPruning = true;
-    const Calendar days = surroundings.calendar();
-    const QFuture<bool> pruning =
-        inBackground(surroundings.runInBackground, [now, store = surroundings.store, days,
-                                                    roots = surroundings.locations.allLogRoots()] {
-            try {
-                store->prune(pruneLimit(now, store->newestDay(), days), days);
-                // Assistants delete their logs after a month.
-                store->dropCursors(DeletedLogs(roots));
-                return true;
-            } catch (const std::exception& error) {
-                systemLog("prune failed: " + what(error));
-                return false;
-            }
-        });
-    const bool pruned = co_await pruning;
-    if (!self) co_return;
-    isPruning = false;
-    pruneFailedAt = pruned ? std::nullopt : std::optional(now);
-    if (pruned) surroundings.preferences.setLastPruneAt(now);
 }
 
 void AppModel::refresh() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tokwatch/App/CoalescedTask.h"
+#include "Tokwatch/App/DailyPrune.h"
 #include "Tokwatch/App/LimitSamples.h"
 #include "Tokwatch/App/LogWatch.h"
 #include "Tokwatch/App/ModelSurroundings.h"
@@ -121,7 +122,6 @@ class AppModel : public QObject {
     /// One index pass and what follows from its outcome.
     QCoro::Task<> pass(IndexScope scope);
     QCoro::Task<> readCodexLimits();
-    QCoro::Task<> pruneDaily();
 
     void beginWork();
     void endWork();
@@ -170,8 +170,7 @@ class AppModel : public QObject {
     LogWatch logWatch;
     StoreWatch storeWatch;
     Refreshing refreshing;
-    bool isPruning = false;
-    std::optional<Date> pruneFailedAt; ///< unless it has succeeded since
+    DailyPrune prune{surroundings};
     std::unique_ptr<ScheduledCall> periodicLook;
     std::vector<QPropertyNotifier> preferenceNotifiers;
 };
