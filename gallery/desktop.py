@@ -33,7 +33,7 @@ def run(*command):
     return subprocess.run(command, check=True, capture_output=True).stdout
 
 
-def wait_for(what, condition, seconds=15.0):
+def wait_for(what, condition, seconds=15.0, every=0.05):
     """The condition's first true value; each wait is bounded, none is fixed."""
     deadline = time.monotonic() + seconds
     while True:
@@ -42,7 +42,7 @@ def wait_for(what, condition, seconds=15.0):
             return value
         if time.monotonic() > deadline:
             raise AssertionError(f"waited {seconds:g} s in vain for {what}")
-        time.sleep(0.05)
+        time.sleep(every)
 
 
 class Picture:
@@ -201,9 +201,9 @@ def end_bus():
 class StatusItem:
     """The one status item on the bus, as a host sees it."""
 
-    def __init__(self):
+    def __init__(self, every=0.05):
         self.bus = dbus.SessionBus()
-        self.service = wait_for("a status item on the bus", self._find)
+        self.service = wait_for("a status item on the bus", self._find, every=every)
 
     def _find(self):
         names = [str(n) for n in self.bus.list_names() if str(n).startswith("org.kde.StatusNotifierItem-")]

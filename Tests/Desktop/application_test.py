@@ -153,6 +153,9 @@ def check_settings(place, item):
 
 
 def test_with_host():
+    step("ends well where it is told to while it starts")
+    with Application():
+        StatusItem(every=0)  # the earliest sign of it
     with Application() as application:
         item = StatusItem()
         wait_for("the registration", item.is_registered, 30)

@@ -87,6 +87,9 @@ int run(int argc, char** argv) {
         return 1;
     }
 
+    // The end of a session comes as a signal, also while this starts: the item leaves the panel,
+    // the settings are written.
+    const tokwatch::TerminationSignals termination([] { QGuiApplication::quit(); });
     const std::unique_ptr<tokwatch::SettingsStorage> settings = tokwatch::userSettings();
     tokwatch::Preferences preferences(*settings);
     preferences.followFile();
@@ -108,8 +111,6 @@ int run(int argc, char** argv) {
         settings->path(), alertPreferences, desktopPreferences, widgetPreferences, bus, scheduler);
     if (openAtOnce) delegate->open();
     delegate->launch();
-    // The end of a session comes as a signal: the item leaves the panel, the settings are written.
-    const tokwatch::TerminationSignals termination([] { QGuiApplication::quit(); });
     const int status = QGuiApplication::exec();
     tokwatch::TerminationSignals::boundTheEnd();
     delegate.reset();

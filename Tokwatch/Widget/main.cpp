@@ -96,6 +96,7 @@ int run(int argc, char** argv) {
     const FileDescriptor single =
         lockPrivately(settingsPath().parent_path() / "Widget.lock", patience);
     if (!single.isOpen()) return 0; // there is one already
+    const TerminationSignals termination([] { QGuiApplication::quit(); });
     WidgetPreferences preferences(*settings);
     preferences.followFile();
     preferences.shown = true;
@@ -109,7 +110,6 @@ int run(int argc, char** argv) {
     widget.open();
     // Most of the code that has run by then will not run again, and the process stays for days.
     QTimer::singleShot(std::chrono::seconds{10}, giveBackMemory);
-    const TerminationSignals termination([] { QGuiApplication::quit(); });
     const int status = QGuiApplication::exec();
     preferences.save();
     return status;
