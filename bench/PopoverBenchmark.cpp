@@ -120,9 +120,7 @@ int main(int argc, char** argv) {
     QGuiApplication application(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QTemporaryDir configuration;
-    const std::unique_ptr<SettingsStorage> settings =
-        settingsFile(configuration.filePath("settings.conf").toStdString());
-    Preferences preferences(*settings);
+    Preferences preferences(settingsFile(configuration.filePath("settings.conf").toStdString()));
     preferences.hasCompletedOnboarding = true;
     preferences.claudeLiveLimits = false;
     DesktopBus bus(QDBusConnection::sessionBus(), QDBusConnection::systemBus());
@@ -130,16 +128,13 @@ int main(int argc, char** argv) {
     paths.home = argv[1];
     paths.dataHome = argv[2];
     QtScheduler scheduler;
-    const std::unique_ptr<SettingsStorage> alertSettings =
-        settingsFile(configuration.filePath("notifications.conf").toStdString());
-    AlertPreferences alertPreferences(*alertSettings);
-    const std::unique_ptr<SettingsStorage> desktopSettings =
-        settingsFile(configuration.filePath("desktop.conf").toStdString());
-    DesktopPreferences desktopPreferences(*desktopSettings);
-    const std::unique_ptr<SettingsStorage> widgetSettings =
-        settingsFile(configuration.filePath("widget.conf").toStdString());
-    WidgetPreferences widgetPreferences(*widgetSettings);
-    AppDelegate delegate(Surroundings::real(paths), preferences, settings->path(), alertPreferences,
+    AlertPreferences alertPreferences(
+        settingsFile(configuration.filePath("notifications.conf").toStdString()));
+    DesktopPreferences desktopPreferences(
+        settingsFile(configuration.filePath("desktop.conf").toStdString()));
+    WidgetPreferences widgetPreferences(
+        settingsFile(configuration.filePath("widget.conf").toStdString()));
+    AppDelegate delegate(Surroundings::real(paths), preferences, alertPreferences,
                          desktopPreferences, widgetPreferences, bus, scheduler);
     delegate.launch();
     constexpr double settledAfter = 15;

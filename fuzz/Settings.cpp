@@ -39,12 +39,7 @@ void runSettings(std::string_view input) {
     writeFile(file, input);
     settingsFaults(file);
     const PlainSettings plain = PlainSettings::read(file);
-    PlainSettings ofToolkit;
-    {
-        SettingsStorage settings(file);
-        settings.load();
-        ofToolkit = Preferences(settings).plain();
-    }
+    const PlainSettings ofToolkit = Preferences(settingsFile(file)).plain();
     std::filesystem::remove(file);
     // What is no text the toolkit marks in a way of its own.
     if (!isBeyondBoth(input) && validUTF8(input) == input &&

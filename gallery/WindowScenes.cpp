@@ -26,8 +26,7 @@ kivo::LoginItem& loginItem() {
 template<typename Preferences>
 Preferences& settingsNamed(const char* name) {
     static const TemporaryDirectory directory;
-    static const std::unique_ptr<SettingsStorage> file = settingsFile(directory / name);
-    static Preferences preferences(*file);
+    static Preferences preferences(settingsFile(directory / name));
     return preferences;
 }
 

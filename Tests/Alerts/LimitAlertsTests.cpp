@@ -63,8 +63,7 @@ struct LimitAlertsTest : ::testing::Test, testing::ModelWorld {
         settle();
     }
 
-    std::unique_ptr<SettingsStorage> alertSettings = settingsFile(data / "Notifications.conf");
-    AlertPreferences alertPreferences{*alertSettings};
+    AlertPreferences alertPreferences{settingsFile(data / "Notifications.conf")};
     FakeAlertDisplay display;
     std::optional<LimitAlerts> alerts;
 };

@@ -187,8 +187,7 @@ class ModelWorld {
     TemporaryDirectory home;
     TemporaryDirectory data;
     ManualScheduler time;
-    std::unique_ptr<SettingsStorage> settings = settingsFile(data / "settings.conf");
-    std::optional<Preferences> preferences{std::in_place, *settings};
+    std::optional<Preferences> preferences{std::in_place, settingsFile(data / "settings.conf")};
     std::optional<std::filesystem::path> snapshotDirectory = data.path();
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(data / "usage.sqlite");
     std::shared_ptr<LimitHistory> history = limitHistoryBeside(data / "usage.sqlite");

@@ -26,10 +26,9 @@ LimitWindow window(const std::string& id, double left, std::optional<double> res
 
 class StatusTitleTest : public ::testing::Test {
     testing::TemporaryDirectory directory;
-    std::unique_ptr<SettingsStorage> settings = settingsFile(directory / "settings.conf");
 
   protected:
-    Preferences preferences{*settings};
+    Preferences preferences{settingsFile(directory / "settings.conf")};
     /// Of now, as far as they are known.
     LimitsByProvider limits{{claude, fetched(now)}, {codex, fetched(now)}, {grok, fetched(now)}};
 

@@ -64,8 +64,7 @@ class AppDelegateTest : public ::testing::Test {
             Surroundings{UserPaths{home.path(), data.path()}, Calendar::utc, time.clock(),
                          std::make_shared<FakeCredentials>(CredentialError::Reason::notFound),
                          std::make_shared<FakeHTTP>()},
-            preferences, data / "settings.conf", alertPreferences, desktopPreferences,
-            widgetPreferences, desktopBus, time);
+            preferences, alertPreferences, desktopPreferences, widgetPreferences, desktopBus, time);
     }
     /// With a status area, unless there is to be none.
     void launch(bool withArea = true) {
@@ -101,14 +100,10 @@ class AppDelegateTest : public ::testing::Test {
     TemporaryDirectory home;
     TemporaryDirectory data;
     ManualScheduler time;
-    std::unique_ptr<SettingsStorage> settings = settingsFile(data / "settings.conf");
-    Preferences preferences{*settings};
-    std::unique_ptr<SettingsStorage> alertSettings = settingsFile(data / "Notifications.conf");
-    AlertPreferences alertPreferences{*alertSettings};
-    std::unique_ptr<SettingsStorage> desktopSettings = settingsFile(data / "Desktop.conf");
-    DesktopPreferences desktopPreferences{*desktopSettings};
-    std::unique_ptr<SettingsStorage> widgetSettings = settingsFile(data / "Widget.conf");
-    WidgetPreferences widgetPreferences{*widgetSettings};
+    Preferences preferences{settingsFile(data / "settings.conf")};
+    AlertPreferences alertPreferences{settingsFile(data / "Notifications.conf")};
+    DesktopPreferences desktopPreferences{settingsFile(data / "Desktop.conf")};
+    WidgetPreferences widgetPreferences{settingsFile(data / "Widget.conf")};
     DesktopBus desktopBus{appBus, appBus};
     std::optional<AppDelegate> delegate;
 };
@@ -145,8 +140,8 @@ TEST_F(AppDelegateTest, PinsTheFirstThatHasANumberUnlessClaudeOrAChoiceIsThere) 
          {Case{{".grok/sessions/a", ".codex/sessions/a"}, {}, codex},
           Case{{".claude/projects/a", ".codex/sessions/a"}, {}, claude},
           Case{{".codex/sessions/a"}, claude, claude}, Case{{".grok/sessions/a"}, {}, claude}}) {
-        settings->remove("pinnedProvider");
-        settings->setValue("hasCompletedOnboarding", false);
+        preferences.save();
+        data.write("settings.conf", "[General]\nhasCompletedOnboarding=false\n");
         preferences.reload();
         if (chosen) preferences.pinnedProvider = *chosen;
         for (const char* file : files)

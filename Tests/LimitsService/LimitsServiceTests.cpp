@@ -67,8 +67,7 @@ struct LimitsServiceTest : Test {
     } loop;
     TemporaryDirectory directory;
     ManualScheduler time;
-    std::unique_ptr<SettingsStorage> settings = settingsFile(directory / "settings.conf");
-    Preferences preferences{*settings};
+    Preferences preferences{settingsFile(directory / "settings.conf")};
     std::shared_ptr<UsageStore> store = std::make_shared<UsageStore>(":memory:");
     std::shared_ptr<FakeLimitsProvider> claude = std::make_shared<FakeLimitsProvider>();
     LimitsService service = another();
@@ -149,8 +148,7 @@ TEST_F(LimitsServiceTest, AsksNoMoreOftenWhoeverTurnsAProviderOffAndOn) {
 }
 
 TEST_F(LimitsServiceTest, AsksNobodyWhereTheSettingsCannotBeRead) {
-    const std::unique_ptr<SettingsStorage> unread = settingsFile(directory.path()); // a directory
-    Preferences unknown(*unread);
+    Preferences unknown(settingsFile(directory.path())); // a directory
     LimitsService careful{
         {{ProviderID::claude, claude}}, storageAtOnce(store), unknown, time.clock(), time};
     careful.start(std::array{ProviderID::claude});

@@ -21,13 +21,11 @@ using enum ProviderID;
 
 /// A settings file with a process of its own that reads it.
 struct Process {
-    explicit Process(const std::filesystem::path& file)
-        : settings(settingsFile(file)), preferences(*settings) {}
+    explicit Process(const std::filesystem::path& file) : preferences(settingsFile(file)) {}
     std::string get(std::string_view name) const { return preferences.named(name)->text(); }
     std::optional<std::string> set(std::string_view name, std::string_view text) {
         return preferences.named(name)->assignText(text);
     }
-    std::unique_ptr<SettingsStorage> settings;
     Preferences preferences;
 };
 
@@ -234,7 +232,7 @@ TEST_F(PreferencesTest, NamesLinesThatAreNoSettingsAndSavesTheOthers) {
     std::string groups = "[General]\nno setting\n";
     for (int group = 0; group < 30; ++group)
         groups += "[group" + std::to_string(group) + "/deeper]\nx=1\n";
-    EXPECT_THAT(again.preferences.faultsOf(reading(groups).settings->path()),
+    EXPECT_THAT(again.preferences.faultsOf(reading(groups).preferences.file()),
                 AllOf(SizeIs(21), Contains(HasSubstr("line 2 of ")),
                       Contains("and 11 more in " + file.string())));
 }
@@ -253,6 +251,16 @@ TEST_F(PreferencesTest, NeitherWaitsForNorReplacesWhatIsNoOrdinaryFile) {
     EXPECT_TRUE(process.preferences.areKnown());
     EXPECT_FALSE(fresh.preferences.areKnown());
     EXPECT_THAT(log.lines().back(), HasSubstr("is not a regular file"));
+    std::filesystem::remove(file);
+    fresh.preferences.showDockIcon = true;
+    EXPECT_FALSE(fresh.preferences.save()) << "what was there is not known";
+    reading("[General]\nwarningThreshold=0.35\n");
+    fresh.preferences.reload();
+    EXPECT_TRUE(fresh.preferences.areKnown());
+    EXPECT_EQ(fresh.preferences.warningThreshold, 0.35);
+    EXPECT_TRUE(fresh.preferences.save());
+    EXPECT_THAT(contents(),
+                AllOf(HasSubstr("warningThreshold=0.35"), HasSubstr("showDockIcon=true")));
 }
 
 TEST_F(PreferencesTest, LeaveAnotherUsersFileThatUsersAndGoThroughNoLinkOutOfTheLoop) {
@@ -305,7 +313,8 @@ TEST_F(PreferencesTest, KeepsCriticalBelowWarningWhenAssigning) {
     Preferences& preferences = process.preferences;
     preferences.criticalThreshold = 0.9;
     EXPECT_DOUBLE_EQ(preferences.criticalThreshold, 0.2);
-    EXPECT_DOUBLE_EQ(process.settings->value("criticalThreshold").toDouble(), 0.2);
+    EXPECT_TRUE(preferences.save());
+    EXPECT_THAT(contents(), HasSubstr("criticalThreshold=0.2\n"));
     preferences.warningThreshold = 0.01;
     EXPECT_DOUBLE_EQ(preferences.warningThreshold, 0.1);
     EXPECT_DOUBLE_EQ(preferences.criticalThreshold, 0.05);
@@ -376,8 +385,7 @@ TEST_F(PreferencesTest, FollowsWhatAnotherProcessWrites) {
 TEST_F(PreferencesTest, TellsOfWhatIsGraveAndNothingInQuietHours) {
     const std::filesystem::path place = file.parent_path() / "Notifications.conf";
     {
-        const std::unique_ptr<SettingsStorage> kept = settingsFile(place);
-        AlertPreferences alerts(*kept);
+        AlertPreferences alerts(settingsFile(place));
         EXPECT_THAT(alerts.wanted(), ElementsAre(AlertKind::usedUp, AlertKind::critical));
         EXPECT_FALSE(alerts.isQuietAt({23 * 60}));
         alerts.of(AlertKind::reset) = true;
@@ -386,8 +394,7 @@ TEST_F(PreferencesTest, TellsOfWhatIsGraveAndNothingInQuietHours) {
             EXPECT_NE(alerts.quietUntil.assignText(nonsense), std::nullopt) << nonsense;
         EXPECT_EQ(alerts.quietUntil.assignText("7:05"), std::nullopt);
     }
-    const std::unique_ptr<SettingsStorage> kept = settingsFile(place);
-    AlertPreferences alerts(*kept);
+    AlertPreferences alerts(settingsFile(place));
     EXPECT_TRUE(alerts.reset);
     EXPECT_EQ(alerts.quietUntil.text(), "7:05");
     for (const auto& [from, until, hours] : {std::tuple{"22:00", "7:05", "0 1 2 3 4 5 6 7 22 23 "},

@@ -67,12 +67,9 @@ class ViewWorld : public ModelWorld {
     ViewClock clock{time.clock()};
     kivo::LoginItem loginItem{home / ".config/autostart",
                               {"app.tokwatch", "Tokwatch", "", {"/usr/bin/tokwatch"}, ""}};
-    std::unique_ptr<SettingsStorage> alertSettings = settingsFile(data / "Notifications.conf");
-    AlertPreferences alertPreferences{*alertSettings};
-    std::unique_ptr<SettingsStorage> widgetSettings = settingsFile(data / "Widget.conf");
-    WidgetPreferences widgetPreferences{*widgetSettings};
-    std::unique_ptr<SettingsStorage> desktopSettings = settingsFile(data / "Desktop.conf");
-    DesktopPreferences desktopPreferences{*desktopSettings};
+    AlertPreferences alertPreferences{settingsFile(data / "Notifications.conf")};
+    WidgetPreferences widgetPreferences{settingsFile(data / "Widget.conf")};
+    DesktopPreferences desktopPreferences{settingsFile(data / "Desktop.conf")};
     ChosenHotKey hotKey{desktopPreferences, FakeHotKey::make};
     SettingsPlaces places{home / ".local/share/Tokwatch/usage.sqlite",
                           home / ".config/Tokwatch/Tokwatch.conf",

@@ -20,6 +20,7 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace tokwatch {
 namespace {
@@ -44,14 +45,12 @@ std::filesystem::path iconDirectory() {
 } // namespace
 
 AppDelegate::AppDelegate(Surroundings surroundings, Preferences& userPreferences,
-                         std::filesystem::path preferencesFile, AlertPreferences& toldOf,
-                         DesktopPreferences& ofWindows, WidgetPreferences& aboutWidget,
-                         DesktopBus& desktopBus, Scheduler& timers)
+                         AlertPreferences& toldOf, DesktopPreferences& ofWindows,
+                         WidgetPreferences& aboutWidget, DesktopBus& desktopBus, Scheduler& timers)
     : preferences(userPreferences), alertPreferences(toldOf), desktopPreferences(ofWindows),
       widgetPreferences(aboutWidget), bus(desktopBus), paths(surroundings.paths),
-      settingsFile(std::move(preferencesFile)), now(surroundings.now),
-      loginItem(kivo::LoginItem::userDirectory(), loginProgram()), scheduler(timers),
-      appearance(desktopBus.sessionBus()),
+      now(surroundings.now), loginItem(kivo::LoginItem::userDirectory(), loginProgram()),
+      scheduler(timers), appearance(desktopBus.sessionBus()),
       theme(kivo::inTone(appearance.current(), ofWindows.theme.peek())), runtime(theme),
       alertDisplay(desktopBus.sessionBus()), absence([this] { return statusArea(); }, now) {
     // Before the welcome is finished nobody is asked; a follower, whose user started it to ask,
@@ -308,7 +307,7 @@ void AppDelegate::lookForUpdates() {
     const std::optional<kivo::UpdateFeed> feed = configuredFeed();
     if (!feed) return;
     updates.emplace(*feed,
-                    SoftwareUpdates::Surroundings{settingsFile.parent_path() / "Updates.conf",
+                    SoftwareUpdates::Surroundings{preferences.file().parent_path() / "Updates.conf",
                                                   feedTransport(*feed), now, scheduler});
     // Of a menu that a host draws it is told at once.
     updatesNotifier = updates->preferences().agreed.addNotifier([this] {
@@ -339,7 +338,7 @@ void AppDelegate::makeWindows() {
 
 std::unique_ptr<SettingsView> AppDelegate::makeSettings() {
     const SettingsPlaces places{.database = paths.database(),
-                                .settingsFile = settingsFile,
+                                .settingsFile = preferences.file(),
                                 .alerts = alertPreferences,
                                 .desktop = desktopPreferences,
                                 .widget = widgetPreferences,

@@ -23,7 +23,6 @@
 #include <QObject>
 #include <QPropertyNotifier>
 
-#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -40,11 +39,10 @@ class WidgetPreferences;
 class AppDelegate : public QObject {
     Q_OBJECT
   public:
-    /// References outlive it. `settingsFile` is where the preferences are kept.
+    /// References outlive it.
     AppDelegate(Surroundings surroundings, Preferences& preferences,
-                std::filesystem::path settingsFile, AlertPreferences& alertPreferences,
-                DesktopPreferences& desktopPreferences, WidgetPreferences& widgetPreferences,
-                DesktopBus& bus, Scheduler& timers);
+                AlertPreferences& alertPreferences, DesktopPreferences& desktopPreferences,
+                WidgetPreferences& widgetPreferences, DesktopBus& bus, Scheduler& timers);
     ~AppDelegate() override;
 
     /// Everything, in its order; called once.
@@ -92,7 +90,6 @@ class AppDelegate : public QObject {
     WidgetPreferences& widgetPreferences;
     DesktopBus& bus;
     UserPaths paths;
-    std::filesystem::path settingsFile;
     Clock now;
     kivo::LoginItem loginItem;
     Scheduler& scheduler;

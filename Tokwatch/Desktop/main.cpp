@@ -19,10 +19,10 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 
+#include <array>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <initializer_list>
 #include <memory>
 #include <optional>
 
@@ -90,32 +90,24 @@ int run(int argc, char** argv) {
     // The end of a session comes as a signal, also while this starts: the item leaves the panel,
     // the settings are written.
     const tokwatch::TerminationSignals termination([] { QGuiApplication::quit(); });
-    const std::unique_ptr<tokwatch::SettingsStorage> settings = tokwatch::userSettings();
-    tokwatch::Preferences preferences(*settings);
-    preferences.followFile();
-    const std::unique_ptr<tokwatch::SettingsStorage> alertSettings =
-        tokwatch::settingsFile(tokwatch::alertSettingsPath());
-    tokwatch::AlertPreferences alertPreferences(*alertSettings);
-    alertPreferences.followFile();
-    const std::unique_ptr<tokwatch::SettingsStorage> desktopSettings =
-        tokwatch::settingsFile(tokwatch::desktopSettingsPath());
-    tokwatch::DesktopPreferences desktopPreferences(*desktopSettings);
-    desktopPreferences.followFile();
-    const std::unique_ptr<tokwatch::SettingsStorage> widgetSettings =
-        tokwatch::settingsFile(tokwatch::widgetSettingsPath());
-    tokwatch::WidgetPreferences widgetPreferences(*widgetSettings);
-    widgetPreferences.followFile();
+    tokwatch::Preferences preferences(tokwatch::settingsFile(tokwatch::settingsPath()));
+    tokwatch::AlertPreferences alerts(tokwatch::settingsFile(tokwatch::alertSettingsPath()));
+    tokwatch::DesktopPreferences desktop(tokwatch::settingsFile(tokwatch::desktopSettingsPath()));
+    tokwatch::WidgetPreferences widget(tokwatch::settingsFile(tokwatch::widgetSettingsPath()));
+    const auto groups =
+        std::to_array<tokwatch::SettingsGroup*>({&preferences, &alerts, &desktop, &widget});
+    for (tokwatch::SettingsGroup* group : groups)
+        group->followFile();
     tokwatch::QtScheduler scheduler;
     delegate = std::make_unique<tokwatch::AppDelegate>(
-        tokwatch::Surroundings::real(pathsFrom(parser, home, dataDirectory)), preferences,
-        settings->path(), alertPreferences, desktopPreferences, widgetPreferences, bus, scheduler);
+        tokwatch::Surroundings::real(pathsFrom(parser, home, dataDirectory)), preferences, alerts,
+        desktop, widget, bus, scheduler);
     if (openAtOnce) delegate->open();
     delegate->launch();
     const int status = QGuiApplication::exec();
     tokwatch::TerminationSignals::boundTheEnd();
     delegate.reset();
-    for (tokwatch::SettingsGroup* group : std::initializer_list<tokwatch::SettingsGroup*>{
-             &preferences, &alertPreferences, &desktopPreferences, &widgetPreferences})
+    for (tokwatch::SettingsGroup* group : groups)
         group->save();
     if (tokwatch::URLSessionHTTPClient::mayBeLookingUp())
         tokwatch::TerminationSignals::endNow(status);

@@ -3,14 +3,15 @@
 #include "Tokwatch/DesktopPreferences/DesktopChoices.h"
 #include "Tokwatch/Preferences/SettingsGroup.h"
 
+#include <memory>
+
 namespace tokwatch {
 
 /// What the user wants of the windows alone; commands have no use for it. At
 /// `desktopSettingsPath`. Main thread only.
 class DesktopPreferences final : public SettingsGroup {
   public:
-    /// The settings outlive the preferences.
-    explicit DesktopPreferences(SettingsStorage& settings);
+    explicit DesktopPreferences(std::unique_ptr<SettingsStorage> settings);
 
     Setting<kivo::ToneChoice> theme;
     /// What opens the popover from anywhere.

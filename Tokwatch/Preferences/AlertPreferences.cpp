@@ -12,8 +12,9 @@ constexpr TimeOfDay morning{8 * 60};
 
 } // namespace
 
-AlertPreferences::AlertPreferences(SettingsStorage& settings)
-    : SettingsGroup(settings), usedUp(list, "usedUp", "tell that a limit is used up", true),
+AlertPreferences::AlertPreferences(std::unique_ptr<SettingsStorage> settings)
+    : SettingsGroup(std::move(settings)),
+      usedUp(list, "usedUp", "tell that a limit is used up", true),
       critical(list, "critical", "tell that a limit is critical", true),
       runsOut(list, "runsOut", "tell that a limit runs out within the hour", false),
       warning(list, "warning", "tell that a limit is at the warning level", false),

@@ -24,8 +24,7 @@ inline constexpr std::array<std::string_view, 6> caseNames<AlertKind>{
 /// Of what the user wants to be told and when not. Main thread only.
 class AlertPreferences final : public SettingsGroup {
   public:
-    /// The settings outlive the preferences.
-    explicit AlertPreferences(SettingsStorage& settings);
+    explicit AlertPreferences(std::unique_ptr<SettingsStorage> settings);
 
     Setting<bool> usedUp;
     Setting<bool> critical;

@@ -19,9 +19,8 @@ AllSettings::AllSettings(Open open) {
 
 template<typename Group>
 void AllSettings::add(std::string prefix, std::filesystem::path path, Open open) {
-    std::unique_ptr<SettingsStorage> storage = open(path);
-    auto group = std::make_unique<Group>(*storage);
-    files.push_back({std::move(prefix), std::move(path), std::move(storage), std::move(group)});
+    auto group = std::make_unique<Group>(open(path));
+    files.push_back({std::move(prefix), std::move(path), std::move(group)});
 }
 
 AllSettings AllSettings::ofUser() {
@@ -45,8 +44,7 @@ std::vector<FileFaults> AllSettings::faults() const {
     for (const File& file : files)
         all.push_back({file.path, file.group->faultsOf(file.path)});
     const std::filesystem::path updates = updateSettingsPath();
-    const std::unique_ptr<SettingsStorage> nobodys = settingsOfNobody();
-    all.push_back({updates, UpdatePreferences(*nobodys).faultsOf(updates)});
+    all.push_back({updates, UpdatePreferences(settingsOfNobody()).faultsOf(updates)});
     all.push_back({desktopSettingsPath(), settingsFaults(desktopSettingsPath())});
     return all;
 }

@@ -44,7 +44,6 @@ class AllSettings {
     struct File {
         std::string prefix;
         std::filesystem::path path;
-        std::unique_ptr<SettingsStorage> storage;
         std::unique_ptr<SettingsGroup> group;
     };
     using Open = std::unique_ptr<SettingsStorage> (*)(const std::filesystem::path&);

@@ -13,8 +13,8 @@ ProviderList everyProvider() {
 
 } // namespace
 
-Preferences::Preferences(SettingsStorage& settings)
-    : SettingsGroup(settings),
+Preferences::Preferences(std::unique_ptr<SettingsStorage> settings)
+    : SettingsGroup(std::move(settings)),
       showDockIcon(list, "showDockIcon", "a task-bar entry for the window", false),
       hasCompletedOnboarding(list, "hasCompletedOnboarding", "the welcome window has been seen",
                              false),
@@ -66,16 +66,12 @@ void Preferences::setEnabled(ProviderID provider, bool isEnabled) {
 }
 
 std::optional<Date> Preferences::lastPruneAt() const {
-    return storedDate(list.storage, lastPruneKey);
+    return storedDate(*list.storage, lastPruneKey);
 }
 
 void Preferences::setLastPruneAt(Date date) {
     list.onStore();
-    list.storage.setValue(lastPruneKey, unixSeconds(date));
-}
-
-std::unique_ptr<SettingsStorage> userSettings() {
-    return settingsFile(settingsPath());
+    list.storage->setValue(lastPruneKey, unixSeconds(date));
 }
 
 } // namespace tokwatch

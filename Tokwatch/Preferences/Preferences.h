@@ -13,8 +13,7 @@ namespace tokwatch {
 /// The user's settings of what is shown and asked for. Main thread only.
 class Preferences final : public SettingsGroup {
   public:
-    /// The settings outlive the preferences.
-    explicit Preferences(SettingsStorage& settings);
+    explicit Preferences(std::unique_ptr<SettingsStorage> settings);
 
     Setting<bool> showDockIcon;
     Setting<bool> hasCompletedOnboarding;
@@ -52,8 +51,5 @@ class Preferences final : public SettingsGroup {
   private:
     QPropertyNotifier warningChanged;
 };
-
-/// At `settingsPath`.
-std::unique_ptr<SettingsStorage> userSettings();
 
 } // namespace tokwatch

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <concepts>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,7 +35,7 @@ bool isText(std::string_view text) {
 
 /// The settings that stand in one file, in the order in which they are made.
 struct SettingList {
-    SettingsStorage& storage;
+    std::unique_ptr<SettingsStorage> storage;
     std::vector<AnySetting*> all = {};
     std::vector<KeptValue> kept = {};
     /// To be called before whatever is stored.
@@ -60,7 +61,7 @@ class AnySetting {
 
   protected:
     AnySetting(SettingList& list, const char* itsName, const char* whatItIs)
-        : name(itsName), about(whatItIs), settings(list.storage), siblings(list) {
+        : name(itsName), about(whatItIs), settings(*list.storage), siblings(list) {
         list.all.push_back(this);
     }
     AnySetting(const AnySetting&) = delete;

@@ -35,7 +35,8 @@ constexpr const char* nowhere = "/dev/null/Tokwatch.conf";
 
 } // namespace
 
-SettingsGroup::SettingsGroup(SettingsStorage& settings) : list{settings} {
+SettingsGroup::SettingsGroup(std::unique_ptr<SettingsStorage> settings)
+    : list{std::move(settings)} {
     saving.setSingleShot(true);
     QObject::connect(&saving, &QTimer::timeout, &saving, [this] { saveOrTell(); });
     // Commands save themselves, and have no loop.
@@ -55,7 +56,7 @@ AnySetting* SettingsGroup::named(std::string_view name) const {
 }
 
 bool SettingsGroup::areKnown() const {
-    return list.storage.path() != nowhere;
+    return list.storage->isLoaded();
 }
 
 std::vector<std::string> SettingsGroup::faultsOf(const std::filesystem::path& file) const {
@@ -85,7 +86,7 @@ std::vector<std::string> SettingsGroup::faultsOf(const std::filesystem::path& fi
 }
 
 void SettingsGroup::tellFaults() {
-    const std::vector<std::string> faults = faultsOf(list.storage.path());
+    const std::vector<std::string> faults = faultsOf(file());
     std::set<std::string> present(faults.begin(), faults.end());
     for (const std::string& fault : faults)
         if (!toldFaults.contains(fault)) systemLog(fault);
@@ -96,21 +97,20 @@ void SettingsGroup::reload() {
     tellFaults();
     // What was read last holds, also of a file that is being moved, or was emptied and could not be
     // written: it may forbid what the defaults allow.
-    if (!list.storage.load()) return;
-    isLost = list.storage.values().empty();
+    if (!list.storage->load()) return;
+    isLost = list.storage->values().empty();
     if (isLost) return;
     for (AnySetting* setting : list.all)
         setting->reload();
 }
 
 bool SettingsGroup::save() {
-    return areKnown() && list.storage.save();
+    return list.storage->save();
 }
 
 std::string SettingsGroup::whyUnsaved() const {
     if (!areKnown()) return "what is there cannot be used";
-    const std::filesystem::path& file = list.storage.path();
-    return settingsObstacle(file).value_or(writingObstacle(file));
+    return settingsObstacle(file()).value_or(writingObstacle(file()));
 }
 
 void SettingsGroup::saveOrTell() {
@@ -118,8 +118,8 @@ void SettingsGroup::saveOrTell() {
     std::string reason = save() ? "" : whyUnsaved();
     if (!reason.empty()) {
         if (reason != obstacle.value())
-            systemLog("changes of settings could not be written to " +
-                      list.storage.path().string() + ": " + reason);
+            systemLog("changes of settings could not be written to " + file().string() + ": " +
+                      reason);
         saving.start(retryMilliseconds);
     }
     obstacle = std::move(reason);
@@ -127,17 +127,15 @@ void SettingsGroup::saveOrTell() {
 
 void SettingsGroup::followFile() {
     if (follower) return;
-    follower = std::make_unique<SettingsFollower>(list.storage.path(), [this] { reload(); });
+    follower = std::make_unique<SettingsFollower>(file(), [this] { reload(); });
     reload();
 }
 
 std::unique_ptr<SettingsStorage> settingsFile(const std::filesystem::path& file) {
     makeSettingsFile(file);
     auto storage = std::make_unique<SettingsStorage>(file);
-    if (storage->load()) return storage;
-    for (const std::string& fault : settingsFaults(file))
-        systemLog(fault);
-    return settingsOfNobody();
+    storage->load();
+    return storage;
 }
 
 std::unique_ptr<SettingsStorage> settingsOfNobody() {

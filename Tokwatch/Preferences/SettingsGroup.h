@@ -31,8 +31,10 @@ class SettingsGroup {
     /// The setting of that name, or none.
     AnySetting* named(std::string_view name) const;
 
-    /// Whether the settings are the user's: not where there is a file that could not be read, which
-    /// may forbid what the defaults allow.
+    /// The file, whether or not it can be read.
+    const std::filesystem::path& file() const { return list.storage->path(); }
+    /// Whether the settings are the user's: not as long as there is a file that could not be read,
+    /// which may forbid what the defaults allow.
     bool areKnown() const;
 
     /// What is wrong with a file of these settings, as sentences for the log and the doctor: what
@@ -53,8 +55,7 @@ class SettingsGroup {
     std::string whyUnsaved() const;
 
   protected:
-    /// The settings outlive the group.
-    explicit SettingsGroup(SettingsStorage& settings);
+    explicit SettingsGroup(std::unique_ptr<SettingsStorage> settings);
 
     /// What is wrong with the file goes into the log, once each.
     void tellFaults();
@@ -71,9 +72,9 @@ class SettingsGroup {
     std::unique_ptr<SettingsFollower> follower;
 };
 
-/// The settings file at the path. It and its directory are made when they are missing. One that
-/// cannot be read, or is no regular file of bounded size, is a line in the log; the defaults hold
-/// then, nothing is saved, and the settings are not `areKnown`.
+/// The settings file at the path. It and its directory are made when they are missing. Of one that
+/// cannot be read, or is no regular file of bounded size, the defaults hold until `reload` can read
+/// it; nothing is saved meanwhile, and the settings are not `areKnown`.
 std::unique_ptr<SettingsStorage> settingsFile(const std::filesystem::path& file);
 /// Settings without a file, all at their defaults: for their names and what they may be.
 std::unique_ptr<SettingsStorage> settingsOfNobody();

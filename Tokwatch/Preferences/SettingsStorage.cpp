@@ -53,10 +53,12 @@ bool SettingsStorage::load() {
     const ActingAsOwner owner(file.parent_path());
     if (settingsObstacle(file)) return false;
     takeOver(QSettings(QFile::decodeName(file.c_str()), QSettings::IniFormat));
+    hasBeenRead = true;
     return true;
 }
 
 bool SettingsStorage::save() {
+    if (!hasBeenRead) return false; // it may have more than is known here
     makeSettingsFile(file);
     const ActingAsOwner owner(file.parent_path());
     if (settingsObstacle(file)) return false;

@@ -28,6 +28,8 @@ class SettingsStorage {
     SettingsStorage& operator=(const SettingsStorage&) = delete;
 
     const std::filesystem::path& path() const { return file; }
+    /// The file could be read since this was made.
+    bool isLoaded() const { return hasBeenRead; }
 
     /// By their keys; those of groups are "group/key".
     using Values = std::map<QString, QVariant>;
@@ -44,13 +46,14 @@ class SettingsStorage {
     /// (`settingsObstacle`); then all stays as it is.
     bool load();
     /// Writes the changes into the file, which is made where it is missing, and keeps what others
-    /// changed there meanwhile; false when that failed.
+    /// changed there meanwhile; false when that failed, or nothing was ever read of it.
     bool save();
 
   private:
     void takeOver(const QSettings& toolkit);
 
     const std::filesystem::path file;
+    bool hasBeenRead = false;
     Values present;
     std::map<QString, std::optional<QVariant>> changes; ///< none for what was removed
 };

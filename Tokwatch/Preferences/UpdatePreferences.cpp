@@ -2,6 +2,8 @@
 
 #include "Tokwatch/Preferences/PlainSettings.h"
 
+#include <utility>
+
 namespace tokwatch {
 namespace {
 
@@ -30,8 +32,8 @@ QByteArray storedBytes(const SettingsStorage& settings, const char* key) {
 
 } // namespace
 
-UpdatePreferences::UpdatePreferences(SettingsStorage& settings)
-    : SettingsGroup(settings),
+UpdatePreferences::UpdatePreferences(std::unique_ptr<SettingsStorage> settings)
+    : SettingsGroup(std::move(settings)),
       agreed(list, "agreed", "ask once a day whether there is a new version", false) {
     list.kept = {{lastCheckKey, keptTimes, isText<Date>},
                  {lastDateSeenKey, keptTimes, isText<Date>},
@@ -42,14 +44,14 @@ UpdatePreferences::UpdatePreferences(SettingsStorage& settings)
 }
 
 UpdatePreferences::Memory UpdatePreferences::memory() const {
-    const SettingsStorage& stored = list.storage;
+    const SettingsStorage& stored = *list.storage;
     return {storedDate(stored, lastCheckKey), storedDate(stored, lastDateSeenKey),
             storedBytes(stored, manifestKey), storedBytes(stored, signatureKey)};
 }
 
 void UpdatePreferences::setMemory(const Memory& memory) {
     list.onStore();
-    SettingsStorage& stored = list.storage;
+    SettingsStorage& stored = *list.storage;
     storeDate(stored, lastCheckKey, memory.lastCheck);
     storeDate(stored, lastDateSeenKey, memory.lastDateSeen);
     // In letters alone: line feeds of a document would be escaped twice over.

@@ -6,6 +6,7 @@
 #include <QByteArray>
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 
 namespace tokwatch {
@@ -14,8 +15,7 @@ namespace tokwatch {
 /// only.
 class UpdatePreferences final : public SettingsGroup {
   public:
-    /// The settings outlive the preferences.
-    explicit UpdatePreferences(SettingsStorage& settings);
+    explicit UpdatePreferences(std::unique_ptr<SettingsStorage> settings);
 
     /// Nobody agreed as long as nobody said so.
     Setting<bool> agreed;

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <sstream>
+#include <utility>
 
 namespace tokwatch {
 namespace {
@@ -26,8 +27,8 @@ bool areFrames(std::string_view text) {
 
 } // namespace
 
-WidgetPreferences::WidgetPreferences(SettingsStorage& settings)
-    : SettingsGroup(settings), shown(list, "shown", "a widget on the desktop", false),
+WidgetPreferences::WidgetPreferences(std::unique_ptr<SettingsStorage> settings)
+    : SettingsGroup(std::move(settings)), shown(list, "shown", "a widget on the desktop", false),
       size(list, "size", "how large the widget is", WidgetSize::medium) {
     list.kept = {{framesKey, "lines such as 20 40 232 140 HDMI-1", areFrames},
                  {staysKey, "true or false", isText<bool>}};
@@ -35,24 +36,24 @@ WidgetPreferences::WidgetPreferences(SettingsStorage& settings)
 }
 
 std::string WidgetPreferences::frames() const {
-    return storedText(list.storage, framesKey).value_or("");
+    return storedText(*list.storage, framesKey).value_or("");
 }
 
 void WidgetPreferences::setFrames(std::string_view text) {
     list.onStore();
-    storeText(list.storage, framesKey, text);
+    storeText(*list.storage, framesKey, text);
 }
 
 std::optional<bool> WidgetPreferences::staysWhereDragged() const {
     bool stays = false;
-    if (!parseText(storedText(list.storage, staysKey).value_or(""), stays)) return std::nullopt;
+    if (!parseText(storedText(*list.storage, staysKey).value_or(""), stays)) return std::nullopt;
     return stays;
 }
 
 void WidgetPreferences::setStaysWhereDragged(bool stays) {
     if (staysWhereDragged() == stays) return;
     list.onStore();
-    storeSetting(list.storage, staysKey, stays);
+    storeSetting(*list.storage, staysKey, stays);
 }
 
 std::filesystem::path widgetSettingsPath() {

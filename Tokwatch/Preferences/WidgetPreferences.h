@@ -3,6 +3,7 @@
 #include "Tokwatch/Preferences/SettingsGroup.h"
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,8 +20,7 @@ inline constexpr std::array<std::string_view, 3> caseNames<WidgetSize>{"small", 
 /// the settings window follow each other through this file. Main thread only.
 class WidgetPreferences final : public SettingsGroup {
   public:
-    /// The settings outlive the preferences.
-    explicit WidgetPreferences(SettingsStorage& settings);
+    explicit WidgetPreferences(std::unique_ptr<SettingsStorage> settings);
 
     Setting<bool> shown;
     Setting<WidgetSize> size;

@@ -17,7 +17,7 @@ kivo::UpdateRecord recordOf(const UpdatePreferences& settings) {
 } // namespace
 
 SoftwareUpdates::SoftwareUpdates(const kivo::UpdateFeed& feed, Surroundings given)
-    : scheduler(given.scheduler), file(settingsFile(given.settingsFile)), settings(*file),
+    : scheduler(given.scheduler), settings(settingsFile(given.settingsFile)),
       checks(feed, recordOf(settings),
              {std::move(given.fetch), std::move(given.now),
               [this] { return settings.agreed.value(); },

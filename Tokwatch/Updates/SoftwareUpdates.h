@@ -29,7 +29,6 @@ class SoftwareUpdates {
     void lookSoon();
 
     Scheduler& scheduler;
-    const std::unique_ptr<SettingsStorage> file;
     UpdatePreferences settings;
     kivo::Updater checks;
     QPropertyNotifier agreement;

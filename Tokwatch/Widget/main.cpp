@@ -24,7 +24,6 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <memory>
 #include <optional>
 
 /// `tokwatch-widget`: the widget on the desktop. It is a process of its own so that it costs little
@@ -92,12 +91,11 @@ int run(int argc, char** argv) {
         if (parser.isSet(option)) places << "--" + option.names().first() << parser.value(option);
     if (parser.isSet(dataDirectory)) paths.dataHome = absolute(parser.value(dataDirectory));
 
-    const std::unique_ptr<SettingsStorage> settings = settingsFile(widgetSettingsPath());
     const FileDescriptor single =
         lockPrivately(settingsPath().parent_path() / "Widget.lock", patience);
     if (!single.isOpen()) return 0; // there is one already
     const TerminationSignals termination([] { QGuiApplication::quit(); });
-    WidgetPreferences preferences(*settings);
+    WidgetPreferences preferences(settingsFile(widgetSettingsPath()));
     preferences.followFile();
     preferences.shown = true;
     const QPropertyNotifier end = preferences.shown.addNotifier([] { QGuiApplication::quit(); });

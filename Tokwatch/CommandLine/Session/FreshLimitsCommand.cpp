@@ -105,8 +105,7 @@ int SessionCommands::run(const CommandSurroundings& surroundings,
                          const FreshLimitsOptions& options) {
     surroundings.requireHome();
     const std::shared_ptr<UsageStore> store = surroundings.openStoreForReading();
-    const std::unique_ptr<SettingsStorage> settings = userSettings();
-    Preferences preferences(*settings);
+    Preferences preferences(settingsFile(settingsPath()));
     const PlainSettings plain = preferences.plain();
     const std::vector<ProviderID> shown = providersAsked(plain, options.provider);
     LimitsByProvider limits = surroundings.limits(*store, plain, shown);

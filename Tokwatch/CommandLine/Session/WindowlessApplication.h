@@ -10,7 +10,6 @@
 #include "Tokwatch/Preferences/Preferences.h"
 
 #include <functional>
-#include <memory>
 
 namespace tokwatch {
 
@@ -32,10 +31,8 @@ class WindowlessApplication {
   private:
     const UserPaths paths;
     TerminationSignals termination{[] { EventLoop::end(exitOk); }};
-    std::unique_ptr<SettingsStorage> settings = userSettings();
-    Preferences userPreferences{*settings};
-    std::unique_ptr<SettingsStorage> alertSettings = settingsFile(alertSettingsPath());
-    AlertPreferences alertPreferences{*alertSettings};
+    Preferences userPreferences{settingsFile(settingsPath())};
+    AlertPreferences alertPreferences{settingsFile(alertSettingsPath())};
     DesktopBus bus{QDBusConnection::sessionBus(), QDBusConnection::systemBus()};
     DesktopAlerts alertDisplay{bus.sessionBus()};
     Application application;
