@@ -228,14 +228,17 @@ TEST_F(LimitsServiceTest, ShowsWhatIsStoredAsStaleUnlessItIsRecent) {
         EXPECT_EQ(updates.back(), told.markedStale()) << "what the logs told needs no login";
         pass(300);
     }
-    // A failure beside numbers that were stored before it, while the logs told newer ones.
-    ProviderLimits failed = told.markedStale();
-    failed.status = ProviderStatus::unreachable;
-    told = someLimits(time.now(), 0.9);
-    store->setLimits(told, ProviderID::claude);
-    answer(failed);
-    EXPECT_EQ(updates.back(), told);
-    EXPECT_EQ(store->limits(ProviderID::claude), told);
+    // Numbers that were stored before, as they are or beside a failure, while the logs told newer.
+    for (const ProviderStatus status : {ProviderStatus::unreachable, ProviderStatus::ok}) {
+        ProviderLimits earlier = told;
+        earlier.status = status;
+        pass(600);
+        told = someLimits(time.now(), 0.9);
+        store->setLimits(told, ProviderID::claude);
+        answer(earlier);
+        EXPECT_EQ(updates.back(), told);
+        EXPECT_EQ(store->limits(ProviderID::claude), told);
+    }
 }
 
 TEST_F(LimitsServiceTest, NeverTouchesClaudeWhileItsLiveLimitsAreOffAndTakesItBack) {

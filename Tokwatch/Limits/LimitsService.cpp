@@ -294,7 +294,7 @@ QCoro::Task<> LimitsService::fetch(ProviderID id, Claim claim) {
     // The row before the note: who sees that another process has asked looks for its result. Both
     // also where the provider was turned off meanwhile: it was asked, and is not again before it is
     // due, whoever turns it on.
-    const QFuture<ProviderLimits> writing = store(id, fresh);
+    const QFuture<ProviderLimits> writing = store(id, fresh, attempt);
     const ProviderLimits result = co_await writing;
     if (weak.expired()) co_return;
     // Before anything else is waited for: newer numbers may be on their way.
@@ -315,9 +315,12 @@ QCoro::Task<> LimitsService::fetch(ProviderID id, Claim claim) {
         schedule(id, noted.record.currentDelay);
 }
 
-/// Answers what is there to show.
-QFuture<ProviderLimits> LimitsService::store(ProviderID id, const ProviderLimits& fresh) {
-    if (fresh.status != ProviderStatus::ok) return results->setFailure(fresh, id);
+/// Answers what is there to show. Numbers of an earlier time than the attempt were stored before,
+/// and newer ones may have been stored since.
+QFuture<ProviderLimits> LimitsService::store(ProviderID id, const ProviderLimits& fresh,
+                                             Date attempt) {
+    if (fresh.status != ProviderStatus::ok || fresh.fetchedAt != attempt)
+        return results->setUnanswered(fresh, id);
     return results->setLimits(fresh, id).then([fresh] { return fresh; });
 }
 

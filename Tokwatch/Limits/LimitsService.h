@@ -128,7 +128,7 @@ class LimitsService {
     QCoro::Task<> fetch(ProviderID id, Claim claim);
     QCoro::Task<> showStored(ProviderID id);
     void postpone(ProviderID id, const AttemptRecord& seen, bool force);
-    QFuture<ProviderLimits> store(ProviderID id, const ProviderLimits& fresh);
+    QFuture<ProviderLimits> store(ProviderID id, const ProviderLimits& fresh, Date attempt);
     QFuture<AttemptLedger::Entry> note(ProviderID id, Date attempt, ProviderStatus outcome);
     bool isAfterSleep(Date attempt) const;
     ProviderLimits aged(const ProviderLimits& limits, Seconds freshness) const;

@@ -9,15 +9,16 @@ namespace tokwatch {
 namespace {
 
 /// What there is to show after an attempt that brought no numbers: the stored ones, marked stale.
-ProviderLimits afterFailure(const ProviderLimits& failure,
+ProviderLimits besideStored(const ProviderLimits& unanswered,
                             const std::optional<ProviderLimits>& stored) {
-    if (!stored || (stored->windows.empty() && !stored->credits)) return failure;
-    // It is beside stored numbers already; others may have come since those were read.
-    if (!failure.windows.empty()) return stored->fetchedAt > failure.fetchedAt ? *stored : failure;
+    if (!stored || (stored->windows.empty() && !stored->credits)) return unanswered;
+    // It has stored numbers already; others may have come since those were read.
+    if (!unanswered.windows.empty())
+        return stored->fetchedAt > unanswered.fetchedAt ? *stored : unanswered;
     ProviderLimits result = stored->markedStale();
     // What was told stays good when it grows stale.
-    if (failure.status != ProviderStatus::unavailable || !isTold(*stored))
-        result.status = failure.status;
+    if (unanswered.status != ProviderStatus::unavailable || !isTold(*stored))
+        result.status = unanswered.status;
     return result;
 }
 
@@ -46,12 +47,12 @@ QFuture<void> LimitsCache::setLimits(ProviderLimits limits, ProviderID provider)
     });
 }
 
-QFuture<ProviderLimits> LimitsCache::setFailure(ProviderLimits failure, ProviderID provider) {
-    return queue.call([store = store, failure = std::move(failure), provider] {
-        ProviderLimits result = failure;
+QFuture<ProviderLimits> LimitsCache::setUnanswered(ProviderLimits unanswered, ProviderID provider) {
+    return queue.call([store = store, unanswered = std::move(unanswered), provider] {
+        ProviderLimits result = unanswered;
         try {
             store->changeLimits(provider, [&](const std::optional<ProviderLimits>& stored) {
-                return result = afterFailure(failure, stored);
+                return result = besideStored(unanswered, stored);
             });
         } catch (const std::exception&) {
             // Likewise.

@@ -27,7 +27,7 @@ class LimitsCache {
     /// Stores an attempt that brought no numbers but such as were stored before it, if any, beside
     /// those that are stored, and answers what is there then. At once, so that numbers which a pass
     /// over the logs stores meanwhile are neither lost nor missed.
-    QFuture<ProviderLimits> setFailure(ProviderLimits failure, ProviderID provider);
+    QFuture<ProviderLimits> setUnanswered(ProviderLimits unanswered, ProviderID provider);
 
   private:
     std::shared_ptr<UsageStore> store;
