@@ -4,6 +4,10 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDeadlineTimer>
+#include <QThread>
+
+#include <chrono>
 
 namespace tokwatch {
 namespace {
@@ -64,12 +68,27 @@ DesktopBus::Claim DesktopBus::claim(std::function<void()> open) {
     return session.registerService(serviceName) ? Claim::first : Claim::second;
 }
 
-bool DesktopBus::openRunning(QDBusConnection session) {
+DesktopBus::Opening DesktopBus::openRunning() {
     const QDBusMessage call =
         QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, "Open");
-    constexpr int timeoutMilliseconds = 5000;
-    return session.call(call, QDBus::Block, timeoutMilliseconds).type() ==
-           QDBusMessage::ReplyMessage;
+    constexpr std::chrono::seconds patience{5}; // one that starts may wait as long for the store
+    constexpr std::chrono::seconds longestEnd{10};
+    constexpr std::chrono::milliseconds pause{50};
+    const QDeadlineTimer deadline(longestEnd);
+    while (true) {
+        const QDBusMessage answer = session.call(
+            call, QDBus::Block, static_cast<int>(std::chrono::milliseconds(patience).count()));
+        if (answer.type() == QDBusMessage::ReplyMessage) return Opening::shown;
+        if (session.registerService(serviceName)) return Opening::claimed;
+        if (deadline.hasExpired()) return Opening::unanswered;
+        QThread::msleep(pause.count());
+    }
+}
+
+void DesktopBus::release() {
+    openCall = nullptr;
+    session.unregisterService(serviceName);
+    session.unregisterObject(objectPath);
 }
 
 bool DesktopBus::postRefresh(QDBusConnection session) {

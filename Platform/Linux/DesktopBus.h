@@ -39,12 +39,20 @@ class DesktopBus : public QObject, public SystemNotifications {
         second, ///< another instance is running
         noBus,  ///< nobody can tell
     };
-    /// Makes this the session's one instance, unless there is one. Never waits for the other to end
-    /// and never replaces it.
+    /// Makes this the session's one instance, unless there is one, which is never replaced.
     Claim claim(std::function<void()> open);
 
-    /// Asks the instance that runs to show itself.
-    static bool openRunning(QDBusConnection session);
+    enum class Opening {
+        shown,      ///< it has shown itself
+        claimed,    ///< it was just ending, and this is the session's one instance now
+        unanswered, ///< it has the name and does not answer, for longer than it may take to end
+    };
+    /// After a claim that came second: has the other instance show itself, or takes its place.
+    Opening openRunning();
+
+    /// Leaves the place to whoever starts next, and hears no more Open. The first thing that an
+    /// instance does that ends: its last works may take a while.
+    void release();
 
     /// Posts "app.tokwatch.refresh"; false without a session bus.
     static bool postRefresh(QDBusConnection session);

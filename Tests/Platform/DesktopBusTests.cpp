@@ -48,6 +48,18 @@ TEST(DesktopBus, HearsOfTheEndOfSleepAndOfTheNetwork) {
     EXPECT_EQ(returns, 2);
 }
 
+TEST(DesktopBus, LeavesItsPlaceToWhoeverStartsWhileItEnds) {
+    testing::needEventLoop();
+    testing::PrivateBus bus;
+    DesktopBus ending(bus.connect("ending"), bus.connect("system"));
+    DesktopBus next(bus.connect("next"), bus.connect("system"));
+    EXPECT_EQ(ending.claim([] { FAIL() << "nobody would see it"; }), DesktopBus::Claim::first);
+    EXPECT_EQ(next.claim([] {}), DesktopBus::Claim::second);
+    ending.release();
+    EXPECT_EQ(next.openRunning(), DesktopBus::Opening::claimed);
+    EXPECT_EQ(ending.claim([] {}), DesktopBus::Claim::second);
+}
+
 TEST(MuteBuses, AreLeftOutAndThoseThatAnswerAreNot) {
     for (const char* variable : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"}) {
         const QByteArray usual = qgetenv(variable);

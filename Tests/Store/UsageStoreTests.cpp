@@ -4,6 +4,7 @@
 #include "Tests/Support/TemporaryDirectory.h"
 #include "Tests/Support/Testing.h"
 #include "TokwatchCore/Store/DatabaseFile.h"
+#include "TokwatchCore/Store/NoLockWaits.h"
 #include "TokwatchCore/Store/SQLite.h"
 #include "TokwatchCore/Support/ISO8601.h"
 
@@ -237,6 +238,12 @@ TEST_F(UsageStoreTest, SaysThatAnotherProcessHoldsTheLock) {
     other.execute("BEGIN IMMEDIATE");
     EXPECT_THAT([this] { ingest(events(0, 9)); },
                 Throws<UsageStoreError>(Property(&UsageStoreError::isLocked, true)));
+    {
+        UsageStore patient(file, std::chrono::hours{1});
+        const NoLockWaits hold;
+        EXPECT_THAT([&] { patient.setLimits({}, ProviderID::codex); },
+                    Throws<UsageStoreError>(Property(&UsageStoreError::isLocked, true)));
+    }
     EXPECT_THROW(store->save(FileCursor{"/a", 1, 1, {}}), UsageStoreError);
     // Readers are not held up, and opening a database that exists writes nothing.
     EXPECT_FALSE(store->cursor("/a").has_value());

@@ -9,6 +9,7 @@
 #include "TokwatchCore/Limits/LimitsProviders.h"
 #include "TokwatchCore/Limits/URLSessionHTTPClient.h"
 #include "TokwatchCore/Store/LimitHistory.h"
+#include "TokwatchCore/Store/NoLockWaits.h"
 #include "TokwatchCore/Store/UsageStore.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
@@ -95,6 +96,8 @@ Application::Application(Surroundings surroundings, WorkLease::Rank rank, Prefer
 }
 
 Application::~Application() {
+    // Whoever ends the session does not wait for another process's lock.
+    const NoLockWaits hold;
     sharing.reset();
     appModel.reset();
     background.reset();

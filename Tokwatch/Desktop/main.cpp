@@ -82,14 +82,20 @@ int run(int argc, char** argv) {
             openAtOnce = true;
     };
     if (bus.claim(open) == tokwatch::DesktopBus::Claim::second) {
-        if (tokwatch::DesktopBus::openRunning(QDBusConnection::sessionBus())) return 0;
-        std::fputs("tokwatch: the running Tokwatch does not answer\n", stderr);
-        return 1;
+        const tokwatch::DesktopBus::Opening opening = bus.openRunning();
+        if (opening == tokwatch::DesktopBus::Opening::shown) return 0;
+        if (opening == tokwatch::DesktopBus::Opening::unanswered) {
+            std::fputs("tokwatch: the running Tokwatch does not answer\n", stderr);
+            return 1;
+        }
     }
 
     // The end of a session comes as a signal, also while this starts: the item leaves the panel,
     // the settings are written.
-    const tokwatch::TerminationSignals termination([] { QGuiApplication::quit(); });
+    const tokwatch::TerminationSignals termination([&bus] {
+        bus.release();
+        QGuiApplication::quit();
+    });
     tokwatch::Preferences preferences(tokwatch::settingsFile(tokwatch::settingsPath()));
     tokwatch::AlertPreferences alerts(tokwatch::settingsFile(tokwatch::alertSettingsPath()));
     tokwatch::DesktopPreferences desktop(tokwatch::settingsFile(tokwatch::desktopSettingsPath()));
@@ -106,6 +112,7 @@ int run(int argc, char** argv) {
     delegate->launch();
     const int status = QGuiApplication::exec();
     tokwatch::TerminationSignals::boundTheEnd();
+    bus.release();
     delegate.reset();
     for (tokwatch::SettingsGroup* group : groups)
         group->save();

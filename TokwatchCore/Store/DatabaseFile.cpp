@@ -2,6 +2,7 @@
 
 #include "Platform/System/OwnLinks.h"
 #include "Platform/System/PrivateFiles.h"
+#include "TokwatchCore/Store/NoLockWaits.h"
 #include "TokwatchCore/Store/UsageStoreError.h"
 
 #include <sqlite3.h>
@@ -116,7 +117,9 @@ std::unique_ptr<Connection> openTables(const std::filesystem::path& file,
             return db;
         } catch (const UsageStoreError& error) {
             // Switching the journal's mode gives up at once where another process does the same.
-            if (!error.isLocked() || std::chrono::steady_clock::now() >= deadline) throw;
+            if (!error.isLocked() || NoLockWaits::areInForce() ||
+                std::chrono::steady_clock::now() >= deadline)
+                throw;
             std::this_thread::sleep_for(std::chrono::milliseconds{5});
         }
     }

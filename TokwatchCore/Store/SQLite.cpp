@@ -1,5 +1,6 @@
 #include "TokwatchCore/Store/SQLite.h"
 
+#include "TokwatchCore/Store/NoLockWaits.h"
 #include "TokwatchCore/Store/UsageStoreError.h"
 
 #include <sqlite3.h>
@@ -51,6 +52,19 @@ int openConnection(const std::string& file, Access access, sqlite3** opened) {
                                SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | always, nullptr);
     }
     return SQLITE_MISUSE;
+}
+
+/// Called with the number of waits before. Most locks are held for a moment, some for seconds.
+/// What counts is the time spent here: a process that is stopped meanwhile loses none of it.
+int waitForLock(void* patience, int waits) {
+    constexpr int shortWaits = 10; // of a millisecond
+    constexpr int step = 10;
+    const bool isShort = waits < shortWaits;
+    const int waited = isShort ? waits : shortWaits + (waits - shortWaits) * step;
+    const auto& all = *static_cast<const std::chrono::milliseconds*>(patience);
+    if (waited >= all.count() || NoLockWaits::areInForce()) return 0;
+    sqlite3_sleep(isShort ? 1 : step);
+    return 1;
 }
 
 } // namespace
@@ -147,13 +161,14 @@ void Connection::Closer::operator()(sqlite3* connection) const {
 }
 
 Connection::Connection(const std::string& file, Access access,
-                       std::chrono::milliseconds lockPatience) {
+                       std::chrono::milliseconds lockPatience)
+    : patience(lockPatience) {
     sqlite3* opened = nullptr;
     const int code = openConnection(file, access, &opened);
     handle.reset(opened);
     if (code != SQLITE_OK) throw failure(code, opened, "open failed");
     if (!handle) throw UsageStoreError(SQLITE_OK, "open failed");
-    sqlite3_busy_timeout(handle.get(), static_cast<int>(lockPatience.count()));
+    sqlite3_busy_handler(handle.get(), waitForLock, &patience);
     // SQLite makes do with reading where it may not write, and would say so at the first write.
     if (access == Access::readWrite && sqlite3_db_readonly(handle.get(), "main") == 1) {
         const int reason = ::access(file.c_str(), W_OK) != 0 ? errno : 0;

@@ -85,6 +85,7 @@ class Connection {
     struct Closer {
         void operator()(sqlite3* connection) const;
     };
+    std::chrono::milliseconds patience; ///< known to the library by its address
     std::unique_ptr<sqlite3, Closer> handle;
     std::map<std::string_view, std::unique_ptr<Statement>> statements;
 };
