@@ -1,3 +1,4 @@
+#include "KivoLaunch/DetachedStart.h"
 #include "KivoLaunch/LoginItem.h"
 
 #include "Tests/Support/TemporaryDirectory.h"
@@ -109,6 +110,15 @@ TEST_F(LoginItemTest, QuotesWhatItMust) {
     const std::string entry = home.read("config/autostart/app.example.desktop");
     EXPECT_NE(entry.find(R"(Exec="/opt/a\\"b\\\\c/run")"), std::string::npos) << entry;
     EXPECT_NE(entry.find(R"(TryExec=/opt/a"b\\c/run)"), std::string::npos) << entry;
+}
+
+TEST(DetachedStart, LeavesTheProgramNothingOfWhatThisOneReadsAndPrints) {
+    const tokwatch::testing::TemporaryDirectory home;
+    ASSERT_EQ(::mkfifo((home / "said").c_str(), 0600), 0);
+    const char* script =
+        R"(x=$(readlink /proc/$$/fd/0 /proc/$$/fd/1 /proc/$$/fd/2); echo "$x" >"$0")";
+    ASSERT_TRUE(startDetached("/bin/sh", {"-c", script, (home / "said").c_str()}));
+    EXPECT_EQ(home.read("said"), "/dev/null\n/dev/null\n/dev/null\n");
 }
 
 #ifdef DESKTOP_FILE_VALIDATE

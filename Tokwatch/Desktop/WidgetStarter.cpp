@@ -1,11 +1,11 @@
 #include "Tokwatch/Desktop/WidgetStarter.h"
 
+#include "KivoLaunch/DetachedStart.h"
 #include "Platform/System/Places.h"
 #include "Tokwatch/Preferences/WidgetPreferences.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <QFile>
-#include <QProcess>
 
 namespace tokwatch {
 
@@ -23,7 +23,7 @@ WidgetStarter::WidgetStarter(WidgetPreferences& widgetPreferences,
 void WidgetStarter::startIfWanted() {
     if (!preferences.shown.peek()) return;
     const std::filesystem::path program = ourProgram("tokwatch-widget");
-    if (QProcess::startDetached(QFile::decodeName(program.c_str()), arguments)) return;
+    if (kivo::startDetached(program, arguments)) return;
     systemLog("starting " + program.string() + " failed");
     preferences.shown = false; // so that no switch says otherwise
 }

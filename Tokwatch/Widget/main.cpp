@@ -1,3 +1,4 @@
+#include "KivoLaunch/DetachedStart.h"
 #include "KivoLooks/DesktopAppearance.h"
 #include "Platform/Linux/DisplayStart.h"
 #include "Platform/Linux/InotifyStream.h"
@@ -16,7 +17,6 @@
 #include <QCommandLineParser>
 #include <QDBusConnection>
 #include <QGuiApplication>
-#include <QProcess>
 #include <QProcessEnvironment>
 #include <QTimer>
 
@@ -55,11 +55,8 @@ std::filesystem::path absolute(const QString& path) {
 
 /// The one whose numbers are shown: with the same places as this program.
 void openTokwatch(const QStringList& places, const QProcessEnvironment& environment) {
-    QProcess tokwatch;
-    tokwatch.setProgram(QString::fromStdString(ourProgram("tokwatch").string()));
-    tokwatch.setArguments(QStringList(places) << QStringLiteral("--open"));
-    tokwatch.setProcessEnvironment(environment);
-    tokwatch.startDetached();
+    kivo::startDetached(ourProgram("tokwatch"), QStringList(places) << QStringLiteral("--open"),
+                        environment);
 }
 
 int run(int argc, char** argv) {
