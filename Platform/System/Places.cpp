@@ -21,21 +21,31 @@ std::filesystem::path homeOfAccount() {
     return found->pw_dir;
 }
 
-} // namespace
-
-std::filesystem::path programDirectory() {
+std::filesystem::path directoryNow() {
     std::error_code ignored;
     return std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
 }
 
+// The system follows the program when it is moved out of the way, and tells of a place that is
+// gone once it is removed there, whatever took its own.
+// NOLINTNEXTLINE(cert-err58-cpp): where there is no memory for a path, nothing starts.
+const std::filesystem::path directoryAtStart = directoryNow();
+
+} // namespace
+
+std::filesystem::path programDirectory() {
+    return directoryAtStart;
+}
+
 std::filesystem::path ourProgram(std::string_view name) {
-    const std::filesystem::path directory = programDirectory();
-    for (const char* place : {"", "../libexec/tokwatch", "../../bin"}) {
-        std::error_code ignored;
-        std::filesystem::path program = (directory / place / name).lexically_normal();
-        if (std::filesystem::exists(program, ignored)) return program;
+    for (const std::filesystem::path& directory : {directoryAtStart, directoryNow()}) {
+        for (const char* place : {"", "../libexec/tokwatch", "../../bin"}) {
+            std::error_code ignored;
+            std::filesystem::path program = (directory / place / name).lexically_normal();
+            if (std::filesystem::exists(program, ignored)) return program;
+        }
     }
-    return directory / name;
+    return directoryAtStart / name;
 }
 
 std::filesystem::path libraryDirectory(const void* address) {
