@@ -129,6 +129,19 @@ TEST_F(AppDelegateTest, WelcomesAtTheFirstLaunchBeforeThereIsAnItem) {
     EXPECT_NE(shownWindow(popoverTitle), nullptr);
 }
 
+TEST_F(AppDelegateTest, TurnsOffAWidgetThatIsNotThereOnlyForWhoTurnedItOn) {
+    widgetPreferences.shown = true;
+    launch(); // nothing is installed beside this
+    EXPECT_TRUE(widgetPreferences.shown.peek()) << "lost by a start in the middle of an upgrade";
+    widgetPreferences.shown = false;
+    widgetPreferences.shown = true;
+    EXPECT_FALSE(widgetPreferences.shown.peek()) << "the switch says otherwise";
+    widgetPreferences.save();
+    data.write("Widget.conf", "[General]\nshown=true\n");
+    widgetPreferences.reload();
+    EXPECT_TRUE(widgetPreferences.shown.peek()) << "somebody else's choice is lost";
+}
+
 TEST_F(AppDelegateTest, PinsTheFirstThatHasANumberUnlessClaudeOrAChoiceIsThere) {
     using enum ProviderID;
     struct Case {

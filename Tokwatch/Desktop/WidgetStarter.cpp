@@ -16,16 +16,18 @@ WidgetStarter::WidgetStarter(WidgetPreferences& widgetPreferences,
                                                 QFile::decodeName(dataHome.c_str()),
                                                 QStringLiteral("--home"),
                                                 QFile::decodeName(home.c_str())},
-      shownNotifier(preferences.shown.addNotifier([this] { startIfWanted(); })) {
+      shownNotifier(preferences.shown.addNotifier([this] {
+          if (!startIfWanted() && !preferences.isReloading()) preferences.shown = false;
+      })) {
     startIfWanted();
 }
 
-void WidgetStarter::startIfWanted() {
-    if (!preferences.shown.peek()) return;
+bool WidgetStarter::startIfWanted() {
+    if (!preferences.shown.peek()) return true;
     const std::filesystem::path program = ourProgram("tokwatch-widget");
-    if (kivo::startDetached(program, arguments)) return;
+    if (kivo::startDetached(program, arguments)) return true;
     systemLog("starting " + program.string() + " failed");
-    preferences.shown = false; // so that no switch says otherwise
+    return false;
 }
 
 } // namespace tokwatch

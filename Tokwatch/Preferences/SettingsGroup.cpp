@@ -8,6 +8,7 @@
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <QCoreApplication>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <utility>
@@ -100,6 +101,7 @@ void SettingsGroup::reload() {
     if (!list.storage->load()) return;
     isLost = list.storage->values().empty();
     if (isLost) return;
+    const QScopedValueRollback<bool> whileNotifying(reloading, true);
     for (AnySetting* setting : list.all)
         setting->reload();
 }

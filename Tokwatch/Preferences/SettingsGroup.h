@@ -46,6 +46,8 @@ class SettingsGroup {
     void followFile();
     /// Reads the file again and notifies of what changed.
     void reload();
+    /// During such notifications: nobody in this process made the change.
+    bool isReloading() const { return reloading; }
     /// Writes the file now; false when that failed.
     bool save();
     /// Why changes are not in the file, as "Permission denied"; empty where they are. What cannot
@@ -65,6 +67,7 @@ class SettingsGroup {
   private:
     void saveOrTell();
 
+    bool reloading = false;
     bool isLost = false; ///< the file has nothing any more of what holds
     std::set<std::string> toldFaults;
     QProperty<std::string> obstacle;
