@@ -88,11 +88,11 @@ int run(int argc, char** argv) {
         if (parser.isSet(option)) places << "--" + option.names().first() << parser.value(option);
     if (parser.isSet(dataDirectory)) paths.dataHome = absolute(parser.value(dataDirectory));
 
+    WidgetPreferences preferences(settingsFile(widgetSettingsPath())); // makes the directory
     const FileDescriptor single =
         lockPrivately(settingsPath().parent_path() / "Widget.lock", patience);
     if (!single.isOpen()) return 0; // there is one already
     const TerminationSignals termination([] { QGuiApplication::quit(); });
-    WidgetPreferences preferences(settingsFile(widgetSettingsPath()));
     preferences.followFile();
     preferences.shown = true;
     const QPropertyNotifier end = preferences.shown.addNotifier([] { QGuiApplication::quit(); });
