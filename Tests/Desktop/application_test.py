@@ -73,6 +73,14 @@ def check_second_start():
     wait_for("the end", is_closed)
 
 
+def check_restored_start():
+    step("asks no other to open where a session that was saved has it")
+    bus = desktop.dbus.SessionBus()
+    bus.request_name("app.tokwatch")  # and never answers
+    assert subprocess.run([PROGRAM, "-session", "1_2_3"], timeout=10).returncode == 0
+    bus.release_name("app.tokwatch")
+
+
 def check_own_menu(item):
     step("draws the menu itself where it is asked to")
     item.call("ContextMenu", 600, 300)
@@ -153,6 +161,7 @@ def check_settings(place, item):
 
 
 def test_with_host():
+    check_restored_start()
     step("ends well where it is told to while it starts")
     with Application():
         StatusItem(every=0)  # the earliest sign of it

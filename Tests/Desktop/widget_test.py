@@ -207,6 +207,9 @@ def check_places():
         assert subprocess.run([PROGRAM], timeout=10).returncode == 0
         set_preferences("shown=false\n")
         assert widget.process.wait(timeout=10) == 0
+    step("stays off where a session that was saved has it")
+    assert subprocess.run([PROGRAM, "-session", "1_2_3"], timeout=10).returncode == 0
+    assert "shown=false" in kept(), kept()
 
 
 os.environ.pop("NO_AT_BRIDGE", None)

@@ -1,5 +1,6 @@
 #include "Tokwatch/Desktop/AppDelegate.h"
 
+#include "KivoLaunch/SessionRestart.h"
 #include "Platform/Linux/DesktopBus.h"
 #include "Platform/Linux/DisplayStart.h"
 #include "Platform/Linux/MuteBuses.h"
@@ -63,6 +64,7 @@ int run(int argc, char** argv) {
     QGuiApplication::setDesktopFileName(QLatin1String(tokwatch::DesktopBus::serviceName));
     QGuiApplication::setWindowIcon(tokwatch::applicationIcon());
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    kivo::leaveOutOfSavedSessions(application);
 
     QCommandLineParser parser;
     const QCommandLineOption home("home", "Where the assistants' files are.", "DIR");
@@ -82,6 +84,8 @@ int run(int argc, char** argv) {
             openAtOnce = true;
     };
     if (bus.claim(open) == tokwatch::DesktopBus::Claim::second) {
+        // A session that was saved brings it, and nobody asked for a window.
+        if (application.isSessionRestored()) return 0;
         const tokwatch::DesktopBus::Opening opening = bus.openRunning();
         if (opening == tokwatch::DesktopBus::Opening::shown) return 0;
         if (opening == tokwatch::DesktopBus::Opening::unanswered) {

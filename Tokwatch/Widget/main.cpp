@@ -1,4 +1,5 @@
 #include "KivoLaunch/DetachedStart.h"
+#include "KivoLaunch/SessionRestart.h"
 #include "KivoLooks/DesktopAppearance.h"
 #include "Platform/Linux/DisplayStart.h"
 #include "Platform/Linux/InotifyStream.h"
@@ -75,6 +76,7 @@ int run(int argc, char** argv) {
     QGuiApplication::setDesktopFileName(QStringLiteral("app.tokwatch"));
     // A menu that closes is no end.
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    kivo::leaveOutOfSavedSessions(application);
 
     QCommandLineParser parser;
     const QCommandLineOption dataDirectory("data-dir", "Where Tokwatch keeps its data.", "DIR");
@@ -94,6 +96,8 @@ int run(int argc, char** argv) {
     if (!single.isOpen()) return 0; // there is one already
     const TerminationSignals termination([] { QGuiApplication::quit(); });
     preferences.followFile();
+    // A session that was saved brings it, and it may have been turned off since.
+    if (application.isSessionRestored() && !preferences.shown.peek()) return 0;
     preferences.shown = true;
     const QPropertyNotifier end = preferences.shown.addNotifier([] { QGuiApplication::quit(); });
 
