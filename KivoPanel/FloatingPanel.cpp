@@ -38,6 +38,10 @@ FloatingPanel::FloatingPanel(QWindow& panelWindow, SavedFrames savedFrames)
     qGuiApp->installEventFilter(this);
 }
 
+FloatingPanel::~FloatingPanel() {
+    tellMove();
+}
+
 void FloatingPanel::watch(QScreen* screen) {
     connect(screen, &QScreen::availableGeometryChanged, this, &FloatingPanel::screensChanged);
 }
@@ -60,7 +64,7 @@ void FloatingPanel::open(QPoint opensAt, QSize panelSize, Keyboard keyboard) {
 }
 
 void FloatingPanel::resize(QSize panelSize) {
-    if (moveTimer.isActive()) moved();
+    tellMove();
     size = panelSize;
     place();
 }
@@ -90,6 +94,7 @@ void FloatingPanel::place() {
 }
 
 void FloatingPanel::close() {
+    tellMove();
     opened = false;
     window.hide();
 }
@@ -112,6 +117,11 @@ void FloatingPanel::follow(const QMouseEvent& event) {
 
 void FloatingPanel::positionChanged() {
     if (isMoving && window.position() != placedAt) moveTimer.start();
+}
+
+/// Of a move that is not told yet.
+void FloatingPanel::tellMove() {
+    if (moveTimer.isActive()) moved();
 }
 
 void FloatingPanel::moved() {

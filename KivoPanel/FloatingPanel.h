@@ -29,6 +29,7 @@ class FloatingPanel : public QObject {
 
     /// The window outlives the panel, and is not shown yet.
     FloatingPanel(QWindow& window, SavedFrames frames);
+    ~FloatingPanel() override;
 
     /// Shows it where it was left; where it was nowhere yet, at the anchor, as panels are placed.
     void open(QPoint anchor, QSize size, Keyboard keyboard);
@@ -39,7 +40,7 @@ class FloatingPanel : public QObject {
 
     /// The pointer, with a button pressed, takes it along until that is released.
     void startMove();
-    /// Called after it was moved.
+    /// Called once it rests after it was moved, or is closed or ends before.
     std::function<void(const SavedFrames& frames)> onMoved;
 
   signals:
@@ -56,6 +57,7 @@ class FloatingPanel : public QObject {
     void place();
     void follow(const QMouseEvent& event);
     void positionChanged();
+    void tellMove();
     void moved();
 
     QWindow& window;

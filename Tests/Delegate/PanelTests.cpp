@@ -1,3 +1,4 @@
+#include "KivoPanel/FloatingPanel.h"
 #include "KivoPanel/PanelPlacement.h"
 #include "KivoPanel/PopupPanel.h"
 #include "KivoPanel/SavedFrame.h"
@@ -10,6 +11,9 @@
 #include <QWindow>
 
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
 
 namespace kivo {
 namespace {
@@ -84,6 +88,25 @@ TEST(SavedFrames, ComeBackOnTheirScreenAndOnAVisiblePlaceWhereItIsGone) {
     }
     EXPECT_EQ(savedFramesFrom(u"1 2 3 4 Lid 2\n\n1 2 3\n1 2 0 4 x\n9999999 2 3 4 x\n1 2 3 4"),
               (SavedFrames{{"Lid 2", {1, 2, 3, 4}}, {"", {1, 2, 3, 4}}}));
+}
+
+TEST(FloatingPanel, TellsOfAMoveThatIsFollowedByItsEnd) {
+    const std::function<void(std::unique_ptr<FloatingPanel>&)> ends[]{
+        [](auto& panel) { panel->close(); },
+        [](auto& panel) { panel.reset(); }, // as when its window is made anew
+    };
+    for (const auto& end : ends) {
+        QWindow window;
+        auto panel = std::make_unique<FloatingPanel>(window, SavedFrames());
+        QPoint told;
+        panel->onMoved = [&](const SavedFrames& frames) { told = frames.back().frame.topLeft(); };
+        panel->open({600, 4}, {240, 140}, FloatingPanel::Keyboard::stays);
+        panel->startMove();
+        window.setPosition(70, 80);
+        tokwatch::testing::settle();
+        end(panel);
+        EXPECT_EQ(told, QPoint(70, 80)) << &end - ends;
+    }
 }
 
 struct PopupPanelTest : ::testing::Test {
