@@ -2,6 +2,7 @@
 
 #include "Platform/System/ActingAsOwner.h"
 #include "Platform/System/OwnLinks.h"
+#include "Platform/System/WholeFile.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -80,7 +81,10 @@ class ReplacementFile {
             else if (errno != EINTR)
                 fail(errno, target);
         }
-        // Without this a power cut could leave the new name with none of the bytes.
+    }
+
+    /// Without this a power cut could leave the new name with none of the bytes.
+    void waitForDisk() const {
         if (::fsync(descriptor.get()) != 0) fail(errno, target);
     }
 
@@ -127,7 +131,10 @@ void removeAbandoned(const std::filesystem::path& directory) {
         removeIfAbandoned(path);
 }
 
-void replace(const std::filesystem::path& file, std::string_view contents, mode_t permissions) {
+enum class Lasting { yes, no };
+
+void replace(const std::filesystem::path& file, std::string_view contents, mode_t permissions,
+             Lasting lasting = Lasting::yes) {
     const std::filesystem::path real = followOwnLinks(file);
     // An administrator may replace anything, also the device that a link was pointed at.
     struct stat status = {};
@@ -136,6 +143,7 @@ void replace(const std::filesystem::path& file, std::string_view contents, mode_
     removeAbandoned(real.parent_path());
     ReplacementFile replacement(real, permissions);
     replacement.write(contents);
+    if (lasting == Lasting::yes) replacement.waitForDisk();
     replacement.replace();
 }
 
@@ -208,6 +216,15 @@ FileDescriptor lockPrivately(const std::filesystem::path& file,
 
 void replacePrivately(const std::filesystem::path& file, std::string_view contents) {
     replace(file, contents, privateFile);
+}
+
+void replaceUnlessSame(const std::filesystem::path& file, std::string_view contents) {
+    const std::filesystem::path real = followOwnLinks(file);
+    struct stat present = {};
+    if (::lstat(real.c_str(), &present) == 0 && isTrustedOwner(present.st_uid, real) &&
+        readWholeFile(real, contents.size()) == contents)
+        return;
+    replace(file, contents, privateFile, Lasting::no);
 }
 
 void replaceForOthers(const std::filesystem::path& file, std::string_view contents) {

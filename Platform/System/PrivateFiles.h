@@ -35,6 +35,11 @@ FileDescriptor lockPrivately(const std::filesystem::path& file, std::chrono::mil
 /// killed is removed.
 void replacePrivately(const std::filesystem::path& file, std::string_view contents);
 
+/// The same for what can be made anew at any time: a file with these contents is left as it is, and
+/// nothing waits for the disk. A reader never meets half of it; after a power cut it may be empty,
+/// until it is written here again.
+void replaceUnlessSame(const std::filesystem::path& file, std::string_view contents);
+
 /// The same for a file that the user named and others are to read: 0644 where it is new; what
 /// exists keeps its permissions.
 void replaceForOthers(const std::filesystem::path& file, std::string_view contents);

@@ -83,6 +83,7 @@ TEST(PrivateFiles, FollowTheUsersOwnLinks) {
     ASSERT_EQ(::mkfifo((home / "device").c_str(), 0600), 0);
     fs::create_symlink("device", home / "discarded");
     EXPECT_THROW(replacePrivately(home / "discarded", "text"), std::system_error);
+    EXPECT_THROW(replaceUnlessSame(home / "discarded", "text"), std::system_error);
     EXPECT_TRUE(fs::is_fifo(home / "device")) << "what a link was pointed at stays";
 }
 
@@ -142,6 +143,21 @@ TEST(PrivateFiles, AreTheUsersWhoseDirectoryItIsWhenTheAdministratorMakesThem) {
         struct stat status = {};
         EXPECT_EQ(::stat((home / name).c_str(), &status), 0);
         EXPECT_EQ(status.st_uid, owner) << name;
+    }
+}
+
+TEST(PrivateFiles, AreWrittenAgainWhereTheyAreNotAsWanted) {
+    const testing::TemporaryDirectory home;
+    for (const char* present : {"", "text", "other", "texts"}) {
+        home.write("note", present);
+        fs::create_hard_link(home / "note", home / "before");
+        replaceUnlessSame(home / "note", "text");
+        EXPECT_EQ(home.read("note"), "text");
+        EXPECT_EQ(fs::equivalent(home / "note", home / "before"),
+                  std::string_view(present) == "text");
+        EXPECT_EQ(home.read("before"), present) << "a reader met half of it";
+        fs::remove(home / "before");
+        fs::remove(home / "note");
     }
 }
 

@@ -29,7 +29,7 @@ void writePicture(const QImage& picture, const std::filesystem::path& file) {
     QBuffer buffer(&encoded);
     if (!picture.save(&buffer, "PNG"))
         throw std::system_error(std::make_error_code(std::errc::io_error));
-    replacePrivately(file, {encoded.constData(), static_cast<std::size_t>(encoded.size())});
+    replaceUnlessSame(file, {encoded.constData(), static_cast<std::size_t>(encoded.size())});
 }
 
 /// Symbolic pictures are masks: their alpha alone counts. The suffix tells the panel.
