@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <langinfo.h>
 #include <locale.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -73,6 +74,16 @@ void requireDescriptors(int count) {
         if (!held.back().isOpen())
             throw std::system_error(errno, std::generic_category(), "opening files");
     }
+}
+
+void requireAddressSpace(std::size_t bytes) {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return;
+    constexpr int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
+    void* const reserved = ::mmap(nullptr, bytes, PROT_NONE, flags, -1, 0);
+    if (reserved == MAP_FAILED)
+        throw std::system_error(errno, std::generic_category(), "reserving address space");
+    ::munmap(reserved, bytes);
 }
 
 } // namespace tokwatch

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 // What a program sees to before all else.
 namespace tokwatch {
 
@@ -30,5 +32,10 @@ void requireThreads(int count);
 /// Throws std::system_error where this process may not open so many files more. A thread of the
 /// toolkit's that finds no descriptors for its wake-ups ends the process by a signal.
 void requireDescriptors(int count);
+
+/// Throws std::system_error where this process's address space is limited and has no room for so
+/// many bytes more. The toolkit's threads and painters end the process by a signal where an
+/// allocation fails.
+void requireAddressSpace(std::size_t bytes);
 
 } // namespace tokwatch

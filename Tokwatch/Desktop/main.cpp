@@ -21,6 +21,7 @@
 #include <QQuickWindow>
 
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -33,6 +34,8 @@ namespace {
 constexpr int threads = 12;
 /// It has 20 open while its windows are closed.
 constexpr int descriptors = 32;
+/// Bytes: it takes 210 MiB more with its windows open.
+constexpr std::size_t addressSpace = std::size_t{240} << 20;
 
 /// The same options as those of the commands, which starts this program.
 tokwatch::UserPaths pathsFrom(const QCommandLineParser& parser, const QCommandLineOption& home,
@@ -51,6 +54,7 @@ int run(int argc, char** argv) {
     tokwatch::preventCoreDumps();
     tokwatch::keepMemorySmall();
     tokwatch::ensureUTF8Locale();
+    tokwatch::requireAddressSpace(addressSpace);
     tokwatch::requireThreads(threads);
     tokwatch::requireDescriptors(descriptors);
     tokwatch::leaveOutMuteBuses();
