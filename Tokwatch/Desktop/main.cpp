@@ -25,9 +25,12 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
+namespace tokwatch {
 namespace {
 
 /// Ours, the toolkit's, and a few to spare.
@@ -37,39 +40,13 @@ constexpr int descriptors = 32;
 /// Bytes: it takes 210 MiB more with its windows open.
 constexpr std::size_t addressSpace = std::size_t{240} << 20;
 
-/// The same options as those of the commands, which starts this program.
-tokwatch::UserPaths pathsFrom(const QCommandLineParser& parser, const QCommandLineOption& home,
-                              const QCommandLineOption& dataDirectory) {
-    const auto path = [&parser](const QCommandLineOption& option) {
-        return std::filesystem::absolute(parser.value(option).toStdString()).lexically_normal();
-    };
-    tokwatch::UserPaths paths = tokwatch::UserPaths::current();
-    if (parser.isSet(home)) paths.home = path(home);
-    if (parser.isSet(dataDirectory)) paths.dataHome = path(dataDirectory);
-    return paths;
-}
+struct Options {
+    UserPaths paths;
+    bool opensAtOnce;
+};
 
-int run(int argc, char** argv) {
-    tokwatch::fillStandardDescriptors();
-    tokwatch::preventCoreDumps();
-    tokwatch::keepMemorySmall();
-    tokwatch::ensureUTF8Locale();
-    tokwatch::requireAddressSpace(addressSpace);
-    tokwatch::requireThreads(threads);
-    tokwatch::requireDescriptors(descriptors);
-    tokwatch::leaveOutMuteBuses();
-    // Pictures of this size are drawn faster, and in a third of the memory, without a graphics
-    // driver.
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-    std::optional<tokwatch::DisplayStart> start("tokwatch");
-    QGuiApplication application(argc, argv);
-    start.reset();
-    QGuiApplication::setApplicationName(QStringLiteral("Tokwatch"));
-    QGuiApplication::setDesktopFileName(QLatin1String(tokwatch::DesktopBus::serviceName));
-    QGuiApplication::setWindowIcon(tokwatch::applicationIcon());
-    QGuiApplication::setQuitOnLastWindowClosed(false);
-    kivo::leaveOutOfSavedSessions(application);
-
+/// The same as those of the commands, which start this program.
+Options optionsOf(const QGuiApplication& application) {
     QCommandLineParser parser;
     const QCommandLineOption home("home", "Where the assistants' files are.", "DIR");
     const QCommandLineOption dataDirectory("data-dir", "Where Tokwatch keeps its data.", "DIR");
@@ -77,63 +54,100 @@ int run(int argc, char** argv) {
     parser.addHelpOption();
     parser.addOptions({home, dataDirectory, opens});
     parser.process(application);
+    const auto path = [&parser](const QCommandLineOption& option) {
+        return std::filesystem::absolute(parser.value(option).toStdString()).lexically_normal();
+    };
+    UserPaths paths = UserPaths::current();
+    if (parser.isSet(home)) paths.home = path(home);
+    if (parser.isSet(dataDirectory)) paths.dataHome = path(dataDirectory);
+    return {std::move(paths), parser.isSet(opens)};
+}
 
-    tokwatch::DesktopBus bus(QDBusConnection::sessionBus(), QDBusConnection::systemBus());
-    std::unique_ptr<tokwatch::AppDelegate> delegate;
-    bool openAtOnce = parser.isSet(opens);
+/// Makes this the session's one instance; the status to end with where another one is.
+std::optional<int> statusBesideAnother(DesktopBus& bus, const std::function<void()>& open,
+                                       bool isSessionRestored) {
+    if (bus.claim(open) != DesktopBus::Claim::second) return std::nullopt;
+    // A session that was saved brings it, and nobody asked for a window.
+    if (isSessionRestored) return 0;
+    switch (bus.openRunning()) {
+    case DesktopBus::Opening::shown:
+        return 0;
+    case DesktopBus::Opening::claimed:
+        return std::nullopt;
+    case DesktopBus::Opening::unanswered:
+        break;
+    }
+    std::fputs("tokwatch: the running Tokwatch does not answer\n", stderr);
+    return 1;
+}
+
+int run(int argc, char** argv) {
+    fillStandardDescriptors();
+    preventCoreDumps();
+    keepMemorySmall();
+    ensureUTF8Locale();
+    requireAddressSpace(addressSpace);
+    requireThreads(threads);
+    requireDescriptors(descriptors);
+    leaveOutMuteBuses();
+    // Pictures of this size are drawn faster, and in a third of the memory, without a graphics
+    // driver.
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    std::optional<DisplayStart> start("tokwatch");
+    QGuiApplication application(argc, argv);
+    start.reset();
+    QGuiApplication::setApplicationName(QStringLiteral("Tokwatch"));
+    QGuiApplication::setDesktopFileName(QLatin1String(DesktopBus::serviceName));
+    QGuiApplication::setWindowIcon(applicationIcon());
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    kivo::leaveOutOfSavedSessions(application);
+
+    Options options = optionsOf(application);
+    DesktopBus bus(QDBusConnection::sessionBus(), QDBusConnection::systemBus());
+    std::unique_ptr<AppDelegate> delegate;
     const auto open = [&] {
         if (delegate)
             delegate->open();
         else
-            openAtOnce = true;
+            options.opensAtOnce = true;
     };
-    if (bus.claim(open) == tokwatch::DesktopBus::Claim::second) {
-        // A session that was saved brings it, and nobody asked for a window.
-        if (application.isSessionRestored()) return 0;
-        const tokwatch::DesktopBus::Opening opening = bus.openRunning();
-        if (opening == tokwatch::DesktopBus::Opening::shown) return 0;
-        if (opening == tokwatch::DesktopBus::Opening::unanswered) {
-            std::fputs("tokwatch: the running Tokwatch does not answer\n", stderr);
-            return 1;
-        }
-    }
+    if (const auto status = statusBesideAnother(bus, open, application.isSessionRestored()))
+        return *status;
 
     // The end of a session comes as a signal, also while this starts: the item leaves the panel,
     // the settings are written.
-    const tokwatch::TerminationSignals termination([&bus] {
+    const TerminationSignals termination([&bus] {
         bus.release();
         QGuiApplication::quit();
     });
-    tokwatch::Preferences preferences(tokwatch::settingsFile(tokwatch::settingsPath()));
-    tokwatch::AlertPreferences alerts(tokwatch::settingsFile(tokwatch::alertSettingsPath()));
-    tokwatch::DesktopPreferences desktop(tokwatch::settingsFile(tokwatch::desktopSettingsPath()));
-    tokwatch::WidgetPreferences widget(tokwatch::settingsFile(tokwatch::widgetSettingsPath()));
-    const auto groups =
-        std::to_array<tokwatch::SettingsGroup*>({&preferences, &alerts, &desktop, &widget});
-    for (tokwatch::SettingsGroup* group : groups)
+    Preferences preferences(settingsFile(settingsPath()));
+    AlertPreferences alerts(settingsFile(alertSettingsPath()));
+    DesktopPreferences desktop(settingsFile(desktopSettingsPath()));
+    WidgetPreferences widget(settingsFile(widgetSettingsPath()));
+    const auto groups = std::to_array<SettingsGroup*>({&preferences, &alerts, &desktop, &widget});
+    for (SettingsGroup* group : groups)
         group->followFile();
-    tokwatch::QtScheduler scheduler;
-    delegate = std::make_unique<tokwatch::AppDelegate>(
-        tokwatch::Surroundings::real(pathsFrom(parser, home, dataDirectory)), preferences, alerts,
-        desktop, widget, bus, scheduler);
-    if (openAtOnce) delegate->open();
+    QtScheduler scheduler;
+    delegate = std::make_unique<AppDelegate>(Surroundings::real(options.paths), preferences, alerts,
+                                             desktop, widget, bus, scheduler);
+    if (options.opensAtOnce) delegate->open();
     delegate->launch();
     const int status = QGuiApplication::exec();
-    tokwatch::TerminationSignals::boundTheEnd();
+    TerminationSignals::boundTheEnd();
     bus.release();
     delegate.reset();
-    for (tokwatch::SettingsGroup* group : groups)
+    for (SettingsGroup* group : groups)
         group->save();
-    if (tokwatch::URLSessionHTTPClient::mayBeLookingUp())
-        tokwatch::TerminationSignals::endNow(status);
+    if (URLSessionHTTPClient::mayBeLookingUp()) TerminationSignals::endNow(status);
     return status;
 }
 
 } // namespace
+} // namespace tokwatch
 
 int main(int argc, char** argv) {
     try {
-        return run(argc, argv);
+        return tokwatch::run(argc, argv);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "tokwatch: starting failed: %s\n", error.what());
         return 1;
