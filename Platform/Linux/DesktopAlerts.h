@@ -24,7 +24,8 @@ class DesktopAlerts : public QObject, public AlertDisplay {
   public:
     static constexpr const char* serviceName = "org.freedesktop.Notifications"; ///< and interface
     static constexpr const char* objectPath = "/org/freedesktop/Notifications";
-    static constexpr std::chrono::milliseconds patience{1000};
+    /// A desktop that has just begun is slow.
+    static constexpr std::chrono::milliseconds patience = std::chrono::seconds{25};
 
     explicit DesktopAlerts(QDBusConnection session);
 
