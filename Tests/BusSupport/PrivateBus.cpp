@@ -85,6 +85,7 @@ QDBusMessage answer(QDBusConnection bus, const QString& service, const QString& 
 SignalLog::SignalLog(QDBusConnection connection, const QString& interface)
     : bus(std::move(connection)) {
     bus.connect(QString(), QString(), interface, QString(), this, SLOT(heard(QDBusMessage)));
+    drain(bus); // from here on the bus passes them on
 }
 
 QStringList SignalLog::take(QDBusConnection sender) {

@@ -31,13 +31,14 @@ def show_open_pipe(world):
     known = "Session 42% left (2h 0m)\n"
     for text, expected in (("", "Tokwatch\n"), (told(58), "Opus 4.5 · context 41% · $0.50 · " + known),
                            ('{"model":', "Tokwatch · " + known)):
-        with subprocess.Popen([PROGRAM, "statusline"], env={**world, "NO_COLOR": "1"}, text=True, stdin=subprocess.PIPE,
-                              stdout=subprocess.PIPE) as program:
-            program.stdin.write(text)
-            program.stdin.flush()
-            program.wait(NOTICED)
-            line = program.stdout.read()
-            check("a line comes though the pipe stays open", line == expected, line)
+        # Written before the program starts, whose patience with the pipe is half a second.
+        pipe, told_by = os.pipe()
+        os.write(told_by, text.encode())
+        line = subprocess.run([PROGRAM, "statusline"], env={**world, "NO_COLOR": "1"}, text=True, stdin=pipe,
+                              stdout=subprocess.PIPE, timeout=NOTICED, check=False).stdout
+        check("a line comes though the pipe stays open", line == expected, line)
+        os.close(told_by)
+        os.close(pipe)
 
 
 def libraries(program):
