@@ -11,7 +11,7 @@ import time
 from datetime import datetime, timezone
 
 import desktop
-from desktop import StatusItem, wait_for
+from desktop import wait_for
 
 PROGRAM = sys.argv[1]
 COMMAND = os.path.join(os.path.dirname(PROGRAM), "tokwatch")
@@ -35,7 +35,7 @@ def preference(key):
 class Application:
     def __init__(self, environment=None):
         self.environment = environment
-        self.errors = open(os.path.join(os.environ["HOME"], "errors"), "w+")
+        self.errors = open(os.path.join(os.environ["HOME"], "errors"), "w")
         self.start()
 
     def start(self):
@@ -56,8 +56,9 @@ class Application:
         return self.process.poll() is None
 
     def complaints(self):
-        self.errors.seek(0)
-        return self.errors.read()
+        # Not by the program's own description of the file, whose place in it is where the program writes.
+        with open(self.errors.name, encoding="utf-8") as file:
+            return file.read()
 
     def end(self):
         self.process.terminate()
@@ -66,15 +67,13 @@ class Application:
 
 
 def windows(name="Tokwatch", environment=None):
-    found = subprocess.run(
-        ["xdotool", "search", "--onlyvisible", "--name", f"^{name}$"], capture_output=True, text=True, env=environment
-    ).stdout.split()
-    return [window for window in found if geometry(window, environment)["WIDTH"] > 10]
+    found = desktop.window_ids(name, environment)
+    return [window for window in found if geometry(window, environment).get("WIDTH", 0) > 10]
 
 
 def geometry(window, environment=None):
-    """On the screen, without what a window manager puts around it."""
-    told = subprocess.run(["xwininfo", "-id", window], check=True, capture_output=True, text=True, env=environment).stdout
+    """On the screen, without what a window manager puts around it; empty where the window has gone."""
+    told = subprocess.run(["xwininfo", "-id", window], capture_output=True, text=True, env=environment).stdout
     found = re.findall(r"^ *(?:Absolute upper-left )?(X|Y|Width|Height): +(-?\d+)$", told, re.MULTILINE)
     return {key.upper(): int(value) for key, value in found}
 
@@ -105,17 +104,11 @@ def set_thresholds(warning, critical):
 
 def find_item():
     """The middle of the item on the panel."""
-    columns = lambda: desktop.item_columns(lambda: set_thresholds(1, 0.95), lambda: set_thresholds(0.25, 0.1))
     try:
-        left, right = columns()
+        left, right = desktop.item_columns(lambda: set_thresholds(1, 0.95), lambda: set_thresholds(0.25, 0.1))
     except AssertionError:
         print(tokwatch("status", "--format", "json", "--home", HOME), tokwatch("preferences", "list"), file=sys.stderr)
-        if not StatusItem().is_red():
-            raise
-        # A panel that has just started may miss a signal, once in some forty sessions.
-        print("the item is red, and the panel does not show it; once more", file=sys.stderr)
-        set_thresholds(0.25, 0.1)
-        left, right = columns()
+        raise
     return (left + right) // 2, desktop.PANEL_HEIGHT // 2 - 1
 
 

@@ -6,6 +6,7 @@ import os
 import re
 import signal
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -37,12 +38,26 @@ def wait_for(what, condition, seconds=15.0, every=0.05):
     """The condition's first true value; each wait is bounded, none is fixed."""
     deadline = time.monotonic() + seconds
     while True:
+        late = time.monotonic() > deadline
         value = condition()
         if value:
             return value
-        if time.monotonic() > deadline:
+        if late:
             raise AssertionError(f"waited {seconds:g} s in vain for {what}")
         time.sleep(every)
+
+
+def until(what, act, holds, pause=1.0):
+    """Acts again where that came to nothing: a window takes keys and presses only a moment after it is there."""
+
+    def acted():
+        act()
+        try:
+            return wait_for(what, holds, pause)
+        except AssertionError:
+            return None
+
+    return wait_for(what, acted, 20)
 
 
 class Picture:
@@ -112,8 +127,18 @@ def is_red(red, green, blue):
 
 def item_columns(redden, restore):
     """The first and the last column of the item on the panel, told by its turning red."""
+    is_shown = lambda: panel().count(is_red) > 30
     redden()
-    wait_for("the item in red", lambda: panel().count(is_red) > 30, 30)
+    try:
+        wait_for("the item in red", is_shown, 30)
+    except AssertionError:
+        if not StatusItem().is_red():
+            raise
+        # A panel that has just started may miss a signal, once in some forty sessions.
+        print("the item is red, and the panel does not show it; once more", file=sys.stderr)
+        restore()
+        redden()
+        wait_for("the item in red", is_shown, 30)
     columns = settled_panel().columns(is_red)
     restore()
     wait_for("the item's usual colour", lambda: not panel().count(is_red))
@@ -160,6 +185,14 @@ def key(name):
 
 def move_away():
     run("xdotool", "mousemove", "200", "600")
+
+
+def window_ids(name="Tokwatch", environment=None):
+    command = ["xdotool", "search", "--onlyvisible", "--name", f"^{name}$"]
+    # It finds nothing where a window, whosever, went while it looked.
+    while "X Error" in (found := subprocess.run(command, capture_output=True, text=True, env=environment)).stderr:
+        pass
+    return found.stdout.split()
 
 
 def start_panel():
@@ -243,9 +276,9 @@ class StatusItem:
                 self.bus.get_object(WATCHER, "/StatusNotifierWatcher"), "org.freedesktop.DBus.Properties"
             )
             items = watcher.Get(WATCHER, "RegisteredStatusNotifierItems")
+            unique = str(self.bus.get_name_owner(self.service))
         except dbus.DBusException:
             return False
-        unique = str(self.bus.get_name_owner(self.service))
         return any(self.service in str(item) or unique in str(item) for item in items)
 
 

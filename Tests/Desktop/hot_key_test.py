@@ -16,10 +16,11 @@ import time
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../gallery"))
 import desktop
 from application import Application, names, prepare, press, tokwatch, windows
-from desktop import Program, StatusItem, step, wait_for
+from desktop import Program, StatusItem, step, until, wait_for
 
 SETTINGS = os.path.join(os.environ["XDG_CONFIG_HOME"], "Tokwatch/Desktop.conf")
 CONTROL, ALT, XK_Y = 4, 8, 0x79
+BOUND = r"bound CTRL\+ALT\+t"  # what the portal says
 
 x11 = ctypes.CDLL("libX11.so.6")
 x11.XOpenDisplay.restype = ctypes.c_void_p
@@ -55,6 +56,14 @@ def toggles(what, keys="ctrl+alt+t"):
         wait_for(f"the popover to {'open' if is_open else 'close'} {what}", lambda: bool(windows()) == is_open)
 
 
+def opens_on(*layout):
+    """As soon as the program holds the key of that layout: until then the key does nothing."""
+    desktop.run("setxkbmap", *layout)
+    time.sleep(0.4)  # as in toggles
+    until(f"the popover to open on {layout}", lambda: desktop.key("ctrl+alt+t"), windows, 3)
+    time.sleep(0.4)  # it has the keyboard
+
+
 def says(text):
     wait_for(f"{text!r} at the field", lambda: any(text in name for name in names()))
 
@@ -74,16 +83,12 @@ def test_x11():
         desktop.key("Num_Lock")
         toggles("with the numbers locked")
         desktop.key("Num_Lock")
-        desktop.run("setxkbmap", "us", "dvorak")
-        time.sleep(0.5)
-        toggles("on another layout")
-        desktop.run("setxkbmap", "us")
-        time.sleep(0.5)
+        opens_on("us", "dvorak")
+        desktop.key("ctrl+alt+t")
+        wait_for("the popover to close on another layout", lambda: not windows())
+        opens_on("us")
 
         step("takes no plain letter for the end of a press whose release went elsewhere")
-        desktop.key("ctrl+alt+t")
-        wait_for("the popover", windows)
-        time.sleep(0.4)  # it has the keyboard
         desktop.run("xdotool", "keydown", "ctrl", "keydown", "alt", "keydown", "t", "click", "1")
         wait_for("the popover to close", lambda: not windows())
         desktop.run("xdotool", "keyup", "t", "keyup", "alt", "keyup", "ctrl")
@@ -132,7 +137,7 @@ def test_portal():
         item = StatusItem()
         wait_for("the registration", item.is_registered, 30)
         step("asks the portal where there is no X server, and its key toggles the popover")
-        portal.hear(r"bound CTRL\+ALT\+t")
+        portal.hear(BOUND, 30)
         for is_open in (True, False):
             time.sleep(0.4)
             portal.say("press")
@@ -144,11 +149,11 @@ def test_portal():
         step("asks a portal that starts anew, and takes no for an answer")
         portal.end()
         with Program(portal_program, "0", "odd") as odd:
-            odd.hear(r"bound CTRL\+ALT\+t")
+            odd.hear(BOUND, 30)
             odd.say("press")
             assert item.tooltip != "", "an answer of another shape was taken"
         with Program(portal_program, "1") as refusing:
-            refusing.hear(r"bound CTRL\+ALT\+t")
+            refusing.hear(BOUND, 30)
             refusing.say("press")
             assert item.tooltip != "" and chosen() == "Ctrl+Alt+T"
             step("does not wait for one that hangs")

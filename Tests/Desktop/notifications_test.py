@@ -11,7 +11,6 @@ import os
 import signal
 import subprocess
 import sys
-import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../gallery"))
 import desktop
@@ -41,14 +40,14 @@ def finding():
 
 def test_first_start():
     step("tells what is critical, replaces it by what is graver, and opens at a click")
-    with Application():
+    with Application(), desktop.Program("dbus-monitor", "member='Notify'") as monitor:
+        monitor.hear(".*member=NameLost", 20)  # from here on it hears what others are sent
         wait_for("the registration", StatusItem().is_registered, 30)
         report_limits(92, 20)
         wait_for("the notification", lambda: shown() == 1, 20)
-        desktop.save("critical")
+        desktop.save("notification")
         report_limits(100, 20)
-        wait_for("what was told", lambda: "usedUp" in noted(), 20)
-        time.sleep(0.5)  # it is noted before it is shown
+        monitor.hear(".*is used up.*", 20)  # which the service is told before what follows
         dunst("action")
         wait_for("the popover", windows)
         assert take() == ["Codex · Session is used up"], take()

@@ -11,7 +11,7 @@ import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../gallery"))
 import desktop
-from desktop import HOST, LEFT, MIDDLE, RIGHT, TONE, WHEEL_DOWN, Picture, Program, StatusItem, step, wait_for
+from desktop import HOST, LEFT, MIDDLE, RIGHT, TONE, WHEEL_DOWN, Picture, Program, StatusItem, step, until, wait_for
 
 PROGRAM = sys.argv[1]
 OPENS_MENU_ON_LEFT = HOST == "xfce-indicator"
@@ -85,8 +85,8 @@ def check_mouse(program, item, columns):
     step("steps down through the limits on scrolling down, and returns")
     shown = lambda: item.label or str(item.get("IconAccessibleDesc"))
     usual = shown()
-    desktop.click(x, y, WHEEL_DOWN)
-    wait_for("the next limit", lambda: "Weekly 66%" in shown())
+    # It stays for five seconds.
+    until("the next limit", lambda: desktop.click(x, y, WHEEL_DOWN), lambda: "Weekly 66%" in shown(), 6)
     wait_for("the usual one", lambda: shown() == usual)
     desktop.move_away()
 

@@ -21,6 +21,12 @@ def below_bar():
     return Picture(0, BAR, desktop.WIDTH, desktop.HEIGHT - BAR)
 
 
+def bare_desktop():
+    """At rest and in its own colour, which the compositor draws after it said that it is ready."""
+    seen = twice_the_same(below_bar)
+    return seen if seen and seen.count(lambda *pixel: pixel == (58, 74, 90)) > 0.99 * seen.width * seen.height else None
+
+
 def place():
     """What is seen of the widget: left, top, width, height, from the bar's end; once it rests."""
 
@@ -40,7 +46,7 @@ def windows():
 
 
 desktop.move_away()
-EMPTY = wait_for("the desktop to rest", lambda: twice_the_same(below_bar))
+EMPTY = wait_for("the bare desktop", bare_desktop, 30)
 with desktop.Program(sys.argv[1], environment=ENVIRONMENT):
     step("is no window, and stands below the bar")
     rests_at(1280 - 352 - 24, 24, 352, 168)

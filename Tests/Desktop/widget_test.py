@@ -17,7 +17,7 @@ from datetime import datetime, timedelta, timezone
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../gallery"))
 import desktop
-from desktop import Picture, step, wait_for
+from desktop import Picture, step, until, wait_for, window_ids
 
 PROGRAM = sys.argv[1]
 SNAPSHOT = os.path.join(os.environ["XDG_DATA_HOME"], "Q7K2M9X4PL.app.tokwatch/snapshot.json")
@@ -53,11 +53,6 @@ def set_preferences(text):
 def kept():
     with open(SETTINGS, encoding="utf-8") as file:
         return file.read()
-
-
-def window_ids():
-    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Tokwatch$"], capture_output=True, text=True)
-    return found.stdout.split()
 
 
 def place(window):
@@ -161,15 +156,20 @@ def check_corners(widget):
     wait_for("square corners", lambda: corner() == square)
 
 
-def choose(widget, *keys):
-    x, y, _, _ = widget.place()
-    desktop.click(x + 30, y + 30, desktop.RIGHT)
-    wait_for("the menu", lambda: len(window_ids()) > 1)
-    time.sleep(0.3)  # the keyboard comes a moment after the window
-    desktop.save("widget-menu")
-    for key in keys:
-        desktop.key(key)
-    wait_for("the end of the menu", lambda: len(window_ids()) < 2)
+def choose_first(widget, setting):
+    """The menu's first entry. Its keys are given time: what piles up would choose once more."""
+    menu = lambda: len(window_ids()) > 1
+
+    def choose():
+        if not menu():
+            x, y, _, _ = widget.place()
+            desktop.click(x + 30, y + 30, desktop.RIGHT)
+            wait_for("the menu", menu)
+            time.sleep(0.3)  # its look and the keyboard come a moment after the window
+            desktop.save("widget-menu")
+        desktop.run("xdotool", "key", "Down", "Return")
+
+    until(f"the end of the menu and {setting}", choose, lambda: not menu() and setting in kept(), 5)
     desktop.move_away()
 
 
@@ -185,9 +185,8 @@ def check_places():
         drag(widget, -300, 200)
         x, y = widget.place()[:2]
         wait_for("the place in the settings", lambda: f"{x} {y} 352 168 screen" in kept())
-        choose(widget, "Down", "Return")
+        choose_first(widget, "size=small")
         widget.rests_at(x + 352 - 168, y, *SMALL)
-        wait_for("the size in the settings", lambda: "size=small" in kept())
     set_preferences(kept().replace("size=small", "size=medium"))
     with Widget() as widget:
         widget.rests_at(x, y, *MEDIUM)
