@@ -25,19 +25,20 @@ void onPatienceEnded(int) {
 
 void onTerminationSignal(int) {
     const int before = errno;
+    if (signalArrived == 0) TerminationSignals::boundTheEnd();
     signalArrived = 1;
-    TerminationSignals::boundTheEnd();
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = ::write(wakeup, &one, sizeof one);
     errno = before;
 }
 
 void handleWith(void (*handler)(int)) {
-    struct sigaction action {};
-    action.sa_handler = handler;
-    // Without SA_RESTART: a write into a pipe that nobody reads is to end, too.
-    action.sa_flags = SA_RESETHAND;
     for (const int signal : handled) {
+        struct sigaction action {};
+        action.sa_handler = handler;
+        // Without SA_RESTART: a write into a pipe that nobody reads is to end, too. A terminal that
+        // is closed says so itself, and its shell says it again.
+        action.sa_flags = signal == SIGHUP ? 0 : static_cast<int>(SA_RESETHAND);
         struct sigaction before {};
         ::sigaction(signal, nullptr, &before);
         // Who started us with nohup wants us to outlive the terminal.

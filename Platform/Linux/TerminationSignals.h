@@ -9,7 +9,7 @@
 namespace tokwatch {
 
 /// Turns SIGINT, SIGTERM and SIGHUP into a call from the event loop, for as long as this lives; one
-/// at a time. A second signal of the kind ends the process as it always would, for those who will
+/// at a time. A second SIGINT or SIGTERM ends the process as it always would, for those who will
 /// not wait; and whatever the end waits for, it takes `patience` at most.
 class TerminationSignals {
   public:
