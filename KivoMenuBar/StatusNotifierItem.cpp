@@ -47,8 +47,12 @@ StatusNotifierItem::StatusNotifierItem(QDBusConnection connection, QString ownId
 
 StatusNotifierItem::~StatusNotifierItem() {
     if (service.isEmpty()) return;
-    bus.unregisterService(service);
     bus.unregisterObject(objectPath);
+    // Without waiting for a bus that may be silent.
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ReleaseName");
+    call << service;
+    bus.send(call);
 }
 
 void StatusNotifierItem::watcherChanged(const QString& newOwner) {

@@ -1,5 +1,6 @@
 #include "Platform/Linux/DesktopBus.h"
 
+#include "Platform/Linux/TerminationSignals.h"
 #include "TokwatchCore/Support/SystemLog.h"
 
 #include <QDBusConnectionInterface>
@@ -69,12 +70,12 @@ DesktopBus::Claim DesktopBus::claim(std::function<void()> open) {
 }
 
 DesktopBus::Opening DesktopBus::openRunning() {
-    const QDBusMessage call =
+    QDBusMessage call =
         QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, "Open");
+    call.setAutoStartService(false); // the name may be free by now, and this one has its options
     constexpr std::chrono::seconds patience{5}; // one that starts may wait as long for the store
-    constexpr std::chrono::seconds longestEnd{10};
     constexpr std::chrono::milliseconds pause{50};
-    const QDeadlineTimer deadline(longestEnd);
+    const QDeadlineTimer deadline(TerminationSignals::patience);
     while (true) {
         const QDBusMessage answer = session.call(
             call, QDBus::Block, static_cast<int>(std::chrono::milliseconds(patience).count()));
@@ -87,8 +88,13 @@ DesktopBus::Opening DesktopBus::openRunning() {
 
 void DesktopBus::release() {
     openCall = nullptr;
-    session.unregisterService(serviceName);
     session.unregisterObject(objectPath);
+    if (!session.isConnected()) return;
+    // Without waiting for a bus that may be silent.
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ReleaseName");
+    call.setArguments({serviceName});
+    session.send(call);
 }
 
 bool DesktopBus::postRefresh(QDBusConnection session) {
@@ -97,7 +103,10 @@ bool DesktopBus::postRefresh(QDBusConnection session) {
 }
 
 void DesktopBus::Open() {
-    if (openCall) openCall();
+    // Who asked takes its place then.
+    if (!openCall || TerminationSignals::arrived())
+        return sendErrorReply(QDBusError::ServiceUnknown, QStringLiteral("it is ending"));
+    openCall();
 }
 
 void DesktopBus::refreshPosted() {

@@ -3,6 +3,7 @@
 #include "Platform/Seams/SystemNotifications.h"
 
 #include <QDBusConnection>
+#include <QDBusContext>
 #include <QObject>
 
 #include <functional>
@@ -13,7 +14,7 @@ namespace tokwatch {
 /// The application on the desktop's buses: one instance a session, the refresh notification,
 /// the end of sleep and a changed time zone. Where there is no bus, nothing is heard and everything
 /// else works. Main thread only.
-class DesktopBus : public QObject, public SystemNotifications {
+class DesktopBus : public QObject, public SystemNotifications, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "app.tokwatch")
   public:
@@ -58,7 +59,7 @@ class DesktopBus : public QObject, public SystemNotifications {
     static bool postRefresh(QDBusConnection session);
 
   public slots:
-    /// Shows the application. Called over the bus.
+    /// Shows the application, or fails where it has been told to end. Called over the bus.
     Q_SCRIPTABLE void Open(); // NOLINT(readability-identifier-naming): the bus's convention
 
   private slots:

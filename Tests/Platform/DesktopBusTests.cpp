@@ -1,15 +1,20 @@
 #include "Platform/Linux/DesktopBus.h"
 
 #include "Platform/Linux/MuteBuses.h"
+#include "Platform/Linux/TerminationSignals.h"
 #include "Tests/BusSupport/PrivateBus.h"
 #include "Tests/Support/CapturedLog.h"
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/TemporaryDirectory.h"
 
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QLocalServer>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
 
 namespace tokwatch {
 namespace {
@@ -55,6 +60,16 @@ TEST(DesktopBus, LeavesItsPlaceToWhoeverStartsWhileItEnds) {
     DesktopBus next(bus.connect("next"), bus.connect("system"));
     EXPECT_EQ(ending.claim([] { FAIL() << "nobody would see it"; }), DesktopBus::Claim::first);
     EXPECT_EQ(next.claim([] {}), DesktopBus::Claim::second);
+    {
+        const TerminationSignals termination([] {});
+        ::raise(SIGTERM);
+        ::alarm(0);
+        const QDBusPendingCall asked = next.sessionBus().asyncCall(QDBusMessage::createMethodCall(
+            DesktopBus::serviceName, DesktopBus::objectPath, DesktopBus::serviceName, "Open"));
+        while (!asked.isFinished())
+            testing::settle();
+        EXPECT_TRUE(asked.isError()) << "it has been told to end";
+    }
     ending.release();
     EXPECT_EQ(next.openRunning(), DesktopBus::Opening::claimed);
     EXPECT_EQ(ending.claim([] {}), DesktopBus::Claim::second);

@@ -104,10 +104,10 @@ int run(int argc, char** argv) {
 
     Options options = optionsOf(application);
     DesktopBus bus(QDBusConnection::sessionBus(), QDBusConnection::systemBus());
-    std::unique_ptr<AppDelegate> delegate;
+    AppDelegate* running = nullptr;
     const auto open = [&] {
-        if (delegate)
-            delegate->open();
+        if (running != nullptr)
+            running->open();
         else
             options.opensAtOnce = true;
     };
@@ -128,16 +128,21 @@ int run(int argc, char** argv) {
     for (SettingsGroup* group : groups)
         group->followFile();
     QtScheduler scheduler;
-    delegate = std::make_unique<AppDelegate>(Surroundings::real(options.paths), preferences, alerts,
-                                             desktop, widget, bus, scheduler);
+    auto delegate = std::make_unique<AppDelegate>(Surroundings::real(options.paths), preferences,
+                                                  alerts, desktop, widget, bus, scheduler);
+    running = delegate.get();
     if (options.opensAtOnce) delegate->open();
     delegate->launch();
     const int status = QGuiApplication::exec();
     TerminationSignals::boundTheEnd();
     bus.release();
-    delegate.reset();
-    for (SettingsGroup* group : groups)
-        group->save();
+    const auto save = [&groups] {
+        for (SettingsGroup* group : groups)
+            group->save();
+    };
+    save();
+    delegate.reset(); // may wait, for the bus and for what is under way
+    save();
     if (URLSessionHTTPClient::mayBeLookingUp()) TerminationSignals::endNow(status);
     return status;
 }
