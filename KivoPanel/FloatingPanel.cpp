@@ -121,7 +121,9 @@ void FloatingPanel::positionChanged() {
 
 /// Of a move that is not told yet.
 void FloatingPanel::tellMove() {
-    if (moveTimer.isActive()) moved();
+    if (!moveTimer.isActive()) return;
+    moveTimer.stop();
+    moved();
 }
 
 void FloatingPanel::moved() {

@@ -189,10 +189,12 @@ def move_away():
 
 def window_ids(name="Tokwatch", environment=None):
     command = ["xdotool", "search", "--onlyvisible", "--name", f"^{name}$"]
-    # It finds nothing where a window, whosever, went while it looked.
-    while "X Error" in (found := subprocess.run(command, capture_output=True, text=True, env=environment)).stderr:
-        pass
-    return found.stdout.split()
+    # It fails where a window, whosever, went while it looked, and where there is none.
+    for _ in range(50):
+        found = subprocess.run(command, capture_output=True, text=True, env=environment)
+        if not found.stderr:
+            return found.stdout.split()
+    raise AssertionError(f"no windows can be looked for: {found.stderr}")
 
 
 def start_panel():
