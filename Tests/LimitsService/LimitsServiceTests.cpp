@@ -148,7 +148,9 @@ TEST_F(LimitsServiceTest, AsksNoMoreOftenWhoeverTurnsAProviderOffAndOn) {
 }
 
 TEST_F(LimitsServiceTest, AsksNobodyWhereTheSettingsCannotBeRead) {
-    Preferences unknown(settingsFile(directory.path())); // a directory
+    const std::filesystem::path file = directory / "unread.conf";
+    std::filesystem::create_directory(file);
+    Preferences unknown(settingsFile(file));
     LimitsService careful{
         {{ProviderID::claude, claude}}, storageAtOnce(store), unknown, time.clock(), time};
     careful.start(std::array{ProviderID::claude});
@@ -156,6 +158,12 @@ TEST_F(LimitsServiceTest, AsksNobodyWhereTheSettingsCannotBeRead) {
     careful.networkIsBack();
     pass(4000);
     EXPECT_EQ(attempts(), 0);
+    std::filesystem::remove(file);
+    directory.write("unread.conf", "[General]\nshowDockIcon=true\n");
+    unknown.reload();
+    careful.reconsider();
+    settle();
+    EXPECT_EQ(attempts(), 1);
 }
 
 TEST_F(LimitsServiceTest, LeavesARefusedLoginAloneUntilAsked) {

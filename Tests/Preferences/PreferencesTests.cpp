@@ -252,15 +252,19 @@ TEST_F(PreferencesTest, NeitherWaitsForNorReplacesWhatIsNoOrdinaryFile) {
     EXPECT_FALSE(fresh.preferences.areKnown());
     EXPECT_THAT(log.lines().back(), HasSubstr("is not a regular file"));
     std::filesystem::remove(file);
+    fresh.preferences.reload();
     fresh.preferences.showDockIcon = true;
     EXPECT_FALSE(fresh.preferences.save()) << "what was there is not known";
-    reading("[General]\nwarningThreshold=0.35\n");
+    std::optional<ProviderID> pinned; // at the end of the welcome
+    const QPropertyNotifier end = fresh.preferences.hasCompletedOnboarding.addNotifier(
+        [&] { pinned = fresh.preferences.pinnedProvider.peek(); });
+    reading("[General]\nhasCompletedOnboarding=true\npinnedProvider=grok\n");
     fresh.preferences.reload();
     EXPECT_TRUE(fresh.preferences.areKnown());
-    EXPECT_EQ(fresh.preferences.warningThreshold, 0.35);
+    EXPECT_EQ(pinned, grok) << "nobody sees half of a file";
     EXPECT_TRUE(fresh.preferences.save());
     EXPECT_THAT(contents(),
-                AllOf(HasSubstr("warningThreshold=0.35"), HasSubstr("showDockIcon=true")));
+                AllOf(HasSubstr("pinnedProvider=grok"), HasSubstr("showDockIcon=true")));
 }
 
 TEST_F(PreferencesTest, LeaveAnotherUsersFileThatUsersAndGoThroughNoLinkOutOfTheLoop) {

@@ -283,6 +283,8 @@ void AppModel::observePreferences() {
     preferenceNotifiers.push_back(preferences.disabledProviders.addNotifier(providersChanged));
     preferenceNotifiers.push_back(
         preferences.claudeLiveLimits.addNotifier([this] { reconsiderLimits(); }));
+    preferenceNotifiers.push_back(
+        preferences.bindableKnown().addNotifier([this] { reconsiderLimits(); }));
 }
 
 void AppModel::reconsiderLimits() {

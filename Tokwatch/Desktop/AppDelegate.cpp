@@ -108,7 +108,9 @@ void AppDelegate::followOnboarding() {
 /// first provider that has one.
 void AppDelegate::pinWhatHasANumber() {
     const ProviderLocations& locations = application->model().locations();
-    if (preferences.pinnedProvider.isChosen() || locations.isPresent(ProviderID::claude)) return;
+    if (!preferences.areKnown() || preferences.pinnedProvider.isChosen() ||
+        locations.isPresent(ProviderID::claude))
+        return;
     const auto found = std::ranges::find_if(allCases<ProviderID>, [&](ProviderID provider) {
         return traits(provider).publishesLimits && locations.isPresent(provider);
     });

@@ -187,12 +187,10 @@ QCoro::Task<> LimitsService::wished(ProviderID id, Wish wish) {
         co_await closeGate(id);
         co_return;
     }
+    State& state =
+        states[id]; // so that it is looked at when the settings, or the network, are back
     if (!preferences.areKnown()) co_return; // they may forbid it
-    if (wish == Wish::ownAccord && (isStopped || isWaitingForNetwork())) {
-        states[id]; // so that it is looked at when the network is back
-        co_return;
-    }
-    State& state = states[id];
+    if (wish == Wish::ownAccord && (isStopped || isWaitingForNetwork())) co_return;
     state.wantsRetry = state.wantsRetry || wish == Wish::aRetry;
     if (!state.consideration) {
         state.consideration = std::make_shared<QPromise<void>>();

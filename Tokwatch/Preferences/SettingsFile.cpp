@@ -93,9 +93,9 @@ std::vector<std::string> settingsFaults(const std::filesystem::path& file,
                                         const std::vector<std::string>& others) {
     if (contents.obstacle)
         return {"the settings file " + file.string() + ' ' + *contents.obstacle +
-                "; who starts now has the defaults" +
-                (file == settingsPath() ? ", asks no provider for its limits," : "") +
-                " and keeps no changes"};
+                "; as long as it is so, the defaults hold" +
+                (file == settingsPath() ? ", no provider is asked for its limits," : "") +
+                " and no change is written"};
     std::vector<std::string> faults;
     for (const int number : linesThatAreNoSettings(contents.text))
         faults.push_back("line " + std::to_string(number) + " of " + file.string() +

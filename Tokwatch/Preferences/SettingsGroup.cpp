@@ -11,6 +11,7 @@
 #include <QScopedValueRollback>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace tokwatch {
@@ -31,13 +32,26 @@ std::string quoted(const std::string& text) {
     return '"' + plainText(boundedName(text)) + '"';
 }
 
+/// A file that was never read may be moved away and put right by hand.
+constexpr std::chrono::seconds absencePatience{10};
+
+/// Nobody is to see half of a file.
+struct NotifiedAtOnce {
+    NotifiedAtOnce() { Qt::beginPropertyUpdateGroup(); }
+    ~NotifiedAtOnce() { Qt::endPropertyUpdateGroup(); }
+    NotifiedAtOnce(const NotifiedAtOnce&) = delete;
+    NotifiedAtOnce& operator=(const NotifiedAtOnce&) = delete;
+};
+
 /// A file that can neither be there nor be made.
 constexpr const char* nowhere = "/dev/null/Tokwatch.conf";
 
 } // namespace
 
 SettingsGroup::SettingsGroup(std::unique_ptr<SettingsStorage> settings)
-    : list{std::move(settings)} {
+    : list{std::move(settings)}, known(list.storage->isLoaded()) {
+    absence.setSingleShot(true);
+    QObject::connect(&absence, &QTimer::timeout, &absence, [this] { takeOver(); });
     saving.setSingleShot(true);
     QObject::connect(&saving, &QTimer::timeout, &saving, [this] { saveOrTell(); });
     // Commands save themselves, and have no loop.
@@ -54,10 +68,6 @@ SettingsGroup::~SettingsGroup() = default;
 AnySetting* SettingsGroup::named(std::string_view name) const {
     const auto found = std::ranges::find(list.all, name, &AnySetting::name);
     return found == list.all.end() ? nullptr : *found;
-}
-
-bool SettingsGroup::areKnown() const {
-    return list.storage->isLoaded();
 }
 
 std::vector<std::string> SettingsGroup::faultsOf(const std::filesystem::path& file) const {
@@ -96,12 +106,24 @@ void SettingsGroup::tellFaults() {
 
 void SettingsGroup::reload() {
     tellFaults();
+    const SettingsContents contents = readSettings(file());
+    const bool isAbsent = contents.text.empty() && !contents.obstacle;
+    if (areKnown() || !isAbsent)
+        takeOver();
+    else if (!absence.isActive())
+        absence.start(absencePatience);
+}
+
+void SettingsGroup::takeOver() {
+    absence.stop();
     // What was read last holds, also of a file that is being moved, or was emptied and could not be
     // written: it may forbid what the defaults allow.
     if (!list.storage->load()) return;
-    isLost = list.storage->values().empty();
-    if (isLost) return;
+    isLost = !list.storage->hasContents();
     const QScopedValueRollback<bool> whileNotifying(reloading, true);
+    const NotifiedAtOnce atOnce;
+    known = true;
+    if (isLost) return;
     for (AnySetting* setting : list.all)
         setting->reload();
 }

@@ -42,6 +42,7 @@ void SettingsStorage::takeOver(const QSettings& toolkit) {
     present.clear();
     for (const QString& key : toolkit.allKeys())
         if (!key.isEmpty()) present.emplace(key, toolkit.value(key)); // it complains of that one
+    wasEmpty = present.empty();
     for (const auto& [key, value] : changes)
         if (value)
             present.insert_or_assign(key, *value);

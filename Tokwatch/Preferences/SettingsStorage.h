@@ -30,6 +30,8 @@ class SettingsStorage {
     const std::filesystem::path& path() const { return file; }
     /// The file could be read since this was made.
     bool isLoaded() const { return hasBeenRead; }
+    /// There were settings in it when it was read last.
+    bool hasContents() const { return !wasEmpty; }
 
     /// By their keys; those of groups are "group/key".
     using Values = std::map<QString, QVariant>;
@@ -54,6 +56,7 @@ class SettingsStorage {
 
     const std::filesystem::path file;
     bool hasBeenRead = false;
+    bool wasEmpty = true;
     Values present;
     std::map<QString, std::optional<QVariant>> changes; ///< none for what was removed
 };
