@@ -68,20 +68,6 @@ Item {
             compare(shown(), before, "follows what others set")
         }
 
-        function test_criticalStaysBelowWarning() {
-            const warning = onPage(1, "Warning level")
-            const critical = onPage(1, "Critical level")
-            type([Qt.Key_End, Qt.Key_Right])
-            compare(world.preference("criticalThreshold"), "0.2")
-            fuzzyCompare(critical.value, 0.2, 1e-9)
-            type([Qt.Key_Home], warning)
-            compare(world.preference("warningThreshold"), "0.1")
-            tryVerify(() => Math.abs(critical.value - 0.05) < 1e-9)
-            type([Qt.Key_End])
-            compare(world.preference("warningThreshold"), "0.9")
-            world.setPreference("warningThreshold", "0.25")
-        }
-
         function test_switchMovesBackWhenItsSettingCannotBeHad() {
             world.blockAutostart()
             const control = onPage(0, "Start at login")

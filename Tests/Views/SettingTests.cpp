@@ -20,17 +20,9 @@ using ::testing::IsEmpty;
 struct SettingsViewTest : ::testing::Test, testing::ViewWorld {
     std::optional<SettingsView> view{std::in_place, *model, clock, places};
 
-    std::vector<ProviderSettingsRow> providers() {
-        return testing::rowsOf<ProviderSettingsRow>(*view->providers()->rows());
-    }
     ProviderSettingsRow provider(ProviderID inTheUsualOrder) {
-        return providers()[static_cast<std::size_t>(inTheUsualOrder)];
-    }
-    std::string order() {
-        std::string ids;
-        for (const ProviderSettingsRow& row : providers())
-            ids += row.id.toStdString() + ' ';
-        return ids;
+        return testing::rowsOf<ProviderSettingsRow>(
+            *view->providers()->rows())[static_cast<std::size_t>(inTheUsualOrder)];
     }
 };
 
@@ -66,19 +58,6 @@ TEST_F(SettingsViewTest, AsksForHotKeysWhenItOpensAndNotForEver) {
     emit desktop->arrived();
     EXPECT_EQ(desktop->looks, 1);
     EXPECT_EQ(chosen.status().state, kivo::HotKeyState::none) << "it may be there by now";
-}
-
-TEST_F(SettingsViewTest, OrdersProviders) {
-    for (const auto& [from, to, expected] : {std::tuple{0, 2, "codex grok claude cursor "},
-                                             {3, 0, "cursor codex grok claude "},
-                                             {0, 4, "cursor codex grok claude "},
-                                             {-1, 2, "cursor codex grok claude "}}) {
-        view->providers()->move(from, to);
-        EXPECT_EQ(order(), expected) << from << " to " << to;
-    }
-    preferences->providerOrder = {grok};
-    settle();
-    EXPECT_EQ(order(), "grok claude codex cursor ");
 }
 
 TEST_F(SettingsViewTest, ReReadsWithProgress) {
