@@ -73,17 +73,16 @@ DesktopBus::Opening DesktopBus::openRunning() {
     QDBusMessage call =
         QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, "Open");
     call.setAutoStartService(false); // the name may be free by now, and this one has its options
-    constexpr std::chrono::seconds patience{5}; // one that starts may wait as long for the store
     constexpr std::chrono::milliseconds pause{50};
     const QDeadlineTimer deadline(TerminationSignals::patience);
-    while (true) {
-        const QDBusMessage answer = session.call(
-            call, QDBus::Block, static_cast<int>(std::chrono::milliseconds(patience).count()));
-        if (answer.type() == QDBusMessage::ReplyMessage) return Opening::shown;
+    while (!deadline.hasExpired()) {
+        const auto left = static_cast<int>(deadline.remainingTime());
+        if (session.call(call, QDBus::Block, left).type() == QDBusMessage::ReplyMessage)
+            return Opening::shown;
         if (session.registerService(serviceName)) return Opening::claimed;
-        if (deadline.hasExpired()) return Opening::unanswered;
         QThread::msleep(pause.count());
     }
+    return Opening::unanswered;
 }
 
 void DesktopBus::release() {

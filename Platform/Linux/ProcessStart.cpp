@@ -11,7 +11,9 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <latch>
 #include <string_view>
 #include <system_error>
@@ -52,6 +54,15 @@ void prepareCommand() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     preventCoreDumps();
+}
+
+int runWindows(const char* program, const std::function<int()>& run) {
+    try {
+        return run();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s: starting failed: %s\n", program, error.what());
+        return 1;
+    }
 }
 
 void requireThreads(int count) {

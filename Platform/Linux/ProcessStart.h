@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 // What a program sees to before all else.
 namespace tokwatch {
@@ -24,6 +25,10 @@ void fillStandardDescriptors();
 /// closes its pipe and a file that may grow no further are failures of a write, which is where they
 /// are dealt with.
 void prepareCommand();
+
+/// Runs a program with windows and answers its status: 1, after a line on standard error, where it
+/// throws.
+int runWindows(const char* program, const std::function<int()>& run);
 
 /// Throws std::system_error where this process may not have so many threads at once. The toolkit
 /// would wait for ever for one of its own that never began.

@@ -23,7 +23,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -151,10 +150,5 @@ int run(int argc, char** argv) {
 } // namespace tokwatch
 
 int main(int argc, char** argv) {
-    try {
-        return tokwatch::run(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "tokwatch: starting failed: %s\n", error.what());
-        return 1;
-    }
+    return tokwatch::runWindows("tokwatch", [&] { return tokwatch::run(argc, argv); });
 }

@@ -22,8 +22,6 @@
 #include <QTimer>
 
 #include <chrono>
-#include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <optional>
 
@@ -118,10 +116,5 @@ int run(int argc, char** argv) {
 } // namespace tokwatch
 
 int main(int argc, char** argv) {
-    try {
-        return tokwatch::run(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "tokwatch-widget: starting failed: %s\n", error.what());
-        return 1;
-    }
+    return tokwatch::runWindows("tokwatch-widget", [&] { return tokwatch::run(argc, argv); });
 }
