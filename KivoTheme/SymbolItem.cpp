@@ -92,16 +92,6 @@ void lock(QPainter& painter) {
     painter.drawPath(shackle);
 }
 
-void clock(QPainter& painter) {
-    painter.drawEllipse(QPointF(12, 12), 9, 9);
-    painter.drawPolyline(line({{12, 7}, {12, 12.4}, {15.6, 14.6}}));
-}
-
-void power(QPainter& painter) {
-    arc(painter, 8, 130, 280);
-    painter.drawLine(QPointF(12, 3), QPointF(12, 11));
-}
-
 void copy(QPainter& painter) {
     painter.drawRoundedRect(QRectF(9, 9, 11.5, 11.5), 2, 2);
     painter.drawPolyline(line({{5.2, 15}, {3.5, 15}, {3.5, 3.5}, {15, 3.5}, {15, 5.2}}));
@@ -193,8 +183,6 @@ const std::map<QString, Draw>& drawings() {
         {"info", info},
         {"warning", warning},
         {"lock", lock},
-        {"clock", clock},
-        {"power", power},
         {"copy", copy},
         {"link", externalLink},
         {"drag", drag},
@@ -213,13 +201,6 @@ const std::map<QString, Draw>& drawings() {
 }
 
 } // namespace
-
-QStringList SymbolItem::names() {
-    QStringList all;
-    for (const auto& [name, draw] : drawings())
-        all.append(name);
-    return all;
-}
 
 void SymbolItem::setName(const QString& name) {
     if (name == symbolName) return;

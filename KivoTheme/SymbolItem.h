@@ -3,7 +3,6 @@
 #include "KivoTheme/GlyphItem.h"
 
 #include <QString>
-#include <QStringList>
 
 namespace kivo {
 
@@ -17,8 +16,6 @@ class SymbolItem : public GlyphItem {
 
     QString name() const { return symbolName; }
     void setName(const QString& name);
-
-    static QStringList names();
 
   signals:
     void nameChanged();
