@@ -57,15 +57,11 @@ TEST(MeterFormat, ShowsSharesInPercent) {
 
 TEST(MeterFormat, ShowsDurationsInTheirTwoLargestUnits) {
     const Cases<double> cases{{notANumber, "—"},
-                              {infinity, "—"},
-                              {-5.0, "now"},
                               {0.0, "now"},
                               {59.9, "<1m"},
                               {60.0, "1m"},
-                              {3599.9, "59m"},
                               {86'399.0, "23h 59m"},
                               {86'400.0, "1d 0h"},
-                              {863'913'599.0, "9998d 23h"},
                               {863'913'600.0, "9999d 0h"},
                               {1e300, "9999d 0h"}};
     for (const auto& [seconds, text] : cases)

@@ -89,7 +89,6 @@ TEST(HeatMapDays, StepsAreQuartersOfTheDaysWithUsage) {
         std::vector<int> steps;
     };
     for (const Case& c : {Case{{0, 5, 0}, {0, 3, 0}},
-                          {{7, 7, 7, 7}, {3, 3, 3, 3}},
                           {{4, 3, 0, 2, 1}, {4, 3, 0, 2, 1}},
                           {{1, 2, 3, 4'000'000}, {1, 2, 3, 4}},
                           {{1, 1, 1, 1, 1, 1, 1, 9}, {2, 2, 2, 2, 2, 2, 2, 4}},

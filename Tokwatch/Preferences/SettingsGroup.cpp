@@ -35,6 +35,12 @@ std::string quoted(const std::string& text) {
 /// A file that was never read may be moved away and put right by hand.
 constexpr std::chrono::seconds absencePatience{10};
 
+/// Missing or empty.
+bool isAbsent(const std::filesystem::path& file) {
+    const SettingsContents contents = readSettings(file);
+    return contents.text.empty() && !contents.obstacle;
+}
+
 /// Nobody is to see half of a file.
 struct NotifiedAtOnce {
     NotifiedAtOnce() { Qt::beginPropertyUpdateGroup(); }
@@ -106,9 +112,7 @@ void SettingsGroup::tellFaults() {
 
 void SettingsGroup::reload() {
     tellFaults();
-    const SettingsContents contents = readSettings(file());
-    const bool isAbsent = contents.text.empty() && !contents.obstacle;
-    if (areKnown() || !isAbsent)
+    if (areKnown() || !isAbsent(file()))
         takeOver();
     else if (!absence.isActive())
         absence.start(absencePatience);
